@@ -1,0 +1,19 @@
+# Third-party libraries, as Debian packages them; scripts/install-dependencies.sh installs them.
+# Those without a package file are wrapped into imported targets here.
+find_package(ZLIB REQUIRED)
+
+find_path(MINISAT_INCLUDE minisat/simp/SimpSolver.h REQUIRED)
+find_library(MINISAT_LIBRARY minisat REQUIRED)
+add_library(minisat INTERFACE IMPORTED)
+target_include_directories(minisat SYSTEM INTERFACE ${MINISAT_INCLUDE})
+target_link_libraries(minisat INTERFACE ${MINISAT_LIBRARY})
+
+find_path(RAPIDXML_INCLUDE rapidxml/rapidxml.hpp REQUIRED)
+add_library(rapidxml INTERFACE IMPORTED)
+target_include_directories(rapidxml SYSTEM INTERFACE ${RAPIDXML_INCLUDE})
+
+find_path(GZSTREAM_INCLUDE gzstream.h REQUIRED)
+find_library(GZSTREAM_LIBRARY gzstream REQUIRED)
+add_library(gzstream INTERFACE IMPORTED)
+target_include_directories(gzstream SYSTEM INTERFACE ${GZSTREAM_INCLUDE})
+target_link_libraries(gzstream INTERFACE ${GZSTREAM_LIBRARY} ZLIB::ZLIB)

@@ -1,0 +1,22 @@
+// base/clock.h - the monotonic clock that times runs and solver calls.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace vorel {
+
+// One tick is a nanosecond.
+inline std::uint64_t ticks_now() {
+  const auto since = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<std::uint64_t>(
+      std::chrono::duration_cast<std::chrono::nanoseconds>(since).count());
+}
+
+inline double seconds_of(std::uint64_t ticks) { return static_cast<double>(ticks) / 1e9; }
+
+// Two decimals: "0.01".
+std::string format_seconds(double value);
+
+}  // namespace vorel

@@ -1,0 +1,72 @@
+#include "base/messages.h"
+
+#include <atomic>
+#include <cassert>
+#include <cstdarg>
+#include <cstdio>
+#include <iostream>
+
+namespace vorel {
+namespace {
+
+std::atomic<std::uint32_t> severity{severity_clean};
+
+void print_labelled(std::string_view label, std::string_view text) {
+  // The standard error stream is tied to the standard output: what was printed before comes first.
+  std::cerr << label << text << '\n' << std::flush;
+}
+
+std::string format_arguments(const char* format, std::va_list arguments) {
+  std::va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  assert(length >= 0 && "a format of this program is always valid");
+  std::string text(static_cast<std::size_t>(length), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, again);
+  va_end(again);
+  return text;
+}
+
+}  // namespace
+
+std::uint32_t raise_severity(std::uint32_t level) {
+  std::uint32_t seen = severity.load();
+  while (seen < level && !severity.compare_exchange_weak(seen, level)) {
+  }
+  return seen < level ? level : seen;
+}
+
+void print_error(std::string_view text) {
+  print_labelled("\nError: ", text);
+  raise_severity(severity_error);
+}
+
+void print_warning(std::string_view text) {
+  print_labelled("\nWarning: ", text);
+  raise_severity(severity_warning);
+}
+
+std::string format_message(const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::string text = format_arguments(format, arguments);
+  va_end(arguments);
+  return text;
+}
+
+void print_formatted(std::ostream& stream, const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  stream << format_arguments(format, arguments) << std::flush;
+  va_end(arguments);
+}
+
+std::string cannot_open_for_input(std::string_view name) {
+  return std::string("cannot open \"").append(name).append("\" for input");
+}
+
+std::string cannot_open_for_output(std::string_view name) {
+  return std::string("cannot open \"").append(name).append("\" for output");
+}
+
+}  // namespace vorel

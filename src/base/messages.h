@@ -1,0 +1,44 @@
+// base/messages.h - errors, warnings and diagnostics, and the severity they raise.
+// Here:      the one way to tell the user that something is wrong, and printf-style formatting.
+// Not here:  results and statistics, which go to the standard output.
+//
+// A failure travels as a returned null or false plus the severity: it is reported once, where it is
+// noticed, and a caller that sees the failure says nothing more.
+#pragma once
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace vorel {
+
+inline constexpr std::uint32_t severity_clean = 0;
+inline constexpr std::uint32_t severity_warning = 1;
+inline constexpr std::uint32_t severity_error = 2;
+inline constexpr std::uint32_t severity_memory_overflow = 5;
+
+// Raises the severity of the run to `level` if that is higher; returns the value then in force.
+// raise_severity(0) reads it. The final value is the exit code. Safe to call from any thread.
+std::uint32_t raise_severity(std::uint32_t level);
+
+// True once an error has been reported: each step of a loop that can fail is followed by this test.
+inline bool run_failed() { return raise_severity(0) >= severity_error; }
+
+// "\nError: TEXT\n" and "\nWarning: TEXT\n" on the standard error stream, flushed; raise the
+// severity to 2 and to 1. Neither allocates, so that a memory overflow can still be reported.
+void print_error(std::string_view text);
+void print_warning(std::string_view text);
+
+// printf-style formatting into a text of any length.
+[[gnu::format(printf, 1, 2)]] std::string format_message(const char* format, ...);
+
+// Formats, writes to the stream and flushes it.
+[[gnu::format(printf, 2, 3)]] void print_formatted(std::ostream& stream, const char* format, ...);
+
+// `cannot open "NAME" for input`: the text for every file that cannot be read.
+std::string cannot_open_for_input(std::string_view name);
+// `cannot open "NAME" for output`.
+std::string cannot_open_for_output(std::string_view name);
+
+}  // namespace vorel

@@ -1,0 +1,10 @@
+#include "base/run_state.h"
+
+namespace vorel {
+
+RunState& run_state() {
+  static RunState state;  // the process-wide record that the header describes
+  return state;
+}
+
+}  // namespace vorel

@@ -1,0 +1,235 @@
+// net/process.h - finite complete prefixes of unfoldings, and merged processes.
+// Here:      the four classes of process, their conditions and events, cut-off information.
+// Not here:  files (net/mci_reader.h, net/mp_reader.h, net/pnml_reader.h), checks
+//            (net/sanity_checks.h), one process out of several kinds (net/process_variant.h).
+//
+// A process has its net as base and two more owned lists. Processes are read-only once loaded,
+// but for those that the built-in unfolder makes.
+// Invariants: the object at position i of a list has index i; links are entered on both sides;
+// the arcs of a transition are those of any of its events, mapped to places; the initial marking
+// of a place is its number of initial conditions.
+#pragma once
+
+#include <cassert>
+#include <cstdint>
+#include <memory>
+#include <ostream>
+#include <span>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "net/net.h"
+
+namespace vorel {
+
+template <class N>
+struct EventOf;
+
+// An occurrence of a place in a prefix.
+template <class N>
+struct ConditionOf {
+  using Event = EventOf<N>;
+
+  // no_index for a condition after a cut-off that its producer left out of the list: a valid object
+  // with a place, reached only through its event's postset.
+  std::uint32_t index = no_index;
+  Event* pre_event = nullptr;  // null for a condition of the initial cut
+  typename N::Place* place = nullptr;
+  PtrList<Event> postset;  // by index
+
+  bool is_initial() const { return pre_event == nullptr; }
+  // The producers as a list, as in a merged process: one event or none.
+  std::span<Event* const> producers() const {
+    return {&pre_event, pre_event == nullptr ? std::size_t{0} : std::size_t{1}};
+  }
+};
+
+// Whether an event is a cut-off and with what correspondent. One word: 0 not a cut-off, 1 the
+// initial marking, 2 unknown, else a pointer to an event, or with the low bit set to an owned list
+// of events. A list has two elements at least: fewer have forms of their own.
+template <class Event>
+class CutOffInfo {
+ public:
+  CutOffInfo() = default;
+  CutOffInfo(CutOffInfo&& other) noexcept : word_{std::exchange(other.word_, 0)} {}
+  CutOffInfo& operator=(CutOffInfo&& other) noexcept {
+    std::swap(word_, other.word_);
+    return *this;
+  }
+  CutOffInfo(const CutOffInfo&) = delete;
+  CutOffInfo& operator=(const CutOffInfo&) = delete;
+  ~CutOffInfo() { clear(); }
+
+  bool is_cut_off() const { return word_ != 0; }
+  bool is_unknown() const { return word_ == 2; }
+  bool is_initial_marking() const { return word_ == 1; }
+
+  // The correspondents: none for the initial marking. Not to be asked of an unknown one.
+  std::span<Event* const> correspondents() const {
+    assert(is_cut_off() && !is_unknown());
+    if (is_initial_marking()) return {};
+    if (is_list()) return *list();
+    static_assert(sizeof(Event*) == sizeof(word_));
+    return {reinterpret_cast<Event* const*>(&word_), 1};
+  }
+
+  void clear() {
+    if (is_list()) delete list();
+    word_ = 0;
+  }
+  void set_unknown() { set(2); }
+  // None: the initial marking; one: that event; more: the list.
+  void set_correspondents(std::span<Event* const> events) {
+    if (events.empty()) {
+      set(1);
+    } else if (events.size() == 1) {
+      set(reinterpret_cast<std::uintptr_t>(events.front()));
+    } else {
+      auto owned = std::make_unique<List>(events.begin(), events.end());
+      set(reinterpret_cast<std::uintptr_t>(owned.release()) | 1u);
+    }
+  }
+
+ private:
+  using List = std::vector<Event*>;
+
+  bool is_list() const { return word_ > 2 && (word_ & 1u) != 0; }
+  List* list() const { return reinterpret_cast<List*>(word_ & ~std::uintptr_t{1}); }
+  void set(std::uintptr_t word) {
+    clear();
+    word_ = word;
+  }
+
+  std::uintptr_t word_ = 0;
+};
+
+// An occurrence of a transition in a prefix.
+template <class N>
+struct EventOf {
+  std::uint32_t index = no_index;
+  PtrList<ConditionOf<N>> preset;  // consumed, by index
+  typename N::Transition* transition = nullptr;
+  CutOffInfo<EventOf> cut_off;
+  PtrList<ConditionOf<N>> postset;  // produced, by index
+
+  bool is_cut_off() const { return cut_off.is_cut_off(); }
+  // For readers that know no more than the fact.
+  void mark_cut_off() { cut_off.set_unknown(); }
+};
+
+template <class N>
+struct MpEventOf;
+
+// All conditions of one place at one occurrence depth.
+template <class N>
+struct MpConditionOf {
+  using Event = MpEventOf<N>;
+
+  std::uint32_t index = no_index;
+  PtrList<Event> preset;  // all mp-events that produce it
+  typename N::Place* place = nullptr;
+  std::int32_t occurrence_depth = -1;  // at least 1 once set
+  std::uint32_t initial_marking = 0;
+  PtrList<Event> postset;  // all mp-events that consume it
+
+  bool is_initial() const { return initial_marking != 0; }
+  std::span<Event* const> producers() const { return preset; }
+};
+
+template <class N>
+struct MpEventOf {
+  std::uint32_t index = no_index;
+  PtrList<MpConditionOf<N>> preset;
+  typename N::Transition* transition = nullptr;
+  bool cut_off = false;  // no correspondent is kept
+  PtrList<MpConditionOf<N>> postset;
+
+  bool is_cut_off() const { return cut_off; }
+  void mark_cut_off() { cut_off = true; }
+};
+
+template <class N>
+struct PrefixOf : N {
+  using NetType = N;
+  using Condition = ConditionOf<N>;
+  using Event = EventOf<N>;
+  static constexpr bool is_merged = false;
+
+  OwnedList<Condition> conditions;
+  OwnedList<Event> events;
+};
+
+template <class N>
+struct MergedProcessOf : N {
+  using NetType = N;
+  using Condition = MpConditionOf<N>;
+  using Event = MpEventOf<N>;
+  static constexpr bool is_merged = true;
+
+  OwnedList<Condition> conditions;
+  OwnedList<Event> events;
+};
+
+using NetPrefix = PrefixOf<Net>;
+using StgPrefix = PrefixOf<Stg>;
+using NetMergedProcess = MergedProcessOf<Net>;
+using StgMergedProcess = MergedProcessOf<Stg>;
+
+template <class P>
+concept Process = std::is_same_v<P, NetPrefix> || std::is_same_v<P, StgPrefix> ||
+                  std::is_same_v<P, NetMergedProcess> || std::is_same_v<P, StgMergedProcess>;
+
+// For the explicit instantiations: every template over processes is declared in a header, defined
+// in a .cpp file and instantiated there from this list.
+#define VOREL_FOR_EACH_PROCESS(X) X(NetPrefix) X(StgPrefix) X(NetMergedProcess) X(StgMergedProcess)
+#define VOREL_FOR_EACH_PREFIX(X) X(NetPrefix) X(StgPrefix)
+#define VOREL_FOR_EACH_MERGED_PROCESS(X) X(NetMergedProcess) X(StgMergedProcess)
+
+// Enter a link on both sides. A second producer of a condition of a prefix is refused with false;
+// nothing is changed then.
+template <class N>
+bool add_link(ConditionOf<N>& condition, EventOf<N>& event) {
+  condition.postset.push_back(&event);
+  event.preset.push_back(&condition);
+  return true;
+}
+template <class N>
+bool add_link(EventOf<N>& event, ConditionOf<N>& condition) {
+  if (condition.pre_event != nullptr) return false;
+  condition.pre_event = &event;
+  event.postset.push_back(&condition);
+  return true;
+}
+template <class N>
+bool add_link(MpConditionOf<N>& condition, MpEventOf<N>& event) {
+  condition.postset.push_back(&event);
+  event.preset.push_back(&condition);
+  return true;
+}
+template <class N>
+bool add_link(MpEventOf<N>& event, MpConditionOf<N>& condition) {
+  condition.preset.push_back(&event);
+  event.postset.push_back(&condition);
+  return true;
+}
+
+// Sorts the links of all conditions and events by index.
+template <Process P>
+void sort_links(P& process);
+
+// Rebuilds the arcs of a net whose file has none: the first event of a transition defines them. A
+// transition without events has none.
+template <Process P>
+void rebuild_arcs(P& process);
+
+// Counts the initial conditions of each place into its initial_marking.
+template <Process P>
+void count_initial_marking(P& process);
+
+// "\n |B|=... |E|=... |C|=... |BE|=... |EB|=...", flushed. A condition left out after a cut-off
+// counts once in B and once more in EB.
+template <Process P>
+void print_statistics(const P& process, std::ostream& stream);
+
+}  // namespace vorel

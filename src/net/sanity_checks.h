@@ -1,0 +1,17 @@
+// net/sanity_checks.h - the structural checks that every input passes between reading and the run.
+// Here:      seven checks on the process itself; three may refuse it, the others warn.
+// Not here:  the consistency of an STG (net/initial_values.h).
+// The "places" and "transitions" of the messages are conditions "cI" and events "eI".
+#pragma once
+
+#include "net/process.h"
+
+namespace vorel {
+
+// Runs all checks, in order, whatever the earlier ones said. False when the process is refused:
+// silently if its links contradict each other, after an error if the initial marking is not safe or
+// an event has an empty preset. Linear in the size of the process.
+template <Process P>
+bool passes_sanity_checks(const P& process);
+
+}  // namespace vorel

@@ -1,0 +1,50 @@
+// results/solution.h - what a run found: traces of events, in text and XML form.
+// Here:      Trace, the base class Solution.
+// Not here:  the list of solutions and where it goes (results/report.h); what single modes add.
+#pragma once
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "results/xml_document.h"
+
+namespace vorel {
+
+// One event of a trace. The name belongs to the transition in the process, which outlives results.
+struct TraceStep {
+  std::uint32_t event = 0;  // the event's index
+  const std::string* transition = nullptr;
+};
+
+// Events in firing order (or, for a configuration, in any order).
+using Trace = std::vector<TraceStep>;
+
+// Writes the items joined by ", " and a newline: event indices (from 0), or transition names.
+void print_trace(std::ostream& stream, const Trace& trace, bool as_event_numbers);
+
+class Solution {
+ public:
+  explicit Solution(bool output_configurations) : output_configurations_{output_configurations} {}
+  virtual ~Solution() = default;
+  Solution(const Solution&) = delete;
+  Solution& operator=(const Solution&) = delete;
+
+  // The sum of the lengths of all traces.
+  virtual std::uint64_t cost() const;
+  // The traces and, on the standard output only, the cost.
+  virtual void print(std::ostream& stream) const;
+  // A new `solution` element that belongs to the document.
+  virtual XmlNode* to_xml(XmlDocument& document) const;
+
+  std::vector<Trace> traces;
+
+ protected:
+  bool output_configurations() const { return output_configurations_; }
+
+ private:
+  bool output_configurations_;  // print event numbers rather than transition names
+};
+
+}  // namespace vorel

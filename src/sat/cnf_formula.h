@@ -1,0 +1,82 @@
+// sat/cnf_formula.h - the object through which every encoder talks to a SAT solver.
+// Here:      variables, normalised clauses in groups, gates, at-most-one constraints, solving.
+// Not here:  integer arithmetic over literals (sat/integer_circuit.h), searches over many models
+//            (sat/enumeration.h).
+// A clause goes to the solver the moment it is added. All variables are frozen: nothing here is
+// ever eliminated by preprocessing. One formula per search; used from one thread.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <ostream>
+#include <span>
+
+#include "sat/definition_recorder.h"
+#include "sat/gate.h"
+#include "sat/literal.h"
+#include "sat/sat_solver.h"
+
+namespace vorel {
+
+struct CnfParams {
+  int solver = 1;                   // number of the back end; unknown ones get a warning and 1
+  bool restrict_branching = false;  // no decisions on the outputs of small gates either
+  bool store_cnf_formula = false;   // write formula.cnf before every solve
+};
+
+class CnfFormula {
+ public:
+  explicit CnfFormula(const CnfParams& params);
+  ~CnfFormula();
+  CnfFormula(const CnfFormula&) = delete;
+  CnfFormula& operator=(const CnfFormula&) = delete;
+
+  // Back to an empty formula with three new default groups.
+  void reset();
+
+  // Groups. By convention the default groups are: 0 the fixed part of an instance, 1 the property
+  // under test, 2 the clauses that an optimisation step replaces.
+  ClauseGroup group(std::uint32_t i) const;
+  ClauseGroup new_group();
+  void remove_group(ClauseGroup id);
+  // Removes the group and puts a fresh one in its place in the list.
+  ClauseGroup renew_group(ClauseGroup id);
+
+  // Variables, frozen.
+  Var new_var(bool no_branch);
+  Lits new_vars(std::uint32_t count);  // never branched on, as positive literals
+
+  // Clauses. Constants fold; a clause that is always true adds nothing.
+  void add_clause(std::span<const Lit> lits, ClauseGroup group);
+  void add_units(std::span<const Lit> lits, bool invert, ClauseGroup group);
+  void add_unit(Lit lit, ClauseGroup group);
+  void add_binary(Lit a, Lit b, ClauseGroup group);
+  void add_at_most_one(std::span<const Lit> lits, ClauseGroup group);
+
+  // Gates: the literal of a function of other literals, with the wanted half of its definition.
+  Lit make_gate(Gate gate, ClauseGroup group, Polarity polarity = default_polarity);
+  // The same through a cell, for caches: a second request with the other polarity adds only the
+  // missing half. Callers test cell.serves(polarity) first.
+  Lit define_gate(LitCell& cell, GateType type, std::span<const Lit> lits, ClauseGroup group,
+                  Polarity polarity = default_polarity);
+
+  // Solves; false when there is no model, and after a reported failure (see run_failed()).
+  bool solve();
+  // After a solve that gave true. A constant has its own value.
+  ModelValue value(Lit lit) const;
+  bool is_true(Lit lit) const { return value(lit) == ModelValue::yes; }
+
+  // Writes the instance in DIMACS form to formula.cnf in the current directory.
+  void store_formula() const;
+  // "Original Num Var/Cl/Lit\t\t\tV/C/L".
+  void print_size(std::ostream& stream) const;
+
+  SatSolver& solver() { return *solver_; }
+  const SatSolver& solver() const { return *solver_; }
+  // Clauses that only help propagation are left out.
+  bool skip_redundant_clauses() const { return skip_redundant_clauses_; }
+  void set_recorder(DefinitionRecorder* recorder) { recorder_ = recorder; }  // null: none
+};
+
+}  // namespace vorel
