@@ -8,8 +8,8 @@ namespace {
 
 template <class T>
 void sort_list_by_name(OwnedList<T>& list) {
-  std::ranges::stable_sort(list,
-                           [](const auto& a, const auto& b) { return name_less(a->name, b->name); });
+  std::ranges::stable_sort(
+      list, [](const auto& a, const auto& b) { return name_less(a->name, b->name); });
   renumber(list);
 }
 
@@ -50,10 +50,10 @@ void sort_net(N& net) {
   sort_adjacency(net);
 }
 
-#define INSTANTIATE(N)                     \
-  template void sort_places<N>(N&);        \
-  template void sort_transitions<N>(N&);   \
-  template void sort_adjacency<N>(N&);     \
+#define INSTANTIATE(N)                   \
+  template void sort_places<N>(N&);      \
+  template void sort_transitions<N>(N&); \
+  template void sort_adjacency<N>(N&);   \
   template void sort_net<N>(N&);
 INSTANTIATE(Net)
 INSTANTIATE(Stg)

@@ -56,8 +56,8 @@ struct Signal {
 };
 
 struct StgTransition : TransitionOf<StgTransition> {
-  Signal* signal = nullptr;   // set for every transition of a loaded STG
-  Sign sign = Sign::toggle;   // stays so for a dummy
+  Signal* signal = nullptr;  // set for every transition of a loaded STG
+  Sign sign = Sign::toggle;  // stays so for a dummy
 };
 using StgPlace = PlaceOf<StgTransition>;
 

@@ -178,7 +178,7 @@ using StgMergedProcess = MergedProcessOf<Stg>;
 
 template <class P>
 concept Process = std::is_same_v<P, NetPrefix> || std::is_same_v<P, StgPrefix> ||
-                  std::is_same_v<P, NetMergedProcess> || std::is_same_v<P, StgMergedProcess>;
+    std::is_same_v<P, NetMergedProcess> || std::is_same_v<P, StgMergedProcess>;
 
 // For the explicit instantiations: every template over processes is declared in a header, defined
 // in a .cpp file and instantiated there from this list.

@@ -1,0 +1,61 @@
+// net/edge_history.h - how many edges of its own signal precede each event of an STG prefix.
+// Here:      counting, for all events at once, without walking every local configuration.
+// Not here:  what the counts mean for the values of signals (net/initial_values.h).
+//
+// The edges of one signal in a configuration are totally ordered by causality, unless the signal is
+// in concurrency with itself. So it is enough to carry the last edge of each signal along the
+// causal order: where two histories meet, the longer chain of edges must contain the shorter one.
+// Signals are carried in blocks, so memory is one row of `lanes` words an event, whatever their
+// number, and time is proportional to the links times the number of blocks.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "base/indexed_by.h"
+#include "net/process.h"
+
+namespace vorel {
+
+class EdgeHistory {
+ public:
+  using Event = StgPrefix::Event;
+  using Disorder = std::pair<Event*, Event*>;  // two concurrent edges of one signal
+  static constexpr std::uint32_t lanes = 16;   // signals in a block
+
+  // `order`: all events that are to be looked at, each after its predecessors.
+  EdgeHistory(const StgPrefix& prefix, const std::vector<Event*>& order);
+
+  // Counts for the signals first .. first + lanes - 1.
+  void visit_signals_from(std::uint32_t first);
+  // A pair of concurrent edges in one local configuration, met by the last visit; none otherwise.
+  const std::optional<Disorder>& disorder() const { return disorder_; }
+  // For an event of a visited signal that is not a dummy.
+  std::uint32_t edges_before(const Event& event) const { return edges_before_[event]; }
+
+ private:
+  // Event number + 1 of the last edge of each signal of the block, 0 for none.
+  using Row = std::array<std::uint32_t, lanes>;
+
+  void visit(Event& event, std::uint32_t first);
+  void join(Row& row, const Row& other);
+  std::uint32_t later_edge(std::uint32_t a, std::uint32_t b);
+  std::uint32_t edge_at_depth(std::uint32_t edge, std::uint32_t depth) const;
+  void append_edge(const Event& event, std::uint32_t previous);
+  void recount_signal(const Signal& signal);
+
+  // Edges are event numbers + 1; the tables below are indexed by them, entry 0 is the root.
+  const StgPrefix& prefix_;
+  const std::vector<Event*>& order_;
+  std::vector<Row> rows_;                // by event number, of the block being visited
+  std::vector<std::uint32_t> depth_;     // number of edges of the chain that ends here
+  std::vector<std::uint32_t> previous_;  // the edge before, 0 for the first
+  std::vector<std::uint32_t> jump_;      // some edge further back: levels are found in log steps
+  IndexedBy<Event, std::uint32_t> edges_before_;
+  std::optional<Disorder> disorder_;
+};
+
+}  // namespace vorel

@@ -1,0 +1,112 @@
+#include "net/initial_values.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/indexed_by.h"
+#include "base/messages.h"
+#include "net/causality.h"
+#include "net/edge_history.h"
+
+namespace vorel {
+namespace {
+
+using Event = StgPrefix::Event;
+
+class InitialValuePass {
+ public:
+  explicit InitialValuePass(StgPrefix& prefix)
+      : prefix_{prefix}, order_{topological_order(prefix)} {}
+
+  bool run() {
+    clean_dummies();
+    EdgeHistory history(prefix_, order_);
+    for (std::uint32_t first = 0; first < prefix_.internals_end; first += EdgeHistory::lanes) {
+      history.visit_signals_from(first);
+      if (history.disorder() && !accept_disorder(*history.disorder())) return false;
+    }
+    for (Event* event : order_) {
+      if (!is_consistent(*event, history.edges_before(*event))) return false;
+    }
+    settle_unknown_values();
+    return true;
+  }
+
+ private:
+  void clean_dummies() {
+    for (std::uint32_t i = prefix_.internals_end; i < prefix_.signals.size(); ++i) {
+      Signal& signal = *prefix_.signals[i];
+      if (signal.initial_value == unknown_value) continue;
+      print_warning("dummy signal " + signal.name + " has an initial value distinct from '?'");
+      signal.initial_value = unknown_value;
+    }
+    for (const Event* event : order_) {
+      StgTransition& transition = *event->transition;
+      if (!transition.signal->is_dummy() || transition.sign == Sign::toggle) continue;
+      print_warning("dummy transition " + transition.name + " cannot have sign");
+      transition.sign = Sign::toggle;
+    }
+  }
+
+  // `edges_before`: the number of edges of its signal that precede the event.
+  bool is_consistent(Event& event, std::uint32_t edges_before) {
+    Signal& signal = *event.transition->signal;
+    if (signal.is_dummy() || event.transition->sign == Sign::toggle) return true;
+    const unsigned value_before = event.transition->sign == Sign::minus ? 1 : 0;
+    const auto initial = static_cast<std::uint8_t>(value_before ^ (edges_before & 1u));
+    if (signal.initial_value == unknown_value) signal.initial_value = initial;
+    if (signal.initial_value == initial) return true;
+    refuse(signal, causal_past(prefix_, std::array{&event}), nullptr);
+    return false;
+  }
+
+  // Two concurrent edges of one signal: whichever fires first, a signed one then finds the value
+  // that it would bring about. Toggles alone may be concurrent.
+  bool accept_disorder(const EdgeHistory::Disorder& disorder) {
+    const auto [first, second] = disorder;
+    const bool first_is_signed = first->transition->sign != Sign::toggle;
+    if (!first_is_signed && second->transition->sign == Sign::toggle) return true;
+    Event* const last = first_is_signed ? first : second;
+    refuse(*last->transition->signal, causal_past(prefix_, std::array{first, second}), last);
+    return false;
+  }
+
+  // The trace goes through the events, with `last` (if any) put to the end.
+  void refuse(const Signal& signal, std::vector<Event*> events, const Event* last) const {
+    IndexedBy<Event, std::uint32_t> position(prefix_.events.size(), no_index);
+    std::uint32_t next = 0;
+    for (const Event* event : order_) position[*event] = event == last ? no_index : next++;
+    std::ranges::sort(events, {}, [&](const Event* event) { return position[*event]; });
+    std::string trace;
+    for (const Event* event : events) {
+      if (!trace.empty()) trace += ", ";
+      trace += event->transition->name;
+    }
+    print_error("the STG is inconsistent, signal " + signal.name + "; trace:\n" + trace);
+  }
+
+  void settle_unknown_values() {
+    IndexedBy<Signal, bool> has_events(prefix_.signals.size());
+    for (const Event* event : order_) has_events[*event->transition->signal] = true;
+    for (std::uint32_t i = 0; i < prefix_.internals_end; ++i) {
+      Signal& signal = *prefix_.signals[i];
+      if (signal.initial_value != unknown_value) continue;
+      print_warning(has_events[signal] ? "signal " + signal.name + " is assigned initial value 0"
+                                       : "signal " + signal.name + " is dead");
+      signal.initial_value = 0;
+    }
+  }
+
+  StgPrefix& prefix_;
+  const std::vector<Event*> order_;
+};
+
+}  // namespace
+
+bool find_initial_values(StgPrefix& prefix) { return InitialValuePass(prefix).run(); }
+
+}  // namespace vorel
