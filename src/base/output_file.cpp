@@ -1,0 +1,113 @@
+#include "base/output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cassert>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+
+namespace vorel {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int max_links = 40;              // as many as the kernel follows
+constexpr int max_temporary_names = 1000;  // only left-over files make a second one necessary
+
+// What the name leads to when all symbolic links at its end are followed, whether that exists or
+// not; nothing when it leads to an open descriptor, which has no name to rename to.
+std::optional<fs::path> follow_links(fs::path path) {
+  std::error_code error;
+  for (int links = 0; links < max_links && fs::is_symlink(path, error); ++links) {
+    const fs::path folder = fs::weakly_canonical(path.parent_path(), error);
+    if (folder.native().starts_with("/proc/")) return std::nullopt;
+    path = path.parent_path() / fs::read_symlink(path, error);
+  }
+  return path;
+}
+
+// Gives the new file the owner and the permissions of the old one.
+bool take_over_attributes(int file, const struct stat& old) {
+  struct stat current;
+  if (fstat(file, &current) != 0) return false;
+  const bool same_owner = current.st_uid == old.st_uid && current.st_gid == old.st_gid;
+  if (!same_owner && fchown(file, old.st_uid, old.st_gid) != 0) return false;
+  return fchmod(file, old.st_mode & 07777) == 0;
+}
+
+// The folder is that of the target, as renaming works within one file system only.
+std::string temporary_name(const std::string& target, int number) {
+  const std::string base = ".vorel-" + std::to_string(getpid()) + "-" + std::to_string(number);
+  return (fs::path(target).parent_path() / (base + ".tmp")).string();
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const std::string& name) : target_{name} { open_by_kind(); }
+
+OutputFile::~OutputFile() { discard(); }
+
+void OutputFile::open_by_kind() {
+  struct stat old;
+  const bool exists = stat(target_.c_str(), &old) == 0;
+  if (!exists && errno != ENOENT) return;
+  if (exists && !S_ISREG(old.st_mode)) return open_in_place(O_TRUNC);
+  const std::optional<fs::path> target = follow_links(target_);
+  if (!target) return open_in_place(O_APPEND);  // what the descriptor's owner wrote stays
+  if (!target->has_filename()) return;
+  target_ = target->string();
+  if (exists && faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) return;
+  open_aside();
+  const bool replaceable = is_open() && (!exists || take_over_attributes(buffer_.fd(), old));
+  if (replaceable) return;
+  discard();
+  if (exists) open_in_place(O_TRUNC);
+}
+
+std::ostream& OutputFile::stream() {
+  assert(is_open());
+  return stream_;
+}
+
+bool OutputFile::commit() {
+  if (!is_open()) return false;
+  const bool flushed = stream_.flush().good();
+  const bool closed = buffer_.close() != nullptr;
+  const bool written = flushed && closed;
+  if (temporary_.empty()) return written;
+  if (written && std::rename(temporary_.c_str(), target_.c_str()) == 0) {
+    temporary_.clear();
+    return true;
+  }
+  discard();
+  return false;
+}
+
+void OutputFile::open_in_place(int flags) {
+  const int file = open(target_.c_str(), O_WRONLY | O_CLOEXEC | flags);
+  if (file >= 0) buffer_ = __gnu_cxx::stdio_filebuf<char>(file, std::ios::out);
+}
+
+void OutputFile::open_aside() {
+  for (int number = 0; number < max_temporary_names; ++number) {
+    const std::string name = temporary_name(target_, number);
+    const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0 && errno == EEXIST) continue;
+    if (file < 0) return;
+    temporary_ = name;
+    buffer_ = __gnu_cxx::stdio_filebuf<char>(file, std::ios::out);
+    return;
+  }
+}
+
+void OutputFile::discard() {
+  if (is_open()) buffer_.close();
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+  temporary_.clear();
+}
+
+}  // namespace vorel

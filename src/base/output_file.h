@@ -1,0 +1,48 @@
+// base/output_file.h - an output file that appears whole or not at all.
+// Here:      writing aside and renaming, for results and converted nets alike.
+// Not here:  messages: the caller knows what its user is to be told.
+//
+// The text goes to a hidden temporary file in the folder of the target, which commit() renames.
+// Written in place, so that a failure may leave a part, is what cannot be replaced: a device, a
+// pipe, an open descriptor such as /dev/stdout, a file whose folder takes no new file or whose
+// owner would change. A process that is killed leaves the temporary file behind.
+#pragma once
+
+#include <ext/stdio_filebuf.h>
+
+#include <ostream>
+#include <string>
+
+namespace vorel {
+
+class OutputFile {
+ public:
+  // Follows symbolic links: their target is replaced, never the link. The permissions are those of
+  // the replaced file, or those that any new file gets. A file that is not writable is refused.
+  explicit OutputFile(const std::string& name);
+  // Without a commit() that succeeded, the target stays as it was.
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  bool is_open() const { return buffer_.is_open(); }
+  std::ostream& stream();
+  // Where the text goes until commit(), for a library that opens files itself.
+  const std::string& written_path() const { return temporary_.empty() ? target_ : temporary_; }
+
+  // Finishes the file. False if it is not open or any write, the closing or the renaming failed.
+  bool commit();
+
+ private:
+  void open_by_kind();
+  void open_in_place(int flags);
+  void open_aside();
+  void discard();
+
+  std::string target_;
+  std::string temporary_;  // empty when written in place
+  __gnu_cxx::stdio_filebuf<char> buffer_;
+  std::ostream stream_{&buffer_};
+};
+
+}  // namespace vorel

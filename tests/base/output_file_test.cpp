@@ -1,0 +1,204 @@
+#include "base/output_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace vorel {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A fresh folder per test, removed afterwards.
+class OutputFileTest : public testing::Test {
+ protected:
+  OutputFileTest() {
+    std::string pattern = (fs::temp_directory_path() / "output_file_XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~OutputFileTest() override {
+    fs::permissions(folder_, fs::perms::owner_all);
+    fs::remove_all(folder_);
+  }
+
+  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+  void put(const std::string& name, const std::string& text) const {
+    std::ofstream(path(name)) << text;
+  }
+  std::string get(const std::string& name) const {
+    std::ifstream in(path(name));
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  std::ptrdiff_t entry_count() const {
+    return std::distance(fs::directory_iterator(folder_), fs::directory_iterator());
+  }
+  // Writes and commits.
+  static bool save(const std::string& name, const std::string& text) {
+    OutputFile file(name);
+    if (!file.is_open()) return false;
+    file.stream() << text;
+    return file.commit();
+  }
+
+  fs::path folder_;
+};
+
+TEST_F(OutputFileTest, ACommittedFileHoldsTheTextAndNothingElseIsLeft) {
+  ASSERT_TRUE(save(path("a.txt"), "NO\n"));
+  EXPECT_EQ(get("a.txt"), "NO\n");
+  EXPECT_EQ(entry_count(), 1);
+}
+
+TEST_F(OutputFileTest, WithoutACommitTheTargetStaysAsItWas) {
+  put("old.txt", "old");
+  for (const char* name : {"old.txt", "new.txt"}) {
+    OutputFile file(path(name));
+    ASSERT_TRUE(file.is_open());
+    file.stream() << "half" << std::flush;
+  }
+  EXPECT_EQ(get("old.txt"), "old");
+  EXPECT_EQ(entry_count(), 1) << "neither new.txt nor a temporary file may be left";
+}
+
+TEST_F(OutputFileTest, AFailedWriteLeavesTheTargetAlone) {
+  put("old.txt", "old");
+  OutputFile file(path("old.txt"));
+  file.stream() << "half";
+  file.stream().setstate(std::ios::badbit);
+  EXPECT_FALSE(file.commit());
+  EXPECT_FALSE(file.commit()) << "there is nothing left to commit";
+  EXPECT_EQ(get("old.txt"), "old");
+  EXPECT_EQ(entry_count(), 1);
+}
+
+TEST_F(OutputFileTest, ASymbolicLinkStaysAndItsTargetIsWritten) {
+  put("old.txt", "old");
+  fs::create_symlink("old.txt", path("link"));
+  fs::create_symlink("link", path("link_to_link"));
+  fs::create_symlink("new.txt", path("dangling"));
+  ASSERT_TRUE(save(path("link_to_link"), "one"));
+  ASSERT_TRUE(save(path("dangling"), "two"));
+  EXPECT_EQ(get("old.txt"), "one");
+  EXPECT_EQ(get("new.txt"), "two");
+  for (const char* name : {"link", "link_to_link", "dangling"})
+    EXPECT_TRUE(fs::is_symlink(path(name))) << name;
+  EXPECT_EQ(entry_count(), 5);
+}
+
+TEST_F(OutputFileTest, PermissionsAreThoseOfTheReplacedFileOrOfAnyNewFile) {
+  put("old.txt", "old");
+  ASSERT_EQ(chmod(path("old.txt").c_str(), 0640), 0);
+  put("plain.txt", "");
+  ASSERT_TRUE(save(path("old.txt"), "x"));
+  ASSERT_TRUE(save(path("new.txt"), "x"));
+  EXPECT_EQ(fs::status(path("old.txt")).permissions(), fs::perms{0640});
+  EXPECT_EQ(fs::status(path("new.txt")).permissions(), fs::status(path("plain.txt")).permissions());
+}
+
+TEST_F(OutputFileTest, TheOwnerOfAReplacedFileIsKept) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give a file away";
+  put("old.txt", "old");
+  ASSERT_EQ(chown(path("old.txt").c_str(), 1234, 1234), 0);
+  ASSERT_TRUE(save(path("old.txt"), "x"));
+  struct stat now;
+  ASSERT_EQ(stat(path("old.txt").c_str(), &now), 0);
+  EXPECT_EQ(now.st_uid, 1234u);
+}
+
+TEST_F(OutputFileTest, ALongNameNeedsNoRoomForAnEnding) {
+  const std::string longest(255, 'n');
+  EXPECT_TRUE(save(path(longest), "x"));
+  EXPECT_FALSE(OutputFile(path(longest + "n")).is_open());
+}
+
+TEST_F(OutputFileTest, WhatCannotBeAFileIsNotOpened) {
+  fs::create_symlink("loop", path("loop"));
+  put("file", "");
+  for (const std::string& name :
+       {std::string(), path(""), path("missing/a.txt"), path("file/a.txt"), path("new/"),
+        path("loop"), folder_.string()}) {
+    OutputFile file(name);
+    EXPECT_FALSE(file.is_open()) << name;
+    EXPECT_FALSE(file.commit()) << name;
+  }
+  EXPECT_EQ(entry_count(), 2);
+}
+
+TEST_F(OutputFileTest, AFullDeviceFailsTheCommit) {
+  EXPECT_FALSE(save("/dev/full", "x"));
+  EXPECT_TRUE(save("/dev/null", "x"));
+  EXPECT_TRUE(fs::is_character_file("/dev/null"));
+}
+
+TEST_F(OutputFileTest, AnOpenDescriptorKeepsWhatWasWrittenToIt) {
+  std::FILE* open_file = std::fopen(path("log").c_str(), "w");
+  std::fputs("first\n", open_file);
+  std::fflush(open_file);
+  const std::string name = "/proc/self/fd/" + std::to_string(fileno(open_file));
+  fs::create_symlink(name, path("link"));
+  EXPECT_TRUE(save(path("link"), "second\n"));
+  std::fclose(open_file);
+  EXPECT_EQ(get("log"), "first\nsecond\n");
+}
+
+// Root may write everywhere: these run as another user, in a process of their own.
+int save_as_nobody(const std::string& name) {
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool changed = geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
+    OutputFile file(name);
+    bool saved = false;
+    if (changed && file.is_open()) {
+      file.stream() << "new";
+      saved = file.commit();
+    }
+    _exit(saved ? 0 : 1);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WEXITSTATUS(status);
+}
+
+TEST_F(OutputFileTest, InAFolderThatIsNotWritableAWritableFileIsWrittenInPlace) {
+  put("shared.txt", "old");
+  put("locked.txt", "old");
+  chmod(path("shared.txt").c_str(), 0666);
+  chmod(path("locked.txt").c_str(), 0444);
+  chmod(folder_.c_str(), 0555);
+  EXPECT_EQ(save_as_nobody(path("shared.txt")), 0);
+  EXPECT_EQ(save_as_nobody(path("locked.txt")), 1);
+  EXPECT_EQ(save_as_nobody(path("new.txt")), 1);
+  EXPECT_EQ(get("shared.txt"), "new");
+  EXPECT_EQ(get("locked.txt"), "old");
+}
+
+TEST_F(OutputFileTest, AFileThatIsNotWritableIsRefusedEvenWhereItCouldBeReplaced) {
+  put("locked.txt", "old");
+  chmod(path("locked.txt").c_str(), 0444);
+  chmod(folder_.c_str(), 0777);
+  EXPECT_EQ(save_as_nobody(path("locked.txt")), 1);
+  EXPECT_EQ(get("locked.txt"), "old");
+  EXPECT_EQ(entry_count(), 1);
+}
+
+TEST_F(OutputFileTest, AFileOfAnotherOwnerIsWrittenInPlace) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs a file of another user";
+  put("shared.txt", "old");
+  chmod(path("shared.txt").c_str(), 0666);
+  chmod(folder_.c_str(), 0777);
+  EXPECT_EQ(save_as_nobody(path("shared.txt")), 0);
+  struct stat now;
+  ASSERT_EQ(stat(path("shared.txt").c_str(), &now), 0);
+  EXPECT_EQ(now.st_uid, 0u);
+  EXPECT_EQ(get("shared.txt"), "new");
+  EXPECT_EQ(entry_count(), 1);
+}
+
+}  // namespace
+}  // namespace vorel
