@@ -27,36 +27,36 @@ bool name_less(std::string_view a, std::string_view b) {
   return a.size() != b.size() ? a.size() < b.size() : a < b;
 }
 
-template <class N>
-void sort_places(N& net) {
+template <class T>
+void sort_places(NetOf<T>& net) {
   sort_list_by_name(net.places);
 }
 
-template <class N>
-void sort_transitions(N& net) {
+template <class T>
+void sort_transitions(NetOf<T>& net) {
   sort_list_by_name(net.transitions);
 }
 
-template <class N>
-void sort_adjacency(N& net) {
+template <class T>
+void sort_adjacency(NetOf<T>& net) {
   sort_neighbours(net.places);
   sort_neighbours(net.transitions);
 }
 
-template <class N>
-void sort_net(N& net) {
+template <class T>
+void sort_net(NetOf<T>& net) {
   sort_places(net);
   sort_transitions(net);
   sort_adjacency(net);
 }
 
-#define INSTANTIATE(N)                   \
-  template void sort_places<N>(N&);      \
-  template void sort_transitions<N>(N&); \
-  template void sort_adjacency<N>(N&);   \
-  template void sort_net<N>(N&);
-INSTANTIATE(Net)
-INSTANTIATE(Stg)
+#define INSTANTIATE(T)                          \
+  template void sort_places<T>(NetOf<T>&);      \
+  template void sort_transitions<T>(NetOf<T>&); \
+  template void sort_adjacency<T>(NetOf<T>&);   \
+  template void sort_net<T>(NetOf<T>&);
+INSTANTIATE(Transition)
+INSTANTIATE(StgTransition)
 #undef INSTANTIATE
 
 void sort_signals(Stg& stg) {

@@ -90,16 +90,16 @@ struct Stg : NetOf<StgTransition> {
 bool name_less(std::string_view a, std::string_view b);
 
 // Sort the list by name and renumber it.
-template <class N>
-void sort_places(N& net);
-template <class N>
-void sort_transitions(N& net);
+template <class T>
+void sort_places(NetOf<T>& net);
+template <class T>
+void sort_transitions(NetOf<T>& net);
 // Sorts the presets and postsets of all places and transitions by index.
-template <class N>
-void sort_adjacency(N& net);
+template <class T>
+void sort_adjacency(NetOf<T>& net);
 // The three above, in the order in which loading finishes a net (signals are sorted before).
-template <class N>
-void sort_net(N& net);
+template <class T>
+void sort_net(NetOf<T>& net);
 
 // Sorts the signals, renumbers them and recomputes the bounds.
 void sort_signals(Stg& stg);

@@ -144,6 +144,24 @@ bool is_acyclic(const P& process) {
   return true;
 }
 
+// What a transition consumes is told twice, by the net and by its events. Engines look at either,
+// so a contradiction would make them give different answers.
+template <Process P>
+bool events_match_transitions(const P& process) {
+  std::vector<std::uint32_t> places;
+  for (const auto& event : process.events) {
+    places.clear();
+    for (const auto* condition : event->preset) places.push_back(condition->place->index);
+    std::ranges::sort(places);
+    const auto place_index = [](const auto* place) { return place->index; };
+    if (std::ranges::equal(places, event->transition->preset, {}, {}, place_index)) continue;
+    print_error("event e" + std::to_string(event->index) +
+                " does not consume from the places of its transition " + event->transition->name);
+    return false;
+  }
+  return true;
+}
+
 template <Process P>
 bool is_safe_initially(const P& process) {
   if constexpr (P::is_merged) {
@@ -186,12 +204,13 @@ void warn_of_self_loops(const P& process) {
   }
 }
 
-// Every producer also consumes, and there are not more of them than consumers: nothing ever brings
-// the first token.
+// An unmarked condition all of whose producers also consume, and there are not more of them than
+// consumers: nothing ever brings the first token.
 template <class Condition>
 bool has_no_real_producer(const Condition& condition, MarkSet<typename Condition::Event>& marks) {
   const auto producers = condition.producers();
-  return !producers.empty() && producers.size() <= condition.postset.size() &&
+  return !condition.is_initial() && !producers.empty() &&
+         producers.size() <= condition.postset.size() &&
          all_among(producers, condition.postset, marks);
 }
 
@@ -212,8 +231,8 @@ void warn_of_odd_structure(const P& process) {
 template <Process P>
 bool passes_sanity_checks(const P& process) {
   bool passes = is_consistent(process);
-  // The links of an inconsistent process cannot be walked; its causality means nothing.
-  if (passes) passes = is_acyclic(process);
+  // Links that contradict each other mean nothing beyond that.
+  if (passes) passes = is_acyclic(process) && events_match_transitions(process);
   passes = is_safe_initially(process) && passes;
   const std::string empty_presets = finding(process.events, 'e', "transition(s) with empty preset",
                                             [](const auto& e) { return e.preset.empty(); });

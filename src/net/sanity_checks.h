@@ -1,5 +1,5 @@
 // net/sanity_checks.h - the structural checks that every input passes between reading and the run.
-// Here:      seven checks on the process itself; three may refuse it, the others warn.
+// Here:      checks on the process itself; some refuse it, the others warn.
 // Not here:  the consistency of an STG (net/initial_values.h).
 // The "places" and "transitions" of the messages are conditions "cI" and events "eI".
 #pragma once
@@ -9,8 +9,9 @@
 namespace vorel {
 
 // Runs all checks, in order, whatever the earlier ones said. False when the process is refused:
-// silently if its links contradict each other, after an error if the initial marking is not safe or
-// an event has an empty preset. Linear in the size of the process.
+// silently if its links contradict each other; after an error if a prefix has a causal cycle, an
+// event disagrees with its transition, the initial marking is not safe or an event has an empty
+// preset. Linear in the size of the process, but for sorting presets.
 template <Process P>
 bool passes_sanity_checks(const P& process);
 

@@ -1,0 +1,139 @@
+#include "net/sanity_checks.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/process_builder.h"
+
+namespace vorel {
+namespace {
+
+template <Process P>
+bool check(const ProcessBuilder<P>& builder, std::string* messages) {
+  testing::internal::CaptureStderr();
+  const bool passes = passes_sanity_checks(*builder.process);
+  *messages = testing::internal::GetCapturedStderr();
+  return passes;
+}
+
+TEST(SanityChecks, ASoundPrefixPassesWithoutAWord) {
+  ProcessBuilder<NetPrefix> b;
+  auto& p = b.condition("p");
+  auto& q = b.condition("q");
+  auto& p2 = b.condition("p");
+  b.event("t", {&p}, {&q});
+  b.event("u", {&q}, {&p2}, true);
+  b.finish();
+  std::string messages;
+  EXPECT_TRUE(check(b, &messages));
+  EXPECT_EQ(messages, "");
+}
+
+TEST(SanityChecks, ARepeatedLinkRefusesSilently) {
+  ProcessBuilder<NetPrefix> b;
+  auto& p = b.condition("p");
+  auto& q = b.condition("q");
+  b.event("t", {&p, &p}, {&q});
+  b.finish();
+  std::string messages;
+  EXPECT_FALSE(check(b, &messages));
+  EXPECT_EQ(messages, "");
+}
+
+TEST(SanityChecks, ALinkKnownToOneSideOnlyRefusesSilently) {
+  for (const int side : {0, 1}) {
+    ProcessBuilder<NetMergedProcess> b;
+    auto& p = b.condition("p", 1);
+    auto& q = b.condition("q");
+    auto& e = b.event("t", {&p}, {&q});
+    b.finish();
+    if (side == 0) q.preset.clear();
+    if (side == 1) e.postset.clear();
+    std::string messages;
+    EXPECT_FALSE(check(b, &messages));
+    EXPECT_EQ(messages.find("Error"), std::string::npos);
+  }
+}
+
+TEST(SanityChecks, AnIndexThatIsNoPositionRefusesSilently) {
+  ProcessBuilder<NetPrefix> b;
+  auto& p = b.condition("p");
+  auto& q = b.condition("q");
+  b.event("t", {&p}, {&q});
+  b.finish();
+  std::swap(p.index, q.index);
+  std::string messages;
+  EXPECT_FALSE(check(b, &messages));
+  EXPECT_EQ(messages, "");
+}
+
+TEST(SanityChecks, ACausalCycleOfAPrefixIsRefusedWithItsEvents) {
+  ProcessBuilder<NetPrefix> b;
+  auto& i = b.condition("i");
+  auto& o = b.condition("o");
+  auto& p = b.condition("p");
+  auto& q = b.condition("q");
+  b.event("s", {&i}, {&o});
+  b.event("t", {&p}, {&q});
+  b.event("u", {&q}, {&p});
+  b.finish();
+  std::string messages;
+  EXPECT_FALSE(check(b, &messages));
+  EXPECT_EQ(messages,
+            "\nError: the prefix contains 2 event(s) on or after a causal cycle: e1, e2\n");
+}
+
+TEST(SanityChecks, AnEventThatDisagreesWithItsTransitionIsRefused) {
+  ProcessBuilder<NetPrefix> b;
+  auto& p = b.condition("p");
+  auto& q = b.condition("q");
+  b.event("t", {&p}, {&b.condition("r")});
+  b.event("t", {&q}, {&b.condition("r")});
+  b.finish();
+  std::string messages;
+  EXPECT_FALSE(check(b, &messages));
+  EXPECT_EQ(messages, "\nError: event e1 does not consume from the places of its transition t\n");
+}
+
+TEST(SanityChecks, EmptyPresetsAndUnsafeMarkingsAreErrorsAndTheOtherChecksStillRun) {
+  ProcessBuilder<NetMergedProcess> b;
+  auto& p = b.condition("p", 2);
+  auto& q = b.condition("q");
+  auto& r = b.condition("r", 1);
+  b.condition("alone", 3);
+  b.event("t", {}, {&q});
+  b.event("u", {&p}, {});
+  b.event("v", {&r}, {});
+  b.event("w", {}, {});
+  b.finish();
+  std::string messages;
+  EXPECT_FALSE(check(b, &messages));
+  EXPECT_EQ(messages,
+            "\nError: the initial marking is not safe: place(s) c0, c3\n"
+            "\nError: the net contains 2 transition(s) with empty preset: e0, e3\n"
+            "\nWarning: the net contains 3 transition(s) with empty postset: e1, e2, e3\n"
+            "\nWarning: *T<T* for transition e0; the net may be unbounded\n"
+            "\nWarning: *T=T* for transition e3; |*T|=0\n"
+            "\nWarning: the net contains 1 isolated place(s): c3\n");
+}
+
+TEST(SanityChecks, SelfLoopsAndPlacesWithoutRealProducersAreWarnedOf) {
+  ProcessBuilder<NetMergedProcess> b;
+  auto& p = b.condition("p", 1);
+  auto& q = b.condition("q");
+  b.event("t", {&p}, {&p});
+  b.event("u", {&p}, {&p, &q});
+  auto& r = b.condition("r");
+  b.event("v", {&q, &r}, {&r});
+  b.finish();
+  std::string messages;
+  EXPECT_TRUE(check(b, &messages));
+  EXPECT_EQ(messages,
+            "\nWarning: *T=T* for transition e0; |*T|=1\n"
+            "\nWarning: *T<T* for transition e1; the net may be unbounded\n"
+            "\nWarning: the net contains 1 unmarked place(s) with no producing arcs: c2\n");
+}
+
+}  // namespace
+}  // namespace vorel

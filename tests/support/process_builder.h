@@ -1,0 +1,83 @@
+// tests/support/process_builder.h - small processes written down by hand.
+// One line of C++ per condition or event; names decide identity of places, transitions, signals.
+#pragma once
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+
+#include "net/net.h"
+#include "net/process.h"
+
+namespace vorel {
+
+template <Process P>
+class ProcessBuilder {
+ public:
+  using Condition = typename P::Condition;
+  using Event = typename P::Event;
+
+  // A condition of the named place; in a prefix it is initial until an event produces it.
+  Condition& condition(const std::string& place, std::uint32_t marking = 0, int depth = 1) {
+    Condition& c = append_new(process->conditions);
+    c.place = &named(process->places, place);
+    if constexpr (P::is_merged) {
+      c.initial_marking = marking;
+      c.occurrence_depth = depth;
+    }
+    return c;
+  }
+
+  // In an STG the name carries the label, as in "O.x+/1"; it is kept without its prefix.
+  Event& event(const std::string& transition, std::initializer_list<Condition*> preset,
+               std::initializer_list<Condition*> postset, bool cut_off = false) {
+    Event& e = append_new(process->events);
+    e.transition = &named(process->transitions, transition);
+    for (Condition* c : preset) add_link(*c, e);
+    for (Condition* c : postset) add_link(e, *c);
+    if (cut_off) e.mark_cut_off();
+    return e;
+  }
+
+  // Numbers and sorts everything as a reader would.
+  P& finish() {
+    if constexpr (P::NetType::has_signals) label();
+    sort_net(*process);
+    rebuild_arcs(*process);
+    sort_adjacency(*process);
+    count_initial_marking(*process);
+    return *process;
+  }
+
+  std::unique_ptr<P> process = std::make_unique<P>();
+
+ private:
+  template <class T>
+  static T& named(OwnedList<T>& list, const std::string& name) {
+    for (const auto& element : list) {
+      if (element->name == name) return *element;
+    }
+    T& element = append_new(list);
+    element.name = name;
+    return element;
+  }
+
+  void label() {
+    for (const auto& transition : process->transitions) {
+      const auto mark = transition->name.find_first_of("+-~/");
+      std::string signal = transition->name.substr(0, mark);
+      SignalKind kind = SignalKind::output;
+      if (signal.starts_with("i.")) kind = SignalKind::input;
+      if (signal.starts_with("d.")) kind = SignalKind::dummy;
+      Signal& found = named(process->signals, signal);
+      found.kind = kind;
+      transition->signal = &found;
+      if (mark == std::string::npos) continue;
+      if (transition->name[mark] == '+') transition->sign = Sign::plus;
+      if (transition->name[mark] == '-') transition->sign = Sign::minus;
+    }
+    sort_signals(*process);
+  }
+};
+
+}  // namespace vorel
