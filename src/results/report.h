@@ -23,7 +23,8 @@ class Report {
  public:
   void add(std::unique_ptr<Solution> solution) { solutions.push_back(std::move(solution)); }
 
-  // For people on the standard output, for machines ("YES", "NO", "_SEQUENCE:") on any other stream.
+  // For people on the standard output, for machines ("YES", "NO", "_SEQUENCE:") on any other
+  // stream.
   void print(std::ostream& stream, const VerdictMessages& messages) const;
   // The `result` element of the results document.
   XmlNode* to_xml(XmlDocument& document, const VerdictMessages& messages) const;

@@ -18,6 +18,9 @@ struct TraceStep {
   const std::string* transition = nullptr;
 };
 
+// Results are printed for people on the standard output, and for machines on any other stream.
+bool is_standard_output(const std::ostream& stream);
+
 // Events in firing order (or, for a configuration, in any order).
 using Trace = std::vector<TraceStep>;
 

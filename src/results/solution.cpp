@@ -1,0 +1,64 @@
+#include "results/solution.h"
+
+#include <cassert>
+#include <iostream>
+#include <numeric>
+
+namespace vorel {
+namespace {
+
+XmlNode* trace_to_xml(XmlDocument& document, const Trace& trace) {
+  XmlNode* element = xml_element(document, "trace");
+  for (const TraceStep& step : trace) {
+    assert(step.transition != nullptr);
+    XmlNode* child = xml_element(document, "step");
+    xml_attribute(document, *child, "event", std::uint64_t{step.event});
+    xml_attribute(document, *child, "transition", *step.transition);
+    element->append_node(child);
+  }
+  return element;
+}
+
+}  // namespace
+
+bool is_standard_output(const std::ostream& stream) { return &stream == &std::cout; }
+
+void print_trace(std::ostream& stream, const Trace& trace, bool as_event_numbers) {
+  std::string_view separator;
+  for (const TraceStep& step : trace) {
+    assert(step.transition != nullptr);
+    stream << separator;
+    if (as_event_numbers) {
+      stream << step.event;
+    } else {
+      stream << *step.transition;
+    }
+    separator = ", ";
+  }
+  stream << '\n';
+}
+
+std::uint64_t Solution::cost() const {
+  return std::accumulate(traces.begin(), traces.end(), std::uint64_t{0},
+                         [](std::uint64_t sum, const Trace& trace) { return sum + trace.size(); });
+}
+
+void Solution::print(std::ostream& stream) const {
+  assert(!traces.empty() && "a solution without traces overrides all of print");
+  const bool for_people = is_standard_output(stream);
+  for (const Trace& trace : traces) {
+    if (!for_people) stream << "_SEQUENCE:\n";
+    print_trace(stream, trace, output_configurations_);
+  }
+  if (!for_people) return;
+  stream << (traces.size() == 1 ? "path cost: " : "total cost of all paths: ") << cost() << '\n';
+}
+
+XmlNode* Solution::to_xml(XmlDocument& document) const {
+  XmlNode* element = xml_element(document, "solution");
+  xml_attribute(document, *element, "cost", cost());
+  for (const Trace& trace : traces) element->append_node(trace_to_xml(document, trace));
+  return element;
+}
+
+}  // namespace vorel

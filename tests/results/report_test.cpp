@@ -1,0 +1,280 @@
+#include "results/report.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <gzstream.h>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <random>
+#include <rapidxml/rapidxml.hpp>
+#include <sstream>
+
+#include "base/run_state.h"
+
+namespace vorel {
+namespace {
+
+namespace fs = std::filesystem;
+
+const VerdictMessages messages = {"the system has a deadlock", "the system is deadlock-free"};
+
+// Redirects a standard stream, which stays the same object, for the life of this one.
+class Redirected {
+ public:
+  Redirected(std::ostream& stream, std::streambuf* target)
+      : stream_{stream}, old_{stream.rdbuf(target)} {}
+  ~Redirected() {
+    stream_.rdbuf(old_);
+    stream_.clear();
+  }
+
+ private:
+  std::ostream& stream_;
+  std::streambuf* old_;
+};
+
+class ReportTest : public testing::Test {
+ protected:
+  ReportTest() {
+    std::string pattern = (fs::temp_directory_path() / "report_XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~ReportTest() override {
+    run_state().output_file_name.clear();
+    fs::remove_all(folder_);
+  }
+
+  // Adds a solution whose traces are given by event numbers; event i is named after names_[i].
+  void add(std::vector<std::vector<std::uint32_t>> traces, bool output_configurations = false) {
+    auto solution = std::make_unique<Solution>(output_configurations);
+    for (const auto& events : traces) {
+      Trace& trace = solution->traces.emplace_back();
+      for (const std::uint32_t event : events) trace.push_back({event, &names_.at(event)});
+    }
+    report_.add(std::move(solution));
+  }
+
+  std::string printed(std::ostream& stream) const {
+    std::ostringstream text;
+    const Redirected redirected(stream, text.rdbuf());
+    report_.print(stream, messages);
+    return text.str();
+  }
+
+  // Delivers to a name and keeps what comes out on the two standard streams.
+  void deliver_to(const std::string& name) {
+    std::ostringstream out, err;
+    const Redirected out_redirected(std::cout, out.rdbuf());
+    const Redirected err_redirected(std::cerr, err.rdbuf());
+    run_state().output_file_name = name;
+    deliver(report_, messages);
+    out_ = out.str();
+    err_ = err.str();
+  }
+
+  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+  std::string get(const std::string& name) const {
+    std::ifstream in(path(name));
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+  bool is_well_formed(const std::string& name) const {
+    return std::system(("xmllint --noout '" + path(name) + "'").c_str()) == 0;
+  }
+
+  std::vector<std::string> names_ = {"a+", "b-", "c~/2"};
+  Report report_;
+  fs::path folder_;
+  std::string out_, err_;
+};
+
+TEST_F(ReportTest, PeopleGetNumberedSolutionsTheirCostAndTheVerdict) {
+  EXPECT_EQ(printed(std::cout), "\nthe system is deadlock-free\n");
+  add({{0, 2}});
+  add({{1}, {}});
+  EXPECT_EQ(printed(std::cout),
+            "\nSOLUTION 0:\na+, c~/2\npath cost: 2\n"
+            "\nSOLUTION 1:\nb-\n\ntotal cost of all paths: 1\n"
+            "\nthe system has a deadlock\n");
+}
+
+TEST_F(ReportTest, MachinesGetYesOrNoAndMarkedSequences) {
+  EXPECT_EQ(printed(std::cerr), "NO\n");
+  add({{0, 2}});
+  add({{1}, {}});
+  EXPECT_EQ(printed(std::cerr),
+            "\nYES\n_SEQUENCE:\na+, c~/2\n\nYES\n_SEQUENCE:\nb-\n_SEQUENCE:\n\n");
+}
+
+TEST_F(ReportTest, AConfigurationIsToldByEventIndicesFromZero) {
+  add({{2, 0, 1}}, true);
+  EXPECT_EQ(printed(std::cout),
+            "\nSOLUTION 0:\n2, 0, 1\npath cost: 3\n\nthe system has a deadlock\n");
+}
+
+TEST_F(ReportTest, WithoutAFileOrWithTheNameCerrTheStandardOutputIsUsed) {
+  for (const char* name : {"", "cerr"}) {
+    deliver_to(name);
+    EXPECT_EQ(out_, "\nthe system is deadlock-free\n") << name;
+    EXPECT_EQ(err_, "") << name;
+  }
+  EXPECT_FALSE(fs::exists("cerr"));
+}
+
+TEST_F(ReportTest, ATextFileHoldsTheFormForMachinesAndNothingIsPrinted) {
+  deliver_to(path("none.txt"));
+  EXPECT_EQ(get("none.txt"), "NO\n");
+  add({{0}});
+  for (const char* name : {"found.txt", "found.XML", "found.xml.gz"}) {
+    deliver_to(path(name));
+    EXPECT_EQ(get(name), "\nYES\n_SEQUENCE:\na+\n") << name;
+    EXPECT_EQ(out_ + err_, "") << name;
+  }
+}
+
+TEST_F(ReportTest, ATextFileThatCannotBeOpenedIsReplacedByTheErrorStreamWithAWarning) {
+  const std::string name = path("missing/out.txt");
+  deliver_to(name);
+  EXPECT_EQ(out_, "");
+  EXPECT_EQ(err_, "\nWarning: cannot open \"" + name + "\" for output\nNO\n");
+}
+
+TEST_F(ReportTest, AFailedWriteIsAnErrorWhereverItHappens) {
+  fs::create_symlink("/dev/full", path("full.txt"));
+  fs::create_symlink("/dev/full", path("full.xml"));
+  for (const char* name : {"full.txt", "full.xml"}) {
+    deliver_to(path(name));
+    EXPECT_EQ(out_, "") << name;
+    EXPECT_EQ(err_, "\nError: cannot write a file\n") << name;
+  }
+  std::ostringstream err;
+  std::ofstream full("/dev/full");
+  const Redirected err_redirected(std::cerr, err.rdbuf());
+  const Redirected out_redirected(std::cout, full.rdbuf());
+  run_state().output_file_name.clear();
+  deliver(report_, messages);
+  EXPECT_EQ(err.str(), "\nError: cannot write a file\n");
+}
+
+TEST_F(ReportTest, AnXmlFileThatCannotBeOpenedIsAnErrorWithoutFallback) {
+  const std::string name = path("missing/out.xml");
+  deliver_to(name);
+  EXPECT_EQ(out_, "");
+  EXPECT_EQ(err_, "\nError: cannot open \"" + name + "\" for output\n");
+}
+
+TEST_F(ReportTest, TheNameXmlAloneSelectsTheResultsDocument) {
+  deliver_to(path(".xml"));
+  EXPECT_EQ(out_ + err_, "");
+  EXPECT_EQ(get(".xml"),
+            "<result status=\"success\" message=\"the system is deadlock-free\">\n"
+            "\t<solutions/>\n"
+            "</result>\n\n");
+}
+
+TEST_F(ReportTest, TheResultsDocumentHasEventsAndTransitionsWhateverIsPrinted) {
+  add({{0, 2}, {}}, true);
+  deliver_to(path("out.xml"));
+  EXPECT_EQ(get("out.xml"),
+            "<result status=\"success\" message=\"the system has a deadlock\">\n"
+            "\t<solutions>\n"
+            "\t\t<solution cost=\"2\">\n"
+            "\t\t\t<trace>\n"
+            "\t\t\t\t<step event=\"0\" transition=\"a+\"/>\n"
+            "\t\t\t\t<step event=\"2\" transition=\"c~/2\"/>\n"
+            "\t\t\t</trace>\n"
+            "\t\t\t<trace/>\n"
+            "\t\t</solution>\n"
+            "\t</solutions>\n"
+            "</result>\n\n");
+}
+
+TEST_F(ReportTest, ACompressedDocumentHoldsTheSameText) {
+  add({{0, 1, 2}});
+  ASSERT_TRUE(save_results(report_, messages, path("a.xml.gz")));
+  ASSERT_TRUE(save_results(report_, messages, path("a.xml")));
+  igzstream in;
+  in.open(path("a.xml.gz").c_str());
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), get("a.xml"));
+  EXPECT_EQ(get("a.xml.gz").substr(0, 2), "\x1F\x8B");
+
+  std::ostringstream err;
+  const Redirected redirected(std::cerr, err.rdbuf());
+  fs::create_symlink("/dev/full", path("full.xml.gz"));
+  EXPECT_FALSE(save_results(report_, messages, path("full.xml.gz")));
+  EXPECT_EQ(err.str(), "\nError: cannot write a file\n");
+}
+
+struct NameCase {
+  std::string name, read_back;
+};
+
+TEST_F(ReportTest, NamesSurviveTheWayThroughXmlAsFarAsXmlCanHoldThem) {
+  const std::string bad = "\xEF\xBF\xBD";
+  const std::vector<NameCase> cases = {
+      {"<a>&'\"", "<a>&'\""},
+      {"'single'", "'single'"},
+      {"\"double\"", "\"double\""},
+      {"", ""},
+      {"tab\tline\nreturn\r", "tab\tline\nreturn\r"},
+      {std::string("nul\0nul", 7), "nul" + bad + "nul"},
+      {"\x01\x1F\x7F", bad + bad + "\x7F"},
+      {"gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9D\x84\x9E",
+       "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9D\x84\x9E"},
+      {"latin \xFC.", "latin " + bad + "."},
+      {"cut \xE2\x82", "cut " + bad + bad},
+      {"overlong \xC0\xAF", "overlong " + bad + bad},
+      {"surrogate \xED\xA0\x80", "surrogate " + bad + bad + bad},
+      {"not a character \xEF\xBF\xBE", "not a character " + bad + bad + bad},
+      {"beyond \xF4\x90\x80\x80", "beyond " + bad + bad + bad + bad},
+  };
+  names_.clear();
+  for (const NameCase& c : cases) names_.push_back(c.name);
+  for (std::uint32_t i = 0; i < cases.size(); ++i) add({{i}});
+  deliver_to(path("out.xml"));
+  ASSERT_TRUE(is_well_formed("out.xml"));
+
+  std::string text = get("out.xml");
+  XmlDocument document;
+  document.parse<0>(text.data());
+  const XmlNode* solution = document.first_node("result")->first_node("solutions")->first_node();
+  for (const NameCase& c : cases) {
+    ASSERT_NE(solution, nullptr);
+    const auto* attribute =
+        solution->first_node("trace")->first_node("step")->first_attribute("transition");
+    EXPECT_EQ(std::string(attribute->value(), attribute->value_size()), c.read_back);
+    solution = solution->next_sibling();
+  }
+}
+
+TEST_F(ReportTest, NoNameMakesTheDocumentUnreadable) {
+  std::mt19937 random(1);
+  names_.assign(3000, "");
+  for (std::string& name : names_) {
+    // Lead bytes of sequences are frequent, so that valid and nearly valid ones come up.
+    static constexpr std::string_view frequent = "\xC3\xE0\xED\xEF\xF0\xF4\xBF\x80\x90&<>'\"]";
+    for (std::uint32_t i = random() % 8; i > 0; --i)
+      name += random() % 2 == 0 ? static_cast<char>(random() % 256)
+                                : frequent[random() % frequent.size()];
+  }
+  for (std::uint32_t i = 0; i < names_.size(); ++i) add({{i}});
+  ASSERT_TRUE(save_results(report_, messages, path("out.xml")));
+  EXPECT_TRUE(is_well_formed("out.xml"));
+}
+
+TEST(XmlElement, AValueIsEscapedAndAnEmptyOneClosesTheElement) {
+  XmlDocument document;
+  XmlNode* parent = xml_element(document, "parent");
+  parent->append_node(xml_element(document, "text", "a < b\x02"));
+  parent->append_node(xml_element(document, "none", std::string_view("rest", 0)));
+  document.append_node(parent);
+  std::ostringstream text;
+  print_xml(text, document);
+  EXPECT_EQ(text.str(), "<parent>\n\t<text>a &lt; b\xEF\xBF\xBD</text>\n\t<none/>\n</parent>\n\n");
+}
+
+}  // namespace
+}  // namespace vorel
