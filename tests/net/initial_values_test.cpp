@@ -1,0 +1,171 @@
+#include "net/initial_values.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "net/causality.h"
+#include "net/edge_history.h"
+#include "support/process_builder.h"
+
+namespace vorel {
+namespace {
+
+using Builder = ProcessBuilder<StgPrefix>;
+
+// Independent chains of events, each named by its transition; "*" before a name joins the chains
+// that came before it.
+Builder chains(const std::vector<std::vector<std::string>>& rows) {
+  Builder b;
+  int place = 0;
+  const auto condition = [&]() -> auto& { return b.condition("p" + std::to_string(place++)); };
+  for (const auto& row : rows) {
+    auto* here = &condition();
+    for (const auto& name : row) {
+      auto* next = &condition();
+      b.event(name, {here}, {next});
+      here = next;
+    }
+  }
+  b.finish();
+  return b;
+}
+
+// Adds an event that needs the last condition of each chain.
+void join(Builder& b, const std::string& name) {
+  std::vector<StgPrefix::Condition*> ends;
+  for (const auto& c : b.process->conditions) {
+    if (c->postset.empty()) ends.push_back(c.get());
+  }
+  auto& after = b.condition("after_" + name);
+  auto& event = b.event(name, {}, {&after});
+  for (auto* end : ends) add_link(*end, event);
+  b.finish();
+}
+
+struct Outcome {
+  bool consistent;
+  std::string messages;
+  std::map<std::string, int> values;
+};
+
+Outcome find_values(Builder& b) {
+  testing::internal::CaptureStderr();
+  Outcome outcome;
+  outcome.consistent = find_initial_values(*b.process);
+  outcome.messages = testing::internal::GetCapturedStderr();
+  for (const auto& signal : b.process->signals) {
+    outcome.values[signal->name] = signal->initial_value;
+  }
+  return outcome;
+}
+
+TEST(InitialValues, FollowFromTheSignsOfTheEvents) {
+  Builder b = chains({{"a-", "b+", "a+/1", "b-/1"}, {"c~", "c+/1"}, {"d.k"}});
+  const Outcome outcome = find_values(b);
+  EXPECT_TRUE(outcome.consistent);
+  EXPECT_EQ(outcome.messages, "");
+  EXPECT_EQ(outcome.values, (std::map<std::string, int>{{"a", 1}, {"b", 0}, {"c", 1}, {"d.k", 2}}));
+}
+
+TEST(InitialValues, TogglesAndDeadSignalsAreTakenAsZeroWithAWarning) {
+  Builder b = chains({{"a~", "b~", "a~/1", "b+/1"}});
+  add_signal(*b.process, "z", SignalKind::input);
+  sort_signals(*b.process);
+  const Outcome outcome = find_values(b);
+  EXPECT_TRUE(outcome.consistent);
+  EXPECT_EQ(outcome.messages,
+            "\nWarning: signal z is dead\n\nWarning: signal a is assigned initial value 0\n");
+  EXPECT_EQ(outcome.values, (std::map<std::string, int>{{"a", 0}, {"b", 1}, {"z", 0}}));
+}
+
+TEST(InitialValues, DummiesLoseSignsAndValuesWithAWarning) {
+  Builder b = chains({{"d.k+", "a+"}});
+  for (const auto& signal : b.process->signals) signal->initial_value = signal->is_dummy() ? 1 : 0;
+  const Outcome outcome = find_values(b);
+  EXPECT_TRUE(outcome.consistent);
+  EXPECT_EQ(outcome.messages,
+            "\nWarning: dummy signal d.k has an initial value distinct from '?'\n"
+            "\nWarning: dummy transition d.k+ cannot have sign\n");
+  EXPECT_EQ(outcome.values, (std::map<std::string, int>{{"a", 0}, {"d.k", 2}}));
+}
+
+TEST(InitialValues, InconsistencyIsAnErrorWithATraceThatLeadsToIt) {
+  struct Row {
+    std::vector<std::vector<std::string>> chains;
+    std::string joined_by;
+    int given_value;
+    std::string message;
+  };
+  const Row table[] = {
+      {{{"b+", "a+", "a+/1"}}, "", unknown_value, "signal a; trace:\nb+, a+, a+/1"},
+      {{{"a+", "b+", "a~", "a-/1"}}, "", unknown_value, "signal a; trace:\na+, b+, a~, a-/1"},
+      {{{"b+", "a-"}}, "", 0, "signal a; trace:\nb+, a-"},
+      // Concurrent edges of one signal, seen where their histories meet.
+      {{{"a+"}, {"b+", "a+/1"}}, "c+", unknown_value, "signal a; trace:\nb+, a+/1, a+"},
+      {{{"a+"}, {"a~"}}, "c+", unknown_value, "signal a; trace:\na~, a+"},
+      {{{"a+", "a-"}, {"a+/1", "a-/1"}}, "c+", unknown_value, "signal a; trace:"},
+  };
+  for (const Row& row : table) {
+    Builder b = chains(row.chains);
+    if (!row.joined_by.empty()) join(b, row.joined_by);
+    for (const auto& signal : b.process->signals) {
+      if (signal->name == "a") signal->initial_value = static_cast<std::uint8_t>(row.given_value);
+    }
+    const Outcome outcome = find_values(b);
+    EXPECT_FALSE(outcome.consistent) << row.message;
+    EXPECT_NE(outcome.messages.find("\nError: the STG is inconsistent, " + row.message),
+              std::string::npos)
+        << outcome.messages;
+  }
+}
+
+TEST(InitialValues, ConcurrentTogglesAreCountedOneByOne) {
+  Builder b = chains({{"a~"}, {"a~/1", "b+"}});
+  join(b, "a-/2");
+  const Outcome outcome = find_values(b);
+  EXPECT_TRUE(outcome.consistent) << outcome.messages;
+  EXPECT_EQ(outcome.values.at("a"), 1);
+}
+
+// Random causality and signals, without regard for signs: only the counting is judged.
+TEST(EdgeHistory, CountsTheEdgesOfEachLocalConfiguration) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 200; ++round) {
+    Builder b;
+    const auto signals = 1 + random() % 40, events = 1 + random() % 60;
+    std::vector<StgPrefix::Condition*> conditions;
+    for (int i = 0; i < 4; ++i) conditions.push_back(&b.condition("p"));
+    for (std::size_t i = 0; i < events; ++i) {
+      auto& event = b.event("s" + std::to_string(random() % signals) + "~", {}, {});
+      for (std::size_t k = 0; k <= random() % 3; ++k) {
+        auto* condition = conditions[random() % conditions.size()];
+        if (condition->postset.empty()) add_link(*condition, event);
+      }
+      for (std::size_t k = 0; k <= random() % 2; ++k) {
+        conditions.push_back(&b.condition("p"));
+        add_link(event, *conditions.back());
+      }
+    }
+    b.finish();
+    const auto order = topological_order(*b.process);
+    EdgeHistory history(*b.process, order);
+    for (std::uint32_t first = 0; first < signals; first += EdgeHistory::lanes) {
+      history.visit_signals_from(first);
+    }
+    for (auto* event : order) {
+      std::uint32_t expected = 0;
+      for (const auto* past : causal_past(*b.process, std::array{event})) {
+        expected += past != event && past->transition->signal == event->transition->signal;
+      }
+      EXPECT_EQ(history.edges_before(*event), expected) << "round " << round;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vorel
