@@ -1,0 +1,143 @@
+#include "oracle/coding.h"
+
+#include <cassert>
+#include <map>
+
+namespace vorel::oracle {
+namespace {
+
+// False when it contradicts what is known.
+bool learn(std::uint8_t& value, bool is_one) {
+  const std::uint8_t wanted = is_one ? 1 : 0;
+  if (value == unknown_value) value = wanted;
+  return value == wanted;
+}
+
+bool learn_from_arcs(const StateGraph<Stg>::State& state, Values& values) {
+  for (const auto& arc : state.arcs) {
+    const StgTransition& transition = *arc.transition;
+    if (transition.signal->is_dummy() || transition.sign == Sign::toggle) continue;
+    const std::uint32_t signal = transition.signal->index;
+    const bool is_one_before = transition.sign == Sign::minus;
+    if (!learn(values[signal], is_one_before != state.parity[signal])) return false;
+  }
+  return true;
+}
+
+bool covers(const Values& large, const Values& small) {
+  for (std::size_t i = 0; i < large.size(); ++i) {
+    if (small[i] > large[i]) return false;
+  }
+  return true;
+}
+
+bool next_value(const StateGraph<Stg>& graph, std::uint32_t state, const Values& code,
+                std::uint32_t signal) {
+  return (code[signal] == 1) != enabled_through_dummies(graph, state).contains(signal);
+}
+
+}  // namespace
+
+std::optional<Values> find_initial_values(const Stg& stg, const StateGraph<Stg>& graph) {
+  assert(graph.outcome == Exploration::complete);
+  Values values;
+  for (const auto& signal : stg.signals) {
+    values.push_back(signal->is_dummy() ? std::uint8_t{0} : signal->initial_value);
+  }
+  for (const auto& state : graph.states) {
+    if (!learn_from_arcs(state, values)) return std::nullopt;
+  }
+  for (std::uint8_t& value : values) {
+    if (value == unknown_value) value = 0;
+  }
+  return values;
+}
+
+bool assign_initial_values(Stg& stg, std::size_t max_states) {
+  const StateGraph<Stg> graph = explore(stg, max_states);
+  if (graph.outcome != Exploration::complete) return false;
+  const auto values = find_initial_values(stg, graph);
+  if (!values) return false;
+  for (const auto& signal : stg.signals) {
+    if (!signal->is_dummy()) signal->initial_value = (*values)[signal->index];
+  }
+  return true;
+}
+
+Values code_of(const StateGraph<Stg>::State& state, const Values& initial) {
+  Values code = initial;
+  for (std::size_t i = 0; i < code.size(); ++i) {
+    if (state.parity[i]) code[i] = code[i] == 0 ? 1 : 0;
+  }
+  return code;
+}
+
+SignalSet enabled_signals(const StateGraph<Stg>& graph, std::uint32_t state) {
+  SignalSet signals;
+  for (const auto& arc : graph.states[state].arcs) {
+    if (!arc.transition->signal->is_dummy()) signals.insert(arc.transition->signal->index);
+  }
+  return signals;
+}
+
+SignalSet enabled_through_dummies(const StateGraph<Stg>& graph, std::uint32_t state) {
+  SignalSet signals;
+  std::set<std::uint32_t> seen{state};
+  std::vector<std::uint32_t> open{state};
+  while (!open.empty()) {
+    const std::uint32_t current = open.back();
+    open.pop_back();
+    signals.merge(enabled_signals(graph, current));
+    for (const auto& arc : graph.states[current].arcs) {
+      if (!arc.transition->signal->is_dummy() || !seen.insert(arc.target).second) continue;
+      open.push_back(arc.target);
+    }
+  }
+  return signals;
+}
+
+bool has_usc_conflict(const StateGraph<Stg>& graph, const Values& initial) {
+  std::map<Values, Marking> marking_of;
+  for (const auto& state : graph.states) {
+    const auto [known, is_new] = marking_of.emplace(code_of(state, initial), state.marking);
+    if (!is_new && known->second != state.marking) return true;
+  }
+  return false;
+}
+
+SignalSet csc_conflict_signals(const Stg& stg, const StateGraph<Stg>& graph,
+                               const Values& initial) {
+  std::map<Values, std::vector<SignalSet>> enabled_at;
+  for (std::uint32_t i = 0; i < graph.states.size(); ++i) {
+    enabled_at[code_of(graph.states[i], initial)].push_back(enabled_through_dummies(graph, i));
+  }
+  SignalSet conflicts;
+  for (const auto& [code, sets] : enabled_at) {
+    for (std::uint32_t signal = stg.inputs_end; signal < stg.internals_end; ++signal) {
+      for (const SignalSet& set : sets) {
+        if (set.contains(signal) != sets.front().contains(signal)) conflicts.insert(signal);
+      }
+    }
+  }
+  return conflicts;
+}
+
+Normalcy normalcy_of(const StateGraph<Stg>& graph, const Values& initial, std::uint32_t signal) {
+  // One pair of a code and a next value stands for all states that have both.
+  std::set<std::pair<Values, bool>> pairs;
+  for (std::uint32_t i = 0; i < graph.states.size(); ++i) {
+    const Values code = code_of(graph.states[i], initial);
+    pairs.emplace(code, next_value(graph, i, code, signal));
+  }
+  Normalcy result;
+  for (const auto& [small, next_of_small] : pairs) {
+    for (const auto& [large, next_of_large] : pairs) {
+      if (!covers(large, small)) continue;
+      if (next_of_small && !next_of_large) result.p = false;
+      if (!next_of_small && next_of_large) result.n = false;
+    }
+  }
+  return result;
+}
+
+}  // namespace vorel::oracle

@@ -1,0 +1,111 @@
+#include "oracle/reference_merger.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <tuple>
+
+#include "oracle/clone.h"
+
+namespace vorel::oracle {
+namespace {
+
+// Counts conditions of a place on paths; each answer is kept, as joins make many paths.
+template <class N>
+class PathCounter {
+ public:
+  // The most conditions of the place that a path to this condition can have.
+  std::int32_t most(const ConditionOf<N>& condition, const typename N::Place& place) {
+    const auto known = known_.find({&condition, &place});
+    if (known != known_.end()) return known->second;
+    std::int32_t count = 0;
+    if (!condition.is_initial()) {
+      for (const auto* cause : condition.pre_event->preset) {
+        count = std::max(count, most(*cause, place));
+      }
+    }
+    if (condition.place == &place) ++count;
+    return known_[{&condition, &place}] = count;
+  }
+
+ private:
+  std::map<std::pair<const ConditionOf<N>*, const typename N::Place*>, std::int32_t> known_;
+};
+
+template <class N>
+class Merger {
+ public:
+  explicit Merger(const PrefixOf<N>& prefix) : prefix_{prefix} {
+    static_cast<N&>(merged_) = clone<N>(prefix);
+  }
+
+  MergedProcessOf<N> run() {
+    for (const auto& condition : prefix_.conditions) add(*condition);
+    for (const auto& event : prefix_.events) add(*event);
+    sort_links(merged_);
+    return std::move(merged_);
+  }
+
+ private:
+  using Numbers = std::set<std::uint32_t>;
+
+  void add(const ConditionOf<N>& condition) {
+    const std::uint32_t place = condition.place->index;
+    const std::int32_t depth = depth_of(condition);
+    const auto next = static_cast<std::uint32_t>(merged_.conditions.size());
+    const auto [known, is_new] = conditions_.emplace(std::pair{place, depth}, next);
+    if (is_new) {
+      auto& merged = append_new(merged_.conditions);
+      merged.place = merged_.places[place].get();
+      merged.occurrence_depth = depth;
+    }
+    if (condition.is_initial()) ++merged_.conditions[known->second]->initial_marking;
+  }
+
+  std::int32_t depth_of(const ConditionOf<N>& condition) {
+    return counter_.most(condition, *condition.place);
+  }
+
+  Numbers classes_of(const PtrList<ConditionOf<N>>& conditions) {
+    Numbers classes;
+    for (const auto* condition : conditions) {
+      classes.insert(conditions_.at({condition->place->index, depth_of(*condition)}));
+    }
+    return classes;
+  }
+
+  void add(const EventOf<N>& event) {
+    const Numbers preset = classes_of(event.preset), postset = classes_of(event.postset);
+    const std::uint32_t transition = event.transition->index;
+    const auto next = static_cast<std::uint32_t>(merged_.events.size());
+    const auto [known, is_new] = events_.emplace(std::tuple{transition, preset, postset}, next);
+    if (!is_new) {
+      auto& merged = *merged_.events[known->second];
+      merged.cut_off = merged.cut_off && event.is_cut_off();
+      return;
+    }
+    auto& merged = append_new(merged_.events);
+    merged.transition = merged_.transitions[transition].get();
+    merged.cut_off = event.is_cut_off();
+    for (const std::uint32_t number : preset) add_link(*merged_.conditions[number], merged);
+    for (const std::uint32_t number : postset) add_link(merged, *merged_.conditions[number]);
+  }
+
+  const PrefixOf<N>& prefix_;
+  MergedProcessOf<N> merged_;
+  PathCounter<N> counter_;
+  std::map<std::pair<std::uint32_t, std::int32_t>, std::uint32_t> conditions_;
+  std::map<std::tuple<std::uint32_t, Numbers, Numbers>, std::uint32_t> events_;
+};
+
+}  // namespace
+
+template <class N>
+MergedProcessOf<N> merge(const PrefixOf<N>& prefix) {
+  return Merger<N>(prefix).run();
+}
+
+template NetMergedProcess merge(const NetPrefix&);
+template StgMergedProcess merge(const StgPrefix&);
+
+}  // namespace vorel::oracle
