@@ -11,7 +11,9 @@
 #include <memory>
 #include <ostream>
 #include <span>
+#include <vector>
 
+#include "sat/at_most_one.h"
 #include "sat/definition_recorder.h"
 #include "sat/gate.h"
 #include "sat/literal.h"
@@ -77,6 +79,32 @@ class CnfFormula {
   // Clauses that only help propagation are left out.
   bool skip_redundant_clauses() const { return skip_redundant_clauses_; }
   void set_recorder(DefinitionRecorder* recorder) { recorder_ = recorder; }  // null: none
+
+ private:
+  void create_default_groups();
+  // Passes a clause on as it stands.
+  void emit(std::span<const Lit> clause, ClauseGroup group);
+  // The output of a gate that is normalised already.
+  Lit output_of(const Gate& gate, ClauseGroup group, Polarity polarity);
+  // The clauses of the wanted half of `output` being a normalised gate.
+  void emit_definition(const Gate& gate, Lit output, ClauseGroup group, Polarity polarity);
+  void emit_wide_and(std::span<const Lit> inputs, Lit output, bool complement, ClauseGroup group,
+                     Polarity polarity);
+  void emit_wide_xor(std::span<const Lit> inputs, Lit output, ClauseGroup group, Polarity polarity);
+  void emit_equality(std::span<const Lit> inputs, Lit output, ClauseGroup group, Polarity polarity);
+
+  std::vector<ClauseGroup> groups_;  // the default groups; removed_group where one was removed
+  std::array<Lit, 8> short_clause_;  // scratch
+  Lits clause_;                      // scratch of add_clause
+  AtMostOneEncoder at_most_one_;     // scratch
+  const bool restrict_branching_;
+  const bool store_cnf_formula_;
+  const bool skip_redundant_clauses_;
+  const std::unique_ptr<SatSolver> solver_;
+  DefinitionRecorder* recorder_ = nullptr;  // not owned
 };
+
+// Sorts a clause, removes duplicates and false constants. False if the clause is always true.
+bool normalise_clause(Lits& clause);
 
 }  // namespace vorel
