@@ -1,18 +1,25 @@
-// reach/deadlock_check.h - the engine of -D.
+// reach/deadlock_check.h - the engine of -D on prefixes.
+// Here:      the search for a configuration whose final state enables nothing.
+// Not here:  how that is said in clauses (reach/deadlock_encoding.h).
 #pragma once
 
-#include "base/params.h"
-#include "net/process.h"
+#include "reach/search_engine.h"
 
 namespace vorel {
 
+// Every reachable marking of the net is the final marking of a configuration without cut-offs of a
+// complete prefix, and what it enables is an event of the prefix, perhaps a cut-off [McM-1993]. So
+// a deadlock of the net is a deadlock here, and the other way round.
 template <Process P>
-class DeadlockCheck {
+class DeadlockCheck : public SearchEngine<P> {
  public:
+  // Dummies are transitions like any other here. Warns of a prefix without cut-offs, which may have
+  // lost them, and of dummy cut-offs.
   DeadlockCheck(const P& process, const Params& params);
-  void run();                                     // the search that the options choose
-  void report() const;                            // to where the output file name selects
-  void print_statistics(std::ostream& out) const; // size of the SAT instance
+
+ protected:
+  void encode(ClauseGroup group) override;
+  bool validate(const Solution& solution) const override;
 };
 
 }  // namespace vorel

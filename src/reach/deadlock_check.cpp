@@ -1,0 +1,62 @@
+#include "reach/deadlock_check.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "base/messages.h"
+#include "reach/deadlock_encoding.h"
+#include "reach/decoding.h"
+#include "reach/dummy_cutoffs.h"
+#include "reach/validation.h"
+
+namespace vorel {
+namespace {
+
+Params without_dummy_rules(Params params) {
+  params.set("no_max_dummies", 0);
+  params.set("enable_via_dummies", 0);
+  return params;
+}
+
+}  // namespace
+
+template <Process P>
+DeadlockCheck<P>::DeadlockCheck(const P& process, const Params& params)
+    : SearchEngine<P>(process, without_dummy_rules(params),
+                      {"the system has a deadlock", "the system is deadlock-free"}) {
+  const auto is_cut_off = [](const auto& event) { return event->is_cut_off(); };
+  if (std::ranges::none_of(process.events, is_cut_off)) {
+    print_warning(
+        "the prefix has no cut-off events; if they were discarded by the unfolder then false "
+        "deadlocks could have been introduced");
+  }
+  if constexpr (P::NetType::has_signals) {
+    if (has_dummy_cutoffs(process)) {
+      print_warning("there are dummy cut-offs; the result will not be reliable");
+    }
+  }
+}
+
+template <Process P>
+void DeadlockCheck<P>::encode(ClauseGroup group) {
+  auto& vars = this->configuration(0);
+  this->encode_configuration(vars, group);
+  if (this->params().get("method") == 1) {
+    encode_deadlock_with_cutoffs(this->process(), vars, group);
+  } else {
+    encode_deadlock_ignoring_cutoffs(this->process(), vars, group);
+  }
+}
+
+template <Process P>
+bool DeadlockCheck<P>::validate(const Solution& solution) const {
+  assert(solution.traces.size() == 1);
+  return SearchEngine<P>::validate(solution) &&
+         check_deadlock<P>(this->process(), events_of(this->process(), solution.traces.front()));
+}
+
+#define INSTANTIATE(P) template class DeadlockCheck<P>;
+VOREL_FOR_EACH_PREFIX(INSTANTIATE)
+#undef INSTANTIATE
+
+}  // namespace vorel

@@ -1,0 +1,29 @@
+// reach/deadlock_encoding.h - clauses that make the final state of a configuration a deadlock.
+// Here:      the two methods of -D on prefixes.
+// Not here:  the configuration itself (reach/configuration_encoding.h), the search
+//            (reach/deadlock_check.h).
+#pragma once
+
+#include "reach/configuration_encoding.h"
+
+namespace vorel {
+
+// Method 1: no event of the prefix is enabled by the final cut, be it a cut-off or not. Cut-offs
+// stand for what could go on after them; they are in no configuration themselves, so as members of
+// a clause they count as false.
+template <Process P>
+void encode_deadlock_with_cutoffs(const P& process, ConfigurationVars<P>& vars, ClauseGroup group);
+
+// Method 2: no transition of the net is enabled by the final marking. Cut-offs are ignored but for
+// what they say of the completeness of the prefix.
+template <Process P>
+void encode_deadlock_ignoring_cutoffs(const P& process, ConfigurationVars<P>& vars,
+                                      ClauseGroup group);
+
+// The consumers (events, or transitions of a net) whose preset contains that of another one, or
+// equals that of a lower-numbered one: disabled whenever the other one is.
+template <class Consumer>
+IndexedBy<Consumer, bool> dominated_consumers(const OwnedList<Consumer>& consumers,
+                                              std::size_t resource_count);
+
+}  // namespace vorel

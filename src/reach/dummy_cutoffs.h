@@ -1,0 +1,12 @@
+// reach/dummy_cutoffs.h - whether a prefix of an STG was cut at dummy events.
+#pragma once
+
+#include "net/process.h"
+
+namespace vorel {
+
+// True when some dummy cut-off may hide states: unless its correspondents are known, are not just
+// one event, lie in its own past, and leave nothing but dummies of that past.
+bool has_dummy_cutoffs(const StgPrefix& prefix);
+
+}  // namespace vorel

@@ -1,0 +1,185 @@
+#include "reach/search_engine.h"
+
+#include <algorithm>
+#include <cassert>
+#include <limits>
+
+#include "base/messages.h"
+#include "reach/configuration_encoding.h"
+#include "reach/decoding.h"
+#include "reach/validation.h"
+#include "sat/enumeration.h"
+#include "sat/integer_circuit.h"
+#include "sat/least_cost.h"
+
+namespace vorel {
+namespace {
+
+CnfParams cnf_params(const Params& params) {
+  return {.solver = params.get("solver"),
+          .restrict_branching = params.get("restrict_branching") != 0,
+          .store_cnf_formula = params.get("store_cnf_formula") != 0};
+}
+
+}  // namespace
+
+template <Process P>
+SearchEngine<P>::SearchEngine(const P& process, const Params& params, VerdictMessages messages)
+    : process_{process},
+      params_{params},
+      all_solutions_{params.get("all_solutions")},
+      messages_{std::move(messages)},
+      formula_{cnf_params(params)} {}
+
+template <Process P>
+void SearchEngine<P>::run() {
+  if (all_solutions_ != 0) {
+    search_all();
+  } else if (params_.get("min_cost") != 0) {
+    search_least_cost();
+  } else {
+    search_one();
+  }
+  finish();
+}
+
+template <Process P>
+void SearchEngine<P>::report() const {
+  const auto is_valid = [this](const auto& solution) { return validate(*solution); };
+  if (std::ranges::all_of(report_.solutions, is_valid)) deliver(report_, messages_);
+}
+
+template <Process P>
+void SearchEngine<P>::print_statistics(std::ostream& stream) const {
+  stream << '\n';
+  formula_.print_size(stream);
+}
+
+template <Process P>
+void SearchEngine<P>::decode(Solution& solution) const {
+  solution.traces.clear();
+  for (const auto& vars : configurations_) {
+    const auto events = decode_events(process_, *vars);
+    const auto sequence = firing_sequence<P>(process_, events);
+    assert((P::is_merged || sequence.size() == events.size()) && "a prefix has no causal cycle");
+    solution.traces.push_back(trace_of<Event>(sequence));
+  }
+}
+
+template <Process P>
+bool SearchEngine<P>::validate(const Solution& solution) const {
+  return std::ranges::all_of(solution.traces, [this](const Trace& trace) {
+    return check_safe_run<P>(process_, events_of(process_, trace));
+  });
+}
+
+template <Process P>
+void SearchEngine<P>::record_solution() {
+  if (all_solutions_ == 0) report_.solutions.clear();
+  auto solution = new_solution();
+  decode(*solution);
+  report_.add(std::move(solution));
+}
+
+template <Process P>
+std::unique_ptr<Solution> SearchEngine<P>::new_solution() const {
+  return std::make_unique<Solution>(params_.get("output_configurations") != 0);
+}
+
+template <Process P>
+Lits SearchEngine<P>::cost_bits(Polarity polarity) {
+  return IntegerCircuit(formula_).count_ones(solution_literals(), PermanentGroup, polarity);
+}
+
+template <Process P>
+Lits SearchEngine<P>::solution_literals() const {
+  Lits lits;
+  for (const auto& vars : configurations_) {
+    for (const auto& event : process_.events) {
+      const Lit lit = vars->events[*event].lit;
+      if (!event->is_cut_off() && lit.is_variable()) lits.push_back(lit);
+    }
+  }
+  return lits;
+}
+
+template <Process P>
+bool SearchEngine<P>::search_one() {
+  encode(PermanentGroup);
+  if (!formula_.solve() || run_failed()) return false;
+  record_solution();
+  return true;
+}
+
+template <Process P>
+bool SearchEngine<P>::search_all() {
+  encode(PermanentGroup);
+  if (!run_failed()) {
+    // -1 stands for all: as an unsigned number, the highest limit.
+    enumerate(
+        formula_, solution_literals(), formula_.group(0),
+        [this](const LitCube&) { record_solution(); }, static_cast<std::uint32_t>(all_solutions_));
+  }
+  return !report_.solutions.empty();
+}
+
+template <Process P>
+bool SearchEngine<P>::search_least_cost() {
+  Lits bits;
+  std::vector<bool> values;
+  if (!start_least_cost(bits, values) || run_failed()) return false;
+  descend(formula_, bits, values,
+          [this](const Lits& cost, std::vector<bool>& found) { return resolve(cost, found); });
+  return !report_.solutions.empty();
+}
+
+template <Process P>
+bool SearchEngine<P>::start_least_cost(Lits& bits, std::vector<bool>& values) {
+  if (!search_one()) return false;
+  // The cost is added after the first model, so that only those pay who ask for it. Its gates need
+  // the values of that model, which the events fix.
+  Lits current;
+  for (const Lit lit : solution_literals()) {
+    if (formula_.value(lit) == ModelValue::undefined) continue;
+    current.push_back(formula_.is_true(lit) ? lit : ~lit);
+  }
+  bits = cost_bits(default_polarity);
+  formula_.add_units(current, false, formula_.group(2));
+  const bool resolved = resolve(bits, values);
+  formula_.renew_group(formula_.group(2));
+  return resolved;
+}
+
+template <Process P>
+bool SearchEngine<P>::resolve(const Lits& bits, std::vector<bool>& values) {
+  if (run_failed() || !formula_.solve() || run_failed()) return false;
+  record_solution();
+  values.clear();
+  for (const Lit bit : bits) values.push_back(formula_.is_true(bit));
+  return true;
+}
+
+template <Process P>
+ConfigurationVars<P>& SearchEngine<P>::configuration(std::uint32_t i) {
+  while (configurations_.size() <= i) {
+    configurations_.push_back(std::make_unique<ConfigurationVars<P>>(process_, formula_));
+  }
+  return *configurations_[i];
+}
+
+template <Process P>
+void SearchEngine<P>::encode_configuration(ConfigurationVars<P>& vars, ClauseGroup group) {
+  encode_causality(process_, vars, group);
+  encode_conflicts(process_, vars, group);
+  if constexpr (P::NetType::has_signals) {
+    if (params_.get("no_max_dummies") == 0) return;
+    encode_no_max_dummies(process_, vars, group,
+                          [](const Event& event) { return event.transition->signal->is_dummy(); });
+  }
+}
+
+#define INSTANTIATE(P) template class SearchEngine<P>;
+VOREL_FOR_EACH_PREFIX(INSTANTIATE)
+#undef INSTANTIATE
+
+}  // namespace vorel

@@ -1,0 +1,167 @@
+#include "reach/configuration_encoding.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <set>
+
+#include "oracle/random_net.h"
+#include "oracle/reference_unfolder.h"
+#include "reach/deadlock_encoding.h"
+#include "reach/decoding.h"
+#include "reach/validation.h"
+#include "sat/enumeration.h"
+#include "support/process_builder.h"
+
+namespace vorel {
+namespace {
+
+using EventNumbers = std::set<std::uint32_t>;
+
+// All sets of events that the clauses allow.
+template <Process P>
+std::set<EventNumbers> models_of(
+    const P& process, const std::function<void(ConfigurationVars<P>&)>& encode_more = {}) {
+  CnfFormula formula({});
+  ConfigurationVars<P> vars(process, formula);
+  encode_causality(process, vars, PermanentGroup);
+  encode_conflicts(process, vars, PermanentGroup);
+  if (encode_more) encode_more(vars);
+  Lits lits;
+  for (const auto& event : process.events) {
+    if (!event->is_cut_off()) lits.push_back(event_lit(vars, *event));
+  }
+  std::set<EventNumbers> models;
+  const auto record = [&](const LitCube&) {
+    EventNumbers numbers;
+    for (const auto* event : decode_events(process, vars)) numbers.insert(event->index);
+    EXPECT_TRUE(models.insert(numbers).second) << "a model is listed twice";
+  };
+  enumerate(formula, lits, formula.group(0), record, 100'000);
+  return models;
+}
+
+// All configurations by definition: each event adds itself to those that produce its preset and
+// leave it unconsumed. Events are numbered after their causes.
+template <Process P>
+std::set<EventNumbers> configurations_of(const P& process) {
+  std::set<EventNumbers> found{{}};
+  for (const auto& event : process.events) {
+    if (event->is_cut_off()) continue;
+    const auto fits = [&event](const EventNumbers& numbers) {
+      return std::ranges::all_of(event->preset, [&](const auto* condition) {
+        const bool produced =
+            condition->is_initial() || numbers.contains(condition->pre_event->index);
+        return produced && std::ranges::none_of(condition->postset, [&](const auto* consumer) {
+                 return numbers.contains(consumer->index);
+               });
+      });
+    };
+    std::set<EventNumbers> extended;
+    for (EventNumbers numbers : found) {
+      if (!fits(numbers)) continue;
+      numbers.insert(event->index);
+      extended.insert(std::move(numbers));
+    }
+    found.merge(extended);
+  }
+  return found;
+}
+
+TEST(ConfigurationEncoding, ModelsAreExactlyTheConfigurations) {
+  int compared = 0;
+  for (std::uint64_t seed = 1; seed <= 150; ++seed) {
+    const auto prefix = oracle::unfold(oracle::random_net(seed));
+    ASSERT_TRUE(prefix.has_value());
+    const auto lasting = std::ranges::count_if(
+        prefix->events, [](const auto& event) { return !event->is_cut_off(); });
+    if (lasting > 14) continue;
+    ++compared;
+    EXPECT_EQ(models_of(*prefix), configurations_of(*prefix)) << "seed " << seed;
+  }
+  EXPECT_GT(compared, 30);
+}
+
+TEST(ConfigurationEncoding, ADummyIsFollowedByAnEventThatIsNoCutOff) {
+  ProcessBuilder<StgPrefix> b;
+  auto& p = b.condition("p");
+  auto& q = b.condition("q");
+  auto& r = b.condition("r");
+  auto& s = b.condition("s");
+  b.event("d.k", {&p}, {&q});
+  b.event("a+", {&q}, {&b.condition("p")}, true);  // only a cut-off follows the first dummy
+  b.event("d.l", {&r}, {&s});
+  b.event("b+", {&s}, {&b.condition("t")});
+  b.finish();
+  const auto models = models_of<StgPrefix>(*b.process, [&b](auto& vars) {
+    encode_no_max_dummies<StgPrefix>(*b.process, vars, PermanentGroup, [](const auto& event) {
+      return event.transition->signal->is_dummy();
+    });
+  });
+  EXPECT_EQ(models, (std::set<EventNumbers>{{}, {2, 3}}));
+}
+
+TEST(ConfigurationEncoding, MinimalConditionsMayStandAnywhereInTheList) {
+  ProcessBuilder<NetPrefix> b;
+  auto& q = b.condition("q");
+  auto& p = b.condition("p");
+  auto& event = b.event("t", {&p}, {&q});
+  auto& idle = b.condition("idle");
+  b.finish();
+  const std::vector<const NetPrefix::Event*> none, fired{&event};
+  EXPECT_EQ(final_cut<NetPrefix>(*b.process, none),
+            (std::vector<const NetPrefix::Condition*>{&p, &idle}));
+  EXPECT_EQ(final_cut<NetPrefix>(*b.process, fired),
+            (std::vector<const NetPrefix::Condition*>{&idle, &q}));
+}
+
+TEST(DominatedConsumers, AreThoseWhosePresetContainsAnother) {
+  for (std::uint64_t seed = 1; seed <= 100; ++seed) {
+    const Net net = oracle::random_net(seed);
+    const auto dominated = dominated_consumers(net.transitions, net.places.size());
+    const auto preset = [](const Transition& t) {
+      std::set<std::uint32_t> places;
+      for (const Place* place : t.preset) places.insert(place->index);
+      return places;
+    };
+    for (const auto& t : net.transitions) {
+      const bool expected = std::ranges::any_of(net.transitions, [&](const auto& u) {
+        const auto small = preset(*u), large = preset(*t);
+        return std::ranges::includes(large, small) && (small != large || u->index < t->index);
+      });
+      EXPECT_EQ(dominated[*t], expected) << "seed " << seed << ", transition " << t->name;
+    }
+  }
+}
+
+TEST(Validation, NamesTheConditionAtWhichAReplayFails) {
+  ProcessBuilder<NetPrefix> b;
+  auto& p = b.condition("p");
+  auto& q = b.condition("q");
+  auto& first = b.event("t", {&p}, {&q});
+  auto& second = b.event("u", {&q}, {&b.condition("r")});
+  auto& rival = b.event("v", {&q}, {&b.condition("s")}, true);
+  b.finish();
+  using Sequence = std::vector<const NetPrefix::Event*>;
+  struct Row {
+    Sequence sequence;
+    std::string message;
+  };
+  const Row table[] = {{{&first, &second}, ""},
+                       {{&second, &first}, "\nError: the safe run check failed on c1\n"},
+                       {{&first, &first}, "\nError: the safe run check failed on c0\n"},
+                       {{&first, &second, &rival}, "\nError: the safe run check failed on c1\n"}};
+  for (const Row& row : table) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(check_safe_run<NetPrefix>(*b.process, row.sequence), row.message.empty());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), row.message);
+  }
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(check_deadlock<NetPrefix>(*b.process, Sequence{&first, &second}));
+  EXPECT_FALSE(check_deadlock<NetPrefix>(*b.process, Sequence{&first}));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "\nError: deadlock check failed\n");
+}
+
+}  // namespace
+}  // namespace vorel
