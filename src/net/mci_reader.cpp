@@ -37,7 +37,7 @@ class PrefixBuilder {
     add_conditions();
     set_cut_offs();
     rebuild_arcs(*prefix_);
-    sort_net<typename P::NetType>(*prefix_);
+    sort_net(*prefix_);
     count_initial_marking(*prefix_);
     assert(prefix_->events.size() == layout_.event_count);
     assert(prefix_->conditions.size() == layout_.condition_count);
@@ -136,7 +136,7 @@ std::unique_ptr<NetPrefix> read_mci_net(std::istream& stream, const std::string&
 std::unique_ptr<StgPrefix> read_mci_stg(std::istream& stream, const std::string& file_name) {
   auto prefix = read_mci<StgPrefix>(stream, file_name);
   if (prefix == nullptr || !label_transitions(*prefix)) return nullptr;
-  sort_net<Stg>(*prefix);
+  sort_net(*prefix);
   return find_initial_values(*prefix) ? std::move(prefix) : nullptr;
 }
 

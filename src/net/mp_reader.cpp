@@ -73,7 +73,7 @@ class MpParser {
     resolve();
     count_initial_marking(process_);
     rebuild_arcs(process_);
-    sort_adjacency<typename P::NetType>(process_);
+    sort_adjacency(process_);
     return true;
   }
   std::uint64_t line() const { return lines_.line(); }
