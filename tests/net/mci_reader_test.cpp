@@ -1,0 +1,140 @@
+#include "net/mci_reader.h"
+
+#include <gtest/gtest.h>
+
+#include "support/legacy_files.h"
+
+namespace vorel {
+namespace {
+
+const std::string syntax_error = deprecation("*.mci") + "\nError: incorrect syntax of FILE\n";
+const std::string wrong_format =
+    deprecation("*.mci") + "\nError: \"FILE\" is not in the *.mci format (or not little-endian)\n";
+
+// Every table has entries, consumers come unsorted, the names are not in their order.
+const std::string header_and_events = words({4, 3, /*transitions*/ 2, 1, 1});
+const std::string conditions = words({1, 0, 3, 1, 0, /**/ 2, 1, 2, 0, /**/ 1, 2, 0, /**/ 2, 3, 0});
+const std::string cut_offs = words({3, 0, 2, 1, 1, 0xFFFFFFFF, 0});
+const std::string skipped = words({7, 8, 0, 9, 0, 0});
+const std::string counts = words({2, 3, 4});
+const std::string all_names = names({"p10", "p9", "", "back", "go", "idle", ""});
+const std::string sound_file =
+    header_and_events + conditions + cut_offs + skipped + counts + all_names;
+
+TEST(MciReader, EveryTableOfTheFormatIsRead) {
+  const auto [prefix, messages] = read_bytes(read_mci_net, sound_file);
+  ASSERT_NE(prefix, nullptr);
+  EXPECT_EQ(messages, deprecation("*.mci"));
+  EXPECT_EQ(describe(*prefix),
+            "place p9 marked 0 <- 0 -> 1\n"
+            "place p10 marked 1 <- 1 -> 0\n"
+            "transition go <- 1 -> 0\n"
+            "transition back <- 0 -> 1\n"
+            "transition idle <- ->\n"
+            "condition p10 <- -> 0 2\n"
+            "condition p9 <- 0 -> 1\n"
+            "condition p10 <- 1 ->\n"
+            "condition p9 <- 2 ->\n"
+            "event go <- 0 -> 1 cut-off of ?\n"
+            "event back <- 1 -> 2 cut-off of 0\n"
+            "event back <- 0 -> 3 cut-off of\n");
+}
+
+TEST(MciReader, ANumberBeyondItsTableIsASyntaxError) {
+  const std::uint32_t wrong[][2] = {
+      // position in words, value
+      {2, 0},  {2, 4},           {2, 0xFFFFFFFF},   // transition of an event
+      {5, 0},  {5, 3},           {5, 0xFFFFFFFF},   // place of a condition
+      {6, 4},  {6, 0xFFFFFFFF},                     // its producer
+      {7, 4},  {7, 0xFFFFFFFF},                     // its consumer
+      {20, 4}, {20, 0xFFFFFFFF}, {21, 4},           // cut-off and correspondent
+      {33, 1}, {33, 3},          {33, 0xFFFFFFFF},  // number of places
+      {34, 1}, {34, 9},          {34, 0xFFFFFFFF},  // number of transitions
+      {35, 3},                                      // length of the longest name
+  };
+  for (const auto& [position, value] : wrong) {
+    std::string bytes = sound_file;
+    bytes.replace(4 * position, 4, words({value}));
+    const auto [prefix, messages] = read_bytes(read_mci_net, bytes);
+    EXPECT_EQ(prefix, nullptr) << position << ' ' << value;
+    EXPECT_EQ(messages, syntax_error) << position << ' ' << value;
+  }
+}
+
+TEST(MciReader, AFileTooShortForItsCountsIsNotOfTheFormat) {
+  const std::string empty = words({0, 0, 0, 0, 0, 0, 0}) + names({"", ""});
+  const std::string swapped_counts("\0\0\0\4\0\0\0\3", 8);
+  EXPECT_NE(read_bytes(read_mci_net, empty).process, nullptr);
+  for (const std::string& bytes :
+       {empty.substr(0, 29), swapped_counts + sound_file.substr(8),
+        words({0xFFFFFFFF, 0xFFFFFFFF}) + sound_file, words({0x15555556, 0}) + sound_file,
+        words({0, 0x40000000}) + sound_file}) {
+    EXPECT_EQ(read_bytes(read_mci_net, bytes).messages, wrong_format);
+  }
+}
+
+TEST(MciReader, OnlyTheEndMarkerMayBeMissing) {
+  const std::size_t least = sound_file.size() - 1;
+  EXPECT_NE(read_bytes(read_mci_net, sound_file.substr(0, least)).process, nullptr);
+  for (std::size_t size = 0; size < least; ++size) {
+    const auto [prefix, messages] = read_bytes(read_mci_net, sound_file.substr(0, size));
+    EXPECT_EQ(prefix, nullptr) << size;
+    const bool is_counted_out = size >= 8 && size < 4 * 3 + 12 * 4 + 30;
+    EXPECT_EQ(messages, is_counted_out ? wrong_format : syntax_error) << size;
+  }
+}
+
+TEST(MciReader, ANameInPlaceOfTheSeparatorIsASyntaxError) {
+  const std::string file = header_and_events + conditions + cut_offs + skipped + counts +
+                           names({"p10", "p9", "x", "back", "go", "idle", ""});
+  EXPECT_EQ(read_bytes(read_mci_net, file).messages, syntax_error);
+}
+
+TEST(MciReader, NamesAreAnyBytesAndTheLongestMayBeOverstated) {
+  const std::string bytes =
+      words({1, 0, 1, 0, 0, 0, 0, 1, 0, 0xFFFFFFFF}) + names({"a\r\n\xFF", ""});
+  const auto prefix = read_bytes(read_mci_net, bytes).process;
+  ASSERT_NE(prefix, nullptr);
+  EXPECT_EQ(prefix->places[0]->name, "a\r\n\xFF");
+}
+
+TEST(MciReader, AnStgIsLabelledSortedByTheShortNamesAndGetsInitialValues) {
+  const std::string bytes =
+      words({2, 1, 1, 1, 0, 1, 0, 1, 1, 0, 0, 0, 1, 2, 6}) + names({"p", "", "O.a-/1", "i.bb", ""});
+  const auto [prefix, messages] = read_bytes(read_mci_stg, bytes);
+  ASSERT_NE(prefix, nullptr);
+  EXPECT_EQ(messages, deprecation("*.mci") + "\nWarning: signal bb is dead\n");
+  EXPECT_EQ(describe(*prefix),
+            "place p marked 1 <- 1 -> 1\n"
+            "transition bb = bb kind 0 from 0 sign 2 <- ->\n"
+            "transition a-/1 = a kind 1 from 1 sign 1 <- 0 -> 0\n"
+            "condition p <- -> 0\n"
+            "condition p <- 0 ->\n"
+            "event a-/1 <- 0 -> 1\n");
+}
+
+TEST(MciReader, AnStgWithContradictingNamesOrValuesIsRefused) {
+  const std::string chain = words({3, 2, 1, 2, 1, 0, 1, 0, 1, 1, 2, 0, 1, 2, 0, 0, 0, 1, 2, 6});
+  const auto collision = read_bytes(read_mci_stg, chain + names({"p", "", "O.x+", "x+", ""}));
+  EXPECT_EQ(collision.process, nullptr);
+  EXPECT_NE(collision.messages.find("causes a collision: x+\n"), std::string::npos);
+  const auto rises_twice = read_bytes(read_mci_stg, chain + names({"p", "", "O.x+", "O.x+/1", ""}));
+  EXPECT_EQ(rises_twice.process, nullptr);
+  EXPECT_NE(rises_twice.messages.find("the STG is inconsistent, signal x"), std::string::npos);
+}
+
+TEST(MciReader, TheExamplesHaveTheSizesOfTheirOtherForms) {
+  const auto philosophers = read_bytes(read_mci_net, example_bytes("philosophers4.mci")).process;
+  ASSERT_NE(philosophers, nullptr);
+  EXPECT_EQ(statistics(*philosophers), "\n |B|=28 |E|=12 |C|=4 |BE|=20 |EB|=20");
+  const auto [vme, messages] = read_bytes(read_mci_stg, example_bytes("vme_read.mci"));
+  ASSERT_NE(vme, nullptr);
+  EXPECT_EQ(messages, deprecation("*.mci"));
+  EXPECT_EQ(statistics(*vme), "\n |B|=15 |E|=12 |C|=1 |BE|=14 |EB|=13");
+  EXPECT_EQ(vme->inputs_end, 2u);
+  EXPECT_EQ(vme->outputs_end, 5u);
+  for (const auto& signal : vme->signals) EXPECT_EQ(signal->initial_value, 0) << signal->name;
+}
+
+}  // namespace
+}  // namespace vorel
