@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vorel {
 
@@ -29,6 +30,7 @@ struct RunState {
   CoefficientTexts coefficients;
   int verbosity = 0;            // 0 to 9; diagnostics test `verbosity >= N`
   std::uint64_t sat_ticks = 0;  // ticks of base/clock.h spent inside the SAT solver
+  std::vector<std::string> temporary_files;  // in order of creation (base/temporary_files.h)
 };
 
 // The one instance.
