@@ -1,0 +1,14 @@
+// driver/help.h - what the program prints about itself: banner, usage, the manual of the options.
+// Here:      order and layout.
+// Not here:  the rows it reads (driver/option_table.h), the longer texts (driver/help_text.h).
+#pragma once
+
+#include "base/params.h"
+
+namespace vorel {
+
+// Prints the brief or the full help on the standard output, with the values of the store and the
+// coefficient texts of the run as the defaults.
+void print_help(bool brief, const Params& params);
+
+}  // namespace vorel

@@ -1,0 +1,195 @@
+#include "driver/command_line.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "base/run_state.h"
+#include "driver/option_table.h"
+#include "support/run_program.h"
+
+namespace vorel {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+std::unique_ptr<Params> parse(Arguments arguments) {
+  arguments.insert(arguments.begin(), "vorel");
+  std::vector<char*> pointers;
+  for (std::string& argument : arguments) pointers.push_back(argument.data());
+  run_state() = {};
+  return parse_command_line(static_cast<int>(pointers.size()), pointers.data());
+}
+
+struct Effect {
+  Arguments arguments;  // the input file is added
+  std::string key;
+  std::int32_t value;
+};
+
+TEST(CommandLine, StoresWhatTheOptionsSay) {
+  const Effect table[] = {
+      {{"-D"}, "mode", 1},
+      {{"-C"}, "mode", 5},
+      {{"-T"}, "mode", 11},
+      {{"-D"}, "solver", 1},
+      {{"-R"}, "solver", 1},
+      {{"-T"}, "solver", 1},
+      {{"-E"}, "solver", 0},
+      {{"-G"}, "solver", 0},
+      {{"-S"}, "solver", 0},
+      {{"-E", "-$1"}, "solver", 1},
+      {{"-C", "-$0"}, "solver", 0},
+      {{"-D", "-!"}, "restrict_branching", 1},
+      {{"-D", "-+"}, "incremental_acyclic_constraint", 1},
+      {{"-E", "-@"}, "output_configurations", 1},
+      {{"-D", "-a"}, "all_solutions", -1},
+      {{"-D", "-a5"}, "all_solutions", 5},
+      {{"-D", "-a", "-a0", "-f"}, "min_cost", 1},
+      {{"-D", "-a99999999999999999999"}, "all_solutions", -1},
+      {{"-D"}, "backward_conflict_constraints", 1},
+      {{"-D", "-b"}, "backward_conflict_constraints", 1},
+      {{"-T", "-g1"}, "max_gate_inputs", 1},
+      {{"-C", "-g1"}, "max_gate_inputs", 1},
+      {{"-C", "-g!3"}, "max_gate_inputs", 3},
+      {{"-C", "-g!3"}, "use_latches", 0},
+      {{"-C", "-g"}, "max_gate_inputs", 2147483647},
+      {{"-C", "-g!"}, "use_latches", 0},
+      {{"-C"}, "inclusion_constraints", -1},
+      {{"-C", "-l+"}, "inclusion_constraints", 1},
+      {{"-C", "-l+", "-l-"}, "inclusion_constraints", 0},
+      {{"-N", "-m2"}, "method", 2},
+      {{"-R", "-p2"}, "concurrent_insertions", 2},
+      {{"-R", "-r"}, "use_concurrency_reduction", 1},
+      {{"-D", "-s"}, "store_cnf_formula", 1},
+      {{"-T", "-t"}, "decompose_down_to_trivial", 1},
+      {{"-D", "-v9"}, "verbosity", 9},
+      {{"-D", "-w"}, "wait_mode", 3},
+      {{"-D", "-w", "-w1"}, "wait_mode", 1},
+      {{"-D"}, "no_max_dummies", 1},
+      {{"-R", "-cl"}, "pwr_of_2", 0},
+  };
+  for (Effect row : table) {
+    SCOPED_TRACE(row.arguments.back() + " sets " + row.key);
+    row.arguments.push_back("net.pnml");
+    const auto params = parse(row.arguments);
+    ASSERT_NE(params, nullptr);
+    EXPECT_EQ(params->get(row.key), row.value);
+    EXPECT_EQ(run_state().input_file_name, "net.pnml");
+    EXPECT_EQ(run_state().output_file_name, "");
+  }
+}
+
+TEST(CommandLine, TakesFileNamesAfterTheOptionsAndIgnoresTheRest) {
+  ASSERT_NE(parse({"-F", "-d", "-x", "net.mci", "-a", "extra"}), nullptr);
+  EXPECT_EQ(run_state().mode_data, "-x");
+  EXPECT_EQ(run_state().input_file_name, "net.mci");
+  EXPECT_EQ(run_state().output_file_name, "-a");
+  ASSERT_NE(parse({"-D", "", "-D"}), nullptr);
+  EXPECT_EQ(run_state().input_file_name, "");
+}
+
+std::string texts_after(const Arguments& arguments) {
+  EXPECT_NE(parse(arguments), nullptr);
+  const CoefficientTexts& t = run_state().coefficients;
+  return t.csc + ' ' + t.usc + ' ' + t.del + ' ' + t.trig + ' ' + t.seq + ' ' + t.conc + ' ' +
+         t.lock;
+}
+
+TEST(CommandLine, AppliesCoefficientOptionsFromLeftToRight) {
+  EXPECT_EQ(texts_after({"-D", "x"}), "#s*8 #s*4 #s*2 #s*1 #s*4 #s*8 50");
+  EXPECT_EQ(texts_after({"-R", "-cs", "x"}), "32 16 0 0 1 2 0");
+  EXPECT_EQ(texts_after({"-T", "-cs", "x"}), "0 0 0 0 1 2 0");
+  EXPECT_EQ(texts_after({"-R", "-cl", "x"}), "#s*8 #s*4 0 #s*1 #s*4 #s*8 50");
+  EXPECT_EQ(texts_after({"-T", "-cl", "x"}), "0 0 0 #s*32 #s*1 #s*2 8");
+  EXPECT_EQ(texts_after({"-R", "-cs", "-ccsc=99", "x"}), "99 16 0 0 1 2 0");
+  EXPECT_EQ(texts_after({"-R", "-ccsc=99", "-cs", "x"}), "32 16 0 0 1 2 0");
+  EXPECT_EQ(texts_after({"-R", "-ccsc=1", "-cusc=2", "-cdel=3", "-ctrig=4", "-cseq=5", "-cconc=6",
+                         "-clock=", "x"}),
+            "1 2 3 4 5 6 ");
+}
+
+struct Refusal {
+  Arguments arguments;
+  std::string error;
+};
+
+const std::string only_af = "only one option among -a, -f may be specified";
+const std::string only_fa = "only one option among -f, -a may be specified";
+const std::string no_data = "no data is provided with the -d option";
+const std::string needs_data =
+    "the -d option must be used in the current mode to provide additional information";
+const std::string no_file = "unfolding file name must be specified";
+
+std::string unknown(const std::string& option) { return "unrecognized option: " + option; }
+std::string invalid(const std::string& option) {
+  return "option " + option + " is invalid in the current mode";
+}
+
+const Refusal refusals[] = {
+    {{"-X"}, "unrecognized mode: -X"},
+    {{""}, "unrecognized mode: "},
+    {{"-v1", "-D", "f"}, "unrecognized mode: -v1"},
+    {{"--help"}, "unrecognized mode: --help"},
+    {{"-D", "-x", "net.mci"}, unknown("-x")},
+    {{"-D", "-D", "f"}, unknown("-D")},
+    {{"-D", "-", "f"}, unknown("-")},
+    {{"-D", "--", "f"}, unknown("--")},
+    {{"-D", "-h"}, unknown("-h")},
+    {{"-D", "-!!", "f"}, unknown("-!!")},
+    {{"-D", "-$2", "f"}, unknown("-$2")},
+    {{"-D", "-$", "f"}, unknown("-$")},
+    {{"-D", "-ax", "f"}, unknown("-ax")},
+    {{"-D", "-a5 ", "f"}, unknown("-a5 ")},
+    {{"-D", "-a-", "f"}, unknown("-a-")},
+    {{"-R", "-c", "f"}, unknown("-c")},
+    {{"-R", "-csc=1", "f"}, unknown("-csc=1")},
+    {{"-R", "-ccsc", "f"}, unknown("-ccsc")},
+    {{"-F", "-dx", "f"}, unknown("-dx")},
+    {{"-C", "-g!x", "f"}, unknown("-g!x")},
+    {{"-C", "-g!!", "f"}, unknown("-g!!")},
+    {{"-C", "-l", "f"}, unknown("-l")},
+    {{"-E", "-m", "f"}, unknown("-m")},
+    {{"-D", "-m12", "f"}, unknown("-m12")},
+    {{"-R", "-p3", "f"}, unknown("-p3")},
+    {{"-D", "-w9", "f"}, unknown("-w9")},
+    {{"-D", "-v12", "f"}, unknown("-v12")},
+    {{"-D", "-v", "f"}, unknown("-v")},
+    {{"-E", "-a", "f"}, invalid("-a")},
+    {{"-C", "-cs", "f"}, invalid("-cs")},
+    {{"-C", "-cnonsense", "f"}, invalid("-cnonsense")},
+    {{"-D", "-d", "x", "f"}, invalid("-d")},
+    {{"-G", "-f", "f"}, invalid("-f")},
+    {{"-D", "-l+", "f"}, invalid("-l+")},
+    {{"-D", "-m3", "f"}, invalid("-m3")},
+    {{"-D", "-m0", "f"}, invalid("-m0")},
+    {{"-F", "-m1", "f"}, invalid("-m1")},
+    {{"-C", "-p1", "f"}, invalid("-p1")},
+    {{"-T", "-r", "f"}, invalid("-r")},
+    {{"-R", "-t", "f"}, invalid("-t")},
+    {{"-D", "-a", "-f", "f"}, only_af},
+    {{"-D", "-f", "-a", "f"}, only_fa},
+    {{"-D", "-f", "-ax", "f"}, only_fa},
+    {{"-F", "-d"}, no_data},
+    {{"-F", "-d", "x"}, no_data},
+    {{"-F"}, needs_data},
+    {{"-Fs", "f"}, needs_data},
+    {{"-F", "-d", "", "f"}, needs_data},
+    {{"-D"}, no_file},
+    {{"-D", "-a"}, no_file},
+    {{"-T"}, no_file},
+};
+
+TEST(CommandLine, RefusesWithOneMessageAndNoOtherOutput) {
+  for (const Refusal& row : refusals) {
+    Arguments arguments = row.arguments;
+    const ProgramRun run = run_vorel(arguments, {.input = "\n"});
+    EXPECT_EQ(run.exit_code, 2) << row.error;
+    EXPECT_EQ(run.err, "\nError: " + row.error + "\n");
+    EXPECT_EQ(run.out, "") << row.error;
+  }
+}
+
+}  // namespace
+}  // namespace vorel
