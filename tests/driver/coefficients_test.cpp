@@ -1,0 +1,168 @@
+#include "driver/coefficients.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "base/run_state.h"
+#include "driver/option_table.h"
+
+namespace vorel {
+namespace {
+
+// 3 inputs, 2 outputs, 1 internal signal, 4 dummies, 5 places, 7 transitions.
+class Coefficients : public testing::Test {
+ protected:
+  Coefficients() {
+    const std::pair<SignalKind, int> counts[] = {{SignalKind::input, 3},
+                                                 {SignalKind::output, 2},
+                                                 {SignalKind::internal, 1},
+                                                 {SignalKind::dummy, 4}};
+    for (const auto& [kind, count] : counts) {
+      for (int i = 0; i < count; ++i)
+        add_signal(stg, std::string(1u + stg.signals.size(), 's'), kind);
+    }
+    sort_signals(stg);
+    for (int i = 0; i < 5; ++i) append_new(stg.places);
+    for (int i = 0; i < 7; ++i) append_new(stg.transitions);
+    run_state() = {};
+  }
+
+  std::string errors_of(const std::string& text) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(evaluate(text, stg), 0) << text;
+    return testing::internal::GetCapturedStderr();
+  }
+
+  Stg stg;
+};
+
+TEST_F(Coefficients, FollowTheUsualPrecedenceAndWrap) {
+  const std::pair<const char*, std::int32_t> table[] = {
+      {"7", 7},
+      {" 1 + 2 * 3 ", 7},
+      {"(1+2)*3", 9},
+      {"10-4-3", 3},
+      {"100/10/5", 2},
+      {"17%10%4", 3},
+      {"2*7/4%3", 0},
+      {"1--2", 3},
+      {"--5", 5},
+      {"-2*-3", 6},
+      {"-7/2+4", 1},
+      {"-7%3+1", 0},
+      {"10--3*2", 16},
+      {"#i*100000+#o*10000+#I*1000+#d*100+#p*10+#t", 321457},
+      {"#s", 6},
+      {"#s*#s", 36},
+      {"4294967297", 1},
+      {"2147483647+2147483647+3", 1},
+      {"65536*65536", 0},
+      {"(-2147483647-1)/-1+2147483647+6", 5},
+      {"(-2147483647-1)%-1", 0},
+      {"-2147483648-1", 2147483647},
+  };
+  for (const auto& [text, value] : table) EXPECT_EQ(evaluate(text, stg), value) << text;
+}
+
+TEST_F(Coefficients, ErrorsNameTheCauseAndTheirPlace) {
+  const std::string bad = "\nError: bad coefficient option: ";
+  const std::string operand = ", expecting NUM or '-' or '(' when parsing ";
+  const std::pair<const char*, std::string> table[] = {
+      {"1-2", bad + "coefficient must be non-negative when parsing 1-2\n"},
+      {"2147483647+1", bad + "coefficient must be non-negative when parsing 2147483647+1\n"},
+      {"1/0", bad + "division by 0 when parsing 1/0<<<ERROR>>>\n"},
+      {"1%0", bad + "division by 0 when parsing 1%0<<<ERROR>>>\n"},
+      {"(1/(2-2)) + 3", bad + "division by 0 when parsing (1/(2-2)<<<ERROR>>>) + 3\n"},
+      {"", bad + "syntax error, unexpected $end" + operand + "<<<ERROR>>>\n"},
+      {"2+", bad + "syntax error, unexpected $end" + operand + "2+<<<ERROR>>>\n"},
+      {"2+*3", bad + "syntax error, unexpected '*'" + operand + "2+*<<<ERROR>>>3\n"},
+      {"()", bad + "syntax error, unexpected ')'" + operand + "()<<<ERROR>>>\n"},
+      {"1 2", bad + "syntax error, unexpected NUM, expecting $end when parsing 1 2<<<ERROR>>>\n"},
+      {"1)", bad + "syntax error, unexpected ')', expecting $end when parsing 1)<<<ERROR>>>\n"},
+      {"(1", bad + "syntax error, unexpected $end when parsing (1<<<ERROR>>>\n"},
+      {"1@+2", "\nError: incorrect character: @\n"},
+      {"1\t+2", "\nError: incorrect character: \t\n"},
+      {"#s#", "\nError: invalid token: #\n"},
+  };
+  for (const auto& [text, error] : table) EXPECT_EQ(errors_of(text), error) << text;
+  EXPECT_TRUE(errors_of("#x").starts_with("\nError: invalid token: #\n"));
+  EXPECT_TRUE(errors_of("#").starts_with("\nError: invalid token: #\n"));
+  EXPECT_TRUE(errors_of("2+n").starts_with("\nError: incorrect character: n\n"));
+}
+
+TEST_F(Coefficients, DeepNestingIsAnErrorAndLongChainsAreNot) {
+  const std::string opened(100000, '(');
+  EXPECT_TRUE(errors_of(opened).starts_with(
+      "\nError: bad coefficient option: memory exhausted when parsing ((("));
+  EXPECT_TRUE(errors_of(std::string(100000, '-') + "1").find("memory exhausted") !=
+              std::string::npos);
+  std::string chain = "1";
+  for (int i = 0; i < 100000; ++i) chain += "+1";
+  EXPECT_EQ(evaluate(chain, stg), 100001);
+  EXPECT_EQ(evaluate(std::string(500, '(') + "3" + std::string(500, ')'), stg), 3);
+}
+
+// Builds a random expression with all parentheses written, and its value by 64-bit arithmetic.
+struct RandomExpression {
+  std::string build(int depth, std::int64_t& value) {
+    if (depth == 0 || random() % 4 == 0) {
+      value = static_cast<std::int64_t>(random() % 1000);
+      return std::to_string(value);
+    }
+    std::int64_t a = 0, b = 0;
+    const std::string left = build(depth - 1, a), right = build(depth - 1, b);
+    char operation = "+-*/%"[random() % 5];
+    if (b == 0 && (operation == '/' || operation == '%')) operation = '-';
+    value = operation == '+'   ? a + b
+            : operation == '-' ? a - b
+            : operation == '*' ? a * b
+            : operation == '/' ? a / b
+                               : a % b;
+    value = static_cast<std::int32_t>(static_cast<std::uint64_t>(value));
+    return "(" + left + operation + right + ")";
+  }
+  std::mt19937 random{7};
+};
+
+TEST_F(Coefficients, AgreeWithWiderArithmeticOnRandomExpressions) {
+  RandomExpression expressions;
+  for (int i = 0; i < 2000; ++i) {
+    std::int64_t value = 0;
+    const std::string text = expressions.build(6, value);
+    if (value < 0) continue;
+    EXPECT_EQ(evaluate(text, stg), value) << text;
+  }
+}
+
+TEST_F(Coefficients, OfTheDefaultTextsAreStoredUnderTheirKeys) {
+  Params params = default_params();
+  evaluate_coefficients(stg, params);
+  const std::pair<const char*, int> table[] = {
+      {"coeff_CSC_cores", 48},
+      {"coeff_USC_cores", 24},
+      {"coeff_delay", 12},
+      {"coeff_logic", 6},
+      {"coeff_seq_insertions", 24},
+      {"coeff_conc_insertions", 48},
+      {"coeff_non_locked_signals", 50},
+  };
+  for (const auto& [key, value] : table) EXPECT_EQ(params.get(key), value) << key;
+}
+
+TEST_F(Coefficients, EachReportItsOwnError) {
+  run_state().coefficients.csc = "1-2";
+  run_state().coefficients.conc = "(";
+  run_state().coefficients.lock = "0-3";
+  Params params = default_params();
+  testing::internal::CaptureStderr();
+  evaluate_coefficients(stg, params);
+  const std::string text = testing::internal::GetCapturedStderr();
+  EXPECT_NE(text.find("when parsing 1-2\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("when parsing (<<<ERROR>>>\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("when parsing 0-3\n"), std::string::npos) << text;
+}
+
+}  // namespace
+}  // namespace vorel
