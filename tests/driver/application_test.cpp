@@ -1,0 +1,181 @@
+// The run of the whole program: reading, order of the output, prompt, exit code.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/run_program.h"
+
+namespace vorel {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+const std::string not_supported = "\nError: This mode is currently not supported\n";
+const std::string prompt = "\n Press `Enter'...";
+
+// An example with a place, and its one initial condition, that nothing consumes.
+std::string with_isolated_place(std::string text) {
+  const auto insert = [&text](const std::string& before, std::size_t from,
+                              const std::string& line) {
+    const std::size_t position = text.find(before, from);
+    EXPECT_NE(position, std::string::npos);
+    text.insert(position, line);
+    return position;
+  };
+  const std::size_t original = insert("<transition", 0,
+                                      "<place id=\"extra\"><name><text>extra</text></name>"
+                                      "<initialMarking><text>1</text></initialMarking></place>\n");
+  const std::size_t process = text.find("</original_net>", original);
+  insert("<transition", process, "<place id=\"cx\"><originalNode ref=\"extra\"/></place>\n");
+  return text;
+}
+
+struct Outcome {
+  Arguments arguments;
+  int exit_code;
+  std::string out_start;
+  std::string err;
+};
+
+void expect_outcome(const Outcome& row) {
+  const ProgramRun run = run_vorel(row.arguments);
+  SCOPED_TRACE(row.arguments.at(0) + " " + row.arguments.back());
+  EXPECT_EQ(run.exit_code, row.exit_code) << run.err;
+  EXPECT_TRUE(run.out.starts_with(row.out_start)) << run.out;
+  EXPECT_EQ(run.err, row.err);
+}
+
+TEST(Application, PrintsFileStatisticsAnswerAndTimesInThisOrder) {
+  const std::string name = example("philosophers4.unf.pnml");
+  const ProgramRun run = run_vorel({"-D", name});
+  EXPECT_EQ(run.exit_code, 0) << run.err;
+  EXPECT_EQ(run.err, "");
+  const std::string start =
+      "\nfile: " + name + "\n |B|=28 |E|=12 |C|=4 |BE|=20 |EB|=20\nSOLUTION 0:\n";
+  EXPECT_TRUE(run.out.starts_with(start)) << run.out;
+  const std::size_t answer = run.out.find("\nthe system has a deadlock\n");
+  ASSERT_NE(answer, std::string::npos) << run.out;
+  const std::size_t times = run.out.find("\n SAT/Total time: ", answer);
+  ASSERT_NE(times, std::string::npos) << run.out;
+  EXPECT_EQ(run.out[run.out.size() - 3], '.') << "two decimals end the output";
+}
+
+TEST(Application, AnAnswerNeverShowsInTheExitCode) {
+  for (const char* name : {"celement", "vme_read", "mutex2", "dummy_fork", "toggle"}) {
+    const ProgramRun run = run_vorel({"-D", example(name + std::string(".unf.pnml"))});
+    EXPECT_EQ(run.exit_code, 0) << name << run.err;
+    EXPECT_NE(run.out.find("\nthe system is deadlock-free\n"), std::string::npos) << run.out;
+  }
+}
+
+TEST(Application, ReportsFilesThatItCannotRead) {
+  const TemporaryFolder folder;
+  const auto unexpected = [](const std::string& extension) {
+    return "\nError: unexpected file extension: \"" + extension + "\"\n";
+  };
+  const auto cannot_open = [](const std::string& name) {
+    return "\nError: cannot open \"" + name + "\" for input\n";
+  };
+  for (const char* name : {"/a.mci", "/a.mp", "/a.pnml", "/a.pnml.gz"}) {
+    std::filesystem::create_directory(folder.path() + name);
+  }
+  const Outcome table[] = {
+      {{"-Fs", "-d", "x", "net.mp"}, 2, "\nfile: net.mp", unexpected("mp")},
+      {{"-C", "net.mp"}, 2, "\nfile: net.mp", unexpected("mp")},
+      {{"-D", "net"}, 2, "\nfile: net", unexpected("")},
+      {{"-D", ""}, 2, "\nfile: ", unexpected("")},
+      {{"-D", "net."}, 2, "\nfile: net.", unexpected("")},
+      {{"-D", "a.b/net"}, 2, "\nfile: a.b/net", unexpected("b/net")},
+      {{"-D", "net.PNML"}, 2, "\nfile: net.PNML", unexpected("PNML")},
+      {{"-D", "net.gz"}, 2, "\nfile: net.gz", unexpected("gz")},
+      {{"-D", "no.mci"}, 2, "\nfile: no.mci", cannot_open("no.mci")},
+      {{"-F", "-d", "x", "no.mp"}, 2, "\nfile: no.mp", cannot_open("no.mp")},
+      {{"-C", "no.pnml"}, 2, "\nfile: no.pnml", cannot_open("no.pnml")},
+      {{"-C", "no.pnml.gz"}, 2, "\nfile: no.pnml.gz", cannot_open("no.pnml.gz")},
+  };
+  for (const Outcome& row : table) expect_outcome(row);
+  for (const char* file : {"a.mci", "a.mp", "a.pnml", "a.pnml.gz"}) {
+    const std::string name = folder.path(file);
+    expect_outcome({{"-D", name}, 2, "\nfile: " + name, cannot_open(name)});
+  }
+}
+
+TEST(Application, ReadsALegacyFileAsAPlainNetWhereThatIsAccepted) {
+  const std::string file = example("vme_read.mci");
+  const ProgramRun plain = run_vorel({"-D", file});
+  EXPECT_EQ(plain.exit_code, 1) << plain.err;  // the format is deprecated
+  EXPECT_NE(plain.out.find("O.lds+"), std::string::npos) << plain.out << plain.err;
+}
+
+TEST(Application, RefusesAModeWithoutEngineOnlyAfterReadingAndCheckingItsInput) {
+  const std::string stg = example("vme_read.unf.pnml");
+  const std::string start = "\nfile: " + stg + "\n |B|=15 |E|=12 |C|=1 |BE|=14 |EB|=13";
+  for (const char* mode : {"-N", "-E", "-G", "-S", "-R", "-T"}) {
+    expect_outcome({{mode, stg}, 2, start, not_supported});
+  }
+  const std::string bad = "\nError: bad coefficient option: ";
+  expect_outcome({{"-R", "-ccsc=1-2", "-clock=5/0", stg},
+                  2,
+                  start,
+                  bad + "coefficient must be non-negative when parsing 1-2\n" + bad +
+                      "division by 0 when parsing 5/0<<<ERROR>>>\n"});
+}
+
+TEST(Application, AWarningGivesExitCodeOneAndTheAnswer) {
+  const TemporaryFolder folder;
+  const std::string file =
+      folder.write("isolated.pnml", with_isolated_place(read_text(example("celement.unf.pnml"))));
+  const ProgramRun run = run_vorel({"-D", file});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_TRUE(run.err.starts_with("\nWarning: the net contains 1 isolated place(s): ")) << run.err;
+  EXPECT_NE(run.out.find("\nthe system is deadlock-free\n"), std::string::npos) << run.out;
+}
+
+TEST(Application, WaitsForEnterAsTheOptionSays) {
+  const TemporaryFolder folder;
+  const std::string clean = example("celement.unf.pnml");
+  const std::string warning = folder.write("isolated.pnml", with_isolated_place(read_text(clean)));
+  const std::string error = folder.path("missing.pnml");
+  const struct {
+    const char* option;
+    bool after_success, after_warning, after_error;
+  } table[] = {
+      {"-w0", false, false, false}, {"-w1", false, false, true}, {"-w2", false, true, true},
+      {"-w3", true, true, true},    {"-w", true, true, true},
+  };
+  const auto prompts = [](const char* option, const std::string& file) {
+    return run_vorel({"-D", option, file}, {.input = "line\nline\n"}).out.ends_with(prompt);
+  };
+  for (const auto& row : table) {
+    EXPECT_EQ(prompts(row.option, clean), row.after_success) << row.option;
+    EXPECT_EQ(prompts(row.option, warning), row.after_warning) << row.option;
+    EXPECT_EQ(prompts(row.option, error), row.after_error) << row.option;
+  }
+  EXPECT_EQ(run_vorel({"-D", "-w3", error}, {.input = ""}).exit_code, 2) << "no standard input";
+}
+
+TEST(Application, FailsWhenItsOutputIsLost) {
+  const std::string file = example("celement.unf.pnml");
+  for (const Arguments& arguments : {Arguments{}, Arguments{"-h"}, Arguments{"-D", file}}) {
+    const ProgramRun run = run_vorel(arguments, {.output_path = "/dev/full"});
+    EXPECT_EQ(run.exit_code, 2);
+    EXPECT_TRUE(run.err.starts_with("\nError: cannot write ")) << run.err;
+    EXPECT_EQ(run.err.find("Error", 10), std::string::npos) << run.err;
+  }
+}
+
+#ifndef VOREL_SANITIZED
+TEST(Application, MemoryOverflowIsReportedOnceWithItsOwnExitCode) {
+  const TemporaryFolder folder;
+  const std::string file = folder.path("large.pnml");
+  std::ofstream(file) << "<pnml>" << std::string(std::size_t{64} << 20, ' ') << "</pnml>";
+  const ProgramRun run = run_vorel({"-D", "-w3", file}, {.address_space = std::size_t{48} << 20});
+  EXPECT_EQ(run.exit_code, 5);
+  EXPECT_EQ(run.err, "\nError: memory overflow\n");
+  EXPECT_EQ(run.out, "\nfile: " + file);
+}
+#endif
+
+}  // namespace
+}  // namespace vorel
