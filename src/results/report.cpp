@@ -19,11 +19,6 @@ bool check_written(bool written) {
   return written;
 }
 
-void deliver_to_standard_output(const Report& report, const VerdictMessages& messages) {
-  report.print(std::cout, messages);
-  check_written(std::cout.flush().good());
-}
-
 void deliver_to_text_file(const Report& report, const VerdictMessages& messages,
                           const std::string& file_name) {
   OutputFile file(file_name);
@@ -93,7 +88,7 @@ bool save_results(const Report& report, const VerdictMessages& messages,
 void deliver(const Report& report, const VerdictMessages& messages) {
   const std::string& file_name = run_state().output_file_name;
   if (file_name.empty() || file_name == "cerr") {
-    deliver_to_standard_output(report, messages);
+    report.print(std::cout, messages);  // whether all got there is seen at the end of the run
   } else if (file_name.ends_with(".xml")) {
     save_results(report, messages, file_name);
   } else {
