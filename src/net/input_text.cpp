@@ -37,7 +37,7 @@ std::string read_to_end(std::uintmax_t expected_size, ReadSome read_some) {
     if (got < wanted) break;
   }
   text.resize(filled);
-  text.shrink_to_fit();
+  if (text.capacity() - filled > filled / 8) text.shrink_to_fit();  // a copy, if it pays
   return text;
 }
 
