@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <vector>
 
 namespace vorel::oracle {
 namespace {
@@ -141,6 +142,25 @@ std::string file_name_of(const StgTransition& transition) {
   return prefixes[static_cast<std::size_t>(transition.signal->kind)] + transition.name;
 }
 
+// Transitions in the order of their names in the file, and the position of each there.
+template <class N>
+class FileOrder {
+ public:
+  explicit FileOrder(const N& net) : position_(net.transitions.size()) {
+    for (const auto& transition : net.transitions) in_order_.push_back(transition.get());
+    std::ranges::sort(in_order_, [](const auto* a, const auto* b) {
+      return name_less(file_name_of(*a), file_name_of(*b));
+    });
+    for (std::uint32_t i = 0; i < in_order_.size(); ++i) position_[in_order_[i]->index] = i;
+  }
+  const std::vector<const typename N::Transition*>& in_order() const { return in_order_; }
+  std::uint32_t position(const typename N::Transition& t) const { return position_[t.index]; }
+
+ private:
+  std::vector<const typename N::Transition*> in_order_;
+  std::vector<std::uint32_t> position_;
+};
+
 template <class N>
 std::size_t longest_name(const N& net) {
   std::size_t length = 0;
@@ -192,10 +212,11 @@ std::string pnml_text(const P& process) {
 
 template <class N>
 std::string mci_text(const PrefixOf<N>& prefix) {
+  const FileOrder<N> order(prefix);
   std::string out;
   add_word(out, static_cast<std::uint32_t>(prefix.conditions.size()));
   add_word(out, static_cast<std::uint32_t>(prefix.events.size()));
-  for (const auto& event : prefix.events) add_word(out, event->transition->index + 1);
+  for (const auto& event : prefix.events) add_word(out, order.position(*event->transition) + 1);
   for (const auto& condition : prefix.conditions) add_condition_record(out, *condition);
   for (const auto& event : prefix.events) {
     if (event->is_cut_off()) add_cut_off_record(out, *event);
@@ -207,7 +228,7 @@ std::string mci_text(const PrefixOf<N>& prefix) {
   add_word(out, static_cast<std::uint32_t>(longest_name<N>(prefix)));
   for (const auto& place : prefix.places) out += place->name + '\0';
   out += '\0';
-  for (const auto& transition : prefix.transitions) out += file_name_of(*transition) + '\0';
+  for (const auto* transition : order.in_order()) out += file_name_of(*transition) + '\0';
   out += '\0';
   return out;
 }

@@ -13,8 +13,8 @@ namespace vorel::oracle {
 template <Process P>
 std::string pnml_text(const P& process);
 
-// The transitions of an STG get the prefix of their signal's kind, such as "O.z+/1"; the file
-// lists transitions in the order of the net.
+// The transitions of an STG get the prefix of their signal's kind, such as "O.z+/1", and are
+// numbered in the order of these names.
 template <class N>
 std::string mci_text(const PrefixOf<N>& prefix);
 
