@@ -84,14 +84,16 @@ class CnfFormula {
   void create_default_groups();
   // Passes a clause on as it stands.
   void emit(std::span<const Lit> clause, ClauseGroup group);
+  void emit_unit(Lit lit, ClauseGroup group);
   // The output of a gate that is normalised already.
   Lit output_of(const Gate& gate, ClauseGroup group, Polarity polarity);
   // The clauses of the wanted half of `output` being a normalised gate.
   void emit_definition(const Gate& gate, Lit output, ClauseGroup group, Polarity polarity);
-  void emit_wide_and(std::span<const Lit> inputs, Lit output, bool complement, ClauseGroup group,
-                     Polarity polarity);
-  void emit_wide_xor(std::span<const Lit> inputs, Lit output, ClauseGroup group, Polarity polarity);
-  void emit_equality(std::span<const Lit> inputs, Lit output, ClauseGroup group, Polarity polarity);
+  void emit_patterns(const Gate& gate, Lit output, ClauseGroup group, Polarity polarity);
+  void emit_junction(const Gate& gate, Lit output, ClauseGroup group, Polarity polarity);
+  void emit_wide_parity(const Gate& gate, Lit output, ClauseGroup group, Polarity polarity);
+  void emit_equality(const Gate& gate, Lit output, ClauseGroup group, Polarity polarity);
+  Lit fresh_output_of(const Gate& gate, ClauseGroup group);
 
   std::vector<ClauseGroup> groups_;  // the default groups; removed_group where one was removed
   std::array<Lit, 8> short_clause_;  // scratch
