@@ -111,7 +111,7 @@ class LlNetParser {
     std::istringstream lines(text);
     std::string section;
     for (std::string line; std::getline(lines, line);) {
-      if (line == "PL" || line == "TR" || line == "TP" || line == "PT") {
+      if (is_heading(line)) {
         section = line;
       } else if (!section.empty() && !line.empty() && !take_line(section, line)) {
         return std::nullopt;
@@ -123,10 +123,17 @@ class LlNetParser {
   }
 
  private:
+  static bool is_heading(const std::string& line) {
+    const auto is_capital = [](char c) { return c >= 'A' && c <= 'Z'; };
+    return line.size() == 2 && is_capital(line[0]) && is_capital(line[1]);
+  }
+
   bool take_line(const std::string& section, const std::string& line) {
     if (section == "PL") return take_place(line);
     if (section == "TR") return take_transition(line);
-    return section == "TP" ? take_arc(line, '<') : take_arc(line, '>');
+    if (section == "TP") return take_arc(line, '<');
+    if (section == "PT") return take_arc(line, '>');
+    return true;  // texts and drawings
   }
 
   // [NUMBER] "NAME" ATTRIBUTES, in which M1 says that the place is marked.

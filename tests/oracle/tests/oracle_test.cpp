@@ -141,7 +141,7 @@ TEST(Writers, WriteEachFormOfCutOffInPnml) {
 TEST(LlNetParser, ReadsPlacesMarkingAndArcsInBothDirections) {
   const auto net = parse_ll_net(
       "PEP\nPTNet\nFORMAT_N\nPL\n\"P1\"1@2eM1m1\n\"P2\"3@4b\"M1\"\nTR\n\"T1\"5@6b\"x\"\n"
-      "TP\n1<2v4\nPT\n1>1\n2>1\n");
+      "TP\n1<2v4\nPT\n1>1\n2>1\nTX\n\"any\"\n");
   ASSERT_TRUE(net);
   EXPECT_EQ(net->places[0]->initial_marking, 1u);
   EXPECT_EQ(net->places[1]->initial_marking, 0u);  // the mark is a text there
