@@ -13,7 +13,7 @@ void for_each_successor(const Event& event, const Inside& inside, Function funct
   for (const auto* condition : event.postset) {
     const auto consumer = std::ranges::find_if(
         condition->postset,
-        [&inside](const Event* consumer) { return inside.contains(*consumer); });
+        [&inside](const Event* event_after) { return inside.contains(*event_after); });
     if (consumer != condition->postset.end()) function(**consumer);
   }
 }

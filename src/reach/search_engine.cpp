@@ -118,7 +118,7 @@ bool SearchEngine<P>::search_all() {
     // -1 stands for all: as an unsigned number, the highest limit.
     enumerate(
         formula_, solution_literals(), formula_.group(0),
-        [this](const LitCube&) { record_solution(); }, static_cast<std::uint32_t>(all_solutions_));
+        [this](const Cube&) { record_solution(); }, static_cast<std::uint32_t>(all_solutions_));
   }
   return !report_.solutions.empty();
 }
@@ -128,8 +128,10 @@ bool SearchEngine<P>::search_least_cost() {
   Lits bits;
   std::vector<bool> values;
   if (!start_least_cost(bits, values) || run_failed()) return false;
-  descend(formula_, bits, values,
-          [this](const Lits& cost, std::vector<bool>& found) { return resolve(cost, found); });
+  const auto resolve = [this](std::span<const Lit> cost, std::vector<bool>& found) {
+    return resolve_cost(formula_, cost, found, [this] { record_solution(); });
+  };
+  minimise_cost(formula_, bits, values, resolve);
   return !report_.solutions.empty();
 }
 
@@ -145,18 +147,9 @@ bool SearchEngine<P>::start_least_cost(Lits& bits, std::vector<bool>& values) {
   }
   bits = cost_bits(default_polarity);
   formula_.add_units(current, false, formula_.group(2));
-  const bool resolved = resolve(bits, values);
+  const bool resolved = resolve_cost(formula_, bits, values, [this] { record_solution(); });
   formula_.renew_group(formula_.group(2));
   return resolved;
-}
-
-template <Process P>
-bool SearchEngine<P>::resolve(const Lits& bits, std::vector<bool>& values) {
-  if (run_failed() || !formula_.solve() || run_failed()) return false;
-  record_solution();
-  values.clear();
-  for (const Lit bit : bits) values.push_back(formula_.is_true(bit));
-  return true;
 }
 
 template <Process P>

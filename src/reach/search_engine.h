@@ -67,8 +67,6 @@ class SearchEngine {
   const Report& found() const { return report_; }
 
  private:
-  // Solves; on success stores the model's solution and gives the values of the cost bits.
-  bool resolve(const Lits& bits, std::vector<bool>& values);
   // The first solution, its cost bits and their values in its own model.
   bool start_least_cost(Lits& bits, std::vector<bool>& values);
 

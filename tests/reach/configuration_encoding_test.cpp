@@ -33,7 +33,7 @@ std::set<EventNumbers> models_of(
     if (!event->is_cut_off()) lits.push_back(event_lit(vars, *event));
   }
   std::set<EventNumbers> models;
-  const auto record = [&](const LitCube&) {
+  const auto record = [&](const Cube&) {
     EventNumbers numbers;
     for (const auto* event : decode_events(process, vars)) numbers.insert(event->index);
     EXPECT_TRUE(models.insert(numbers).second) << "a model is listed twice";
