@@ -40,7 +40,7 @@ class DepthScan {
       if (*at_ == '!' || *at_ == '?') {
         if (!skip_markup()) return nullptr;
       } else if (*at_ == '/') {
-        if (depth == 0 || !skip_past(">")) return nullptr;
+        if (depth == 0 || !skip_end_tag()) return nullptr;
         --depth;
       } else if (!skip_start_tag(opened)) {
         return nullptr;
@@ -83,6 +83,14 @@ class DepthScan {
     return false;
   }
 
+  // From the slash. Whether the name is that of the start tag does not matter to the depth.
+  bool skip_end_tag() {
+    ++at_;
+    skip_until(ends_name);
+    skip_spaces();
+    return skip_char('>');
+  }
+
   bool skip_start_tag(bool& opened) {
     if (is(ends_name, *at_)) return false;
     skip_until(ends_name);
@@ -91,24 +99,18 @@ class DepthScan {
     }
     opened = *at_ == '>';
     if (*at_ == '/') ++at_;
-    if (*at_ != '>') return false;
-    ++at_;
-    return true;
+    return skip_char('>');
   }
 
   bool skip_attribute() {
     skip_until(ends_attribute_name);
     skip_spaces();
-    if (*at_ != '=') return false;
-    ++at_;
+    if (!skip_char('=')) return false;
     skip_spaces();
     const char quote = *at_;
-    if (quote != '"' && quote != '\'') return false;
-    ++at_;
-    const char* const closing = find(quote);
-    if (closing == nullptr) return false;
-    at_ = closing + 1;
-    return true;
+    if (!skip_char('"') && !skip_char('\'')) return false;
+    at_ = find(quote);
+    return at_ != nullptr && skip_char(quote);
   }
 
   void skip_spaces() {
@@ -116,6 +118,11 @@ class DepthScan {
   }
   void skip_until(std::uint8_t char_class) {
     while (!is(char_class, *at_)) ++at_;
+  }
+  bool skip_char(char c) {
+    if (*at_ != c) return false;
+    ++at_;
+    return true;
   }
   bool skip_from(std::size_t offset, std::string_view closing) {
     at_ += offset;

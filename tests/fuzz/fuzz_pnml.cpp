@@ -1,0 +1,60 @@
+// Any bytes as a PNML document, of every kind of process.
+#include <algorithm>
+
+#include "fuzz/fuzzing.h"
+#include "net/pnml_reader.h"
+
+namespace vorel::fuzzing {
+namespace {
+
+template <class T>
+void require_numbering(const OwnedList<T>& list) {
+  for (std::size_t i = 0; i < list.size(); ++i) require(list[i]->index == i);
+}
+
+// Links have both ends, in order and without repetition.
+template <class List, class Back>
+void require_links(const List& links, const Back& has_back_link) {
+  for (std::size_t i = 0; i < links.size(); ++i) {
+    require(i == 0 || links[i - 1]->index < links[i]->index);
+    require(has_back_link(*links[i]));
+  }
+}
+
+template <class List, class T>
+bool contains(const List& list, const T& element) {
+  return std::find(list.begin(), list.end(), &element) != list.end();
+}
+
+template <Process P>
+void require_sound(const P& process) {
+  require_numbering(process.places);
+  require_numbering(process.transitions);
+  require_numbering(process.conditions);
+  require_numbering(process.events);
+  std::uint64_t tokens = 0;
+  for (const auto& place : process.places) tokens += place->initial_marking;
+  for (const auto& condition : process.conditions) {
+    require(process.places[condition->place->index].get() == condition->place);
+    if (condition->is_initial()) --tokens;
+  }
+  require(tokens == 0);
+  for (const auto& event : process.events) {
+    require(process.transitions[event->transition->index].get() == event->transition);
+    require_links(event->preset, [&](const auto& c) { return contains(c.postset, *event); });
+    require_links(event->postset, [&](const auto& c) { return contains(c.producers(), *event); });
+  }
+}
+
+}  // namespace
+}  // namespace vorel::fuzzing
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace vorel;
+  fuzzing::silence_messages();
+  const auto input =
+      read_pnml_text<FullVariant>(std::string(reinterpret_cast<const char*>(data), size));
+  if (input == nullptr) return 0;
+  std::visit([](const auto& process) { fuzzing::require_sound(process); }, *input);
+  return 0;
+}

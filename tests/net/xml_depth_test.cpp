@@ -1,0 +1,95 @@
+#include "net/xml_depth.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <rapidxml/rapidxml.hpp>
+#include <vector>
+
+#include "support/pnml_text.h"
+
+namespace vorel {
+namespace {
+
+std::string nested(std::uint32_t depth, const std::string& innermost) {
+  std::string text;
+  for (std::uint32_t i = 0; i < depth; ++i) text += "<b>";
+  text += innermost;
+  for (std::uint32_t i = 0; i < depth; ++i) text += "</b>";
+  return text;
+}
+
+TEST(XmlDepth, FindsTheFirstElementBelowTheBound) {
+  const std::string text = "<a><b/><c d='>'><e/></c></a>";
+  EXPECT_EQ(element_below_depth(text, 3), nullptr);
+  EXPECT_EQ(std::string(element_below_depth(text, 2)), "<e/></c></a>");
+  EXPECT_EQ(std::string(element_below_depth(text, 0)), text);
+}
+
+// What looks like tags and is none, and tags that a glance would overlook.
+TEST(XmlDepth, TakesTagsApartAsTheParserDoes) {
+  const std::pair<std::string, bool> table[] = {
+      {"<a><!-- <b> --></a>", false},
+      {"<a><![CDATA[<b>]]></a>", false},
+      {"<a><?i <b> ?></a>", false},
+      {"<a><!other <b></a>", false},
+      {"<!DOCTYPE x [<!ENTITY y '<a><b>'>]><a/>", false},
+      {"<a c='<b>' d=\"<b>\"/>", false},
+      {"<a\"><b/></a\">", true},
+      {"<a 'c'=\"'\"><b/></a>", true},
+      {"<a><!--><b>--><b/></a>", true},
+      {"\xEF\xBB\xBF<a><b/></a>", true},
+      {"<a></a x><b><b>", false},
+      {"<a>text</a>text<b><b>", false},
+      {"<><b>", false},
+  };
+  for (const auto& [text, is_deep] : table) {
+    EXPECT_EQ(element_below_depth(text, 1) != nullptr, is_deep) << text;
+  }
+}
+
+std::uint32_t depth_of(const rapidxml::xml_node<>& node) {
+  std::uint32_t depth = 0;
+  for (const auto* child = node.first_node(); child != nullptr; child = child->next_sibling()) {
+    if (child->type() == rapidxml::node_element) depth = std::max(depth, 1 + depth_of(*child));
+  }
+  return depth;
+}
+
+TEST(XmlDepth, AgreesWithTheParserOnRandomMarkup) {
+  const std::string pieces[] = {"<a>", "</a>", "<a ",       "b='",  "'",  "\"",  ">",
+                                "/>",  "<!--", "-->",       "<?x ", "?>", "<a'", "=",
+                                "\"",  " ",    "<![CDATA[", "]]>",  "<!D"};
+  std::mt19937 random(3);
+  int parsed = 0;
+  for (int i = 0; i < 200000; ++i) {
+    std::string text = "<a>";
+    for (std::size_t n = random() % 10; n > 0; --n) text += pieces[random() % std::size(pieces)];
+    text += random() % 2 == 0 ? "</a>" : "</a></a>";
+    std::string copy = text;
+    rapidxml::xml_document<> document;
+    try {
+      document.parse<0>(copy.data());
+    } catch (const rapidxml::parse_error&) {
+      continue;
+    }
+    ++parsed;
+    const std::uint32_t depth = depth_of(document);
+    ASSERT_EQ(element_below_depth(text, depth), nullptr) << text;
+    ASSERT_NE(element_below_depth(text, depth - 1), nullptr) << text;
+  }
+  EXPECT_GT(parsed, 1000);
+}
+
+TEST(XmlDepth, ADocumentMayNestAThousandLevelsAndNoMore) {
+  const std::string other_root = "XML node \"ROOT\" must have a child \"pnml\"\n";
+  EXPECT_EQ(read_text(nested(1000, "")).messages, "\nError: " + other_root);
+  EXPECT_EQ(read_text(nested(1000, "<c/>")).messages,
+            "\nError: syntax error in an XML file: elements are nested more than 1000 deep (<c/>" +
+                nested(1000, "").substr(3000) + ")\n");
+  EXPECT_EQ(read_text(nested(1000000, "")).input, nullptr);
+}
+
+}  // namespace
+}  // namespace vorel
