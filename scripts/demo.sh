@@ -22,12 +22,10 @@ a finite prefix of the unfolding of that net; the question goes to a SAT solver.
 show build/vorel -D examples/philosophers4.unf.pnml
 echo 'The line under "SOLUTION 0" lists transitions in the order in which they fire from the initial
 marking. After them each philosopher holds one fork and waits for the other for ever: a deadlock.
-The program has replayed the trace on the net before printing it.'
+The program has replayed the trace by the token game before printing it.'
 
-explain 'With -f the trace is as short as can be; four philosophers need four steps to get stuck.'
-show build/vorel -D -f examples/philosophers4.unf.pnml
-
-explain 'An output file whose name ends in .xml gets the same answer in a form for other programs.'
+explain 'An output file whose name ends in .xml gets the answer in a form for other programs. With -f the
+trace is as short as can be: four philosophers need four steps to get stuck.'
 show build/vorel -D -f examples/philosophers4.unf.pnml build/demo.xml
 show cat build/demo.xml
 
