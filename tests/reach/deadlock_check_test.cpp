@@ -174,7 +174,7 @@ void compare_on_seeds(Make make) {
     if (testing::Test::HasFailure()) break;
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr().find("check failed"), std::string::npos);
-  EXPECT_GT(with_deadlock, count / 10);
+  EXPECT_GT(with_deadlock, count / 50);
   EXPECT_LT(with_deadlock, count);
 }
 
