@@ -1,0 +1,64 @@
+#include <gtest/gtest.h>
+
+#include "sat/sat_testing.h"
+
+namespace vorel {
+namespace {
+
+void expect_at_most_one(const Lits& lits, std::uint32_t variables) {
+  FormulaOf f(variables);
+  f.formula.add_at_most_one(lits, f.formula.group(0));
+  for (Assignment a = 0; a < f.assignment_count(); ++a) {
+    const auto truths = std::ranges::count_if(lits, [&](Lit lit) { return holds(lit, a); });
+    ASSERT_EQ(f.possible(a), truths <= 1) << "assignment " << a;
+  }
+}
+
+TEST(AtMostOne, CountsCopiesComplementsAndConstants) {
+  const Lit x = lit_of(0), y = lit_of(1);
+  const std::vector<Lits> lists = {
+      {},
+      {x},
+      {LitTrue},
+      {LitTrue, LitTrue},
+      {x, ~x},
+      {x, ~x, y},
+      {x, x},
+      {~x, ~x},
+      {x, x, ~x, ~x},
+      {x, x, ~x},
+      {x, ~x, ~x},
+      {~x, ~x, y},
+      {LitTrue, x, y},
+      {LitFalse, x, y, LitFalse},
+      {x, ~x, y, ~y},
+      {LitTrue, x, ~x},
+      {x, x, y, y},
+  };
+  for (const Lits& lits : lists) expect_at_most_one(lits, 2);
+}
+
+TEST(AtMostOne, HoldsForRandomLists) {
+  Random random(3);
+  for (int round = 0; round < 150; ++round)
+    expect_at_most_one(random_lits(random, 5, random.below(6), round % 3 == 0), 5);
+}
+
+TEST(AtMostOne, HoldsForManyDistinctLiterals) {
+  for (std::uint32_t size = 2; size <= 10; ++size) expect_at_most_one(fixing(size, 0x2A5), size);
+}
+
+TEST(AtMostOne, TakesPairsUpToSixLiteralsAndAChainFromSevenOn) {
+  struct Row {
+    std::uint32_t size, new_variables, clauses;
+  };
+  for (const Row& row : {Row{2, 0, 1}, Row{6, 0, 15}, Row{7, 6, 17}, Row{8, 7, 20}}) {
+    FormulaOf f(row.size);
+    f.formula.add_at_most_one(fixing(row.size, 0), PermanentGroup);
+    EXPECT_EQ(f.formula.solver().num_vars(), row.size + row.new_variables);
+    EXPECT_EQ(f.formula.solver().num_clauses(), row.clauses);
+  }
+}
+
+}  // namespace
+}  // namespace vorel
