@@ -1,5 +1,8 @@
 #include "driver/application.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdint>
 #include <iostream>
 #include <limits>
@@ -15,7 +18,18 @@
 namespace vorel {
 namespace {
 
+// A standard stream that the caller closed gets a descriptor that cannot be written: otherwise the
+// next file to be opened would take its number, and the output of the stream.
+void occupy_standard_descriptors() {
+  int descriptor = ::open("/dev/null", O_RDONLY);
+  while (0 <= descriptor && descriptor <= STDERR_FILENO) {
+    descriptor = ::open("/dev/null", O_RDONLY);
+  }
+  if (descriptor >= 0) ::close(descriptor);
+}
+
 void start() {
+  occupy_standard_descriptors();
   std::ios::sync_with_stdio(false);
   install_memory_overflow_handler();
 }

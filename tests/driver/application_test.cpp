@@ -102,10 +102,21 @@ TEST(Application, ReportsFilesThatItCannotRead) {
 }
 
 TEST(Application, ReadsALegacyFileAsAPlainNetWhereThatIsAccepted) {
-  const std::string file = example("vme_read.mci");
+  const TemporaryFolder folder;
+  std::string bytes = read_text(example("philosophers4.mci"));
+  for (const auto& [from, to] : {std::pair{"take0", "O.abc"}, std::pair{"take1", "I.abc"}}) {
+    ASSERT_NE(bytes.find(from), std::string::npos);
+    bytes.replace(bytes.find(from), 5, to);
+  }
+  const std::string file = folder.write("labelled.mci", bytes);
   const ProgramRun plain = run_vorel({"-D", file});
   EXPECT_EQ(plain.exit_code, 1) << plain.err;  // the format is deprecated
-  EXPECT_NE(plain.out.find("O.lds+"), std::string::npos) << plain.out << plain.err;
+  EXPECT_NE(plain.out.find("O.abc"), std::string::npos) << plain.out << plain.err;
+  const ProgramRun stg = run_vorel({"-C", file});
+  EXPECT_EQ(stg.exit_code, 2);
+  EXPECT_NE(stg.err.find("removing prefix from a transition name causes a collision"),
+            std::string::npos)
+      << stg.err;
 }
 
 TEST(Application, RefusesAModeWithoutEngineOnlyAfterReadingAndCheckingItsInput) {
@@ -163,6 +174,14 @@ TEST(Application, FailsWhenItsOutputIsLost) {
     EXPECT_TRUE(run.err.starts_with("\nError: cannot write ")) << run.err;
     EXPECT_EQ(run.err.find("Error", 10), std::string::npos) << run.err;
   }
+}
+
+TEST(Application, AClosedStandardOutputIsAnErrorAndNeverMixesWithAFile) {
+  const TemporaryFolder folder;
+  const std::string command = std::string(VOREL_BINARY) + " -D " + example("celement.unf.pnml") +
+                              " " + folder.path("answer") + " >&-";
+  EXPECT_EQ(run_program({"/bin/sh", "-c", command}).exit_code, 2);
+  EXPECT_EQ(read_text(folder.path("answer")), "NO\n");
 }
 
 #ifndef VOREL_SANITIZED

@@ -96,12 +96,12 @@ TEST_F(Coefficients, DeepNestingIsAnErrorAndLongChainsAreNot) {
   const std::string opened(100000, '(');
   EXPECT_TRUE(errors_of(opened).starts_with(
       "\nError: bad coefficient option: memory exhausted when parsing ((("));
-  EXPECT_TRUE(errors_of(std::string(100000, '-') + "1").find("memory exhausted") !=
-              std::string::npos);
+  EXPECT_NE(errors_of(std::string(100000, '-').append("1")).find("memory exhausted"),
+            std::string::npos);
   std::string chain = "1";
   for (int i = 0; i < 100000; ++i) chain += "+1";
   EXPECT_EQ(evaluate(chain, stg), 100001);
-  EXPECT_EQ(evaluate(std::string(500, '(') + "3" + std::string(500, ')'), stg), 3);
+  EXPECT_EQ(evaluate(std::string(500, '(').append("3").append(500, ')'), stg), 3);
 }
 
 // Builds a random expression with all parentheses written, and its value by 64-bit arithmetic.

@@ -183,8 +183,7 @@ const Refusal refusals[] = {
 
 TEST(CommandLine, RefusesWithOneMessageAndNoOtherOutput) {
   for (const Refusal& row : refusals) {
-    Arguments arguments = row.arguments;
-    const ProgramRun run = run_vorel(arguments, {.input = "\n"});
+    const ProgramRun run = run_vorel(row.arguments);
     EXPECT_EQ(run.exit_code, 2) << row.error;
     EXPECT_EQ(run.err, "\nError: " + row.error + "\n");
     EXPECT_EQ(run.out, "") << row.error;

@@ -100,9 +100,11 @@ inline ProgramRun run_program(const std::vector<std::string>& command,
 }
 
 #ifdef VOREL_BINARY
-inline ProgramRun run_vorel(std::vector<std::string> arguments, const RunOptions& options = {}) {
-  arguments.insert(arguments.begin(), VOREL_BINARY);
-  return run_program(arguments, options);
+inline ProgramRun run_vorel(const std::vector<std::string>& arguments,
+                            const RunOptions& options = {}) {
+  std::vector<std::string> command{VOREL_BINARY};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return run_program(command, options);
 }
 #endif
 
