@@ -5,9 +5,9 @@ target_include_directories(vorel_settings INTERFACE ${CMAKE_SOURCE_DIR}/src)
 target_compile_options(vorel_settings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
                                                 -Wnon-virtual-dtor -Woverloaded-virtual)
 # With optimisation g++ 12 sees faults in its own std::string and std::sort that are not there; what
-# these two warnings look for, the sanitizers and the checks of the library find.
+# these warnings look for, the sanitizers and the checks of the library find.
 target_compile_options(vorel_settings INTERFACE
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-restrict>)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-restrict -Wno-stringop-overflow>)
 # The standard library checks its preconditions too where assertions are kept.
 target_compile_definitions(vorel_settings INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 if(VOREL_WERROR)
