@@ -11,6 +11,8 @@ target_link_libraries(minisat INTERFACE ${MINISAT_LIBRARY})
 find_path(RAPIDXML_INCLUDE rapidxml/rapidxml.hpp REQUIRED)
 add_library(rapidxml INTERFACE IMPORTED)
 target_include_directories(rapidxml SYSTEM INTERFACE ${RAPIDXML_INCLUDE})
+# Large blocks of nodes, just below 4 MiB with their header. The same for all that include it.
+target_compile_definitions(rapidxml INTERFACE RAPIDXML_DYNAMIC_POOL_SIZE=4194240)
 
 find_path(GZSTREAM_INCLUDE gzstream.h REQUIRED)
 find_library(GZSTREAM_LIBRARY gzstream REQUIRED)

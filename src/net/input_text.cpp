@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -33,6 +34,7 @@ std::string read_to_end(std::uintmax_t expected_size, ReadSome read_some) {
     if (filled == text.size()) text.resize(2 * text.size());
     const std::size_t wanted = std::min(text.size() - filled, largest_read);
     const std::size_t got = read_some(text.data() + filled, wanted);
+    assert(got <= wanted && "no more than there is room for");
     filled += got;
     if (got < wanted) break;
   }

@@ -1,6 +1,7 @@
 #include "net/pnml_arcs.h"
 
 #include <algorithm>
+#include <cassert>
 #include <numeric>
 #include <string>
 
@@ -29,6 +30,7 @@ class ArcReader {
     if (has_repetitions(arcs)) {
       drop_repetitions();
       arcs = sorted_by_source();
+      assert(!has_repetitions(arcs));
     }
     arcs.in_degree.assign(nodes_.size(), 0);
     for (const std::uint32_t target : arcs.target) ++arcs.in_degree[target];
@@ -93,10 +95,12 @@ void ArcReader::report_fault(const XmlNode& element) const {
 }
 
 void ArcReader::report_misplaced(std::uint32_t source, std::uint32_t target) const {
+  assert(source != no_index && target != no_index);
   const std::string from(nodes_.id(source)), to(nodes_.id(target));
   if (nodes_[source].is_place == nodes_[target].is_place) {
     print_error("arc \"" + from + "\" --> \"" + to + "\" must link a place and a transition");
   } else {
+    assert(producer_[target] != no_index && producer_[target] != source);
     const std::string other(nodes_.id(producer_[target]));
     print_error("place \"" + to + "\" has two producers: \"" + other + "\" and \"" + from + "\"");
   }
@@ -111,6 +115,7 @@ PageArcs ArcReader::sorted_by_source() const {
   sorted.target.resize(arcs_.size());
   for (const Arc& arc : arcs_) sorted.target[sorted.first[arc.source + 1]++] = arc.target;
   sorted.first.pop_back();
+  assert(sorted.first.back() == arcs_.size());
   for (std::uint32_t source = 0; source < nodes_.size(); ++source) {
     const auto begin = sorted.target.begin() + sorted.first[source];
     const auto end = sorted.target.begin() + sorted.first[source + 1];
@@ -147,6 +152,7 @@ void ArcReader::drop_repetitions() {
       kept.push_back(arcs_[i]);
     }
   }
+  assert(kept.size() <= arcs_.size());
   arcs_.swap(kept);
 }
 

@@ -22,6 +22,7 @@ struct PageArcs {
   std::vector<std::uint32_t> in_degree;
 
   std::span<const std::uint32_t> targets_of(std::uint32_t source) const {
+    assert(source + 1 < first.size() && first[source] <= first[source + 1]);
     return std::span(target).subspan(first[source], first[source + 1] - first[source]);
   }
 };
@@ -39,6 +40,7 @@ void enter_producer(P& place, T& transition, std::uint32_t producer_count) {
     assert(place.pre_event == nullptr && producer_count == 1);
     place.pre_event = &transition;
   } else {
+    assert(place.preset.size() < producer_count);
     place.preset.reserve(producer_count);
     place.preset.push_back(&transition);
   }

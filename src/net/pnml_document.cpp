@@ -1,5 +1,6 @@
 #include "net/pnml_document.h"
 
+#include <cassert>
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
@@ -19,12 +20,12 @@ constexpr std::size_t largest_excerpt = 1u << 12;  // of the text after a syntax
 
 std::string quoted(std::string_view text) { return std::string(1, '"').append(text).append("\""); }
 
-void report_syntax_error(std::string_view reason, const char* place) {
-  std::string_view excerpt = place;
+void report_syntax_error(const XmlFault& fault) {
+  std::string_view excerpt = fault.place;
   const bool is_cut = excerpt.size() > largest_excerpt;
   if (is_cut) excerpt = excerpt.substr(0, largest_excerpt);
   print_error(std::string("syntax error in an XML file: ")
-                  .append(reason)
+                  .append(fault.reason)
                   .append(" (")
                   .append(excerpt)
                   .append(is_cut ? "...)" : ")"));
@@ -37,15 +38,22 @@ void report_missing_child(const XmlNode& node, std::string_view child) {
 }  // namespace
 
 std::unique_ptr<Document> Document::parse(std::string text) {
+  return parse(std::move(text), report_syntax_error);
+}
+
+std::unique_ptr<Document> Document::parse(std::string text,
+                                          const std::function<void(const XmlFault&)>& report) {
+  const auto fail = [&report](const std::string& in, std::string_view reason, const char* place) {
+    report({reason, static_cast<std::size_t>(place - in.data()), place});
+    return nullptr;
+  };
   // The parser takes a zero byte for the end of the text and would overlook what follows it.
   if (const std::size_t zero = text.find('\0'); zero != std::string::npos) {
-    report_syntax_error("zero byte at offset " + std::to_string(zero), text.data() + zero);
-    return nullptr;
+    return fail(text, "zero byte at offset " + std::to_string(zero), text.data() + zero);
   }
   if (const char* const place = element_below_depth(text, largest_depth)) {
-    report_syntax_error("elements are nested more than " + std::to_string(largest_depth) + " deep",
-                        place);
-    return nullptr;
+    return fail(text, "elements are nested more than " + std::to_string(largest_depth) + " deep",
+                place);
   }
   auto document = std::make_unique<Document>();
   document->text_ = std::move(text);
@@ -55,8 +63,7 @@ std::unique_ptr<Document> Document::parse(std::string text) {
         parse_validate_closing_tags | parse_no_string_terminators | parse_no_element_values;
     document->xml_.parse<flags>(document->text_.data());
   } catch (const rapidxml::parse_error& error) {
-    report_syntax_error(error.what(), error.where<char>());
-    return nullptr;
+    return fail(document->text_, error.what(), error.where<char>());
   }
   document->xml_.name("ROOT", 4);
   return document;
@@ -77,6 +84,7 @@ const XmlAttribute* attribute(const XmlNode& node, std::string_view name) {
 }
 
 const XmlNode* first_child(const XmlNode& node, std::string_view name) {
+  assert(!name.empty() && "the name of what is not an element");
   const XmlNode* child = node.first_node();
   while (child != nullptr && name_of(*child) != name) child = child->next_sibling();
   return child;
@@ -127,6 +135,7 @@ std::optional<std::string> require_text(const XmlNode& node, std::string_view ch
 std::optional<std::int64_t> number_of(const std::string& text, NumberRange range) {
   errno = 0;
   const long long number = std::strtoll(text.c_str(), nullptr, 10);
+  assert(range.low <= range.high);
   if (errno != ERANGE && range.low <= number && number <= range.high) return number;
   print_error("positive integer expected: " + text);
   return std::nullopt;

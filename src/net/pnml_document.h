@@ -6,25 +6,44 @@
 
 #include <rapidxml/rapidxml.hpp>
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "net/node_memory.h"
 
 namespace vorel::pnml {
 
 using XmlNode = rapidxml::xml_node<char>;
 using XmlAttribute = rapidxml::xml_attribute<char>;
 
+struct XmlFault {
+  std::string_view reason;
+  std::size_t offset;  // in the text
+  const char* place;   // what is left of the text from there
+};
+
 // Owns the text: names and values of the nodes lie in it.
 class Document {
  public:
+  Document() { xml_.set_allocator(allocate_node_block, free_node_block); }
+
   // Takes the text over and parses it; null after the error "syntax error in an XML file: ...".
   static std::unique_ptr<Document> parse(std::string text);
+  // The same for a caller with an error of its own; null after a call of `report`.
+  static std::unique_ptr<Document> parse(std::string text,
+                                         const std::function<void(const XmlFault&)>& report);
 
   // The document node, named "ROOT".
   const XmlNode& root() const { return xml_; }
+  // Where in the text the start tag of the element stands.
+  std::size_t offset_of(const XmlNode& element) const {
+    return static_cast<std::size_t>(element.name() - text_.data()) - 1;
+  }
   // Frees all nodes. The text stays, and with it the views of names and values.
   void release_nodes() { xml_.clear(); }
 

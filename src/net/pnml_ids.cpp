@@ -32,6 +32,8 @@ std::uint32_t hash_of(std::string_view id) {
 
 std::size_t IdTable::slot_of(std::string_view id, std::uint32_t hash) const {
   const std::size_t mask = slots_.size() - 1;
+  assert((slots_.size() & mask) == 0 && "a power of two");
+  assert(2 * ids_.size() <= slots_.size() && "a free slot ends every search");
   std::size_t at = hash & mask;
   while (slots_[at].number != no_index &&
          (slots_[at].hash != hash || ids_[slots_[at].number] != id)) {
@@ -46,6 +48,7 @@ void IdTable::grow() {
   const std::size_t mask = slots_.size() - 1;
   for (const Slot& slot : old) {
     if (slot.number == no_index) continue;
+    assert(slot.number < ids_.size());
     std::size_t at = slot.hash & mask;
     while (slots_[at].number != no_index) at = (at + 1) & mask;
     slots_[at] = slot;
@@ -56,6 +59,7 @@ bool IdTable::insert(std::string_view id) {
   const std::uint32_t hash = hash_of(id);
   const std::size_t at = slot_of(id, hash);
   if (slots_[at].number != no_index) return false;
+  assert(size() < no_index);
   slots_[at] = {hash, size()};
   ids_.push_back(id);
   if (2 * ids_.size() > slots_.size()) grow();

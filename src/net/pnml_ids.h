@@ -5,6 +5,7 @@
 // texts are not copied and must outlive it.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -23,7 +24,10 @@ class IdTable {
   std::uint32_t find(std::string_view id) const;
 
   std::uint32_t size() const { return static_cast<std::uint32_t>(ids_.size()); }
-  std::string_view id(std::uint32_t number) const { return ids_[number]; }
+  std::string_view id(std::uint32_t number) const {
+    assert(number < ids_.size());
+    return ids_[number];
+  }
 
  private:
   struct Slot {

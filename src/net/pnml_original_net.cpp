@@ -1,5 +1,6 @@
 #include "net/pnml_original_net.h"
 
+#include <cassert>
 #include <utility>
 
 #include "net/pnml_arcs.h"
@@ -82,6 +83,7 @@ bool read_nodes(OriginalNodes<N>& original, const SignalTable& signals) {
 
 template <class N>
 bool read_original_net(const XmlNode& process_element, N& net, OriginalNodes<N>& original) {
+  assert(net.places.empty() && net.transitions.empty());
   const XmlNode* const page = find_page<N>(process_element);
   if (page == nullptr) return false;
   SignalTable signals;
@@ -90,6 +92,7 @@ bool read_original_net(const XmlNode& process_element, N& net, OriginalNodes<N>&
   }
   if (!original.nodes.declare(*page)) return false;
   make_nodes(net, original);
+  assert(original.places.size() + original.transitions.size() == original.nodes.size());
   if (!read_nodes(original, signals)) return false;
   const auto arcs = read_arcs(*page, original.nodes, Producers::any);
   if (!arcs) return false;

@@ -1,5 +1,6 @@
 #include "net/pnml_page.h"
 
+#include <cassert>
 #include <string>
 
 #include "base/messages.h"
@@ -7,6 +8,7 @@
 namespace vorel::pnml {
 
 bool PageNodes::declare(const XmlNode& page) {
+  assert(nodes_.empty() && "a page is declared once");
   for (const XmlNode* node = page.first_node(); node != nullptr; node = node->next_sibling()) {
     const std::string_view name = name_of(*node);
     if (name == "arc") ++arc_count_;
@@ -21,6 +23,7 @@ bool PageNodes::declare(const XmlNode& page) {
     const std::uint32_t others = is_place ? place_count_ : transition_count() - 1;
     nodes_.push_back({node, others, is_place});
     if (is_place) ++place_count_;
+    assert(nodes_.size() == ids_.size() && place_count_ <= size());
   }
   return true;
 }

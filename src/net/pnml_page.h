@@ -5,6 +5,7 @@
 // Nodes (places and transitions alike) are numbered together, in document order.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -29,7 +30,10 @@ class PageNodes {
   std::uint32_t place_count() const { return place_count_; }
   std::uint32_t transition_count() const { return size() - place_count_; }
   std::uint32_t arc_count() const { return arc_count_; }  // repeated ones included
-  const PageNode& operator[](std::uint32_t number) const { return nodes_[number]; }
+  const PageNode& operator[](std::uint32_t number) const {
+    assert(number < nodes_.size());
+    return nodes_[number];
+  }
   std::vector<PageNode>::const_iterator begin() const { return nodes_.begin(); }
   std::vector<PageNode>::const_iterator end() const { return nodes_.end(); }
   std::string_view id(std::uint32_t number) const { return ids_.id(number); }

@@ -1,5 +1,6 @@
 #include "net/pnml_process.h"
 
+#include <cassert>
 #include <iostream>
 #include <limits>
 #include <utility>
@@ -70,6 +71,7 @@ class ProcessReader {
     if (place == nullptr) return false;
     const std::uint32_t index = original_.nodes.resolve_place(*place);
     if (index == no_index) return false;
+    assert(index < original_.places.size());
     condition.place = original_.places[index];
     if constexpr (P::is_merged) return read_occurrence(element, condition);
     return true;
@@ -82,6 +84,7 @@ class ProcessReader {
     if (!depth) return false;
     const auto tokens = initial_marking_of(element);
     if (!tokens) return false;
+    assert(*depth >= 1);
     condition.occurrence_depth = static_cast<std::int32_t>(*depth);
     condition.initial_marking = *tokens;
     return true;
@@ -92,6 +95,7 @@ class ProcessReader {
     if (transition == nullptr) return false;
     const std::uint32_t index = original_.nodes.resolve_transition(*transition);
     if (index == no_index) return false;
+    assert(index < original_.transitions.size());
     event.transition = original_.transitions[index];
     const XmlNode* const cut_off = first_child(element, "cut-off");
     if (cut_off == nullptr) return true;
@@ -110,6 +114,7 @@ class ProcessReader {
       if (std::string_view(ref->name(), ref->name_size()) != "ref") continue;
       const std::uint32_t index = nodes_.resolve_transition(*ref);
       if (index == no_index) return false;
+      assert(index < process_.events.size());
       events.push_back(process_.events[index].get());
     }
     event.cut_off.set_correspondents(events);
@@ -144,6 +149,7 @@ void align_initial_marking(P& process) {
 
 template <Process P>
 bool read_process(std::unique_ptr<Document> document, const XmlNode& element, P& process) {
+  assert(document != nullptr && process.conditions.empty() && process.events.empty());
   if (!ProcessReader<P>(*document, process).run(element)) return false;
   document.reset();
   align_initial_marking(process);

@@ -1,5 +1,6 @@
 #include "net/pnml_signals.h"
 
+#include <cassert>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -72,6 +73,7 @@ bool SignalTable::read_signal(const XmlNode& element, Stg& stg) {
   Signal& signal = add_signal(stg, std::move(*name), *kind);
   signal.initial_value = *value;
   signals_.push_back(&signal);
+  assert(signals_.size() == ids_.size() && signals_.size() == stg.signals.size());
   if (!names_.insert(signal.name)) {
     print_error("signal " + signal.name + " is declared more then once (file XML, line 0)");
     return false;
@@ -93,6 +95,7 @@ bool SignalTable::label(const XmlNode& element, StgTransition& transition) const
   }
   const auto sign = require_meaning(signs, *label, "sign");
   if (!sign) return false;
+  assert(number < signals_.size());
   transition.signal = signals_[number];
   transition.sign = *sign;
   return true;

@@ -1,6 +1,7 @@
 #include "net/xml_depth.h"
 
 #include <array>
+#include <cassert>
 #include <cstring>
 #include <string_view>
 
@@ -36,6 +37,7 @@ class DepthScan {
   const char* first_below(std::uint32_t bound) {
     for (std::uint32_t depth = 0; skip_to_tag(depth);) {
       const char* const tag = at_++;
+      assert(tag < end_ && *tag == '<');
       bool opened = false;
       if (*at_ == '!' || *at_ == '?') {
         if (!skip_markup()) return nullptr;
@@ -85,6 +87,7 @@ class DepthScan {
 
   // From the slash. Whether the name is that of the start tag does not matter to the depth.
   bool skip_end_tag() {
+    assert(*at_ == '/');
     ++at_;
     skip_until(ends_name);
     skip_spaces();
@@ -126,6 +129,7 @@ class DepthScan {
   }
   bool skip_from(std::size_t offset, std::string_view closing) {
     at_ += offset;
+    assert(at_ <= end_);
     return skip_past(closing);
   }
   bool skip_past(std::string_view closing) {
@@ -146,6 +150,7 @@ class DepthScan {
 }  // namespace
 
 const char* element_below_depth(const std::string& text, std::uint32_t bound) {
+  assert(text.find('\0') == std::string::npos && "the terminating one is the only one");
   return DepthScan(text).first_below(bound);
 }
 

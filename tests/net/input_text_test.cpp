@@ -81,7 +81,7 @@ TEST_F(InputText, ACompressedFileCutShortIsNotTakenForAShorterText) {
 TEST_F(InputText, ADamagedCompressedFileIsAnError) {
   const std::string bytes = compressed(net_prefix_text, path("x.gz"));
   std::string text;
-  for (std::size_t at = 10; at < bytes.size(); ++at) {  // behind the header
+  for (std::size_t at = 10; at < bytes.size(); at += 5) {  // behind the header
     std::string damaged = bytes;
     damaged[at] ^= 0x10;
     EXPECT_TRUE(messages_of_reading(write("damaged.gz", damaged), &text)

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
+#include "base/messages.h"
 #include "base/run_state.h"
 #include "support/pnml_text.h"
 
@@ -179,6 +183,43 @@ TEST(PnmlReader, TheOrderWithinAPageDoesNotMatterToTheNet) {
       with(with(net_prefix_text, before, ""), R"(<arc source="u" target="p"/>)",
            R"(<arc source="u" target="p"/>)" + before);
   EXPECT_EQ(describe(read_as<NetPrefix>(reordered)), describe(read_as<NetPrefix>(net_prefix_text)));
+}
+
+// The events t, u, t, u, ... one after the other, with the arcs in any order.
+std::string chain_text(std::uint32_t event_count, std::mt19937& random) {
+  const auto node = [](const char* kind, char letter, std::uint32_t number, const char* original) {
+    return format_message("<%s id='%c%u'><originalNode ref='%s'/></%s>", kind, letter, number,
+                          original, kind);
+  };
+  std::string page = node("place", 'c', 0, "p");
+  std::vector<std::string> arcs;
+  for (std::uint32_t i = 0; i < event_count; ++i) {
+    page += node("transition", 'e', i, i % 2 == 0 ? "t" : "u");
+    page += node("place", 'c', i + 1, i % 2 == 0 ? "q" : "p");
+    arcs.push_back(format_message("<arc source='c%u' target='e%u'/>", i, i));
+    arcs.push_back(format_message("<arc source='e%u' target='c%u'/>", i, i + 1));
+  }
+  std::ranges::shuffle(arcs, random);
+  for (const std::string& arc : arcs) page += arc;
+  const std::size_t begin = net_prefix_text.find("</original_net>");
+  return net_prefix_text.substr(0, begin) + "</original_net><page>" + page + "</page></net></pnml>";
+}
+
+TEST(PnmlReader, AnyNumberOfArcsMayComeInAnyOrder) {
+  std::mt19937 random(4);
+  for (const std::uint32_t event_count : {0u, 1u, 31u, 32u, 33u, 5000u}) {
+    const auto process = read_as<NetPrefix>(
+        chain_text(event_count, random),
+        event_count > 0 ? "" : "\nWarning: the net contains 1 isolated place(s): c0\n");
+    ASSERT_EQ(process.events.size(), event_count);
+    for (const auto& event : process.events) {
+      ASSERT_EQ(event->preset.size(), 1u);
+      ASSERT_EQ(event->postset.size(), 1u);
+      EXPECT_EQ(event->preset[0]->index, event->index);
+      EXPECT_EQ(event->postset[0]->index, event->index + 1);
+      EXPECT_EQ(event->transition->name, event->index % 2 == 0 ? "t" : "u");
+    }
+  }
 }
 
 TEST(PnmlReader, WhatTheFormatDoesNotNameIsIgnored) {

@@ -63,7 +63,7 @@ TEST(XmlDepth, AgreesWithTheParserOnRandomMarkup) {
                                 "\"",  " ",    "<![CDATA[", "]]>",  "<!D"};
   std::mt19937 random(3);
   int parsed = 0;
-  for (int i = 0; i < 200000; ++i) {
+  for (int i = 0; i < 50000; ++i) {
     std::string text = "<a>";
     for (std::size_t n = random() % 10; n > 0; --n) text += pieces[random() % std::size(pieces)];
     text += random() % 2 == 0 ? "</a>" : "</a></a>";
@@ -79,7 +79,7 @@ TEST(XmlDepth, AgreesWithTheParserOnRandomMarkup) {
     ASSERT_EQ(element_below_depth(text, depth), nullptr) << text;
     ASSERT_NE(element_below_depth(text, depth - 1), nullptr) << text;
   }
-  EXPECT_GT(parsed, 1000);
+  EXPECT_GT(parsed, 500);
 }
 
 TEST(XmlDepth, ADocumentMayNestAThousandLevelsAndNoMore) {
