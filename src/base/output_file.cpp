@@ -39,15 +39,6 @@ bool take_over_attributes(int file, const struct stat& old) {
   return fchmod(file, old.st_mode & 07777) == 0;
 }
 
-// Opens a file that no standard stream which the caller of the program has closed can lead into.
-int open_away_from_standard_streams(const std::string& name, int flags) {
-  const int file = open(name.c_str(), O_WRONLY | O_CLOEXEC | flags, 0666);
-  if (file < 0 || file > STDERR_FILENO) return file;
-  const int moved = fcntl(file, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  close(file);
-  return moved;
-}
-
 // The folder is that of the target, as renaming works within one file system only.
 std::string temporary_name(const std::string& target, int number) {
   const std::string base = ".vorel-" + std::to_string(getpid()) + "-" + std::to_string(number);
@@ -97,14 +88,14 @@ bool OutputFile::commit() {
 }
 
 void OutputFile::open_in_place(int flags) {
-  const int file = open_away_from_standard_streams(target_, flags);
+  const int file = open(target_.c_str(), O_WRONLY | O_CLOEXEC | flags);
   if (file >= 0) buffer_ = __gnu_cxx::stdio_filebuf<char>(file, std::ios::out);
 }
 
 void OutputFile::open_aside() {
   for (int number = 0; number < max_temporary_names; ++number) {
     const std::string name = temporary_name(target_, number);
-    const int file = open_away_from_standard_streams(name, O_CREAT | O_EXCL);
+    const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file < 0 && errno == EEXIST) continue;
     if (file < 0) return;
     temporary_ = name;

@@ -147,21 +147,6 @@ TEST_F(OutputFileTest, AnOpenDescriptorKeepsWhatWasWrittenToIt) {
   EXPECT_EQ(get("log"), "first\nsecond\n");
 }
 
-TEST_F(OutputFileTest, AClosedStandardStreamDoesNotLeadIntoTheFile) {
-  const pid_t child = fork();
-  if (child == 0) {
-    close(STDOUT_FILENO);
-    OutputFile file(path("a.txt"));
-    file.stream() << "result";
-    const bool refused = write(STDOUT_FILENO, "stray", 5) < 0;
-    _exit(refused && file.commit() ? 0 : 1);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(get("a.txt"), "result");
-}
-
 // Root may write everywhere: these run as another user, in a process of their own.
 int save_as_nobody(const std::string& name) {
   const pid_t child = fork();
