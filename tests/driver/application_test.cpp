@@ -178,9 +178,11 @@ TEST(Application, FailsWhenItsOutputIsLost) {
 
 TEST(Application, AClosedStandardOutputIsAnErrorAndNeverMixesWithAFile) {
   const TemporaryFolder folder;
-  const std::string command = std::string(VOREL_BINARY) + " -D " + example("celement.unf.pnml") +
-                              " " + folder.path("answer") + " >&-";
-  EXPECT_EQ(run_program({"/bin/sh", "-c", command}).exit_code, 2);
+  const std::string command = "\"$0\" -D \"$1\" \"$2\" >&-";
+  EXPECT_EQ(run_program({"/bin/sh", "-c", command, VOREL_BINARY, example("celement.unf.pnml"),
+                         folder.path("answer")})
+                .exit_code,
+            2);
   EXPECT_EQ(read_text(folder.path("answer")), "NO\n");
 }
 
