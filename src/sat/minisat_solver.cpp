@@ -58,7 +58,6 @@ class Core : public Minisat::SimpSolver {
     std::vector<Lit> copy;
     for (int i = 0; i < clauses.size(); ++i) {
       const Minisat::Clause& clause = ca[clauses[i]];
-      if (clause.mark() == 1) continue;  // deleted
       copy.clear();
       for (int j = 0; j < clause.size(); ++j) copy.push_back(from_minisat(clause[j]));
       visitor(copy);

@@ -67,22 +67,31 @@ TEST(GateDefinition, WideGatesFollowTheirFunction) {
       }
 }
 
+void expect_upgraded(const Gate& gate, Polarity first, Polarity second) {
+  FormulaOf f(5);
+  LitCell cell;
+  const Lit output = f.formula.define_gate(cell, gate.type(), gate.inputs(), PermanentGroup, first);
+  const std::uint32_t variables = f.formula.solver().num_vars();
+  EXPECT_EQ(f.formula.define_gate(cell, gate.type(), gate.inputs(), PermanentGroup, second),
+            output);
+  EXPECT_EQ(f.formula.solver().num_vars(), variables);
+  EXPECT_EQ(cell.polarity, 0);
+  expect_defined(f, output, gate, 0);
+}
+
 TEST(GateDefinition, SecondRequestAddsTheOtherHalfAndNoVariable) {
-  for (std::uint32_t type = GateBuf; type < gate_type_count; ++type)
-    for (const Polarity first : {-1, 1})
-      for (const Polarity second : {-first, 0}) {
-        FormulaOf f(5);
-        const std::uint32_t arity = type == GateBuf ? 1 : type < GateMaj ? 5 : 3;
-        const Lits inputs = fixing(type == GateCmpXor ? 4 : arity, 0x0A);
-        const Gate gate(static_cast<GateType>(type), inputs);
-        LitCell cell;
-        const Lit output = f.formula.define_gate(cell, gate.type(), inputs, PermanentGroup, first);
-        const std::uint32_t variables = f.formula.solver().num_vars();
-        EXPECT_EQ(f.formula.define_gate(cell, gate.type(), inputs, PermanentGroup, second), output);
-        EXPECT_EQ(f.formula.solver().num_vars(), variables);
-        EXPECT_EQ(cell.polarity, 0);
-        expect_defined(f, output, gate, 0);
-      }
+  for (std::uint32_t number = GateBuf; number < gate_type_count; ++number) {
+    const auto type = static_cast<GateType>(number);
+    const std::vector<std::uint32_t> arities = type == GateBuf      ? std::vector{1u}
+                                               : type == GateCmpXor ? std::vector{4u}
+                                               : type >= GateMaj    ? std::vector{3u}
+                                                                    : std::vector{2u, 3u, 4u, 5u};
+    for (const std::uint32_t arity : arities)
+      for (const Assignment signs : {0x15u, 0x0Eu})
+        for (const Polarity first : {-1, 1})
+          for (const Polarity second : {-first, 0})
+            expect_upgraded(Gate(type, fixing(arity, signs)), first, second);
+  }
 }
 
 TEST(GateDefinition, RepeatedRequestAddsNothing) {

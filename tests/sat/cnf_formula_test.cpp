@@ -1,0 +1,242 @@
+#include "sat/cnf_formula.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "base/run_state.h"
+#include "sat/sat_testing.h"
+
+namespace vorel {
+namespace {
+
+TEST(CnfFormula, ClausesMeanWhatTheirLiteralsSay) {
+  Random random(73);
+  for (int round = 0; round < 300; ++round) {
+    FormulaOf f(4);
+    const Lits clause = random_lits(random, f.inputs, random.below(6));
+    if (clause.size() == 2 && round % 2 == 0)
+      f.formula.add_binary(clause[0], clause[1], f.formula.group(1));
+    else
+      f.formula.add_clause(clause, f.formula.group(1));
+    for (Assignment a = 0; a < f.assignment_count(); ++a)
+      ASSERT_EQ(f.possible(a), clause_holds(clause, a));
+  }
+}
+
+TEST(CnfFormula, EveryPairOfLiteralsMakesTheRightBinaryClause) {
+  const Lits lits = {lit_of(0), ~lit_of(0), lit_of(1), LitTrue, LitFalse};
+  for (const Lit a : lits)
+    for (const Lit b : lits) {
+      FormulaOf f(2);
+      f.formula.add_binary(a, b, f.formula.group(0));
+      for (Assignment x = 0; x < 4; ++x)
+        EXPECT_EQ(f.possible(x), holds(a, x) || holds(b, x)) << to_string(a) << to_string(b);
+    }
+}
+
+TEST(CnfFormula, TrueClausesAddNothingAndRepeatedLiteralsCountOnce) {
+  FormulaOf f(3);
+  f.formula.add_clause(Lits{lit_of(0), lit_of(1), ~lit_of(0)}, PermanentGroup);
+  f.formula.add_clause(Lits{lit_of(0), LitTrue}, PermanentGroup);
+  f.formula.add_units(Lits{LitTrue}, false, PermanentGroup);
+  EXPECT_EQ(f.formula.solver().num_clauses(), 0u);
+  f.formula.add_clause(Lits{lit_of(1), lit_of(0), lit_of(1), LitFalse}, PermanentGroup);
+  EXPECT_EQ(f.formula.solver().num_literals(), 2u);
+}
+
+TEST(CnfFormula, ContradictoryGroupIsForgottenWhenItIsRenewed) {
+  FormulaOf f(1);
+  const ClauseGroup old = f.formula.group(2);
+  f.formula.add_clause(Lits{LitFalse, LitFalse}, old);
+  EXPECT_FALSE(f.formula.solve());
+  const ClauseGroup fresh = f.formula.renew_group(old);
+  EXPECT_NE(fresh, old);
+  EXPECT_EQ(f.formula.group(2), fresh);
+  EXPECT_TRUE(f.formula.solve());
+  f.formula.remove_group(fresh);
+  EXPECT_EQ(f.formula.group(2), removed_group);
+}
+
+TEST(CnfFormula, ResetGivesAnEmptyFormulaWithItsGroups) {
+  FormulaOf f(2);
+  f.formula.add_clause({}, PermanentGroup);
+  f.formula.remove_group(f.formula.group(0));
+  f.formula.reset();
+  EXPECT_EQ(f.formula.solver().num_vars(), 0u);
+  f.formula.add_clause({}, f.formula.group(0));
+  EXPECT_FALSE(f.formula.solve());
+  f.formula.renew_group(f.formula.group(0));
+  EXPECT_TRUE(f.formula.solve());
+}
+
+TEST(CnfFormula, ValuesOfComplementsAndConstantsFollowTheModel) {
+  FormulaOf f(2);
+  f.formula.add_units(fixing(2, 1), false, PermanentGroup);
+  const Lit free = f.formula.new_vars(1)[0];
+  ASSERT_TRUE(f.formula.solve());
+  EXPECT_TRUE(f.formula.is_true(lit_of(0)) && f.formula.is_true(~lit_of(1)));
+  EXPECT_EQ(f.formula.value(~lit_of(0)), ModelValue::no);
+  EXPECT_EQ(f.formula.value(~free), ModelValue::undefined);
+  EXPECT_EQ(f.formula.value(LitTrue), ModelValue::yes);
+  EXPECT_EQ(f.formula.value(LitFalse), ModelValue::no);
+}
+
+TEST(CnfFormula, UnknownSolverGetsAWarningAndTheDefault) {
+  testing::internal::CaptureStderr();
+  CnfFormula formula(CnfParams{.solver = 0});
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "\nWarning: there is no SAT solver 0; the default SAT solver is used\n");
+  EXPECT_TRUE(formula.solve());
+}
+
+TEST(CnfFormula, SizeIsPrintedAsVariablesClausesLiterals) {
+  FormulaOf f(3);
+  f.formula.add_binary(lit_of(0), lit_of(1), PermanentGroup);
+  std::ostringstream out;
+  f.formula.print_size(out);
+  EXPECT_EQ(out.str(), "Original Num Var/Cl/Lit\t\t\t3/1/2");
+}
+
+TEST(CnfFormula, SolvingAddsToTheTicksOfTheRun) {
+  const std::uint64_t before = run_state().sat_ticks;
+  FormulaOf f(3);
+  f.formula.solve();
+  EXPECT_GT(run_state().sat_ticks, before);
+}
+
+// A folder of its own to write formula.cnf into.
+class StoredFormula : public testing::Test {
+ protected:
+  void SetUp() override {
+    old_ = std::filesystem::current_path();
+    std::string name = (std::filesystem::temp_directory_path() / "vorel-XXXXXX").string();
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    folder_ = name;
+    std::filesystem::current_path(folder_);
+  }
+  void TearDown() override {
+    std::filesystem::current_path(old_);
+    std::filesystem::permissions(folder_, std::filesystem::perms::owner_all);
+    std::filesystem::remove_all(folder_);
+  }
+
+  // Reads strictly and solves by trying all assignments.
+  static bool stored_is_satisfiable() {
+    std::ifstream file("formula.cnf");
+    std::string p, cnf;
+    std::uint32_t variables = 0;
+    std::size_t clause_count = 0;
+    EXPECT_TRUE(file >> p >> cnf >> variables >> clause_count);
+    EXPECT_EQ(p + cnf, "pcnf");
+    std::vector<Lits> clauses(1);
+    for (long number = 0; file >> number;) {
+      if (number == 0) {
+        clauses.emplace_back();
+        continue;
+      }
+      const auto variable = static_cast<std::uint32_t>(std::labs(number)) - 1;
+      EXPECT_LT(variable, variables);
+      clauses.back().push_back(Lit(Var{variable}, number < 0));
+    }
+    EXPECT_TRUE(clauses.back().empty()) << "the last clause ends";
+    clauses.pop_back();
+    EXPECT_EQ(clauses.size(), clause_count);
+    for (Assignment a = 0; a < 1u << variables; ++a)
+      if (std::ranges::all_of(clauses, [&](const Lits& c) { return clause_holds(c, a); }))
+        return true;
+    return false;
+  }
+
+ private:
+  std::filesystem::path old_, folder_;
+};
+
+TEST_F(StoredFormula, HasTheAnswerOfTheLastSolve) {
+  Random random(79);
+  int satisfiable = 0;
+  for (int round = 0; round < 8; ++round) {
+    CnfFormula formula(CnfParams{.store_cnf_formula = true});
+    for (int v = 0; v < 5; ++v) formula.new_var(false);
+    for (int step = 0; step < 8; ++step) {
+      const std::uint32_t place = random.below(4);
+      const ClauseGroup group = place == 3 ? PermanentGroup : formula.group(place);
+      if (place < 3 && random.below(6) == 0) formula.renew_group(group);
+      const std::size_t size = random.below(20) == 0 ? 0 : 1 + random.below(3);
+      formula.add_clause(random_lits(random, 5, size, false),
+                         place == 3 ? group : formula.group(place));
+      const bool answer = formula.solve();
+      ASSERT_EQ(stored_is_satisfiable(), answer);
+      satisfiable += answer ? 1 : 0;
+    }
+  }
+  EXPECT_GT(satisfiable, 8);
+}
+
+TEST_F(StoredFormula, IsWrittenAsPlainClauses) {
+  FormulaOf f(2);
+  f.formula.add_binary(lit_of(0), ~lit_of(1), PermanentGroup);
+  f.formula.add_binary(~lit_of(0), lit_of(1), f.formula.group(0));
+  f.formula.store_formula();
+  std::ostringstream text;
+  text << std::ifstream("formula.cnf").rdbuf();
+  EXPECT_EQ(text.str(), "p cnf 3 3\n1 -2 0\n-1 2 3 0\n-3 0\n");
+}
+
+TEST_F(StoredFormula, UnwritableFileIsAWarningAndTheSolveGoesOn) {
+  std::filesystem::create_directory("formula.cnf");
+  testing::internal::CaptureStderr();
+  CnfFormula formula(CnfParams{.store_cnf_formula = true});
+  EXPECT_TRUE(formula.solve());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "\nWarning: cannot open \"formula.cnf\" for output\n");
+}
+
+TEST(DefinitionRecorder, KeepsGatesAndOccurrencesUntilTheirGroupGoes) {
+  FormulaOf f(3);
+  DefinitionRecorder recorder;
+  f.formula.set_recorder(&recorder);
+  const ClauseGroup group = f.formula.group(0);
+  const Lits inputs = {lit_of(1), lit_of(0)};
+  const Lit both = f.formula.make_gate(Gate(GateAnd, inputs), group);
+  const Lit either = ~f.formula.make_gate(Gate(GateXor, {~lit_of(0), lit_of(1)}), PermanentGroup);
+  f.formula.make_gate(Gate(GateAnd, {lit_of(2), LitTrue}), group);
+  f.formula.add_clause(Lits{lit_of(2), both, lit_of(2)}, PermanentGroup);
+
+  EXPECT_EQ(recorder.definition_count(), 2u);
+  ASSERT_NE(recorder.definition(both.variable()), nullptr);
+  EXPECT_EQ(to_string(recorder.definition(both.variable())->gate), "GateAnd(0, 1)");
+  EXPECT_EQ(recorder.definition(both.variable())->group, group);
+  EXPECT_EQ(recorder.definition(Var{0}), nullptr);
+  EXPECT_TRUE(recorder.occurs(Var{0}, group) && recorder.occurs(Var{2}, PermanentGroup));
+  EXPECT_FALSE(recorder.occurs(Var{2}, group));
+
+  f.formula.remove_group(group);
+  EXPECT_EQ(recorder.definition(both.variable()), nullptr);
+  EXPECT_FALSE(recorder.occurs(Var{0}, group));
+  EXPECT_TRUE(recorder.occurs(both.variable(), PermanentGroup));
+  EXPECT_NE(recorder.definition(either.variable()), nullptr);
+  f.formula.reset();
+  EXPECT_EQ(recorder.definition_count(), 0u);
+}
+
+TEST(DefinitionRecorder, FirstDefinitionOfAVariableStays) {
+  DefinitionRecorder recorder;
+  recorder.record_gate(Var{5}, Gate(GateAnd, {lit_of(0), lit_of(1)}), ClauseGroup{0});
+  recorder.record_gate(Var{5}, Gate(GateOr, {lit_of(0), lit_of(1)}), ClauseGroup{1});
+  EXPECT_EQ(to_string(recorder.definition(Var{5})->gate), "GateAnd(0, 1)");
+  recorder.remove_group(ClauseGroup{1});
+  EXPECT_NE(recorder.definition(Var{5}), nullptr);
+}
+
+TEST(Literals, PrintTheirVariableAndSign) {
+  EXPECT_EQ(to_string(~lit_of(12)), "12'");
+  EXPECT_EQ(to_string(lit_of(0)), "0");
+  EXPECT_EQ(to_string(LitTrue) + to_string(LitFalse) + to_string(LitUninit), "TRUEFALSEUNINIT");
+  EXPECT_EQ(to_string(var_uninit) + to_string(var_constant), "UNINITCONST");
+}
+
+}  // namespace
+}  // namespace vorel

@@ -1,0 +1,240 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "base/messages.h"
+#include "sat/enumeration.h"
+#include "sat/integer_circuit.h"
+#include "sat/least_cost.h"
+#include "sat/sat_testing.h"
+
+namespace vorel {
+namespace {
+
+constexpr std::uint64_t no_limit = ~std::uint64_t{0};
+
+// Random clauses over the inputs, added to the formula and kept for evaluation.
+struct RandomFormula : FormulaOf {
+  RandomFormula(Random& random, std::uint32_t variables, std::uint32_t clause_count)
+      : FormulaOf(variables) {
+    for (std::uint32_t i = 0; i < clause_count; ++i) {
+      clauses.push_back(random_lits(random, variables, 2 + random.below(2), false));
+      formula.add_clause(clauses.back(), PermanentGroup);
+    }
+  }
+  bool is_model(Assignment a) const {
+    return std::ranges::all_of(clauses, [&](const Lits& c) { return clause_holds(c, a); });
+  }
+  std::vector<Lits> clauses;
+};
+
+std::string pattern(std::span<const Lit> lits, Assignment a) {
+  std::string text;
+  for (const Lit lit : lits) text += lit.is_uninit() ? '-' : holds(lit, a) ? '1' : '0';
+  return text;
+}
+
+std::string pattern(const Cube& cube) {
+  std::string text;
+  for (std::size_t i = 0; i < cube.size(); ++i) text += "01-"[static_cast<int>(cube[i])];
+  return text;
+}
+
+TEST(Enumeration, ListsEachAssignmentOfTheLiteralsOnce) {
+  Random random(41);
+  for (int round = 0; round < 60; ++round) {
+    RandomFormula f(random, 6, 4 + random.below(10));
+    Lits lits = random_lits(random, f.inputs, random.below(5));
+    if (round % 5 == 0) lits.push_back(LitUninit);
+    std::set<std::string> expected;
+    for (Assignment a = 0; a < f.assignment_count(); ++a)
+      if (f.is_model(a)) expected.insert(pattern(lits, a));
+    std::vector<std::string> found;
+    enumerate(
+        f.formula, lits, f.formula.group(0),
+        [&](const Cube& cube) { found.push_back(pattern(cube)); }, no_limit);
+    EXPECT_EQ(found.size(), expected.size());
+    EXPECT_EQ(std::set<std::string>(found.begin(), found.end()), expected);
+  }
+}
+
+TEST(Enumeration, StopsAtTheLimit) {
+  FormulaOf f(3);
+  for (const std::uint64_t limit : {0u, 1u, 3u}) {
+    std::uint64_t calls = 0;
+    enumerate(
+        f.formula, fixing(3, 0), f.formula.group(0), [&](const Cube&) { ++calls; }, limit);
+    EXPECT_EQ(calls, limit);
+    f.formula.renew_group(f.formula.group(0));
+  }
+}
+
+TEST(Enumeration, WithoutLiteralsThereIsOneSolution) {
+  FormulaOf f(3);
+  int calls = 0;
+  enumerate(
+      f.formula, {}, f.formula.group(0), [&](const Cube&) { ++calls; }, no_limit);
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(Enumeration, StopsWhenTheCallbackReportsAnError) {
+  const auto run = [] {
+    FormulaOf f(3);
+    int calls = 0;
+    const auto fail = [&](const Cube&) { ++calls, print_error("failed on purpose"); };
+    enumerate(f.formula, fixing(3, 0), f.formula.group(0), fail, no_limit);
+    std::exit(calls);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(1), "failed on purpose");
+}
+
+// Each cube is that of a model which has, for every cube before, another value somewhere in it;
+// and no further model has that.
+void check_sets(bool listed) {
+  Random random(listed ? 43 : 47);
+  for (int round = 0; round < 60; ++round) {
+    RandomFormula f(random, 6, random.below(12));
+    const Lits lits = random_lits(random, f.inputs, 1 + random.below(5));
+    const ClauseGroup group = f.formula.group(0);
+    std::vector<Cube> cubes;
+    if (listed)
+      enumerate_true(f.formula, lits, cubes, group);
+    else
+      enumerate_false(f.formula, lits, cubes, group);
+    const auto differs = [&](const Cube& cube, Assignment a) {
+      for (std::size_t i = 0; i < lits.size(); ++i)
+        if (cube[i] != CubeValue::any && holds(lits[i], a) != listed) return true;
+      return false;
+    };
+    std::size_t models_left = 0;
+    for (Assignment a = 0; a < f.assignment_count(); ++a) {
+      const auto differs_from = [&](const Cube& cube) { return differs(cube, a); };
+      if (f.is_model(a) && std::ranges::all_of(cubes, differs_from)) ++models_left;
+    }
+    EXPECT_EQ(models_left, 0u);
+    for (std::size_t n = 0; n < cubes.size(); ++n) {
+      bool found = false;
+      for (Assignment a = 0; a < f.assignment_count() && !found; ++a) {
+        found = f.is_model(a);
+        for (std::size_t i = 0; i < lits.size(); ++i)
+          found = found && (cubes[n][i] != CubeValue::any) == (holds(lits[i], a) == listed);
+        for (std::size_t m = 0; m < n; ++m) found = found && differs(cubes[m], a);
+      }
+      EXPECT_TRUE(found) << pattern(cubes[n]);
+    }
+  }
+}
+
+TEST(Enumeration, SetsOfFalseLiteralsCoverAllModels) { check_sets(false); }
+TEST(Enumeration, SetsOfTrueLiteralsCoverAllModels) { check_sets(true); }
+
+TEST(Enumeration, RequiredCubesAreEachMetSomewhere) {
+  FormulaOf f(3);
+  std::vector<Cube> cubes(2, Cube(3, CubeValue::any));
+  cubes[0].set(0, CubeValue::yes);
+  cubes[0].set(2, CubeValue::no);
+  cubes[1].set(1, CubeValue::no);
+  require_cubes(f.formula, cubes, fixing(3, 7), PermanentGroup);
+  for (Assignment a = 0; a < 8; ++a) EXPECT_EQ(f.possible(a), (a & 2) == 0 && (a & 5) != 4) << a;
+}
+
+TEST(Cube, KeepsMoreThanOneWordOfValues) {
+  Cube cube(70, CubeValue::yes);
+  cube.set(31, CubeValue::any);
+  cube.set(64, CubeValue::no);
+  std::string expected(70, '1');
+  expected[31] = '-';
+  expected[64] = '0';
+  EXPECT_EQ(pattern(cube), expected);
+}
+
+struct CostSearch {
+  std::uint64_t least = 0;
+  std::size_t solves = 0, bits = 0;
+};
+
+// As an engine does it: a first model, then the descent.
+CostSearch least_cost(CnfFormula& formula, const Lits& bits) {
+  CostSearch search{.bits = bits.size()};
+  std::vector<bool> values(bits.size());
+  std::uint64_t previous = no_limit;
+  const auto record = [&] {
+    search.least = IntegerCircuit(formula).model_value(bits);
+    EXPECT_LE(search.least, previous) << "a stored solution is never worse than the one before";
+    previous = search.least;
+  };
+  const Resolve resolve = [&](std::span<const Lit> cost, std::vector<bool>& cost_values) {
+    ++search.solves;
+    return resolve_cost(formula, cost, cost_values, record);
+  };
+  EXPECT_TRUE(resolve(bits, values));
+  minimise_cost(formula, bits, values, resolve);
+  std::uint64_t value = 0;
+  for (std::size_t i = 0; i < bits.size(); ++i) value |= std::uint64_t{values[i]} << i;
+  EXPECT_EQ(value, search.least);
+  return search;
+}
+
+// Costs are weighted sums, or any literals: constants, copies and complements among the bits.
+void check_least_cost(Random& random, bool weighted) {
+  RandomFormula f(random, 7, 10 + random.below(12));
+  Lits bits = random_lits(random, f.inputs, 1 + random.below(6));
+  const Lits literals = bits;
+  std::vector<std::uint64_t> weights;
+  for (std::size_t i = 0; i < literals.size(); ++i)
+    weights.push_back(weighted ? random.below(20) : std::uint64_t{1} << i);
+  if (weighted) {
+    std::vector<Lits> numbers;
+    for (const Lit lit : literals) numbers.push_back({lit});
+    bits = IntegerCircuit(f.formula).weighted_sum(weights, numbers, PermanentGroup);
+    if (random.below(3) == 0) bits.push_back(LitFalse);
+  }
+  std::uint64_t least = no_limit;
+  for (Assignment a = 0; a < f.assignment_count(); ++a) {
+    if (!f.is_model(a)) continue;
+    std::uint64_t cost = 0;
+    for (std::size_t i = 0; i < literals.size(); ++i)
+      if (holds(literals[i], a)) cost += weights[i];
+    least = std::min(least, cost);
+  }
+  if (least == no_limit) return;
+  const CostSearch search = least_cost(f.formula, bits);
+  EXPECT_EQ(search.least, least);
+  EXPECT_LE(search.solves, search.bits + 1);
+}
+
+TEST(LeastCost, DescentEndsAtTheMinimumOfWeightedSums) {
+  Random random(53);
+  for (int round = 0; round < 150; ++round) check_least_cost(random, true);
+}
+
+TEST(LeastCost, DescentEndsAtTheMinimumOfAnyBits) {
+  Random random(59);
+  for (int round = 0; round < 300; ++round) check_least_cost(random, false);
+}
+
+TEST(LeastCost, CostOfZeroNeedsNoFurtherSolve) {
+  FormulaOf f(3);
+  f.formula.add_units(fixing(3, 0), false, PermanentGroup);
+  EXPECT_EQ(least_cost(f.formula, fixing(3, 7)).solves, 1u);
+}
+
+TEST(LeastCost, EachBitThatCannotBeLoweredCostsOneSolve) {
+  FormulaOf f(4);
+  f.formula.add_units(fixing(4, 0xB), false, PermanentGroup);
+  const CostSearch search = least_cost(f.formula, fixing(4, 0xF));
+  EXPECT_EQ(search.least, 0xBu);
+  EXPECT_EQ(search.solves, 4u);
+}
+
+TEST(LeastCost, FormulaIsItselfAgainOnceTheGroupOfAttemptsIsRenewed) {
+  FormulaOf f(2);
+  f.formula.add_binary(lit_of(0), lit_of(1), PermanentGroup);
+  EXPECT_EQ(least_cost(f.formula, fixing(2, 3)).least, 1u);
+  f.formula.renew_group(f.formula.group(2));
+  EXPECT_TRUE(f.possible(Assignment{3}));
+  EXPECT_FALSE(f.possible(Assignment{0}));
+}
+
+}  // namespace
+}  // namespace vorel
