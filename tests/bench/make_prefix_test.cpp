@@ -101,7 +101,7 @@ TEST(MadePrefixes, HaveCodesThatTellAllStatesApart) {
 
 TEST(MadePrefixes, AreTheSameInBothFormats) {
   for (const bool with_deadlock : {false, true}) {
-    const PrefixFamily family(standard_templates(with_deadlock), 1'000);
+    const PrefixFamily family(standard_templates(with_deadlock), 500);
     const auto from_pnml = through_pnml(family, NetKind::stg);
     ASSERT_TRUE(from_pnml);
     std::stringstream mci;

@@ -1,5 +1,7 @@
 #include "oracle/clone.h"
 
+#include <cassert>
+
 namespace vorel::oracle {
 namespace {
 
@@ -28,6 +30,7 @@ void copy_labels(const Stg& from, Stg& to) {
   to.internals_end = from.internals_end;
   for (const auto& transition : from.transitions) {
     StgTransition& copy = *to.transitions[transition->index];
+    assert(transition->signal != nullptr && transition->signal->index < to.signals.size());
     copy.signal = to.signals[transition->signal->index].get();
     copy.sign = transition->sign;
   }
@@ -46,6 +49,7 @@ N clone(const N& net) {
   for (const auto& transition : net.transitions) {
     append_new(copy.transitions).name = transition->name;
   }
+  assert(copy.places.size() == net.places.size());
   copy_arcs(net, copy);
   copy_labels(net, copy);
   return copy;

@@ -65,6 +65,7 @@ bool assign_initial_values(Stg& stg, std::size_t max_states) {
 }
 
 Values code_of(const StateGraph<Stg>::State& state, const Values& initial) {
+  assert(initial.size() == state.parity.size());
   Values code = initial;
   for (std::size_t i = 0; i < code.size(); ++i) {
     if (state.parity[i]) code[i] = code[i] == 0 ? 1 : 0;

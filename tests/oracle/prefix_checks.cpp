@@ -1,6 +1,7 @@
 #include "oracle/prefix_checks.h"
 
 #include <algorithm>
+#include <cassert>
 #include <set>
 #include <utility>
 #include <vector>
@@ -173,6 +174,7 @@ std::string branching_fault(const PrefixOf<N>& prefix) {
 template <class N>
 std::string completeness_fault(const PrefixOf<N>& prefix, const StateGraph<N>& graph,
                                std::size_t max_configurations) {
+  assert(graph.outcome == Exploration::complete);
   ConfigurationWalk<N> walk(prefix, max_configurations);
   if (std::string fault = walk.run(); !fault.empty()) return fault;
   std::set<FinalState> reachable;

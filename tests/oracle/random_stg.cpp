@@ -1,6 +1,7 @@
 #include "oracle/random_stg.h"
 
 #include <algorithm>
+#include <cassert>
 #include <map>
 #include <string>
 #include <vector>
@@ -147,6 +148,7 @@ class StgGenerator {
     random_.shuffle(order);
     std::vector<Edge> result;
     for (const std::uint32_t signal : order) {
+      assert(!left[signal].empty());
       result.push_back(left[signal].back());
       left[signal].pop_back();
     }
@@ -217,6 +219,7 @@ class StgGenerator {
     if (plan.kind != SignalKind::dummy) name += "+-~"[static_cast<std::size_t>(edge.sign)];
     if (number > 0) name += "/" + std::to_string(number);
     builder_.add_transition(name).label(*built_signals_[edge.signal], edge.sign);
+    assert(arcs.size() == involved.size());
     for (std::uint32_t i = 0; i < arcs.size(); ++i) {
       builder_.consume(place_name(involved[i], arcs[i].from));
       builder_.produce(place_name(involved[i], arcs[i].to));

@@ -1,6 +1,7 @@
 #include "oracle/reference_merger.h"
 
 #include <algorithm>
+#include <cassert>
 #include <map>
 #include <set>
 #include <tuple>
@@ -42,6 +43,8 @@ class Merger {
   MergedProcessOf<N> run() {
     for (const auto& condition : prefix_.conditions) add(*condition);
     for (const auto& event : prefix_.events) add(*event);
+    assert(merged_.conditions.size() <= prefix_.conditions.size());
+    assert(merged_.events.size() <= prefix_.events.size());
     sort_links(merged_);
     return std::move(merged_);
   }
@@ -59,6 +62,7 @@ class Merger {
       merged.place = merged_.places[place].get();
       merged.occurrence_depth = depth;
     }
+    assert(!condition.is_initial() || depth == 1);
     if (condition.is_initial()) ++merged_.conditions[known->second]->initial_marking;
   }
 

@@ -95,6 +95,7 @@ class Unfolder {
       add_link(condition, event);
       depth = std::max(depth, depth_after(condition));
     }
+    assert(event.preset.size() == event.transition->preset.size());
     depth_.push_back(depth + 1);
     Conditions produced;
     for (auto* place : event.transition->postset) {
@@ -151,6 +152,7 @@ class Unfolder {
   }
 
   void add_candidate(Transition& transition, const Conditions& preset) {
+    assert(!preset.empty() && is_co_set<N>(preset));
     Candidate candidate{{}, &transition, {}};
     std::size_t depth = 0;
     for (const Event* event : causes_of<N>(preset)) {

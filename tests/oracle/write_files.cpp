@@ -113,7 +113,15 @@ std::string original_node(char letter, std::uint32_t index) {
 }
 
 template <Process P>
+bool lists_all_conditions(const P& process) {
+  return std::ranges::all_of(process.events, [](const auto& event) {
+    return std::ranges::all_of(event->postset, [](const auto* c) { return c->index != no_index; });
+  });
+}
+
+template <Process P>
 std::string process_page(const P& process) {
+  assert(lists_all_conditions(process));
   std::string text = "<page>\n";
   for (const auto& condition : process.conditions) {
     text += "<place id=\"" + id('c', condition->index) + "\">" +
@@ -213,6 +221,7 @@ std::string pnml_text(const P& process) {
 template <class N>
 std::string mci_text(const PrefixOf<N>& prefix) {
   const FileOrder<N> order(prefix);
+  assert(lists_all_conditions(prefix));
   std::string out;
   add_word(out, static_cast<std::uint32_t>(prefix.conditions.size()));
   add_word(out, static_cast<std::uint32_t>(prefix.events.size()));
@@ -235,6 +244,7 @@ std::string mci_text(const PrefixOf<N>& prefix) {
 
 template <class N>
 std::string mp_text(const MergedProcessOf<N>& process) {
+  assert(lists_all_conditions(process));
   std::string text = row({process.conditions.size(), process.events.size(), process.places.size(),
                           process.transitions.size()}) +
                      "\n";
