@@ -15,7 +15,8 @@ namespace vorel::oracle {
 // "a+" and "b-" goes through a place named "<a+,b->".
 std::optional<Stg> parse_g(const std::string& text);
 
-// Sections PL, TR, TP and PT; others are passed over. Numbers count from 1 in the order of the lines.
+// Sections PL, TR, TP and PT; others are passed over. Numbers count from 1 in the order of the
+// lines.
 std::optional<Net> parse_ll_net(const std::string& text);
 
 // The whole file; nullopt when it cannot be read.
