@@ -85,12 +85,12 @@ void run_random_sequence(Random& random, bool simplify) {
 
 TEST(MiniSatSolver, GroupsComeAndGoAsInASlowSolver) {
   Random random(61);
-  for (int round = 0; round < 60; ++round) run_random_sequence(random, false);
+  for (int round = 0; round < 25; ++round) run_random_sequence(random, false);
 }
 
 TEST(MiniSatSolver, GroupsComeAndGoWithSimplification) {
   Random random(67);
-  for (int round = 0; round < 60; ++round) run_random_sequence(random, true);
+  for (int round = 0; round < 25; ++round) run_random_sequence(random, true);
 }
 
 TEST(MiniSatSolver, VariablesThatMayBeEliminatedStillGetModelValues) {
