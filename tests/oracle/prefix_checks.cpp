@@ -62,13 +62,16 @@ std::string cut_off_fault(const PrefixOf<N>& prefix, const EventOf<N>& event) {
     const auto initial = final_state<N>(prefix, causes_of<N>({}));
     return state == initial ? "" : "does not return to the initial state";
   }
+  // Several correspondents stand for one configuration.
+  auto configuration = causes_of<N>({});
   for (const auto* other : event.cut_off.correspondents()) {
     if (other->is_cut_off()) return "has a cut-off as correspondent";
-    if (state != final_state(prefix, local_configuration(*other))) {
-      return "does not reach the state of its correspondent";
-    }
+    configuration.merge(local_configuration(*other));
   }
-  return "";
+  if (!is_conflict_free<N>(configuration)) return "has correspondents in conflict";
+  return state == final_state(prefix, configuration)
+             ? ""
+             : "does not reach the state of its correspondent";
 }
 
 template <class N>

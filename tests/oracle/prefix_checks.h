@@ -15,7 +15,7 @@ namespace vorel::oracle {
 
 // Each event matches the arcs of its transition and has a history without conflicts; no event
 // occurs twice, no initial condition is missing, nothing lies after a cut-off, and each cut-off
-// reaches the state of each of its correspondents.
+// reaches the state of its correspondents, which together are one configuration.
 template <class N>
 std::string branching_fault(const PrefixOf<N>& prefix);
 

@@ -1,0 +1,92 @@
+// unfolder/branching_process.h - the unfolding under construction, as arrays of numbers.
+// Here:      events and conditions, in the prefix or still waiting to get in.
+// Not here:  searching for events (unfolder/co_set_finder.h), the finished Prefix object.
+//
+// Every event found gets an EventId at once; producers have lower ids than consumers, but the ids
+// of one batch depend on the threads. Conditions are numbered when their event enters the prefix,
+// in an order that does not. Workers append events concurrently; an event is written once, before
+// anybody else learns its id, and never moves.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cassert>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <vector>
+
+#include "unfolder/flat_net.h"
+
+namespace vorel {
+
+using EventId = std::uint32_t;
+using ConditionId = std::uint32_t;
+inline constexpr EventId no_event = 0xFFFFFFFFu;  // "produced by nobody": initial
+inline constexpr ConditionId no_condition = 0xFFFFFFFFu;
+
+// Why an event is a cut-off.
+inline constexpr EventId not_cut_off = 0xFFFFFFFFu;
+inline constexpr EventId initial_state = 0xFFFFFFFEu;  // the correspondent is the initial marking
+
+struct UnfoldedEvent {
+  const ConditionId* preset_data = nullptr;  // sorted
+  TransitionId transition = 0;
+  std::uint32_t preset_size = 0, postset_size = 0;
+  std::uint32_t size = 0;   // number of events of the local configuration
+  std::uint32_t depth = 0;  // on the longest chain, itself included: its level in the Foata form
+  ConditionId first_condition = no_condition;  // of its postset, once in the prefix
+  EventId correspondent = not_cut_off;
+  std::uint32_t dummies = 0;  // in the local configuration
+  StateHash state;            // after the local configuration
+
+  std::span<const ConditionId> preset() const { return {preset_data, preset_size}; }
+};
+
+class BranchingProcess {
+ public:
+  explicit BranchingProcess(const FlatNet& net);
+
+  const FlatNet& net() const { return net_; }
+
+  // Thread-safe. The preset is copied.
+  EventId add_event(const UnfoldedEvent& event);
+  // Main thread only: numbers the conditions of the event and enters them.
+  void enter(EventId event);
+
+  std::uint32_t event_count() const { return event_count_.load(std::memory_order_relaxed); }
+  std::uint32_t condition_count() const { return static_cast<std::uint32_t>(place_.size()); }
+  UnfoldedEvent& event(EventId e) { return chunks_[e / chunk_size]->events[e % chunk_size]; }
+  const UnfoldedEvent& event(EventId e) const {
+    assert(e < event_count());
+    return chunks_[e / chunk_size]->events[e % chunk_size];
+  }
+
+  PlaceId place(ConditionId c) const { return place_[c]; }
+  EventId producer(ConditionId c) const { return producer_[c]; }  // no_event if initial
+  // All conditions of the place, by number.
+  std::span<const ConditionId> conditions_of(PlaceId p) const { return of_place_[p]; }
+
+ private:
+  static constexpr std::uint32_t chunk_size = 4096;
+  static constexpr std::uint32_t max_chunks = 1u << 17;  // half a billion events
+  static constexpr std::uint32_t block_size = 1u << 16;  // of presets
+  struct Chunk {
+    std::array<UnfoldedEvent, chunk_size> events;
+  };
+  const ConditionId* copy_preset(std::span<const ConditionId> preset);
+  void add_condition(PlaceId place, EventId producer);
+
+  const FlatNet& net_;
+  std::mutex append_;  // guards appending; event_count_ rises when an event is complete
+  std::atomic<std::uint32_t> event_count_{0};
+  std::vector<std::unique_ptr<ConditionId[]>> preset_blocks_;
+  std::uint32_t block_room_ = 0;                // left in the last block
+  std::vector<std::unique_ptr<Chunk>> chunks_;  // of full length from the start: it never moves
+  std::vector<PlaceId> place_;                  // by condition
+  std::vector<EventId> producer_;               // by condition
+  std::vector<std::vector<ConditionId>> of_place_;
+};
+
+}  // namespace vorel

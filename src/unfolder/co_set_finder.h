@@ -1,0 +1,74 @@
+// unfolder/co_set_finder.h - the sets of concurrent conditions that enable a transition.
+// Here:      the search for all presets that contain a new condition of an event; unsafe places.
+// Not here:  what becomes of a preset (unfolder/unfolder.h).
+//
+// Each co-set is found once: from its highest condition. Candidates for a place are the older
+// conditions of the place that are concurrent with the event's new ones; they are listed at most
+// once for each event, whatever the number of transitions that ask. The place with the fewest goes
+// first. Scratch of one worker.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "unfolder/branching_process.h"
+#include "unfolder/concurrency_relation.h"
+#include "unfolder/marked_past.h"
+
+namespace vorel {
+
+class CoSetFinder {
+ public:
+  // Called with the transition and its preset, sorted by condition.
+  using Found = std::function<void(TransitionId, std::span<const ConditionId>)>;
+  // Two concurrent conditions of one place, the younger one first.
+  using UnsafePair = std::pair<ConditionId, ConditionId>;
+
+  CoSetFinder(const BranchingProcess& process, Found found);
+
+  // Presets completed by the new conditions of an event in the prefix, or by the initial ones
+  // (no_event). Without a relation (null) pasts are marked instead.
+  void run(EventId e, const ConcurrencyRelation* relation);
+
+  // The first unsafe pair that the last run met.
+  const std::optional<UnsafePair>& unsafe() const { return unsafe_; }
+
+ private:
+  using List = std::vector<ConditionId>;
+
+  void list_all_candidates();
+  void list_candidates(PlaceId place);
+  const List& older_candidates(PlaceId place);
+  void gather(PlaceId place, ConditionId newest, List& list);
+  void check_safety(ConditionId newest);
+  void complete(TransitionId t, ConditionId newest);
+  void choose(std::size_t depth);
+  bool narrow(std::size_t depth, ConditionId chosen);
+  bool concurrent(ConditionId chosen, ConditionId other);
+  void report(ConditionId last);
+
+  const BranchingProcess& process_;
+  const FlatNet& net_;
+  const Found found_;
+
+  EventId event_ = no_event;  // whose new conditions are first_ .. end_ - 1
+  ConditionId first_ = 0, end_ = 0;
+  const ConcurrencyRelation* relation_ = nullptr;
+  MarkedPast past_;
+  std::optional<UnsafePair> unsafe_;
+
+  std::vector<List> older_;            // by place: candidates below first_
+  std::vector<std::uint32_t> listed_;  // by place: the round in which older_ was filled
+  std::uint32_t round_ = 0;
+
+  TransitionId transition_ = 0;  // whose preset is being completed
+  std::vector<ConditionId> chosen_;
+  std::vector<std::vector<List>> open_;  // by depth: the candidates of each place still to choose
+  List sorted_;
+};
+
+}  // namespace vorel

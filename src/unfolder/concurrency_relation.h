@@ -1,0 +1,79 @@
+// unfolder/concurrency_relation.h - which pairs of conditions are concurrent, as rows of bits.
+// Here:      a sparse row for each condition, and the rows of a new batch.
+// Not here:  the search that asks (unfolder/co_set_finder.h), which can do without.
+//
+// The relation is symmetric and irreflexive. It is thin in practice (some tens of thousands), so a
+// row holds only the words that are not zero. What is concurrent with the new conditions of an
+// event is what is concurrent with all that it consumes; new conditions have the highest numbers,
+// so older rows only grow at their ends. The rows of a batch are found in parallel and entered by
+// one thread.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "unfolder/branching_process.h"
+#include "unfolder/worker_pool.h"
+
+namespace vorel {
+
+class ConcurrencyRelation {
+ public:
+  // Bit i of the word `index` stands for condition 32 * index + i.
+  struct Word {
+    std::uint32_t index;
+    std::uint32_t bits;
+  };
+  using Row = std::vector<Word>;  // by index, no word is zero
+
+  // Of the initial conditions only, all pairs of which are concurrent.
+  ConcurrencyRelation(const BranchingProcess& process, WorkerPool& pool);
+
+  // Enters the conditions of a batch of events of equal size that has just entered the prefix, in
+  // the order of their conditions.
+  void add_batch(std::span<const EventId> batch);
+
+  bool concurrent(ConditionId c, ConditionId d) const;
+  const Row& row(ConditionId c) const { return rows_[c]; }
+
+  template <class Visit>
+  static void for_each(const Row& row, Visit visit) {
+    for (const Word& word : row) {
+      for (std::uint32_t bits = word.bits; bits != 0; bits &= bits - 1) {
+        visit(32 * word.index + static_cast<std::uint32_t>(std::countr_zero(bits)));
+      }
+    }
+  }
+
+  // Bytes of all rows, nearly.
+  std::uint64_t memory() const { return word_count_ * sizeof(Word); }
+
+ private:
+  void find_consumers(std::span<const EventId> batch);
+  Row common_row(const UnfoldedEvent& event) const;
+  void find_partners(std::uint32_t position, std::span<const EventId> batch);
+  void enter(std::uint32_t position, std::span<const EventId> batch);
+  void append(Row& row, ConditionId first, ConditionId last);
+
+  const BranchingProcess& process_;
+  WorkerPool& pool_;
+  std::vector<Row> rows_;  // by condition
+  std::uint64_t word_count_ = 0;
+
+  // Of the batch being entered, by position: what is concurrent with all that the event consumes,
+  // and the events of the batch that are concurrent with it.
+  std::vector<Row> common_;
+  std::vector<std::vector<std::uint32_t>> partners_;
+  // The consumers in the batch of a condition: consumers_[first_consumer_[c]] up to the first entry
+  // that consumes another condition. Conditions that the batch leaves alone have no_index.
+  struct Consumer {
+    ConditionId condition;
+    std::uint32_t position;
+  };
+  std::vector<Consumer> consumers_;
+  std::vector<std::uint32_t> first_consumer_;
+};
+
+}  // namespace vorel

@@ -1,0 +1,46 @@
+// unfolder/non_local.h - correspondents that are no local configurations.
+// Here:      searching the prefix for a smaller configuration with the final state of an event.
+// Not here:  local correspondents, which a table finds (unfolder/final_states.h).
+//
+// The conditions that are marked after the event's local configuration are sought among all
+// conditions of their places; each set of concurrent ones is the cut of a configuration.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "unfolder/branching_process.h"
+#include "unfolder/configuration_order.h"
+#include "unfolder/marked_past.h"
+
+namespace vorel {
+
+// All events of the corresponding configuration, by cut-off.
+using NonLocalCorrespondents = std::map<EventId, std::vector<EventId>>;
+
+// Scratch of one worker.
+class NonLocalSearch {
+ public:
+  NonLocalSearch(const BranchingProcess& process, ConfigurationOrder& order)
+      : process_{process}, order_{order}, past_{process} {}
+
+  // True if a smaller configuration of the prefix has the final state of the event, which is not
+  // in the prefix yet; `correspondents` become its events.
+  bool find(EventId event, std::vector<EventId>& correspondents);
+
+ private:
+  std::vector<PlaceId> final_marking(EventId event);
+  bool choose(std::size_t next);
+  bool accept();
+
+  const BranchingProcess& process_;
+  ConfigurationOrder& order_;
+  MarkedPast past_;
+  EventId event_ = no_event;
+  std::vector<PlaceId> places_;  // the marking to be reached, fewest conditions first
+  std::vector<ConditionId> chosen_;
+  std::vector<EventId> configuration_;
+};
+
+}  // namespace vorel

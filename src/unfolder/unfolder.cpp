@@ -1,0 +1,161 @@
+#include "unfolder/unfolder.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include "base/messages.h"
+
+namespace vorel {
+namespace {
+
+template <class List, class Predicate>
+std::string names_where(const List& list, Predicate holds, std::size_t& count) {
+  std::string names;
+  count = 0;
+  for (const auto& element : list) {
+    if (!holds(*element)) continue;
+    if (count++ > 0) names += ", ";
+    names += element->name;
+  }
+  return names;
+}
+
+// The events that must happen before both conditions are there, causes first: ids rise with
+// causality.
+std::set<EventId> past_of(const BranchingProcess& process, const CoSetFinder::UnsafePair& pair) {
+  std::set<EventId> past;
+  std::vector<ConditionId> walk{pair.first, pair.second};
+  while (!walk.empty()) {
+    const EventId producer = process.producer(walk.back());
+    walk.pop_back();
+    if (producer == no_event || !past.insert(producer).second) continue;
+    const auto preset = process.event(producer).preset();
+    walk.insert(walk.end(), preset.begin(), preset.end());
+  }
+  return past;
+}
+
+}  // namespace
+
+template <class N>
+Unfolder<N>::Unfolder(N net, const UnfoldOptions& options, UnfoldingLoop::Callback callback)
+    : net_{std::move(net)},
+      options_{options},
+      flat_{flatten(net_)},
+      loop_{flat_, options, std::move(callback)} {}
+
+template <class N>
+bool Unfolder<N>::unfold() {
+  if (!has_presets() || !is_initially_safe()) return false;
+  if (flat_.marked.empty()) print_warning("the initial marking is empty");
+  return report(loop_.run());
+}
+
+template <class N>
+bool Unfolder<N>::has_presets() const {
+  std::size_t count = 0;
+  const std::string names = names_where(
+      net_.transitions, [](const auto& t) { return t.preset.empty(); }, count);
+  if (count == 0) return true;
+  print_error("the net contains " + std::to_string(count) +
+              " transition(s) with empty preset: " + names);
+  return false;
+}
+
+template <class N>
+bool Unfolder<N>::is_initially_safe() const {
+  std::size_t count = 0;
+  const std::string names = names_where(
+      net_.places, [](const auto& p) { return p.initial_marking > 1; }, count);
+  if (count == 0) return true;
+  print_error("the initial marking is not safe: place(s) " + names);
+  return false;
+}
+
+template <class N>
+bool Unfolder<N>::report(UnfoldOutcome outcome) const {
+  switch (outcome) {
+    case UnfoldOutcome::complete:
+      return true;
+    case UnfoldOutcome::unsafe:
+      report_unsafe();
+      return false;
+    case UnfoldOutcome::too_many_events:
+      print_error("the prefix has more than " + std::to_string(options_.max_events) + " events");
+      return false;
+    case UnfoldOutcome::out_of_time:
+      break;
+  }
+  print_error(format_message("the prefix is not complete after %g seconds", options_.max_seconds));
+  return false;
+}
+
+template <class N>
+void Unfolder<N>::report_unsafe() const {
+  const BranchingProcess& process = loop_.process();
+  std::string trace;
+  for (const EventId e : past_of(process, loop_.unsafe_pair())) {
+    if (!trace.empty()) trace += ", ";
+    trace += net_.transitions[process.event(e).transition]->name;
+  }
+  const PlaceId place = process.place(loop_.unsafe_pair().first);
+  print_error("the net is not safe, place " + net_.places[place]->name + "; trace:\n" + trace);
+}
+
+template <class N>
+void Unfolder<N>::warn_if_no_events() const {
+  const bool all_cut_off = std::ranges::all_of(loop_.entered(), [this](EventId e) {
+    return loop_.process().event(e).correspondent != not_cut_off;
+  });
+  if (all_cut_off) print_warning("the prefix contains no non-cut-off events");
+}
+
+template <class N>
+PrefixOf<N> Unfolder<N>::result() && {
+  const BranchingProcess& process = loop_.process();
+  PrefixOf<N> prefix;
+  static_cast<N&>(prefix) = std::move(net_);
+  prefix.conditions.reserve(process.condition_count());
+  for (ConditionId c = 0; c < process.condition_count(); ++c) {
+    append_new(prefix.conditions).place = prefix.places[process.place(c)].get();
+  }
+  std::vector<std::uint32_t> numbers(process.event_count(), no_index);
+  prefix.events.reserve(loop_.entered().size());
+  for (const EventId e : loop_.entered()) {
+    const UnfoldedEvent& unfolded = process.event(e);
+    EventOf<N>& event = append_new(prefix.events);
+    numbers[e] = event.index;
+    event.transition = prefix.transitions[unfolded.transition].get();
+    event.preset.reserve(static_cast<std::uint32_t>(unfolded.preset().size()));
+    event.postset.reserve(unfolded.postset_size);
+    for (const ConditionId c : unfolded.preset()) add_link(*prefix.conditions[c], event);
+    for (std::uint32_t k = 0; k < unfolded.postset_size; ++k) {
+      add_link(event, *prefix.conditions[unfolded.first_condition + k]);
+    }
+  }
+  for (const EventId e : loop_.entered()) {
+    set_cut_off(*prefix.events[numbers[e]], e, numbers, prefix);
+  }
+  return prefix;
+}
+
+template <class N>
+void Unfolder<N>::set_cut_off(EventOf<N>& event, EventId id,
+                              const std::vector<std::uint32_t>& numbers,
+                              PrefixOf<N>& prefix) const {
+  const EventId correspondent = loop_.process().event(id).correspondent;
+  if (correspondent == not_cut_off) return;
+  std::vector<EventOf<N>*> events;
+  if (const auto several = loop_.non_local().find(id); several != loop_.non_local().end()) {
+    for (const EventId e : several->second) events.push_back(prefix.events[numbers[e]].get());
+  } else if (correspondent != initial_state) {
+    events.push_back(prefix.events[numbers[correspondent]].get());
+  }
+  event.cut_off.set_correspondents(events);
+}
+
+template class Unfolder<Net>;
+template class Unfolder<Stg>;
+
+}  // namespace vorel

@@ -1,0 +1,51 @@
+// unfolder/unfolder.h - a finite complete prefix of the unfolding of a safe net or STG.
+// Here:      from a net with names to a Prefix; what is wrong with a net is told in its names.
+// Not here:  the unfolding itself (unfolder/unfolding_loop.h).
+//
+// With the total order the prefix is the same for any number of threads, numbers included. Events
+// are numbered by the size of their local configuration, then by their presets; cut-offs come last,
+// and keep the conditions that they produce.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "net/process.h"
+#include "unfolder/flat_net.h"
+#include "unfolder/unfold_options.h"
+#include "unfolder/unfolding_loop.h"
+
+namespace vorel {
+
+// N is Net or Stg. The final state of a configuration is its marking and, for an STG, the code.
+template <class N>
+class Unfolder {
+ public:
+  // The net is moved in and becomes that of the prefix; it must be numbered, with sorted arcs.
+  Unfolder(N net, const UnfoldOptions& options, UnfoldingLoop::Callback callback = {});
+
+  // False after a reported error: a transition without preset, a net that is not safe (with a
+  // trace), or more events or time than allowed. Runs once.
+  bool unfold();
+  // Warns of a prefix all of whose events are cut-offs.
+  void warn_if_no_events() const;
+  // After a successful run.
+  PrefixOf<N> result() &&;
+
+  const UnfoldStats& stats() const { return loop_.stats(); }
+
+ private:
+  bool has_presets() const;
+  bool is_initially_safe() const;
+  bool report(UnfoldOutcome outcome) const;
+  void report_unsafe() const;
+  void set_cut_off(EventOf<N>& event, EventId id, const std::vector<std::uint32_t>& numbers,
+                   PrefixOf<N>& prefix) const;
+
+  N net_;
+  const UnfoldOptions options_;
+  const FlatNet flat_;
+  UnfoldingLoop loop_;
+};
+
+}  // namespace vorel

@@ -1,0 +1,237 @@
+#include "unfolder/unfolding_loop.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+#include "base/clock.h"
+
+namespace vorel {
+
+UnfoldingLoop::Worker::Worker(UnfoldingLoop& owner)
+    : loop{owner},
+      order{owner.process_, owner.options_},
+      finder{
+          owner.process_,
+          [this](TransitionId t, std::span<const ConditionId> preset) { add_to_queue(t, preset); }},
+      non_local{owner.process_, order} {}
+
+void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const ConditionId> preset) {
+  UnfoldedEvent event;
+  event.transition = t;
+  event.preset_data = preset.data();
+  event.preset_size = static_cast<std::uint32_t>(preset.size());
+  event.postset_size = static_cast<std::uint32_t>(loop.net_.postset[t].size());
+  order.measure(event);
+  const EventId id = loop.process_.add_event(event);
+  loop.final_states_.insert(id, order);
+  if (pending.size() <= event.size) pending.resize(event.size + 1);
+  pending[event.size].push_back(id);
+  lowest = std::min(lowest, event.size);
+  ++pending_count;
+}
+
+UnfoldingLoop::UnfoldingLoop(const FlatNet& net, const UnfoldOptions& options, Callback callback)
+    : net_{net},
+      options_{options},
+      callback_{std::move(callback)},
+      process_{net},
+      final_states_{process_},
+      pool_{std::max(1u, options.number_of_threads)} {
+  for (std::uint32_t i = 0; i < pool_.size(); ++i)
+    workers_.push_back(std::make_unique<Worker>(*this));
+  if (options.conc_rel_size > process_.condition_count()) {
+    relation_ = std::make_unique<ConcurrencyRelation>(process_, pool_);
+  }
+}
+
+UnfoldingLoop::~UnfoldingLoop() = default;
+
+UnfoldOutcome UnfoldingLoop::run() {
+  start_ticks_ = ticks_now();
+  extend_with(*workers_.front(), no_event);
+  collect_batch();
+  bool stopped = should_stop();
+  while (!stopped && !batch_.empty() && !must_give_up()) {
+    if (options_.non_local_correspondents) find_non_local_cut_offs();
+    if (!batch_.empty()) {
+      add_batch();
+      extend_batch();
+    }
+    if (must_give_up()) break;
+    collect_batch();
+    stopped = should_stop();
+  }
+  if (must_give_up()) return outcome_;
+  if (stopped) {
+    drop_relation();
+    for (; !batch_.empty(); collect_batch()) add_batch();
+  }
+  on_finish();
+  stats_.seconds = seconds_of(ticks_now() - start_ticks_);
+  return outcome_;
+}
+
+// True once the run has to end without a result.
+bool UnfoldingLoop::must_give_up() {
+  if (outcome_ != UnfoldOutcome::complete) return true;
+  if (options_.max_events != 0 && process_.event_count() > options_.max_events) {
+    outcome_ = UnfoldOutcome::too_many_events;
+  } else if (options_.max_seconds > 0 &&
+             seconds_of(ticks_now() - start_ticks_) > options_.max_seconds) {
+    outcome_ = UnfoldOutcome::out_of_time;
+  }
+  return outcome_ != UnfoldOutcome::complete;
+}
+
+void UnfoldingLoop::extend_with(Worker& worker, EventId event) {
+  worker.finder.run(event, relation_.get());
+  if (!worker.finder.unsafe()) return;
+  // Of all pairs of a batch the lowest is told, whichever worker comes first.
+  const std::scoped_lock lock(unsafe_mutex_);
+  if (unsafe_ == nullptr || *worker.finder.unsafe() < *unsafe_) {
+    unsafe_ = std::make_unique<CoSetFinder::UnsafePair>(*worker.finder.unsafe());
+  }
+}
+
+void UnfoldingLoop::extend_batch() {
+  const auto group_count = static_cast<std::uint32_t>(group_starts_.size() - 1);
+  pool_.run(group_count, [this](std::uint32_t worker, std::uint32_t group) {
+    for (std::uint32_t i = group_starts_[group]; i < group_starts_[group + 1]; ++i) {
+      extend_with(*workers_[worker], batch_[i]);
+    }
+  });
+  if (unsafe_ != nullptr) outcome_ = UnfoldOutcome::unsafe;
+}
+
+void UnfoldingLoop::collect_batch() {
+  batch_.clear();
+  while (batch_.empty()) {
+    level_ = 0xFFFFFFFFu;
+    for (const auto& worker : workers_) {
+      std::uint32_t& lowest = worker->lowest;
+      while (lowest < worker->pending.size() && worker->pending[lowest].empty()) ++lowest;
+      if (lowest < worker->pending.size()) level_ = std::min(level_, lowest);
+    }
+    if (level_ == 0xFFFFFFFFu) return;
+    for (const auto& worker : workers_) {
+      if (worker->pending.size() <= level_) continue;
+      for (const EventId event : std::exchange(worker->pending[level_], {})) {
+        --worker->pending_count;
+        if (process_.event(event).correspondent == not_cut_off) {
+          batch_.push_back(event);
+        } else {
+          on_cut_off(event);
+        }
+      }
+    }
+  }
+}
+
+void UnfoldingLoop::on_cut_off(EventId event) {
+  ++stats_.cutoffs;
+  if (!options_.no_cutoffs) cut_offs_.push_back(event);
+}
+
+void UnfoldingLoop::find_non_local_cut_offs() {
+  const auto batch_size = static_cast<std::uint32_t>(batch_.size());
+  std::vector<std::vector<EventId>> found(batch_size);
+  std::vector<std::uint8_t> is_cut_off(batch_size);
+  pool_.run(batch_size, [&](std::uint32_t worker, std::uint32_t i) {
+    is_cut_off[i] = workers_[worker]->non_local.find(batch_[i], found[i]);
+  });
+  for (std::uint32_t i = 0; i < batch_size; ++i) {
+    if (is_cut_off[i] == 0) continue;
+    UnfoldedEvent& event = process_.event(batch_[i]);
+    event.correspondent = found[i].empty() ? initial_state : found[i].front();
+    if (found[i].size() > 1) non_local_.emplace(batch_[i], std::move(found[i]));
+    final_states_.remove(batch_[i]);
+    on_cut_off(batch_[i]);
+    batch_[i] = no_event;
+  }
+  std::erase(batch_, no_event);
+}
+
+// The order in which events enter the prefix: that of their presets and transitions, which does not
+// depend on the threads.
+bool UnfoldingLoop::comes_before(EventId a, EventId b) const {
+  const UnfoldedEvent &first = process_.event(a), &second = process_.event(b);
+  if (first.preset_data[0] != second.preset_data[0])
+    return first.preset_data[0] < second.preset_data[0];
+  if (first.transition != second.transition) return first.transition < second.transition;
+  return std::ranges::lexicographical_compare(first.preset(), second.preset());
+}
+
+void UnfoldingLoop::add_batch() {
+  std::ranges::sort(batch_, [this](EventId a, EventId b) { return comes_before(a, b); });
+  form_groups();
+  if (callback_) print_running_line();
+  drop_relation_if_full();
+  for (const EventId event : batch_) {
+    process_.enter(event);
+    entered_.push_back(event);
+  }
+  if (relation_ != nullptr) relation_->add_batch(batch_);
+}
+
+// Events of one transition that compete for a condition: no two of them are concurrent.
+void UnfoldingLoop::form_groups() {
+  group_starts_.clear();
+  for (std::uint32_t i = 0; i < batch_.size(); ++i) {
+    const UnfoldedEvent& event = process_.event(batch_[i]);
+    const UnfoldedEvent* before = i == 0 ? nullptr : &process_.event(batch_[i - 1]);
+    if (before == nullptr || before->preset_data[0] != event.preset_data[0] ||
+        before->transition != event.transition) {
+      group_starts_.push_back(i);
+    }
+  }
+  ++stats_.batches;
+  stats_.groups += group_starts_.size();
+  stats_.largest_group_count =
+      std::max<std::uint64_t>(stats_.largest_group_count, group_starts_.size());
+  stats_.largest_batch = std::max<std::uint64_t>(stats_.largest_batch, batch_.size());
+  stats_.queue_size = 0;
+  for (const auto& worker : workers_) stats_.queue_size += worker->pending_count;
+  stats_.largest_queue_size = std::max(stats_.largest_queue_size, stats_.queue_size);
+  group_starts_.push_back(static_cast<std::uint32_t>(batch_.size()));
+}
+
+void UnfoldingLoop::print_running_line() {
+  callback_("|B|=" + std::to_string(process_.condition_count()) +
+            " |E|=" + std::to_string(entered_.size() + cut_offs_.size()) +
+            " |C|=" + std::to_string(stats_.cutoffs) + " |Q|=" + std::to_string(stats_.queue_size) +
+            " |[e]|=" + std::to_string(level_) + " |SP|/|Si|=" + std::to_string(batch_.size()) +
+            "/" + std::to_string(group_starts_.size() - 1));
+}
+
+void UnfoldingLoop::drop_relation_if_full() {
+  if (relation_ == nullptr) return;
+  if (process_.condition_count() + batch_.size() > options_.conc_rel_size ||
+      relation_->memory() > options_.conc_rel_memory) {
+    drop_relation();
+  }
+}
+
+void UnfoldingLoop::drop_relation() {
+  if (relation_ == nullptr) return;
+  relation_.reset();
+  stats_.relation_dropped = true;
+}
+
+void UnfoldingLoop::on_finish() {
+  std::ranges::sort(cut_offs_, [this](EventId a, EventId b) {
+    const std::uint32_t a_size = process_.event(a).size, b_size = process_.event(b).size;
+    return a_size != b_size ? a_size < b_size : comes_before(a, b);
+  });
+  ConfigurationOrder& order = workers_.front()->order;
+  for (const EventId event : cut_offs_) {
+    if (!non_local_.contains(event)) final_states_.resolve(event, order);
+    process_.enter(event);
+    entered_.push_back(event);
+  }
+  stats_.conditions = process_.condition_count();
+  stats_.events = entered_.size();
+  for (const auto& worker : workers_) stats_.comparisons += worker->order.comparisons();
+}
+
+}  // namespace vorel

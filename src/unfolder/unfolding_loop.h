@@ -1,0 +1,103 @@
+// unfolder/unfolding_loop.h - the unfolding of a safe net, batch by batch, on numbers.
+// Here:      queue of possible extensions, batches, cut-offs, threads, stopping.
+// Not here:  nets with names and the finished Prefix (unfolder/unfolder.h).
+//
+// All events whose local configurations have one size form a batch: they enter the prefix
+// together, and what they make possible is found in parallel. A possible extension is tested for
+// being a cut-off when it is found; those that are get no successors [ERV-2002].
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "unfolder/branching_process.h"
+#include "unfolder/co_set_finder.h"
+#include "unfolder/concurrency_relation.h"
+#include "unfolder/configuration_order.h"
+#include "unfolder/final_states.h"
+#include "unfolder/non_local.h"
+#include "unfolder/unfold_options.h"
+#include "unfolder/worker_pool.h"
+
+namespace vorel {
+
+enum class UnfoldOutcome : std::uint8_t { complete, unsafe, too_many_events, out_of_time };
+
+class UnfoldingLoop {
+ public:
+  using Callback = std::function<void(const std::string& line)>;
+
+  // The net must outlive the loop; no preset may be empty. The callback gets a line before each
+  // batch, and may be empty.
+  UnfoldingLoop(const FlatNet& net, const UnfoldOptions& options, Callback callback);
+  virtual ~UnfoldingLoop();
+
+  // Runs once.
+  UnfoldOutcome run();
+
+  // Afterwards.
+  const BranchingProcess& process() const { return process_; }
+  const std::vector<EventId>& entered() const { return entered_; }  // by number in the prefix
+  const NonLocalCorrespondents& non_local() const { return non_local_; }
+  const UnfoldStats& stats() const { return stats_; }
+  const CoSetFinder::UnsafePair& unsafe_pair() const { return *unsafe_; }
+
+ protected:
+  virtual void print_running_line();
+  virtual void on_cut_off(EventId event);
+  virtual void collect_batch();
+  // True: what is in the queue still enters the prefix, but is not extended.
+  virtual bool should_stop() { return false; }
+  virtual void on_finish();
+
+ private:
+  struct Worker {
+    explicit Worker(UnfoldingLoop& loop);
+    void add_to_queue(TransitionId t, std::span<const ConditionId> preset);
+
+    UnfoldingLoop& loop;
+    ConfigurationOrder order;
+    CoSetFinder finder;
+    NonLocalSearch non_local;
+    std::vector<std::vector<EventId>> pending;  // by size of the local configuration
+    std::uint32_t lowest = 0;                   // no bucket below has anything in it
+    std::uint64_t pending_count = 0;
+  };
+
+  void extend_batch();
+  void extend_with(Worker& worker, EventId event);
+  void find_non_local_cut_offs();
+  void add_batch();
+  void form_groups();
+  void drop_relation_if_full();
+  void drop_relation();
+  bool must_give_up();
+  bool comes_before(EventId a, EventId b) const;
+
+  const FlatNet& net_;
+  const UnfoldOptions options_;
+  const Callback callback_;
+  BranchingProcess process_;
+  FinalStates final_states_;
+  std::unique_ptr<ConcurrencyRelation> relation_;
+  NonLocalCorrespondents non_local_;
+  WorkerPool pool_;
+  std::vector<std::unique_ptr<Worker>> workers_;
+
+  std::vector<EventId> batch_, cut_offs_, entered_;
+  std::vector<std::uint32_t> group_starts_;  // in batch_; one more at the end
+  std::uint32_t level_ = 0;                  // size of the local configurations of the batch
+  UnfoldStats stats_;
+
+  std::uint64_t start_ticks_ = 0;
+  std::atomic<UnfoldOutcome> outcome_{UnfoldOutcome::complete};
+  std::mutex unsafe_mutex_;
+  std::unique_ptr<CoSetFinder::UnsafePair> unsafe_;  // guarded by unsafe_mutex_ in a phase
+};
+
+}  // namespace vorel

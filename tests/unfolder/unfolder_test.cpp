@@ -1,0 +1,222 @@
+#include "unfolder/unfolder.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "net/sanity_checks.h"
+#include "oracle/clone.h"
+#include "oracle/net_text.h"
+#include "oracle/prefix_checks.h"
+#include "oracle/random_net.h"
+#include "oracle/random_stg.h"
+#include "oracle/reference_unfolder.h"
+#include "oracle/state_graph.h"
+#include "oracle/write_files.h"
+
+namespace vorel {
+namespace {
+
+template <class N>
+struct Unfolding {
+  bool succeeded = false;
+  PrefixOf<N> prefix;
+  UnfoldStats stats;
+  std::string messages;
+};
+
+template <class N>
+Unfolding<N> unfold(const N& net, const UnfoldOptions& options = {}) {
+  testing::internal::CaptureStderr();
+  Unfolding<N> result;
+  Unfolder<N> unfolder(oracle::clone(net), options);
+  result.succeeded = unfolder.unfold();
+  if (result.succeeded) {
+    unfolder.warn_if_no_events();
+    result.stats = unfolder.stats();
+    result.prefix = std::move(unfolder).result();
+  }
+  result.messages = testing::internal::GetCapturedStderr();
+  return result;
+}
+
+template <class N>
+std::size_t cut_off_count(const PrefixOf<N>& prefix) {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(prefix.events, [](const auto& event) { return event->is_cut_off(); }));
+}
+
+template <class N>
+void expect_sound_and_complete(const N& net, const PrefixOf<N>& prefix) {
+  EXPECT_TRUE(passes_sanity_checks(prefix));
+  EXPECT_EQ(oracle::branching_fault(prefix), "");
+  const auto lasting = prefix.events.size() - cut_off_count(prefix);
+  if (lasting <= 18) {
+    EXPECT_EQ(oracle::completeness_fault(prefix, oracle::explore(net)), "");
+  }
+}
+
+template <class N>
+void compare_with_reference(const N& net) {
+  const auto reference = oracle::unfold(net);
+  ASSERT_TRUE(reference.has_value());
+  UnfoldOptions options;
+  options.dummy_cutoffs = true;  // the reference makes no difference between events
+  const auto unfolding = unfold(net, options);
+  ASSERT_TRUE(unfolding.succeeded);
+  const PrefixOf<N>& prefix = unfolding.prefix;
+  EXPECT_EQ(prefix.events.size(), reference->events.size());
+  EXPECT_EQ(prefix.conditions.size(), reference->conditions.size());
+  EXPECT_EQ(cut_off_count(prefix), cut_off_count(*reference));
+  expect_sound_and_complete(net, prefix);
+}
+
+TEST(Unfolder, MakesPrefixesOfTheSizeOfTheReference) {
+  for (std::uint64_t seed = 1; seed <= 150; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    compare_with_reference(oracle::random_net(seed));
+    compare_with_reference(
+        oracle::random_stg(seed, {.dummies = seed % 3 == 0, .toggles = seed % 4 == 0}));
+  }
+  for (const auto& trap : oracle::trap_nets()) compare_with_reference(oracle::net_from(trap.text));
+  compare_with_reference(oracle::philosophers(4));
+}
+
+template <class N>
+void expect_same_text_whatever_the_threads(const N& net) {
+  UnfoldOptions options;
+  const std::string expected = oracle::pnml_text(unfold(net, options).prefix);
+  for (const std::uint32_t threads : {1u, 2u, 4u}) {
+    for (const std::uint32_t capacity : {0u, 12u, 40000u}) {
+      options.number_of_threads = threads;
+      options.conc_rel_size = capacity;
+      const auto unfolding = unfold(net, options);
+      EXPECT_EQ(oracle::pnml_text(unfolding.prefix), expected)
+          << threads << " threads, relation of " << capacity;
+      const bool outgrown = capacity == 12 && unfolding.prefix.conditions.size() > 40;
+      EXPECT_TRUE(!outgrown || unfolding.stats.relation_dropped);
+    }
+  }
+}
+
+TEST(Unfolder, ThreadsAndTheRelationLeaveNoMarkOnTheResult) {
+  for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    expect_same_text_whatever_the_threads(oracle::random_net(seed));
+    expect_same_text_whatever_the_threads(oracle::random_stg(seed, {.dummies = seed % 2 == 0}));
+  }
+}
+
+TEST(Unfolder, EveryOrderGivesACompletePrefix) {
+  for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+    const Net net = oracle::random_net(seed);
+    for (const auto order : {AdequateOrder::size, AdequateOrder::parikh}) {
+      const auto unfolding = unfold(net, {.order = order, .max_events = 3000});
+      if (unfolding.succeeded) expect_sound_and_complete(net, unfolding.prefix);
+    }
+    const auto unfolding = unfold(net, {.order = AdequateOrder::inclusion, .max_events = 500});
+    if (unfolding.succeeded) expect_sound_and_complete(net, unfolding.prefix);
+  }
+}
+
+TEST(Unfolder, NonLocalCorrespondentsCutEarlier) {
+  std::size_t local = 0, non_local = 0;
+  for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const Net net = oracle::random_net(seed);
+    const auto unfolding = unfold(net, {.non_local_correspondents = true});
+    ASSERT_TRUE(unfolding.succeeded);
+    expect_sound_and_complete(net, unfolding.prefix);
+    non_local += unfolding.prefix.events.size();
+    local += unfold(net).prefix.events.size();
+  }
+  EXPECT_LT(non_local, local);
+}
+
+TEST(Unfolder, LeavesOutCutOffsWhereAsked) {
+  const Net net = oracle::philosophers(3);
+  const auto all = unfold(net), lasting = unfold(net, {.no_cutoffs = true});
+  EXPECT_EQ(lasting.prefix.events.size(), all.prefix.events.size() - cut_off_count(all.prefix));
+  EXPECT_EQ(cut_off_count(lasting.prefix), 0u);
+}
+
+TEST(Unfolder, RefusesWhatItCannotUnfoldWithAReason) {
+  struct Row {
+    std::string net;
+    UnfoldOptions options;
+    std::string messages;
+  };
+  const Row table[] = {
+      {"marked p; a: p -> q; b: q -> r s; c: r -> t; d: s -> t",
+       {},
+       "\nError: the net is not safe, place t; trace:\na, b, c, d\n"},
+      {"marked p q; a: p -> q", {}, "\nError: the net is not safe, place q; trace:\na\n"},
+      {"marked p; a: p -> q; b: -> q",
+       {},
+       "\nError: the net contains 1 transition(s) with empty preset: b\n"},
+      {"marked p; a: p -> q; b: q -> r; c: r -> p",
+       {.max_events = 2},
+       "\nError: the prefix has more than 2 events\n"},
+      {"marked p; a: p -> q",
+       {.max_seconds = 1e-9},
+       "\nError: the prefix is not complete after 1e-09 seconds\n"},
+  };
+  for (const Row& row : table) {
+    const auto unfolding = unfold(oracle::net_from(row.net), row.options);
+    EXPECT_FALSE(unfolding.succeeded);
+    EXPECT_EQ(unfolding.messages, row.messages);
+  }
+}
+
+TEST(Unfolder, WarnsWhereThereIsNothingToUnfold) {
+  const auto unmarked = unfold(oracle::net_from("marked; a: p -> q"));
+  EXPECT_TRUE(unmarked.succeeded);
+  EXPECT_EQ(unmarked.messages,
+            "\nWarning: the initial marking is empty\n"
+            "\nWarning: the prefix contains no non-cut-off events\n");
+  const auto loop = unfold(oracle::net_from("marked p; a: p -> p"));
+  ASSERT_EQ(loop.prefix.events.size(), 1u);
+  EXPECT_TRUE(loop.prefix.events[0]->cut_off.is_initial_marking());
+  EXPECT_EQ(loop.messages, "\nWarning: the prefix contains no non-cut-off events\n");
+}
+
+// A dummy that closes a cycle with other events is kept, and so is what follows it.
+TEST(Unfolder, CutsNoDummyUnlessAllItAddsAreDummies) {
+  for (std::uint64_t seed = 1; seed <= 100; ++seed) {
+    const Stg stg = oracle::random_stg(seed, {.dummies = true});
+    const auto unfolding = unfold(stg, {.max_events = 5000});
+    if (!unfolding.succeeded) continue;
+    EXPECT_EQ(oracle::branching_fault(unfolding.prefix), "") << "seed " << seed;
+    for (const auto& event : unfolding.prefix.events) {
+      if (!event->is_cut_off() || !event->transition->signal->is_dummy()) continue;
+      const auto correspondents = event->cut_off.correspondents();
+      ASSERT_LE(correspondents.size(), 1u);
+    }
+  }
+}
+
+TEST(Unfolder, HandlesWidePresetsAndConflicts) {
+  std::string wide = "marked", join = "; join:", back = " ->";
+  for (int i = 0; i < 20; ++i) {
+    const std::string p = " p" + std::to_string(i), q = " q" + std::to_string(i);
+    wide += p;
+    join += q;
+    back += p;
+  }
+  std::string moves, choices;
+  for (int i = 0; i < 20; ++i) {
+    const std::string n = std::to_string(i);
+    moves += "; m" + n + ": p" + n + " -> q" + n;
+  }
+  const auto joined = unfold(oracle::net_from(wide + moves + join + back));
+  ASSERT_TRUE(joined.succeeded);
+  EXPECT_EQ(joined.prefix.events.size(), 21u);
+  EXPECT_EQ(cut_off_count(joined.prefix), 1u);
+  for (int i = 0; i < 64; ++i) choices += "; c" + std::to_string(i) + ": p -> q";
+  const auto chosen = unfold(oracle::net_from("marked p" + choices));
+  EXPECT_EQ(chosen.prefix.events.size(), 64u);
+  EXPECT_EQ(cut_off_count(chosen.prefix), 63u);
+}
+
+}  // namespace
+}  // namespace vorel
