@@ -7,7 +7,8 @@ target_compile_options(vorel_settings INTERFACE -Wall -Wextra -Wpedantic -Wshado
 # With optimisation g++ 12 sees faults in its own std::string and std::sort that are not there; what
 # these warnings look for, the sanitizers and the checks of the library find.
 target_compile_options(vorel_settings INTERFACE
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-restrict -Wno-stringop-overflow>)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-restrict -Wno-stringop-overflow
+                            -Wno-stringop-overread>)
 # The standard library checks its preconditions too where assertions are kept.
 target_compile_definitions(vorel_settings INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 if(VOREL_WERROR)
