@@ -1,0 +1,199 @@
+#include <gtest/gtest.h>
+
+#include "oracle/parse_g.h"
+#include "oracle/state_graph.h"
+#include "tools/net_reading.h"
+
+namespace vorel {
+namespace {
+
+NetReading read_g(const std::string& text) { return read_text(text, NetFormat::g); }
+
+struct GRow {
+  const char* what;
+  std::string text, description, messages = {};
+};
+
+void expect_readings(const std::vector<GRow>& rows) {
+  for (const GRow& row : rows) {
+    const NetReading reading = read_g(row.text);
+    EXPECT_EQ(reading.description(), row.description) << row.what;
+    EXPECT_EQ(reading.messages, row.messages) << row.what;
+  }
+}
+
+TEST(GReader, TakesAllFormsOfLinesAndWords) {
+  const std::string two =
+      "marked <b-,a+>; a+ = a+: <b-,a+> -> <a+,b->; b- = b-: <a+,b-> -> <b-,a+>";
+  expect_readings({
+      {"comments, continued lines, line ends, text after the end",
+       "\xEF\xBB\xBF# head\r\n.model m # name\r\n.inputs \\ \r\n a#b\r\n.outputs b\r.graph\n"
+       "a+ \\\n\tb-\t# arc\n\n b- a+\n.marking {<b- , a+>}\n.end\nanything .at < all",
+       "i.a=? o.b=? " + two},
+      {"a last line without its end",
+       ".inputs a b\n.graph\na+ b-\nb- a+\n.marking{ <b-,a+> }\n.end", "i.a=? i.b=? " + two},
+      {"toggles, instances, dummies, a signal without transitions",
+       ".internal z\n.dummy d e\n.outputs x\n.graph\nz d/2 d\nd z~/1\n.marking {}\n.end\n",
+       "o.x=? r.z=? d.d=? d.e=? marked; d = d~: <z,d> -> <d,z~/1>; z = z~: -> <z,d> <z,d/2>; "
+       "d/2 = d~: <z,d/2> ->; z~/1 = z~: <d,z~/1> ->"},
+      {"instances are told apart by their text",
+       ".inputs a\n.graph\np a+ a+/1 a+/01\n.marking { p=1\n }\n.end\n",
+       "i.a=? marked p; a+ = a+: p ->; a+/1 = a+: p ->; a+/01 = a+: p ->"},
+      {"places with arithmetic in their names",
+       ".inputs a\n.graph\np-1 a~\na~ p/1 p=1\n.marking { p=1 p-1=01 p/1=0 }\n.end\n",
+       "i.a=? marked p-1 p=1; a~ = a~: p-1 -> p/1 p=1"},
+      {"a marking over lines, before the graph",
+       ".inputs a\n.marking\n{p\nq # both\n}\n.graph\np a+\nq a+\n.end\n",
+       "i.a=? marked p q; a+ = a+: p q ->"},
+      {"lines that carry nothing",
+       ".name n\n.capacity p=2\n.slowenv\n.coords\n.inputs a\n.graph\na+ p\n.time 1\n.end\n",
+       "i.a=? marked; a+ = a+: -> p"},
+      {"an empty graph", ".graph\n.end", "marked"},
+  });
+}
+
+TEST(GReader, PlacesWrittenLikeImplicitOnesAreTakenBack) {
+  const std::string head = ".outputs a b\n.graph\n";
+  const std::string signals = "o.a=? o.b=? ";
+  expect_readings({
+      {"by the name of transitions that they do not join",
+       head + "a+ <a+/1,b+>\n<a+/1,b+> b+\nb+ a+\n.marking { <b+,a+> <a+/1,b+> }\n.end\n",
+       signals + "marked <b+,a+> <a+/1,b+>; a+ = a+: <b+,a+> -> <a+/1,b+>; "
+                 "b+ = b+: <a+/1,b+> -> <b+,a+>"},
+      {"one of several between two transitions",
+       head + "a+ b+ p\np b+\nb+ a+\n.marking { <b+,a+> p }\n.end\n",
+       signals + "marked p <b+,a+>; a+ = a+: <b+,a+> -> p <a+,b+>; b+ = b+: p <a+,b+> -> <b+,a+>"},
+      {"beside an implicit place of the same name, both marked",
+       head + "a+ b+ <a+,b+>\n<a+,b+> b+\n.marking { <a+,b+> <a+,b+> }\n.end\n",
+       signals + "marked <a+,b+> <a+,b+>_2; a+ = a+: -> <a+,b+> <a+,b+>_2; "
+                 "b+ = b+: <a+,b+> <a+,b+>_2 ->"},
+      {"beside an implicit place of the same name, which one is marked?",
+       head + "a+ b+ <a+,b+>\n<a+,b+> b+\n.marking { <a+,b+> }\n.end\n", "",
+       "Error: '<a+,b+>' is both the name of a place and that of the place between the two "
+       "transitions, and one token for them is ambiguous " +
+           at(5, 12)},
+  });
+}
+
+TEST(GReader, InitialValuesAreTakenWhereTheyAreUnambiguous) {
+  const std::string head = ".outputs b\n.inputs a c\n.dummy d\n.graph\np a+\n.marking {p}\n";
+  const std::string rest = " marked p; a+ = a+: p ->";
+  const struct {
+    std::string line, values, message;
+  } rows[] = {
+      {".initial.state a !b c=0", "i.a=1 i.c=0 o.b=0 d.d=?", ""},
+      {".initial state b=1", "i.a=? i.c=? o.b=1 d.d=?", ""},
+      {".initial_state 01?", "i.a=1 i.c=? o.b=0 d.d=?", ""},
+      {".init_values a=? b\n.init_state b", "i.a=? i.c=? o.b=1 d.d=?", ""},
+      {".initial", "i.a=? i.c=? o.b=? d.d=?", ""},
+      {".init_values 0110", "",
+       "Error: syntax error " + at(7, 14) + ": expected 3 initial values, found '0110'"},
+      {".initial.state a !a", "",
+       "Error: signal 'a' has two different initial values " + at(7, 18)},
+      {".initial state x", "",
+       "Error: syntax error " + at(7, 16) + ": expected a signal, found 'x'"},
+      {".initial.state d=0", "", "Error: dummy 'd' has an initial value " + at(7, 16)},
+      {".initial.state a=2", "",
+       "Error: syntax error " + at(7, 16) + ": expected a signal, found 'a=2'"},
+  };
+  for (const auto& row : rows) {
+    const NetReading reading = read_g(head + row.line + "\n.end\n");
+    EXPECT_EQ(reading.description(), row.values.empty() ? "" : row.values + rest) << row.line;
+    EXPECT_EQ(reading.messages, row.message) << row.line;
+  }
+}
+
+TEST(GReader, AFaultIsReportedWithItsPlaceAndText) {
+  const std::string syntax = "Error: syntax error ";
+  const struct {
+    std::string text, message;
+  } rows[] = {
+      {"", syntax + at(1, 1) + ": expected .graph, found the end of the file"},
+      {"# only\n\n", syntax + at(3, 1) + ": expected .graph, found the end of the file"},
+      {"  a+ b+\n", syntax + at(1, 3) + ": expected a line that starts with '.', found 'a+'"},
+      {".inputs a a-", syntax + at(1, 11) + ": expected the name of a signal, found 'a-'"},
+      {".inputs a\n.outputs b a\n", "Error: signal 'a' is declared twice " + at(2, 12)},
+      {".graph\n.inputs a\n",
+       syntax + at(2, 1) + ": signals are declared before .graph, found '.inputs'"},
+      {".inputs a\n.graph\na+ \xC3\xA4  x+/2\n",
+       "Error: the signal of 'x+/2' is not declared " + at(3, 7)},
+      {".graph\n+ p\n", "Error: the signal of '+' is not declared " + at(2, 1)},
+      {".inputs a\n.graph\np a+b\n", syntax + at(3, 3) +
+                                         ": expected a sign or an instance number behind the "
+                                         "signal 'a', found 'a+b'"},
+      {".inputs a\n.graph\np a+/\n", syntax + at(3, 3) +
+                                         ": expected a sign or an instance number behind the "
+                                         "signal 'a', found 'a+/'"},
+      {".inputs a\n.graph\n\np \\\r\n a+ q\n",
+       syntax + at(5, 5) + ": expected a transition behind the place 'p', found 'q'"},
+      {".graph\np \x01x\n",
+       syntax + at(2, 3) + ": expected a name of printable characters, found '\\x01x'"},
+      {".graph\n.marking p }", syntax + at(2, 10) + ": expected '{', found 'p'"},
+      {".graph\n.marking", syntax + at(2, 9) + ": expected '{', found the end of the file"},
+      {".graph\n.marking { p\n", syntax + at(3, 1) + ": expected '}', found the end of the file"},
+      {".graph\n.marking { \n.end\n", syntax + at(3, 1) + ": expected '}', found '.end'"},
+      {".graph\n.marking { } p\n.end\n",
+       syntax + at(2, 14) + ": expected the end of the line, found 'p'"},
+      {".inputs a\n.graph\na+ p\n.marking { a+ }\n.end",
+       syntax + at(4, 12) + ": expected a place, found 'a+'"},
+      {".inputs a\n.graph\na+ p\n.marking { =1 }\n.end",
+       syntax + at(4, 12) + ": expected a place, found '=1'"},
+      {".inputs a\n.graph\na+ a-\n.marking { <a-,a+> }\n.end",
+       "Error: no arc goes through the marked place '<a-,a+>' " + at(4, 12)},
+      {".inputs a\n.graph\np a+\n.marking { p p }\n.end",
+       "Error: the net is not safe, place p has 2 tokens in the initial marking " + at(4, 14)},
+      {".inputs a\n.graph\na+ a-\n.marking {<a+,a->=0099999999999999999999}\n.end",
+       "Error: the net is not safe, place <a+,a-> has 99999999999999999999 tokens in the initial "
+       "marking " +
+           at(4, 11)},
+  };
+  for (const auto& row : rows) {
+    const NetReading reading = read_g(row.text);
+    EXPECT_FALSE(reading.net) << row.text;
+    EXPECT_EQ(reading.messages, row.message) << row.text;
+  }
+}
+
+TEST(GReader, WhatIsOnlyOddIsReadWithOneWarning) {
+  const std::string head = ".inputs a\n.dummy d\n.graph\n";
+  const std::string signals = "i.a=? d.d=? marked";
+  expect_readings({
+      {"repeated arcs", head + "a+ a- a-\na+ a-\n.end",
+       signals + "; a+ = a+: -> <a+,a->; a- = a-: <a+,a-> ->",
+       "Warning: the arc to 'a-' is repeated, the first of 2 such cases " + at(4, 7)},
+      {"unknown lines", ".smoke 1\n" + head + ".fire\n.end", signals,
+       "Warning: the line '.smoke' is unknown and ignored, the first of 2 such cases " + at(1, 1)},
+      {"no end", head + "a+\n", signals + "; a+ = a+: ->",
+       "Warning: the last line is not .end " + at(5, 1)},
+      {"signs of dummies", head + "d+ d-/1\n.end",
+       signals + "; d+ = d~: -> <d+,d-/1>; d-/1 = d~: "
+                 "<d+,d-/1> ->",
+       "Warning: dummy transition 'd+' cannot have sign, the first of 2 such cases " + at(4, 1)},
+      {"a marked place without arcs", head + ".marking { p }\n.end", signals + " p",
+       "Warning: the marked place 'p' has no arcs " + at(4, 12)},
+      {"two ways to write the same instance", head + "p a+/0 a+ a-/0\n.end",
+       signals + "; a+ = a+: p ->; a+/0 = a+: p ->; a-/0 = a-: p ->",
+       "Warning: transition 'a+/0' is taken for another one than that without \"/0\" " + at(4, 3)},
+  });
+}
+
+class GExamples : public testing::TestWithParam<const char*> {};
+
+TEST_P(GExamples, AreTheNetsThatTheReferenceReads) {
+  const std::string text = example_bytes(std::string(GetParam()) + ".g");
+  const NetReading reading = read_g(text);
+  ASSERT_TRUE(reading.net && reading.messages.empty()) << reading.messages;
+  const auto expected = oracle::parse_g(text);
+  ASSERT_TRUE(expected);
+  EXPECT_EQ(reading.description(), describe_net(*expected));
+  const Stg& stg = std::get<Stg>(*reading.net);
+  EXPECT_EQ(oracle::explore(stg).states.size(), oracle::explore(*expected).states.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, GExamples,
+                         testing::Values("celement", "dummy_fork", "fork_join", "latch_ctrl",
+                                         "muller3", "mutex2", "sequencer", "toggle", "vme_read",
+                                         "vme_read_csc"));
+
+}  // namespace
+}  // namespace vorel

@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include "oracle/parse_g.h"
+#include "tools/net_reading.h"
+
+namespace vorel {
+namespace {
+
+NetReading read_ll_net(const std::string& text) { return read_text(text, NetFormat::ll_net); }
+
+TEST(LlNetReader, TakesAllFormsOfLines) {
+  const struct {
+    const char* what;
+    std::string text, description, messages;
+  } rows[] = {
+      {"a header, defaults, other sections",
+       "PEP\nPTNet\nFORMAT_N\nDPL s7n10@-9t2\nDTR s7\nPL\n\"p\"30@30M1m1\nDPL n1\n\"q\"\nTR\n"
+       "\"t\"1@1\nTP\n1<2\nPT\n1>1\nTX\n\"any\" text\n1<9\n",
+       "marked p; t: p -> q", ""},
+      {"numbers in any order, and counted on",
+       "PL\n7\"p\"M\n\"q\"\n3\"r\"\nTR\n10\"t\"\nTP\n10<8\n"
+       "10<3\nPT\n7>10",
+       "marked p; t: p -> q r", ""},
+      {"attributes in any order, of all kinds",
+       "PL\r\n  1 \"p q\" -5@.5, n3@-9 b\"M1 \xC3\xA4\" e M1 m1 k1\r\n\"r\"xM0\r\nTR\r\n"
+       "\"t\"1@2v73b\"<x>\"R\"(1,2;3)\"\r\nTP\r\n1 < 2 w1v4 J3@4,5@6\r\nPT\r\n1>1v4\r\n",
+       "marked p q; t: p q -> r", ""},
+      {"self-loops and nodes without arcs",
+       "PL\n\"p\"\n\"q\"M1\nTR\n\"t\"\n\"u\"\nTP\n1<1\nPT\n1>1\n", "marked q; t: p -> p; u: ->",
+       ""},
+      {"names that are empty or occurred before", "PL\n\"\"M1\n\"P1\"M1\n\"P1\"M1\nTR\n4\"\"\n",
+       "marked P1 P1_2 P1_3; T4: ->",
+       "Warning: node 'P1_2' is renamed with its number, as its name occurred before, the first of "
+       "2 such cases " +
+           at(3, 1)},
+      {"repeated arcs", "PL\n\"p\"\nTR\n\"t\"\nPT\n1>1\n1>1\nTP\n1<1\n", "marked; t: p -> p",
+       "Warning: the arc '1>1' is repeated " + at(7, 1)},
+      {"nothing", "PL\n", "marked", ""},
+  };
+  for (const auto& row : rows) {
+    const NetReading reading = read_ll_net(row.text);
+    EXPECT_EQ(reading.description(), row.description) << row.what;
+    EXPECT_EQ(reading.messages, row.messages) << row.what;
+  }
+}
+
+TEST(LlNetReader, AFaultIsReportedWithItsPlaceAndText) {
+  const std::string syntax = "Error: syntax error ";
+  const std::string net = "PL\n\"p\"\nTR\n\"t\"\n";
+  const struct {
+    std::string text, message;
+  } rows[] = {
+      {"", syntax + at(1, 1) + ": expected the section PL, found the end of the file"},
+      {"PEP\nTR\n", syntax + at(3, 1) + ": expected the section PL, found the end of the file"},
+      {"PEP\nHLNet\nPL\n", syntax + at(2, 1) + ": expected a low-level net, found 'HLNet'"},
+      {"PL\np1\n", syntax + at(2, 1) + ": expected '\"', found 'p1'"},
+      {"PL\n12\n", syntax + at(2, 3) + ": expected '\"', found 'the end of the line'"},
+      {"PL\n\"p\n\"",
+       syntax + at(2, 1) + ": expected a text that ends with '\"' on its line, found '\"p'"},
+      {"PL\n1\"p\tq\"M1\n",
+       syntax + at(2, 2) + ": expected a name of printable characters, found '\"p\\x09q\"M1'"},
+      {"PL\n99999999999\"p\"\n",
+       syntax + at(2, 1) + ": expected a number, found '99999999999\"p\"'"},
+      {"PL\n2\"p\"\n1\"q\"\n\"r\"", "Error: number 2 of node 'r' has been used before " + at(4, 1)},
+      {"PL\n\"p\"1@2 ?", syntax + at(2, 8) + ": expected an attribute, found '?'"},
+      {"PL\n\"p\"b\"x",
+       syntax + at(2, 5) + ": expected a text that ends with '\"' on its line, found '\"x'"},
+      {"PL\n\"p\"1@2M2\n",
+       "Error: the net is not safe, place p has 2 tokens in the initial marking " + at(2, 7)},
+      {"PL\n\"p\"M-1\n", syntax + at(2, 4) + ": expected a number of tokens, found '-1'"},
+      {net + "TP\n1<2\n", "Error: there is no place 2 " + at(6, 3)},
+      {net + "PT\n1>0\n", "Error: there is no transition 0 " + at(6, 3)},
+      {net + "PT\n1<1\n", syntax + at(6, 2) + ": expected '>', found '<1'"},
+      {net + "TP\n1<\n", syntax + at(6, 3) + ": expected a number, found 'the end of the line'"},
+      {net + "TP\n1<1w2\n", syntax + at(6, 4) + ": expected the weight 1, found '2'"},
+      {"TP\n1<1\nPL\n", "Error: there is no transition 1 " + at(2, 1)},
+  };
+  for (const auto& row : rows) {
+    const NetReading reading = read_ll_net(row.text);
+    EXPECT_FALSE(reading.net) << row.text;
+    EXPECT_EQ(reading.messages, row.message) << row.text;
+  }
+}
+
+TEST(LlNetReader, BenchmarkNetsAreTheOnesThatTheReferenceReads) {
+  const struct {
+    const char* name;
+    std::size_t places, transitions;
+  } rows[] = {{"bds_1.sync.ll_net", 87, 66}, {"key_3.ll_net", 129, 133}};
+  for (const auto& row : rows) {
+    const std::string text = example_bytes(row.name);
+    const NetReading reading = read_ll_net(text);
+    ASSERT_TRUE(reading.net && reading.messages.empty()) << row.name << reading.messages;
+    const Net& net = std::get<Net>(*reading.net);
+    EXPECT_EQ(net.places.size(), row.places);
+    EXPECT_EQ(net.transitions.size(), row.transitions);
+    const auto expected = oracle::parse_ll_net(text);
+    ASSERT_TRUE(expected);
+    EXPECT_EQ(describe_net(net), describe_net(*expected));
+  }
+}
+
+}  // namespace
+}  // namespace vorel
