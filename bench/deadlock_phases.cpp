@@ -1,0 +1,114 @@
+// bench/deadlock_phases.cpp - where does the time of -D go, and how does it grow?
+// Usage: bench_deadlock_phases FILE...   (*.pnml prefixes)
+// A row per file: size, seconds of reading, encoding, solving and all the rest, the share of the
+// rest, the peak memory of reading as a multiple of the file, and the verdict with its replay. Each
+// file runs in a process of its own.
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <sstream>
+#include <variant>
+
+#include "base/clock.h"
+#include "base/messages.h"
+#include "base/params.h"
+#include "base/run_state.h"
+#include "net/pnml_reader.h"
+#include "net/process_variant.h"
+#include "reach/deadlock_check.h"
+
+namespace vorel {
+namespace {
+
+double peak_megabytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) / 1e3;
+}
+
+Params deadlock_params() {
+  Params params;
+  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations",
+                          "all_solutions", "method", "min_cost"}) {
+    params.set(key, 0);
+  }
+  params.set("solver", 1);
+  return params;
+}
+
+struct Phases {
+  double read = 0, encode = 0, solve = 0, rest = 0, peak = 0;
+  std::size_t events = 0;
+  std::string verdict;
+};
+
+template <Process P>
+void run_engine(const P& process, Phases& phases) {
+  phases.events = process.events.size();
+  const std::uint64_t start = ticks_now();
+  std::ostringstream statistics;
+  print_statistics(process, statistics);
+  {
+    DeadlockCheck<P> engine(process, deadlock_params());
+    const std::uint64_t before = ticks_now();
+    engine.run();
+    const std::uint64_t search = ticks_now() - before;
+    phases.solve = seconds_of(run_state().sat_ticks);
+    phases.encode = seconds_of(search) - phases.solve;
+    std::ostringstream answer;
+    std::streambuf* const out = std::cout.rdbuf(answer.rdbuf());
+    engine.report();
+    std::cout.rdbuf(out);
+    phases.verdict = answer.str().find("has a deadlock") != std::string::npos ? "deadlock" : "none";
+  }
+  phases.rest = seconds_of(ticks_now() - start) - phases.encode - phases.solve;
+}
+
+void measure(const char* file) {
+  std::cerr.rdbuf(nullptr);
+  Phases phases;
+  const std::uint64_t start = ticks_now();
+  auto process = read_pnml<FullVariant>(file);
+  phases.read = seconds_of(ticks_now() - start);
+  phases.peak = peak_megabytes();
+  if (process == nullptr) {
+    std::printf("%-34s refused\n", file);
+    return;
+  }
+  std::visit(
+      [&phases](const auto& kind) {
+        if constexpr (!std::decay_t<decltype(kind)>::is_merged) run_engine(kind, phases);
+      },
+      *process);
+  const std::uint64_t end = ticks_now();
+  process.reset();
+  phases.rest += seconds_of(ticks_now() - end);
+  const double megabytes = static_cast<double>(std::filesystem::file_size(file)) / 1e6;
+  const double total = phases.read + phases.encode + phases.solve + phases.rest;
+  std::printf("%-34s %8zu %7.1f %7.3f %7.3f %7.3f %7.3f %6.1f%% %6.1f  %s, %s\n", file,
+              phases.events, megabytes, phases.read, phases.encode, phases.solve, phases.rest,
+              100 * phases.rest / total, phases.peak / megabytes, phases.verdict.c_str(),
+              run_failed() ? "NOT verified" : "verified");
+}
+
+}  // namespace
+}  // namespace vorel
+
+int main(int argc, char** argv) {
+  std::printf("%-34s %8s %7s %7s %7s %7s %7s %7s %6s  %s\n", "input", "events", "MB", "read",
+              "encode", "solve", "rest", "rest", "peak/x", "answer");
+  std::fflush(stdout);
+  for (int i = 1; i < argc; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      vorel::measure(argv[i]);
+      return 0;
+    }
+    waitpid(child, nullptr, 0);
+  }
+  return 0;
+}

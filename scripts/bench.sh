@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Builds everything with optimisation and runs the benchmarks on prefixes of 10,000, 100,000 and
+# 1,000,000 events. Prints ratios of this run: the machine should have nothing else to do.
+# Usage: scripts/bench.sh [EVENTS...]
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+sizes=("$@")
+[ $# -gt 0 ] || sizes=(10000 100000 1000000)
+
+scripts/install-dependencies.sh
+cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DVOREL_TESTS=OFF -DVOREL_BENCH=ON >/dev/null
+cmake --build build-bench -- --quiet
+
+data=build-bench/data
+mkdir -p "$data"
+stems=() files=()
+for events in "${sizes[@]}"; do
+  for kind in net stg; do
+    stem=$data/$kind-$events
+    [ -f "$stem.pnml" ] || build-bench/bench/make_prefix "$events" "$kind" "$stem.pnml"
+    files+=("$stem.pnml")
+  done
+  [ -f "$data/net-$events.mci" ] || build-bench/bench/make_prefix "$events" net "$data/net-$events.mci"
+  stems+=("$data/net-$events")
+  [ -f "$data/deadlock-$events.pnml" ] ||
+    build-bench/bench/make_prefix "$events" net "$data/deadlock-$events.pnml" deadlock
+  files+=("$data/deadlock-$events.pnml")
+done
+
+echo "== Reading, next to the bare XML parser"
+build-bench/bench/bench_reading "${stems[@]}"
+echo
+echo "== Phases of -D"
+build-bench/bench/bench_deadlock_phases "${files[@]}"
