@@ -1,6 +1,6 @@
 // base/ptr_list.h - a compact growable array of plain, non-owning pointers: the adjacency lists of
 // nets and processes.
-// Here:      16 bytes when empty, amortised growth, iteration, erasing.
+// Here:      16 bytes and no more for up to one element, amortised growth, iteration, erasing.
 // Not here:  ownership of the elements (see OwnedList, below).
 // Duplicates are allowed; the order is the caller's.
 #pragma once
@@ -21,57 +21,73 @@ template <class T>
 class PtrList {
  public:
   PtrList() = default;
-  PtrList(PtrList&& other) noexcept
-      : items_{std::exchange(other.items_, nullptr)},
-        size_{std::exchange(other.size_, 0)},
-        capacity_{std::exchange(other.capacity_, 0)} {}
+  PtrList(PtrList&& other) noexcept { swap(other); }
   PtrList& operator=(PtrList&& other) noexcept {
-    std::swap(items_, other.items_);
-    std::swap(size_, other.size_);
-    std::swap(capacity_, other.capacity_);
+    swap(other);
     return *this;
   }
   PtrList(const PtrList&) = delete;
   PtrList& operator=(const PtrList&) = delete;
-  ~PtrList() { std::free(items_); }
+  ~PtrList() {
+    if (!is_inline()) std::free(store_.many);
+  }
 
   std::uint32_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
-  T** begin() { return items_; }
-  T** end() { return items_ + size_; }
-  T* const* begin() const { return items_; }
-  T* const* end() const { return items_ + size_; }
+  T** begin() { return is_inline() ? &store_.one : store_.many; }
+  T** end() { return begin() + size_; }
+  T* const* begin() const { return is_inline() ? &store_.one : store_.many; }
+  T* const* end() const { return begin() + size_; }
   T* front() const { return (*this)[0]; }
   T* back() const { return (*this)[size_ - 1]; }
   T* operator[](std::uint32_t position) const {
     assert(position < size_);
-    return items_[position];
+    return begin()[position];
   }
 
   void push_back(T* item) {
-    if (size_ == capacity_) reserve(2 * capacity_ + 4);
-    items_[size_++] = item;
+    if (size_ == capacity_) reserve(2 * capacity_ + 2);
+    begin()[size_++] = item;
   }
-  // Exact: one allocation when the final size is known beforehand.
+  // Exact: one allocation, or none, when the final size is known beforehand.
   void reserve(std::uint32_t capacity) {
     if (capacity <= capacity_) return;
-    items_ = static_cast<T**>(reallocate_block(items_, std::size_t{capacity} * sizeof(T*)));
+    const std::size_t bytes = std::size_t{capacity} * sizeof(T*);
+    if (is_inline()) {
+      T** const items = static_cast<T**>(reallocate_block(nullptr, bytes));
+      items[0] = store_.one;
+      store_.many = items;
+    } else {
+      store_.many = static_cast<T**>(reallocate_block(store_.many, bytes));
+    }
     capacity_ = capacity;
   }
   void erase(T** first, T** last) {
     assert(begin() <= first && first <= last && last <= end());
     T** out = first;
     for (T** in = last; in != end(); ++in) *out++ = *in;
-    size_ = static_cast<std::uint32_t>(out - items_);
+    size_ = static_cast<std::uint32_t>(out - begin());
   }
   void clear() { size_ = 0; }
 
-  operator std::span<T* const>() const { return {items_, size_}; }
+  operator std::span<T* const>() const { return {begin(), size_}; }
 
  private:
-  T** items_ = nullptr;
+  bool is_inline() const { return capacity_ == 1; }
+  void swap(PtrList& other) noexcept {
+    std::swap(store_, other.store_);
+    std::swap(size_, other.size_);
+    std::swap(capacity_, other.capacity_);
+  }
+
+  // Most lists of a process have one element: it needs no block of memory.
+  union Store {
+    T* one;
+    T** many;
+  };
+  Store store_{nullptr};
   std::uint32_t size_ = 0;
-  std::uint32_t capacity_ = 0;
+  std::uint32_t capacity_ = 1;  // 1: the element is in the store itself
 };
 
 // The top-level list that owns its elements; the position of an element equals its `index`.

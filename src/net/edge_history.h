@@ -6,7 +6,8 @@
 // in concurrency with itself. So it is enough to carry the last edge of each signal along the
 // causal order: where two histories meet, the longer chain of edges must contain the shorter one.
 // Signals are carried in blocks, so memory is one row of `lanes` words an event, whatever their
-// number, and time is proportional to the links times the number of blocks.
+// number. Signals that first occur near each other share a block, and a block looks only at events
+// that follow one of its edges: large systems of small parts cost no more than their parts.
 #pragma once
 
 #include <array>
@@ -29,8 +30,8 @@ class EdgeHistory {
   // `order`: all events that are to be looked at, each after its predecessors.
   EdgeHistory(const StgPrefix& prefix, const std::vector<Event*>& order);
 
-  // Counts for the signals first .. first + lanes - 1.
-  void visit_signals_from(std::uint32_t first);
+  // Counts for the next block of signals; false when there is none left.
+  bool visit_next_block();
   // A pair of concurrent edges in one local configuration, met by the last visit; none otherwise.
   const std::optional<Disorder>& disorder() const { return disorder_; }
   // For an event of a visited signal that is not a dummy.
@@ -40,7 +41,9 @@ class EdgeHistory {
   // Event number + 1 of the last edge of each signal of the block, 0 for none.
   using Row = std::array<std::uint32_t, lanes>;
 
-  void visit(Event& event, std::uint32_t first);
+  void list_signals();
+  std::vector<Event*> events_after_block();
+  void visit(Event& event);
   void join(Row& row, const Row& other);
   std::uint32_t later_edge(std::uint32_t a, std::uint32_t b);
   std::uint32_t edge_at_depth(std::uint32_t edge, std::uint32_t depth) const;
@@ -50,7 +53,14 @@ class EdgeHistory {
   // Edges are event numbers + 1; the tables below are indexed by them, entry 0 is the root.
   const StgPrefix& prefix_;
   const std::vector<Event*>& order_;
-  std::vector<Row> rows_;                // by event number, of the block being visited
+  IndexedBy<Event, std::uint32_t> position_;   // in the order
+  std::vector<Signal*> signals_;               // with edges, by first edge
+  std::vector<std::vector<Event*>> edges_of_;  // by position in signals_
+  IndexedBy<Signal, std::uint32_t> rank_;      // position in signals_
+  std::uint32_t block_ = 0, block_end_ = 0;    // the block being visited, positions in signals_
+
+  MarkSet<Event> seen_;
+  std::vector<Row> rows_;                // by event number, all 0 between blocks
   std::vector<std::uint32_t> depth_;     // number of edges of the chain that ends here
   std::vector<std::uint32_t> previous_;  // the edge before, 0 for the first
   std::vector<std::uint32_t> jump_;      // some edge further back: levels are found in log steps

@@ -25,8 +25,7 @@ class InitialValuePass {
   bool run() {
     clean_dummies();
     EdgeHistory history(prefix_, order_);
-    for (std::uint32_t first = 0; first < prefix_.internals_end; first += EdgeHistory::lanes) {
-      history.visit_signals_from(first);
+    while (history.visit_next_block()) {
       if (history.disorder() && !accept_disorder(*history.disorder())) return false;
     }
     for (Event* event : order_) {

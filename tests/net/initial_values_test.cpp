@@ -154,8 +154,7 @@ TEST(EdgeHistory, CountsTheEdgesOfEachLocalConfiguration) {
     b.finish();
     const auto order = topological_order(*b.process);
     EdgeHistory history(*b.process, order);
-    for (std::uint32_t first = 0; first < signals; first += EdgeHistory::lanes) {
-      history.visit_signals_from(first);
+    while (history.visit_next_block()) {
     }
     for (auto* event : order) {
       std::uint32_t expected = 0;
