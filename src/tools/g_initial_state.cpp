@@ -19,8 +19,15 @@ Assignment split_assignment(std::string_view text, std::string_view allowed_digi
   const std::size_t equals = text.rfind('=');
   if (equals == std::string_view::npos) return {text, {}};
   const std::string_view number = text.substr(equals + 1);
-  if (number.find_first_not_of(allowed_digits) != std::string_view::npos) return {text, {}};
+  if (number.find_first_not_of(allowed_digits) != std::string_view::npos || number.empty()) {
+    return {text, {}};
+  }
   return {text.substr(0, equals), number};
+}
+
+// "<...,...>"
+bool is_pair(std::string_view name) {
+  return name.starts_with('<') && name.ends_with('>') && name.find(',') != std::string_view::npos;
 }
 
 std::string_view without_leading_zeros(std::string_view number) {
@@ -35,7 +42,7 @@ std::string_view without_leading_zeros(std::string_view number) {
 // that has the form of a place between two transitions.
 StgPlace* GInitialState::place_to_mark(const Word& word, std::string_view name) {
   if (StgPlace* const place = graph_.place_named(name)) return place;
-  if (name.starts_with('<')) {
+  if (is_pair(name)) {
     source_.report(word.offset, "no arc goes through the marked place " + quoted(name));
     return nullptr;
   }

@@ -21,8 +21,8 @@ class GWords {
  public:
   explicit GWords(const SourceText& source);
 
-  // The words of the next line that has any. False at the end of the text and after an error, which
-  // the severity tells apart from each other, as failed() does.
+  // The words of the next line that has any. False at the end of the text and after an error;
+  // failed() tells which.
   bool next_line(std::vector<Word>& words);
   bool failed() const { return failed_; }
 

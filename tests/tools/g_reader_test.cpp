@@ -171,6 +171,8 @@ TEST(GReader, WhatIsOnlyOddIsReadWithOneWarning) {
        "Warning: dummy transition 'd+' cannot have sign, the first of 2 such cases " + at(4, 1)},
       {"a marked place without arcs", head + ".marking { p }\n.end", signals + " p",
        "Warning: the marked place 'p' has no arcs " + at(4, 12)},
+      {"a marked place without arcs that is no pair", head + "<q>\n.marking { <q> <r> }\n.end",
+       signals + " <q> <r>", "Warning: the marked place '<r>' has no arcs " + at(5, 16)},
       {"two ways to write the same instance", head + "p a+/0 a+ a-/0\n.end",
        signals + "; a+ = a+: p ->; a+/0 = a+: p ->; a-/0 = a-: p ->",
        "Warning: transition 'a+/0' is taken for another one than that without \"/0\" " + at(4, 3)},
