@@ -1,5 +1,6 @@
 #include "results/solution.h"
 
+#include <algorithm>
 #include <cassert>
 #include <iostream>
 #include <numeric>
@@ -23,16 +24,23 @@ XmlNode* trace_to_xml(XmlDocument& document, const Trace& trace) {
 
 bool is_standard_output(const std::ostream& stream) { return &stream == &std::cout; }
 
-void print_trace(std::ostream& stream, const Trace& trace, bool as_event_numbers) {
+void print_trace(std::ostream& stream, const Trace& trace) {
   std::string_view separator;
   for (const TraceStep& step : trace) {
     assert(step.transition != nullptr);
-    stream << separator;
-    if (as_event_numbers) {
-      stream << step.event;
-    } else {
-      stream << *step.transition;
-    }
+    stream << separator << *step.transition;
+    separator = ", ";
+  }
+  stream << '\n';
+}
+
+void print_configuration(std::ostream& stream, const Trace& trace) {
+  std::vector<std::uint32_t> events;
+  for (const TraceStep& step : trace) events.push_back(step.event);
+  std::ranges::sort(events);
+  std::string_view separator;
+  for (const std::uint32_t event : events) {
+    stream << separator << event;
     separator = ", ";
   }
   stream << '\n';
@@ -48,7 +56,7 @@ void Solution::print(std::ostream& stream) const {
   const bool for_people = is_standard_output(stream);
   for (const Trace& trace : traces) {
     if (!for_people) stream << "_SEQUENCE:\n";
-    print_trace(stream, trace, output_configurations_);
+    output_configurations_ ? print_configuration(stream, trace) : print_trace(stream, trace);
   }
   if (!for_people) return;
   stream << (traces.size() == 1 ? "path cost: " : "total cost of all paths: ") << cost() << '\n';

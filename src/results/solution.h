@@ -24,8 +24,10 @@ bool is_standard_output(const std::ostream& stream);
 // Events in firing order (or, for a configuration, in any order).
 using Trace = std::vector<TraceStep>;
 
-// Writes the items joined by ", " and a newline: event indices (from 0), or transition names.
-void print_trace(std::ostream& stream, const Trace& trace, bool as_event_numbers);
+// Writes the names of the transitions, joined by ", ", and a newline.
+void print_trace(std::ostream& stream, const Trace& trace);
+// The same of the indices of the events, from 0, in ascending order: a configuration is a set.
+void print_configuration(std::ostream& stream, const Trace& trace);
 
 class Solution {
  public:

@@ -109,10 +109,10 @@ TEST_F(ReportTest, MachinesGetYesOrNoAndMarkedSequences) {
             "\nYES\n_SEQUENCE:\na+, c~/2\n\nYES\n_SEQUENCE:\nb-\n_SEQUENCE:\n\n");
 }
 
-TEST_F(ReportTest, AConfigurationIsToldByEventIndicesFromZero) {
+TEST_F(ReportTest, AConfigurationIsToldByEventIndicesInAscendingOrder) {
   add({{2, 0, 1}}, true);
   EXPECT_EQ(printed(std::cout),
-            "\nSOLUTION 0:\n2, 0, 1\npath cost: 3\n\nthe system has a deadlock\n");
+            "\nSOLUTION 0:\n0, 1, 2\npath cost: 3\n\nthe system has a deadlock\n");
 }
 
 TEST_F(ReportTest, WithoutAFileOrWithTheNameCerrTheStandardOutputIsUsed) {
