@@ -64,12 +64,12 @@ const CoSetFinder::List& CoSetFinder::older_candidates(PlaceId place) {
   return older_[place];
 }
 
-// The candidates of the place below the newest condition.
-void CoSetFinder::gather(PlaceId place, ConditionId newest, List& list) {
-  list = older_candidates(place);
+// The new condition of the place below the newest one, or no_condition: a place has at most one.
+ConditionId CoSetFinder::sibling_of(ConditionId newest, PlaceId place) const {
   for (ConditionId sibling = first_; sibling < newest; ++sibling) {
-    if (process_.place(sibling) == place) list.push_back(sibling);
+    if (process_.place(sibling) == place) return sibling;
   }
+  return no_condition;
 }
 
 void CoSetFinder::check_safety(ConditionId newest) {
@@ -80,19 +80,32 @@ void CoSetFinder::check_safety(ConditionId newest) {
 
 void CoSetFinder::complete(TransitionId t, ConditionId newest) {
   const auto preset = net_.preset[t];
+  const PlaceId own = process_.place(newest);
   transition_ = t;
   chosen_.assign(1, newest);
-  if (open_.size() < preset.size()) open_.resize(preset.size());
   if (preset.size() == 1) return report(no_condition);
+  for (const PlaceId place : preset) {
+    if (place == own || !older_candidates(place).empty()) continue;
+    if (sibling_of(newest, place) == no_condition) return;
+  }
+  if (preset.size() == 2) return complete_pair(preset[0] == own ? preset[1] : preset[0]);
+  if (open_.size() < preset.size()) open_.resize(preset.size());
   auto& open = open_.front();
   open.resize(preset.size() - 1);
   std::size_t next = 0;
   for (const PlaceId place : preset) {
-    if (place == process_.place(newest)) continue;
-    gather(place, newest, open[next]);
-    if (open[next++].empty()) return;
+    if (place == own) continue;
+    List& list = open[next++];
+    list = older_candidates(place);
+    if (const ConditionId c = sibling_of(newest, place); c != no_condition) list.push_back(c);
   }
   choose(0);
+}
+
+// One more place to choose for: most presets are pairs.
+void CoSetFinder::complete_pair(PlaceId place) {
+  for (const ConditionId c : older_candidates(place)) report(c);
+  if (const ConditionId c = sibling_of(chosen_.front(), place); c != no_condition) report(c);
 }
 
 // Chooses a condition for one of the places that are open at this depth, then the rest.

@@ -43,9 +43,10 @@ class CoSetFinder {
   void list_all_candidates();
   void list_candidates(PlaceId place);
   const List& older_candidates(PlaceId place);
-  void gather(PlaceId place, ConditionId newest, List& list);
+  ConditionId sibling_of(ConditionId newest, PlaceId place) const;
   void check_safety(ConditionId newest);
   void complete(TransitionId t, ConditionId newest);
+  void complete_pair(PlaceId place);
   void choose(std::size_t depth);
   bool narrow(std::size_t depth, ConditionId chosen);
   bool concurrent(ConditionId chosen, ConditionId other);
