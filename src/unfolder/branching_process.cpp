@@ -7,33 +7,37 @@
 namespace vorel {
 
 BranchingProcess::BranchingProcess(const FlatNet& net)
-    : net_{net}, chunks_(max_chunks), of_place_(net.place_count) {
+    : net_{net},
+      chunks_{std::make_unique<std::atomic<Chunk*>[]>(max_chunks)},
+      of_place_(net.place_count) {
   for (const PlaceId place : net.marked) add_condition(place, no_event);
 }
 
-EventId BranchingProcess::add_event(const UnfoldedEvent& event) {
-  const std::scoped_lock lock(append_);
-  const EventId id = event_count_.load(std::memory_order_relaxed);
-  if (id == chunk_size * max_chunks) memory_overflow();
-  auto& chunk = chunks_[id / chunk_size];
-  if (chunk == nullptr) chunk = std::make_unique<Chunk>();
-  UnfoldedEvent& stored = chunk->events[id % chunk_size];
+EventId BranchingProcess::add_event(const UnfoldedEvent& event, PresetRoom& room) {
+  const EventId id = event_count_.fetch_add(1, std::memory_order_relaxed);
+  if (id >= chunk_size * (max_chunks - 1)) memory_overflow();
+  const std::uint32_t number = id / chunk_size;
+  if (chunks_[number].load(std::memory_order_acquire) == nullptr) make_chunk(number);
+  UnfoldedEvent& stored = this->event(id);
   stored = event;
-  stored.preset_data = copy_preset(event.preset());
-  event_count_.store(id + 1, std::memory_order_relaxed);
+  stored.preset_data = room.copy(event.preset());
   return id;
 }
 
-const ConditionId* BranchingProcess::copy_preset(std::span<const ConditionId> preset) {
-  const auto size = static_cast<std::uint32_t>(preset.size());
-  if (size > block_room_) {
-    const std::uint32_t room = std::max(size, block_size);
-    preset_blocks_.push_back(std::make_unique_for_overwrite<ConditionId[]>(room));
-    block_room_ = room;
+void BranchingProcess::make_chunk(std::uint32_t number) {
+  const std::scoped_lock lock(make_chunk_);
+  if (chunks_[number].load(std::memory_order_relaxed) != nullptr) return;  // somebody was faster
+  owned_chunks_.push_back(std::make_unique<Chunk>());
+  chunks_[number].store(owned_chunks_.back().get(), std::memory_order_release);
+}
+
+const ConditionId* BranchingProcess::PresetRoom::copy(std::span<const ConditionId> preset) {
+  if (preset.size() > left_) {
+    left_ = std::max(preset.size(), block_size);
+    blocks_.push_back(std::make_unique_for_overwrite<ConditionId[]>(left_));
   }
-  // Blocks are filled from their end.
-  block_room_ -= size;
-  ConditionId* const copy = preset_blocks_.back().get() + block_room_;
+  left_ -= preset.size();
+  ConditionId* const copy = blocks_.back().get() + left_;
   std::ranges::copy(preset, copy);
   return copy;
 }

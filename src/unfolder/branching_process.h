@@ -4,8 +4,8 @@
 //
 // Every event found gets an EventId at once; producers have lower ids than consumers, but the ids
 // of one batch depend on the threads. Conditions are numbered when their event enters the prefix,
-// in an order that does not. Workers append events concurrently; an event is written once, before
-// anybody else learns its id, and never moves.
+// in an order that does not. Workers append events concurrently and without a lock; an event is
+// written once, before anybody else learns its id, and never moves.
 #pragma once
 
 #include <array>
@@ -50,17 +50,29 @@ class BranchingProcess {
 
   const FlatNet& net() const { return net_; }
 
-  // Thread-safe. The preset is copied.
-  EventId add_event(const UnfoldedEvent& event);
+  // Room for presets: blocks that events point into. One for each worker; they live as long as the
+  // process is used.
+  class PresetRoom {
+   public:
+    const ConditionId* copy(std::span<const ConditionId> preset);
+
+   private:
+    static constexpr std::size_t block_size = 1u << 14;
+    std::vector<std::unique_ptr<ConditionId[]>> blocks_;
+    std::size_t left_ = 0;  // in the last block, which is filled from its end
+  };
+
+  // Thread-safe. The preset is copied into the room of the caller.
+  EventId add_event(const UnfoldedEvent& event, PresetRoom& room);
   // Main thread only: numbers the conditions of the event and enters them.
   void enter(EventId event);
 
   std::uint32_t event_count() const { return event_count_.load(std::memory_order_relaxed); }
   std::uint32_t condition_count() const { return static_cast<std::uint32_t>(place_.size()); }
-  UnfoldedEvent& event(EventId e) { return chunks_[e / chunk_size]->events[e % chunk_size]; }
+  UnfoldedEvent& event(EventId e) { return chunk(e).events[e % chunk_size]; }
   const UnfoldedEvent& event(EventId e) const {
     assert(e < event_count());
-    return chunks_[e / chunk_size]->events[e % chunk_size];
+    return chunk(e).events[e % chunk_size];
   }
 
   PlaceId place(ConditionId c) const { return place_[c]; }
@@ -71,21 +83,21 @@ class BranchingProcess {
  private:
   static constexpr std::uint32_t chunk_size = 4096;
   static constexpr std::uint32_t max_chunks = 1u << 17;  // half a billion events
-  static constexpr std::uint32_t block_size = 1u << 16;  // of presets
   struct Chunk {
     std::array<UnfoldedEvent, chunk_size> events;
   };
-  const ConditionId* copy_preset(std::span<const ConditionId> preset);
+  // Whoever knows an event learnt of it in a way that orders its writing before.
+  Chunk& chunk(EventId e) const { return *chunks_[e / chunk_size].load(std::memory_order_relaxed); }
+  void make_chunk(std::uint32_t number);
   void add_condition(PlaceId place, EventId producer);
 
   const FlatNet& net_;
-  std::mutex append_;  // guards appending; event_count_ rises when an event is complete
   std::atomic<std::uint32_t> event_count_{0};
-  std::vector<std::unique_ptr<ConditionId[]>> preset_blocks_;
-  std::uint32_t block_room_ = 0;                // left in the last block
-  std::vector<std::unique_ptr<Chunk>> chunks_;  // of full length from the start: it never moves
-  std::vector<PlaceId> place_;                  // by condition
-  std::vector<EventId> producer_;               // by condition
+  std::mutex make_chunk_;  // guards owned_chunks_
+  std::vector<std::unique_ptr<Chunk>> owned_chunks_;
+  std::unique_ptr<std::atomic<Chunk*>[]> chunks_;  // by number, null until there is one
+  std::vector<PlaceId> place_;                     // by condition
+  std::vector<EventId> producer_;                  // by condition
   std::vector<std::vector<ConditionId>> of_place_;
 };
 

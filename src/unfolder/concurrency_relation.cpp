@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 namespace vorel {
 namespace {
@@ -30,7 +31,7 @@ void intersect(Row& row, const Row& other) {
 }  // namespace
 
 ConcurrencyRelation::ConcurrencyRelation(const BranchingProcess& process, WorkerPool& pool)
-    : process_{process}, pool_{pool}, rows_(process.condition_count()) {
+    : process_{process}, pool_{pool}, rows_(process.condition_count()), hits_(pool.size()) {
   const ConditionId end = process.condition_count();
   for (ConditionId c = 0; c < end; ++c) {
     append(rows_[c], 0, c);
@@ -50,13 +51,16 @@ void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
   const auto size = static_cast<std::uint32_t>(batch.size());
   common_.resize(size);
   partners_.resize(size);
+  for (Hits& hits : hits_) hits.count.resize(std::max<std::size_t>(hits.count.size(), size));
   find_consumers(batch);
-  pool_.run(size, [&](std::uint32_t, std::uint32_t i) {
-    common_[i] = common_row(process_.event(batch[i]));
-    find_partners(i, batch);
-  });
   rows_.resize(process_.condition_count());
-  for (std::uint32_t i = 0; i < size; ++i) enter(i, batch);
+  pool_.run(size, [&](std::uint32_t worker, std::uint32_t i) {
+    common_[i] = common_row(process_.event(batch[i]));
+    find_partners(i, batch, hits_[worker]);
+    make_rows(i, batch, hits_[worker]);
+  });
+  pool_.run(pool_.size(), [&](std::uint32_t, std::uint32_t part) { extend_rows(part, batch); });
+  for (Hits& hits : hits_) word_count_ += std::exchange(hits.new_words, 0);
   for (const Consumer& consumer : consumers_) first_consumer_[consumer.condition] = no_index;
 }
 
@@ -86,50 +90,66 @@ Row ConcurrencyRelation::common_row(const UnfoldedEvent& event) const {
 
 // Events of one size are no causes of each other: two of them are concurrent exactly if what one
 // consumes is concurrent with all that the other one consumes.
-void ConcurrencyRelation::find_partners(std::uint32_t position, std::span<const EventId> batch) {
-  std::vector<std::uint32_t> candidates;  // once for each condition that is consumed
+void ConcurrencyRelation::find_partners(std::uint32_t position, std::span<const EventId> batch,
+                                        Hits& hits) {
+  hits.positions.clear();
   for_each(common_[position], [&](ConditionId c) {
     for (std::uint32_t k = first_consumer_[c];
          k < consumers_.size() && consumers_[k].condition == c; ++k) {
-      candidates.push_back(consumers_[k].position);
+      if (hits.count[consumers_[k].position]++ == 0)
+        hits.positions.push_back(consumers_[k].position);
     }
   });
-  std::ranges::sort(candidates);
   auto& partners = partners_[position];
   partners.clear();
-  for (std::size_t first = 0; first < candidates.size();) {
-    std::size_t last = first;
-    while (last < candidates.size() && candidates[last] == candidates[first]) ++last;
-    if (last - first == process_.event(batch[candidates[first]]).preset_size) {
-      partners.push_back(candidates[first]);
-    }
-    first = last;
+  for (const std::uint32_t other : hits.positions) {
+    if (hits.count[other] == process_.event(batch[other]).preset_size) partners.push_back(other);
+    hits.count[other] = 0;
   }
+  std::ranges::sort(partners);
 }
 
-void ConcurrencyRelation::enter(std::uint32_t position, std::span<const EventId> batch) {
+// The rows of the new conditions: what is common to all that their event consumes, the conditions
+// of its partners, and each other.
+void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const EventId> batch,
+                                    Hits& hits) {
   const UnfoldedEvent& event = process_.event(batch[position]);
   const ConditionId first = event.first_condition, last = first + event.postset_size;
-  if (first == last) return;
-  for_each(common_[position], [&](ConditionId c) { append(rows_[c], first, last); });
+  const auto& partners = partners_[position];
+  const auto later = std::ranges::lower_bound(partners, position);
   for (ConditionId c = first; c < last; ++c) {
     Row& row = rows_[c];
     row.reserve(common_[position].size() + 2);
-    row = common_[position];
-    word_count_ += row.size();
-    bool has_siblings = false;
-    const auto append_siblings = [&] {
-      append(row, first, c);
-      append(row, c + 1, last);
-      has_siblings = true;
-    };
-    for (const std::uint32_t partner : partners_[position]) {
-      if (partner > position && !has_siblings) append_siblings();
+    row.assign(common_[position].begin(), common_[position].end());
+    const auto append_partner = [&](std::uint32_t partner) {
       const UnfoldedEvent& other = process_.event(batch[partner]);
       append(row, other.first_condition, other.first_condition + other.postset_size);
-    }
-    if (!has_siblings) append_siblings();
+    };
+    std::for_each(partners.begin(), later, append_partner);
+    append(row, first, c);
+    append(row, c + 1, last);
+    std::for_each(later, partners.end(), append_partner);
+    hits.new_words += row.size();
   }
+}
+
+// Tells the older conditions of one part of the new ones: every pool_.size()-th word of the rows.
+void ConcurrencyRelation::extend_rows(std::uint32_t part, std::span<const EventId> batch) {
+  std::uint64_t new_words = 0;
+  for (std::uint32_t i = 0; i < batch.size(); ++i) {
+    const UnfoldedEvent& event = process_.event(batch[i]);
+    const ConditionId first = event.first_condition, last = first + event.postset_size;
+    if (first == last) continue;
+    for (const Word& word : common_[i]) {
+      if (word.index % pool_.size() != part) continue;
+      for_each_bit(word, [&](ConditionId c) {
+        const std::size_t before = rows_[c].size();
+        append(rows_[c], first, last);
+        new_words += rows_[c].size() - before;
+      });
+    }
+  }
+  hits_[part].new_words += new_words;
 }
 
 // Adds the conditions first .. last - 1, which lie above all that the row has.
@@ -138,7 +158,6 @@ void ConcurrencyRelation::append(Row& row, ConditionId first, ConditionId last) 
     if (row.empty() || row.back().index != c / 32) {
       assert(row.empty() || row.back().index < c / 32);
       row.push_back({c / 32, 0});
-      ++word_count_;
     }
     row.back().bits |= 1u << (c % 32);
   }

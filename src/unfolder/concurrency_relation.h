@@ -40,26 +40,38 @@ class ConcurrencyRelation {
 
   template <class Visit>
   static void for_each(const Row& row, Visit visit) {
-    for (const Word& word : row) {
-      for (std::uint32_t bits = word.bits; bits != 0; bits &= bits - 1) {
-        visit(32 * word.index + static_cast<std::uint32_t>(std::countr_zero(bits)));
-      }
-    }
+    for (const Word& word : row) for_each_bit(word, visit);
   }
 
   // Bytes of all rows, nearly.
   std::uint64_t memory() const { return word_count_ * sizeof(Word); }
 
  private:
+  // Of one worker: scratch for how many conditions of an event of the batch were met, by position.
+  struct Hits {
+    std::vector<std::uint32_t> count;  // all 0 between uses
+    std::vector<std::uint32_t> positions;
+    std::uint64_t new_words = 0;  // added to rows
+  };
+
+  template <class Visit>
+  static void for_each_bit(const Word& word, Visit visit) {
+    for (std::uint32_t bits = word.bits; bits != 0; bits &= bits - 1) {
+      visit(32 * word.index + static_cast<std::uint32_t>(std::countr_zero(bits)));
+    }
+  }
+
   void find_consumers(std::span<const EventId> batch);
   Row common_row(const UnfoldedEvent& event) const;
-  void find_partners(std::uint32_t position, std::span<const EventId> batch);
-  void enter(std::uint32_t position, std::span<const EventId> batch);
-  void append(Row& row, ConditionId first, ConditionId last);
+  void find_partners(std::uint32_t position, std::span<const EventId> batch, Hits& hits);
+  void make_rows(std::uint32_t position, std::span<const EventId> batch, Hits& hits);
+  void extend_rows(std::uint32_t part, std::span<const EventId> batch);
+  static void append(Row& row, ConditionId first, ConditionId last);
 
   const BranchingProcess& process_;
   WorkerPool& pool_;
-  std::vector<Row> rows_;  // by condition
+  std::vector<Row> rows_;   // by condition
+  std::vector<Hits> hits_;  // by worker
   std::uint64_t word_count_ = 0;
 
   // Of the batch being entered, by position: what is concurrent with all that the event consumes,

@@ -23,7 +23,7 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   event.preset_size = static_cast<std::uint32_t>(preset.size());
   event.postset_size = static_cast<std::uint32_t>(loop.net_.postset[t].size());
   order.measure(event);
-  const EventId id = loop.process_.add_event(event);
+  const EventId id = loop.process_.add_event(event, presets);
   loop.final_states_.insert(id, order);
   if (pending.size() <= event.size) pending.resize(event.size + 1);
   pending[event.size].push_back(id);
@@ -152,18 +152,31 @@ void UnfoldingLoop::find_non_local_cut_offs() {
   std::erase(batch_, no_event);
 }
 
-// The order in which events enter the prefix: that of their presets and transitions, which does not
-// depend on the threads.
-bool UnfoldingLoop::comes_before(EventId a, EventId b) const {
-  const UnfoldedEvent &first = process_.event(a), &second = process_.event(b);
-  if (first.preset_data[0] != second.preset_data[0])
-    return first.preset_data[0] < second.preset_data[0];
-  if (first.transition != second.transition) return first.transition < second.transition;
-  return std::ranges::lexicographical_compare(first.preset(), second.preset());
+// Sorts events into the order in which they enter the prefix: by the size of the local
+// configuration, then by preset and transition, which does not depend on the threads.
+void UnfoldingLoop::sort_for_entry(std::vector<EventId>& events) const {
+  struct Key {
+    std::uint64_t size_and_first;  // of the preset
+    TransitionId transition;
+    EventId event;
+  };
+  std::vector<Key> keys;
+  keys.reserve(events.size());
+  for (const EventId id : events) {
+    const UnfoldedEvent& event = process_.event(id);
+    keys.push_back({std::uint64_t{event.size} << 32 | event.preset_data[0], event.transition, id});
+  }
+  std::ranges::sort(keys, [this](const Key& a, const Key& b) {
+    if (a.size_and_first != b.size_and_first) return a.size_and_first < b.size_and_first;
+    if (a.transition != b.transition) return a.transition < b.transition;
+    return std::ranges::lexicographical_compare(process_.event(a.event).preset(),
+                                                process_.event(b.event).preset());
+  });
+  std::ranges::transform(keys, events.begin(), &Key::event);
 }
 
 void UnfoldingLoop::add_batch() {
-  std::ranges::sort(batch_, [this](EventId a, EventId b) { return comes_before(a, b); });
+  sort_for_entry(batch_);
   form_groups();
   if (callback_) print_running_line();
   drop_relation_if_full();
@@ -219,10 +232,7 @@ void UnfoldingLoop::drop_relation() {
 }
 
 void UnfoldingLoop::on_finish() {
-  std::ranges::sort(cut_offs_, [this](EventId a, EventId b) {
-    const std::uint32_t a_size = process_.event(a).size, b_size = process_.event(b).size;
-    return a_size != b_size ? a_size < b_size : comes_before(a, b);
-  });
+  sort_for_entry(cut_offs_);
   ConfigurationOrder& order = workers_.front()->order;
   for (const EventId event : cut_offs_) {
     if (!non_local_.contains(event)) final_states_.resolve(event, order);

@@ -64,6 +64,7 @@ class UnfoldingLoop {
     ConfigurationOrder order;
     CoSetFinder finder;
     NonLocalSearch non_local;
+    BranchingProcess::PresetRoom presets;
     std::vector<std::vector<EventId>> pending;  // by size of the local configuration
     std::uint32_t lowest = 0;                   // no bucket below has anything in it
     std::uint64_t pending_count = 0;
@@ -77,7 +78,7 @@ class UnfoldingLoop {
   void drop_relation_if_full();
   void drop_relation();
   bool must_give_up();
-  bool comes_before(EventId a, EventId b) const;
+  void sort_for_entry(std::vector<EventId>& events) const;
 
   const FlatNet& net_;
   const UnfoldOptions options_;
