@@ -6,9 +6,8 @@
 
 #include <cassert>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
-#include <filesystem>
-#include <optional>
 
 namespace vorel {
 namespace {
@@ -18,16 +17,32 @@ namespace fs = std::filesystem;
 constexpr int max_links = 40;              // as many as the kernel follows
 constexpr int max_temporary_names = 1000;  // only left-over files make a second one necessary
 
-// What the name leads to when all symbolic links at its end are followed, whether that exists or
-// not; nothing when it leads to an open descriptor, which has no name to rename to.
-std::optional<fs::path> follow_links(fs::path path) {
+// Where a name leads when all symbolic links at its end are followed, whether that exists or not.
+struct Destination {
+  fs::path path;
+  bool is_open_file = false;  // which has no name to rename to; `path` is in /proc
+};
+
+Destination follow_links(fs::path path) {
   std::error_code error;
   for (int links = 0; links < max_links && fs::is_symlink(path, error); ++links) {
     const fs::path folder = fs::weakly_canonical(path.parent_path(), error);
-    if (folder.native().starts_with("/proc/")) return std::nullopt;
+    if (folder.native().starts_with("/proc/")) return {folder / path.filename(), true};
     path = path.parent_path() / fs::read_symlink(path, error);
   }
-  return path;
+  return {path};
+}
+
+// A copy of this process's own descriptor that the path names; -1 if it names none that can be
+// written.
+int copy_of_descriptor(const fs::path& path) {
+  if (path.parent_path() != "/proc/" + std::to_string(getpid()) + "/fd") return -1;
+  const std::string digits = path.filename().string();
+  int number = -1;
+  std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  const int flags = fcntl(number, F_GETFL);
+  if (flags < 0 || (flags & O_ACCMODE) == O_RDONLY) return -1;
+  return fcntl(number, F_DUPFD_CLOEXEC, 0);
 }
 
 // Gives the new file the owner and the permissions of the old one.
@@ -56,10 +71,10 @@ void OutputFile::open_by_kind() {
   const bool exists = stat(target_.c_str(), &old) == 0;
   if (!exists && errno != ENOENT) return;
   if (exists && !S_ISREG(old.st_mode)) return open_in_place(O_TRUNC);
-  const std::optional<fs::path> target = follow_links(target_);
-  if (!target) return open_in_place(O_APPEND);  // what the descriptor's owner wrote stays
-  if (!target->has_filename()) return;
-  target_ = target->string();
+  const Destination target = follow_links(target_);
+  if (target.is_open_file) return open_again(target.path);
+  if (!target.path.has_filename()) return;
+  target_ = target.path.string();
   if (exists && faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) return;
   open_aside();
   const bool replaceable = is_open() && (!exists || take_over_attributes(buffer_.fd(), old));
@@ -90,6 +105,14 @@ bool OutputFile::commit() {
 void OutputFile::open_in_place(int flags) {
   const int file = open(target_.c_str(), O_WRONLY | O_CLOEXEC | flags);
   if (file >= 0) buffer_ = __gnu_cxx::stdio_filebuf<char>(file, std::ios::out);
+}
+
+// A copy of the descriptor shares its position: what was written stays, and what is written later
+// comes after the text. A file that only another process has open is appended to.
+void OutputFile::open_again(const fs::path& path) {
+  const int file = copy_of_descriptor(path);
+  if (file < 0) return open_in_place(O_APPEND);
+  buffer_ = __gnu_cxx::stdio_filebuf<char>(file, std::ios::out);
 }
 
 void OutputFile::open_aside() {

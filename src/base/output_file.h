@@ -10,6 +10,7 @@
 
 #include <ext/stdio_filebuf.h>
 
+#include <filesystem>
 #include <ostream>
 #include <string>
 
@@ -36,6 +37,7 @@ class OutputFile {
  private:
   void open_by_kind();
   void open_in_place(int flags);
+  void open_again(const std::filesystem::path& path);
   void open_aside();
   void discard();
 

@@ -27,6 +27,7 @@ void deliver_to_text_file(const Report& report, const VerdictMessages& messages,
     report.print(std::cerr, messages);
     return;
   }
+  std::cout.flush();  // the file can be the standard output, by another name
   report.print(file.stream(), messages);
   check_written(file.commit());
 }

@@ -136,15 +136,16 @@ TEST_F(OutputFileTest, AFullDeviceFailsTheCommit) {
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
 
-TEST_F(OutputFileTest, AnOpenDescriptorKeepsWhatWasWrittenToIt) {
+TEST_F(OutputFileTest, AnOpenDescriptorKeepsWhatIsWrittenToItBeforeAndAfterwards) {
   std::FILE* open_file = std::fopen(path("log").c_str(), "w");
   std::fputs("first\n", open_file);
   std::fflush(open_file);
   const std::string name = "/proc/self/fd/" + std::to_string(fileno(open_file));
   fs::create_symlink(name, path("link"));
   EXPECT_TRUE(save(path("link"), "second\n"));
+  std::fputs("third\n", open_file);
   std::fclose(open_file);
-  EXPECT_EQ(get("log"), "first\nsecond\n");
+  EXPECT_EQ(get("log"), "first\nsecond\nthird\n");
 }
 
 // Root may write everywhere: these run as another user, in a process of their own.

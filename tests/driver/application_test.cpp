@@ -186,6 +186,18 @@ TEST(Application, AClosedStandardOutputIsAnErrorAndNeverMixesWithAFile) {
   EXPECT_EQ(read_text(folder.path("answer")), "NO\n");
 }
 
+// A file that the caller redirected the output to: neither may overwrite the other.
+TEST(Application, AnAnswerSentToTheStandardOutputByNameStandsBetweenStatisticsAndTimes) {
+  const ProgramRun run = run_vorel({"-D", example("celement.unf.pnml"), "/dev/stdout"});
+  EXPECT_EQ(run.exit_code, 0);
+  const std::size_t statistics = run.out.find(" |EB|=");
+  const std::size_t answer = run.out.find("NO\n");
+  const std::size_t times = run.out.find("\n SAT/Total time: ");
+  EXPECT_LT(statistics, answer) << run.out;
+  EXPECT_LT(answer, times) << run.out;
+  EXPECT_LT(times, run.out.size()) << run.out;
+}
+
 #ifndef VOREL_SANITIZED
 TEST(Application, MemoryOverflowIsReportedOnceWithItsOwnExitCode) {
   const TemporaryFolder folder;
