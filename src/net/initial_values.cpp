@@ -88,16 +88,20 @@ class InitialValuePass {
     print_error("the STG is inconsistent, signal " + signal.name + "; trace:\n" + trace);
   }
 
+  // First the signals that only toggle, then those without events.
   void settle_unknown_values() {
     IndexedBy<Signal, bool> has_events(prefix_.signals.size());
     for (const Event* event : order_) has_events[*event->transition->signal] = true;
-    for (std::uint32_t i = 0; i < prefix_.internals_end; ++i) {
-      Signal& signal = *prefix_.signals[i];
-      if (signal.initial_value != unknown_value) continue;
-      print_warning(has_events[signal] ? "signal " + signal.name + " is assigned initial value 0"
-                                       : "signal " + signal.name + " is dead");
-      signal.initial_value = 0;
-    }
+    const auto settle = [&](bool with_events, const char* verdict) {
+      for (std::uint32_t i = 0; i < prefix_.internals_end; ++i) {
+        Signal& signal = *prefix_.signals[i];
+        if (signal.initial_value != unknown_value || has_events[signal] != with_events) continue;
+        print_warning("signal " + signal.name + verdict);
+        signal.initial_value = 0;
+      }
+    };
+    settle(true, " is assigned initial value 0");
+    settle(false, " is dead");
   }
 
   StgPrefix& prefix_;

@@ -79,7 +79,7 @@ TEST(InitialValues, TogglesAndDeadSignalsAreTakenAsZeroWithAWarning) {
   const Outcome outcome = find_values(b);
   EXPECT_TRUE(outcome.consistent);
   EXPECT_EQ(outcome.messages,
-            "\nWarning: signal z is dead\n\nWarning: signal a is assigned initial value 0\n");
+            "\nWarning: signal a is assigned initial value 0\n\nWarning: signal z is dead\n");
   EXPECT_EQ(outcome.values, (std::map<std::string, int>{{"a", 0}, {"b", 1}, {"z", 0}}));
 }
 
