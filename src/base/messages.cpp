@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <iostream>
 
+#include "base/run_state.h"
+
 namespace vorel {
 namespace {
 
@@ -59,6 +61,10 @@ void print_formatted(std::ostream& stream, const char* format, ...) {
   va_start(arguments, format);
   stream << format_arguments(format, arguments) << std::flush;
   va_end(arguments);
+}
+
+void note_silent_failure(std::string_view reason) {
+  if (verbosity() >= 1) std::cerr << "\nthe input is not read: " << reason << '\n' << std::flush;
 }
 
 std::string cannot_open_for_input(std::string_view name) {

@@ -36,6 +36,9 @@ void print_warning(std::string_view text);
 // Formats, writes to the stream and flushes it.
 [[gnu::format(printf, 2, 3)]] void print_formatted(std::ostream& stream, const char* format, ...);
 
+// What passes an input over without a message leaves a note for those who ask for diagnostics.
+void note_silent_failure(std::string_view reason);
+
 // `cannot open "NAME" for input`: the text for every file that cannot be read.
 std::string cannot_open_for_input(std::string_view name);
 // `cannot open "NAME" for output`.

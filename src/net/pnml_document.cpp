@@ -3,12 +3,10 @@
 #include <cassert>
 #include <cerrno>
 #include <cstdlib>
-#include <iostream>
 #include <limits>
 #include <utility>
 
 #include "base/messages.h"
-#include "base/run_state.h"
 #include "net/input_text.h"
 #include "net/xml_depth.h"
 
@@ -153,10 +151,6 @@ std::optional<std::uint32_t> initial_marking_of(const XmlNode& node) {
 void report_incorrect_value(const XmlNode& node, const XmlAttribute& attribute) {
   print_error("attribute " + quoted({attribute.name(), attribute.name_size()}) + " of XML node " +
               quoted(name_of(node)) + " has incorrect value " + quoted(value_of(attribute)));
-}
-
-void note_silent_failure(std::string_view reason) {
-  if (verbosity() >= 1) std::cerr << "\nthe input is not read: " << reason << '\n' << std::flush;
 }
 
 }  // namespace vorel::pnml

@@ -86,7 +86,4 @@ std::optional<std::uint32_t> initial_marking_of(const XmlNode& node);
 // Report `attribute "..." of XML node "..." has incorrect value "..."`.
 void report_incorrect_value(const XmlNode& node, const XmlAttribute& attribute);
 
-// What ends a reading without a message leaves a note for those who ask for diagnostics.
-void note_silent_failure(std::string_view reason);
-
 }  // namespace vorel::pnml

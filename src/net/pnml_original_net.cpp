@@ -3,6 +3,7 @@
 #include <cassert>
 #include <utility>
 
+#include "base/messages.h"
 #include "net/pnml_arcs.h"
 #include "net/pnml_signals.h"
 

@@ -111,7 +111,7 @@ bool positions_are_indices(const OwnedList<T>& list) {
       list, [&position](const auto& element) { return element->index == position++; });
 }
 
-// A faulty structure gives no text: it is the reader's or the producer's fault, not the net's.
+// A faulty structure gives no error: it is the reader's or the producer's fault, not the net's.
 template <Process P>
 bool is_consistent(const P& process) {
   if (!positions_are_indices(process.conditions) || !positions_are_indices(process.events)) {
@@ -231,6 +231,7 @@ void warn_of_odd_structure(const P& process) {
 template <Process P>
 bool passes_sanity_checks(const P& process) {
   bool passes = is_consistent(process);
+  if (!passes) note_silent_failure("its links contradict each other");
   // Links that contradict each other mean nothing beyond that.
   if (passes) passes = is_acyclic(process) && events_match_transitions(process);
   passes = is_safe_initially(process) && passes;

@@ -9,9 +9,9 @@
 namespace vorel {
 
 // Runs all checks, in order, whatever the earlier ones said. False when the process is refused:
-// silently if its links contradict each other; after an error if a prefix has a causal cycle, an
-// event disagrees with its transition, the initial marking is not safe or an event has an empty
-// preset. Linear in the size of the process, but for sorting presets.
+// without an error if its links contradict each other; after an error if a prefix has a causal
+// cycle, an event disagrees with its transition, the initial marking is not safe or an event has an
+// empty preset. Linear in the size of the process, but for sorting presets.
 template <Process P>
 bool passes_sanity_checks(const P& process);
 

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "base/run_state.h"
 #include "support/process_builder.h"
 
 namespace vorel {
@@ -30,7 +31,7 @@ TEST(SanityChecks, ASoundPrefixPassesWithoutAWord) {
   EXPECT_EQ(messages, "");
 }
 
-TEST(SanityChecks, ARepeatedLinkRefusesSilently) {
+TEST(SanityChecks, ARepeatedLinkRefusesSilentlyButForANoteToThoseWhoAsk) {
   ProcessBuilder<NetPrefix> b;
   auto& p = b.condition("p");
   auto& q = b.condition("q");
@@ -39,6 +40,10 @@ TEST(SanityChecks, ARepeatedLinkRefusesSilently) {
   std::string messages;
   EXPECT_FALSE(check(b, &messages));
   EXPECT_EQ(messages, "");
+  run_state().verbosity = 1;
+  EXPECT_FALSE(check(b, &messages));
+  run_state().verbosity = 0;
+  EXPECT_EQ(messages, "\nthe input is not read: its links contradict each other\n");
 }
 
 TEST(SanityChecks, ALinkKnownToOneSideOnlyRefusesSilently) {
