@@ -1,7 +1,7 @@
 // base/memory_overflow.h - what happens when memory runs out.
 // Every failed allocation ends in memory_overflow(): operator new through the installed handler,
-// plain blocks through allocate_block() and reallocate_block(), and libraries that throw an
-// exception of their own at the place that catches it.
+// plain blocks through reallocate_block(), and libraries that throw an exception of their own at
+// the place that catches it.
 #pragma once
 
 #include <cstddef>

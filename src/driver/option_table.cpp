@@ -93,6 +93,12 @@ constexpr CoefficientRow coefficients[] = {
     {"lock", &CoefficientTexts::lock, "coeff_non_locked_signals"},
 };
 
+struct DefaultRow {
+  std::string_view key;
+  std::int32_t value;
+};
+
+// In the order of insertion.
 constexpr DefaultRow defaults[] = {
     {"mode", 0},
     {"solver", -1},
@@ -129,7 +135,6 @@ constexpr DefaultRow defaults[] = {
 std::span<const ModeRow> mode_table() { return modes; }
 std::span<const OptionRow> option_table() { return options; }
 std::span<const CoefficientRow> coefficient_table() { return coefficients; }
-std::span<const DefaultRow> default_table() { return defaults; }
 
 Params default_params() {
   Params params;

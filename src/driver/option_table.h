@@ -1,7 +1,6 @@
 // driver/option_table.h - the tables of the command line: modes, options and defaults.
-// Here:      what exists and where it is valid; the parser (driver/command_line.h) and both forms
-// of
-//            the help (driver/help.h) read these rows.
+// Here:      what exists and where it is valid; the parser (driver/command_line.h) and the help
+//            (driver/help.h), brief and full, read these rows.
 // Not here:  the long paragraphs of the manual (driver/help_text.h).
 #pragma once
 
@@ -85,11 +84,6 @@ struct OptionRow {
   std::string_view paragraph;  // of the full help; {NAME} stands for a current value
 };
 
-struct DefaultRow {
-  std::string_view key;
-  std::int32_t value;
-};
-
 // A coefficient of the cost function.
 struct CoefficientRow {
   std::string_view name;  // in -cNAME=EXPR and in the help
@@ -102,8 +96,6 @@ std::span<const ModeRow> mode_table();
 std::span<const OptionRow> option_table();
 // In the order of evaluation.
 std::span<const CoefficientRow> coefficient_table();
-// In the order of insertion.
-std::span<const DefaultRow> default_table();
 
 // A store with every key at its default.
 Params default_params();

@@ -13,7 +13,7 @@
 namespace vorel {
 
 // Reads and checks the file. Null after an error; also, without a word below verbosity 1, if the
-// document has no original net of the right type, no page, or contradictory links.
+// document has no original net of the right type or no page.
 template <class Shape>
 std::unique_ptr<Shape> read_pnml(const std::string& file_name);
 
