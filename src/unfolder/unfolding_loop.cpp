@@ -231,11 +231,23 @@ void UnfoldingLoop::drop_relation() {
   stats_.relation_dropped = true;
 }
 
+// A correspondent that was found to be a cut-off later hands on its own.
+void UnfoldingLoop::pass_on_correspondent(EventId cut_off) {
+  EventId& correspondent = process_.event(cut_off).correspondent;
+  while (!non_local_.contains(cut_off) && correspondent != initial_state &&
+         process_.event(correspondent).correspondent != not_cut_off) {
+    const auto several = non_local_.find(correspondent);
+    correspondent = process_.event(correspondent).correspondent;
+    if (several != non_local_.end()) non_local_.emplace(cut_off, several->second);
+  }
+}
+
 void UnfoldingLoop::on_finish() {
   sort_for_entry(cut_offs_);
   ConfigurationOrder& order = workers_.front()->order;
   for (const EventId event : cut_offs_) {
     if (!non_local_.contains(event)) final_states_.resolve(event, order);
+    pass_on_correspondent(event);
     process_.enter(event);
     entered_.push_back(event);
   }

@@ -78,6 +78,7 @@ class UnfoldingLoop {
   void drop_relation_if_full();
   void drop_relation();
   bool must_give_up();
+  void pass_on_correspondent(EventId cut_off);
   void sort_for_entry(std::vector<EventId>& events) const;
 
   const FlatNet& net_;

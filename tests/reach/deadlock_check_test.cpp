@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <functional>
 #include <set>
 #include <string>
@@ -14,6 +13,7 @@
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
 #include "oracle/state_graph.h"
+#include "support/seeds.h"
 
 namespace vorel {
 namespace {
@@ -156,26 +156,19 @@ void compare_with_state_graph(const N& net, std::size_t& with_deadlock) {
   EXPECT_FALSE(run_failed());
 }
 
-// More seeds on demand: VOREL_SEEDS=500 VOREL_FIRST_SEED=1000.
-std::uint64_t environment_number(const char* name, std::uint64_t preset) {
-  const char* text = std::getenv(name);
-  return text == nullptr ? preset : std::strtoull(text, nullptr, 10);
-}
-
 template <class Make>
 void compare_on_seeds(Make make) {
-  const std::uint64_t first = environment_number("VOREL_FIRST_SEED", 1);
-  const std::uint64_t count = environment_number("VOREL_SEEDS", 100);
+  const auto [first, end] = seeds(100);
   testing::internal::CaptureStderr();  // warnings of prefixes without cut-offs
   std::size_t with_deadlock = 0;
-  for (std::uint64_t seed = first; seed < first + count; ++seed) {
+  for (std::uint64_t seed = first; seed < end; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     compare_with_state_graph(make(seed), with_deadlock);
     if (testing::Test::HasFailure()) break;
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr().find("check failed"), std::string::npos);
-  EXPECT_GT(with_deadlock, count / 50);
-  EXPECT_LT(with_deadlock, count);
+  EXPECT_GT(with_deadlock, (end - first) / 50);
+  EXPECT_LT(with_deadlock, end - first);
 }
 
 TEST(DeadlockCheck, AgreesWithTheStateGraphOfRandomNets) {
