@@ -43,10 +43,12 @@ std::optional<std::uint32_t> read_unsigned(std::string_view text) {
 // -cs looks at cores and the number of insertions only, -cl at the logic too. The initializers are
 // in the order of the members.
 CoefficientTexts small_preset(Mode mode) {
+  assert(mode == Mode::resolve || mode == Mode::decomposition);
   if (mode == Mode::resolve) return {"32", "16", "0", "0", "1", "2", "0"};
   return {"0", "0", "0", "0", "1", "2", "0"};
 }
 CoefficientTexts logic_preset(Mode mode) {
+  assert(mode == Mode::resolve || mode == Mode::decomposition);
   if (mode == Mode::resolve) return {"#s*8", "#s*4", "0", "#s*1", "#s*4", "#s*8", "50"};
   return {"0", "0", "0", "#s*32", "#s*1", "#s*2", "8"};
 }
@@ -64,7 +66,6 @@ class CommandLineParser {
   bool apply(const OptionRow& row, std::string_view argument);
   bool apply_flag(const OptionRow& row, std::string_view argument);
   bool apply_digit(const OptionRow& row, std::string_view argument);
-  bool apply_method(const OptionRow& row, std::string_view argument);
   bool apply_all_solutions(const OptionRow& row, std::string_view argument);
   bool apply_coefficients(const OptionRow& row, std::string_view argument);
   bool apply_data(const OptionRow& row, std::string_view argument);
@@ -109,16 +110,11 @@ bool CommandLineParser::apply_digit(const OptionRow& row, std::string_view argum
     return valid_here(row, argument);
   }
   if (argument.size() != 3 || !is_digit(argument[2])) return unrecognized(argument);
+  assert(row.low <= row.high);
   const int value = argument[2] - '0';
-  if (value < row.low || value > row.high) return unrecognized(argument);
-  params_->set(row.key, value);
-  return valid_here(row, argument);
-}
-
-bool CommandLineParser::apply_method(const OptionRow& row, std::string_view argument) {
-  if (argument.size() != 3 || !is_digit(argument[2])) return unrecognized(argument);
-  const int value = argument[2] - '0';
-  if (value < row.low || value > row.high) return invalid_here(argument);
+  if (value < row.low || value > row.high) {
+    return row.kind == OptionKind::method ? invalid_here(argument) : unrecognized(argument);
+  }
   params_->set(row.key, value);
   return valid_here(row, argument);
 }
@@ -171,6 +167,7 @@ bool CommandLineParser::apply_min_cost(const OptionRow& row, std::string_view ar
 }
 
 bool CommandLineParser::apply_gates(std::string_view argument) {
+  assert(argument.starts_with("-g"));
   std::string_view rest = argument.substr(2);
   if (rest.starts_with('!')) {
     params_->set("use_latches", 0);
@@ -192,14 +189,14 @@ bool CommandLineParser::apply_plus_minus(const OptionRow& row, std::string_view 
 }
 
 bool CommandLineParser::apply(const OptionRow& row, std::string_view argument) {
+  assert(argument.size() >= 2 && argument[1] == row.form[1]);
   switch (row.kind) {
     case OptionKind::flag:
       return apply_flag(row, argument);
     case OptionKind::digit:
     case OptionKind::optional_digit:
-      return apply_digit(row, argument);
     case OptionKind::method:
-      return apply_method(row, argument);
+      return apply_digit(row, argument);
     case OptionKind::all_solutions:
       return apply_all_solutions(row, argument);
     case OptionKind::coefficients:

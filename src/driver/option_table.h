@@ -63,7 +63,7 @@ enum class OptionKind : std::uint8_t {
   flag,            // nothing may follow; stores `bare`
   digit,           // one digit from `low` to `high`; stored as it is
   optional_digit,  // the same, or nothing, which stores `bare`
-  method,          // a digit of which only `low` to `high` is valid
+  method,          // a digit; one not from `low` to `high` is known, but invalid
   all_solutions,   // nothing or a number
   coefficients,    // a preset or one expression
   data,            // the next argument
