@@ -103,6 +103,7 @@ bool OutputFile::commit() {
 }
 
 void OutputFile::open_in_place(int flags) {
+  assert(!is_open() && temporary_.empty());
   const int file = open(target_.c_str(), O_WRONLY | O_CLOEXEC | flags);
   if (file >= 0) buffer_ = __gnu_cxx::stdio_filebuf<char>(file, std::ios::out);
 }
@@ -116,6 +117,7 @@ void OutputFile::open_again(const fs::path& path) {
 }
 
 void OutputFile::open_aside() {
+  assert(!is_open() && temporary_.empty());
   for (int number = 0; number < max_temporary_names; ++number) {
     const std::string name = temporary_name(target_, number);
     const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
@@ -131,6 +133,7 @@ void OutputFile::discard() {
   if (is_open()) buffer_.close();
   if (!temporary_.empty()) unlink(temporary_.c_str());
   temporary_.clear();
+  assert(!is_open());
 }
 
 }  // namespace vorel

@@ -54,6 +54,7 @@ std::FILE* create_temporary_file() {
     print_error("failed to create a temporary file (" + name + ")");
     return nullptr;
   }
+  assert(name.substr(name.rfind('/')).starts_with("/_tmp"));
   run_state().temporary_files.push_back(std::move(name));
   return stream;
 }

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cassert>
 #include <cstdint>
 #include <iostream>
 #include <limits>
@@ -41,6 +42,7 @@ void end() {
 
 // With `wait_mode` 1 after errors, with 2 after warnings too, with 3 always.
 void wait_for_user(std::int32_t wait_mode) {
+  assert(0 <= wait_mode && wait_mode <= 3);
   if (raise_severity(0) + static_cast<std::uint32_t>(wait_mode) < 3) return;
   std::cout << "\n Press `Enter'..." << std::flush;
   std::cin.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
@@ -72,6 +74,7 @@ int run_application(int argc, char** argv) {
   finish_output();
   // The end step may warn, which no longer changes the exit code.
   const std::uint32_t exit_code = raise_severity(0);
+  assert(exit_code <= severity_error && "a memory overflow does not come here");
   end();
   return static_cast<int>(exit_code);
 }

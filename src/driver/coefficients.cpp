@@ -33,10 +33,12 @@ void report(std::string_view message, std::string_view context) {
 }
 
 std::uint32_t dummy_count(const Stg& stg) {
+  assert(stg.internals_end <= stg.signals.size());
   return static_cast<std::uint32_t>(stg.signals.size()) - stg.internals_end;
 }
 
 std::optional<std::uint32_t> macro_value(char letter, const Stg& stg) {
+  assert(stg.inputs_end <= stg.outputs_end && stg.outputs_end <= stg.internals_end);
   switch (letter) {
     case 'i':
       return stg.inputs_end;
@@ -125,6 +127,8 @@ Token Scanner::next() {
 }
 
 std::string token_name(char kind) {
+  assert(kind == end_token || kind == number_token ||
+         operator_tokens.find(kind) != operator_tokens.npos);
   if (kind == end_token) return "$end";
   if (kind == number_token) return "NUM";
   return std::string("'") + kind + "'";
@@ -149,7 +153,10 @@ class ExpressionParser {
     if (!lookahead_) lookahead_ = scanner_.next();
     return *lookahead_;
   }
-  void advance() { lookahead_.reset(); }
+  void advance() {
+    assert(lookahead_ && "only what was seen is passed over");
+    lookahead_.reset();
+  }
   bool fail(std::string_view message) {
     report(message, scanner_.context());
     return false;
@@ -235,6 +242,7 @@ std::optional<std::int32_t> ExpressionParser::answer() {
     unexpected(", expecting $end");
     return std::nullopt;
   }
+  assert(depth_ == 0 && "every parenthesis is closed");
   if (scanner_.failed()) return std::nullopt;
   return value;
 }

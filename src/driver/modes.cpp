@@ -1,5 +1,6 @@
 #include "driver/modes.h"
 
+#include <cassert>
 #include <iostream>
 #include <iterator>
 #include <memory>
@@ -67,6 +68,7 @@ void run_without_engine(Params params, P& process) {
 template <class Shape, class Run>
 void run_mode(std::unique_ptr<Shape> (*read)(), Params params, Run run) {
   const std::unique_ptr<Shape> input = read();
+  assert(input == nullptr || !input->valueless_by_exception());
   if (input == nullptr || run_failed()) return;
   std::visit([&](auto& process) { run(std::move(params), process); }, *input);
 }

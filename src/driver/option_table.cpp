@@ -1,5 +1,6 @@
 #include "driver/option_table.h"
 
+#include <iterator>
 #include <limits>
 
 #include "driver/help_text.h"
@@ -23,6 +24,8 @@ constexpr ModeRow modes[] = {
     {"-T", Mode::decomposition, ModeGroup::synthesis,
      "Logic decomposition and technology mapping (experimental)."},
 };
+
+static_assert(std::size(modes) == last_mode);
 
 constexpr ModeSet solution_modes{Mode::deadlock, Mode::reach,        Mode::reach_stg,
                                  Mode::usc,      Mode::csc,          Mode::normalcy,
@@ -82,6 +85,18 @@ constexpr OptionRow options[] = {
     {"-x", OptionKind::only_in_help, "", 0, 0, 0, all_modes, all_modes,
      "Saves the results in vorel.xml.", ""},
 };
+
+constexpr bool are_selected_by_second_character(std::span<const OptionRow> rows) {
+  std::uint64_t seen[2] = {};
+  for (const OptionRow& row : rows) {
+    const auto letter = static_cast<unsigned char>(row.form[1]);
+    const std::uint64_t bit = std::uint64_t{1} << letter % 64;
+    if (row.form[0] != '-' || letter >= 128 || (seen[letter / 64] & bit) != 0) return false;
+    seen[letter / 64] |= bit;
+  }
+  return true;
+}
+static_assert(are_selected_by_second_character(options));
 
 constexpr CoefficientRow coefficients[] = {
     {"csc", &CoefficientTexts::csc, "coeff_CSC_cores"},

@@ -2,6 +2,7 @@
 
 #include <gzstream.h>
 
+#include <cassert>
 #include <iostream>
 
 #include "base/messages.h"
@@ -34,6 +35,7 @@ void deliver_to_text_file(const Report& report, const VerdictMessages& messages,
 
 // Leaves the compressed text where the file is written until it is committed.
 bool print_compressed(const OutputFile& file, const XmlDocument& document) {
+  assert(file.is_open());
   ogzstream stream;  // opened afterwards: its constructor forgets a failure
   stream.open(file.written_path().c_str());
   if (!stream.rdbuf()->is_open()) return false;
@@ -45,10 +47,12 @@ bool print_compressed(const OutputFile& file, const XmlDocument& document) {
 }  // namespace
 
 void Report::print(std::ostream& stream, const VerdictMessages& messages) const {
+  assert(!messages.found.empty() && !messages.empty.empty());
   const bool for_people = is_standard_output(stream);
   if (solutions.empty() && !for_people) stream << "NO\n";
   std::size_t number = 0;
   for (const auto& solution : solutions) {
+    assert(solution != nullptr);
     stream << '\n';
     if (for_people) {
       stream << "SOLUTION " << number++ << ":\n";
@@ -72,6 +76,7 @@ XmlNode* Report::to_xml(XmlDocument& document, const VerdictMessages& messages) 
 
 bool save_results(const Report& report, const VerdictMessages& messages,
                   const std::string& file_name) {
+  assert(!file_name.empty());
   XmlDocument document;
   document.append_node(report.to_xml(document, messages));
   OutputFile file(file_name);

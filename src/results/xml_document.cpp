@@ -34,6 +34,7 @@ constexpr bool is_xml_character(std::uint32_t code) {
 // The length of the UTF-8 form of a character that XML can carry at the start of the text, which is
 // not empty; 0 if there is none.
 std::size_t xml_character_length(std::string_view text) {
+  assert(!text.empty());
   const auto byte = [&](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
   for (const SequenceForm& form : sequence_forms) {
     if ((byte(0) & form.mask) != form.lead) continue;
