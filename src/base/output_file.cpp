@@ -33,10 +33,14 @@ Destination follow_links(fs::path path) {
   return {path};
 }
 
-// A copy of this process's own descriptor that the path names; -1 if it names none that can be
-// written.
+// True for /proc/PID/fd/N with the number of this process.
+bool is_own_descriptor(const fs::path& path) {
+  return path.parent_path() == "/proc/" + std::to_string(getpid()) + "/fd";
+}
+
+// -1 for a descriptor that cannot be written: what it reads from is no place for output.
 int copy_of_descriptor(const fs::path& path) {
-  if (path.parent_path() != "/proc/" + std::to_string(getpid()) + "/fd") return -1;
+  assert(is_own_descriptor(path));
   const std::string digits = path.filename().string();
   int number = -1;
   std::from_chars(digits.data(), digits.data() + digits.size(), number);
@@ -111,9 +115,9 @@ void OutputFile::open_in_place(int flags) {
 // A copy of the descriptor shares its position: what was written stays, and what is written later
 // comes after the text. A file that only another process has open is appended to.
 void OutputFile::open_again(const fs::path& path) {
+  if (!is_own_descriptor(path)) return open_in_place(O_APPEND);
   const int file = copy_of_descriptor(path);
-  if (file < 0) return open_in_place(O_APPEND);
-  buffer_ = __gnu_cxx::stdio_filebuf<char>(file, std::ios::out);
+  if (file >= 0) buffer_ = __gnu_cxx::stdio_filebuf<char>(file, std::ios::out);
 }
 
 void OutputFile::open_aside() {

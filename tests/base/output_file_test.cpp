@@ -148,6 +148,14 @@ TEST_F(OutputFileTest, AnOpenDescriptorKeepsWhatIsWrittenToItBeforeAndAfterwards
   EXPECT_EQ(get("log"), "first\nsecond\nthird\n");
 }
 
+TEST_F(OutputFileTest, ADescriptorThatIsOnlyReadIsRefused) {
+  put("input", "text");
+  std::FILE* open_file = std::fopen(path("input").c_str(), "r");
+  EXPECT_FALSE(save("/proc/self/fd/" + std::to_string(fileno(open_file)), "x"));
+  std::fclose(open_file);
+  EXPECT_EQ(get("input"), "text");
+}
+
 // Root may write everywhere: these run as another user, in a process of their own.
 int save_as_nobody(const std::string& name) {
   const pid_t child = fork();
