@@ -28,8 +28,8 @@ struct RunState {
   std::string output_file_name;  // empty: standard output
   std::string mode_data;         // argument of -d, empty when not given
   CoefficientTexts coefficients;
-  int verbosity = 0;            // 0 to 9; diagnostics test `verbosity >= N`
-  std::uint64_t sat_ticks = 0;  // ticks of base/clock.h spent inside the SAT solver
+  int verbosity = 0;                         // 0 to 9; diagnostics test `verbosity >= N`
+  std::uint64_t sat_ticks = 0;               // ticks of base/clock.h spent inside the SAT solver
   std::vector<std::string> temporary_files;  // in order of creation (base/temporary_files.h)
 };
 
