@@ -1,0 +1,253 @@
+#include "net/g_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "net/mci_reader.h"
+#include "oracle/net_builder.h"
+#include "oracle/parse_g.h"
+#include "oracle/random_stg.h"
+#include "oracle/reference_unfolder.h"
+#include "oracle/state_graph.h"
+#include "support/legacy_files.h"
+#include "support/run_program.h"
+
+namespace vorel {
+namespace {
+
+// Transitions of outputs "x", "y", ... in the small language of these tests: "x+: p -> q" and so on
+// are built by the calls themselves.
+class StgBuilder {
+ public:
+  StgBuilder& transition(const std::string& signal, Sign sign, const std::string& name,
+                         const std::vector<std::string>& from, const std::vector<std::string>& to) {
+    Signal*& label = signals_[signal];
+    if (label == nullptr) label = &builder_.add_signal(signal, SignalKind::output);
+    builder_.add_transition(name).label(*label, sign);
+    for (const std::string& place : from) builder_.consume(place);
+    for (const std::string& place : to) builder_.produce(place);
+    return *this;
+  }
+  StgBuilder& plus(const std::string& signal, const std::vector<std::string>& from,
+                   const std::vector<std::string>& to) {
+    return transition(signal, Sign::plus, signal + "+", from, to);
+  }
+  StgBuilder& minus(const std::string& signal, const std::vector<std::string>& from,
+                    const std::vector<std::string>& to) {
+    return transition(signal, Sign::minus, signal + "-", from, to);
+  }
+  StgBuilder& mark(const std::string& place) {
+    builder_.mark(place);
+    return *this;
+  }
+  Stg finish() { return builder_.finish(); }
+
+ private:
+  oracle::NetBuilder<Stg> builder_;
+  std::map<std::string, Signal*> signals_;
+};
+
+std::string written(const Stg& stg) {
+  std::ostringstream stream;
+  EXPECT_TRUE(write_g(stg, stream));
+  return stream.str();
+}
+
+// What the markings and labels of an STG can do, whatever the names of its places.
+using Behaviour = std::set<std::tuple<std::uint32_t, std::string, Sign, std::uint32_t>>;
+
+// By label only: breadth-first numbers depend on the order of arcs, so states are numbered by a
+// search that takes the arcs in the order of their labels and instances.
+struct Sizes {
+  std::size_t states = 0, deadlocks = 0, transitions = 0, places = 0, tokens = 0;
+  std::multiset<std::string> arcs;  // labels along all arcs of the state graph
+  bool operator==(const Sizes&) const = default;
+};
+Sizes sizes_of(const Stg& stg) {
+  Sizes sizes;
+  const auto graph = oracle::explore(stg);
+  sizes.states = graph.states.size();
+  for (const auto& state : graph.states) {
+    sizes.deadlocks += state.is_deadlock() ? 1 : 0;
+    for (const auto& arc : state.arcs) {
+      const StgTransition& t = *arc.transition;
+      sizes.arcs.insert(t.signal->name + "+-~"[static_cast<std::size_t>(t.sign)] +
+                        "io_d"[static_cast<std::size_t>(t.signal->kind)]);
+    }
+  }
+  sizes.transitions = stg.transitions.size();
+  sizes.places = stg.places.size();
+  for (const auto& place : stg.places) sizes.tokens += place->initial_marking;
+  return sizes;
+}
+
+void expect_same_when_read(const Stg& stg) {
+  const std::string text = written(stg);
+  const auto again = oracle::parse_g(text);
+  ASSERT_TRUE(again) << text;
+  EXPECT_TRUE(sizes_of(*again) == sizes_of(stg)) << text;
+}
+
+TEST(GWriter, TheTextIsThatOfTheFormat) {
+  oracle::NetBuilder<Stg> b;
+  Signal& x = b.add_signal("x", SignalKind::output);
+  Signal& a = b.add_signal("a", SignalKind::input);
+  Signal& d = b.add_signal("d", SignalKind::dummy);
+  b.add_signal("bb", SignalKind::input);
+  b.add_transition("x+").label(x, Sign::plus).consume("p").produce("q").produce("sink");
+  b.add_transition("i.a-/2").label(a, Sign::minus).consume("q").produce("r");
+  b.add_transition("d").label(d, Sign::toggle).consume("r").consume("p").produce("p");
+  b.mark("p");
+  b.mark("q");
+  b.mark("alone");
+  Stg stg = b.finish();
+  stg.places.back()->initial_marking = 2;
+  ASSERT_EQ(stg.places.back()->name, "alone");
+  EXPECT_EQ(written(stg),
+            "\n.inputs a bb\n.outputs x\n.dummy d"
+            "\n\n.graph"
+            "\np d x+"
+            "\nd p"
+            "\nx+ a-/2 sink"
+            "\na-/2 d"
+            "\n\n.marking { p <x+,a-/2> alone=2 }\n.end\n");
+}
+
+TEST(GWriter, RandomStgsAreReadBackWithTheSameBehaviour) {
+  for (std::uint64_t seed = 0; seed < 100; ++seed) {
+    SCOPED_TRACE(seed);
+    expect_same_when_read(
+        oracle::random_stg(seed, {.dummies = seed % 2 == 0, .toggles = seed % 3 == 0}));
+  }
+}
+
+// The second of two parallel places keeps its own marking by keeping its name.
+TEST(GWriter, OfParallelPlacesAllButOneAreWrittenByName) {
+  const Stg stg = StgBuilder()
+                      .plus("x", {"p"}, {"q", "r", "s"})
+                      .minus("x", {"q", "r", "s"}, {"p"})
+                      .mark("p")
+                      .mark("s")
+                      .finish();
+  const std::string text = written(stg);
+  EXPECT_NE(text.find("\nr x-\ns x-\nx+ x- r s\nx- x+\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("{ <x-,x+> s }"), std::string::npos) << text;
+  expect_same_when_read(stg);
+}
+
+TEST(GWriter, TheOneOfParallelPlacesWithTheNameOfThePairIsImplicit) {
+  const Stg stg = StgBuilder()
+                      .plus("x", {"p"}, {"q", "<x+,x->"})
+                      .minus("x", {"q", "<x+,x->"}, {"p"})
+                      .mark("p")
+                      .finish();
+  EXPECT_NE(written(stg).find("\n.graph\nq x-\nx+ q x-\n"), std::string::npos) << written(stg);
+  expect_same_when_read(stg);
+}
+
+// "<x+,x->" has two consumers and must be written; so the place between x+ and x- must be, too. It
+// is called as if it were between y+ and y-, so that those two have no implicit place either.
+TEST(GWriter, APlaceMakesRoomForAWrittenOneOfTheNameThatItWouldHave) {
+  const Stg stg = StgBuilder()
+                      .plus("x", {"p"}, {"<y+,y->"})
+                      .minus("x", {"<y+,y->"}, {"<x+,x->"})
+                      .plus("y", {"<x+,x->"}, {"q"})
+                      .minus("y", {"q"}, {"p"})
+                      .transition("y", Sign::toggle, "y~", {"<x+,x->"}, {"p"})
+                      .mark("<y+,y->")
+                      .finish();
+  const std::string text = written(stg);
+  EXPECT_NE(text.find("\nq y-"), std::string::npos) << text;
+  EXPECT_NE(text.find("\n<x+,x-> y+ y~"), std::string::npos) << text;
+  EXPECT_NE(text.find("\n<y+,y-> x-"), std::string::npos) << text;
+  EXPECT_NE(text.find("{ <y+,y-> }"), std::string::npos) << text;
+  expect_same_when_read(stg);
+}
+
+// The names on the left do not suit the format, with what is written instead.
+TEST(GWriter, TransitionsWhoseNamesDoNotTellThemApartGetNewInstances) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"x+", "x+/1"},    // taken by the other transition
+      {"O.x+", "x+/1"},  // likewise, without its prefix
+      {"t12", "x+/1"},   // no label
+      {"x-/5", "x+/1"},  // another label
+      {"x+/", "x+/1"},    {"x+ /3", "x+/1"}, {"x+/#", "x+/1"},
+      {"x+/a,b", "x+/1"}, {"x+y", "x+/1"},   {"I.x+/1", "x+/1"}};
+  for (const auto& [name, expected] : rows) {
+    const Stg stg = StgBuilder()
+                        .plus("x", {"p"}, {"q"})
+                        .transition("x", Sign::plus, name, {"p"}, {"r"})
+                        .minus("x", {"q"}, {})
+                        .transition("x", Sign::minus, "x-/2", {"r"}, {})
+                        .mark("p")
+                        .finish();
+    const CaughtMessages messages;
+    const std::string text = written(stg);
+    EXPECT_NE(text.find("\n" + expected + " x-/2\n"), std::string::npos) << text;
+    EXPECT_EQ(messages.text().empty(), name == "I.x+/1") << messages.text();
+    expect_same_when_read(stg);
+  }
+}
+
+TEST(GWriter, PlacesThatWouldBeTakenForSomethingElseGetNewNames) {
+  for (const std::string name :
+       {"", "a b", "x", "x+", "x-/7", "x/1", "z+", "p#1", ".end", "a=2", "{", "\x01", "<a", "\\"}) {
+    const Stg stg = StgBuilder()
+                        .plus("x", {name, "place_1"}, {"q"})
+                        .minus("x", {"q"}, {name, "place_1"})
+                        .transition("x", Sign::minus, "x-/2", {"q"}, {name, "place_1"})
+                        .mark(name)
+                        .mark("place_1")
+                        .finish();
+    const CaughtMessages messages;
+    EXPECT_NE(written(stg).find("\nplace_1 x+\n"), std::string::npos);
+    EXPECT_EQ(messages.text(), "\nWarning: 1 name(s) of places do not suit the .g format; \"" +
+                                   name + "\" is written as \"place_2\"\n");
+    expect_same_when_read(stg);
+  }
+}
+
+TEST(GWriter, ASignalWhoseNameDoesNotSuitTheFormatIsAnErrorAndNothingIsWritten) {
+  for (const std::string name : {"", "a b", "a+", "a/b", "<a", "a,b", "#"}) {
+    const Stg stg = StgBuilder().plus(name, {"p"}, {}).finish();
+    const CaughtMessages messages;
+    std::ostringstream stream;
+    EXPECT_FALSE(write_g(stg, stream));
+    EXPECT_EQ(stream.str(), "");
+    EXPECT_EQ(messages.text(),
+              "\nError: the name of signal \"" + name + "\" does not suit the .g format\n");
+  }
+}
+
+TEST(GWriter, TheFilesOfAPrefixAreReadBack) {
+  const TemporaryFolder folder;
+  const auto prefix = oracle::unfold(oracle::random_stg(3));
+  ASSERT_TRUE(prefix);
+  ASSERT_TRUE(save_g(*prefix, folder.path("x.g")));
+  EXPECT_EQ(read_text(folder.path("x.g")), written(*prefix));
+  const CaughtMessages messages;
+  ASSERT_TRUE(save_mci(*prefix, folder.path("x.mci")));
+  const auto again = read_bytes(read_mci_stg, read_text(folder.path("x.mci"))).process;
+  ASSERT_NE(again, nullptr);
+  EXPECT_EQ(statistics(*again), statistics(*prefix));
+}
+
+TEST(GWriter, AFileThatCannotBeWrittenIsAnError) {
+  const auto prefix = oracle::unfold(oracle::random_stg(3));
+  ASSERT_TRUE(prefix);
+  const std::pair<std::string, std::string> rows[] = {
+      {"/dev/full", "\nError: cannot write a file\n"},
+      {"/absent/x", "\nError: cannot open \"/absent/x\" for output\n"}};
+  for (const auto& [name, error] : rows) {
+    const CaughtMessages messages;
+    EXPECT_FALSE(save_g(*prefix, name));
+    EXPECT_EQ(messages.text(), error);
+    EXPECT_FALSE(save_mci(*prefix, name));
+    EXPECT_TRUE(messages.text().ends_with(error));
+  }
+}
+
+}  // namespace
+}  // namespace vorel

@@ -1,0 +1,117 @@
+#include "net/mp_writer.h"
+
+#include <gtest/gtest.h>
+
+#include "net/mp_reader.h"
+#include "oracle/random_net.h"
+#include "oracle/random_stg.h"
+#include "oracle/reference_merger.h"
+#include "oracle/reference_unfolder.h"
+#include "oracle/write_files.h"
+#include "support/legacy_files.h"
+#include "support/process_builder.h"
+
+namespace vorel {
+namespace {
+
+template <class N>
+std::string written(const MergedProcessOf<N>& process) {
+  const CaughtMessages messages;
+  std::ostringstream stream;
+  EXPECT_TRUE(write_mp(process, stream));
+  EXPECT_EQ(messages.text(), deprecation("*.mp"));
+  return stream.str();
+}
+
+TEST(MpWriter, RandomMergedProcessesAreReadBackTheSame) {
+  for (std::uint64_t seed = 0; seed < 40; ++seed) {
+    SCOPED_TRACE(seed);
+    const auto prefix = oracle::unfold(oracle::random_net(seed), 500);
+    if (!prefix) continue;
+    const NetMergedProcess merged = oracle::merge(*prefix);
+    const std::string text = written(merged);
+    EXPECT_EQ(text, oracle::mp_text(merged));
+    const auto again = read_bytes(read_mp_net, text).process;
+    ASSERT_NE(again, nullptr);
+    // The arcs of transitions that never fire are lost.
+    EXPECT_EQ(statistics(*again), statistics(merged));
+    EXPECT_EQ(oracle::mp_text(*again), text);
+  }
+}
+
+// The format keeps the arcs of those transitions only that have events.
+void forget_arcs_of_dead_transitions(StgMergedProcess& process) {
+  const auto clear = [](const auto& list) {
+    for (const auto& node : list) {
+      node->preset.clear();
+      node->postset.clear();
+    }
+  };
+  clear(process.places);
+  clear(process.transitions);
+  rebuild_arcs(process);
+  sort_adjacency(process);
+}
+
+TEST(MpWriter, AnStgIsReadBackWithItsSignals) {
+  for (std::uint64_t seed = 0; seed < 20; ++seed) {
+    SCOPED_TRACE(seed);
+    const auto prefix = oracle::unfold(oracle::random_stg(seed, {.dummies = true}), 500);
+    if (!prefix) continue;
+    StgMergedProcess merged = oracle::merge(*prefix);
+    const auto again = read_bytes(read_mp_stg, written(merged)).process;
+    ASSERT_NE(again, nullptr);
+    forget_arcs_of_dead_transitions(merged);
+    EXPECT_EQ(describe(*again), describe(merged));
+  }
+}
+
+TEST(MpWriter, NamesWithAnythingButALineFeedAreReadBack) {
+  ProcessBuilder<NetMergedProcess> b;
+  for (const std::string& name : {std::string(), std::string(" "), std::string("a\rb\r"),
+                                  std::string("\0\x01", 2), std::string("<\"&")}) {
+    b.event(name, {&b.condition(name, 1)}, {});
+  }
+  const NetMergedProcess& process = b.finish();
+  const auto again = read_bytes(read_mp_net, written(process)).process;
+  ASSERT_NE(again, nullptr);
+  EXPECT_EQ(describe(*again), describe(process));
+}
+
+TEST(MpWriter, WhatTheFormatCannotHoldIsAnErrorAndNothingIsWritten) {
+  ProcessBuilder<NetMergedProcess> line_feed, deep_token, empty_preset;
+  line_feed.condition("a\nb", 1);
+  deep_token.condition("p", 1, 2);
+  empty_preset.event("t", {}, {&empty_preset.condition("p")});
+  const std::pair<const NetMergedProcess*, std::string> rows[] = {
+      {&line_feed.finish(), "a line feed is in the name \"a\nb\""},
+      {&deep_token.finish(), "c0 is marked at depth 2"},
+      {&empty_preset.finish(), "e0 has an empty preset"}};
+  for (const auto& [process, reason] : rows) {
+    const CaughtMessages messages;
+    std::ostringstream stream;
+    EXPECT_FALSE(write_mp(*process, stream));
+    EXPECT_EQ(stream.str(), "");
+    EXPECT_EQ(messages.text(),
+              deprecation("*.mp") +
+                  "\nError: the merged process cannot be written in the *.mp format: " + reason +
+                  "\n");
+  }
+}
+
+TEST(MpWriter, AFileThatCannotBeWrittenIsAnError) {
+  ProcessBuilder<NetMergedProcess> b;
+  b.condition("p", 1);
+  const NetMergedProcess& process = b.finish();
+  const std::pair<std::string, std::string> rows[] = {
+      {"/dev/full", "\nError: cannot write a file\n"},
+      {"/absent/x.mp", "\nError: cannot open \"/absent/x.mp\" for output\n"}};
+  for (const auto& [name, error] : rows) {
+    const CaughtMessages messages;
+    EXPECT_FALSE(save_mp(process, name));
+    EXPECT_TRUE(messages.text().ends_with(error)) << messages.text();
+  }
+}
+
+}  // namespace
+}  // namespace vorel
