@@ -5,10 +5,12 @@
 
 namespace vorel {
 
-CoSetFinder::CoSetFinder(const BranchingProcess& process, Found found)
+CoSetFinder::CoSetFinder(const BranchingProcess& process, Found found,
+                         std::function<bool()> must_stop)
     : process_{process},
       net_{process.net()},
       found_{std::move(found)},
+      must_stop_{std::move(must_stop)},
       past_{process},
       older_(net_.place_count),
       listed_(net_.place_count) {}
@@ -33,7 +35,10 @@ void CoSetFinder::run(EventId e, const ConcurrencyRelation* relation) {
   }
   for (ConditionId newest = first_; newest < end_; ++newest) {
     check_safety(newest);
-    for (const TransitionId t : net_.consumers[process_.place(newest)]) complete(t, newest);
+    for (const TransitionId t : net_.consumers[process_.place(newest)]) {
+      if (must_stop_()) return;
+      complete(t, newest);
+    }
   }
 }
 
@@ -118,6 +123,7 @@ void CoSetFinder::choose(std::size_t depth) {
   const auto fewest = std::ranges::min_element(open, {}, &List::size);
   std::swap(*fewest, open.back());
   for (const ConditionId candidate : open.back()) {
+    if (must_stop_()) return;
     chosen_.push_back(candidate);
     const bool is_new = candidate >= first_;  // then the candidates have been tested against it
     if (!is_new && relation_ == nullptr) past_.push(candidate);

@@ -18,6 +18,7 @@
 #include "unfolder/branching_process.h"
 #include "unfolder/concurrency_relation.h"
 #include "unfolder/marked_past.h"
+#include "unfolder/stop_check.h"
 
 namespace vorel {
 
@@ -28,10 +29,10 @@ class CoSetFinder {
   // Two concurrent conditions of one place, the younger one first.
   using UnsafePair = std::pair<ConditionId, ConditionId>;
 
-  CoSetFinder(const BranchingProcess& process, Found found);
+  CoSetFinder(const BranchingProcess& process, Found found, std::function<bool()> must_stop);
 
   // Presets completed by the new conditions of an event in the prefix, or by the initial ones
-  // (no_event). Without a relation (null) pasts are marked instead.
+  // (no_event). Without a relation (null) pasts are marked instead. Some only, if it has to stop.
   void run(EventId e, const ConcurrencyRelation* relation);
 
   // The first unsafe pair that the last run met.
@@ -55,6 +56,7 @@ class CoSetFinder {
   const BranchingProcess& process_;
   const FlatNet& net_;
   const Found found_;
+  StopCheck must_stop_;
 
   EventId event_ = no_event;  // whose new conditions are first_ .. end_ - 1
   ConditionId first_ = 0, end_ = 0;

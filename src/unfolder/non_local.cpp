@@ -44,6 +44,7 @@ std::vector<PlaceId> NonLocalSearch::final_marking(EventId event) {
 bool NonLocalSearch::choose(std::size_t next) {
   if (next == places_.size()) return accept();
   for (const ConditionId c : process_.conditions_of(places_[next])) {
+    if (must_stop_()) return false;
     if (!past_.fits(c)) continue;
     past_.push(c);
     chosen_.push_back(c);

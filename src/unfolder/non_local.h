@@ -7,12 +7,15 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <utility>
 #include <vector>
 
 #include "unfolder/branching_process.h"
 #include "unfolder/configuration_order.h"
 #include "unfolder/marked_past.h"
+#include "unfolder/stop_check.h"
 
 namespace vorel {
 
@@ -22,11 +25,12 @@ using NonLocalCorrespondents = std::map<EventId, std::vector<EventId>>;
 // Scratch of one worker.
 class NonLocalSearch {
  public:
-  NonLocalSearch(const BranchingProcess& process, ConfigurationOrder& order)
-      : process_{process}, order_{order}, past_{process} {}
+  NonLocalSearch(const BranchingProcess& process, ConfigurationOrder& order,
+                 std::function<bool()> must_stop)
+      : process_{process}, order_{order}, must_stop_{std::move(must_stop)}, past_{process} {}
 
   // True if a smaller configuration of the prefix has the final state of the event, which is not
-  // in the prefix yet; `correspondents` become its events.
+  // in the prefix yet; `correspondents` become its events. False also if it has to stop.
   bool find(EventId event, std::vector<EventId>& correspondents);
 
  private:
@@ -36,6 +40,7 @@ class NonLocalSearch {
 
   const BranchingProcess& process_;
   ConfigurationOrder& order_;
+  StopCheck must_stop_;
   MarkedPast past_;
   EventId event_ = no_event;
   std::vector<PlaceId> places_;  // the marking to be reached, fewest conditions first

@@ -85,9 +85,13 @@ bool Unfolder<N>::report(UnfoldOutcome outcome) const {
       print_error("the prefix has more than " + std::to_string(options_.max_events) + " events");
       return false;
     case UnfoldOutcome::out_of_time:
+      print_error(
+          format_message("the prefix is not complete after %g seconds", options_.max_seconds));
+      return false;
+    case UnfoldOutcome::too_few_threads:
       break;
   }
-  print_error(format_message("the prefix is not complete after %g seconds", options_.max_seconds));
+  print_error("cannot start " + std::to_string(options_.number_of_threads) + " threads");
   return false;
 }
 

@@ -13,8 +13,9 @@ UnfoldingLoop::Worker::Worker(UnfoldingLoop& owner)
       order{owner.process_, owner.options_},
       finder{
           owner.process_,
-          [this](TransitionId t, std::span<const ConditionId> preset) { add_to_queue(t, preset); }},
-      non_local{owner.process_, order} {}
+          [this](TransitionId t, std::span<const ConditionId> preset) { add_to_queue(t, preset); },
+          [&owner] { return owner.must_give_up(); }},
+      non_local{owner.process_, order, [&owner] { return owner.must_give_up(); }} {}
 
 void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const ConditionId> preset) {
   UnfoldedEvent event;
@@ -48,13 +49,14 @@ UnfoldingLoop::UnfoldingLoop(const FlatNet& net, const UnfoldOptions& options, C
 UnfoldingLoop::~UnfoldingLoop() = default;
 
 UnfoldOutcome UnfoldingLoop::run() {
+  if (pool_.size() < options_.number_of_threads) return UnfoldOutcome::too_few_threads;
   start_ticks_ = ticks_now();
   extend_with(*workers_.front(), no_event);
   collect_batch();
   bool stopped = should_stop();
   while (!stopped && !batch_.empty() && !must_give_up()) {
     if (options_.non_local_correspondents) find_non_local_cut_offs();
-    if (!batch_.empty()) {
+    if (!batch_.empty() && !must_give_up()) {
       add_batch();
       extend_batch();
     }
@@ -72,14 +74,20 @@ UnfoldOutcome UnfoldingLoop::run() {
   return outcome_;
 }
 
-// True once the run has to end without a result.
+// The first reason stays.
+void UnfoldingLoop::give_up(UnfoldOutcome outcome) {
+  UnfoldOutcome none = UnfoldOutcome::complete;
+  outcome_.compare_exchange_strong(none, outcome);
+}
+
+// True once the run has to end without a result. All workers ask.
 bool UnfoldingLoop::must_give_up() {
   if (outcome_ != UnfoldOutcome::complete) return true;
   if (options_.max_events != 0 && process_.event_count() > options_.max_events) {
-    outcome_ = UnfoldOutcome::too_many_events;
+    give_up(UnfoldOutcome::too_many_events);
   } else if (options_.max_seconds > 0 &&
              seconds_of(ticks_now() - start_ticks_) > options_.max_seconds) {
-    outcome_ = UnfoldOutcome::out_of_time;
+    give_up(UnfoldOutcome::out_of_time);
   }
   return outcome_ != UnfoldOutcome::complete;
 }
@@ -98,6 +106,7 @@ void UnfoldingLoop::extend_batch() {
   const auto group_count = static_cast<std::uint32_t>(group_starts_.size() - 1);
   pool_.run(group_count, [this](std::uint32_t worker, std::uint32_t group) {
     for (std::uint32_t i = group_starts_[group]; i < group_starts_[group + 1]; ++i) {
+      if (must_give_up()) return;
       extend_with(*workers_[worker], batch_[i]);
     }
   });
@@ -138,6 +147,7 @@ void UnfoldingLoop::find_non_local_cut_offs() {
   std::vector<std::vector<EventId>> found(batch_size);
   std::vector<std::uint8_t> is_cut_off(batch_size);
   pool_.run(batch_size, [&](std::uint32_t worker, std::uint32_t i) {
+    if (must_give_up()) return;
     is_cut_off[i] = workers_[worker]->non_local.find(batch_[i], found[i]);
   });
   for (std::uint32_t i = 0; i < batch_size; ++i) {

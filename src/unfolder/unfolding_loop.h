@@ -26,7 +26,13 @@
 
 namespace vorel {
 
-enum class UnfoldOutcome : std::uint8_t { complete, unsafe, too_many_events, out_of_time };
+enum class UnfoldOutcome : std::uint8_t {
+  complete,
+  unsafe,
+  too_many_events,
+  out_of_time,
+  too_few_threads,  // the system does not start as many as asked for
+};
 
 class UnfoldingLoop {
  public:
@@ -77,6 +83,7 @@ class UnfoldingLoop {
   void form_groups();
   void drop_relation_if_full();
   void drop_relation();
+  void give_up(UnfoldOutcome outcome);
   bool must_give_up();
   void pass_on_correspondent(EventId cut_off);
   void sort_for_entry(std::vector<EventId>& events) const;

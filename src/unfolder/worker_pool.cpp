@@ -1,13 +1,18 @@
 #include "unfolder/worker_pool.h"
 
 #include <cassert>
+#include <system_error>
 
 namespace vorel {
 
 WorkerPool::WorkerPool(std::uint32_t worker_count) {
   assert(worker_count >= 1);
-  for (std::uint32_t worker = 1; worker < worker_count; ++worker) {
-    threads_.emplace_back([this, worker] { serve(worker); });
+  threads_.reserve(worker_count - 1);
+  try {
+    for (std::uint32_t worker = 1; worker < worker_count; ++worker) {
+      threads_.emplace_back([this, worker] { serve(worker); });
+    }
+  } catch (const std::system_error&) {  // size() tells
   }
 }
 

@@ -18,6 +18,7 @@ class WorkerPool {
  public:
   using Work = std::function<void(std::uint32_t worker, std::uint32_t item)>;
 
+  // Fewer workers, as size() tells, where the system starts no more threads.
   explicit WorkerPool(std::uint32_t worker_count);
   ~WorkerPool();
   WorkerPool(const WorkerPool&) = delete;
