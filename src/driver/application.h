@@ -1,6 +1,6 @@
 // driver/application.h - one run of the program from start to exit code.
-// Here:      start and end steps, the prompt, the exit code.
-// Not here:  what a mode does (driver/modes.h).
+// Here:      from the command line to the mode; the prompt.
+// Not here:  what a mode does (driver/modes.h), start and end steps (base/program.h).
 #pragma once
 
 namespace vorel {
