@@ -6,12 +6,6 @@
 namespace vorel {
 namespace {
 
-template <class Event>
-std::uint32_t lasting_count(std::span<Event* const> events) {
-  return static_cast<std::uint32_t>(
-      std::ranges::count_if(events, [](const Event* event) { return !event->is_cut_off(); }));
-}
-
 template <class T>
 void sort_unique(std::vector<T*>& list) {
   std::ranges::sort(list, {}, &T::index);
@@ -24,59 +18,62 @@ template <Process P>
 class ConflictCover {
  public:
   explicit ConflictCover(const P& process)
-      : process_{process}, skip_(process.conditions.size()), marked_(process.events.size()) {}
+      : process_{process}, skip_(process.conditions.size()), consumers_(process.conditions.size()) {
+    for (const auto& condition : process.conditions) {
+      consumers_[*condition] = static_cast<std::uint32_t>(
+          std::ranges::count_if(condition->postset, std::not_fn(&Event::is_cut_off)));
+    }
+  }
 
   IndexedBy<typename P::Condition, bool> run() && {
     for (const auto& condition : process_.conditions) {
-      if (!skip_[*condition]) visit(*condition);
+      if (!skip_[*condition])
+        skip_[*condition] = consumers_[*condition] < 2 || is_covered(*condition);
     }
     return std::move(skip_);
   }
 
  private:
   using Condition = typename P::Condition;
+  using Event = typename P::Event;
 
-  void visit(const Condition& condition) {
-    const std::uint32_t consumers = lasting_count<typename P::Event>(condition.postset);
-    if (consumers < 2) {
-      skip_[condition] = true;
-      return;
-    }
-    mark_consumers(condition);
-    for (const Condition* other : rivals_) {
-      if (other->index <= condition.index || skip_[*other]) continue;
-      const std::uint32_t outside = unmarked_consumers(*other);
-      if (outside == 0) {
-        skip_[*other] = true;
-      } else if (lasting_count<typename P::Event>(other->postset) == consumers + outside) {
-        skip_[condition] = true;
-        return;
-      }
-    }
-  }
-
-  // Marks the consumers and collects the conditions that they consume.
-  void mark_consumers(const Condition& condition) {
-    marked_.clear();
+  // Whoever is consumed by all consumers of the condition is in the preset of each: it is enough to
+  // look at the smallest one. Of those with the same consumers only the condition itself stays.
+  bool is_covered(const Condition& condition) {
+    // A damaged file may name a consumer twice; then the constraint says that it never fires.
+    if (std::ranges::adjacent_find(condition.postset) != condition.postset.end()) return false;
     rivals_.clear();
-    for (const auto* event : condition.postset) {
-      if (event->is_cut_off()) continue;
-      marked_.insert(*event);
-      rivals_.insert(rivals_.end(), event->preset.begin(), event->preset.end());
+    for (const Condition* other : smallest_preset(condition)) {
+      const bool has_as_many = consumers_[*other] >= consumers_[condition];
+      if (other != &condition && has_as_many && !skip_[*other]) rivals_.push_back(other);
     }
-    sort_unique(rivals_);
+    for (const Event* event : condition.postset) {
+      if (rivals_.empty()) return false;
+      if (event->is_cut_off()) continue;
+      std::erase_if(rivals_, [event](const Condition* other) {
+        return !std::ranges::binary_search(event->preset, other->index, {}, &Condition::index);
+      });
+    }
+    for (const Condition* other : rivals_) {
+      if (consumers_[*other] > consumers_[condition]) return true;
+      skip_[*other] = true;
+    }
+    return false;
   }
 
-  std::uint32_t unmarked_consumers(const Condition& condition) const {
-    return static_cast<std::uint32_t>(std::ranges::count_if(
-        condition.postset,
-        [this](const auto* event) { return !event->is_cut_off() && !marked_.contains(*event); }));
+  static std::span<Condition* const> smallest_preset(const Condition& condition) {
+    std::span<Condition* const> smallest;
+    for (const Event* event : condition.postset) {
+      if (event->is_cut_off()) continue;
+      if (smallest.empty() || event->preset.size() < smallest.size()) smallest = event->preset;
+    }
+    return smallest;
   }
 
   const P& process_;
   IndexedBy<Condition, bool> skip_;
-  MarkSet<typename P::Event> marked_;
-  std::vector<Condition*> rivals_;  // in conflict over the consumers of the visited condition
+  IndexedBy<Condition, std::uint32_t> consumers_;  // their number, cut-offs left out
+  std::vector<const Condition*> rivals_;           // scratch
 };
 
 }  // namespace

@@ -9,12 +9,8 @@ namespace {
 template <class Consumer>
 class Domination {
  public:
-  Domination(const OwnedList<Consumer>& consumers, std::size_t resource_count)
-      : consumers_{consumers},
-        dominated_(consumers.size()),
-        compared_(consumers.size()),
-        wanted_(resource_count),
-        found_(resource_count) {}
+  explicit Domination(const OwnedList<Consumer>& consumers)
+      : consumers_{consumers}, dominated_(consumers.size()) {}
 
   IndexedBy<Consumer, bool> run() && {
     for (const auto& consumer : consumers_) {
@@ -26,40 +22,27 @@ class Domination {
 
  private:
   // Whoever needs all that this consumer needs is among the consumers of each of its resources: it
-  // is enough to look at the resource with the fewest.
+  // is enough to look at the resource with the fewest. One that needs just the same and has a lower
+  // number has been visited before.
   void visit(const Consumer& consumer) {
-    compared_.clear();
-    wanted_.clear();
-    std::uint32_t size = 0;  // of the preset, without repetitions
-    for (const auto* resource : consumer.preset) size += wanted_.insert(*resource) ? 1 : 0;
     const auto* rarest = *std::ranges::min_element(
         consumer.preset, {}, [](const auto* resource) { return resource->postset.size(); });
     for (const Consumer* other : rarest->postset) {
-      if (other == &consumer || dominated_[*other] || !compared_.insert(*other)) continue;
-      const auto [common, other_size] = compare(*other);
-      if (common < size) continue;
-      dominated_[*other] = other_size > size || other->index > consumer.index;
+      if (other != &consumer && !dominated_[*other] && needs_all_of(*other, consumer))
+        dominated_[*other] = true;
     }
   }
 
-  // How many resources of the visited consumer the other one needs too, and how many in all.
-  std::pair<std::uint32_t, std::uint32_t> compare(const Consumer& other) {
-    found_.clear();
-    std::uint32_t common = 0, all = 0;
-    for (const auto* resource : other.preset) {
-      if (!found_.insert(*resource)) continue;
-      ++all;
-      if (wanted_.contains(*resource)) ++common;
-    }
-    return {common, all};
+  static bool needs_all_of(const Consumer& other, const Consumer& consumer) {
+    if (other.preset.size() < consumer.preset.size()) return false;
+    const auto number = [](const auto* resource) { return resource->index; };
+    return std::ranges::all_of(consumer.preset, [&](const auto* resource) {
+      return std::ranges::binary_search(other.preset, resource->index, {}, number);
+    });
   }
-
-  using Resource = std::remove_pointer_t<decltype(std::declval<Consumer&>().preset.front())>;
 
   const OwnedList<Consumer>& consumers_;
   IndexedBy<Consumer, bool> dominated_;
-  MarkSet<Consumer> compared_;
-  MarkSet<Resource> wanted_, found_;
 };
 
 // The complements of the literals of the preset's producers; false if one of them is a cut-off, so
@@ -133,26 +116,60 @@ IndexedBy<typename P::NetType::Transition, bool> transitions_with_events(const P
   return occurs;
 }
 
+// Literals one of which is true exactly if the condition has been consumed. Each of n rivals for a
+// condition has a clause that holds them all: where there are many they share one literal, or the
+// clauses would have n * n literals.
+template <Process P>
+class ConsumedLits {
+ public:
+  ConsumedLits(const P& process, ConfigurationVars<P>& vars, ClauseGroup group)
+      : vars_{vars}, group_{group}, shared_(process.conditions.size()) {}
+
+  void append(const typename P::Condition& condition, Lits& clause) {
+    if (condition.postset.size() <= max_listed) {
+      append_consumers(condition, clause);
+      return;
+    }
+    LitCell& cell = shared_[condition];
+    if (!cell.serves(+1)) {
+      consumers_.clear();
+      append_consumers(condition, consumers_);
+      vars_.formula.define_gate(cell, GateOr, consumers_, group_, +1);
+    }
+    clause.push_back(cell.lit);
+  }
+
+ private:
+  static constexpr std::size_t max_listed = 32;
+
+  void append_consumers(const typename P::Condition& condition, Lits& lits) {
+    for (const auto* consumer : condition.postset) {
+      if (!consumer->is_cut_off()) lits.push_back(event_lit(vars_, *consumer));
+    }
+  }
+
+  ConfigurationVars<P>& vars_;
+  const ClauseGroup group_;
+  IndexedBy<typename P::Condition, LitCell> shared_;
+  Lits consumers_;  // scratch
+};
+
 }  // namespace
 
 template <class Consumer>
-IndexedBy<Consumer, bool> dominated_consumers(const OwnedList<Consumer>& consumers,
-                                              std::size_t resource_count) {
-  return Domination<Consumer>(consumers, resource_count).run();
+IndexedBy<Consumer, bool> dominated_consumers(const OwnedList<Consumer>& consumers) {
+  return Domination<Consumer>(consumers).run();
 }
 
 template <Process P>
 void encode_deadlock_with_cutoffs(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
-  const auto dominated = dominated_consumers(process.events, process.conditions.size());
+  const auto dominated = dominated_consumers(process.events);
+  ConsumedLits<P> consumed(process, vars, group);
   Lits clause;
   for (const auto& event : process.events) {
     clause.clear();
     if (dominated[*event] || !append_unfired_producers(vars, *event, clause)) continue;
-    for (const auto* condition : event->preset) {
-      for (const auto* consumer : condition->postset) {
-        if (!consumer->is_cut_off()) clause.push_back(event_lit(vars, *consumer));
-      }
-    }
+    for (const auto* condition : event->preset) consumed.append(*condition, clause);
     vars.formula.add_clause(clause, group);
   }
 }
@@ -160,7 +177,7 @@ void encode_deadlock_with_cutoffs(const P& process, ConfigurationVars<P>& vars, 
 template <Process P>
 void encode_deadlock_ignoring_cutoffs(const P& process, ConfigurationVars<P>& vars,
                                       ClauseGroup group) {
-  const auto dominated = dominated_consumers(process.transitions, process.places.size());
+  const auto dominated = dominated_consumers(process.transitions);
   const auto occurs = transitions_with_events(process);
   const PlaceInstances<P> instances(process);
   Lits clause;
@@ -181,12 +198,9 @@ void encode_deadlock_ignoring_cutoffs(const P& process, ConfigurationVars<P>& va
 VOREL_FOR_EACH_PREFIX(INSTANTIATE)
 #undef INSTANTIATE
 
-template IndexedBy<Transition, bool> dominated_consumers(const OwnedList<Transition>&, std::size_t);
-template IndexedBy<StgTransition, bool> dominated_consumers(const OwnedList<StgTransition>&,
-                                                            std::size_t);
-template IndexedBy<EventOf<Net>, bool> dominated_consumers(const OwnedList<EventOf<Net>>&,
-                                                           std::size_t);
-template IndexedBy<EventOf<Stg>, bool> dominated_consumers(const OwnedList<EventOf<Stg>>&,
-                                                           std::size_t);
+template IndexedBy<Transition, bool> dominated_consumers(const OwnedList<Transition>&);
+template IndexedBy<StgTransition, bool> dominated_consumers(const OwnedList<StgTransition>&);
+template IndexedBy<EventOf<Net>, bool> dominated_consumers(const OwnedList<EventOf<Net>>&);
+template IndexedBy<EventOf<Stg>, bool> dominated_consumers(const OwnedList<EventOf<Stg>>&);
 
 }  // namespace vorel

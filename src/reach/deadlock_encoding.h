@@ -23,7 +23,6 @@ void encode_deadlock_ignoring_cutoffs(const P& process, ConfigurationVars<P>& va
 // The consumers (events, or transitions of a net) whose preset contains that of another one, or
 // equals that of a lower-numbered one: disabled whenever the other one is.
 template <class Consumer>
-IndexedBy<Consumer, bool> dominated_consumers(const OwnedList<Consumer>& consumers,
-                                              std::size_t resource_count);
+IndexedBy<Consumer, bool> dominated_consumers(const OwnedList<Consumer>& consumers);
 
 }  // namespace vorel

@@ -13,6 +13,7 @@
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
 #include "oracle/state_graph.h"
+#include "support/process_builder.h"
 #include "support/seeds.h"
 
 namespace vorel {
@@ -115,17 +116,21 @@ void expect_right_answers(const P& process, const Truth& truth) {
   const bool has_deadlock = !truth.deadlocks.empty();
   for (const int method : {0, 1, 2}) {
     for (const int restrict_branching : {0, 1}) {
-      const Probe<P> one(
-          process, params_with({{"method", method}, {"restrict_branching", restrict_branching}}));
+      const auto with = [&](int min_cost) {
+        return params_with({{"method", method},
+                            {"restrict_branching", restrict_branching},
+                            {"min_cost", min_cost}});
+      };
+      const Probe<P> one(process, with(0));
       EXPECT_EQ(!one.traces.empty(), has_deadlock) << "method " << method;
       for (const Trace& trace : one.traces) {
         EXPECT_TRUE(truth.deadlocks.contains(end_of(process, trace)));
       }
-    }
-    const Probe<P> shortest(process, params_with({{"method", method}, {"min_cost", 1}}));
-    ASSERT_EQ(!shortest.traces.empty(), has_deadlock);
-    if (has_deadlock) {
-      EXPECT_EQ(shortest.traces[0].size(), truth.shortest);
+      const Probe<P> shortest(process, with(1));
+      ASSERT_EQ(!shortest.traces.empty(), has_deadlock);
+      if (has_deadlock) {
+        EXPECT_EQ(shortest.traces[0].size(), truth.shortest);
+      }
     }
   }
 }
@@ -134,10 +139,14 @@ template <Process P>
 void expect_all_solutions(const P& process, const Truth& truth) {
   const std::size_t expected = count_dead_configurations(process);
   for (const int method : {1, 2}) {
-    const Probe<P> all(process, params_with({{"method", method}, {"all_solutions", -1}}));
-    EXPECT_EQ(all.traces.size(), expected);
-    EXPECT_EQ(event_sets_of(all.traces).size(), expected) << "a solution is listed twice";
-    EXPECT_EQ(ends_of(process, all.traces), truth.deadlocks);
+    for (const int restrict_branching : {0, 1}) {
+      const Probe<P> all(process, params_with({{"method", method},
+                                               {"restrict_branching", restrict_branching},
+                                               {"all_solutions", -1}}));
+      EXPECT_EQ(all.traces.size(), expected);
+      EXPECT_EQ(event_sets_of(all.traces).size(), expected) << "a solution is listed twice";
+      EXPECT_EQ(ends_of(process, all.traces), truth.deadlocks);
+    }
     const Probe<P> some(process, params_with({{"method", method}, {"all_solutions", 2}}));
     EXPECT_EQ(some.traces.size(), std::min<std::size_t>(2, expected));
   }
@@ -184,6 +193,27 @@ TEST(DeadlockCheck, AgreesWithTheStateGraphWhereShortcutsGoWrong) {
   }
   compare_with_state_graph(oracle::philosophers(4), with_deadlock);
   compare_with_state_graph(oracle::token_ring(3, 3), with_deadlock);
+  testing::internal::GetCapturedStderr();
+}
+
+// So many rivals that their constraints share what they have in common.
+TEST(DeadlockCheck, AgreesWithTheStateGraphOfAWideChoice) {
+  ProcessBuilder<NetPrefix> b;
+  auto& choice = b.condition("choice");
+  auto& other = b.condition("other");
+  for (int i = 0; i < 40; ++i) {
+    const std::string number = std::to_string(i);
+    auto& own = b.condition("own" + number);
+    auto& chosen = b.condition("chosen" + number);
+    b.event("choose" + number, {&choice, &own}, {&chosen});
+    if (i % 8 == 0) b.event("take" + number, {&other, &chosen}, {&b.condition("end" + number)});
+  }
+  b.finish();
+  testing::internal::CaptureStderr();  // no cut-offs
+  const Truth truth = truth_of<Net>(*b.process);
+  EXPECT_EQ(truth.deadlocks.size(), 40u);
+  expect_right_answers(*b.process, truth);
+  expect_all_solutions(*b.process, truth);
   testing::internal::GetCapturedStderr();
 }
 
