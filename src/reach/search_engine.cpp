@@ -118,7 +118,8 @@ bool SearchEngine<P>::search_all() {
     // -1 stands for all: as an unsigned number, the highest limit.
     enumerate(
         formula_, solution_literals(), formula_.group(0),
-        [this](const Cube&) { record_solution(); }, static_cast<std::uint32_t>(all_solutions_));
+        [this](const LiteralCube&) { record_solution(); },
+        static_cast<std::uint32_t>(all_solutions_));
   }
   return !report_.solutions.empty();
 }

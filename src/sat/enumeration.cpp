@@ -22,11 +22,11 @@ CubeValue cube_value(const CnfFormula& formula, Lit lit) {
 // The literal that is true when `lit` has the value.
 Lit literal_for(Lit lit, CubeValue value) { return lit ^ (value == CubeValue::no); }
 
-void enumerate_sets(CnfFormula& formula, std::span<const Lit> lits, std::vector<Cube>& cubes,
+void enumerate_sets(CnfFormula& formula, std::span<const Lit> lits, std::vector<LiteralCube>& cubes,
                     ClauseGroup group, CubeValue listed) {
   Lits clause;
   while (!run_failed() && formula.solve()) {
-    Cube cube(lits.size(), listed);
+    LiteralCube cube(lits.size(), listed);
     clause.clear();
     for (std::size_t i = 0; i < lits.size(); ++i) {
       if (cube_value(formula, lits[i]) == listed)
@@ -46,7 +46,7 @@ void enumerate(CnfFormula& formula, std::span<const Lit> lits, ClauseGroup group
                const CubeCallback& callback, std::uint64_t limit) {
   Lits clause;
   for (; limit > 0 && !run_failed() && formula.solve(); --limit) {
-    Cube cube(lits.size(), CubeValue::any);
+    LiteralCube cube(lits.size(), CubeValue::any);
     clause.clear();
     for (std::size_t i = 0; i < lits.size(); ++i) {
       const CubeValue value = cube_value(formula, lits[i]);
@@ -58,20 +58,20 @@ void enumerate(CnfFormula& formula, std::span<const Lit> lits, ClauseGroup group
   }
 }
 
-void enumerate_false(CnfFormula& formula, std::span<const Lit> lits, std::vector<Cube>& cubes,
-                     ClauseGroup group) {
+void enumerate_false(CnfFormula& formula, std::span<const Lit> lits,
+                     std::vector<LiteralCube>& cubes, ClauseGroup group) {
   enumerate_sets(formula, lits, cubes, group, CubeValue::no);
 }
 
-void enumerate_true(CnfFormula& formula, std::span<const Lit> lits, std::vector<Cube>& cubes,
+void enumerate_true(CnfFormula& formula, std::span<const Lit> lits, std::vector<LiteralCube>& cubes,
                     ClauseGroup group) {
   enumerate_sets(formula, lits, cubes, group, CubeValue::yes);
 }
 
-void require_cubes(CnfFormula& formula, std::span<const Cube> cubes, std::span<const Lit> lits,
-                   ClauseGroup group) {
+void require_cubes(CnfFormula& formula, std::span<const LiteralCube> cubes,
+                   std::span<const Lit> lits, ClauseGroup group) {
   Lits clause;
-  for (const Cube& cube : cubes) {
+  for (const LiteralCube& cube : cubes) {
     assert(cube.size() == lits.size());
     clause.clear();
     for (std::size_t i = 0; i < lits.size(); ++i)

@@ -10,11 +10,11 @@
 #include <vector>
 
 #include "sat/cnf_formula.h"
-#include "sat/cube.h"
+#include "sat/literal_cube.h"
 
 namespace vorel {
 
-using CubeCallback = std::function<void(const Cube&)>;
+using CubeCallback = std::function<void(const LiteralCube&)>;
 
 // Calls back, with the model in place, for each assignment of the literals that some model has, at
 // most `limit` times. The blocking clauses stay in the group.
@@ -23,14 +23,14 @@ void enumerate(CnfFormula& formula, std::span<const Lit> lits, ClauseGroup group
 
 // Lists sets of false literals: each next model makes a literal true that was false in each model
 // before. A cube says false or any.
-void enumerate_false(CnfFormula& formula, std::span<const Lit> lits, std::vector<Cube>& cubes,
-                     ClauseGroup group);
+void enumerate_false(CnfFormula& formula, std::span<const Lit> lits,
+                     std::vector<LiteralCube>& cubes, ClauseGroup group);
 // The dual. A cube says true or any.
-void enumerate_true(CnfFormula& formula, std::span<const Lit> lits, std::vector<Cube>& cubes,
+void enumerate_true(CnfFormula& formula, std::span<const Lit> lits, std::vector<LiteralCube>& cubes,
                     ClauseGroup group);
 
 // For each cube, one of the literals that it speaks of has the value that it says.
-void require_cubes(CnfFormula& formula, std::span<const Cube> cubes, std::span<const Lit> lits,
-                   ClauseGroup group);
+void require_cubes(CnfFormula& formula, std::span<const LiteralCube> cubes,
+                   std::span<const Lit> lits, ClauseGroup group);
 
 }  // namespace vorel

@@ -35,7 +35,7 @@ std::set<EventNumbers> models_of(
     if (!event->is_cut_off()) lits.push_back(event_lit(vars, *event));
   }
   std::set<EventNumbers> models;
-  const auto record = [&](const Cube&) {
+  const auto record = [&](const LiteralCube&) {
     EventNumbers numbers;
     for (const auto* event : decode_events(process, vars)) numbers.insert(event->index);
     EXPECT_TRUE(models.insert(numbers).second) << "a model is listed twice";

@@ -34,7 +34,7 @@ std::string pattern(std::span<const Lit> lits, Assignment a) {
   return text;
 }
 
-std::string pattern(const Cube& cube) {
+std::string pattern(const LiteralCube& cube) {
   std::string text;
   for (std::size_t i = 0; i < cube.size(); ++i) text += "01-"[static_cast<int>(cube[i])];
   return text;
@@ -52,7 +52,7 @@ TEST(Enumeration, ListsEachAssignmentOfTheLiteralsOnce) {
     std::vector<std::string> found;
     enumerate(
         f.formula, lits, f.formula.group(0),
-        [&](const Cube& cube) { found.push_back(pattern(cube)); }, no_limit);
+        [&](const LiteralCube& cube) { found.push_back(pattern(cube)); }, no_limit);
     EXPECT_EQ(found.size(), expected.size());
     EXPECT_EQ(std::set<std::string>(found.begin(), found.end()), expected);
   }
@@ -63,7 +63,7 @@ TEST(Enumeration, StopsAtTheLimit) {
   for (const std::uint64_t limit : {0u, 1u, 3u}) {
     std::uint64_t calls = 0;
     enumerate(
-        f.formula, fixing(3, 0), f.formula.group(0), [&](const Cube&) { ++calls; }, limit);
+        f.formula, fixing(3, 0), f.formula.group(0), [&](const LiteralCube&) { ++calls; }, limit);
     EXPECT_EQ(calls, limit);
     f.formula.renew_group(f.formula.group(0));
   }
@@ -73,7 +73,7 @@ TEST(Enumeration, WithoutLiteralsThereIsOneSolution) {
   FormulaOf f(3);
   int calls = 0;
   enumerate(
-      f.formula, {}, f.formula.group(0), [&](const Cube&) { ++calls; }, no_limit);
+      f.formula, {}, f.formula.group(0), [&](const LiteralCube&) { ++calls; }, no_limit);
   EXPECT_EQ(calls, 1);
 }
 
@@ -81,7 +81,7 @@ TEST(Enumeration, StopsWhenTheCallbackReportsAnError) {
   const auto run = [] {
     FormulaOf f(3);
     int calls = 0;
-    const auto fail = [&](const Cube&) { ++calls, print_error("failed on purpose"); };
+    const auto fail = [&](const LiteralCube&) { ++calls, print_error("failed on purpose"); };
     enumerate(f.formula, fixing(3, 0), f.formula.group(0), fail, no_limit);
     std::exit(calls);
   };
@@ -96,19 +96,19 @@ void check_sets(bool listed) {
     RandomFormula f(random, 6, random.below(12));
     const Lits lits = random_lits(random, f.inputs, 1 + random.below(5));
     const ClauseGroup group = f.formula.group(0);
-    std::vector<Cube> cubes;
+    std::vector<LiteralCube> cubes;
     if (listed)
       enumerate_true(f.formula, lits, cubes, group);
     else
       enumerate_false(f.formula, lits, cubes, group);
-    const auto differs = [&](const Cube& cube, Assignment a) {
+    const auto differs = [&](const LiteralCube& cube, Assignment a) {
       for (std::size_t i = 0; i < lits.size(); ++i)
         if (cube[i] != CubeValue::any && holds(lits[i], a) != listed) return true;
       return false;
     };
     std::size_t models_left = 0;
     for (Assignment a = 0; a < f.assignment_count(); ++a) {
-      const auto differs_from = [&](const Cube& cube) { return differs(cube, a); };
+      const auto differs_from = [&](const LiteralCube& cube) { return differs(cube, a); };
       if (f.is_model(a) && std::ranges::all_of(cubes, differs_from)) ++models_left;
     }
     EXPECT_EQ(models_left, 0u);
@@ -130,7 +130,7 @@ TEST(Enumeration, SetsOfTrueLiteralsCoverAllModels) { check_sets(true); }
 
 TEST(Enumeration, RequiredCubesAreEachMetSomewhere) {
   FormulaOf f(3);
-  std::vector<Cube> cubes(2, Cube(3, CubeValue::any));
+  std::vector<LiteralCube> cubes(2, LiteralCube(3, CubeValue::any));
   cubes[0].set(0, CubeValue::yes);
   cubes[0].set(2, CubeValue::no);
   cubes[1].set(1, CubeValue::no);
@@ -138,8 +138,8 @@ TEST(Enumeration, RequiredCubesAreEachMetSomewhere) {
   for (Assignment a = 0; a < 8; ++a) EXPECT_EQ(f.possible(a), (a & 2) == 0 && (a & 5) != 4) << a;
 }
 
-TEST(Cube, KeepsMoreThanOneWordOfValues) {
-  Cube cube(70, CubeValue::yes);
+TEST(LiteralCube, KeepsMoreThanOneWordOfValues) {
+  LiteralCube cube(70, CubeValue::yes);
   cube.set(31, CubeValue::any);
   cube.set(64, CubeValue::no);
   std::string expected(70, '1');

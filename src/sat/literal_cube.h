@@ -1,4 +1,4 @@
-// sat/cube.h - what is known of the values of a list of literals, two bits each.
+// sat/literal_cube.h - what is known of the values of a list of literals, two bits each.
 #pragma once
 
 #include <cassert>
@@ -9,9 +9,9 @@ namespace vorel {
 
 enum class CubeValue : std::uint8_t { no = 0, yes = 1, any = 2 };
 
-class Cube {
+class LiteralCube {
  public:
-  Cube(std::size_t size, CubeValue value)
+  LiteralCube(std::size_t size, CubeValue value)
       : size_{size}, words_((size + per_word - 1) / per_word, spread(value)) {}
 
   std::size_t size() const { return size_; }
