@@ -236,7 +236,7 @@ void MiniSatSolver::visit_clauses(const ClauseVisitor& visit) const {
     return;
   }
   state_->core.visit(visit);
-  state_->assemble_assumptions();
+  guarded([&] { state_->assemble_assumptions(); });
   for (int i = 0; i < state_->assumptions.size(); ++i) {
     const Lit assumed = from_minisat(state_->assumptions[i]);
     visit({&assumed, 1});
