@@ -1,9 +1,10 @@
 #include "reach/dummy_cutoffs.h"
 
 #include <algorithm>
-#include <array>
+#include <optional>
+#include <vector>
 
-#include "net/causality.h"
+#include "base/indexed_by.h"
 
 namespace vorel {
 namespace {
@@ -12,24 +13,52 @@ using Event = StgPrefix::Event;
 
 bool is_dummy(const Event& event) { return event.transition->signal->is_dummy(); }
 
-bool is_harmless(const StgPrefix& prefix, Event& event) {
-  if (event.cut_off.is_unknown()) return false;
-  const auto correspondents = event.cut_off.correspondents();
-  if (correspondents.size() == 1) return false;
-  auto past = causal_past(prefix, std::array{&event});
-  for (const Event* correspondent : correspondents) {
-    const auto found = std::ranges::find(past, correspondent);
-    if (found == past.end()) return false;
-    past.erase(found);
+// Walks through the pasts of cut-offs; a past is left at the first event that decides.
+class PastCheck {
+ public:
+  explicit PastCheck(const StgPrefix& prefix)
+      : seen_(prefix.events.size()), correspondents_(prefix.events.size()) {}
+
+  bool is_harmless(const Event& cut_off) {
+    if (cut_off.cut_off.is_unknown()) return false;
+    const auto correspondents = cut_off.cut_off.correspondents();
+    if (correspondents.size() == 1) return false;
+    correspondents_.clear();
+    for (const Event* event : correspondents) correspondents_.insert(*event);
+    return count_correspondents_among_dummies(cut_off) == correspondents.size();
   }
-  return std::ranges::all_of(past, [](const Event* other) { return is_dummy(*other); });
-}
+
+ private:
+  // How many of the correspondents are in the past; none if it holds another event of a signal.
+  std::optional<std::size_t> count_correspondents_among_dummies(const Event& cut_off) {
+    seen_.clear();
+    seen_.insert(cut_off);
+    past_.assign({&cut_off});
+    std::size_t found = 0;
+    for (std::size_t next = 0; next < past_.size(); ++next) {
+      const Event& event = *past_[next];
+      if (correspondents_.contains(event))
+        ++found;
+      else if (!is_dummy(event))
+        return std::nullopt;
+      for (const auto* condition : event.preset) {
+        if (!condition->is_initial() && seen_.insert(*condition->pre_event))
+          past_.push_back(condition->pre_event);
+      }
+    }
+    return found;
+  }
+
+  MarkSet<Event> seen_, correspondents_;
+  std::vector<const Event*> past_;
+};
 
 }  // namespace
 
 bool has_dummy_cutoffs(const StgPrefix& prefix) {
-  return std::ranges::any_of(prefix.events, [&prefix](const auto& event) {
-    return event->is_cut_off() && is_dummy(*event) && !is_harmless(prefix, *event);
+  PastCheck check(prefix);
+  return std::ranges::any_of(prefix.events, [&check](const auto& event) {
+    return event->is_cut_off() && is_dummy(*event) && !check.is_harmless(*event);
   });
 }
 
