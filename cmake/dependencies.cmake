@@ -19,3 +19,7 @@ find_library(GZSTREAM_LIBRARY gzstream REQUIRED)
 add_library(gzstream INTERFACE IMPORTED)
 target_include_directories(gzstream SYSTEM INTERFACE ${GZSTREAM_INCLUDE})
 target_link_libraries(gzstream INTERFACE ${GZSTREAM_LIBRARY} ZLIB::ZLIB)
+
+find_path(CLI11_INCLUDE CLI/CLI.hpp REQUIRED)
+add_library(cli11 INTERFACE IMPORTED)
+target_include_directories(cli11 SYSTEM INTERFACE ${CLI11_INCLUDE})

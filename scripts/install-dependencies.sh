@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   g++ cmake ninja-build xz-utils     # to build
-  minisat librapidxml-dev libgzstream-dev zlib1g-dev
+  minisat librapidxml-dev libgzstream-dev zlib1g-dev libcli11-dev
   libgtest-dev libbenchmark-dev      # for tests and benchmarks
   libxml2-utils                      # xmllint, with which tests check the XML that is written
 )

@@ -28,6 +28,7 @@ struct RunOptions {
   std::string input = {};        // of the program
   std::string directory = {};    // empty: that of the test
   std::string output_path = {};  // empty: kept in ProgramRun::out
+  std::string error_path = {};   // empty: kept in ProgramRun::err
   std::vector<std::pair<std::string, std::string>> environment = {};  // added to that of the test
   std::size_t address_space = 0;                                      // bytes; 0: unlimited
 };
@@ -91,7 +92,9 @@ inline ProgramRun run_program(const std::vector<std::string>& command,
     ::dup2(options.output_path.empty() ? out.descriptor()
                                        : ::open(options.output_path.c_str(), O_WRONLY),
            STDOUT_FILENO);
-    ::dup2(err.descriptor(), STDERR_FILENO);
+    ::dup2(options.error_path.empty() ? err.descriptor()
+                                      : ::open(options.error_path.c_str(), O_WRONLY | O_NOCTTY),
+           STDERR_FILENO);
     become(command, options);
   }
   int status = 0;
@@ -103,6 +106,15 @@ inline ProgramRun run_program(const std::vector<std::string>& command,
 inline ProgramRun run_vorel(const std::vector<std::string>& arguments,
                             const RunOptions& options = {}) {
   std::vector<std::string> command{VOREL_BINARY};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return run_program(command, options);
+}
+#endif
+
+#ifdef VOREL_UNFOLD_BINARY
+inline ProgramRun run_vorel_unfold(const std::vector<std::string>& arguments,
+                                   const RunOptions& options = {}) {
+  std::vector<std::string> command{VOREL_UNFOLD_BINARY};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return run_program(command, options);
 }

@@ -1,0 +1,27 @@
+#include "tools/remove_cut_offs.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace vorel {
+
+template <class N>
+void remove_cut_offs(PrefixOf<N>& prefix) {
+  for (const auto& condition : prefix.conditions) {
+    auto& consumers = condition->postset;
+    const auto is_cut_off = [](const EventOf<N>* event) { return event->is_cut_off(); };
+    consumers.erase(std::remove_if(consumers.begin(), consumers.end(), is_cut_off),
+                    consumers.end());
+  }
+  std::erase_if(prefix.conditions, [](const auto& condition) {
+    return !condition->is_initial() && condition->pre_event->is_cut_off();
+  });
+  std::erase_if(prefix.events, [](const auto& event) { return event->is_cut_off(); });
+  renumber(prefix.conditions);
+  renumber(prefix.events);
+}
+
+template void remove_cut_offs<Net>(NetPrefix&);
+template void remove_cut_offs<Stg>(StgPrefix&);
+
+}  // namespace vorel

@@ -1,0 +1,197 @@
+#include "tools/unfold_arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cassert>
+#include <charconv>
+#include <limits>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/messages.h"
+
+namespace vorel {
+namespace {
+
+constexpr const char* description =
+    "Unfolds a safe Petri net or Signal Transition Graph (STG), and writes a finite\n"
+    "complete prefix of its unfolding, or the merged process of that prefix, for\n"
+    "vorel to read.\n";
+
+constexpr const char* footer = R"(
+Input, told by the end of its name (each may be compressed, with .gz behind):
+  .g                STG, as text
+  .ll_net           low-level net, as text
+  .pnml             place/transition net, PNML of ISO 15909-2
+  -                 the standard input, in the format given by --format
+Output, told by the end of its name:
+  .pnml, .pnml.gz   PNML, which keeps everything
+  .mci              legacy format of prefixes
+  .mp               legacy format of merged processes, with --merge
+  -                 PNML on the standard output
+Without an output its name is that of the input, less folder and ending, with
+.unf.pnml, or for --merge .merged.pnml, behind. An existing file is replaced, but
+only once all has gone well.
+
+Examples:
+  vorel-unfold vme.g                    writes vme.unf.pnml
+  vorel-unfold --merge net.ll_net.gz    writes net.merged.pnml
+  vorel-unfold --max-events 100000 --timeout 2.5 big.pnml big.unf.pnml.gz
+  vorel-unfold --format g - - < vme.g   reads and writes the standard streams
+
+Exit code: 0 done, 1 done with warnings, 2 errors (nothing is written),
+5 out of memory.)";
+
+// The table of options with no more than what an option is given: the descriptions say the rest.
+class PlainHelp : public CLI::Formatter {
+ public:
+  PlainHelp() { column_width(24); }
+  std::string make_option_opts(const CLI::Option* option) const override {
+    return option->get_type_name().empty() ? "" : " " + option->get_type_name();
+  }
+};
+
+std::uint32_t preset_threads() { return std::clamp(std::thread::hardware_concurrency(), 1u, 8u); }
+
+std::vector<std::string> format_names() {
+  std::vector<std::string> names;
+  for (const NetFormatRow& row : net_formats) names.emplace_back(row.name);
+  return names;
+}
+
+// Ranges of the library let numbers pass that are too large for any type, or negative.
+std::string count_fault(const std::string& text) {
+  std::uint64_t count = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, count);
+  if (error == std::errc() && stop == end && count > 0) return {};
+  return "'" + text + "' is not a number of events above 0";
+}
+
+// Also refuses what is no number.
+std::string time_fault(const std::string& text) {
+  double seconds = 0;
+  if (CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= 1e9) return {};
+  return "'" + text + "' is not a number of seconds above 0";
+}
+
+class UnfoldArguments {
+ public:
+  UnfoldArguments() {
+    request_.options.number_of_threads = preset_threads();
+    // The bound on memory is enough: beyond, unfolding is 20 times slower.
+    request_.options.conc_rel_size = std::numeric_limits<std::uint32_t>::max();
+    app_.footer(footer);
+    app_.set_help_flag("-h,--help", "print this help");
+    app_.set_version_flag("--version", "vorel-unfold " VOREL_VERSION, "print the version");
+    app_.formatter(std::make_shared<PlainHelp>());
+    add_files();
+    add_unfolding();
+    add_bounds();
+    add_messages();
+  }
+
+  std::optional<UnfoldRequest> parse(int argc, char** argv) {
+    try {
+      app_.parse(argc, argv);
+    } catch (const CLI::Success& what_is_asked) {
+      app_.exit(what_is_asked);
+      return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+      print_error(std::string(error.what()) + " (vorel-unfold --help tells more)");
+      return std::nullopt;
+    }
+    for (const NetFormatRow& row : net_formats) {
+      if (row.name == format_) request_.input_format = row.format;
+    }
+    assert(format_.empty() || request_.input_format);
+    request_.options.order = static_cast<AdequateOrder>(order_);
+    request_.progress = !no_progress_ && !request_.quiet;
+    return std::move(request_);
+  }
+
+ private:
+  void add_files() {
+    app_.add_option("input", request_.input, "file with the net or STG, or -")
+        ->required()
+        ->type_name("");
+    app_.add_option("output", request_.output, "file for the result, or -")->type_name("");
+    app_.add_option("--format", format_,
+                    "format of the input, whatever its name: g, ll_net or pnml")
+        ->check(CLI::IsMember(format_names()).description(""))
+        ->type_name("NAME");
+    app_.add_flag("--merge", request_.merge, "write the merged process of the prefix");
+    app_.add_option("--dot", request_.drawing, "draw the prefix too, in the language of Graphviz")
+        ->type_name("FILE");
+  }
+
+  void add_unfolding() {
+    UnfoldOptions& options = request_.options;
+    app_.add_option("--order", order_,
+                    "order that decides about cut-offs: 0 inclusion, 1 size,\n"
+                    "2 then lists of transitions, 3 then Foata normal forms\n"
+                    "(default 3). Only the last is total: it gives a small\n"
+                    "prefix, the same for any number of threads")
+        ->check(CLI::Range(0u, 3u).description(""))
+        ->type_name("0..3");
+    app_.add_option("--threads", options.number_of_threads,
+                    "threads (default: one for each processor, at most 8)")
+        ->check(CLI::Range(1u, 256u).description(""))
+        ->type_name("N");
+    app_.add_flag("--no-cutoffs", options.no_cutoffs, "leave cut-off events out of the prefix");
+    app_.add_flag("--dummy-cutoffs", options.dummy_cutoffs,
+                  "let dummies be cut-offs like any other event; answers\n"
+                  "of vorel about such a prefix are not reliable");
+    app_.add_flag("--non-local", options.non_local_correspondents,
+                  "look for correspondents of cut-offs among all\n"
+                  "configurations: fewer events, for much more time");
+    app_.add_option("--conc-rel-size", options.conc_rel_size,
+                    "remember which conditions are concurrent while there are\n"
+                    "no more than N, in N*N/4 bytes at most (0: never; default:\n"
+                    "while 1 GiB is enough). What is forgotten is found out\n"
+                    "again and again, which saves memory and takes much longer")
+        ->check(CLI::Range(0u, ~0u).description(""))
+        ->type_name("N");
+  }
+
+  void add_bounds() {
+    app_.add_option("--max-events", request_.options.max_events,
+                    "give up when the prefix gets more events than N")
+        ->check(CLI::Validator(count_fault, "", "count"))
+        ->type_name("N");
+    app_.add_option("--timeout", request_.options.max_seconds,
+                    "give up after S seconds, which may be a fraction")
+        ->check(CLI::Validator(time_fault, "", "time"))
+        ->type_name("S");
+  }
+
+  void add_messages() {
+    auto* const stats = app_.add_flag("--stats", request_.stats,
+                                      "tell sizes, batches, comparisons, times and memory");
+    const std::string about_progress =
+        "show a running line on the standard error stream, if\n"
+        "that is a terminal (default)";
+    auto* const progress = app_.add_flag("--progress", about_progress);
+    auto* const no_progress = app_.add_flag("--no-progress", no_progress_, "show none");
+    auto* const quiet =
+        app_.add_flag("-q,--quiet", request_.quiet, "print nothing but errors and warnings");
+    progress->excludes(no_progress)->excludes(quiet);
+    stats->excludes(quiet);
+  }
+
+  UnfoldRequest request_;
+  std::string format_;
+  std::uint32_t order_ = static_cast<std::uint32_t>(UnfoldOptions{}.order);
+  bool no_progress_ = false;
+  CLI::App app_{description, "vorel-unfold"};
+};
+
+}  // namespace
+
+std::optional<UnfoldRequest> parse_unfold_arguments(int argc, char** argv) {
+  return UnfoldArguments().parse(argc, argv);
+}
+
+}  // namespace vorel

@@ -1,0 +1,123 @@
+#include "tools/unfold_command.h"
+
+#include <algorithm>
+#include <iostream>
+#include <optional>
+#include <utility>
+#include <variant>
+
+#include "base/clock.h"
+#include "base/messages.h"
+#include "base/program.h"
+#include "net/initial_values.h"
+#include "net/merge.h"
+#include "net/prefix_dot.h"
+#include "tools/progress_line.h"
+#include "tools/remove_cut_offs.h"
+#include "tools/unfold_arguments.h"
+#include "tools/unfold_files.h"
+#include "tools/unfold_report.h"
+#include "unfolder/unfolder.h"
+
+namespace vorel {
+namespace {
+
+// Seconds from one reading to the next.
+class StopWatch {
+ public:
+  double lap() {
+    const std::uint64_t before = std::exchange(ticks_, ticks_now());
+    return seconds_of(ticks_ - before);
+  }
+
+ private:
+  std::uint64_t ticks_ = ticks_now();
+};
+
+class UnfoldRun {
+ public:
+  explicit UnfoldRun(const UnfoldRequest& request)
+      : request_{request}, messages_{request.output == standard_stream ? std::cerr : std::cout} {}
+
+  void run() {
+    auto net = read_net(request_);
+    figures_.reading_seconds = watch_.lap();
+    if (!net) return;
+    std::visit([this](auto& n) { unfold_and_write(std::move(n)); }, *net);
+  }
+
+ private:
+  template <class N>
+  void unfold_and_write(N net) {
+    auto prefix = unfold(std::move(net));
+    if (!prefix || !is_consistent(*prefix)) return;
+    // Only now: the cut-offs show the values of signals too.
+    if (request_.options.no_cutoffs) remove_cut_offs(*prefix);
+    count_elements(*prefix);
+    figures_.unfolding_seconds = watch_.lap();
+    if (!request_.drawing.empty() && !save_dot(*prefix, request_.drawing)) return;
+    if (request_.merge) {
+      const auto merged = merge(*prefix);
+      if (write_merged(merged, request_)) tell_success(merged);
+    } else {
+      if (write_prefix(*prefix, request_)) tell_success(*prefix);
+    }
+  }
+
+  // The unfolder gives back its memory before the prefix is written.
+  template <class N>
+  std::optional<PrefixOf<N>> unfold(N net) {
+    UnfoldOptions options = request_.options;
+    options.no_cutoffs = false;
+    ProgressLine progress(request_.progress);
+    UnfoldingLoop::Callback callback;
+    if (progress.is_active()) callback = [&](const std::string& line) { progress.show(line); };
+    Unfolder<N> unfolder(std::move(net), options, callback);
+    if (!unfolder.unfold()) return std::nullopt;
+    progress.clear();
+    unfolder.warn_if_no_events();
+    figures_.unfolding = unfolder.stats();
+    return std::move(unfolder).result();
+  }
+
+  static bool is_consistent(const NetPrefix&) { return true; }
+  static bool is_consistent(StgPrefix& prefix) { return find_initial_values(prefix); }
+
+  template <class N>
+  void count_elements(const PrefixOf<N>& prefix) {
+    const auto count_where = [](const auto& list, auto holds) {
+      return static_cast<std::uint64_t>(std::ranges::count_if(list, holds));
+    };
+    figures_.conditions = prefix.conditions.size();
+    figures_.events = prefix.events.size();
+    figures_.cut_offs = count_where(prefix.events, [](const auto& e) { return e->is_cut_off(); });
+    figures_.initial_conditions =
+        count_where(prefix.conditions, [](const auto& c) { return c->is_initial(); });
+  }
+
+  template <Process P>
+  void tell_success(const P& process) {
+    figures_.writing_seconds = watch_.lap();
+    if (request_.quiet) return;
+    print_statistics(process, messages_);
+    if (request_.stats) print_figures(figures_, request_.options, messages_);
+    if (request_.output != standard_stream) messages_ << "\nwrote " << request_.output;
+    messages_ << std::endl;
+  }
+
+  const UnfoldRequest& request_;
+  std::ostream& messages_;
+  StopWatch watch_;
+  UnfoldFigures figures_;
+};
+
+}  // namespace
+
+int run_unfold_command(int argc, char** argv) {
+  start_program();
+  auto request = parse_unfold_arguments(argc, argv);
+  if (request && settle_files(*request)) UnfoldRun(*request).run();
+  return finish_program();
+}
+
+}  // namespace vorel

@@ -1,0 +1,168 @@
+#include "tools/unfold_files.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+#include "base/messages.h"
+#include "net/g_writer.h"
+#include "net/input_text.h"
+#include "net/mp_writer.h"
+#include "net/pnml_writer.h"
+
+namespace vorel {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool fail(const std::string& text) {
+  print_error(text);
+  return false;
+}
+
+// "a, b and c" of the field of each row.
+template <class Table, class Field>
+std::string enumerate(const Table& table, Field field) {
+  std::string names;
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    if (i > 0) names += i + 1 == table.size() ? " and " : ", ";
+    names += table[i].*field;
+  }
+  return names;
+}
+
+bool settle_input_format(UnfoldRequest& request) {
+  if (request.input_format) return true;
+  if (request.input == standard_stream) {
+    return fail("the standard input needs --format, one of " +
+                enumerate(net_formats, &NetFormatRow::name));
+  }
+  request.input_format = net_format_of(request.input);
+  if (request.input_format) return true;
+  return fail("the ending of \"" + request.input + "\" tells no format; known are " +
+              enumerate(net_formats, &NetFormatRow::ending) +
+              ", each also with .gz behind, and --format tells the format of other names");
+}
+
+// The name without folder, ".gz" and the ending of a format.
+std::string stem_of(const std::string& input) {
+  fs::path name = fs::path(input).filename();
+  if (name.extension() == ".gz") name.replace_extension();
+  for (const NetFormatRow& row : net_formats) {
+    if (name.native().ends_with(row.ending)) return name.stem().string();
+  }
+  return name.string();
+}
+
+bool settle_output_name(UnfoldRequest& request) {
+  if (!request.output.empty()) return true;
+  if (request.input == standard_stream) {
+    return fail("no output file is given, and the standard input gives it no name");
+  }
+  request.output = stem_of(request.input) + (request.merge ? ".merged.pnml" : ".unf.pnml");
+  return true;
+}
+
+// Of two endings that fit, .pnml.gz is not that of the other.
+bool settle_output_format(UnfoldRequest& request) {
+  if (request.output == standard_stream) return true;
+  const auto row = std::ranges::find_if(process_formats, [&request](const ProcessFormatRow& r) {
+    return request.output.ends_with(r.ending);
+  });
+  if (row == process_formats.end()) {
+    return fail("the ending of \"" + request.output + "\" tells no format; known are " +
+                enumerate(process_formats, &ProcessFormatRow::ending));
+  }
+  if (request.merge && !row->holds_merged) {
+    return fail(std::string(row->ending) + " cannot hold a merged process: \"" + request.output +
+                "\" does not go with --merge");
+  }
+  if (!request.merge && !row->holds_prefix) {
+    return fail(std::string(row->ending) + " cannot hold a prefix: \"" + request.output +
+                "\" needs --merge");
+  }
+  request.output_format = row->format;
+  return true;
+}
+
+bool is_same_file(const std::string& a, const std::string& b) {
+  std::error_code missing;
+  return fs::equivalent(a, b, missing) ||
+         fs::path(a).lexically_normal() == fs::path(b).lexically_normal();
+}
+
+// Whether it looks so beforehand; whether it is so is seen when the file is written.
+bool is_writable(const std::string& name) {
+  std::error_code unknown;
+  if (fs::exists(name, unknown)) {
+    return !fs::is_directory(name, unknown) && ::access(name.c_str(), W_OK) == 0;
+  }
+  const fs::path folder = fs::path(name).parent_path();
+  return fs::path(name).has_filename() &&
+         ::access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
+}
+
+bool outputs_are_writable(const UnfoldRequest& request) {
+  if (request.drawing == standard_stream) return fail("--dot needs the name of a file");
+  for (const std::string& name : {request.output, request.drawing}) {
+    if (name.empty() || name == standard_stream) continue;
+    if (is_same_file(name, request.input)) {
+      return fail("\"" + name + "\" is the input, which is not to be overwritten");
+    }
+    if (!is_writable(name)) return fail(cannot_open_for_output(name));
+  }
+  if (!request.drawing.empty() && is_same_file(request.drawing, request.output)) {
+    return fail("--dot and the output are the same file \"" + request.output + "\"");
+  }
+  return true;
+}
+
+}  // namespace
+
+bool settle_files(UnfoldRequest& request) {
+  return settle_input_format(request) && settle_output_name(request) &&
+         settle_output_format(request) && outputs_are_writable(request);
+}
+
+std::optional<AnyNet> read_net(const UnfoldRequest& request) {
+  assert(request.input_format);
+  if (request.input != standard_stream) return read_net_file(request.input, *request.input_format);
+  const std::string text = read_whole_stream(std::cin);
+  if (std::cin.bad()) {
+    print_error("cannot read the standard input");
+    return std::nullopt;
+  }
+  return read_net_text(text, *request.input_format, "standard input");
+}
+
+template <class N>
+bool write_prefix(const PrefixOf<N>& prefix, const UnfoldRequest& request) {
+  assert(!request.output.empty() && !request.merge);
+  if (request.output == standard_stream) return write_pnml(prefix, std::cout);
+  if (request.output_format == ProcessFormat::mci) return save_mci(prefix, request.output);
+  assert(request.output_format == ProcessFormat::pnml);
+  return save_pnml(prefix, request.output);
+}
+
+template <class N>
+bool write_merged(const MergedProcessOf<N>& process, const UnfoldRequest& request) {
+  assert(!request.output.empty() && request.merge);
+  if (request.output == standard_stream) return write_pnml(process, std::cout);
+  if (request.output_format == ProcessFormat::mp) return save_mp<N>(process, request.output);
+  assert(request.output_format == ProcessFormat::pnml);
+  return save_pnml(process, request.output);
+}
+
+#define INSTANTIATE(N)                                                     \
+  template bool write_prefix<N>(const PrefixOf<N>&, const UnfoldRequest&); \
+  template bool write_merged<N>(const MergedProcessOf<N>&, const UnfoldRequest&);
+INSTANTIATE(Net)
+INSTANTIATE(Stg)
+#undef INSTANTIATE
+
+}  // namespace vorel

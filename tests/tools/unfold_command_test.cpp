@@ -1,0 +1,286 @@
+// The program vorel-unfold as its users see it: what it writes, and what vorel makes of that.
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "tools/unfold_testing.h"
+
+namespace vorel {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+// Names of examples with .g text, without ending.
+std::vector<std::string> circuits() {
+  std::vector<std::string> stems;
+  for (const std::string& name : names_in(VOREL_EXAMPLES)) {
+    if (name.ends_with(".g")) stems.push_back(name.substr(0, name.size() - 2));
+  }
+  std::ranges::sort(stems);
+  return stems;
+}
+
+std::string written_by(Arguments arguments, const TemporaryFolder& folder) {
+  arguments.push_back(folder.path("written.pnml"));
+  const ProgramRun run = run_vorel_unfold(arguments);
+  EXPECT_EQ(run.exit_code, 0) << run.err;
+  return read_text(folder.path("written.pnml"));
+}
+
+TEST(UnfoldCommand, CircuitsUnfoldToTheSizesAndTheVerdictOfTheirPrefixes) {
+  const TemporaryFolder folder;
+  ASSERT_GE(circuits().size(), 10u);
+  for (const std::string& name : circuits()) {
+    const std::string expected = answer_about(example(name + ".unf.pnml"));
+    ASSERT_TRUE(expected.starts_with(" |B|=") && expected.ends_with("deadlock-free")) << expected;
+    for (const std::string ending : {".pnml", ".pnml.gz", ".mci"}) {
+      const std::string output = folder.path(name + ending);
+      const ProgramRun run = run_vorel_unfold({example(name + ".g"), output});
+      EXPECT_EQ(run.exit_code, ending == ".mci" ? 1 : 0) << run.err;
+      EXPECT_EQ(run.out,
+                "\n" + expected.substr(0, expected.find(';')) + "\nwrote " + output + "\n");
+      EXPECT_EQ(answer_about(output), expected) << output;
+    }
+  }
+}
+
+TEST(UnfoldCommand, MergedProcessesHaveTheSizesOfTheExamples) {
+  const TemporaryFolder folder;
+  for (const std::string input : {"muller3.g", "vme_read.g", "philosophers4.ll_net"}) {
+    const std::string name = input.substr(0, input.find('.'));
+    const std::string expected = sizes_in(run_vorel({"-D", example(name + ".merged.pnml")}));
+    ASSERT_NE(expected, "");
+    for (const std::string ending : {".pnml", ".mp"}) {
+      const std::string output = folder.path(name + ending);
+      const ProgramRun run = run_vorel_unfold({"--merge", example(input), output});
+      EXPECT_EQ(run.exit_code, ending == ".mp" ? 1 : 0) << run.err;
+      EXPECT_EQ(sizes_in(run), expected);
+      EXPECT_EQ(sizes_in(run_vorel({"-D", output})), expected) << output;
+    }
+  }
+}
+
+TEST(UnfoldCommand, ThreadsAndTheRelationLeaveTheFileAsItIs) {
+  const TemporaryFolder folder;
+  for (const std::string name : {"muller3.g", "key_3.ll_net", "bds_1.sync.ll_net"}) {
+    const std::string expected = written_by({"--threads", "1", example(name)}, folder);
+    for (const std::string threads : {"2", "4"}) {
+      EXPECT_EQ(written_by({"--threads", threads, example(name)}, folder), expected) << name;
+    }
+    EXPECT_EQ(written_by({"--conc-rel-size", "100", example(name)}, folder), expected) << name;
+  }
+}
+
+TEST(UnfoldCommand, StandardStreamsCarryTheSameAsFiles) {
+  const TemporaryFolder folder;
+  const std::string expected = written_by({example("vme_read.g")}, folder);
+  const ProgramRun run =
+      run_vorel_unfold({"--format", "g", "-", "-"}, {.input = read_text(example("vme_read.g"))});
+  EXPECT_EQ(run.exit_code, 0);
+  EXPECT_EQ(run.out, expected);
+  EXPECT_EQ(run.err, "\n |B|=15 |E|=12 |C|=1 |BE|=14 |EB|=13\n") << "out of the way of the data";
+}
+
+TEST(UnfoldCommand, TheOutputIsNamedAfterTheInputInTheWorkingDirectory) {
+  const TemporaryFolder folder;
+  const std::string text = read_text(example("philosophers4.ll_net"));
+  const gzFile file = gzopen(folder.path("x.y.ll_net.gz").c_str(), "wb");
+  ASSERT_EQ(gzwrite(file, text.data(), static_cast<unsigned>(text.size())), int(text.size()));
+  ASSERT_EQ(gzclose(file), Z_OK);
+  struct Row {
+    Arguments arguments;
+    std::string name;
+  };
+  const Row table[] = {{{example("vme_read.g")}, "vme_read.unf.pnml"},
+                       {{"--merge", example("philosophers4.ll_net")}, "philosophers4.merged.pnml"},
+                       {{"./x.y.ll_net.gz"}, "x.y.unf.pnml"}};
+  for (const Row& row : table) {
+    const ProgramRun run = run_vorel_unfold(row.arguments, {.directory = folder.path()});
+    EXPECT_TRUE(run.out.ends_with("\nwrote " + row.name + "\n")) << run.out << run.err;
+    EXPECT_TRUE(std::filesystem::exists(folder.path(row.name)));
+  }
+}
+
+TEST(UnfoldCommand, CutOffsCanBeLeftOut) {
+  const TemporaryFolder folder;
+  for (const std::string name : {"mutex2.g", "philosophers4.ll_net"}) {
+    const auto statistics = [&](Arguments arguments) {
+      arguments.insert(arguments.end(), {example(name), folder.path("x.pnml")});
+      return run_vorel_unfold(arguments).out;
+    };
+    const auto events = [](const std::string& out) {
+      return std::stoi(out.substr(out.find("|E|=") + 4));
+    };
+    const auto cut_offs = [](const std::string& out) {
+      return std::stoi(out.substr(out.find("|C|=") + 4));
+    };
+    const std::string all = statistics({}), lasting = statistics({"--no-cutoffs"});
+    EXPECT_EQ(cut_offs(lasting), 0);
+    EXPECT_EQ(events(lasting), events(all) - cut_offs(all));
+    EXPECT_EQ(line_starting(lasting, " |B|"), sizes_in(run_vorel({"-D", folder.path("x.pnml")})));
+  }
+}
+
+// A way of three steps to a marking that two concurrent events reach, and back.
+std::string detour_net() {
+  LowLevelNet net;
+  const int p = net.place("p", true), q = net.place("q", false);
+  const int r = net.place("r", true), s = net.place("s", false);
+  const int x = net.place("x", false), y = net.place("y", false);
+  net.transition("a", {p}, {q});
+  net.transition("b", {r}, {s});
+  net.transition("u1", {p, r}, {x});
+  net.transition("u2", {x}, {y});
+  net.transition("u3", {y}, {q, s});
+  net.transition("back", {q, s}, {p, r});
+  return net.text();
+}
+
+TEST(UnfoldCommand, OptionsOfTheUnfolderReachIt) {
+  const std::string dummy_cycle =
+      ".inputs a\n.dummy d\n.graph\na+ a-\na- d\nd a+\n.marking { <d,a+> }\n.end\n";
+  struct Row {
+    std::string input, format;
+    Arguments options;
+    std::string sizes;
+  };
+  const Row table[] = {
+      {wide_join_net(3), "ll_net", {}, "|E|=7 |C|=4"},
+      {wide_join_net(3), "ll_net", {"--order", "3"}, "|E|=7 |C|=4"},
+      {wide_join_net(3), "ll_net", {"--order", "0"}, "|E|=14 |C|=8"},
+      {detour_net(), "ll_net", {}, "|E|=7 |C|=2"},
+      {detour_net(), "ll_net", {"--non-local"}, "|E|=6 |C|=2"},
+      {detour_net(), "ll_net", {"--no-cutoffs"}, "|E|=5 |C|=0"},
+      {dummy_cycle, "g", {}, "|E|=4 |C|=1"},
+      {dummy_cycle, "g", {"--dummy-cutoffs"}, "|E|=3 |C|=1"},
+  };
+  for (const Row& row : table) {
+    Arguments arguments{"--format", row.format, "-", "-"};
+    arguments.insert(arguments.end(), row.options.begin(), row.options.end());
+    const ProgramRun run = run_vorel_unfold(arguments, {.input = row.input});
+    EXPECT_NE(run.err.find(" " + row.sizes + " "), std::string::npos)
+        << run.err << testing::PrintToString(row.options);
+  }
+}
+
+TEST(UnfoldCommand, InitialValuesAreWritten) {
+  const TemporaryFolder folder;
+  const std::string text = written_by({example("vme_read_csc.g")}, folder);
+  const ProgramRun run = run_vorel({"-D", folder.path("written.pnml")});
+  EXPECT_EQ(run.err, "");
+  std::size_t values = 0;
+  for (std::size_t at = text.find("initialValue"); at != std::string::npos;
+       at = text.find("initialValue", at + 1)) {
+    ++values;
+  }
+  EXPECT_GE(values, 6u) << "one for each signal";
+}
+
+TEST(UnfoldCommand, DrawsThePrefix) {
+  const TemporaryFolder folder;
+  const ProgramRun run =
+      run_vorel_unfold({"--dot", folder.path("x.dot"), example("mutex2.g"), folder.path("x.pnml")});
+  EXPECT_EQ(run.exit_code, 0) << run.err;
+  const std::string drawing = read_text(folder.path("x.dot"));
+  const auto count = [&drawing](const std::string& text) {
+    int found = 0;
+    for (std::size_t at = drawing.find(text); at != std::string::npos;
+         at = drawing.find(text, at + 1)) {
+      ++found;
+    }
+    return found;
+  };
+  EXPECT_TRUE(drawing.starts_with("digraph"));
+  EXPECT_EQ(count("shape=circle"), 13);
+  EXPECT_EQ(count("shape=box"), 8);
+  EXPECT_EQ(count("style=dashed"), 2);
+}
+
+TEST(UnfoldCommand, TellsFiguresWhereAsked) {
+  const auto figures = [](Arguments options) {
+    options.insert(options.end(), {"--stats", example("key_3.ll_net"), "-"});
+    return run_vorel_unfold(options).err;
+  };
+  const std::string usual = figures({});
+  EXPECT_EQ(line_starting(usual, " conditions"), " conditions: 13941");
+  EXPECT_EQ(line_starting(usual, " events"), " events: 6968");
+  EXPECT_EQ(line_starting(usual, " cut-offs"), " cut-offs: 2911");
+  for (const std::string name : {"batches", "largest batch", "comparisons", "seconds reading",
+                                 "seconds unfolding", "seconds writing", "peak megabytes"}) {
+    const std::string line = line_starting(usual, " " + name + ": ");
+    ASSERT_GT(line.size(), name.size() + 3) << name;
+    EXPECT_GE(std::stod(line.substr(name.size() + 3)), 0) << name;
+  }
+  const std::string relation = " concurrency relation: ";
+  EXPECT_EQ(line_starting(usual, relation), relation + "kept");
+  EXPECT_EQ(line_starting(figures({"--conc-rel-size", "1000"}), relation), relation + "dropped");
+  EXPECT_EQ(line_starting(figures({"--conc-rel-size", "0"}), relation), relation + "not used");
+}
+
+TEST(UnfoldCommand, IsQuietWhereAskedButForWarnings) {
+  const TemporaryFolder folder;
+  const ProgramRun run = run_vorel_unfold({"-q", example("mutex2.g"), folder.path("x.mci")});
+  EXPECT_EQ(run.exit_code, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_TRUE(run.err.starts_with("\nWarning: the legacy *.mci format")) << run.err;
+}
+
+// The other side of a terminal.
+class Terminal {
+ public:
+  Terminal() : descriptor_{::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)} {
+    if (descriptor_ < 0 || ::grantpt(descriptor_) != 0 || ::unlockpt(descriptor_) != 0) {
+      throw std::runtime_error("no terminal for a test");
+    }
+  }
+  ~Terminal() { ::close(descriptor_); }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  std::string path() const { return ::ptsname(descriptor_); }
+  std::string shown() const {
+    std::string text(1 << 16, '\0');
+    const ssize_t size = ::read(descriptor_, text.data(), text.size());
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    return text;
+  }
+
+ private:
+  int descriptor_;
+};
+
+TEST(UnfoldCommand, ShowsProgressOnATerminalOnly) {
+  const Terminal terminal;
+  // What the program wrote can be read as long as somebody has the terminal open.
+  const int kept_open = ::open(terminal.path().c_str(), O_RDWR | O_NOCTTY);
+  const TemporaryFolder folder;
+  const auto run = [&](Arguments arguments, const std::string& error_path) {
+    arguments.insert(arguments.end(), {example("key_3.ll_net"), folder.path("x.pnml")});
+    return run_vorel_unfold(arguments, {.error_path = error_path});
+  };
+  EXPECT_EQ(run({"--progress"}, "").err, "") << "in a pipe or file";
+  run({}, terminal.path());
+  const std::string shown = terminal.shown();
+  EXPECT_TRUE(shown.starts_with("\r\033[K|B|=8 |E|=0 ")) << shown;
+  EXPECT_TRUE(shown.ends_with("\r\033[K")) << shown;
+  for (const std::string option : {"--no-progress", "--quiet"}) {
+    run({option}, terminal.path());
+    EXPECT_EQ(terminal.shown(), "") << option;
+  }
+  ::close(kept_open);
+}
+
+TEST(UnfoldCommand, HelpAndVersionGoToTheStandardOutput) {
+  const ProgramRun help = run_vorel_unfold({"--help"}), version = run_vorel_unfold({"--version"});
+  EXPECT_EQ(help.exit_code, 0);
+  for (const std::string word : {"--order", "--merge", ".ll_net", ".pnml.gz", "Exit code"}) {
+    EXPECT_NE(help.out.find(word), std::string::npos) << word;
+  }
+  EXPECT_TRUE(version.exit_code == 0 && version.out.starts_with("vorel-unfold ")) << version.out;
+}
+
+}  // namespace
+}  // namespace vorel

@@ -1,0 +1,212 @@
+// What vorel-unfold refuses: with a reason, exit code 2, and no file left behind.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tools/unfold_testing.h"
+
+namespace vorel {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+const std::string ring = "PL\n\"p\"M1\n\"q\"\nTR\n\"t\"\n\"u\"\nTP\n1<2\n2<1\nPT\n1>1\n2>2\n";
+
+struct Refusal {
+  std::string input_name, input_text;
+  Arguments options;
+  std::string message;
+};
+
+// Run in a folder with nothing but the input.
+void expect_refusal(const Refusal& row) {
+  SCOPED_TRACE(row.input_name + " " + testing::PrintToString(row.options));
+  const TemporaryFolder folder;
+  folder.write(row.input_name, row.input_text);
+  Arguments arguments{row.input_name};
+  arguments.insert(arguments.end(), row.options.begin(), row.options.end());
+  const ProgramRun run = run_vorel_unfold(arguments, {.directory = folder.path()});
+  EXPECT_EQ(run.exit_code, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "\nError: " + row.message + "\n");
+  EXPECT_EQ(names_in(folder.path()), Arguments{row.input_name});
+  EXPECT_EQ(read_text(folder.path(row.input_name)), row.input_text);
+}
+
+TEST(UnfoldErrors, NetsThatCannotBeUnfolded) {
+  const std::string unsafe =
+      ".inputs a b\n.graph\na+ q\nb+ q\nq b-\np a+\nr b+\n.marking {p r}\n.end\n";
+  const std::string inconsistent = ".inputs a\n.graph\np a+\na+ p\n.marking {p}\n.end\n";
+  const std::string twice = "the STG is inconsistent, signal a; trace:\na+, a+";
+  const Refusal table[] = {
+      {"x.g", unsafe, {}, "the net is not safe, place q; trace:\na+, b+"},
+      {"x.ll_net",
+       "PL\n\"p\"\nTR\n\"t\"\nTP\n1<1\n",
+       {},
+       "the net contains 1 transition(s) with empty preset: t"},
+      {"x.g",
+       ".inputs a\n x\n",
+       {},
+       "syntax error (file x.g, line 2, column 2): expected a line that starts with '.', found "
+       "'x'"},
+      {"x.g", inconsistent, {}, twice},
+      {"x.g", inconsistent, {"--no-cutoffs"}, twice},
+      {"x.ll_net", ring, {"--max-events", "1"}, "the prefix has more than 1 events"},
+  };
+  for (const Refusal& row : table) expect_refusal(row);
+}
+
+TEST(UnfoldErrors, NetsThatExplodeEndAtTheBounds) {
+  const std::string late = "the prefix is not complete after 0.25 seconds";
+  const std::string large = "the prefix has more than 5000 events";
+  for (const std::string threads : {"1", "3"}) {
+    for (const std::string relation : {"40000", "0"}) {
+      const auto refusal = [&](const std::string& net, Arguments options,
+                               const std::string& message) {
+        options.insert(options.end(), {"--threads", threads, "--conc-rel-size", relation});
+        expect_refusal({"x.ll_net", net, options, message});
+      };
+      refusal(doubling_net(40), {"--timeout", "0.25"}, late);
+      refusal(doubling_net(40), {"--max-events", "5000"}, large);
+      refusal(wide_join_net(40), {"--timeout", "0.25", "--order", "0"}, late);
+      refusal(wide_join_net(40), {"--max-events", "5000", "--order", "0"}, large);
+    }
+  }
+}
+
+TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {
+  const std::string inputs =
+      ".g, .ll_net and .pnml, each also with .gz behind, and --format tells the format of other "
+      "names";
+  const std::string outputs = ".pnml, .pnml.gz, .mci and .mp";
+  const auto tells_none = [](const std::string& name, const std::string& known) {
+    return "the ending of \"" + name + "\" tells no format; known are " + known;
+  };
+  const Refusal table[] = {
+      {"x.net", ring, {}, tells_none("x.net", inputs)},
+      {"x.gz", ring, {}, tells_none("x.gz", inputs)},
+      {"x.ll_net", ring, {"y.xml"}, tells_none("y.xml", outputs)},
+      {"x.ll_net", ring, {"y"}, tells_none("y", outputs)},
+      {"x.ll_net", ring, {"y.mci.gz"}, tells_none("y.mci.gz", outputs)},
+      {"x.ll_net", ring, {"y.mp"}, ".mp cannot hold a prefix: \"y.mp\" needs --merge"},
+      {"x.ll_net",
+       ring,
+       {"--merge", "y.mci"},
+       ".mci cannot hold a merged process: \"y.mci\" does not go with --merge"},
+      {"x.pnml",
+       ring,
+       {"--format", "ll_net", "./x.pnml"},
+       "\"./x.pnml\" is the input, which is not to be overwritten"},
+      {"x.ll_net", ring, {"none/y.pnml"}, "cannot open \"none/y.pnml\" for output"},
+      {"x.ll_net", ring, {"--dot", "none/y.dot"}, "cannot open \"none/y.dot\" for output"},
+      {"x.ll_net",
+       ring,
+       {"--dot", "x.ll_net"},
+       "\"x.ll_net\" is the input, which is not to be overwritten"},
+      {"x.ll_net", ring, {"--dot", "-"}, "--dot needs the name of a file"},
+      {"x.ll_net",
+       ring,
+       {"--dot", "./y.pnml", "y.pnml"},
+       "--dot and the output are the same file \"y.pnml\""},
+  };
+  for (const Refusal& row : table) expect_refusal(row);
+}
+
+TEST(UnfoldErrors, OptionsThatMakeNoSense) {
+  const std::string more = " (vorel-unfold --help tells more)";
+  const std::string x = "x.ll_net";
+  const Refusal table[] = {
+      {x, ring, {"--order", "4"}, "--order: Value 4 not in range 0 to 3" + more},
+      {x, ring, {"--threads", "0"}, "--threads: Value 0 not in range 1 to 256" + more},
+      {x, ring, {"--timeout", "nan"}, "--timeout: 'nan' is not a number of seconds above 0" + more},
+      {x, ring, {"--timeout", "0"}, "--timeout: '0' is not a number of seconds above 0" + more},
+      {x, ring, {"--timeout", "1s"}, "--timeout: '1s' is not a number of seconds above 0" + more},
+      {x, ring, {"--format", "mci"}, "--format: mci not in {g,ll_net,pnml}" + more},
+      {x, ring, {"--progress", "--no-progress"}, "--progress excludes --no-progress" + more},
+      {x, ring, {"--quiet", "--progress"}, "--progress excludes --quiet" + more},
+      {x, ring, {"--quiet", "--stats"}, "--stats excludes --quiet" + more},
+      {x, ring, {"--faster"}, "The following argument was not expected: --faster" + more},
+  };
+  for (const Refusal& row : table) expect_refusal(row);
+  for (const std::string value : {"0", "-1", "many", "5x", "99999999999999999999999"}) {
+    const std::string fault = "'" + value + "' is not a number of events above 0";
+    expect_refusal({x, ring, {"--max-events", value}, "--max-events: " + fault + more});
+  }
+}
+
+TEST(UnfoldErrors, InputsThatAreNotThere) {
+  const TemporaryFolder folder;
+  struct Row {
+    Arguments arguments;
+    std::string message;
+  };
+  std::filesystem::create_directory(folder.path("d.g"));
+  const Row table[] = {
+      {{}, "input is required (vorel-unfold --help tells more)"},
+      {{"none.g"}, "cannot open \"none.g\" for input"},
+      {{"d.g"}, "cannot open \"d.g\" for input"},
+      {{"-", "x.pnml"}, "the standard input needs --format, one of g, ll_net and pnml"},
+      {{"--format", "g", "-"}, "no output file is given, and the standard input gives it no name"},
+  };
+  for (const Row& row : table) {
+    const ProgramRun run = run_vorel_unfold(row.arguments, {.directory = folder.path()});
+    EXPECT_EQ(run.exit_code, 2);
+    EXPECT_EQ(run.err, "\nError: " + row.message + "\n");
+    EXPECT_EQ(names_in(folder.path()), Arguments{"d.g"});
+  }
+}
+
+TEST(UnfoldErrors, OutputsThatCannotBeWritten) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.path("d.pnml"));
+  std::filesystem::create_symlink("/dev/full", folder.path("full.pnml"));
+  const auto message_about = [&](const std::string& name) {
+    const ProgramRun run =
+        run_vorel_unfold({example("vme_read.g"), name}, {.directory = folder.path()});
+    EXPECT_EQ(run.exit_code, 2) << name;
+    EXPECT_EQ(run.out, "") << name;
+    return run.err;
+  };
+  EXPECT_EQ(message_about("d.pnml"), "\nError: cannot open \"d.pnml\" for output\n");
+  EXPECT_EQ(message_about("full.pnml"), "\nError: cannot write a file\n");
+  const ProgramRun run =
+      run_vorel_unfold({example("vme_read.g"), "-"}, {.output_path = "/dev/full"});
+  EXPECT_EQ(run.exit_code, 2);
+  EXPECT_NE(run.err.find("\nError: cannot write a file\n"), std::string::npos) << run.err;
+  EXPECT_EQ(names_in(folder.path()).size(), 2u);
+}
+
+TEST(UnfoldErrors, AFailureLeavesTheOldOutputAlone) {
+  const TemporaryFolder folder;
+  folder.write("x.ll_net", ring);
+  folder.write("x.unf.pnml", "old");
+  const RunOptions here{.directory = folder.path()};
+  EXPECT_EQ(run_vorel_unfold({"--max-events", "1", "x.ll_net"}, here).exit_code, 2);
+  EXPECT_EQ(read_text(folder.path("x.unf.pnml")), "old");
+  EXPECT_EQ(run_vorel_unfold({"x.ll_net"}, here).exit_code, 0);
+  EXPECT_TRUE(read_text(folder.path("x.unf.pnml")).ends_with("</pnml>\n"));
+}
+
+TEST(UnfoldErrors, MemoryThatRunsOutEndsWithAnExitCodeOfItsOwn) {
+#ifdef VOREL_SANITIZED
+  GTEST_SKIP() << "sanitizers need more address space than any limit";
+#endif
+  const TemporaryFolder folder;
+  folder.write("x.ll_net", wide_join_net(40));
+  const ProgramRun run =
+      run_vorel_unfold({"--order", "0", "--threads", "1", "x.ll_net"},
+                       {.directory = folder.path(), .address_space = std::size_t{100} << 20});
+  EXPECT_EQ(run.exit_code, 5);
+  EXPECT_EQ(run.err, "\nError: memory overflow\n");
+  // Stacks take all there is, and sometimes so much that nothing is left for the other report.
+  const ProgramRun many =
+      run_vorel_unfold({"--threads", "200", example("vme_read.g"), folder.path("y.pnml")},
+                       {.address_space = std::size_t{400} << 20});
+  EXPECT_TRUE(many.err == "\nError: cannot start 200 threads\n" || many.exit_code == 5) << many.err;
+  EXPECT_GE(many.exit_code, 2);
+  EXPECT_EQ(names_in(folder.path()), Arguments{"x.ll_net"});
+}
+
+}  // namespace
+}  // namespace vorel
