@@ -5,9 +5,9 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/install-dependencies.sh
-echo "Building build/vorel ..."
+echo "Building build/vorel and build/vorel-unfold ..."
 [ -f build/CMakeCache.txt ] || cmake -S . -B build -G Ninja >/dev/null
-cmake --build build --target vorel -- --quiet
+cmake --build build --target vorel vorel-unfold -- --quiet
 
 explain() { printf '\n----------------------------------------------------------------\n%s\n' "$1"; }
 show() {
@@ -16,9 +16,15 @@ show() {
   printf '\n'
 }
 
+explain 'The controller of a bus interface, as a Signal Transition Graph in a text file. First comes a finite
+prefix of its unfolding, with conditions (B), events (E), cut-offs (C) and arcs; then the question
+whether the circuit can get stuck, which goes to a SAT solver.'
+show cat examples/vme_read.g
+show build/vorel-unfold examples/vme_read.g build/vme_read.unf.pnml
+show build/vorel -D build/vme_read.unf.pnml
+
 explain 'Four philosophers sit around a table, with one fork between each two neighbours. Each takes one
-fork (take), then the other (both), eats, and puts both back (put). Can they get stuck? The input is
-a finite prefix of the unfolding of that net; the question goes to a SAT solver.'
+fork (take), then the other (both), eats, and puts both back (put). Can they get stuck?'
 show build/vorel -D examples/philosophers4.unf.pnml
 echo 'The line under "SOLUTION 0" lists transitions in the order in which they fire from the initial
 marking. After them each philosopher holds one fork and waits for the other for ever: a deadlock.
@@ -29,5 +35,3 @@ trace is as short as can be: four philosophers need four steps to get stuck.'
 show build/vorel -D -f examples/philosophers4.unf.pnml build/demo.xml
 show cat build/demo.xml
 
-explain 'The controller of a bus interface, as a Signal Transition Graph, always has something to do.'
-show build/vorel -D examples/vme_read.unf.pnml
