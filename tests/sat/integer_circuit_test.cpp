@@ -73,6 +73,17 @@ TEST(IntegerCircuit, EachBitOfACountHoldsInTheWantedDirection) {
     }
 }
 
+TEST(IntegerCircuit, ACountOfZeroMakesItsLiteralsFalseWithoutADecision) {
+  for (std::uint32_t size = 1; size <= 40; ++size) {
+    CnfFormula formula(CnfParams{.restrict_branching = true});
+    const Lits lits = formula.new_vars(size);  // nothing here is decided on
+    IntegerCircuit circuit(formula);
+    circuit.assert_equal(circuit.count_ones(lits, PermanentGroup), 0, PermanentGroup);
+    ASSERT_TRUE(formula.solve());
+    for (const Lit lit : lits) EXPECT_EQ(formula.value(lit), ModelValue::no) << size;
+  }
+}
+
 TEST(IntegerCircuit, TurnsSortedUnaryNumbersIntoBinary) {
   for (std::uint32_t size = 0; size <= 9; ++size) {
     FormulaOf f(size);
