@@ -16,7 +16,7 @@ runs=5
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DVOREL_TESTS=OFF -DVOREL_BENCH=ON >/dev/null
-cmake --build build-bench --target vorel vorel-unfold -- --quiet
+cmake --build build-bench --target vorel vorel-unfold -- --quiet >&2
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
