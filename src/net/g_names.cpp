@@ -171,9 +171,12 @@ class NameChooser {
     }
   }
 
-  bool suits_a_place(std::string_view name) const {
+  bool suits(std::string_view name, const StgPlace& place) const {
     if (!is_word(name)) return false;
-    if (name.front() == '<') return name.find('>') != std::string_view::npos;
+    if (name.front() == '<') {
+      const bool has_arcs = !place.preset.empty() || !place.postset.empty();
+      return has_arcs && name.find('>') != std::string_view::npos;
+    }
     const std::size_t end = std::min(name.size(), name.find_first_of(marks_of_label));
     const std::string_view rest = name.substr(end);
     const bool is_label = !rest.empty() && is_sign(rest.front()) && is_rest_of_label(rest);
@@ -182,7 +185,7 @@ class NameChooser {
 
   void name_explicit_places() {
     for (const auto& place : stg_.places) {
-      if (is_implicit_[place->index] || !suits_a_place(place->name)) continue;
+      if (is_implicit_[place->index] || !suits(place->name, *place)) continue;
       if (taken_.insert(place->name).second) names_.places[place->index] = place->name;
     }
     Replacements replacements;
@@ -191,7 +194,7 @@ class NameChooser {
       if (is_implicit_[place->index] || !name.empty()) continue;
       do {
         name = fresh_name("place_");
-      } while (!suits_a_place(name));
+      } while (!suits(name, *place));
       replacements.note(place->name, name);
     }
     replacements.warn("places");

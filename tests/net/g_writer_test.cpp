@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <map>
 #include <set>
+#include <variant>
 
 #include "net/mci_reader.h"
+#include "net/pnml_reader.h"
 #include "oracle/net_builder.h"
 #include "oracle/parse_g.h"
 #include "oracle/random_stg.h"
@@ -17,8 +19,7 @@
 namespace vorel {
 namespace {
 
-// Transitions of outputs "x", "y", ... in the small language of these tests: "x+: p -> q" and so on
-// are built by the calls themselves.
+// STGs of outputs, transition by transition; a signal comes to be by being named.
 class StgBuilder {
  public:
   StgBuilder& transition(const std::string& signal, Sign sign, const std::string& name,
@@ -55,11 +56,7 @@ std::string written(const Stg& stg) {
   return stream.str();
 }
 
-// What the markings and labels of an STG can do, whatever the names of its places.
-using Behaviour = std::set<std::tuple<std::uint32_t, std::string, Sign, std::uint32_t>>;
-
-// By label only: breadth-first numbers depend on the order of arcs, so states are numbered by a
-// search that takes the arcs in the order of their labels and instances.
+// What remains the same whatever the names of places and the instances of transitions.
 struct Sizes {
   std::size_t states = 0, deadlocks = 0, transitions = 0, places = 0, tokens = 0;
   std::multiset<std::string> arcs;  // labels along all arcs of the state graph
@@ -120,6 +117,19 @@ TEST(GWriter, RandomStgsAreReadBackWithTheSameBehaviour) {
     SCOPED_TRACE(seed);
     expect_same_when_read(
         oracle::random_stg(seed, {.dummies = seed % 2 == 0, .toggles = seed % 3 == 0}));
+  }
+}
+
+TEST(GWriter, TheExamplesAreReadBackAsTheCircuitsThatTheyAre) {
+  for (const std::string name : {"celement", "dummy_fork", "fork_join", "latch_ctrl", "muller3",
+                                 "mutex2", "sequencer", "toggle", "vme_read", "vme_read_csc"}) {
+    const auto circuit = oracle::parse_g(read_text(example(name + ".g")));
+    const CaughtMessages warnings;
+    const auto prefix = read_pnml<StgPrefixVariant>(example(name + ".unf.pnml"));
+    ASSERT_TRUE(circuit && prefix) << name;
+    const Stg& stg = std::get<StgPrefix>(*prefix);
+    EXPECT_TRUE(sizes_of(stg) == sizes_of(*circuit)) << name;
+    expect_same_when_read(stg);
   }
 }
 

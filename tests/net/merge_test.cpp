@@ -159,7 +159,7 @@ TEST(Merge, ConditionsLeftOutAfterCutOffsAreMergedLikeTheOthers) {
 }
 
 TEST(Merge, NothingOfTheResultBelongsToThePrefix) {
-  std::string expected, merged_text;
+  std::string expected;
   NetMergedProcess merged;
   {
     const auto prefix = oracle::unfold(oracle::philosophers(3));

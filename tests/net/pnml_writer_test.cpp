@@ -167,6 +167,19 @@ TEST(PnmlWriter, RandomPrefixesAndTheirMergedProcessesAreReadBack) {
   }
 }
 
+TEST(PnmlWriter, TheExamplesAreReadBack) {
+  int read = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(example(""))) {
+    if (entry.path().extension() != ".pnml") continue;
+    const CaughtMessages warnings;
+    const auto variant = read_pnml<FullVariant>(entry.path());
+    ASSERT_NE(variant, nullptr) << entry.path();
+    std::visit([](const auto& process) { expect_same_when_read(process); }, *variant);
+    ++read;
+  }
+  EXPECT_GT(read, 10);
+}
+
 TEST(PnmlWriter, AFileIsCompressedIfItsNameSaysSo) {
   const TemporaryFolder folder;
   const auto prefix = oracle::unfold(oracle::random_net(1));
