@@ -1,0 +1,61 @@
+#include "toolkit/cube.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "toolkit/hashing.h"
+
+namespace vorel {
+namespace {
+
+constexpr std::uint32_t low_bits = 0x55555555u;
+
+}  // namespace
+
+Cube::Cube(std::size_t size, Ternary value)
+    : size_{size},
+      words_((size + positions_per_word - 1) / positions_per_word, field_of(value) * low_bits) {
+  const std::size_t used = size % positions_per_word;
+  if (used != 0) words_.back() &= (1u << used * 2) - 1;
+}
+
+Cube Cube::from_text(std::string_view text) {
+  Cube cube(text.size(), Ternary::dash);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    assert((text[i] == '0' || text[i] == '1' || text[i] == '-') && "not a cube");
+    if (text[i] != '-') cube.set(i, text[i] == '1' ? Ternary::one : Ternary::zero);
+  }
+  return cube;
+}
+
+std::size_t Cube::literal_count() const {
+  std::size_t dashes = 0;
+  for (const std::uint32_t word : words_)
+    dashes += static_cast<std::size_t>(std::popcount(word & low_bits));
+  return size_ - dashes;
+}
+
+std::strong_ordering Cube::operator<=>(const Cube& other) const {
+  if (size_ != other.size_) return size_ <=> other.size_;
+  const auto [mine, others] = std::ranges::mismatch(words_, other.words_);
+  if (mine == words_.end()) return std::strong_ordering::equal;
+  const std::uint32_t difference = *mine ^ *others;
+  const std::uint32_t lowest = difference & (~difference + 1);
+  return (*mine & lowest) != 0 ? std::strong_ordering::greater : std::strong_ordering::less;
+}
+
+std::string to_string(const Cube& cube) {
+  std::string text(cube.size(), '-');
+  for (std::size_t i = 0; i < cube.size(); ++i)
+    if (cube[i] != Ternary::dash) text[i] = cube[i] == Ternary::one ? '1' : '0';
+  return text;
+}
+
+std::uint32_t hash_of(const Cube& cube) {
+  std::uint32_t hash = hash_seed;
+  for (std::size_t i = cube.words().size(); i-- > 0;)
+    hash = combine_hashes(hash, fnv1a(cube.words()[i]));
+  return hash;
+}
+
+}  // namespace vorel
