@@ -31,4 +31,8 @@ struct Gate {
   GateFunction function;
 };
 
+// True if the gates are of one class and, pins with the same name being the same, of one function.
+// Functions of more than most_tabled_pins are only the same if they are written alike.
+bool have_same_function(const Gate& a, const Gate& b);
+
 }  // namespace vorel

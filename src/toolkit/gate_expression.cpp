@@ -87,8 +87,8 @@ class EquationParser {
     const auto [found, is_new] = number_of_.emplace(name, equation_.pins.size());
     if (is_new) equation_.pins.push_back(name);
     if (equation_.pins.size() > most_gate_pins) {
-      return cursor_.fail_at(name, "expected no more than " + std::to_string(most_gate_pins) +
-                                       " pins of a gate");
+      return cursor_.fail_at(
+          name, "expected no more than " + std::to_string(most_gate_pins) + " pins of a gate");
     }
     equation_.function.steps.push_back({GateOperator::pin, found->second});
     return true;

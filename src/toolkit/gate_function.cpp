@@ -79,6 +79,14 @@ class PinOrderSearch {
 
 }  // namespace
 
+GateFunction with_pins_renumbered(GateFunction function,
+                                  std::span<const std::uint32_t> new_number) {
+  for (GateStep& step : function.steps) {
+    if (step.op == GateOperator::pin) step.pin = new_number[step.pin];
+  }
+  return function;
+}
+
 TruthTable truth_table(const GateFunction& function, std::uint32_t pin_count) {
   TruthTable table(word_count(pin_count));
   for (std::size_t word = 0; word < table.size(); ++word) {

@@ -35,6 +35,9 @@ struct GateFunction {
   bool operator==(const GateFunction&) const = default;
 };
 
+// The function where pin new_number[p] stands in the place of pin p.
+GateFunction with_pins_renumbered(GateFunction function, std::span<const std::uint32_t> new_number);
+
 // The value of the function. The algebra has the operations constant(bool), pin(number),
 // negation(a), conjunction(a, b), disjunction(a, b) and exclusive_or(a, b). No more values are kept
 // at a time than the expression nests operands.

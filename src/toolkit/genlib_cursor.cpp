@@ -17,25 +17,25 @@ constexpr std::string_view ends_of_name = " \t\r\n\v\f#!'*&+|^()=;\"";
 
 bool is_printable(char c) { return static_cast<unsigned char>(c) >= 0x20 && c != 0x7F; }
 
-// What a message shows: bytes that would upset a terminal as \xNN, cut if it is long.
-std::string excerpt(std::string_view text) {
-  std::string shown;
-  for (const char c : text.substr(0, largest_excerpt)) {
+}  // namespace
+
+GenlibCursor::GenlibCursor(std::string_view text, std::string_view name)
+    : text_{text}, rest_{text}, name_{name} {
+  if (rest_.starts_with("\xEF\xBB\xBF")) rest_.remove_prefix(3);
+  skip_gaps();
+}
+
+// Bytes that would upset a terminal become \xNN; long texts are cut.
+std::string GenlibCursor::quoted(std::string_view part) {
+  std::string shown = "'";
+  for (const char c : part.substr(0, largest_excerpt)) {
     if (is_printable(c) && static_cast<unsigned char>(c) < 0x80) {
       shown += c;
     } else {
       shown += format_message("\\x%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
     }
   }
-  return text.size() > largest_excerpt ? shown + "..." : shown;
-}
-
-}  // namespace
-
-GenlibCursor::GenlibCursor(std::string_view text, std::string name)
-    : text_{text}, rest_{text}, name_{std::move(name)} {
-  if (rest_.starts_with("\xEF\xBB\xBF")) rest_.remove_prefix(3);
-  skip_gaps();
+  return shown + (part.size() > largest_excerpt ? "...'" : "'");
 }
 
 void GenlibCursor::skip_gaps() {
@@ -93,11 +93,11 @@ bool GenlibCursor::take_name(std::string_view& name, std::string_view expected) 
   return take_text(rest_.find_first_of(ends_of_name), name, expected);
 }
 
-bool GenlibCursor::take_number(double& number, std::string_view expected) {
+bool GenlibCursor::take_number(double& number, double lower_bound, std::string_view expected) {
   const std::string_view word = word_here();
   const char* const word_end = word.data() + word.size();
   const auto [end, error] = std::from_chars(word.data(), word_end, number);
-  if (error != std::errc() || end != word_end || !std::isfinite(number)) {
+  if (error != std::errc() || end != word_end || !std::isfinite(number) || number < lower_bound) {
     return fail_expected(expected);
   }
   skip(word.size());
@@ -105,16 +105,18 @@ bool GenlibCursor::take_number(double& number, std::string_view expected) {
 }
 
 bool GenlibCursor::fail_expected(std::string_view expected) const {
-  const std::string_view word = rest_.substr(0, std::max<std::size_t>(1, word_here().size()));
-  const std::string fault = std::string("expected ").append(expected).append(", found ");
-  return fail_at(word, fault + (at_end() ? "the end of the text" : "'" + excerpt(word) + "'"));
+  return fail_expected(expected, rest_.substr(0, std::max<std::size_t>(1, word_here().size())));
+}
+
+bool GenlibCursor::fail_expected(std::string_view expected, std::string_view found) const {
+  const std::string shown = found.empty() ? "the end of the text" : quoted(found);
+  return fail_at(found, std::string("expected ").append(expected) + ", found " + shown);
 }
 
 bool GenlibCursor::fail_at(std::string_view part, std::string_view fault) const {
   assert(text_.data() <= part.data() && part.data() <= text_.data() + text_.size());
   const auto line = 1 + std::count(text_.data(), part.data(), '\n');
-  note_silent_failure(
-      (name_ + ", line " + std::to_string(line) + ": ").append(fault));
+  note_silent_failure((std::string(name_) + ", line " + std::to_string(line) + ": ").append(fault));
   return false;
 }
 

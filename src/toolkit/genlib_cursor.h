@@ -12,8 +12,11 @@ namespace vorel {
 
 class GenlibCursor {
  public:
-  // `name` is what messages call the text, which must outlive this.
-  GenlibCursor(std::string_view text, std::string name);
+  // What a message shows of a part of the text, between apostrophes.
+  static std::string quoted(std::string_view part);
+
+  // `name` is what messages call the text. Both must outlive this.
+  GenlibCursor(std::string_view text, std::string_view name);
 
   bool at_end() const { return rest_.empty(); }
   bool at(char c) const { return rest_.starts_with(c); }
@@ -27,12 +30,14 @@ class GenlibCursor {
   bool take_word(std::string_view& word, std::string_view expected);
   // Takes the name of a pin, which also ends at an operator.
   bool take_name(std::string_view& name, std::string_view expected);
-  // Takes a finite number.
-  bool take_number(double& number, std::string_view expected);
+  // Takes a finite number that is not below the bound.
+  bool take_number(double& number, double lower_bound, std::string_view expected);
 
-  // These leave a note for those who ask for diagnostics, with the line; both give false.
+  // These leave a note for those who ask for diagnostics, with the line, and give false. What was
+  // found is what comes next, or a part of the text that was taken before.
   bool fail_expected(std::string_view expected) const;
-  // `part` is a part of the text; `fault` tells what is wrong with it.
+  bool fail_expected(std::string_view expected, std::string_view found) const;
+  // Tells what is wrong with a part of the text.
   bool fail_at(std::string_view part, std::string_view fault) const;
 
  private:
@@ -43,7 +48,7 @@ class GenlibCursor {
 
   std::string_view text_;
   std::string_view rest_;  // never starts with a blank or a comment
-  std::string name_;
+  std::string_view name_;
 };
 
 }  // namespace vorel
