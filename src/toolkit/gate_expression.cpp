@@ -47,7 +47,11 @@ class EquationParser {
     return true;
   }
 
-  bool at_factor() const { return cursor_.at_name() || cursor_.at('!') || cursor_.at('('); }
+  // A keyword is no factor here: what is missing is the ";" before it.
+  bool at_factor() const {
+    if (cursor_.at_word("GATE") || cursor_.at_word("LATCH") || cursor_.at_word("PIN")) return false;
+    return cursor_.at_name() || cursor_.at('!') || cursor_.at('(');
+  }
 
   // factor = { "!" } ( name | "(" sum ")" ) { "'" } .
   bool factor() {

@@ -8,8 +8,9 @@
 //   product   = factor { [ "*" | "&" ] factor } .
 //   factor    = { "!" } ( name | "(" sum ")" ) { "'" } .
 //
-// CONST0 and 0, CONST1 and 1 are constants. A gate has at most most_gate_pins, and brackets nest at
-// most most_nested_brackets deep, which is far beyond any real cell.
+// CONST0 and 0, CONST1 and 1 are constants. After a factor, GATE, LATCH and PIN are the next
+// statement. A gate has at most most_gate_pins, and brackets nest at most most_nested_brackets
+// deep, which is far beyond any real cell.
 #pragma once
 
 #include <cstdint>

@@ -20,6 +20,7 @@ class GenlibCursor {
 
   bool at_end() const { return rest_.empty(); }
   bool at(char c) const { return rest_.starts_with(c); }
+  bool at_word(std::string_view word) const { return word_here() == word; }
   bool at_name() const;
 
   // Takes the character if it comes next.
