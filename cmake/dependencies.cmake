@@ -23,3 +23,5 @@ target_link_libraries(gzstream INTERFACE ${GZSTREAM_LIBRARY} ZLIB::ZLIB)
 find_path(CLI11_INCLUDE CLI/CLI.hpp REQUIRED)
 add_library(cli11 INTERFACE IMPORTED)
 target_include_directories(cli11 SYSTEM INTERFACE ${CLI11_INCLUDE})
+
+include(${CMAKE_CURRENT_LIST_DIR}/cudd.cmake)
