@@ -16,6 +16,7 @@
 #include "net/process.h"
 #include "net/process_variant.h"
 #include "reach/deadlock_check.h"
+#include "reachability/reach_check.h"
 
 namespace vorel {
 namespace {
@@ -58,6 +59,17 @@ void run_deadlock(Params params, P& process) {
   }
 }
 
+template <Process P>
+void run_reach(Params params, P& process, FinalState final_state) {
+  if (!prepare_run(process, params)) return;
+  if constexpr (P::is_merged) {
+    report_not_supported();
+  } else {
+    ReachCheck<P> engine(process, params, final_state);
+    if (!run_failed()) run_engine(engine);
+  }
+}
+
 // The run of a mode whose engine does not exist yet.
 template <Process P>
 void run_without_engine(Params params, P& process) {
@@ -79,8 +91,13 @@ void deadlock_mode(Params params) {
 }
 
 void reach_mode(Params params) {
-  run_mode(read_no_stg_mp, std::move(params),
-           [](Params copy, auto& process) { run_without_engine(std::move(copy), process); });
+  run_mode(read_no_stg_mp, std::move(params), [](Params copy, auto& process) {
+    run_reach(std::move(copy), process, FinalState::marking);
+  });
+}
+
+void run_reach_stg(Params params, StgPrefix& prefix) {
+  run_reach(std::move(params), prefix, FinalState::stg_state);
 }
 
 // All the other modes take nothing but a prefix of an STG.
@@ -96,7 +113,7 @@ struct ModeEntry {
 constexpr ModeEntry mode_entries[] = {
     {Mode::deadlock, deadlock_mode},
     {Mode::reach, reach_mode},
-    {Mode::reach_stg, stg_mode<run_without_engine<StgPrefix>>},
+    {Mode::reach_stg, stg_mode<run_reach_stg>},
     {Mode::usc, stg_mode<run_without_engine<StgPrefix>>},
     {Mode::csc, stg_mode<run_without_engine<StgPrefix>>},
     {Mode::normalcy, stg_mode<run_without_engine<StgPrefix>>},

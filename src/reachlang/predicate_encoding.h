@@ -1,0 +1,19 @@
+// reachlang/predicate_encoding.h - a property as clauses over one configuration.
+// Here:      what the atoms mean, the gates of the connectives, the property as a constraint.
+// Not here:  the normal form (reachlang/expansion.h), what a configuration is
+//            (reach/configuration_encoding.h).
+#pragma once
+
+#include "reach/configuration_vars.h"
+#include "reachlang/reach_expr.h"
+
+namespace vorel {
+
+// Asserts the property of the final state of the configuration. With `via_dummies`, what becomes
+// enabled after dummies alone counts as enabled; only prefixes of STGs have dummies. A constant
+// property is told of on the standard output. False after a reported error.
+template <Process P>
+bool encode_predicate(const ReachExpr& property, const P& process, ConfigurationVars<P>& vars,
+                      bool via_dummies, ClauseGroup group);
+
+}  // namespace vorel
