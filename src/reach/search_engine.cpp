@@ -75,9 +75,14 @@ bool SearchEngine<P>::validate(const Solution& solution) const {
 
 template <Process P>
 void SearchEngine<P>::record_solution() {
-  if (all_solutions_ == 0) report_.solutions.clear();
   auto solution = new_solution();
   decode(*solution);
+  add_solution(std::move(solution));
+}
+
+template <Process P>
+void SearchEngine<P>::add_solution(std::unique_ptr<Solution> solution) {
+  if (all_solutions_ == 0) report_.solutions.clear();
   report_.add(std::move(solution));
 }
 

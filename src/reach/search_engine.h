@@ -42,8 +42,10 @@ class SearchEngine {
   virtual void decode(Solution& solution) const;
   // Replays a stored solution by means that do not depend on the formula.
   virtual bool validate(const Solution& solution) const;
-  // Stores what the current model says. Outside a search for all solutions it replaces the last.
+  // Stores what the current model says.
   virtual void record_solution();
+  // Outside a search for all solutions the new one replaces the last.
+  void add_solution(std::unique_ptr<Solution> solution);
   virtual std::unique_ptr<Solution> new_solution() const;
   // The cost as a binary number, least significant bit first: by default the number of events.
   virtual Lits cost_bits(Polarity polarity);
