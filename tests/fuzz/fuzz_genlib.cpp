@@ -1,0 +1,90 @@
+// Any bytes as a gate library in the GENLIB format.
+#include <algorithm>
+#include <set>
+
+#include "base/messages.h"
+#include "fuzz/fuzzing.h"
+#include "toolkit/genlib_reader.h"
+
+namespace vorel::fuzzing {
+namespace {
+
+constexpr std::size_t most_steps = 300;  // so that brackets nest less than the reader lets them
+
+// In quotes any character is part of a name but the quote, which only a name without blanks has.
+std::string written(const std::string& name) {
+  return name.find('"') == std::string::npos ? '"' + name + '"' : name;
+}
+
+struct TextAlgebra {
+  const Gate& gate;
+  std::string constant(bool value) const { return value ? "CONST1" : "0"; }
+  std::string pin(std::uint32_t p) const { return written(gate.pins[p]); }
+  std::string negation(const std::string& a) const { return "!" + a; }
+  std::string conjunction(const std::string& a, const std::string& b) const {
+    return "(" + a + "*" + b + ")";
+  }
+  std::string disjunction(const std::string& a, const std::string& b) const {
+    return "(" + a + "+" + b + ")";
+  }
+  std::string exclusive_or(const std::string& a, const std::string& b) const {
+    return "(" + a + "^" + b + ")";
+  }
+};
+
+std::string text_of(const Gate& gate) {
+  const bool is_latch = gate.gate_class != GateClass::combinational;
+  std::string text = (is_latch ? "LATCH " : "GATE ") + written(gate.name) +
+                     format_message(" %.17g ", gate.area) + written(gate.output) + "=" +
+                     value_of<std::string>(gate.function, TextAlgebra{gate}) + ";";
+  for (const std::string& pin : gate.pins) text += "PIN " + written(pin) + " INV 1 2 3 4 5 6 ";
+  if (is_latch) {
+    text += "SEQ " + written(gate.output) + " " +
+            (gate.has_feedback ? written(gate.pins.back()) : "ANY") +
+            (gate.gate_class == GateClass::clocked_latch ? " ACTIVE_LOW " : " ASYNCH ");
+  }
+  return text + "\n";
+}
+
+void require_sound(const Gate& gate) {
+  require(gate.area >= 0 && !gate.name.empty() && !gate.output.empty());
+  const std::set<std::string> names(gate.pins.begin(), gate.pins.end());
+  require(names.size() == gate.pins.size());
+  std::set<std::uint32_t> mentioned;
+  for (const GateStep& step : gate.function.steps) {
+    if (step.op == GateOperator::pin) mentioned.insert(step.pin);
+  }
+  require(mentioned.size() == gate.pins.size());
+  require(mentioned.empty() || *mentioned.rbegin() + 1 == gate.pins.size());
+  require(!gate.has_feedback || gate.gate_class != GateClass::combinational);
+}
+
+// A pin whose name is that of all pins can only be declared with the others.
+bool can_be_written(const Gate& gate) {
+  return gate.function.steps.size() <= most_steps &&
+         std::ranges::find(gate.pins, "*") == gate.pins.end();
+}
+
+void try_text(const std::string& bytes) {
+  const auto gates = read_genlib(bytes, "input");
+  if (!gates) return;
+  for (const Gate& gate : *gates) {
+    require_sound(gate);
+    if (!can_be_written(gate)) continue;
+    const auto again = read_genlib(text_of(gate), "input");
+    require(again && again->size() == 1);
+    const Gate& copy = again->front();
+    require(copy.name == gate.name && copy.area == gate.area && copy.output == gate.output);
+    require(copy.pins == gate.pins && copy.function == gate.function);
+    require(have_same_function(copy, gate));
+  }
+}
+
+}  // namespace
+}  // namespace vorel::fuzzing
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  vorel::fuzzing::silence_messages();
+  vorel::fuzzing::try_text(std::string(reinterpret_cast<const char*>(data), size));
+  return 0;
+}
