@@ -30,6 +30,7 @@ class TokenGame {
       marked_[*condition] = false;
     }
     for (const Condition* condition : event.postset) {
+      if (condition->index == no_index) continue;  // left out after a cut-off, so never consumed
       if (was_marked_[*condition]) return condition;
       mark(*condition);
     }
