@@ -7,8 +7,10 @@
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "net/input_text.h"
+#include "reach/decoding.h"
 #include "reach/dummy_cutoffs.h"
 #include "reachlang/parser.h"
+#include "reachlang/predicate_check.h"
 #include "reachlang/predicate_encoding.h"
 
 namespace vorel {
@@ -59,6 +61,7 @@ ReachCheck<P>::ReachCheck(const P& process, const Params& params, FinalState fin
     : SearchEngine<P>(process, adapted(params, final_state),
                       {"there is a reachable state satisfying the predicate",
                        "no reachable state satisfies the predicate"}),
+      via_dummies_{this->params().get("enable_via_dummies") != 0},
       property_{missing_property()} {
   if (auto property = read_property()) property_ = std::move(property);
   if constexpr (P::NetType::has_signals && !P::is_merged) {
@@ -72,8 +75,15 @@ template <Process P>
 void ReachCheck<P>::encode(ClauseGroup group) {
   auto& vars = this->configuration(0);
   this->encode_configuration(vars, group);
-  const bool via_dummies = this->params().get("enable_via_dummies") != 0;
-  encode_predicate(*property_, this->process(), vars, via_dummies, group);
+  normal_form_ = encode_predicate(*property_, this->process(), vars, via_dummies_, group);
+}
+
+template <Process P>
+bool ReachCheck<P>::validate(const Solution& solution) const {
+  assert(solution.traces.size() == 1 && normal_form_);
+  if (!SearchEngine<P>::validate(solution)) return false;
+  const auto events = events_of(this->process(), solution.traces.front());
+  return check_predicate<P>(*normal_form_, this->process(), events, via_dummies_);
 }
 
 #define INSTANTIATE(P) template class ReachCheck<P>;

@@ -4,9 +4,10 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "reach/search_engine.h"
-#include "reachlang/reach_expr.h"
+#include "reachlang/expansion.h"
 
 namespace vorel {
 
@@ -25,9 +26,12 @@ class ReachCheck : public SearchEngine<P> {
 
  protected:
   void encode(ClauseGroup group) override;
+  bool validate(const Solution& solution) const override;
 
  private:
+  const bool via_dummies_;
   std::unique_ptr<ReachExpr> property_;
+  std::optional<NormalForm> normal_form_;  // what was encoded
 };
 
 }  // namespace vorel

@@ -286,14 +286,15 @@ void show(std::string_view title, const ReachExpr& expr, const ReachNode& node) 
 }  // namespace
 
 template <Process P>
-bool encode_predicate(const ReachExpr& property, const P& process, ConfigurationVars<P>& vars,
-                      bool via_dummies, ClauseGroup group) {
+std::optional<NormalForm> encode_predicate(const ReachExpr& property, const P& process,
+                                           ConfigurationVars<P>& vars, bool via_dummies,
+                                           ClauseGroup group) {
   show("\n Predicate before normalisation: ", property, property.root());
   std::string fault;
-  const auto normal = normalise(property, process, fault);
+  auto normal = normalise(property, process, fault);
   if (!normal) {
     print_error("failed to expand reachability expression:\n" + fault);
-    return false;
+    return {};
   }
   const ReachExpr& expr = normal->formula.expr();
   show("\n Predicate after normalisation: ", expr, expr.node(normal->root));
@@ -301,16 +302,16 @@ bool encode_predicate(const ReachExpr& property, const P& process, Configuration
   if (normal->formula.is_constant(normal->root)) {
     std::cout << "\n Trivial case\n";
     if (!normal->formula.is_true(normal->root)) vars.formula.add_clause({}, group);
-    return true;
+  } else {
+    PredicateEncoder<P> encoder(expr, process, vars, via_dummies, group);
+    vars.formula.add_unit(encoder.run(normal->root), group);
   }
-  const Lit root = PredicateEncoder<P>(expr, process, vars, via_dummies, group).run(normal->root);
-  vars.formula.add_unit(root, group);
-  return true;
+  return normal;
 }
 
-#define INSTANTIATE(P)                                                                       \
-  template bool encode_predicate<P>(const ReachExpr&, const P&, ConfigurationVars<P>&, bool, \
-                                    ClauseGroup);
+#define INSTANTIATE(P)                                    \
+  template std::optional<NormalForm> encode_predicate<P>( \
+      const ReachExpr&, const P&, ConfigurationVars<P>&, bool, ClauseGroup);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 

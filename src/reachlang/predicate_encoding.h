@@ -4,16 +4,20 @@
 //            (reach/configuration_encoding.h).
 #pragma once
 
+#include <optional>
+
 #include "reach/configuration_vars.h"
-#include "reachlang/reach_expr.h"
+#include "reachlang/expansion.h"
 
 namespace vorel {
 
 // Asserts the property of the final state of the configuration. With `via_dummies`, what becomes
 // enabled after dummies alone counts as enabled; only prefixes of STGs have dummies. A constant
-// property is told of on the standard output. False after a reported error.
+// property is told of on the standard output. Returns what was asserted; empty after a reported
+// error.
 template <Process P>
-bool encode_predicate(const ReachExpr& property, const P& process, ConfigurationVars<P>& vars,
-                      bool via_dummies, ClauseGroup group);
+std::optional<NormalForm> encode_predicate(const ReachExpr& property, const P& process,
+                                           ConfigurationVars<P>& vars, bool via_dummies,
+                                           ClauseGroup group);
 
 }  // namespace vorel
