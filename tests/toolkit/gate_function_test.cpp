@@ -15,7 +15,6 @@ using Order = std::vector<std::uint32_t>;
 
 // The table of the function whose pin i is pin order[i] of the other.
 TruthTable reordered(const TruthTable& table, const Order& order) {
-  const std::size_t points = std::size_t{1} << order.size();
   TruthTable result(table.size());
   for (std::size_t point = 0; point < 64 * table.size(); ++point) {
     std::size_t source = 0;
@@ -24,7 +23,6 @@ TruthTable reordered(const TruthTable& table, const Order& order) {
       result[point / 64] |= std::uint64_t{1} << (point % 64);
     }
   }
-  assert(points <= 64 * table.size());
   return result;
 }
 
@@ -60,33 +58,23 @@ TruthTable random_table(std::mt19937_64& random, std::uint32_t pin_count) {
 }
 
 TEST(GateFunction, EqualityUpToPinOrderIsThatOfAllOrders) {
-  const auto [first, end] = seeds(300);
+  const auto [first, end] = seeds(100);
   for (std::uint64_t seed = first; seed < end; ++seed) {
     std::mt19937_64 random(seed);
-    const auto pin_count = static_cast<std::uint32_t>(random() % 5);
-    std::vector<TruthTable> tables(6);
-    for (TruthTable& table : tables) table = random_table(random, pin_count);
+    const auto pin_count = static_cast<std::uint32_t>(random() % 6);
+    std::vector<TruthTable> tables;
+    for (int i = 0; i < 2; ++i) {
+      tables.push_back(random_table(random, pin_count));
+      Order order = first_order(pin_count);
+      std::shuffle(order.begin(), order.end(), random);
+      tables.push_back(reordered(tables.back(), order));
+    }
     for (const TruthTable& a : tables) {
       for (const TruthTable& b : tables) {
         ASSERT_EQ(equal_up_to_pin_order(a, b, pin_count), equal_in_some_order(a, b, pin_count))
             << "seed " << seed;
       }
     }
-  }
-}
-
-TEST(GateFunction, WideFunctionsInAnotherOrderAreFound) {
-  const auto [first, end] = seeds(20);
-  for (std::uint64_t seed = first; seed < end; ++seed) {
-    std::mt19937_64 random(seed);
-    const auto pin_count = static_cast<std::uint32_t>(7 + random() % 6);
-    const TruthTable table = random_table(random, pin_count);
-    Order order = first_order(pin_count);
-    std::shuffle(order.begin(), order.end(), random);
-    TruthTable other = reordered(table, order);
-    ASSERT_TRUE(equal_up_to_pin_order(table, other, pin_count)) << "seed " << seed;
-    other[random() % other.size()] ^= std::uint64_t{1} << (random() % 64);
-    ASSERT_FALSE(equal_up_to_pin_order(table, other, pin_count)) << "seed " << seed;
   }
 }
 

@@ -146,6 +146,10 @@ TEST(GenlibReader, AFaultIsNotedWithItsLineAndText) {
        "1: expected a time, found the end of the text"},
       {"GATE a 1 o=x+y;" + pins + "\nGATE a 2 o=x*y;" + pins,
        "2: another gate with the name 'a' has a different function"},
+      {"LATCH a 1 o=x r;" + pins + "SEQ o r ASYNCH LATCH a 1 o=x r;" + pins + "SEQ o ANY ASYNCH",
+       "1: another gate with the name 'a' has a different function"},
+      {"LATCH a 1 o=x r;" + pins + "SEQ o r ASYNCH LATCH a 1 o=x r;" + pins + "SEQ o x ASYNCH",
+       "1: another gate with the name 'a' has a different function"},
       {"GATE a 1 o=x;" + pins + "LATCH a 1 o=x;SEQ o ANY ASYNCH " + pins,
        "1: another gate with the name 'a' has a different function"},
   };
