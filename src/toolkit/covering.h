@@ -1,0 +1,28 @@
+// toolkit/covering.h - choose columns of least weight so that every row has one.
+// Here:      the weighted covering problem: reductions, a greedy choice, local search with row
+//            weights.
+// Not here:  what rows and columns mean (toolkit/irredundant.h).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace vorel {
+
+struct CoveringParams {
+  // Steps of local search after the greedy choice, at most.
+  std::uint32_t max_steps = 1000;
+};
+
+struct CoveringProblem {
+  std::vector<std::uint32_t> weights;            // of the columns; positive
+  std::vector<std::vector<std::uint32_t>> rows;  // sorted, without repetitions, not empty
+};
+
+// The chosen columns in ascending order; none of them can be left out. Their weight is small, not
+// always the least.
+std::vector<std::uint32_t> solve_covering(const CoveringProblem& problem,
+                                          const CoveringParams& params = {});
+
+}  // namespace vorel

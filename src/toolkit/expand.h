@@ -1,0 +1,48 @@
+// toolkit/expand.h - from cubes to primes: products that no literal can leave without meeting the
+// OFF-set.
+// Here:      expansion of one cube against its blocking matrix [BHMS-1984].
+// Not here:  which primes make the result (toolkit/irredundant.h).
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "toolkit/packed_cover.h"
+#include "toolkit/transversals.h"
+
+namespace vorel {
+
+// Holds the OFF-set by reference. A cube to be expanded must not meet it.
+class Expander {
+ public:
+  explicit Expander(const PackedCover& off)
+      : off_{off}, blocking_{off.width()}, wanted_{off.width()}, transversals_{off.width()} {}
+
+  // Makes the row a prime: raises it over as many as possible of the rows of `on` that are not
+  // `covered`, then to as few literals as a bounded search finds.
+  void expand(Row row, const PackedCover& on, const std::vector<bool>& covered);
+
+  // Visits primes that contain the row, until visit returns false: in the end all of them.
+  void for_each_prime(ConstRow row, const std::function<bool(ConstRow prime)>& visit);
+
+ private:
+  void block(ConstRow row);
+  void want(ConstRow row, const PackedCover& on, const std::vector<bool>& covered);
+  void keep_essential();
+  void drop_infeasible();
+  bool is_feasible(ConstRow positions) const;
+  std::size_t best_wanted() const;
+  void raise(ConstRow positions);
+  void keep_fewest();
+
+  const PackedCover& off_;
+  // Sets of positions. A row of blocking_ holds the literals that keep the cube off one row of the
+  // OFF-set: at least one must stay. A row of wanted_ holds the literals that must go so that the
+  // cube contains one more row of the ON-set.
+  PackedCover blocking_, wanted_;
+  std::vector<Word> literals_;  // neither kept nor raised so far
+  std::vector<Word> kept_;
+  TransversalSearch transversals_;
+};
+
+}  // namespace vorel

@@ -1,0 +1,159 @@
+#include "toolkit/minimise.h"
+
+#include <algorithm>
+#include <iostream>
+#include <set>
+
+#include "base/run_state.h"
+#include "toolkit/complement.h"
+#include "toolkit/expand.h"
+#include "toolkit/irredundant.h"
+#include "toolkit/reduce.h"
+
+namespace vorel {
+namespace {
+
+struct Cost {
+  std::size_t cubes = 0, literals = 0;
+  auto operator<=>(const Cost&) const = default;
+};
+
+Cost cost_of(const PackedCover& cover) {
+  Cost cost{cover.size(), 0};
+  for (std::size_t i = 0; i < cover.size(); ++i) cost.literals += literals_of(cover[i]);
+  return cost;
+}
+
+// One half of each row where the last position is 0, one where it is 1.
+PackedCover split_last_position(const PackedCover& cover) {
+  PackedCover halves(cover.width());
+  if (cover.width() == 0) return cover;
+  const std::size_t last = cover.width() - 1, shift = last % positions_per_word * 2;
+  for (const Word value_bit : {Word{1}, Word{2}}) {
+    for (std::size_t i = 0; i < cover.size(); ++i) {
+      if (!admits(cover[i], last, value_bit)) continue;
+      halves.add(cover[i]);
+      halves[halves.size() - 1].back() &= ~((value_bit ^ 3) << shift);
+    }
+  }
+  return halves;
+}
+
+class Minimiser {
+ public:
+  Minimiser(const Cover& on, const Cover& off, const MinimiseParams& params)
+      : on_{on}, off_{off}, params_{params}, expander_{off_}, primes_{on.width()} {}
+  PackedCover run();
+
+ private:
+  void add_prime(ConstRow prime);
+  void expand(const PackedCover& cubes);
+  void add_alternatives(ConstRow cube);
+  PackedCover choose() { return irredundant(primes_, on_, {params_.max_covering_steps}); }
+  PackedCover reduced(const PackedCover& cover);
+  void improve(PackedCover& cover);
+  void make_sparse(PackedCover& cover);
+
+  PackedCover on_, off_;
+  const MinimiseParams& params_;
+  Expander expander_;
+  PackedCover primes_;  // to choose from
+  std::set<std::vector<Word>> known_;
+};
+
+void Minimiser::add_prime(ConstRow prime) {
+  if (known_.emplace(prime.begin(), prime.end()).second) primes_.add(prime);
+}
+
+// Adds a prime over each cube; those that the primes of others contain need none of their own.
+void Minimiser::expand(const PackedCover& cubes) {
+  std::vector<bool> covered(cubes.size(), false);
+  std::vector<Word> row;
+  for (std::size_t i = 0; i < cubes.size(); ++i) {
+    if (covered[i]) continue;
+    row.assign(cubes[i].begin(), cubes[i].end());
+    expander_.expand(row, cubes, covered);
+    for (std::size_t j = 0; j < cubes.size(); ++j)
+      covered[j] = covered[j] || contains(row, cubes[j]);
+    add_prime(row);
+  }
+}
+
+void Minimiser::add_alternatives(ConstRow cube) {
+  std::uint32_t seen = 0;
+  if (params_.max_primes_per_cube == 0) return;
+  expander_.for_each_prime(cube, [&](ConstRow prime) {
+    add_prime(prime);
+    return ++seen < params_.max_primes_per_cube;
+  });
+}
+
+// Each row in turn made as small as the others, the reduced ones among them, allow.
+PackedCover Minimiser::reduced(const PackedCover& cover) {
+  PackedCover result = cover;
+  Reducer reducer(on_);
+  std::vector<Word> row;
+  for (std::size_t i = 0; i < cover.size(); ++i)
+    if (reducer.reduce(result, i, row)) std::ranges::copy(row, result[i].begin());
+  return result;
+}
+
+// Reduced cubes expand in other directions than those they came from.
+void Minimiser::improve(PackedCover& cover) {
+  for (;;) {
+    const PackedCover cubes = reduced(cover);
+    expand(cubes);
+    for (std::size_t i = 0; i < cubes.size(); ++i) add_alternatives(cubes[i]);
+    PackedCover next = choose();
+    if (cost_of(next) >= cost_of(cover)) return;
+    cover = std::move(next);
+  }
+}
+
+// For what each cube alone contains, looks for a prime with fewer literals.
+void Minimiser::make_sparse(PackedCover& cover) {
+  Reducer reducer(on_);
+  std::vector<Word> part;
+  for (std::size_t i = 0; i < cover.size(); ++i) {
+    if (!reducer.reduce(cover, i, part)) continue;
+    std::uint32_t seen = 0;
+    expander_.for_each_prime(part, [&](ConstRow prime) {
+      if (literals_of(prime) < literals_of(cover[i])) std::ranges::copy(prime, cover[i].begin());
+      return ++seen < params_.max_primes_per_cube;
+    });
+  }
+  cover = irredundant(cover, on_, {params_.max_covering_steps});
+}
+
+PackedCover Minimiser::run() {
+  if (params_.simplify) on_ = simplify(on_);
+  if (params_.setup) on_ = split_last_position(on_);
+  remove_contained(on_);
+  expand(on_);
+  for (std::size_t i = 0; i < on_.size(); ++i) add_alternatives(on_[i]);
+  PackedCover cover = choose();
+  if (params_.repeat) improve(cover);
+  if (params_.make_sparse) make_sparse(cover);
+  return cover;
+}
+
+Cover minimise_quietly(const Cover& on, const Cover& off, const MinimiseParams& params) {
+  if (on.empty()) return Cover(on.width(), false);
+  if (off.empty()) return Cover(on.width(), true);
+  Cover result = Minimiser(on, off, params).run().unpacked();
+  result.sort();
+  return result;
+}
+
+}  // namespace
+
+Cover minimise(const Cover& on, const Cover& off, const MinimiseParams& params) {
+  assert(on.width() == off.width());
+  if (verbosity() >= 6)
+    std::cerr << "\nMinimisation ON-set:\n" << to_string(on) << "\nOFF-set:\n" << to_string(off);
+  Cover result = minimise_quietly(on, off, params);
+  if (verbosity() >= 6) std::cerr << "\nMinimisation result:\n" << to_string(result);
+  return result;
+}
+
+}  // namespace vorel

@@ -1,0 +1,190 @@
+#include "toolkit/minimise.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iostream>
+#include <sstream>
+
+#include "base/run_state.h"
+#include "support/seeds.h"
+#include "toolkit/complement.h"
+#include "toolkit/tautology.h"
+#include "toolkit/toolkit_testing.h"
+
+namespace vorel {
+namespace {
+
+// Some rows of a bigger function: random cubes without those of ON that meet one of OFF.
+std::pair<Cover, Cover> disjoint_covers(RandomCovers& random, std::size_t width) {
+  const Cover off = random.cover(width, random.below(12), 50 + random.below(40));
+  const Cover candidates = random.cover(width, random.below(12), 50 + random.below(40));
+  Cover on(width, false);
+  for (const Cube& cube : candidates) {
+    bool meets = false;
+    for (const Cube& other : off) {
+      bool apart = false;
+      for (std::size_t i = 0; i < width; ++i)
+        apart =
+            apart || (cube[i] != Ternary::dash && other[i] != Ternary::dash && cube[i] != other[i]);
+      meets = meets || !apart;
+    }
+    if (!meets) on.add(cube);
+  }
+  return {on, off};
+}
+
+// No literal can leave any cube without meeting OFF.
+void expect_prime(const Cover& cover, const TruthTable& off) {
+  for (const Cube& cube : cover) {
+    for (std::size_t i = 0; i < cube.size(); ++i) {
+      if (cube[i] == Ternary::dash) continue;
+      Cube larger = cube;
+      larger.set(i, Ternary::dash);
+      bool meets = false;
+      for (std::uint32_t p = 0; p < off.size(); ++p)
+        meets = meets || (off[p] && contains_point(larger, p));
+      EXPECT_TRUE(meets) << to_string(cube);
+    }
+  }
+}
+
+// Every cube has a point of ON for itself.
+void expect_irredundant(const Cover& cover, const TruthTable& on) {
+  std::vector<bool> needed(cover.size(), false);
+  for (std::uint32_t p = 0; p < on.size(); ++p) {
+    std::size_t count = 0, last = 0;
+    for (std::size_t i = 0; i < cover.size() && on[p]; ++i) {
+      if (!contains_point(cover[i], p)) continue;
+      ++count;
+      last = i;
+    }
+    if (count == 1) needed[last] = true;
+  }
+  EXPECT_EQ(std::ranges::count(needed, false), 0) << to_string(cover);
+}
+
+void expect_minimised(const Cover& on, const Cover& off, const MinimiseParams& params) {
+  const Cover result = minimise(on, off, params);
+  const TruthTable on_table = table_of(on), off_table = table_of(off), table = table_of(result);
+  for (std::uint32_t p = 0; p < table.size(); ++p) {
+    ASSERT_TRUE(!on_table[p] || table[p]) << p;
+    ASSERT_TRUE(!off_table[p] || !table[p]) << p;
+  }
+  EXPECT_TRUE(std::ranges::is_sorted(result));
+  if (on.empty() || off.empty()) return;
+  expect_prime(result, off_table);
+  expect_irredundant(result, on_table);
+}
+
+TEST(Minimise, GivesPrimeAndIrredundantCoversBetweenOnAndNotOff) {
+  const Seeds cases = seeds(1500);
+  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+    SCOPED_TRACE(seed);
+    RandomCovers random(seed);
+    const std::size_t width = random.below(seed % 50 == 0 ? 11 : 7);
+    const auto [on, off] = seed % 2 == 0 ? random.points(width, random.below(60), random.below(40))
+                                         : disjoint_covers(random, width);
+    MinimiseParams params;
+    if (seed % 3 == 0) params = {.max_primes_per_cube = 1, .max_covering_steps = 0};
+    if (seed % 5 == 0) params.simplify = true;
+    if (seed % 7 == 0) params.setup = true;
+    if (seed % 4 == 0) params.repeat = true;
+    if (seed % 11 < 3) params.make_sparse = true;
+    expect_minimised(on, off, params);
+    if (HasFailure()) return;
+  }
+}
+
+TEST(Minimise, EmptyOnComesBeforeEmptyOff) {
+  EXPECT_EQ(minimise(Cover(3, false), Cover(3, false)), Cover(3, false));
+  EXPECT_EQ(minimise(Cover::of({"010"}), Cover(3, false)), Cover(3, true));
+  EXPECT_EQ(minimise(Cover(0, true), Cover(0, false)), Cover(0, true));
+}
+
+TEST(Minimise, WideCoversTakeNoRecursionDeeperThanTheirWidth) {
+  RandomCovers random(1);
+  const std::size_t width = 300;
+  Cover on(width, false), off(width, false);
+  for (int i = 0; i < 60; ++i) {
+    on.add(random.cube(width, 60));
+    off.add(random.cube(width, 60));
+  }
+  const Cover result = minimise(on, off);
+  TautologyCheck check(width);
+  const PackedCover rows(result), wanted(on), unwanted(off);
+  for (std::size_t i = 0; i < wanted.size(); ++i) EXPECT_TRUE(check.contains_cube(rows, wanted[i]));
+  for (std::size_t i = 0; i < unwanted.size(); ++i)
+    for (std::size_t j = 0; j < rows.size(); ++j) EXPECT_FALSE(intersect(rows[j], unwanted[i]));
+}
+
+TEST(Complement, IsExactAlsoForUnateCovers) {
+  const Seeds cases = seeds(2000);
+  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+    RandomCovers random(seed);
+    const std::size_t width = random.below(seed % 20 == 0 ? 11 : 7);
+    const Cover cover = random.cover(width, random.below(12), 30 + random.below(60));
+    TruthTable expected = table_of(cover);
+    expected.flip();
+    ASSERT_EQ(table_of(complement(cover)), expected) << to_string(cover);
+
+    const Cube phases = random.cube(width, 0);
+    Cover unate(width, false);
+    for (Cube cube : cover) {
+      for (std::size_t i = 0; i < width; ++i)
+        if (cube[i] != Ternary::dash) cube.set(i, phases[i]);
+      unate.add(cube);
+    }
+    expected = table_of(unate);
+    expected.flip();
+    const Cover result = unate_complement(unate);
+    ASSERT_EQ(table_of(result), expected) << to_string(unate);
+    expect_prime(result, table_of(unate));
+    if (HasFailure()) return;
+  }
+}
+
+TEST(Tautology, IsToldFromAllButOnePoint) {
+  const Seeds cases = seeds(2000);
+  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+    RandomCovers random(seed);
+    const std::size_t width = random.below(9);
+    const Cover cover = random.cover(width, random.below(40), 40 + random.below(50));
+    const Cube cube = random.cube(width, random.below(100));
+    const TruthTable table = table_of(cover);
+    bool expected = true;
+    for (std::uint32_t p = 0; p < table.size(); ++p)
+      expected = expected && (table[p] || !contains_point(cube, p));
+    Cover one(width, false);
+    one.add(cube);
+    ASSERT_EQ(TautologyCheck(width).contains_cube(PackedCover(cover), PackedCover(one)[0]),
+              expected)
+        << to_string(cover) << "\nover " << to_string(cube);
+  }
+}
+
+TEST(Diagnostics, ShowTheCoversAtVerbositySix) {
+  const auto shown = [](int level, const auto& action) {
+    std::ostringstream text;
+    std::streambuf* const before = std::cerr.rdbuf(text.rdbuf());
+    run_state().verbosity = level;
+    action();
+    run_state().verbosity = 0;
+    std::cerr.rdbuf(before);
+    return text.str();
+  };
+  const Cover on = Cover::of({"11"}), off = Cover::of({"0-"});
+  const auto all = [&] {
+    complement(on);
+    unate_complement(on);
+    minimise(on, off);
+  };
+  EXPECT_EQ(shown(5, all), "");
+  EXPECT_EQ(shown(6, all),
+            "\nCover to be complemented:\n11\nComplemented cover:\n0-\n-0"
+            "\nCover before complement:\n11\nCover after complement:\n11"
+            "\nMinimisation ON-set:\n11\nOFF-set:\n0-\nMinimisation result:\n1-");
+}
+
+}  // namespace
+}  // namespace vorel
