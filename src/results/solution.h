@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "results/xml_document.h"
@@ -28,6 +29,8 @@ using Trace = std::vector<TraceStep>;
 void print_trace(std::ostream& stream, const Trace& trace);
 // The same of the indices of the events, from 0, in ascending order: a configuration is a set.
 void print_configuration(std::ostream& stream, const Trace& trace);
+// An element with a `step` for each event, not yet attached.
+XmlNode* trace_to_xml(XmlDocument& document, const Trace& trace, std::string_view name = "trace");
 
 class Solution {
  public:
@@ -47,6 +50,10 @@ class Solution {
 
  protected:
   bool output_configurations() const { return output_configurations_; }
+  // As names in firing order or as numbers, whatever the user wants.
+  void print_events(std::ostream& stream, const Trace& trace) const;
+  // What stands below a trace (by its position) on the standard output.
+  virtual void print_below_trace(std::ostream& /*stream*/, std::size_t /*trace*/) const {}
 
  private:
   bool output_configurations_;  // print event numbers rather than transition names
