@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <span>
@@ -105,6 +106,9 @@ class CnfFormula {
   const std::unique_ptr<SatSolver> solver_;
   DefinitionRecorder* recorder_ = nullptr;  // not owned
 };
+
+// Solves some formula; false when there is no model, and after a reported failure.
+using SolveStep = std::function<bool()>;
 
 // Sorts a clause, removes duplicates and false constants. False if the clause is always true.
 bool normalise_clause(Lits& clause);

@@ -43,9 +43,10 @@ void enumerate_sets(CnfFormula& formula, std::span<const Lit> lits, std::vector<
 }  // namespace
 
 void enumerate(CnfFormula& formula, std::span<const Lit> lits, ClauseGroup group,
-               const CubeCallback& callback, std::uint64_t limit) {
+               const CubeCallback& callback, std::uint64_t limit, const SolveStep& solve) {
+  const auto has_model = [&] { return solve ? solve() : formula.solve(); };
   Lits clause;
-  for (; limit > 0 && !run_failed() && formula.solve(); --limit) {
+  for (; limit > 0 && !run_failed() && has_model(); --limit) {
     LiteralCube cube(lits.size(), CubeValue::any);
     clause.clear();
     for (std::size_t i = 0; i < lits.size(); ++i) {

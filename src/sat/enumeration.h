@@ -17,9 +17,10 @@ namespace vorel {
 using CubeCallback = std::function<void(const LiteralCube&)>;
 
 // Calls back, with the model in place, for each assignment of the literals that some model has, at
-// most `limit` times. The blocking clauses stay in the group.
+// most `limit` times. The blocking clauses stay in the group. `solve` takes the place of
+// formula.solve() for those who add constraints until a model is to their liking.
 void enumerate(CnfFormula& formula, std::span<const Lit> lits, ClauseGroup group,
-               const CubeCallback& callback, std::uint64_t limit);
+               const CubeCallback& callback, std::uint64_t limit, const SolveStep& solve = {});
 
 // Lists sets of false literals: each next model makes a literal true that was false in each model
 // before. A cube says false or any.

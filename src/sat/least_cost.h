@@ -15,9 +15,10 @@ namespace vorel {
 // A failed attempt changes nothing.
 using Resolve = std::function<bool(std::span<const Lit> bits, std::vector<bool>& values)>;
 
-// The usual Resolve: `record` stores the solution of the model.
+// The usual Resolve: `record` stores the solution of the model. `solve` takes the place of
+// formula.solve() if it is given.
 bool resolve_cost(CnfFormula& formula, std::span<const Lit> bits, std::vector<bool>& values,
-                  const std::function<void()>& record);
+                  const std::function<void()>& record, const SolveStep& solve = {});
 
 // `values` are those of the bits, lowest first, in the best model so far; they end as those of
 // the least cost. Solves at most once for each bit. The bits must be defined in both directions.
