@@ -51,12 +51,8 @@ void report_not_supported() { print_error("This mode is currently not supported"
 template <Process P>
 void run_deadlock(Params params, P& process) {
   if (!prepare_run(process, params)) return;
-  if constexpr (P::is_merged) {
-    report_not_supported();
-  } else {
-    DeadlockCheck<P> engine(process, params);
-    run_engine(engine);
-  }
+  DeadlockCheck<P> engine(process, params);
+  run_engine(engine);
 }
 
 template <Process P>

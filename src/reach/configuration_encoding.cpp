@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
+#include "reach/implied_conflicts.h"
+
 namespace vorel {
 namespace {
 
@@ -12,69 +14,6 @@ void sort_unique(std::vector<T*>& list) {
   const auto repeated = std::ranges::unique(list);
   list.erase(repeated.begin(), repeated.end());
 }
-
-// Finds the conditions whose conflicts are implied by those of others.
-template <Process P>
-class ConflictCover {
- public:
-  explicit ConflictCover(const P& process)
-      : process_{process}, skip_(process.conditions.size()), consumers_(process.conditions.size()) {
-    for (const auto& condition : process.conditions) {
-      consumers_[*condition] = static_cast<std::uint32_t>(
-          std::ranges::count_if(condition->postset, std::not_fn(&Event::is_cut_off)));
-    }
-  }
-
-  IndexedBy<typename P::Condition, bool> run() && {
-    for (const auto& condition : process_.conditions) {
-      if (!skip_[*condition])
-        skip_[*condition] = consumers_[*condition] < 2 || is_covered(*condition);
-    }
-    return std::move(skip_);
-  }
-
- private:
-  using Condition = typename P::Condition;
-  using Event = typename P::Event;
-
-  // Whoever is consumed by all consumers of the condition is in the preset of each: it is enough to
-  // look at the smallest one. Of those with the same consumers only the condition itself stays.
-  bool is_covered(const Condition& condition) {
-    // A damaged file may name a consumer twice; then the constraint says that it never fires.
-    if (std::ranges::adjacent_find(condition.postset) != condition.postset.end()) return false;
-    rivals_.clear();
-    for (const Condition* other : smallest_preset(condition)) {
-      const bool has_as_many = consumers_[*other] >= consumers_[condition];
-      if (other != &condition && has_as_many && !skip_[*other]) rivals_.push_back(other);
-    }
-    for (const Event* event : condition.postset) {
-      if (rivals_.empty()) return false;
-      if (event->is_cut_off()) continue;
-      std::erase_if(rivals_, [event](const Condition* other) {
-        return !std::ranges::binary_search(event->preset, other->index, {}, &Condition::index);
-      });
-    }
-    for (const Condition* other : rivals_) {
-      if (consumers_[*other] > consumers_[condition]) return true;
-      skip_[*other] = true;
-    }
-    return false;
-  }
-
-  static std::span<Condition* const> smallest_preset(const Condition& condition) {
-    std::span<Condition* const> smallest;
-    for (const Event* event : condition.postset) {
-      if (event->is_cut_off()) continue;
-      if (smallest.empty() || event->preset.size() < smallest.size()) smallest = event->preset;
-    }
-    return smallest;
-  }
-
-  const P& process_;
-  IndexedBy<Condition, bool> skip_;
-  IndexedBy<Condition, std::uint32_t> consumers_;  // their number, cut-offs left out
-  std::vector<const Condition*> rivals_;           // scratch
-};
 
 }  // namespace
 
@@ -91,8 +30,8 @@ Lit produced_lit(ConfigurationVars<P>& vars, const typename P::Condition& condit
                  ClauseGroup group, Polarity polarity) {
   LitCell& cell = vars.produced[condition];
   if (cell.serves(polarity)) return cell.lit;
+  if (condition.is_initial()) return cell.lit = LitTrue;
   const auto producers = condition.producers();
-  if (producers.empty()) return cell.lit = LitTrue;
   if (producers.size() == 1) {
     const auto& producer = *producers.front();
     return cell.lit = producer.is_cut_off() ? LitFalse : event_lit(vars, producer);
@@ -179,11 +118,6 @@ void encode_no_max_dummies(const P& process, ConfigurationVars<P>& vars, ClauseG
   }
 }
 
-template <Process P>
-IndexedBy<typename P::Condition, bool> skippable_conditions(const P& process) {
-  return ConflictCover<P>(process).run();
-}
-
 #define INSTANTIATE(P)                                                                             \
   template Lit event_lit<P>(ConfigurationVars<P>&, const P::Event&);                               \
   template Lit produced_lit<P>(ConfigurationVars<P>&, const P::Condition&, ClauseGroup, Polarity); \
@@ -193,8 +127,7 @@ IndexedBy<typename P::Condition, bool> skippable_conditions(const P& process) {
   template void encode_causality<P>(const P&, ConfigurationVars<P>&, ClauseGroup);                 \
   template void encode_conflicts<P>(const P&, ConfigurationVars<P>&, ClauseGroup);                 \
   template void encode_no_max_dummies<P>(const P&, ConfigurationVars<P>&, ClauseGroup,             \
-                                         const std::function<bool(const P::Event&)>&);             \
-  template IndexedBy<P::Condition, bool> skippable_conditions<P>(const P&);
+                                         const std::function<bool(const P::Event&)>&);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 

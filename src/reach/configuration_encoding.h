@@ -16,7 +16,7 @@ namespace vorel {
 template <Process P>
 Lit event_lit(ConfigurationVars<P>& vars, const typename P::Event& event);
 
-// True when a non-cut-off producer has fired, or when there is none to wait for.
+// True when a non-cut-off producer has fired, or when the condition is there from the start.
 template <Process P>
 Lit produced_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
                  ClauseGroup group, Polarity polarity);
@@ -45,10 +45,5 @@ void encode_conflicts(const P& process, ConfigurationVars<P>& vars, ClauseGroup 
 template <Process P>
 void encode_no_max_dummies(const P& process, ConfigurationVars<P>& vars, ClauseGroup group,
                            const std::function<bool(const typename P::Event&)>& predicate);
-
-// The conditions whose at-most-one constraint says nothing new: fewer than two consumers that are
-// not cut-offs, or all of these also consume another condition that is kept.
-template <Process P>
-IndexedBy<typename P::Condition, bool> skippable_conditions(const P& process);
 
 }  // namespace vorel

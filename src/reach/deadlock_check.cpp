@@ -56,7 +56,7 @@ bool DeadlockCheck<P>::validate(const Solution& solution) const {
 }
 
 #define INSTANTIATE(P) template class DeadlockCheck<P>;
-VOREL_FOR_EACH_PREFIX(INSTANTIATE)
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
 }  // namespace vorel

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
+#include "reach/sorted_links.h"
+
 namespace vorel {
 namespace {
 
@@ -10,7 +12,9 @@ template <class Consumer>
 class Domination {
  public:
   explicit Domination(const OwnedList<Consumer>& consumers)
-      : consumers_{consumers}, dominated_(consumers.size()) {}
+      : consumers_{consumers},
+        presets_{consumers, &Consumer::preset},
+        dominated_(consumers.size()) {}
 
   IndexedBy<Consumer, bool> run() && {
     for (const auto& consumer : consumers_) {
@@ -21,6 +25,8 @@ class Domination {
   }
 
  private:
+  using Resource = std::remove_pointer_t<decltype(Consumer{}.preset.front())>;
+
   // Whoever needs all that this consumer needs is among the consumers of each of its resources: it
   // is enough to look at the resource with the fewest. One that needs just the same and has a lower
   // number has been visited before.
@@ -33,34 +39,32 @@ class Domination {
     }
   }
 
-  static bool needs_all_of(const Consumer& other, const Consumer& consumer) {
+  bool needs_all_of(const Consumer& other, const Consumer& consumer) const {
     if (other.preset.size() < consumer.preset.size()) return false;
-    const auto number = [](const auto* resource) { return resource->index; };
     return std::ranges::all_of(consumer.preset, [&](const auto* resource) {
-      return std::ranges::binary_search(other.preset, resource->index, {}, number);
+      return presets_.contains(other, resource->index);
     });
   }
 
   const OwnedList<Consumer>& consumers_;
+  const SortedLinks<Consumer, Resource> presets_;
   IndexedBy<Consumer, bool> dominated_;
 };
 
-// The complements of the literals of the preset's producers; false if one of them is a cut-off, so
-// that no configuration holds them all.
+// The complements of the literals of the preset; false if one of its conditions is never produced.
 template <Process P>
-bool append_unfired_producers(ConfigurationVars<P>& vars, const typename P::Event& event,
-                              Lits& clause) {
+bool append_unproduced(ConfigurationVars<P>& vars, const typename P::Event& event,
+                       ClauseGroup group, Lits& clause) {
   for (const auto* condition : event.preset) {
-    for (const auto* producer : condition->producers()) {
-      if (producer->is_cut_off()) return false;
-      clause.push_back(~event_lit(vars, *producer));
-    }
+    const Lit produced = produced_lit(vars, *condition, group, -1);
+    if (produced == LitFalse) return false;
+    clause.push_back(~produced);
   }
   return true;
 }
 
-// An event whose preset nobody else consumes fires once its producers have fired, or the final
-// state would enable it; a cut-off in this position forbids its causal past.
+// An event whose preset nobody else consumes fires once that has been produced, or the final state
+// would enable it; a cut-off in this position forbids its causal past.
 template <Process P>
 void encode_progress(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
   Lits clause;
@@ -68,7 +72,7 @@ void encode_progress(const P& process, ConfigurationVars<P>& vars, ClauseGroup g
     const bool is_sole_consumer = std::ranges::all_of(
         event->preset, [](const auto* condition) { return condition->postset.size() == 1; });
     clause.clear();
-    if (!is_sole_consumer || !append_unfired_producers(vars, *event, clause)) continue;
+    if (!is_sole_consumer || !append_unproduced(vars, *event, group, clause)) continue;
     if (!event->is_cut_off()) clause.push_back(event_lit(vars, *event));
     vars.formula.add_clause(clause, group);
   }
@@ -100,9 +104,8 @@ class PlaceInstances {
 
  private:
   static bool can_be_marked(const typename P::Condition& condition) {
-    const auto producers = condition.producers();
-    return producers.empty() ||
-           !std::ranges::all_of(producers, [](const auto* event) { return event->is_cut_off(); });
+    return condition.is_initial() ||
+           !std::ranges::all_of(condition.producers(), &P::Event::is_cut_off);
   }
 
   std::vector<std::uint32_t> first_;  // by place number, one more at the end
@@ -154,30 +157,24 @@ class ConsumedLits {
   Lits consumers_;  // scratch
 };
 
-}  // namespace
-
-template <class Consumer>
-IndexedBy<Consumer, bool> dominated_consumers(const OwnedList<Consumer>& consumers) {
-  return Domination<Consumer>(consumers).run();
-}
-
+// No event is enabled by the final cut.
 template <Process P>
-void encode_deadlock_with_cutoffs(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
-  const auto dominated = dominated_consumers(process.events);
+void encode_dead_cut(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+  const auto dominated = Domination(process.events).run();
   ConsumedLits<P> consumed(process, vars, group);
   Lits clause;
   for (const auto& event : process.events) {
     clause.clear();
-    if (dominated[*event] || !append_unfired_producers(vars, *event, clause)) continue;
+    if (dominated[*event] || !append_unproduced(vars, *event, group, clause)) continue;
     for (const auto* condition : event->preset) consumed.append(*condition, clause);
     vars.formula.add_clause(clause, group);
   }
 }
 
+// No transition is enabled by the final marking.
 template <Process P>
-void encode_deadlock_ignoring_cutoffs(const P& process, ConfigurationVars<P>& vars,
-                                      ClauseGroup group) {
-  const auto dominated = dominated_consumers(process.transitions);
+void encode_dead_marking(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+  const auto dominated = Domination(process.transitions).run();
   const auto occurs = transitions_with_events(process);
   const PlaceInstances<P> instances(process);
   Lits clause;
@@ -189,18 +186,39 @@ void encode_deadlock_ignoring_cutoffs(const P& process, ConfigurationVars<P>& va
     }
     vars.formula.add_clause(clause, group);
   }
+}
+
+}  // namespace
+
+template <class Consumer>
+IndexedBy<Consumer, bool> dominated_consumers(const OwnedList<Consumer>& consumers) {
+  return Domination<Consumer>(consumers).run();
+}
+
+template <Process P>
+void encode_deadlock_with_cutoffs(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+  encode_dead_cut(process, vars, group);
+  if constexpr (P::is_merged) encode_dead_marking(process, vars, group);
+}
+
+template <Process P>
+void encode_deadlock_ignoring_cutoffs(const P& process, ConfigurationVars<P>& vars,
+                                      ClauseGroup group) {
+  encode_dead_marking(process, vars, group);
   encode_progress(process, vars, group);
 }
 
 #define INSTANTIATE(P)                                                                         \
   template void encode_deadlock_with_cutoffs<P>(const P&, ConfigurationVars<P>&, ClauseGroup); \
   template void encode_deadlock_ignoring_cutoffs<P>(const P&, ConfigurationVars<P>&, ClauseGroup);
-VOREL_FOR_EACH_PREFIX(INSTANTIATE)
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
 template IndexedBy<Transition, bool> dominated_consumers(const OwnedList<Transition>&);
 template IndexedBy<StgTransition, bool> dominated_consumers(const OwnedList<StgTransition>&);
 template IndexedBy<EventOf<Net>, bool> dominated_consumers(const OwnedList<EventOf<Net>>&);
 template IndexedBy<EventOf<Stg>, bool> dominated_consumers(const OwnedList<EventOf<Stg>>&);
+template IndexedBy<MpEventOf<Net>, bool> dominated_consumers(const OwnedList<MpEventOf<Net>>&);
+template IndexedBy<MpEventOf<Stg>, bool> dominated_consumers(const OwnedList<MpEventOf<Stg>>&);
 
 }  // namespace vorel

@@ -1,5 +1,5 @@
 // reach/deadlock_encoding.h - clauses that make the final state of a configuration a deadlock.
-// Here:      the two methods of -D on prefixes.
+// Here:      the two methods of -D.
 // Not here:  the configuration itself (reach/configuration_encoding.h), the search
 //            (reach/deadlock_check.h).
 #pragma once
@@ -10,7 +10,9 @@ namespace vorel {
 
 // Method 1: no event of the prefix is enabled by the final cut, be it a cut-off or not. Cut-offs
 // stand for what could go on after them; they are in no configuration themselves, so as members of
-// a clause they count as false.
+// a clause they count as false. In a merged process that is not enough: a configuration may merge
+// from one that goes on behind a cut-off, and what its final state enables need not have an event
+// there. So the marking is looked at, too.
 template <Process P>
 void encode_deadlock_with_cutoffs(const P& process, ConfigurationVars<P>& vars, ClauseGroup group);
 

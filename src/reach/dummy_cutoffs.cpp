@@ -11,7 +11,7 @@ namespace {
 
 using Event = StgPrefix::Event;
 
-bool is_dummy(const Event& event) { return event.transition->signal->is_dummy(); }
+bool is_dummy(const auto& event) { return event.transition->signal->is_dummy(); }
 
 // Walks through the pasts of cut-offs; a past is left at the first event that decides.
 class PastCheck {
@@ -60,6 +60,11 @@ bool has_dummy_cutoffs(const StgPrefix& prefix) {
   return std::ranges::any_of(prefix.events, [&check](const auto& event) {
     return event->is_cut_off() && is_dummy(*event) && !check.is_harmless(*event);
   });
+}
+
+bool has_dummy_cutoffs(const StgMergedProcess& process) {
+  return std::ranges::any_of(
+      process.events, [](const auto& event) { return event->is_cut_off() && is_dummy(*event); });
 }
 
 }  // namespace vorel

@@ -1,4 +1,4 @@
-// reach/dummy_cutoffs.h - whether a prefix of an STG was cut at dummy events.
+// reach/dummy_cutoffs.h - whether a process of an STG was cut at dummy events.
 #pragma once
 
 #include "net/process.h"
@@ -8,5 +8,8 @@ namespace vorel {
 // True when some dummy cut-off may hide states: unless its correspondents are known, are not just
 // one event, lie in its own past, and leave nothing but dummies of that past.
 bool has_dummy_cutoffs(const StgPrefix& prefix);
+
+// A merged process knows no correspondents: any dummy cut-off may hide states.
+bool has_dummy_cutoffs(const StgMergedProcess& process);
 
 }  // namespace vorel

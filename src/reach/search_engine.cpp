@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <cassert>
+#include <iostream>
 #include <limits>
 
 #include "base/messages.h"
 #include "reach/configuration_encoding.h"
 #include "reach/decoding.h"
+#include "reach/merged_encoding.h"
+#include "reach/merged_validation.h"
 #include "reach/validation.h"
 #include "sat/enumeration.h"
 #include "sat/integer_circuit.h"
@@ -61,7 +64,7 @@ void SearchEngine<P>::decode(Solution& solution) const {
   for (const auto& vars : configurations_) {
     const auto events = decode_events(process_, *vars);
     const auto sequence = firing_sequence<P>(process_, events);
-    assert((P::is_merged || sequence.size() == events.size()) && "a prefix has no causal cycle");
+    assert(sequence.size() == events.size() && "a configuration has no causal cycle");
     solution.traces.push_back(trace_of<Event>(sequence));
   }
 }
@@ -69,7 +72,12 @@ void SearchEngine<P>::decode(Solution& solution) const {
 template <Process P>
 bool SearchEngine<P>::validate(const Solution& solution) const {
   return std::ranges::all_of(solution.traces, [this](const Trace& trace) {
-    return check_safe_run<P>(process_, events_of(process_, trace));
+    const auto events = events_of(process_, trace);
+    if (!check_safe_run<P>(process_, events)) return false;
+    if constexpr (P::is_merged) {
+      return check_acyclic<P>(process_, events) && check_no_gap<P>(process_, events);
+    }
+    return true;
   });
 }
 
@@ -109,9 +117,38 @@ Lits SearchEngine<P>::solution_literals() const {
 }
 
 template <Process P>
+bool SearchEngine<P>::solve() {
+  do {
+    if (P::is_merged && has_grown_) print_instance_size();
+    has_grown_ = false;
+    if (!formula_.solve() || run_failed()) return false;
+  } while (refine());
+  return true;
+}
+
+template <Process P>
+bool SearchEngine<P>::refine() {
+  if constexpr (P::is_merged) {
+    assert(acyclicity_.size() == configurations_.size());
+    for (std::size_t i = 0; i < acyclicity_.size(); ++i) {
+      if (acyclicity_[i]->refine(decode_events(process_, *configurations_[i]))) has_grown_ = true;
+    }
+  }
+  return has_grown_;
+}
+
+template <Process P>
+void SearchEngine<P>::print_instance_size() const {
+  const SatSolver& solver = formula_.solver();
+  print_formatted(std::cerr, "\nInstance size: cl/vars/lits=%llu/%u/%llu...",
+                  static_cast<unsigned long long>(solver.num_clauses()), solver.num_vars(),
+                  static_cast<unsigned long long>(solver.num_literals()));
+}
+
+template <Process P>
 bool SearchEngine<P>::search_one() {
   encode(PermanentGroup);
-  if (!formula_.solve() || run_failed()) return false;
+  if (run_failed() || !solve()) return false;
   record_solution();
   return true;
 }
@@ -124,7 +161,7 @@ bool SearchEngine<P>::search_all() {
     enumerate(
         formula_, solution_literals(), formula_.group(0),
         [this](const LiteralCube&) { record_solution(); },
-        static_cast<std::uint32_t>(all_solutions_));
+        static_cast<std::uint32_t>(all_solutions_), [this] { return solve(); });
   }
   return !report_.solutions.empty();
 }
@@ -135,7 +172,8 @@ bool SearchEngine<P>::search_least_cost() {
   std::vector<bool> values;
   if (!start_least_cost(bits, values) || run_failed()) return false;
   const auto resolve = [this](std::span<const Lit> cost, std::vector<bool>& found) {
-    return resolve_cost(formula_, cost, found, [this] { record_solution(); });
+    return resolve_cost(
+        formula_, cost, found, [this] { record_solution(); }, [this] { return solve(); });
   };
   minimise_cost(formula_, bits, values, resolve);
   return !report_.solutions.empty();
@@ -153,7 +191,8 @@ bool SearchEngine<P>::start_least_cost(Lits& bits, std::vector<bool>& values) {
   }
   bits = cost_bits(default_polarity);
   formula_.add_units(current, false, formula_.group(2));
-  const bool resolved = resolve_cost(formula_, bits, values, [this] { record_solution(); });
+  const bool resolved = resolve_cost(
+      formula_, bits, values, [this] { record_solution(); }, [this] { return solve(); });
   formula_.renew_group(formula_.group(2));
   return resolved;
 }
@@ -170,6 +209,7 @@ template <Process P>
 void SearchEngine<P>::encode_configuration(ConfigurationVars<P>& vars, ClauseGroup group) {
   encode_causality(process_, vars, group);
   encode_conflicts(process_, vars, group);
+  if constexpr (P::is_merged) encode_merged_rules(vars, group);
   if constexpr (P::NetType::has_signals) {
     if (params_.get("no_max_dummies") == 0) return;
     encode_no_max_dummies(process_, vars, group,
@@ -177,8 +217,24 @@ void SearchEngine<P>::encode_configuration(ConfigurationVars<P>& vars, ClauseGro
   }
 }
 
+template <Process P>
+void SearchEngine<P>::encode_merged_rules(ConfigurationVars<P>& vars, ClauseGroup group) {
+  if constexpr (P::is_merged) {
+    encode_initial_conditions(process_, vars, group);
+    if (params_.get("backward_conflict_constraints") != 0) {
+      encode_backward_conflicts(process_, vars, group);
+    }
+    encode_no_gaps(process_, vars, group);
+    acyclicity_.push_back(std::make_unique<Acyclicity<P>>(process_, vars));
+    assert(&vars == configurations_[acyclicity_.size() - 1].get() && "in their order, each once");
+    if (params_.get("incremental_acyclic_constraint") == 0) {
+      acyclicity_.back()->encode_all_components();
+    }
+  }
+}
+
 #define INSTANTIATE(P) template class SearchEngine<P>;
-VOREL_FOR_EACH_PREFIX(INSTANTIATE)
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
 }  // namespace vorel

@@ -4,6 +4,8 @@
 //            encodes (subclasses).
 // An engine is made for one run: run() once, then report() once. Every step that can fail is
 // followed by a test of the severity; a search that stopped has reported why.
+// On a merged process a model may still have causal cycles (reach/acyclicity.h): whoever needs a
+// model asks solve(), not the formula.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +14,7 @@
 #include <vector>
 
 #include "base/params.h"
+#include "reach/acyclicity.h"
 #include "reach/configuration_vars.h"
 #include "results/report.h"
 
@@ -54,6 +57,10 @@ class SearchEngine {
   // The literals that tell one solution from another: those of all events in all configurations.
   virtual Lits solution_literals() const;
 
+  // Solves until the model is one of configurations; tells the size of the instance of a merged
+  // process whenever it has grown. False when there is none, and after a reported failure.
+  bool solve();
+
   // True when a solution was found.
   virtual bool search_one();
   virtual bool search_all();
@@ -61,7 +68,8 @@ class SearchEngine {
 
   // The i-th configuration; it and those before it are made on demand.
   ConfigurationVars<P>& configuration(std::uint32_t i);
-  // Causality, conflicts and, where the options ask for it, the rule on maximal dummies.
+  // Causality, conflicts and, where the options ask for it, the rule on maximal dummies; on merged
+  // processes also what only they need. Once for each of the engine's own configurations.
   void encode_configuration(ConfigurationVars<P>& vars, ClauseGroup group);
   const P& process() const { return process_; }
   Params& params() { return params_; }
@@ -71,6 +79,10 @@ class SearchEngine {
  private:
   // The first solution, its cost bits and their values in its own model.
   bool start_least_cost(Lits& bits, std::vector<bool>& values);
+  void encode_merged_rules(ConfigurationVars<P>& vars, ClauseGroup group);
+  // True when the model had a cycle, and clauses were added.
+  bool refine();
+  void print_instance_size() const;
 
   const P& process_;
   Params params_;
@@ -78,6 +90,8 @@ class SearchEngine {
   VerdictMessages messages_;
   CnfFormula formula_;
   std::vector<std::unique_ptr<ConfigurationVars<P>>> configurations_;
+  std::vector<std::unique_ptr<Acyclicity<P>>> acyclicity_;  // on merged processes: of each of them
+  bool has_grown_ = true;  // the instance, since it was last solved
   Report report_;
 };
 

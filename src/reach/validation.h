@@ -1,6 +1,6 @@
 // reach/validation.h - solutions are replayed before they are believed.
 // Here:      checks by the token game on the process; they share nothing with the encoding.
-// Not here:  what only merged processes need.
+// Not here:  what only merged processes need (reach/merged_validation.h).
 // A failed check is reported as an error: it points to a fault of the encoding or to a damaged
 // input, not to a property of the net.
 #pragma once
@@ -15,7 +15,8 @@ namespace vorel {
 template <Process P>
 bool check_safe_run(const P& process, std::span<const typename P::Event* const> sequence);
 
-// No event, cut-offs included, is enabled by the final cut of the sequence.
+// No event, cut-offs included, is enabled by the final cut of the sequence, and in a merged process
+// no transition by its marking.
 template <Process P>
 bool check_deadlock(const P& process, std::span<const typename P::Event* const> sequence);
 

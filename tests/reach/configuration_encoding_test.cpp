@@ -12,6 +12,7 @@
 #include "oracle/reference_unfolder.h"
 #include "reach/deadlock_encoding.h"
 #include "reach/decoding.h"
+#include "reach/implied_conflicts.h"
 #include "reach/validation.h"
 #include "sat/enumeration.h"
 #include "support/process_builder.h"
