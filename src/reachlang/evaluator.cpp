@@ -332,12 +332,14 @@ ReachValue Evaluator<P>::evaluate_gather(const ReachNode& node) {
   return ReachValue::set_of(std::move(elements));
 }
 
+// A definition that depends on the state is of no use to a body that does not, and has no value.
 template <Process P>
 ReachValue Evaluator<P>::evaluate_let(const ReachNode& node) {
   const std::size_t outer = environment_.size();
   ReachValue value;
   for (const ReachNodeId operand : expr_.operands(node)) {
-    value = evaluate(operand);
+    const ReachNode& part = expr_.node(operand);
+    value = part.is_dynamic ? ReachValue(false) : evaluate(part);
     if (value.is_fail()) break;
     environment_.push_back({value, 0});
   }
