@@ -119,9 +119,9 @@ Bdd ite(const Bdd& condition, const Bdd& then_value, const Bdd& else_value) {
       Cudd_bddIte(cudd(), condition.node(), then_value.node(), else_value.node()));
 }
 
-Bdd cofactor(const Bdd& f, const Bdd& g) {
-  assert(!f.is_null() && !g.is_null());
-  return Bdd::from_result(Cudd_Cofactor(cudd(), f.node(), g.node()));
+Bdd cofactor(const Bdd& f, const Bdd& product) {
+  assert(!f.is_null() && !product.is_null());
+  return Bdd::from_result(Cudd_Cofactor(cudd(), f.node(), product.node()));
 }
 
 Bdd compose(const Bdd& f, std::span<const Bdd> substitution) {

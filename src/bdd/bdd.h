@@ -100,9 +100,8 @@ Bdd bdd_variable(std::uint32_t index);
 
 Bdd ite(const Bdd& condition, const Bdd& then_value, const Bdd& else_value);
 
-// A function that agrees with f where g is true. If g is a product of literals: f with these
-// literals made true. False as g ends the process.
-Bdd cofactor(const Bdd& f, const Bdd& g);
+// f with the literals of the product made true. What is no product of literals ends the process.
+Bdd cofactor(const Bdd& f, const Bdd& product);
 
 // f with variable v replaced by substitution[v], all at once. Variables beyond the end stay.
 Bdd compose(const Bdd& f, std::span<const Bdd> substitution);

@@ -38,7 +38,7 @@ const char* text_of(Cudd_ErrorType error) {
   }
 }
 
-// CUDD has its own opinion on what to print when an operation fails. Null if there is no such file.
+// For what CUDD itself has to say about operations that fail. Null if it cannot be opened.
 std::FILE* open_void() { return std::fopen("/dev/null", "w"); }
 
 }  // namespace
@@ -55,6 +55,7 @@ BddManager::BddManager()
   Cudd_SetLooseUpTo(cudd_, most_unique_slots);
   Cudd_SetMaxCacheHard(cudd_, most_computed_slots);
   Cudd_SetMaxMemory(cudd_, most_memory);
+  Cudd_SetStdout(cudd_, nowhere);
   Cudd_SetStderr(cudd_, nowhere);
 }
 
