@@ -1,6 +1,7 @@
 // decomposition/gate_library.h - the gates that functions are mapped onto.
 // Here:      reading a library, its cheapest gates of the basic kinds, areas, the list of gates.
-// Not here:  the format (toolkit/genlib_reader.h), which gate implements a function.
+// Not here:  the format (toolkit/genlib_reader.h), what a gate does to its output
+//            (decomposition/gate_covers.h), which gate implements a function.
 //
 // Wherever one of several gates is taken, it is the first by area, then combinational gates before
 // latches, then by name. Clocked latches are known by name only: in a circuit without a clock their
