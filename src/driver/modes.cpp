@@ -10,6 +10,9 @@
 #include "base/clock.h"
 #include "base/messages.h"
 #include "base/run_state.h"
+#include "conflicts/csc_check.h"
+#include "conflicts/normalcy_check.h"
+#include "conflicts/usc_check.h"
 #include "driver/coefficients.h"
 #include "driver/option_table.h"
 #include "driver/read_input.h"
@@ -66,6 +69,13 @@ void run_reach(Params params, P& process, FinalState final_state) {
   }
 }
 
+template <class Engine>
+void run_conflict_check(Params params, StgPrefix& prefix) {
+  if (!prepare_run(prefix, params)) return;
+  Engine engine(prefix, params);
+  if (!run_failed()) run_engine(engine);
+}
+
 // The run of a mode whose engine does not exist yet.
 template <Process P>
 void run_without_engine(Params params, P& process) {
@@ -110,9 +120,9 @@ constexpr ModeEntry mode_entries[] = {
     {Mode::deadlock, deadlock_mode},
     {Mode::reach, reach_mode},
     {Mode::reach_stg, stg_mode<run_reach_stg>},
-    {Mode::usc, stg_mode<run_without_engine<StgPrefix>>},
-    {Mode::csc, stg_mode<run_without_engine<StgPrefix>>},
-    {Mode::normalcy, stg_mode<run_without_engine<StgPrefix>>},
+    {Mode::usc, stg_mode<run_conflict_check<UscCheck>>},
+    {Mode::csc, stg_mode<run_conflict_check<CscCheck>>},
+    {Mode::normalcy, stg_mode<run_conflict_check<NormalcyCheck>>},
     {Mode::complex_gate, stg_mode<run_without_engine<StgPrefix>>},
     {Mode::gc, stg_mode<run_without_engine<StgPrefix>>},
     {Mode::standard_c, stg_mode<run_without_engine<StgPrefix>>},

@@ -1,0 +1,23 @@
+// conflicts/conflict_solution.h - a pair of traces with equal codes that are in conflict.
+#pragma once
+
+#include "results/solution.h"
+
+namespace vorel {
+
+class ConflictSolution : public Solution {
+ public:
+  // `signal`: the name of the signal whose next values differ; empty for a conflict of markings.
+  ConflictSolution(bool output_configurations, std::string signal)
+      : Solution(output_configurations), signal_{std::move(signal)} {}
+
+  void print(std::ostream& stream) const override;
+  XmlNode* to_xml(XmlDocument& document) const override;
+
+  const std::string& signal() const { return signal_; }
+
+ private:
+  std::string signal_;
+};
+
+}  // namespace vorel

@@ -1,0 +1,76 @@
+// conflicts/normalcy_hypothesis.h - of what type each signal can be, judged by its triggers.
+// Here:      evidence against p- and n-normalcy, violations that it shows at once.
+// Not here:  the search for two configurations that refute the hypothesis (normalcy_check.h).
+//
+// A trigger of an event is evidence when the next value of the event's signal changes with it. The
+// codes before and after it differ in the trigger alone, so a signal that follows its trigger up or
+// down is not n-normal, and one that goes against it is not p-normal. A trigger with which nothing
+// changes, as the signal was excited before by another of its events, is none.
+#pragma once
+
+#include <optional>
+
+#include "conflicts/final_state.h"
+#include "conflicts/triggers.h"
+
+namespace vorel {
+
+struct TriggerEvidence {
+  const StgPrefix::Event* event = nullptr;
+  EventSet local_configuration;                   // of the event, the event included
+  std::vector<const StgPrefix::Event*> triggers;  // those that are evidence
+};
+
+// By signal number; for each signal the evidence with the smallest local configuration.
+using EvidenceTable = std::vector<std::optional<TriggerEvidence>>;
+
+enum class NormalcyViolation : std::uint8_t {
+  none = 0,
+  mixed_triggers = 1,
+  contradictory_hypotheses = 2,
+  csc_conflict = 3,
+  other = 4,
+};
+
+class NormalcyHypothesis {
+ public:
+  // Both must outlive it.
+  NormalcyHypothesis(const StgPrefix& prefix, const FinalStates& states);
+
+  // False after the error that there is no evidence for some output or internal signal.
+  bool make();
+
+  NormalcyViolation violation() const { return violation_; }
+  std::uint32_t violation_signal() const { return violation_signal_; }
+  // Of a signal without a violation so far: p-normal, else n-normal.
+  bool is_p(std::uint32_t signal) const { return !opposite_sign_[signal]; }
+
+  const EvidenceTable& mixed() const { return mixed_; }
+  const EvidenceTable& same_sign() const { return same_sign_; }          // not n-normal
+  const EvidenceTable& opposite_sign() const { return opposite_sign_; }  // not p-normal
+
+ private:
+  using Event = StgPrefix::Event;
+  struct Trigger {
+    const Event* event;
+    bool same_sign;
+  };
+
+  void visit(const Event& event);
+  // Without walking through configurations: nothing can be learnt that is not known already.
+  bool adds_nothing(const Event& event, std::span<const Event* const> triggers,
+                    std::size_t size) const;
+  std::vector<Trigger> genuine_triggers(const Event& event, const EventSet& local_configuration,
+                                        std::span<const Event* const> triggers) const;
+  EventSet without_trigger(const EventSet& configuration, const Event& trigger) const;
+  void find_violation();
+
+  const StgPrefix& prefix_;
+  const FinalStates& states_;
+  TriggerFinder finder_;
+  EvidenceTable mixed_, same_sign_, opposite_sign_;
+  NormalcyViolation violation_ = NormalcyViolation::none;
+  std::uint32_t violation_signal_ = no_index;
+};
+
+}  // namespace vorel

@@ -1,0 +1,35 @@
+// conflicts/usc_check.h - the engine of -U: is the state coding unique.
+#pragma once
+
+#include "conflicts/conflict_check.h"
+
+namespace vorel {
+
+// Two configurations are in conflict when their codes are equal and their final markings are not.
+class UscCheck : public ConflictCheck {
+ public:
+  UscCheck(const StgPrefix& prefix, const Params& params);
+
+  // Reports an error when a final marking shows that the net is not safe.
+  bool is_conflict(const EventSet& one, const EventSet& other) const override;
+
+ protected:
+  void prepare_encoding() override;
+  Inclusion inclusion() const override { return Inclusion::first_in_second; }
+  void add_any_difference() override;
+  std::uint32_t first_candidate() const override { return 0; }
+  std::uint32_t end_candidate() const override {
+    return static_cast<std::uint32_t>(process().places.size());
+  }
+  void add_candidate_difference(std::uint32_t candidate, ClauseGroup group) override;
+  std::unique_ptr<Solution> new_solution() const override;
+  std::unique_ptr<Solution> solution_of_pair(const Core& core) const override;
+
+ private:
+  std::pair<Lit, Lit> marked(std::uint32_t place);
+
+  // By place number: its conditions but for those after cut-offs, which are in no final cut.
+  std::vector<std::vector<const StgPrefix::Condition*>> place_instances_;
+};
+
+}  // namespace vorel

@@ -1,0 +1,210 @@
+// -C and -U against all pairs of configurations of random prefixes, and against the state graph.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "base/messages.h"
+#include "conflicts/conflict_solution.h"
+#include "conflicts/conflicts_support.h"
+#include "conflicts/csc_check.h"
+#include "conflicts/usc_check.h"
+
+namespace vorel {
+namespace {
+
+using conflicts_support::params_with;
+using conflicts_support::Subject;
+
+struct Found {
+  EventSet first, second;
+  std::string signal;
+};
+
+template <class Check>
+class Probe : public Check {
+ public:
+  Probe(const StgPrefix& prefix, const Params& params) : Check(prefix, params) {
+    this->run();
+    for (const auto& solution : this->found().solutions) {
+      EXPECT_TRUE(this->validate(*solution));
+      const auto& pair = static_cast<const ConflictSolution&>(*solution);
+      const auto events = [&](int i) {
+        return event_set(events_of<StgPrefix>(prefix, pair.traces.at(i)));
+      };
+      results.push_back({events(0), events(1), pair.signal()});
+    }
+  }
+  std::vector<Found> results;
+};
+
+// What a mode calls a conflict, by the state graph.
+struct CscTruth {
+  static constexpr bool names_signals = true;
+  using Check = CscCheck;
+  static bool differ(const Subject& s, std::uint32_t a, std::uint32_t b) {
+    return s.excited[a] != s.excited[b];
+  }
+};
+struct UscTruth {
+  static constexpr bool names_signals = false;
+  using Check = UscCheck;
+  static bool differ(const Subject& s, std::uint32_t a, std::uint32_t b) {
+    return s.graph.states[a].marking != s.graph.states[b].marking;
+  }
+};
+
+EventSet visible(const Subject& subject, const EventSet& set) {
+  EventSet result;
+  for (const std::uint32_t event : set) {
+    if (!subject.prefix.events[event]->transition->signal->is_dummy()) result.push_back(event);
+  }
+  return result;
+}
+
+template <class Truth>
+class Comparison {
+ public:
+  explicit Comparison(const Subject& subject) : subject_{subject} {
+    for (const auto& one : subject.configurations) {
+      for (const auto& other : subject.configurations) {
+        if (subject.codes[one.state] == subject.codes[other.state]) enter(one, other);
+      }
+    }
+  }
+
+  bool has_conflict() const { return !conflicts_.empty(); }
+
+  void run() {
+    std::vector<int> inclusions{-1, 0};
+    if (subject_.conflict_free) inclusions.push_back(1);
+    for (const int method : {0, 1, 2}) {
+      for (const int inclusion : inclusions) {
+        SCOPED_TRACE("method " + std::to_string(method) + " inclusion " +
+                     std::to_string(inclusion));
+        const auto with = [&](const char* key, int value) {
+          return params_with(
+              {{"method", method}, {"inclusion_constraints", inclusion}, {key, value}});
+        };
+        check(Probe<typename Truth::Check>(subject_.prefix, with("min_cost", 0)), false);
+        check(Probe<typename Truth::Check>(subject_.prefix, with("min_cost", 1)), true);
+        check_all(Probe<typename Truth::Check>(subject_.prefix, with("all_solutions", -1)));
+        const Probe<typename Truth::Check> some(subject_.prefix, with("all_solutions", 2));
+        EXPECT_EQ(some.results.empty(), !has_conflict());
+      }
+    }
+  }
+
+ private:
+  void enter(const oracle::Configuration& one, const oracle::Configuration& other) {
+    const EventSet sum = visible(subject_, symmetric_difference(one.events, other.events));
+    equal_codes_.insert(sum);
+    if (!Truth::differ(subject_, one.state, other.state)) return;
+    conflicts_.insert(sum);
+    least_cost_ = std::min(least_cost_, one.events.size() + other.events.size());
+  }
+
+  void check(const Probe<typename Truth::Check>& probe, bool least) const {
+    ASSERT_EQ(probe.results.size(), has_conflict() ? 1u : 0u);
+    for (const Found& found : probe.results) {
+      check_pair(found);
+      if (!least) continue;
+      EXPECT_EQ(found.first.size() + found.second.size(), least_cost_);
+    }
+  }
+
+  void check_pair(const Found& found) const {
+    const std::uint32_t one = subject_.state_after(found.first);
+    const std::uint32_t other = subject_.state_after(found.second);
+    EXPECT_EQ(subject_.codes[one], subject_.codes[other]);
+    EXPECT_TRUE(Truth::differ(subject_, one, other));
+    if constexpr (!Truth::names_signals) return;
+    const std::uint32_t signal = subject_.signal_named(found.signal);
+    EXPECT_NE(subject_.excited[one].contains(signal), subject_.excited[other].contains(signal));
+  }
+
+  void check_all(const Probe<typename Truth::Check>& probe) {
+    const auto keep = [&](const Core& core) { return probe.is_conflict(core.first, core.second); };
+    sums_.clear();
+    for (const Found& found : probe.results) check_pair(found);
+    std::set<EventSet> full;
+    for (const Core& core : probe.seen_pairs()) {
+      EXPECT_TRUE(full.insert(core.sum).second) << "two pairs with one core";
+      sums_.insert(visible(subject_, core.sum));
+      for (const Core& known : probe.seen_pairs()) {
+        EXPECT_TRUE(is_composite_due_to(subject_.prefix, core, known, keep).empty());
+      }
+    }
+    explained_.clear();
+    for (const EventSet& sum : conflicts_) EXPECT_TRUE(is_explained(sum));
+  }
+
+  // A core that was found, or one next to a difference that is explained or makes no conflict.
+  bool is_explained(const EventSet& sum) {
+    if (sum.empty() || sums_.contains(sum)) return true;
+    const auto [known, is_new] = explained_.emplace(sum, false);
+    if (!is_new) return known->second;
+    return known->second = std::ranges::any_of(sums_, [&](const EventSet& part) {
+             if (!includes(sum, part)) return false;
+             const EventSet rest = set_difference(sum, part);
+             return equal_codes_.contains(rest) &&
+                    (!conflicts_.contains(rest) || is_explained(rest));
+           });
+  }
+
+  const Subject& subject_;
+  std::set<EventSet> equal_codes_, conflicts_, sums_;
+  std::map<EventSet, bool> explained_;
+  std::size_t least_cost_ = SIZE_MAX;
+};
+
+struct Tally {
+  std::size_t compared = 0, with_csc = 0, with_usc = 0;
+};
+
+void compare(const Stg& stg, Tally& tally) {
+  const auto subject = Subject::make(stg);
+  if (!subject || has_dummy_cutoffs(subject->prefix)) return;
+  Comparison<CscTruth> csc(*subject);
+  csc.run();
+  Comparison<UscTruth> usc(*subject);
+  usc.run();
+  // The state graph knows nothing of prefixes: what it says of all states.
+  const auto signals = subject->csc_conflicts_that_no_dummy_decides();
+  EXPECT_TRUE(signals.empty() || csc.has_conflict());
+  EXPECT_TRUE(!csc.has_conflict() || !subject->csc_conflicts().empty());
+  ++tally.compared;
+  tally.with_csc += csc.has_conflict() ? 1 : 0;
+  tally.with_usc += usc.has_conflict() ? 1 : 0;
+  EXPECT_FALSE(run_failed());
+}
+
+void compare_on_seeds(const oracle::RandomStgParams& params) {
+  const auto [first, end] = seeds(60);
+  testing::internal::CaptureStdout();  // notes on the optimised method
+  Tally tally;
+  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    compare(oracle::random_stg(seed, params), tally);
+  }
+  testing::internal::GetCapturedStdout();
+  testing::Test::RecordProperty("compared", static_cast<int>(tally.compared));
+  EXPECT_GT(tally.compared, (end - first) / 4);
+  EXPECT_GT(tally.with_csc, tally.compared / 10);
+  EXPECT_LT(tally.with_usc, tally.compared);
+}
+
+TEST(ConflictCheck, AgreesWithAllPairsOfConfigurations) {
+  compare_on_seeds({.dummies = false, .toggles = false});
+}
+
+TEST(ConflictCheck, AgreesWithAllPairsOfConfigurationsWhereEdgesHaveNoSign) {
+  compare_on_seeds({.dummies = false, .toggles = true});
+}
+
+TEST(ConflictCheck, AgreesWithAllPairsOfConfigurationsThatEndInNoDummy) {
+  compare_on_seeds({.dummies = true, .toggles = false});
+}
+
+}  // namespace
+}  // namespace vorel

@@ -1,0 +1,106 @@
+// tests/conflicts/conflicts_support.h - a prefix with all that the oracle knows of its states.
+#pragma once
+
+#include <algorithm>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/params.h"
+#include "net/initial_values.h"
+#include "oracle/coding.h"
+#include "oracle/configurations.h"
+#include "oracle/random_stg.h"
+#include "oracle/reference_unfolder.h"
+#include "reach/decoding.h"
+#include "reach/dummy_cutoffs.h"
+#include "support/seeds.h"
+
+namespace vorel::conflicts_support {
+
+inline Params params_with(std::initializer_list<std::pair<const char*, int>> options) {
+  Params params;
+  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations",
+                          "all_solutions", "method", "min_cost"}) {
+    params.set(key, 0);
+  }
+  for (const char* key : {"solver", "no_max_dummies", "enable_via_dummies"}) params.set(key, 1);
+  params.set("inclusion_constraints", -1);
+  for (const auto& [key, value] : options) params.set(key, value);
+  return params;
+}
+
+struct Subject {
+  StgPrefix prefix;
+  oracle::StateGraph<Stg> graph;
+  oracle::Values initial;
+  std::vector<oracle::Configuration> configurations;
+  // By state.
+  std::vector<oracle::Values> codes;
+  std::vector<oracle::SignalSet> excited;  // outputs and internal signals, through dummies
+  bool conflict_free = true;
+
+  // Nullopt when the prefix has too many configurations to try all pairs.
+  static std::optional<Subject> make(const Stg& stg) {
+    auto prefix = oracle::unfold(stg);
+    if (!prefix) return std::nullopt;
+    Subject subject;
+    subject.prefix = std::move(*prefix);
+    find_initial_values(subject.prefix);
+    subject.graph = oracle::explore<Stg>(subject.prefix);
+    subject.initial = *oracle::find_initial_values(subject.prefix, subject.graph);
+    auto all = oracle::configurations(subject.prefix, subject.graph, 120);
+    if (!all) return std::nullopt;
+    subject.configurations = std::move(*all);
+    for (std::uint32_t i = 0; i < subject.graph.states.size(); ++i) subject.look_at_state(i);
+    for (const auto& condition : subject.prefix.conditions) {
+      if (condition->postset.size() > 1) subject.conflict_free = false;
+    }
+    return subject;
+  }
+
+  void look_at_state(std::uint32_t state) {
+    codes.push_back(oracle::code_of(graph.states[state], initial));
+    excited.push_back(oracle::enabled_through_dummies(graph, state));
+    std::erase_if(excited.back(), [this](std::uint32_t signal) {
+      return signal < prefix.inputs_end || signal >= prefix.internals_end;
+    });
+  }
+
+  std::uint32_t state_after(const std::vector<std::uint32_t>& events) const {
+    const auto found = std::ranges::find(configurations, events, &oracle::Configuration::events);
+    EXPECT_NE(found, configurations.end()) << "no configuration";
+    return found == configurations.end() ? 0 : found->state;
+  }
+
+  std::uint32_t signal_named(const std::string& name) const {
+    for (const auto& signal : prefix.signals) {
+      if (signal->name == name) return signal->index;
+    }
+    ADD_FAILURE() << "no signal '" << name << "'";
+    return 0;
+  }
+
+  oracle::SignalSet csc_conflicts() const {
+    return oracle::csc_conflict_signals(prefix, graph, initial);
+  }
+
+  // Without the signals that some dummy makes impossible for ever: whether such a state counts
+  // depends on how it is reached.
+  oracle::SignalSet csc_conflicts_that_no_dummy_decides() const {
+    oracle::SignalSet signals = csc_conflicts();
+    for (std::uint32_t state = 0; state < graph.states.size(); ++state) {
+      for (const auto& arc : graph.states[state].arcs) {
+        if (!arc.transition->signal->is_dummy()) continue;
+        for (const std::uint32_t signal : excited[state]) {
+          if (!excited[arc.target].contains(signal)) signals.erase(signal);
+        }
+      }
+    }
+    return signals;
+  }
+};
+
+}  // namespace vorel::conflicts_support
