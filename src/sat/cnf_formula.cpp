@@ -9,16 +9,18 @@
 #include "base/run_state.h"
 #include "sat/dimacs.h"
 #include "sat/minisat_solver.h"
+#include "sat/zchaff_solver.h"
 
 namespace vorel {
 namespace {
 
 constexpr std::uint32_t default_group_count = 3;
 constexpr std::size_t first_clause_capacity = 16;
-constexpr int minisat_number = 1;
+constexpr int zchaff_number = 0, minisat_number = 1;
 const char* const formula_file_name = "formula.cnf";
 
 std::unique_ptr<SatSolver> make_solver(int number) {
+  if (number == zchaff_number) return std::make_unique<ZChaffSolver>();
   if (number != minisat_number)
     print_warning(
         format_message("there is no SAT solver %d; the default SAT solver is used", number));
@@ -30,7 +32,7 @@ std::unique_ptr<SatSolver> make_solver(int number) {
 CnfFormula::CnfFormula(const CnfParams& params)
     : restrict_branching_(params.restrict_branching),
       store_cnf_formula_(params.store_cnf_formula),
-      skip_redundant_clauses_(false),
+      skip_redundant_clauses_(params.solver == zchaff_number),
       solver_(make_solver(params.solver)) {
   clause_.reserve(first_clause_capacity);
   create_default_groups();

@@ -23,7 +23,8 @@
 namespace vorel {
 
 struct CnfParams {
-  int solver = 1;                   // number of the back end; unknown ones get a warning and 1
+  // Number of the back end: 0 the core with native groups, 1 MiniSat; others get a warning and 1.
+  int solver = 1;
   bool restrict_branching = false;  // no decisions on the outputs of small gates either
   bool store_cnf_formula = false;   // write formula.cnf before every solve
 };
@@ -77,7 +78,7 @@ class CnfFormula {
 
   SatSolver& solver() { return *solver_; }
   const SatSolver& solver() const { return *solver_; }
-  // Clauses that only help propagation are left out.
+  // Clauses of gates that only help propagation are left out.
   bool skip_redundant_clauses() const { return skip_redundant_clauses_; }
   void set_recorder(DefinitionRecorder* recorder) { recorder_ = recorder; }  // null: none
 

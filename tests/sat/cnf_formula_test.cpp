@@ -86,9 +86,9 @@ TEST(CnfFormula, ValuesOfComplementsAndConstantsFollowTheModel) {
 
 TEST(CnfFormula, UnknownSolverGetsAWarningAndTheDefault) {
   testing::internal::CaptureStderr();
-  CnfFormula formula(CnfParams{.solver = 0});
+  CnfFormula formula(CnfParams{.solver = 2});
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "\nWarning: there is no SAT solver 0; the default SAT solver is used\n");
+            "\nWarning: there is no SAT solver 2; the default SAT solver is used\n");
   EXPECT_TRUE(formula.solve());
 }
 

@@ -1,0 +1,107 @@
+// The search of zchaff/core.h: decisions, learning, restarts.
+#include "base/clock.h"
+#include "zchaff/core.h"
+
+namespace vorel::zchaff {
+namespace {
+
+constexpr std::uint64_t no_deadline = ~std::uint64_t{0};
+constexpr std::uint64_t conflicts_per_look = 64;  // at the clock
+
+std::uint64_t deadline_in(double seconds) {
+  return seconds > 0 ? ticks_now() + static_cast<std::uint64_t>(seconds * 1e9) : no_deadline;
+}
+
+}  // namespace
+
+// False when memory does not suffice.
+bool Core::learn_from(ClauseRef conflict) {
+  const LearntClause& learnt = analyzer_.analyze(conflict);
+  for (const Variable v : analyzer_.involved()) order_.bump(v);
+  order_.decay();
+  policy_.note_conflict(learnt.glue);
+  if (learnt.literals.size() == 1) {
+    add_unit(learnt.literals[0], learnt.groups, true);
+    return true;
+  }
+  backtrack(learnt.back_level);
+  const ClauseRef ref = database_.add_learnt(learnt.literals, learnt.groups, learnt.glue);
+  if (ref == no_clause) return false;
+  assignment_.assign(learnt.literals[0], ref);
+  return true;
+}
+
+// False when no variable is left to decide on.
+bool Core::decide() {
+  while (!order_.empty() && !assignment_.is_open(order_.top())) order_.pop();
+  if (order_.empty()) return false;
+  const Variable variable = order_.top();
+  order_.pop();
+  ++stats_.decisions;
+  assignment_.open_level();
+  assignment_.assign(assignment_.preferred(variable), no_clause);
+  return true;
+}
+
+// Decisions that would be taken again are kept [RTH-2011].
+std::uint32_t Core::reusable_level() {
+  while (!order_.empty() && !assignment_.is_open(order_.top())) order_.pop();
+  if (order_.empty()) return assignment_.level();
+  const double next = order_.activity(order_.top());
+  std::uint32_t level = 0;
+  while (level < assignment_.level() &&
+         order_.activity(assignment_.decision(level + 1).variable()) > next)
+    ++level;
+  return level;
+}
+
+void Core::restart() {
+  ++stats_.restarts;
+  policy_.note_restart();
+  if (policy_.is_reduction_due()) {
+    reduce();
+  } else {
+    backtrack(reusable_level());
+  }
+}
+
+void Core::reduce() {
+  backtrack(0);
+  database_.reduce(params_.reduction_percent, assignment_);
+  policy_.note_reduction();
+}
+
+Outcome Core::search(std::uint64_t deadline) {
+  if (out_of_memory_) return Outcome::memory_out;
+  while (!refuted_by_) {
+    if (assignment_.level() == 0) settle();
+    if (refuted_by_) break;
+    const ClauseRef conflict = propagator_.propagate();
+    if (conflict != no_clause) {
+      if (!learn_from(conflict)) return Outcome::memory_out;
+      if (deadline != no_deadline && policy_.conflicts() % conflicts_per_look == 0 &&
+          ticks_now() > deadline)
+        return Outcome::timeout;
+    } else if (policy_.is_restart_due() || policy_.is_reduction_due()) {
+      restart();
+    } else if (!decide()) {
+      return Outcome::satisfiable;
+    }
+  }
+  return Outcome::unsatisfiable;
+}
+
+Outcome Core::solve() {
+  ++stats_.solves;
+  policy_.note_solve();
+  model_.clear();
+  const Outcome outcome = search(deadline_in(params_.time_limit));
+  if (outcome == Outcome::satisfiable) {
+    model_ = assignment_.values();
+  } else {
+    backtrack(0);
+  }
+  return outcome;
+}
+
+}  // namespace vorel::zchaff

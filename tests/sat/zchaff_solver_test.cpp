@@ -1,0 +1,199 @@
+#include "sat/zchaff_solver.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "base/run_state.h"
+#include "sat/minisat_solver.h"
+#include "sat/sat_testing.h"
+#include "support/seeds.h"
+
+namespace vorel {
+namespace {
+
+// Gives the same operations to both solvers, keeps the clauses, and compares all answers.
+class Pair {
+ public:
+  explicit Pair(const zchaff::CoreParams& params) : solver_(params) { reset(); }
+
+  void reset() {
+    solver_.reset();
+    other_.reset();
+    clauses_.clear();
+    others_variable_.clear();
+    groups_ = {{PermanentGroup, PermanentGroup}};
+  }
+  std::uint32_t variables() const { return solver_.num_vars(); }
+  std::size_t group_count() const { return groups_.size(); }
+
+  Lit add_variable(bool no_branch) {
+    others_variable_.push_back(other_.new_var(no_branch));  // it makes selectors in between
+    other_.freeze(others_variable_.back(), true);
+    return Lit(solver_.new_var(no_branch), false);
+  }
+  void add_group() { groups_.emplace_back(solver_.new_group(), other_.new_group()); }
+  void add_clause(Lits clause, std::size_t place) {
+    solver_.add_clause(clause, groups_[place].first);
+    if (!normalise_clause(clause)) return;
+    clauses_[groups_[place].first].push_back(clause);
+    for (Lit& lit : clause)
+      lit = Lit(others_variable_[static_cast<std::uint32_t>(lit.variable())], lit.negated());
+    other_.add_clause(clause, groups_[place].second);
+  }
+  void delete_group(std::size_t place) {
+    solver_.delete_group(groups_[place].first);
+    other_.delete_group(groups_[place].second);
+    clauses_.erase(groups_[place].first);
+    groups_.erase(groups_.begin() + static_cast<std::ptrdiff_t>(place));
+  }
+
+  // True if both say that there is a model.
+  bool solve() {
+    const SolveStatus status = solver_.solve(true, true);
+    EXPECT_EQ(status, other_.solve(true, true));
+    if (status != SolveStatus::sat) return false;
+    for (const auto& [group, clauses] : clauses_)
+      for (const Lits& clause : clauses)
+        EXPECT_TRUE(std::ranges::any_of(clause, [this](Lit lit) { return is_true(lit); }));
+    return true;
+  }
+  // Excludes the model on some variables.
+  void block(Random& random, std::size_t place) {
+    Lits clause;
+    for (std::uint32_t v = 0; v < variables(); ++v) {
+      if (random.below(2) == 0) continue;
+      clause.push_back(lit_of(v) ^ is_true(lit_of(v)));
+    }
+    add_clause(clause, place);
+  }
+
+  // The solver shows what it was given.
+  void check_clauses() const {
+    std::map<Lits, int> balance;
+    std::uint64_t count = 0, literals = 0;
+    for (const auto& [group, clauses] : clauses_)
+      for (const Lits& clause : clauses) ++balance[clause], ++count, literals += clause.size();
+    EXPECT_EQ(solver_.num_clauses(), count);
+    EXPECT_EQ(solver_.num_literals(), literals);
+    solver_.visit_clauses([&](std::span<const Lit> clause) {
+      Lits sorted(clause.begin(), clause.end());
+      std::ranges::sort(sorted);
+      --balance[sorted];
+    });
+    EXPECT_TRUE(std::ranges::all_of(balance, [](const auto& entry) { return entry.second == 0; }));
+  }
+  // Whatever was learnt follows from the clauses that there are now.
+  void check_learnt() const {
+    MiniSatSolver judge;
+    for (std::uint32_t v = 0; v < variables(); ++v) judge.freeze(judge.new_var(false), true);
+    for (const auto& [group, clauses] : clauses_)
+      for (const Lits& clause : clauses) judge.add_clause(clause, PermanentGroup);
+    solver_.core().visit_learnt([&](std::span<const zchaff::Literal> clause) {
+      const ClauseGroup opposite = judge.new_group();
+      for (const zchaff::Literal literal : clause) {
+        const Lit lit = ~Lit::from_code(literal.code());
+        judge.add_clause({&lit, 1}, opposite);
+      }
+      EXPECT_EQ(judge.solve(true, true), SolveStatus::unsat);
+      judge.delete_group(opposite);
+    });
+  }
+
+  zchaff::CoreStats stats() const { return solver_.core().stats(); }
+
+ private:
+  bool is_true(Lit lit) const {
+    return solver_.value(lit.variable()) == (lit.negated() ? ModelValue::no : ModelValue::yes);
+  }
+
+  ZChaffSolver solver_;
+  MiniSatSolver other_;
+  std::vector<Var> others_variable_;
+  std::vector<std::pair<ClauseGroup, ClauseGroup>> groups_;  // of both, in the order of creation
+  std::map<ClauseGroup, std::vector<Lits>> clauses_;
+};
+
+// A variable that is the parity or the conjunction of two others, and so needs no decision.
+void add_gate(Pair& pair, Random& random) {
+  const Lits in = random_lits(random, pair.variables(), 2, false);
+  const Lit out = pair.add_variable(true);
+  if (random.below(2) == 0) {
+    pair.add_clause({~out, in[0]}, 0);
+    pair.add_clause({~out, in[1]}, 0);
+    pair.add_clause({out, ~in[0], ~in[1]}, 0);
+  } else {
+    pair.add_clause({~out, in[0], in[1]}, 0);
+    pair.add_clause({~out, ~in[0], ~in[1]}, 0);
+    pair.add_clause({out, ~in[0], in[1]}, 0);
+    pair.add_clause({out, in[0], ~in[1]}, 0);
+  }
+}
+
+// Clauses of three literals, about as many as make a formula hard; in groups short ones too.
+void add_clauses(Pair& pair, Random& random) {
+  const std::size_t place = random.below(static_cast<std::uint32_t>(pair.group_count()));
+  const auto add = [&](std::uint32_t count, std::uint32_t size) {
+    for (std::uint32_t i = 0; i < count; ++i)
+      pair.add_clause(random_lits(random, pair.variables(), size, false), place);
+  };
+  const std::uint32_t hundredth = (place == 0 ? 3 : 1) * (50 + random.below(100));
+  add(pair.variables() * hundredth / 100, 3);
+  if (place == 0) return;
+  add(random.below(4), 2);
+  add(random.below(1 + pair.variables() / 8), 1);
+  if (random.below(20) == 0) add(1, 0);
+}
+
+void take_step(Pair& pair, Random& random) {
+  switch (random.below(8)) {
+    case 0:
+      if (pair.group_count() <= 32) pair.add_group();
+      break;
+    case 1:
+      pair.add_variable(false);
+      break;
+    case 2:
+      add_gate(pair, random);
+      break;
+    case 3:
+      add_clauses(pair, random);
+      break;
+    case 4:
+    case 5: {
+      const std::size_t place = random.below(static_cast<std::uint32_t>(pair.group_count()));
+      if (place > 0) pair.delete_group(place);
+      break;
+    }
+    default:
+      for (std::uint32_t left = random.below(8); pair.solve() && left > 0; --left)
+        pair.block(random, random.below(static_cast<std::uint32_t>(pair.group_count())));
+  }
+}
+
+void start(Pair& pair, Random& random, std::uint32_t variables) {
+  pair.reset();
+  for (std::uint32_t v = 0; v < variables; ++v) pair.add_variable(false);
+  for (int i = 0; i < 3; ++i) pair.add_group();
+  for (int i = 0; i < 6; ++i) add_gate(pair, random);
+  for (int i = 0; i < 2; ++i) add_clauses(pair, random);
+}
+
+TEST(ZChaffSolver, AnswersAsMiniSatWhileGroupsComeAndGo) {
+  const auto [first, end] = seeds(2000);
+  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Random random(static_cast<std::uint32_t>(seed));
+    Pair pair({.restart_margin_percent = random.below(30), .reduction_interval = 10});
+    start(pair, random, 3 + random.below(seed % 10 == 0 ? 80 : 20));
+    for (int step = 0; step < 20; ++step) {
+      take_step(pair, random);
+      if (step == 15 && random.below(10) == 0) start(pair, random, 10);
+    }
+    pair.check_clauses();
+    pair.check_learnt();
+  }
+}
+
+}  // namespace
+}  // namespace vorel
