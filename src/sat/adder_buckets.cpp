@@ -13,12 +13,10 @@ SumAndCarry half_adder(CnfFormula& formula, Lit a, Lit b, ClauseGroup group, Pol
   if (a == ~b) return {LitTrue, LitFalse};
   const Lit sum = formula.make_gate(Gate(GateXor, {a, b}), group, polarity);
   const Lit carry = formula.make_gate(Gate(GateAnd, {a, b}), group);
-  if (!formula.skip_redundant_clauses()) {
-    // With the last of these a sum of zero makes all that it counts false without a decision, which
-    // the descent to the least cost lives on.
-    formula.add_binary(~sum, ~carry, group);
-    for (const Lit x : {a, b}) formula.add_clause(std::array{~x, sum, carry}, group);
-  }
+  // Redundant, but no solver does without: with the last of these a sum of zero makes all that it
+  // counts false without a decision, which the descent to the least cost lives on.
+  formula.add_binary(~sum, ~carry, group);
+  for (const Lit x : {a, b}) formula.add_clause(std::array{~x, sum, carry}, group);
   return {sum, carry};
 }
 
@@ -48,11 +46,10 @@ SumAndCarry full_adder(CnfFormula& formula, Lit a, Lit b, Lit c, ClauseGroup gro
   if (b == ~c) return {~a, a};
   const Lit sum = formula.make_gate(Gate(GateXor, {a, b, c}), group, polarity);
   const Lit carry = formula.make_gate(Gate(GateMaj, {a, b, c}), group);
-  if (!formula.skip_redundant_clauses())
-    for (const Lit x : {a, b, c}) {
-      formula.add_clause(std::array{x, ~sum, ~carry}, group);
-      formula.add_clause(std::array{~x, sum, carry}, group);
-    }
+  for (const Lit x : {a, b, c}) {
+    formula.add_clause(std::array{x, ~sum, ~carry}, group);
+    formula.add_clause(std::array{~x, sum, carry}, group);
+  }
   return {sum, carry};
 }
 
