@@ -1,0 +1,92 @@
+#include "bdd/cover_bdd.h"
+
+#include <utility>
+
+#include "bdd/bdd_manager.h"
+#include "bdd/cudd_interface.h"
+#include "toolkit/complement.h"
+#include "toolkit/factor.h"
+#include "toolkit/minimise.h"
+
+namespace vorel {
+namespace {
+
+// Pairs are joined and queue up behind the others, so that operands are of like size.
+Bdd sum_of(std::vector<Bdd> terms) {
+  if (terms.empty()) return Bdd(false);
+  for (std::size_t i = 0; i + 1 < terms.size(); i += 2) {
+    const Bdd left = std::move(terms[i]), right = std::move(terms[i + 1]);
+    terms.push_back(left | right);
+  }
+  return std::move(terms.back());
+}
+
+// `values` says 0, 1 or 2, which is free, for every variable of the manager.
+Cube restrict_to(const std::vector<std::uint32_t>& support, const int* values) {
+  Cube cube(support.size());
+  for (std::size_t i = 0; i < support.size(); ++i)
+    cube.set(i, static_cast<Ternary>(values[support[i]]));
+  return cube;
+}
+
+// One cube for each path to true: no two share a point.
+Cover paths_of(const Bdd& f, const std::vector<std::uint32_t>& support) {
+  const BddManager& manager = BddManager::instance();
+  Cover cover(support.size(), false);
+  int* values = nullptr;
+  double constant = 0;  // only diagrams with other constants than true need it
+  // A generator of nothing is made for false too, so a null one is a failure.
+  DdGen* const generator = Cudd_FirstCube(manager.cudd(), f.node(), &values, &constant);
+  if (generator == nullptr) manager.fail();
+  while (Cudd_IsGenEmpty(generator) == 0) {
+    cover.add(restrict_to(support, values));
+    Cudd_NextCube(generator, &values, &constant);
+  }
+  Cudd_GenFree(generator);
+  return cover;
+}
+
+std::vector<std::string> names_of(const std::vector<std::uint32_t>& support,
+                                  std::span<const std::string> names) {
+  std::vector<std::string> chosen;
+  for (const std::uint32_t index : support) {
+    assert(names.empty() || index < names.size());
+    chosen.push_back(names.empty() ? "x" + std::to_string(index) : names[index]);
+  }
+  return chosen;
+}
+
+}  // namespace
+
+Bdd bdd_of(const Cube& cube, std::span<const Bdd> variables) {
+  assert(cube.size() <= variables.size());
+  Bdd product(true);
+  for (std::size_t i = cube.size(); i-- > 0;) {
+    if (cube[i] == Ternary::dash) continue;
+    product = (cube[i] == Ternary::one ? variables[i] : ~variables[i]) & product;
+  }
+  return product;
+}
+
+Bdd bdd_of(const Cover& cover, std::span<const Bdd> variables) {
+  std::vector<Bdd> products;
+  products.reserve(2 * cover.size());
+  for (const Cube& cube : cover) products.push_back(bdd_of(cube, variables));
+  return sum_of(std::move(products));
+}
+
+SupportCover cover_of(const Bdd& f) {
+  std::vector<std::uint32_t> support = f.support();
+  const Cover on = paths_of(f, support);
+  Cover minimised = minimise(on, complement(on));
+  return {std::move(minimised), std::move(support)};
+}
+
+LogicExpr expression_of(const Bdd& f, std::span<const std::string> names) {
+  const SupportCover form = cover_of(f);
+  return factor(form.cover, names_of(form.support, names));
+}
+
+std::size_t literal_count(const Bdd& f) { return literal_count(expression_of(f)); }
+
+}  // namespace vorel

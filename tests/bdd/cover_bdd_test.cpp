@@ -1,0 +1,131 @@
+#include "bdd/cover_bdd.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <variant>
+
+#include "bdd/bdd_cover.h"
+#include "bdd/truth_tables.h"
+#include "support/seeds.h"
+
+namespace vorel {
+namespace {
+
+Table cube_table(const Cube& cube, const std::vector<Table>& variables) {
+  Table product = ~Table();
+  for (std::size_t i = 0; i < cube.size(); ++i)
+    if (cube[i] != Ternary::dash) product &= cube[i] == Ternary::one ? variables[i] : ~variables[i];
+  return product;
+}
+
+Table cover_table(const Cover& cover, const std::vector<Table>& variables) {
+  Table sum;
+  for (const Cube& cube : cover) sum |= cube_table(cube, variables);
+  return sum;
+}
+
+// Names of variables are "x" and their numbers.
+Table expression_table(const LogicExpr& expression) {
+  if (const auto* const literal = std::get_if<LogicExpr::Literal>(&expression.node)) {
+    const Table table =
+        variable_table(static_cast<std::uint32_t>(std::stoul(literal->name.substr(1))));
+    return literal->negated ? ~table : table;
+  }
+  if (const auto* const constant = std::get_if<LogicExpr::Const>(&expression.node))
+    return constant->value ? ~Table() : Table();
+  Table result;
+  if (const auto* const sum = std::get_if<LogicExpr::Or>(&expression.node)) {
+    for (const LogicExpr& operand : sum->operands) result |= expression_table(operand);
+    return result;
+  }
+  result.set();
+  for (const LogicExpr& operand : std::get<LogicExpr::And>(expression.node).operands)
+    result &= expression_table(operand);
+  return result;
+}
+
+std::vector<Table> tables_of(const std::vector<std::uint32_t>& variables) {
+  std::vector<Table> tables;
+  for (const std::uint32_t v : variables) tables.push_back(variable_table(v));
+  return tables;
+}
+
+// No literal and no cube of the cover can be left out.
+void expect_prime_and_irredundant(const SupportCover& form, const Table& f) {
+  const std::vector<Table> variables = tables_of(form.support);
+  for (std::size_t i = 0; i < form.cover.size(); ++i) {
+    Cover others(form.cover.width(), false);
+    for (std::size_t j = 0; j < form.cover.size(); ++j)
+      if (j != i) others.add(form.cover[j]);
+    ASSERT_NE(cover_table(others, variables), f);
+    for (std::size_t position = 0; position < form.cover.width(); ++position) {
+      if (form.cover[i][position] == Ternary::dash) continue;
+      Cube larger = form.cover[i];
+      larger.set(position, Ternary::dash);
+      ASSERT_TRUE((cube_table(larger, variables) & ~f).any());
+    }
+  }
+}
+
+TEST(CoverBdd, AFunctionBecomesAMinimisedCoverAndItsExpression) {
+  for (auto [seed, end] = seeds(200); seed != end; ++seed) {
+    oracle::Random random(seed);
+    const Function f = random_function(random);
+    const SupportCover form = cover_of(f.bdd);
+    ASSERT_EQ(form.support, support_of(f.table));
+    ASSERT_EQ(form.cover.width(), form.support.size());
+    ASSERT_EQ(cover_table(form.cover, tables_of(form.support)), f.table) << seed;
+    ASSERT_TRUE(std::ranges::is_sorted(form.cover));
+    ASSERT_NO_FATAL_FAILURE(expect_prime_and_irredundant(form, f.table)) << seed;
+    ASSERT_EQ(bdd_of(form.cover, f.bdd.support_variables()), f.bdd);
+
+    const LogicExpr expression = expression_of(f.bdd);
+    ASSERT_EQ(expression_table(expression), f.table) << seed;
+    ASSERT_EQ(literal_count(f.bdd), literal_count(expression));
+    ASSERT_LE(literal_count(f.bdd), form.cover.literal_count());
+  }
+}
+
+TEST(CoverBdd, PositionsOfACoverStandForAnyFunctions) {
+  for (auto [seed, end] = seeds(60); seed != end; ++seed) {
+    oracle::Random random(seed);
+    const std::size_t width = random.below(8);
+    std::vector<Bdd> bdds;
+    std::vector<Table> tables;
+    for (std::size_t i = 0; i < width; ++i) {
+      const Function f = random_function(random);
+      bdds.push_back(f.bdd);
+      tables.push_back(f.table);
+    }
+    Cover cover(width, false);
+    for (std::uint32_t n = random.below(12); n > 0; --n) {
+      Cube cube(width);
+      for (std::size_t i = 0; i < width; ++i) cube.set(i, static_cast<Ternary>(random.below(3)));
+      cover.add(cube);
+    }
+    ASSERT_EQ(table_of(bdd_of(cover, bdds)), cover_table(cover, tables)) << seed;
+  }
+  EXPECT_TRUE(bdd_of(Cover(0, true), {}).is_true());
+  EXPECT_TRUE(bdd_of(Cover(0, false), {}).is_false());
+}
+
+TEST(BDDCover, TextTellsWhatIsSpecified) {
+  const Bdd a = bdd_variable(0), b = bdd_variable(1), c = bdd_variable(2);
+  EXPECT_EQ(to_string(BDDCover((a | b) & c)), "BDDCover{x2 (x0 + x1)}");
+  EXPECT_EQ(to_string(BDDCover(Bdd(true))), "BDDCover{1}");
+  EXPECT_EQ(to_string(BDDCover::two_valued(a & b, ~a)), "BDDCover{ON: x0 x1, OFF: x0'}");
+  const std::vector<std::string> names = {"req", "ack", "done"};
+  EXPECT_EQ(to_string(BDDCover(a & ~b, a & c, ~a, ~a & b & c), names),
+            "BDDCover{ER+: req ack', QR+: req done, ER-: req', QR-: req' ack done}");
+}
+
+TEST(BDDCover, SubstitutionAndSupportConcernAllFourSets) {
+  const Bdd a = bdd_variable(0), b = bdd_variable(1), c = bdd_variable(2), d = bdd_variable(3);
+  const BDDCover cover(a, c, ~d & a, Bdd(false));
+  EXPECT_EQ(cover.support(), (std::vector<std::uint32_t>{0, 2, 3}));
+  EXPECT_EQ(compose(cover, std::vector<Bdd>{b, a, ~d, c}), BDDCover(b, ~d, ~c & b, Bdd(false)));
+}
+
+}  // namespace
+}  // namespace vorel
