@@ -1,0 +1,176 @@
+// Every example of the manual of the property language, run with the program.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/run_program.h"
+
+namespace vorel {
+namespace {
+
+const std::string root = VOREL_EXAMPLES "/..";
+
+struct Block {
+  std::vector<std::string> lines;
+  std::size_t first_line = 0;  // in the manual, from 1
+};
+
+std::vector<std::string> lines_of(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+// What stands between a line "```language" and the next line "```".
+std::vector<Block> blocks_of(const std::string& language) {
+  const std::vector<std::string> lines = lines_of(read_text(root + "/docs/reach.md"));
+  std::vector<Block> blocks;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (lines[i] != "```" + language) continue;
+    blocks.push_back({{}, i + 2});
+    while (++i < lines.size() && lines[i] != "```") blocks.back().lines.push_back(lines[i]);
+  }
+  return blocks;
+}
+
+std::string trimmed(std::string_view text) {
+  while (text.ends_with(' ')) text.remove_suffix(1);
+  while (text.starts_with(' ')) text.remove_prefix(1);
+  return std::string(text);
+}
+
+std::string text_of_answer(const ProgramRun& run) {
+  return "\nThe program writes:\n" + run.out + run.err;
+}
+
+std::vector<std::string> words_of(const std::string& line) {
+  std::istringstream stream(line);
+  return {std::istream_iterator<std::string>(stream), {}};
+}
+
+// Examples of one command: predicates, each with what comes of it in a comment at its end.
+class Predicates {
+ public:
+  // The first line is the command, in which @p stands for a file with the predicate.
+  explicit Predicates(const Block& block) : block_{block} {
+    for (const std::string& word : words_of(block.lines.at(0))) {
+      if (word == "//" || word == "vorel") continue;
+      const bool is_input = word.starts_with("examples/");
+      arguments_.push_back(is_input ? root + "/" + word : word);
+    }
+    EXPECT_EQ(std::ranges::count(arguments_, "@p"), 1) << block.lines.at(0);
+    std::ranges::replace(arguments_, "@p", "@" + folder_.path("p"));
+  }
+
+  std::size_t run() {
+    std::size_t examples = 0;
+    std::string predicate;
+    for (std::size_t i = 1; i < block_.lines.size(); ++i) {
+      const std::string& line = block_.lines[i];
+      const std::size_t end = line.rfind(" // ");
+      predicate += line.substr(0, end) + "\n";
+      if (end == std::string::npos) continue;
+      SCOPED_TRACE("docs/reach.md:" + std::to_string(block_.first_line + i) + ": " + predicate);
+      check(predicate, trimmed(line.substr(end + 4)));
+      predicate.clear();
+      ++examples;
+    }
+    EXPECT_EQ(trimmed(predicate), "") << "without an answer";
+    return examples;
+  }
+
+ private:
+  ProgramRun run_with(const std::string& predicate) {
+    folder_.write("p", predicate);
+    return run_vorel(arguments_);
+  }
+
+  void check(const std::string& predicate, const std::string& answer) {
+    for (const std::string kind : {"= ", "fails: "}) {
+      if (!answer.starts_with(kind)) continue;
+      const ProgramRun run = run_with("true ? fail string (" + predicate + ") : true");
+      const std::string value = answer.substr(kind.size());
+      const std::string message = "Error: failed to expand reachability expression:\n" + value;
+      EXPECT_TRUE(run.err.ends_with(message + "\n")) << run.err;
+      EXPECT_EQ(run.exit_code, 2);
+      return;
+    }
+    const ProgramRun run = run_with(predicate);
+    if (answer.starts_with("error: ")) {
+      EXPECT_NE(run.err.find(answer.substr(7)), std::string::npos) << text_of_answer(run);
+      EXPECT_EQ(run.exit_code, 2);
+    } else {
+      EXPECT_EQ(verdict_of(run, answer), answer) << text_of_answer(run);
+      EXPECT_LE(run.exit_code, 1);
+    }
+  }
+
+  // In the form of the answer: "after" a trace, or a number of steps.
+  static std::string verdict_of(const ProgramRun& run, const std::string& answer) {
+    const auto has = [&](std::string_view text) { return run.out.find(text) != std::string::npos; };
+    const bool is_there = has("\nthere is a reachable state satisfying the predicate\n");
+    const bool is_not_there = has("\nno reachable state satisfies the predicate\n");
+    if (is_there == is_not_there) return "no verdict";
+    if (has("\n Trivial case\n")) return is_there ? "true" : "false";
+    if (is_not_there) return "never";
+    const auto lines = lines_of(run.out);
+    const auto title = std::ranges::find(lines, "SOLUTION 0:");
+    if (lines.end() - title < 3) return "no solution";
+    if (title[1].empty()) return "at once";
+    constexpr std::string_view cost = "path cost: ";
+    if (!answer.ends_with(" steps")) return "after " + title[1];
+    return title[2].starts_with(cost) ? "after " + title[2].substr(cost.size()) + " steps"
+                                      : title[2];
+  }
+
+  const Block& block_;
+  TemporaryFolder folder_;
+  std::vector<std::string> arguments_;
+};
+
+// Commands as they are typed, each with lines of what it prints, in their order.
+void run_commands(const Block& block) {
+  const std::string shell = "PATH=" + std::filesystem::path(VOREL_BINARY).parent_path().string() +
+                            ":$PATH; cd '" + root + "' && ";
+  ProgramRun run;
+  std::vector<std::string> printed;
+  auto next = printed.begin();
+  for (std::size_t i = 0; i < block.lines.size(); ++i) {
+    SCOPED_TRACE("docs/reach.md:" + std::to_string(block.first_line + i));
+    std::string line = block.lines[i];
+    if (line.starts_with("$ ")) {
+      std::string command = line.substr(2);
+      while (std::ranges::count(command, '\'') % 2 != 0 && ++i < block.lines.size()) {
+        command += "\n" + block.lines[i];
+      }
+      run = run_program({"/bin/sh", "-c", shell + command});
+      printed = lines_of(run.out + "\n" + run.err);
+      next = printed.begin();
+    } else if (!trimmed(line).empty()) {
+      next = std::find(next, printed.end(), line);
+      EXPECT_NE(next, printed.end()) << line << text_of_answer(run);
+    }
+  }
+}
+
+TEST(ReachManual, EveryPredicateHasTheAnswerThatIsShown) {
+  std::size_t examples = 0;
+  for (const Block& block : blocks_of("reach")) examples += Predicates(block).run();
+  EXPECT_GT(examples, 150u);
+}
+
+TEST(ReachManual, EveryCommandPrintsWhatIsShown) {
+  const auto blocks = blocks_of("console");
+  for (const Block& block : blocks) run_commands(block);
+  EXPECT_GT(blocks.size(), 3u);
+}
+
+}  // namespace
+}  // namespace vorel
