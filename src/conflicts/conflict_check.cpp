@@ -85,7 +85,7 @@ void ConflictCheck::encode(ClauseGroup group) {
     add_inclusion_constraints();
   }
   if (!takes_candidates_in_turn()) add_any_difference();
-  for (const Core& core : seen_pairs_.cores()) block(core, LitFalse);
+  for (const Core& core : seen_pairs_.cores()) block(core, PermanentGroup);
 }
 
 void ConflictCheck::add_code_constraint() {
@@ -123,15 +123,15 @@ Lit ConflictCheck::difference(std::uint32_t event) {
   return formula().define_gate(cell, GateXor, both, PermanentGroup);
 }
 
-void ConflictCheck::block(const Core& core, Lit unless) {
+void ConflictCheck::block(const Core& core, ClauseGroup group, std::span<const Lit> unless) {
   auto& cells = configuration(0).event_aux;
   if (cells.size() == 0) cells = IndexedBy<Event, LitCell>(process().events.size());
   Lits clause;
   for (const BlockedPairs& pairs : pairs_explained_by(process(), core, conflict_free_)) {
-    clause.assign({unless});
+    clause.assign(unless.begin(), unless.end());
     for (const std::uint32_t event : pairs.different) clause.push_back(~difference(event));
     for (const std::uint32_t event : pairs.shared) clause.push_back(difference(event));
-    formula().add_clause(clause, PermanentGroup);
+    formula().add_clause(clause, group);
   }
 }
 
@@ -142,10 +142,14 @@ void ConflictCheck::for_each_round(const std::function<bool()>& round) {
   }
   for (candidate_ = first_candidate(); candidate_ < end_candidate() && !run_failed();
        ++candidate_) {
-    const ClauseGroup group = formula().renew_group(formula().group(property_group));
-    add_candidate_difference(candidate_, group);
+    formula().renew_group(formula().group(property_group));
+    add_candidate_difference(candidate_, round_group());
     if (!round()) return;
   }
+}
+
+ClauseGroup ConflictCheck::round_group() const {
+  return pair_.front()->formula.group(property_group);
 }
 
 bool ConflictCheck::search_one() {
@@ -183,7 +187,7 @@ void ConflictCheck::record_and_block() {
     return;
   }
   for (const Core& core : seen_pairs_.add(Core(std::move(one), std::move(other)))) {
-    block(core, LitFalse);
+    block(core, PermanentGroup);
   }
 }
 

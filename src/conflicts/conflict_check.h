@@ -58,8 +58,10 @@ class ConflictCheck : public SearchEngine<StgPrefix> {
 
   // The difference in any of these pairs of literals.
   void add_any_of_differences(std::span<const std::pair<Lit, Lit>> pairs);
-  // Adds clauses that exclude the pairs, each with one more literal.
-  void block(const Core& core, Lit unless);
+  // Excludes the pairs that the core explains, but for those with one of the literals.
+  void block(const Core& core, ClauseGroup group, std::span<const Lit> unless = {});
+  // Of the clauses that last for one candidate.
+  ClauseGroup round_group() const;
 
   bool output_configurations() const { return output_configurations_; }
   bool takes_candidates_in_turn() const { return method_ != 1; }

@@ -101,16 +101,19 @@ bool NormalcyCheck::record_csc_conflict() {
   return true;
 }
 
-std::uint32_t NormalcyCheck::signal_of_model() {
-  if (takes_candidates_in_turn()) return candidate();
-  std::uint32_t signal = first_candidate();
-  while (!formula().is_true(violation(signal))) ++signal;
-  assert(signal < end_candidate());
-  return signal;
+std::vector<std::uint32_t> NormalcyCheck::signals_of_model() {
+  if (takes_candidates_in_turn()) return {candidate()};
+  std::vector<std::uint32_t> signals;
+  for (std::uint32_t signal = first_candidate(); signal < end_candidate(); ++signal) {
+    if (formula().is_true(violation(signal))) signals.push_back(signal);
+  }
+  assert(!signals.empty());
+  return signals;
 }
 
-void NormalcyCheck::record_solution() {
-  const std::uint32_t signal = signal_of_model();
+void NormalcyCheck::record_solution() { record_violation_of(signals_of_model().front()); }
+
+void NormalcyCheck::record_violation_of(std::uint32_t signal) {
   const auto [one, other] = model_pair();
   const bool is_csc_conflict = final_states().code(one) == final_states().code(other);
   auto solution = make_solution(
@@ -127,12 +130,21 @@ void NormalcyCheck::record_solution() {
   add_solution(std::move(solution));
 }
 
-// Other pairs with this difference say nothing new of the signal, but perhaps of another one.
+// Other pairs with this difference say nothing new of these signals, but perhaps of others.
 void NormalcyCheck::record_and_block() {
-  record_solution();
-  const Lit not_violated = ~violation(signal_of_model());
+  const auto signals = signals_of_model();
+  for (const std::uint32_t signal : signals) record_violation_of(signal);
   auto [one, other] = model_pair();
-  block(Core(std::move(one), std::move(other)), not_violated);
+  const Core core(std::move(one), std::move(other));
+  if (takes_candidates_in_turn()) {
+    block(core, round_group());
+    return;
+  }
+  Lits other_violations;
+  for (std::uint32_t signal = first_candidate(); signal < end_candidate(); ++signal) {
+    if (!std::ranges::binary_search(signals, signal)) other_violations.push_back(violation(signal));
+  }
+  block(core, PermanentGroup, other_violations);
 }
 
 std::unique_ptr<Solution> NormalcyCheck::solution_of_pair(const Core&) const {

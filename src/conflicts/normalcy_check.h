@@ -44,7 +44,9 @@ class NormalcyCheck : public ConflictCheck {
   void add_evidence(NormalcySolution& solution, const TriggerEvidence& evidence) const;
   std::unique_ptr<NormalcySolution> make_solution(NormalcyViolation kind,
                                                   std::uint32_t signal) const;
-  std::uint32_t signal_of_model();
+  // The signals of which the current model shows a violation: of method 2, the candidate.
+  std::vector<std::uint32_t> signals_of_model();
+  void record_violation_of(std::uint32_t signal);
   Lit violation(std::uint32_t signal);
   bool shows_violation(const NormalcySolution& solution) const;
 

@@ -17,6 +17,7 @@ class NormalcySolution : public Solution {
 
   NormalcyViolation kind() const { return kind_; }
   const std::string& signal() const { return signal_; }
+  const std::vector<Trace>& triggers() const { return triggers_; }  // of the first traces
 
   // A trace to an event, with the triggers that are evidence. Those come first of all traces.
   void add_evidence(Trace trace, Trace triggers);
@@ -33,7 +34,7 @@ class NormalcySolution : public Solution {
 
   NormalcyViolation kind_;
   std::string signal_;
-  std::vector<Trace> triggers_;  // of the first traces
+  std::vector<Trace> triggers_;
 };
 
 }  // namespace vorel

@@ -13,6 +13,7 @@
 namespace vorel {
 namespace {
 
+using conflicts_support::drop_output;
 using conflicts_support::params_with;
 using conflicts_support::Subject;
 
@@ -187,7 +188,7 @@ void compare_on_seeds(const oracle::RandomStgParams& params) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     compare(oracle::random_stg(seed, params), tally);
   }
-  testing::internal::GetCapturedStdout();
+  drop_output();
   testing::Test::RecordProperty("compared", static_cast<int>(tally.compared));
   EXPECT_GT(tally.compared, (end - first) / 4);
   EXPECT_GT(tally.with_csc, tally.compared / 10);

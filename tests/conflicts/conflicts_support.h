@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <utility>
@@ -30,6 +31,12 @@ inline Params params_with(std::initializer_list<std::pair<const char*, int>> opt
   params.set("inclusion_constraints", -1);
   for (const auto& [key, value] : options) params.set(key, value);
   return params;
+}
+
+// Ends the capture of the standard output, where failures of tests are told too.
+inline void drop_output() {
+  const std::string text = testing::internal::GetCapturedStdout();
+  if (testing::Test::HasFailure()) std::cout << text;
 }
 
 struct Subject {
