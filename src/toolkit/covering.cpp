@@ -17,7 +17,7 @@ using Numbers = std::vector<std::uint32_t>;
 class LocalSearch {
  public:
   explicit LocalSearch(const CoveringProblem& problem);
-  Numbers run(std::uint32_t max_steps);
+  Numbers run(const CoveringParams& params);
 
  private:
   struct Column {
@@ -32,7 +32,7 @@ class LocalSearch {
   void change_gains(std::uint32_t row, std::int64_t by, bool chosen);
   void cover_all();
   void drop_needless();
-  std::uint32_t cheapest_loss(bool allow_recent) const;
+  std::uint32_t cheapest_loss() const;
   std::uint32_t best_entry(const Numbers& row) const;
   bool is_better(std::uint32_t a, std::uint32_t b) const;
   void record();
@@ -42,7 +42,8 @@ class LocalSearch {
   std::vector<Column> columns_;
   std::vector<std::int64_t> row_weights_;
   Numbers times_covered_;
-  Numbers uncovered_;  // rows
+  Numbers uncovered_;  // rows, the oldest first
+  Numbers chosen_;     // columns, the oldest first
   std::uint64_t weight_ = 0, best_weight_ = ~std::uint64_t{0};
   Numbers best_;
   std::uint32_t step_ = 0;
@@ -84,12 +85,14 @@ void LocalSearch::add(std::uint32_t column) {
     for (const std::uint32_t c : problem_.rows[r]) columns_[c].may_enter = true;
   }
   columns_[column].chosen = true;
+  chosen_.push_back(column);
 }
 
 void LocalSearch::remove(std::uint32_t column) {
   weight_ -= problem_.weights[column];
   columns_[column].changed = step_;
   columns_[column].chosen = false;
+  chosen_.erase(std::ranges::find(chosen_, column));
   for (const std::uint32_t r : rows_of_[column]) {
     const std::int64_t w = row_weights_[r];
     if (--times_covered_[r] == 0) {
@@ -123,25 +126,19 @@ std::uint32_t LocalSearch::best_entry(const Numbers& row) const {
   return best;
 }
 
-// The chosen column that is missed least for its weight.
-std::uint32_t LocalSearch::cheapest_loss(bool allow_recent) const {
-  std::uint32_t best = 0;
-  bool found = false;
-  for (std::uint32_t c = 0; c < columns_.size(); ++c) {
-    if (!columns_[c].chosen || (!allow_recent && columns_[c].changed == step_)) continue;
-    const auto loss = columns_[c].gain * std::int64_t{problem_.weights[best]};
-    const auto least = columns_[best].gain * std::int64_t{problem_.weights[c]};
-    if (!found || loss < least || (loss == least && columns_[c].changed < columns_[best].changed))
-      best = c;
-    found = true;
+// The chosen column that is missed least for its weight; of equals the one in it for longest.
+std::uint32_t LocalSearch::cheapest_loss() const {
+  assert(!chosen_.empty());
+  std::uint32_t best = chosen_.front();
+  for (const std::uint32_t c : chosen_) {
+    const std::int64_t loss = columns_[c].gain * std::int64_t{problem_.weights[best]};
+    if (loss < columns_[best].gain * std::int64_t{problem_.weights[c]}) best = c;
   }
-  assert(found);
   return best;
 }
 
 void LocalSearch::cover_all() {
   while (!uncovered_.empty()) {
-    // The row with the fewest ways out comes first when all is still open, else the oldest.
     add(best_entry(problem_.rows[uncovered_.front()]));
     for (const std::uint32_t r : uncovered_) {
       ++row_weights_[r];
@@ -151,19 +148,16 @@ void LocalSearch::cover_all() {
 }
 
 void LocalSearch::drop_needless() {
-  for (std::uint32_t c = cheapest_loss(true); columns_[c].gain == 0; c = cheapest_loss(true))
-    remove(c);
+  for (std::uint32_t c = cheapest_loss(); columns_[c].gain == 0; c = cheapest_loss()) remove(c);
 }
 
 void LocalSearch::record() {
   if (weight_ >= best_weight_) return;
   best_weight_ = weight_;
-  best_.clear();
-  for (std::uint32_t c = 0; c < columns_.size(); ++c)
-    if (columns_[c].chosen) best_.push_back(c);
+  best_ = chosen_;
 }
 
-Numbers LocalSearch::run(std::uint32_t max_steps) {
+Numbers LocalSearch::run(const CoveringParams& params) {
   if (problem_.rows.empty()) return {};
   while (!uncovered_.empty()) {
     std::uint32_t best = problem_.rows[uncovered_.front()].front();
@@ -173,9 +167,11 @@ Numbers LocalSearch::run(std::uint32_t max_steps) {
   }
   drop_needless();
   record();
-  for (step_ = 1; step_ <= max_steps && best_.size() > 1; ++step_) {
-    remove(cheapest_loss(true));
-    if (best_.size() > 2) remove(cheapest_loss(true));
+  const std::size_t last_step =
+      std::min<std::size_t>(problem_.rows.size() * params.steps_per_row, params.max_steps);
+  for (step_ = 1; step_ <= last_step && best_.size() > 1; ++step_) {
+    remove(cheapest_loss());
+    if (best_.size() > 2) remove(cheapest_loss());
     cover_all();
     drop_needless();
     record();
@@ -190,7 +186,7 @@ std::vector<std::uint32_t> solve_covering(const CoveringProblem& problem,
   CoveringReduction reduction(problem);
   const CoveringProblem core = reduction.core();
   std::vector<std::uint32_t> chosen = reduction.essential();
-  for (const std::uint32_t c : LocalSearch(core).run(params.max_steps))
+  for (const std::uint32_t c : LocalSearch(core).run(params))
     chosen.push_back(reduction.original(c));
   std::ranges::sort(chosen);
   return chosen;

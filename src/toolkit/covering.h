@@ -11,8 +11,9 @@
 namespace vorel {
 
 struct CoveringParams {
-  // Steps of local search after the greedy choice, at most.
-  std::uint32_t max_steps = 1000;
+  // Steps of local search after the greedy choice, for each row that the reductions leave.
+  std::uint32_t steps_per_row = 20;
+  std::uint32_t max_steps = 10'000;  // in all
 };
 
 struct CoveringProblem {

@@ -12,6 +12,14 @@ bool includes(const Numbers& larger, const Numbers& smaller) {
   return larger.size() >= smaller.size() && std::ranges::includes(larger, smaller);
 }
 
+// One bit for several numbers each: a list can be within another only if its bits are.
+std::vector<std::uint64_t> signatures(const std::vector<Numbers>& lists) {
+  std::vector<std::uint64_t> result(lists.size(), 0);
+  for (std::size_t i = 0; i < lists.size(); ++i)
+    for (const std::uint32_t number : lists[i]) result[i] |= std::uint64_t{1} << number % 64;
+  return result;
+}
+
 template <class Drop>
 bool erase_rows(std::vector<Numbers>& rows, const Drop& drop) {
   const std::size_t before = rows.size();
@@ -65,12 +73,15 @@ bool CoveringReduction::take_essential() {
 // by way of one of their own, so each row looks for the larger ones.
 bool CoveringReduction::drop_rows() {
   std::vector<bool> dropped(rows_.size(), false);
+  const std::vector<std::uint64_t> signature = signatures(rows_);
   for (std::uint32_t r = 0; r < rows_.size(); ++r) {
     if (dropped[r]) continue;
     const std::uint32_t rarest = *std::ranges::min_element(
         rows_[r], {}, [&](std::uint32_t c) { return rows_of_[c].size(); });
-    for (const std::uint32_t larger : rows_of_[rarest])
-      if (larger != r && !dropped[r] && includes(rows_[larger], rows_[r])) dropped[larger] = true;
+    for (const std::uint32_t larger : rows_of_[rarest]) {
+      if (larger == r || dropped[larger] || (signature[r] & ~signature[larger]) != 0) continue;
+      dropped[larger] = includes(rows_[larger], rows_[r]);
+    }
   }
   return erase_rows(rows_, [&](std::size_t r) { return dropped[r]; });
 }
@@ -78,6 +89,7 @@ bool CoveringReduction::drop_rows() {
 // A column gives way to one that is in all its rows and no heavier.
 bool CoveringReduction::drop_columns() {
   std::vector<bool> dropped(weights_.size(), false);
+  const std::vector<std::uint64_t> signature = signatures(rows_of_);
   bool any = false;
   for (std::uint32_t c = 0; c < rows_of_.size(); ++c) {
     if (rows_of_[c].empty()) continue;
@@ -85,7 +97,7 @@ bool CoveringReduction::drop_columns() {
         rows_of_[c], {}, [&](std::uint32_t r) { return rows_[r].size(); });
     dropped[c] = std::ranges::any_of(rows_[shortest], [&](std::uint32_t other) {
       return other != c && !dropped[other] && weights_[other] <= weights_[c] &&
-             includes(rows_of_[other], rows_of_[c]);
+             (signature[c] & ~signature[other]) == 0 && includes(rows_of_[other], rows_of_[c]);
     });
     any = any || dropped[c];
   }

@@ -15,6 +15,16 @@ std::size_t size_of(ConstRow positions) {
   return size;
 }
 
+bool is_single(ConstRow positions) {
+  Word only = 0;
+  for (const Word word : positions) {
+    if (word == 0) continue;
+    if (only != 0 || (word & (word - 1)) != 0) return false;
+    only = word;
+  }
+  return only != 0;
+}
+
 bool meet(ConstRow a, ConstRow b) {
   for (std::size_t i = 0; i < a.size(); ++i)
     if ((a[i] & b[i]) != 0) return true;
@@ -50,7 +60,7 @@ void Expander::want(ConstRow row, const PackedCover& on, const std::vector<bool>
 // that block nothing any more leave.
 void Expander::keep_essential() {
   for (std::size_t i = 0; i < blocking_.size(); ++i)
-    if (size_of(blocking_[i]) == 1)
+    if (is_single(blocking_[i]))
       for (std::size_t k = 0; k < kept_.size(); ++k) kept_[k] |= blocking_[i][k];
   blocking_.filter(0, [&](std::size_t i) { return !meet(blocking_[i], kept_); });
   for (std::size_t k = 0; k < kept_.size(); ++k) {
@@ -130,12 +140,13 @@ void Expander::expand(Row row, const PackedCover& on, const std::vector<bool>& c
 
 void Expander::for_each_prime(ConstRow row, const std::function<bool(ConstRow prime)>& visit) {
   block(row);
+  keep_essential();
   transversals_.clear();
   for (std::size_t i = 0; i < blocking_.size(); ++i) transversals_.add_set(blocking_[i]);
   std::vector<Word> prime(row.size());
-  transversals_.for_each([&](ConstRow kept) {
+  transversals_.for_each([&](ConstRow others) {
     for (std::size_t k = 0; k < row.size(); ++k)
-      prime[k] = row[k] | both_bits(literals_[k] & ~kept[k]);
+      prime[k] = row[k] | both_bits(literal_positions(row[k]) & ~(kept_[k] | others[k]));
     return visit(prime);
   });
 }

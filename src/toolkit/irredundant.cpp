@@ -10,8 +10,11 @@ namespace {
 
 using Numbers = std::vector<std::uint32_t>;
 
-// Parts that one cube of the ON-set may be split into. Beyond them one prime must contain it whole.
-constexpr std::size_t most_parts = 256;
+// Parts that one cube of the ON-set may be split into, the fewer the more primes meet it. Beyond
+// them one prime must contain it whole.
+std::size_t most_parts(std::size_t primes) {
+  return std::clamp<std::size_t>(50'000 / std::max<std::size_t>(primes, 1), 16, 256);
+}
 
 // Finds, for a cube, the parts that differ in which primes contain them.
 class PartFinder {
@@ -27,11 +30,12 @@ class PartFinder {
   bool split(std::size_t first, std::vector<Numbers>& parts);
 
   const PackedCover& primes_;
-  PackedCover rows_;  // a stack of cofactors of primes
-  Numbers numbers_;   // which prime a row of the stack comes from
+  Numbers containing_;  // primes that contain the whole cube, and so each part
+  PackedCover rows_;    // a stack of cofactors of the other primes
+  Numbers numbers_;     // which prime a row of the stack comes from
   ColumnSummary summary_;
   SplitChooser chooser_;
-  std::size_t first_part_ = 0;
+  std::size_t last_part_ = 0;
 };
 
 // Of unate rows, only one that is all dashes contains the point that all others avoid; a choice of
@@ -39,11 +43,12 @@ class PartFinder {
 bool PartFinder::split(std::size_t first, std::vector<Numbers>& parts) {
   summary_.read(rows_, first);
   if (summary_.is_unate()) {
-    Numbers& part = parts.emplace_back();
+    Numbers& part = parts.emplace_back(containing_);
     for (std::size_t i = first; i < rows_.size(); ++i)
       if (is_full(rows_[i])) part.push_back(numbers_[i]);
     assert(!part.empty() && "the primes contain the ON-set");
-    return parts.size() - first_part_ <= most_parts;
+    std::ranges::sort(part);
+    return parts.size() <= last_part_;
   }
   const std::size_t position = chooser_.choose(rows_, first, summary_);
   const std::size_t last = rows_.size();
@@ -63,15 +68,20 @@ bool PartFinder::split(std::size_t first, std::vector<Numbers>& parts) {
 bool PartFinder::add_parts(ConstRow cube, std::vector<Numbers>& parts) {
   rows_.truncate(0);
   numbers_.clear();
+  containing_.clear();
   for (std::uint32_t i = 0; i < primes_.size(); ++i) {
-    if (!intersect(primes_[i], cube)) continue;
-    const Row row = rows_.add_full();
-    for (std::size_t k = 0; k < row.size(); ++k) row[k] = primes_[i][k] | ~cube[k];
-    numbers_.push_back(i);
+    if (contains(primes_[i], cube)) {
+      containing_.push_back(i);
+    } else if (intersect(primes_[i], cube)) {
+      const Row row = rows_.add_full();
+      for (std::size_t k = 0; k < row.size(); ++k) row[k] = primes_[i][k] | ~cube[k];
+      numbers_.push_back(i);
+    }
   }
-  first_part_ = parts.size();
+  const std::size_t before = parts.size();
+  last_part_ = before + most_parts(rows_.size());
   if (split(0, parts)) return true;
-  parts.resize(first_part_);
+  parts.resize(before);
   return false;
 }
 

@@ -39,6 +39,12 @@ PackedCover split_last_position(const PackedCover& cover) {
   return halves;
 }
 
+std::size_t primes_per_cube(const MinimiseParams& params, std::size_t cubes) {
+  const std::size_t share = params.max_primes / std::max<std::size_t>(cubes, 1);
+  const std::size_t least = std::min(params.least_primes_per_cube, params.max_primes_per_cube);
+  return std::clamp<std::size_t>(share, least, params.max_primes_per_cube);
+}
+
 class Minimiser {
  public:
   Minimiser(const Cover& on, const Cover& off, const MinimiseParams& params)
@@ -48,8 +54,8 @@ class Minimiser {
  private:
   void add_prime(ConstRow prime);
   void expand(const PackedCover& cubes);
-  void add_alternatives(ConstRow cube);
-  PackedCover choose() { return irredundant(primes_, on_, {params_.max_covering_steps}); }
+  void add_alternatives(const PackedCover& cubes);
+  PackedCover choose() { return irredundant(primes_, on_, params_.covering); }
   PackedCover reduced(const PackedCover& cover);
   void improve(PackedCover& cover);
   void make_sparse(PackedCover& cover);
@@ -79,13 +85,16 @@ void Minimiser::expand(const PackedCover& cubes) {
   }
 }
 
-void Minimiser::add_alternatives(ConstRow cube) {
-  std::uint32_t seen = 0;
-  if (params_.max_primes_per_cube == 0) return;
-  expander_.for_each_prime(cube, [&](ConstRow prime) {
-    add_prime(prime);
-    return ++seen < params_.max_primes_per_cube;
-  });
+// Adds primes over each cube in other directions.
+void Minimiser::add_alternatives(const PackedCover& cubes) {
+  const std::size_t most = primes_per_cube(params_, cubes.size());
+  for (std::size_t i = 0; i < cubes.size() && most > 0; ++i) {
+    std::size_t seen = 0;
+    expander_.for_each_prime(cubes[i], [&](ConstRow prime) {
+      add_prime(prime);
+      return ++seen < most;
+    });
+  }
 }
 
 // Each row in turn made as small as the others, the reduced ones among them, allow.
@@ -103,7 +112,7 @@ void Minimiser::improve(PackedCover& cover) {
   for (;;) {
     const PackedCover cubes = reduced(cover);
     expand(cubes);
-    for (std::size_t i = 0; i < cubes.size(); ++i) add_alternatives(cubes[i]);
+    add_alternatives(cubes);
     PackedCover next = choose();
     if (cost_of(next) >= cost_of(cover)) return;
     cover = std::move(next);
@@ -116,13 +125,13 @@ void Minimiser::make_sparse(PackedCover& cover) {
   std::vector<Word> part;
   for (std::size_t i = 0; i < cover.size(); ++i) {
     if (!reducer.reduce(cover, i, part)) continue;
-    std::uint32_t seen = 0;
+    std::size_t seen = 0;
     expander_.for_each_prime(part, [&](ConstRow prime) {
       if (literals_of(prime) < literals_of(cover[i])) std::ranges::copy(prime, cover[i].begin());
       return ++seen < params_.max_primes_per_cube;
     });
   }
-  cover = irredundant(cover, on_, {params_.max_covering_steps});
+  cover = irredundant(cover, on_, params_.covering);
 }
 
 PackedCover Minimiser::run() {
@@ -130,7 +139,7 @@ PackedCover Minimiser::run() {
   if (params_.setup) on_ = split_last_position(on_);
   remove_contained(on_);
   expand(on_);
-  for (std::size_t i = 0; i < on_.size(); ++i) add_alternatives(on_[i]);
+  add_alternatives(on_);
   PackedCover cover = choose();
   if (params_.repeat) improve(cover);
   if (params_.make_sparse) make_sparse(cover);

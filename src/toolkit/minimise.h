@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "toolkit/cover.h"
+#include "toolkit/covering.h"
 
 namespace vorel {
 
@@ -16,9 +17,12 @@ struct MinimiseParams {
   bool setup = false;        // first split the ON-set's cubes at the last position
   bool repeat = false;       // reduce the cubes and expand them anew while that pays
   bool make_sparse = false;  // last, look for cubes with fewer literals one by one
-  // Bounds of the search for primes to choose from.
-  std::uint32_t max_primes_per_cube = 24;
-  std::uint32_t max_covering_steps = 1000;
+  // Primes to choose from: over each cube at most so many, fewer (but least_primes_per_cube) when
+  // there are so many cubes that max_primes is exceeded.
+  std::uint32_t max_primes_per_cube = 200;
+  std::uint32_t least_primes_per_cube = 24;
+  std::uint32_t max_primes = 10'000;
+  CoveringParams covering = {};
 };
 
 // ON and OFF share no point; what is in neither is free. The empty sum if ON is empty, else one

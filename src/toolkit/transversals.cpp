@@ -17,14 +17,17 @@ Word position_bit(std::size_t position) { return Word{1} << position % positions
 
 }  // namespace
 
+// Those of the smallest sets: what they leave only costs time, and so does comparing with more.
 void TransversalSearch::remove_supersets() {
+  constexpr std::size_t most_compared = 64;
+
   std::vector<std::vector<std::size_t>> by_size(sets_.width() + 1);
   for (std::size_t i = 0; i < sets_.size(); ++i) by_size[size_of(sets_[i])].push_back(i);
   PackedCover kept(sets_.width());
   for (const auto& numbers : by_size) {
     for (const std::size_t i : numbers) {
       bool is_superset = false;
-      for (std::size_t k = 0; k < kept.size() && !is_superset; ++k)
+      for (std::size_t k = 0; k < std::min(kept.size(), most_compared) && !is_superset; ++k)
         is_superset = contains(sets_[i], kept[k]);
       if (!is_superset) kept.add(sets_[i]);
     }

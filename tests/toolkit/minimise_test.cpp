@@ -9,6 +9,7 @@
 #include "base/run_state.h"
 #include "support/seeds.h"
 #include "toolkit/complement.h"
+#include "toolkit/exact_minimum.h"
 #include "toolkit/tautology.h"
 #include "toolkit/toolkit_testing.h"
 
@@ -86,7 +87,7 @@ TEST(Minimise, GivesPrimeAndIrredundantCoversBetweenOnAndNotOff) {
     const auto [on, off] = seed % 2 == 0 ? random.points(width, random.below(60), random.below(40))
                                          : disjoint_covers(random, width);
     MinimiseParams params;
-    if (seed % 3 == 0) params = {.max_primes_per_cube = 1, .max_covering_steps = 0};
+    if (seed % 3 == 0) params = {.max_primes_per_cube = 1, .covering = {0}};
     if (seed % 5 == 0) params.simplify = true;
     if (seed % 7 == 0) params.setup = true;
     if (seed % 4 == 0) params.repeat = true;
@@ -94,6 +95,31 @@ TEST(Minimise, GivesPrimeAndIrredundantCoversBetweenOnAndNotOff) {
     expect_minimised(on, off, params);
     if (HasFailure()) return;
   }
+}
+
+// The table in one word.
+std::uint64_t word_of(const Cover& points) {
+  std::uint64_t word = 0;
+  const TruthTable table = table_of(points);
+  for (std::size_t p = 0; p < table.size(); ++p) word |= std::uint64_t{table[p]} << p;
+  return word;
+}
+
+TEST(Minimise, StaysWithinTwoPercentOfTheSmallestCovers) {
+  CoverCost exact, found;
+  const Seeds cases = seeds(200);
+  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+    RandomCovers random(seed);
+    const auto [on, off] = random.points(3 + seed % 3, 10 + random.below(50), 30);
+    if (on.empty() || off.empty()) continue;
+    const CoverCost smallest = ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
+    const Cover result = minimise(on, off);
+    exact = {exact.cubes + smallest.cubes, exact.literals + smallest.literals};
+    found = {found.cubes + result.size(), found.literals + result.literal_count()};
+  }
+  EXPECT_GE(found.cubes, exact.cubes);
+  EXPECT_LE(found.cubes * 100, exact.cubes * 102);
+  EXPECT_LE(found.literals * 100, exact.literals * 102);
 }
 
 TEST(Minimise, EmptyOnComesBeforeEmptyOff) {
