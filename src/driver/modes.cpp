@@ -20,6 +20,7 @@
 #include "net/process_variant.h"
 #include "reach/deadlock_check.h"
 #include "reachability/reach_check.h"
+#include "synthesis/equation_search.h"
 
 namespace vorel {
 namespace {
@@ -61,12 +62,8 @@ void run_deadlock(Params params, P& process) {
 template <Process P>
 void run_reach(Params params, P& process, FinalState final_state) {
   if (!prepare_run(process, params)) return;
-  if constexpr (P::is_merged) {
-    report_not_supported();
-  } else {
-    ReachCheck<P> engine(process, params, final_state);
-    if (!run_failed()) run_engine(engine);
-  }
+  ReachCheck<P> engine(process, params, final_state);
+  if (!run_failed()) run_engine(engine);
 }
 
 template <class Engine>
@@ -74,6 +71,21 @@ void run_conflict_check(Params params, StgPrefix& prefix) {
   if (!prepare_run(prefix, params)) return;
   Engine engine(prefix, params);
   if (!run_failed()) run_engine(engine);
+}
+
+// A signal without an equation is an answer too: it is reported, though the run has failed.
+template <SynthesisStyle style>
+void run_synthesis(Params params, StgPrefix& prefix) {
+  if (!prepare_run(prefix, params)) return;
+  EquationSearch engine(prefix, params, style);
+  if (run_failed()) return;
+  const std::uint64_t start = ticks_now();
+  engine.run();
+  const std::uint64_t total_ticks = ticks_now() - start;
+  engine.report();
+  if (run_failed()) return;
+  engine.print_statistics(std::cout);
+  print_times(total_ticks);
 }
 
 // The run of a mode whose engine does not exist yet.
@@ -123,9 +135,9 @@ constexpr ModeEntry mode_entries[] = {
     {Mode::usc, stg_mode<run_conflict_check<UscCheck>>},
     {Mode::csc, stg_mode<run_conflict_check<CscCheck>>},
     {Mode::normalcy, stg_mode<run_conflict_check<NormalcyCheck>>},
-    {Mode::complex_gate, stg_mode<run_without_engine<StgPrefix>>},
-    {Mode::gc, stg_mode<run_without_engine<StgPrefix>>},
-    {Mode::standard_c, stg_mode<run_without_engine<StgPrefix>>},
+    {Mode::complex_gate, stg_mode<run_synthesis<SynthesisStyle::complex_gate>>},
+    {Mode::gc, stg_mode<run_synthesis<SynthesisStyle::generalised_c>>},
+    {Mode::standard_c, stg_mode<run_synthesis<SynthesisStyle::standard_c>>},
     {Mode::resolve, stg_mode<run_without_engine<StgPrefix>>},
     {Mode::decomposition, stg_mode<run_without_engine<StgPrefix>>},
 };

@@ -87,7 +87,7 @@ bool ReachCheck<P>::validate(const Solution& solution) const {
 }
 
 #define INSTANTIATE(P) template class ReachCheck<P>;
-VOREL_FOR_EACH_PREFIX(INSTANTIATE)
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
 }  // namespace vorel

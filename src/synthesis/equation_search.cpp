@@ -1,0 +1,149 @@
+#include "synthesis/equation_search.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iostream>
+#include <utility>
+
+#include "base/messages.h"
+#include "base/output_file.h"
+#include "base/run_state.h"
+#include "synthesis/monotonic_cover.h"
+#include "synthesis/verilog_writer.h"
+#include "toolkit/factor.h"
+#include "toolkit/minimise.h"
+
+namespace vorel {
+namespace {
+
+Params adapted(Params params, SynthesisStyle style) {
+  params.set("synthesis_type", static_cast<std::int32_t>(style));
+  params.set("method", 0);
+  params.set("all_solutions", 0x7FFFFFFF);
+  params.set("min_cost", 0);
+  return params;
+}
+
+std::vector<CodeArc> reversed(std::vector<CodeArc> arcs) {
+  for (auto& [from, to] : arcs) std::swap(from, to);
+  return arcs;
+}
+
+// The cheapest first; of equal cost, those that depend on the signal itself.
+bool is_better(const SignalImplementation& a, const SignalImplementation& b) {
+  return a.cost != b.cost ? a.cost < b.cost : a.self && !b.self;
+}
+
+// What stands behind the name of a signal.
+std::string_view suffix_of(FunctionPhase phase) {
+  if (phase == FunctionPhase::next_state) return "";
+  return phase == FunctionPhase::set ? " SET" : " RESET";
+}
+
+}  // namespace
+
+EquationSearch::EquationSearch(const StgPrefix& prefix, const Params& params, SynthesisStyle style)
+    : prefix_{prefix},
+      params_{adapted(params, style)},
+      style_{style},
+      structure_{prefix},
+      triggers_{structure_},
+      support_search_{structure_, params_, style},
+      state_search_{structure_, params_, style} {}
+
+void EquationSearch::run() {
+  using enum FunctionPhase;
+  const auto derive_all = [this](std::uint32_t signal) {
+    if (has_two_functions(style_)) return derive(signal, set) && derive(signal, reset);
+    return derive(signal, next_state);
+  };
+  for (std::uint32_t signal = prefix_.inputs_end; signal < prefix_.internals_end; ++signal) {
+    if (derive_all(signal)) continue;
+    report_.solutions.clear();
+    return;
+  }
+}
+
+bool EquationSearch::derive(std::uint32_t signal, FunctionPhase phase) {
+  const SignalList& triggers = triggers_.triggers(signal, phase);
+  auto solution = std::make_unique<SignalSolution>(
+      params_.get("output_configurations") != 0,
+      prefix_.signals[signal]->name + std::string(suffix_of(phase)), names_of(triggers));
+  for (const SignalList& support : support_search_.supports(signal, phase, triggers)) {
+    solution->alternatives.push_back(implementation(signal, phase, support));
+    if (run_failed()) break;
+  }
+  if (run_failed()) return false;
+  assert(!solution->alternatives.empty());
+  std::ranges::stable_sort(solution->alternatives, is_better);
+  report_.add(std::move(solution));
+  return true;
+}
+
+SignalImplementation EquationSearch::implementation(std::uint32_t signal, FunctionPhase phase,
+                                                    const SignalList& support) {
+  SignalImplementation result;
+  result.context = names_of(support);
+  result.self = std::ranges::binary_search(support, signal);
+  const StateSets sets = state_search_.collect(signal, phase, support);
+  if (run_failed()) return result;
+  if (style_ == SynthesisStyle::four_sets) result.covers = sets.four_sets;
+  const Cover on = minimised(sets.on, sets.off, sets.arcs);
+  const Cover off = minimised(sets.off, sets.on, reversed(sets.arcs));
+  LogicExpr straight = factor(on, result.context, false);
+  LogicExpr inverted = factor(off, result.context, true);
+  const bool takes_inverted = literal_count(straight) > literal_count(inverted);
+  result.equation = takes_inverted ? std::move(inverted) : std::move(straight);
+  result.cost = literal_count(result.equation);
+  return result;
+}
+
+Cover EquationSearch::minimised(const Cover& on, const Cover& off,
+                                const std::vector<CodeArc>& arcs) const {
+  if (style_ == SynthesisStyle::standard_c) return monotonic_cover(on, off, arcs);
+  return minimise(on, off);
+}
+
+std::vector<std::string> EquationSearch::names_of(const SignalList& signals) const {
+  std::vector<std::string> names;
+  names.reserve(signals.size());
+  for (const std::uint32_t signal : signals) names.push_back(prefix_.signals[signal]->name);
+  return names;
+}
+
+VerdictMessages EquationSearch::messages() const {
+  std::uint64_t cost = 0;
+  for (const auto& solution : report_.solutions) cost += solution->cost();
+  return {"Equations derived (literals=" + std::to_string(cost) + ')', "Cannot derive equation"};
+}
+
+void EquationSearch::report() const {
+  const std::string& file_name = run_state().output_file_name;
+  const bool is_document = file_name.ends_with(".xml");
+  // A failed run makes no document.
+  if (!file_name.ends_with(".v") && !(is_document && run_failed())) {
+    deliver(report_, messages());
+    return;
+  }
+  const VerdictMessages sentences = messages();
+  std::cout << '\n' << (report_.solutions.empty() ? sentences.empty : sentences.found) << '\n';
+  if (is_document) return;
+  std::vector<const SignalSolution*> solutions;
+  for (const auto& solution : report_.solutions) {
+    solutions.push_back(static_cast<const SignalSolution*>(solution.get()));
+  }
+  OutputFile file(file_name);
+  if (!file.is_open()) {
+    print_warning(cannot_open_for_output(file_name));
+    write_verilog(std::cerr, prefix_, style_, solutions);
+  } else if (write_verilog(file.stream(), prefix_, style_, solutions) && !file.commit()) {
+    print_error("cannot write a file");
+  }
+}
+
+void EquationSearch::print_statistics(std::ostream& stream) const {
+  stream << '\n';
+  support_search_.print_size(stream);
+}
+
+}  // namespace vorel

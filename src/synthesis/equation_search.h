@@ -1,0 +1,54 @@
+// synthesis/equation_search.h - the engine of -E, -G and -S.
+// Here:      equations for all outputs and internal signals, their way to the user.
+// Not here:  supports (synthesis/support_search.h), states (synthesis/state_sets.h), texts
+//            (synthesis/signal_solution.h, synthesis/verilog_writer.h).
+//
+// For each function: the candidate supports, on each of them the function's ON-set and OFF-set, of
+// these two minimised covers, and the cheaper of their factored forms [KKY-2004].
+#pragma once
+
+#include <ostream>
+
+#include "base/params.h"
+#include "results/report.h"
+#include "synthesis/signal_solution.h"
+#include "synthesis/state_sets.h"
+#include "synthesis/support_search.h"
+#include "synthesis/trigger_table.h"
+
+namespace vorel {
+
+class EquationSearch {
+ public:
+  // Refers to the prefix. Its copy of the options is that of a search for conflicts.
+  EquationSearch(const StgPrefix& prefix, const Params& params, SynthesisStyle style);
+
+  // Without a conflict of codes that stands in the way every signal gets its solutions; else the
+  // conflict is reported, and there are none.
+  void run();
+  // Delivers the solutions, to a Verilog module if the output file is named *.v.
+  void report() const;
+  void print_statistics(std::ostream& stream) const;
+
+  // By signal; SET before RESET.
+  const Report& found() const { return report_; }
+
+ private:
+  bool derive(std::uint32_t signal, FunctionPhase phase);
+  SignalImplementation implementation(std::uint32_t signal, FunctionPhase phase,
+                                      const SignalList& support);
+  Cover minimised(const Cover& on, const Cover& off, const std::vector<CodeArc>& arcs) const;
+  std::vector<std::string> names_of(const SignalList& signals) const;
+  VerdictMessages messages() const;
+
+  const StgPrefix& prefix_;
+  const Params params_;
+  const SynthesisStyle style_;
+  const StateStructure structure_;
+  const TriggerTable triggers_;
+  SupportSearch support_search_;
+  StateSetSearch state_search_;
+  Report report_;
+};
+
+}  // namespace vorel

@@ -1,0 +1,144 @@
+#include "synthesis/support_search.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "base/messages.h"
+#include "toolkit/complement.h"
+
+namespace vorel {
+namespace {
+
+// Takes out the sets that the new one makes superfluous, and adds it.
+void add_minimal(std::vector<SignalList>& sets, SignalList fresh) {
+  std::erase_if(sets,
+                [&fresh](const SignalList& set) { return std::ranges::includes(set, fresh); });
+  sets.push_back(std::move(fresh));
+}
+
+// A support meets every difference: the complement of the sum of their products, whose literals are
+// negated.
+Cover supports_meeting(const std::vector<SignalList>& differences, std::size_t width) {
+  Cover cover(width, false);
+  for (const SignalList& difference : differences) {
+    Cube cube(width, Ternary::dash);
+    for (const std::uint32_t signal : difference) cube.set(signal, Ternary::zero);
+    cover.add(std::move(cube));
+  }
+  return unate_complement(cover);
+}
+
+bool is_smaller(const Cube& a, const Cube& b) {
+  const std::size_t size_a = a.literal_count(), size_b = b.literal_count();
+  return size_a != size_b ? size_a < size_b : a < b;
+}
+
+std::vector<Cube> smallest_first(const Cover& cover) {
+  std::vector<Cube> cubes(cover.begin(), cover.end());
+  std::ranges::sort(cubes, is_smaller);
+  const std::size_t largest = cubes.front().literal_count() + 1;
+  while (cubes.back().literal_count() > largest) cubes.pop_back();
+  return cubes;
+}
+
+SignalList with_triggers(const Cube& cube, const SignalList& triggers) {
+  SignalList support = triggers;
+  for (std::uint32_t signal = 0; signal < cube.size(); ++signal) {
+    if (cube[signal] == Ternary::one) support.push_back(signal);
+  }
+  std::ranges::sort(support);
+  return support;
+}
+
+}  // namespace
+
+SupportSearch::SupportSearch(const StateStructure& structure, const Params& params,
+                             SynthesisStyle style)
+    : states_{structure, params, 2}, style_{style} {
+  CnfFormula& formula = states_.formula();
+  for (std::uint32_t signal = 0; signal < structure.prefix().internals_end; ++signal) {
+    // The solver prefers to make variables false: the values of few signals will differ.
+    const Lit same(formula.new_var(false), true);
+    const Lit a = states_.state(0).code(signal), b = states_.state(1).code(signal);
+    const Lit not_above[] = {~a, b, ~same}, not_below[] = {a, ~b, ~same};
+    formula.add_clause(not_above, PermanentGroup);
+    formula.add_clause(not_below, PermanentGroup);
+    same_.push_back(same);
+  }
+}
+
+std::vector<SignalList> SupportSearch::supports(std::uint32_t signal, FunctionPhase phase,
+                                                const SignalList& triggers) {
+  assert(std::ranges::is_sorted(triggers));
+  std::vector<SignalList> differences;
+  const bool has_support = find_differences(signal, phase, triggers, differences);
+  if (run_failed()) return {};
+  if (!has_support) {
+    print_error("CSC conflict for output signal " + states_.prefix().signals[signal]->name +
+                ": cannot derive equation");
+    return {};
+  }
+  std::vector<SignalList> supports;
+  if (differences.empty()) {
+    supports.push_back(triggers);
+    return supports;
+  }
+  for (const Cube& cube : smallest_first(supports_meeting(differences, signal_count()))) {
+    supports.push_back(with_triggers(cube, triggers));
+  }
+  return supports;
+}
+
+bool SupportSearch::find_differences(std::uint32_t signal, FunctionPhase phase,
+                                     const SignalList& triggers,
+                                     std::vector<SignalList>& differences) {
+  CnfFormula& formula = states_.formula();
+  const ClauseGroup group = formula.new_group();
+  for (const std::uint32_t trigger : triggers) formula.add_unit(same_[trigger], group);
+  add_difference_in_function(signal, phase, group);
+  bool has_support = true;
+  while (has_support && !run_failed()) {
+    ++solve_calls_;
+    if (!formula.solve()) break;
+    SignalList difference = difference_in_model();
+    has_support = !difference.empty();
+    if (!has_support) break;
+    Lits one_is_same;
+    for (const std::uint32_t other : difference) one_is_same.push_back(same_[other]);
+    formula.add_clause(one_is_same, group);
+    add_minimal(differences, std::move(difference));
+  }
+  formula.remove_group(group);
+  return has_support;
+}
+
+// The function is true in the one state and false in the other.
+void SupportSearch::add_difference_in_function(std::uint32_t signal, FunctionPhase phase,
+                                               ClauseGroup group) {
+  CnfFormula& formula = states_.formula();
+  if (!has_two_functions(style_)) {
+    formula.add_unit(~states_.state(0).next_value(signal), group);
+    formula.add_unit(states_.state(1).next_value(signal), group);
+    return;
+  }
+  const bool target = phase == FunctionPhase::set;
+  states_.add_excited(0, signal, target, group);
+  if (style_ == SynthesisStyle::standard_c) {
+    states_.add_not_excited(1, signal, target, group);
+  } else {
+    formula.add_unit(states_.state(1).next_value(signal) ^ target, group);
+  }
+}
+
+SignalList SupportSearch::difference_in_model() {
+  const CnfFormula& formula = states_.formula();
+  SignalList difference;
+  for (std::uint32_t signal = 0; signal < signal_count(); ++signal) {
+    const bool one = formula.is_true(states_.state(0).code(signal));
+    const bool other = formula.is_true(states_.state(1).code(signal));
+    if (one != other) difference.push_back(signal);
+  }
+  return difference;
+}
+
+}  // namespace vorel

@@ -1,0 +1,48 @@
+// synthesis/support_search.h - on which signals a function can depend.
+// Here:      the pairs of states that a function must tell apart, what follows for its supports.
+// Not here:  the function on a support (synthesis/state_sets.h).
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "synthesis/function_phase.h"
+#include "synthesis/state_formula.h"
+
+namespace vorel {
+
+using SignalList = std::vector<std::uint32_t>;  // numbers of signals, ascending
+
+// A set of signals is a support exactly if no two reachable states agree on it and differ in the
+// function. So each pair of states that differ in the function gives a set of signals, those whose
+// values differ, of which every support must have one. Supports that meet all such sets are found
+// without a state graph.
+class SupportSearch {
+ public:
+  SupportSearch(const StateStructure& structure, const Params& params, SynthesisStyle style);
+
+  // The supports of the function of the signal that hold all triggers: the smallest ones, and those
+  // with one signal more, smallest first. None after a reported error; a signal without any support
+  // has a conflict of codes, which is reported.
+  std::vector<SignalList> supports(std::uint32_t signal, FunctionPhase phase,
+                                   const SignalList& triggers);
+
+  // Of its SAT instance.
+  void print_size(std::ostream& stream) const { states_.formula().print_size(stream); }
+  std::uint64_t solve_calls() const { return solve_calls_; }
+
+ private:
+  // Sets of signals none of which contains another; false if one is empty.
+  bool find_differences(std::uint32_t signal, FunctionPhase phase, const SignalList& triggers,
+                        std::vector<SignalList>& differences);
+  void add_difference_in_function(std::uint32_t signal, FunctionPhase phase, ClauseGroup group);
+  SignalList difference_in_model();
+  std::uint32_t signal_count() const { return static_cast<std::uint32_t>(same_.size()); }
+
+  StateFormula states_;
+  const SynthesisStyle style_;
+  Lits same_;  // by signal: if true, its values in the two states are equal
+  std::uint64_t solve_calls_ = 0;
+};
+
+}  // namespace vorel

@@ -1,0 +1,212 @@
+#include "synthesis/verilog_writer.h"
+
+#include <algorithm>
+#include <cassert>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "base/messages.h"
+#include "base/unique_names.h"
+
+namespace vorel {
+namespace {
+
+using InitialValues = std::unordered_map<std::string_view, bool>;
+
+std::string joined(const OwnedList<Signal>& signals, std::uint32_t first, std::uint32_t end) {
+  std::string text;
+  for (std::uint32_t i = first; i < end; ++i) {
+    if (i > first) text += ", ";
+    text += signals[i]->name;
+  }
+  return text;
+}
+
+LogicExpr literal(const std::string& name) { return {LogicExpr::Literal{name, false}}; }
+
+// False after the error that a name has no value.
+bool evaluate(const LogicExpr& expression, const InitialValues& values, bool& result) {
+  if (const auto* constant = std::get_if<LogicExpr::Const>(&expression.node)) {
+    result = constant->value;
+    return true;
+  }
+  if (const auto* leaf = std::get_if<LogicExpr::Literal>(&expression.node)) {
+    const auto found = values.find(leaf->name);
+    if (found == values.end()) {
+      print_error("invalid unordered_map<K, T> key");
+      return false;
+    }
+    result = found->second != leaf->negated;
+    return true;
+  }
+  const auto* conjunction = std::get_if<LogicExpr::And>(&expression.node);
+  const auto& operands = conjunction != nullptr ? conjunction->operands
+                                                : std::get<LogicExpr::Or>(expression.node).operands;
+  result = conjunction != nullptr;
+  for (const LogicExpr& operand : operands) {
+    bool value = false;
+    if (!evaluate(operand, values, value)) return false;
+    if (conjunction != nullptr ? !value : value) result = value;
+  }
+  return true;
+}
+
+class VerilogWriter {
+ public:
+  VerilogWriter(std::ostream& stream, const Stg& stg, SynthesisStyle style,
+                std::span<const SignalSolution* const> solutions)
+      : stream_{stream}, stg_{stg}, style_{style}, solutions_{solutions} {}
+
+  bool run() {
+    write_header();
+    collect_initial_values();
+    bool is_right = true;
+    switch (style_) {
+      case SynthesisStyle::complex_gate:
+      case SynthesisStyle::four_sets:
+        write_complex_gates();
+        break;
+      case SynthesisStyle::generalised_c:
+        write_generalised_c();
+        break;
+      case SynthesisStyle::standard_c:
+        is_right = write_standard_c();
+    }
+    stream_ << "\n    // initial values of the signals\n    //" << initial_values_
+            << "\nendmodule\n";
+    return is_right;
+  }
+
+ private:
+  void write_header() {
+    const std::string outputs = joined(stg_.signals, stg_.inputs_end, stg_.outputs_end);
+    const std::string inputs = joined(stg_.signals, 0, stg_.inputs_end);
+    const char* separator = outputs.empty() || inputs.empty() ? "" : ", ";
+    stream_ << "module VOREL_unmapped_implementation(" << outputs << separator << inputs << ");\n";
+    if (!outputs.empty()) stream_ << "    output " << outputs << ";\n";
+    if (!inputs.empty()) stream_ << "    input " << inputs << ";\n";
+    std::uint64_t cost = 0;
+    for (const SignalSolution* solution : solutions_) cost += solution->cost();
+    stream_ << "\n    // " << style_name()
+            << " implementation, each 'assign' statement is assumed to be ATOMIC;\n"
+               "    // total cost="
+            << cost << '\n';
+  }
+
+  std::string_view style_name() const {
+    if (style_ == SynthesisStyle::generalised_c) return "gC";
+    return style_ == SynthesisStyle::standard_c ? "standard-C" : "complex-gate";
+  }
+
+  void collect_initial_values() {
+    for (const auto& signal : stg_.signals) {
+      if (signal->is_dummy()) continue;
+      const bool value = signal->initial_value == 1;
+      values_.emplace(signal->name, value);
+      note_initial_value(signal->name, value);
+    }
+  }
+
+  void note_initial_value(const std::string& name, bool value) {
+    initial_values_ += value ? " " : " !";
+    initial_values_ += name;
+  }
+
+  void write_complex_gates() {
+    for (const SignalSolution* solution : solutions_) {
+      stream_ << '\n';
+      write_assignments(solution->name(), *solution);
+    }
+  }
+
+  // All alternatives but the first as comments.
+  void write_assignments(const std::string& target, const SignalSolution& solution) {
+    const char* comment = "";
+    for (const SignalImplementation& alternative : solution.alternatives) {
+      stream_ << "    " << comment << "assign " << target << " = "
+              << to_verilog(alternative.equation) << "; // cost=" << alternative.cost << '\n';
+      comment = "// ";
+    }
+  }
+
+  const std::string& signal_of_pair(std::size_t pair) const {
+    return stg_.signals[stg_.inputs_end + pair]->name;
+  }
+
+  void write_generalised_c() {
+    for (std::size_t pair = 0; 2 * pair < solutions_.size(); ++pair) {
+      const std::string& signal = signal_of_pair(pair);
+      stream_ << '\n';
+      const char* comment = "";
+      for (const SignalImplementation& set : solutions_[2 * pair]->alternatives) {
+        for (const SignalImplementation& reset : solutions_[2 * pair + 1]->alternatives) {
+          stream_ << "    // SET=" << to_verilog(set.equation)
+                  << ", RESET=" << to_verilog(reset.equation) << ", cost=" << set.cost + reset.cost
+                  << "\n    " << comment << "assign " << signal << " = "
+                  << to_verilog(gc_equation(signal, set, reset)) << ";\n";
+          comment = "// ";
+        }
+      }
+    }
+  }
+
+  // set + z reset'
+  static LogicExpr gc_equation(const std::string& signal, const SignalImplementation& set,
+                               const SignalImplementation& reset) {
+    LogicExpr hold{LogicExpr::And{{literal(signal), negate(reset.equation)}}};
+    return {LogicExpr::Or{{set.equation, std::move(hold)}}};
+  }
+
+  bool write_standard_c() {
+    UniqueNames names;
+    for (const auto& signal : stg_.signals) names.take(signal->name);
+    for (std::size_t pair = 0; 2 * pair < solutions_.size(); ++pair) {
+      const std::string& signal = signal_of_pair(pair);
+      const SignalSolution& set = *solutions_[2 * pair];
+      const SignalSolution& reset = *solutions_[2 * pair + 1];
+      stream_ << "\n\n    // Signal " << signal << " cost=" << set.cost() + reset.cost() << '\n';
+      const std::string set_name = names.take(signal + "_SET");
+      write_assignments(set_name, set);
+      const std::string reset_name = names.take(signal + "_RESET");
+      write_assignments(reset_name, reset);
+      write_c_element(signal, set_name, reset_name);
+      bool set_value = false, reset_value = false;
+      if (!evaluate(set.best().equation, values_, set_value) ||
+          !evaluate(reset.best().equation, values_, reset_value)) {
+        return false;
+      }
+      note_initial_value(set_name, set_value);
+      note_initial_value(reset_name, reset_value);
+    }
+    return true;
+  }
+
+  void write_c_element(const std::string& signal, const std::string& set,
+                       const std::string& reset) {
+    stream_ << "    assign " << signal << " = " << set << " & ~" << reset << " | " << signal
+            << " & (" << set << " | ~" << reset << "); // C-element with one inverted input\n";
+  }
+
+  std::ostream& stream_;
+  const Stg& stg_;
+  const SynthesisStyle style_;
+  const std::span<const SignalSolution* const> solutions_;
+  InitialValues values_;        // of the signals
+  std::string initial_values_;  // of signals and wires, in words
+};
+
+}  // namespace
+
+bool write_verilog(std::ostream& stream, const Stg& stg, SynthesisStyle style,
+                   std::span<const SignalSolution* const> solutions) {
+  if (solutions.empty()) {
+    stream << "\nFailed to synthesise the specification\n";
+    return true;
+  }
+  assert(solutions.size() ==
+         (stg.internals_end - stg.inputs_end) * (has_two_functions(style) ? 2u : 1u));
+  return VerilogWriter(stream, stg, style, solutions).run();
+}
+
+}  // namespace vorel

@@ -1,0 +1,196 @@
+// -E, -G and -S against all reachable states of random STGs.
+#include "synthesis/equation_search.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "base/messages.h"
+#include "conflicts/conflicts_support.h"
+#include "support/legacy_files.h"
+#include "synthesis/circuit_states.h"
+
+namespace vorel {
+namespace {
+
+using conflicts_support::params_with;
+using conflicts_support::Subject;
+
+class Derivation {
+ public:
+  Derivation(const Subject& subject, SynthesisStyle style, int solver)
+      : subject_{subject},
+        style_{style},
+        engine_{subject.prefix, params_with({{"solver", solver}}), style} {
+    for (const auto& configuration : subject.configurations) states_.insert(configuration.state);
+  }
+
+  // By signal, SET before RESET; none when a conflict of codes was reported.
+  std::vector<const SignalSolution*> run() {
+    engine_.run();
+    std::vector<const SignalSolution*> solutions;
+    for (const auto& solution : engine_.found().solutions) {
+      solutions.push_back(static_cast<const SignalSolution*>(solution.get()));
+    }
+    return solutions;
+  }
+
+  void check(const std::vector<const SignalSolution*>& solutions) const {
+    const std::size_t functions = has_two_functions(style_) ? 2 : 1;
+    ASSERT_EQ(solutions.size(),
+              (subject_.prefix.internals_end - subject_.prefix.inputs_end) * functions);
+    for (std::size_t i = 0; i < solutions.size(); ++i) {
+      const auto signal = static_cast<std::uint32_t>(subject_.prefix.inputs_end + i / functions);
+      SCOPED_TRACE(solutions[i]->name());
+      check_order(*solutions[i]);
+      for (const SignalImplementation& alternative : solutions[i]->alternatives) {
+        SCOPED_TRACE(to_string(alternative.equation));
+        check_context(alternative);
+        for (const std::uint32_t state : states_) {
+          if (functions == 1) {
+            EXPECT_EQ(value(alternative, state), next_value(signal, state));
+            if (style_ == SynthesisStyle::four_sets) check_sets(alternative, signal, state);
+          } else {
+            check_driver(alternative, signal, state, /*target=*/i % 2 == 0);
+          }
+        }
+      }
+    }
+  }
+
+ private:
+  static void check_order(const SignalSolution& solution) {
+    ASSERT_FALSE(solution.alternatives.empty());
+    EXPECT_EQ(solution.cost(), solution.best().cost);
+    EXPECT_TRUE(std::ranges::is_sorted(solution.alternatives, {}, &SignalImplementation::cost));
+  }
+
+  void check_context(const SignalImplementation& alternative) const {
+    EXPECT_EQ(alternative.cost, literal_count(alternative.equation));
+    const auto literals = circuit::names_in(alternative.equation);
+    const std::set<std::string> context(alternative.context.begin(), alternative.context.end());
+    EXPECT_TRUE(std::ranges::includes(context, literals)) << "a literal that is not in the context";
+    if (style_ == SynthesisStyle::complex_gate && !decided_by_dummies()) {
+      EXPECT_EQ(literals, context);
+    }
+  }
+
+  bool decided_by_dummies() const {
+    return subject_.prefix.internals_end < subject_.prefix.signals.size();
+  }
+
+  // SET (or RESET) is true where the signal is about to take the target value, and false where its
+  // next value is the other; where the signal stays at the target, it is free.
+  void check_driver(const SignalImplementation& alternative, std::uint32_t signal,
+                    std::uint32_t state, bool target) const {
+    const bool next = next_value(signal, state);
+    const bool is_excited = subject_.excited[state].contains(signal);
+    const bool is_fixed = next != target || is_excited;
+    EXPECT_TRUE(!is_fixed || value(alternative, state) == (next == target));
+  }
+
+  // A code is in the set of its region, or, if a state excited to the same value shares it, in that
+  // state's; and in no set of the other value.
+  void check_sets(const SignalImplementation& alternative, std::uint32_t signal,
+                  std::uint32_t state) const {
+    const bool next = next_value(signal, state);
+    const bool is_excited = subject_.excited[state].contains(signal);
+    Cube code(alternative.context.size());
+    for (std::size_t i = 0; i < code.size(); ++i) {
+      const std::uint32_t other = subject_.signal_named(alternative.context[i]);
+      code.set(i, subject_.codes[state][other] != 0 ? Ternary::one : Ternary::zero);
+    }
+    const auto holds = [&](std::size_t set) {
+      return std::ranges::find(alternative.covers[set], code) != alternative.covers[set].end();
+    };
+    const std::size_t excited_set = next ? 0 : 2;
+    EXPECT_TRUE(holds(excited_set) || (!is_excited && holds(excited_set + 1)));
+    EXPECT_FALSE(holds(2 - excited_set) || holds(3 - excited_set));
+  }
+
+  bool value(const SignalImplementation& alternative, std::uint32_t state) const {
+    return circuit::value_of(alternative.equation, subject_.prefix, subject_.codes[state]);
+  }
+
+  bool next_value(std::uint32_t signal, std::uint32_t state) const {
+    return (subject_.codes[state][signal] != 0) != subject_.excited[state].contains(signal);
+  }
+
+  const Subject& subject_;
+  const SynthesisStyle style_;
+  EquationSearch engine_;
+  std::set<std::uint32_t> states_;
+};
+
+constexpr SynthesisStyle styles[] = {SynthesisStyle::complex_gate, SynthesisStyle::four_sets,
+                                     SynthesisStyle::generalised_c, SynthesisStyle::standard_c};
+
+void expect_right_equations(const Subject& subject, SynthesisStyle style, int solver) {
+  const CaughtMessages messages;
+  Derivation derivation(subject, style, solver);
+  const auto solutions = derivation.run();
+  ASSERT_EQ(messages.text(), "");
+  derivation.check(solutions);
+  const bool has_dummies = subject.prefix.internals_end < subject.prefix.signals.size();
+  if (style == SynthesisStyle::standard_c && !has_dummies) {
+    EXPECT_EQ(circuit::find_hazard(subject.prefix, subject.graph, subject.initial, solutions), "");
+  }
+}
+
+// An error ends the process that it happens in. The signal that is named is one of those in
+// conflict.
+void expect_conflict_told(const Subject& subject, SynthesisStyle style, int solver) {
+  std::string names;
+  for (const std::uint32_t signal : subject.csc_conflicts()) {
+    names += (names.empty() ? "" : "|") + subject.prefix.signals[signal]->name;
+  }
+  const auto derive = [&] {
+    std::exit(Derivation(subject, style, solver).run().empty() ? raise_severity(0) : 0);
+  };
+  EXPECT_EXIT(
+      derive(), testing::ExitedWithCode(severity_error),
+      "^\nError: CSC conflict for output signal (" + names + "): cannot derive equation\n$");
+}
+
+void expect_right_equations_of_random_stgs(const oracle::RandomStgParams& params,
+                                           std::uint64_t count) {
+  const Seeds range = seeds(count);
+  std::size_t judged = 0;
+  for (std::uint64_t seed = range.first; seed < range.end; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const auto subject = Subject::make(oracle::random_stg(seed, params));
+    if (!subject || has_dummy_cutoffs(subject->prefix)) continue;
+    // What dummies decide can be a conflict or none, by how the state is reached.
+    const bool has_conflict = !subject->csc_conflicts().empty();
+    if (has_conflict && subject->csc_conflicts_that_no_dummy_decides().empty()) continue;
+    judged += has_conflict ? 0 : 1;
+    for (const SynthesisStyle style : styles) {
+      SCOPED_TRACE("style " + std::to_string(static_cast<int>(style)));
+      const int solver = static_cast<int>(seed % 2);
+      if (has_conflict) {
+        expect_conflict_told(*subject, style, solver);
+      } else {
+        expect_right_equations(*subject, style, solver);
+      }
+    }
+    if (testing::Test::HasFailure()) return;
+  }
+  EXPECT_GT(judged, (range.end - range.first) / 5);
+}
+
+TEST(EquationSearch, EquationsOfRandomStgsAreRightInAllReachableStates) {
+  expect_right_equations_of_random_stgs({.max_states = 60}, 60);
+}
+
+TEST(EquationSearch, EquationsOfRandomStgsWithDummiesAreRightInAllReachableStates) {
+  expect_right_equations_of_random_stgs({.dummies = true, .max_states = 60}, 60);
+}
+
+TEST(EquationSearch, EquationsOfRandomStgsWithTogglesAreRightInAllReachableStates) {
+  expect_right_equations_of_random_stgs({.toggles = true, .max_states = 60}, 40);
+}
+
+}  // namespace
+}  // namespace vorel
