@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <map>
 
+#include "base/messages.h"
 #include "base/run_state.h"
+#include "sat/integer_circuit.h"
 #include "sat/minisat_solver.h"
 #include "sat/sat_testing.h"
 #include "support/seeds.h"
@@ -193,6 +196,123 @@ TEST(ZChaffSolver, AnswersAsMiniSatWhileGroupsComeAndGo) {
     pair.check_clauses();
     pair.check_learnt();
   }
+}
+
+// What encoders make: counters over a random formula, of which the bound is a group.
+TEST(ZChaffSolver, DescendsOnCountersAsMiniSat) {
+  Random random(11);
+  for (int round = 0; round < 12; ++round) {
+    std::array<std::uint64_t, 2> least{};
+    const std::uint32_t seed = random.below(1u << 30);
+    for (const int number : {0, 1}) {
+      CnfFormula formula(CnfParams{.solver = number});
+      Random edges(seed);
+      const Lits lits = [&] {
+        Lits made;
+        for (int i = 0; i < 22; ++i) made.emplace_back(formula.new_var(false), false);
+        return made;
+      }();
+      for (int i = 0; i < 50; ++i)
+        formula.add_binary(lits[edges.below(22)], lits[edges.below(22)], PermanentGroup);
+      IntegerCircuit circuit(formula);
+      const Lits bits = circuit.count_ones(lits, PermanentGroup);
+      for (std::uint64_t bound = 22; formula.solve(); bound = least[std::size_t(number)] - 1) {
+        least[std::size_t(number)] = circuit.model_value(bits);
+        ASSERT_LE(least[std::size_t(number)], bound);
+        formula.renew_group(formula.group(2));
+        circuit.assert_at_most(bits, least[std::size_t(number)] - 1, formula.group(2));
+      }
+    }
+    EXPECT_EQ(least[0], least[1]);
+  }
+}
+
+// One pigeon more than holes; hard for resolution.
+void add_pigeons(ZChaffSolver& solver, std::uint32_t holes, ClauseGroup group) {
+  const auto in = [&](std::uint32_t p, std::uint32_t h) { return lit_of(p * holes + h); };
+  while (solver.num_vars() < (holes + 1) * holes) solver.new_var(false);
+  for (std::uint32_t p = 0; p <= holes; ++p) {
+    Lits somewhere;
+    for (std::uint32_t h = 0; h < holes; ++h) {
+      somewhere.push_back(in(p, h));
+      for (std::uint32_t q = 0; q < p; ++q) solver.add_clause(Lits{~in(p, h), ~in(q, h)}, group);
+    }
+    solver.add_clause(somewhere, group);
+  }
+}
+
+TEST(ZChaffSolver, ReviewsItsClausesAndForgetsWhatAHardGroupTaught) {
+  ZChaffSolver solver;
+  const ClauseGroup group = solver.new_group();
+  add_pigeons(solver, 7, group);
+  EXPECT_EQ(solver.solve(true, true), SolveStatus::unsat);
+  EXPECT_GT(solver.core().stats().reductions, 0u);
+  solver.delete_group(group);
+  EXPECT_EQ(solver.core().stats().learnt_clauses, 0u);
+  EXPECT_EQ(solver.num_clauses(), 0u);
+  EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
+}
+
+TEST(ZChaffSolver, WithoutTimeOrMemoryItFailsUntilItIsReset) {
+  const std::pair<zchaff::CoreParams, SolveStatus> cases[] = {
+      {{.time_limit = 1e-9}, SolveStatus::timeout},
+      {{.memory_limit = 20000}, SolveStatus::memory},  // while learning
+      {{.memory_limit = 100}, SolveStatus::memory},    // while the clauses are added
+  };
+  for (const auto& [params, status] : cases) {
+    ZChaffSolver solver(params);
+    add_pigeons(solver, 7, PermanentGroup);
+    EXPECT_EQ(solver.solve(true, true), status);
+    EXPECT_EQ(solver.solve(true, true), SolveStatus::error);
+    solver.add_clause(Lits{lit_of(0)}, PermanentGroup);
+    EXPECT_EQ(solver.solve(true, true), SolveStatus::error);
+    solver.reset();
+    EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
+  }
+}
+
+// In a process of its own: an error is remembered.
+TEST(ZChaffSolver, AtMost32GroupsAreAlive) {
+  const auto run = [] {
+    ZChaffSolver solver;
+    bool good = true;
+    for (int number = 1; number <= 32; ++number) good &= solver.new_group() == ClauseGroup{number};
+    good &= !run_failed() && solver.new_group() == removed_group && run_failed();
+    solver.delete_group(ClauseGroup{7});
+    good &= solver.new_group() == ClauseGroup{7};
+    good &= solver.solve(true, true) == SolveStatus::sat;
+    solver.add_clause({}, removed_group);  // cannot be kept
+    good &= solver.solve(true, true) == SolveStatus::error;
+    std::exit(good ? 0 : 1);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "Not enough GID");
+}
+
+TEST(ZChaffSolver, UnknownGroupIsNotDeleted) {
+  for (const ClauseGroup group : {ClauseGroup{1}, ClauseGroup{33}, removed_group, PermanentGroup}) {
+    const auto run = [group] {
+      ZChaffSolver().delete_group(group);
+      std::exit(run_failed() ? 0 : 1);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "Can't free unallocated GID");
+  }
+}
+
+TEST(ZChaffSolver, SolvingAgainIsNotedAndGivesTheSameAnswer) {
+  ZChaffSolver solver;
+  for (int v = 0; v < 2; ++v) solver.new_var(v == 1);
+  solver.add_clause(Lits{lit_of(0), lit_of(0)}, PermanentGroup);
+  EXPECT_EQ(solver.unit_literals(), Lits{lit_of(0)});
+  run_state().verbosity = 1;
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "\nSolving the same SAT instance");
+  run_state().verbosity = 0;
+  EXPECT_EQ(solver.value(Var{0}), ModelValue::yes);
+  EXPECT_EQ(solver.value(Var{1}), ModelValue::undefined) << "neither decided on nor implied";
 }
 
 }  // namespace
