@@ -22,8 +22,8 @@ void encode_backward_conflicts(const P& process, ConfigurationVars<P>& vars, Cla
 template <Process P>
 void encode_initial_conditions(const P& process, ConfigurationVars<P>& vars, ClauseGroup group);
 
-// An occurrence of a place is produced only if the one before it is. Two conditions of one place
-// and depth are an error.
+// An occurrence of a place is produced only if the one before it is, and has been consumed. Two
+// conditions of one place and depth are an error.
 template <Process P>
 void encode_no_gaps(const P& process, ConfigurationVars<P>& vars, ClauseGroup group);
 

@@ -9,6 +9,7 @@
 
 #include "oracle/random_net.h"
 #include "oracle/random_stg.h"
+#include "oracle/reference_merger.h"
 #include "oracle/reference_unfolder.h"
 #include "oracle/state_graph.h"
 #include "oracle/write_files.h"
@@ -47,6 +48,9 @@ class Comparison {
   explicit Comparison(const N& net) : prefix_{*oracle::unfold(net)}, graph_{oracle::explore(net)} {
     folder_.write("net.pnml", oracle::pnml_text(prefix_));
     folder_.write("net.mci", oracle::mci_text(prefix_));
+    const auto merged = oracle::merge(prefix_);
+    folder_.write("merged.pnml", oracle::pnml_text(merged));
+    folder_.write("merged.mp", oracle::mp_text(merged));
   }
 
   void run() {
@@ -57,6 +61,13 @@ class Comparison {
         check(run, option);
       }
       EXPECT_EQ(count(file, "-m1"), count(file, "-m2")) << file;
+    }
+    for (const char* file : {"merged.pnml", "merged.mp"}) {
+      for (const char* option : {"-v3", "-m1", "-$0", "-f", "-+"}) {
+        SCOPED_TRACE(std::string(file) + " " + option);
+        check(run_vorel({"-D", option, folder_.path(file)}), option);
+      }
+      EXPECT_EQ(count(file, "-m1"), count(file, "-+")) << file;
     }
   }
 
@@ -125,6 +136,54 @@ TEST(DeadlockCommand, AgreesWithTheStateGraphInEveryVariant) {
   }
   EXPECT_GT(with_deadlock, 2u);
   EXPECT_LT(with_deadlock, 16u);
+}
+
+std::size_t occurrences(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size()) {
+    ++count;
+  }
+  return count;
+}
+
+// "spin" and "spill" wait for each other, and only what "spill" leaves could stop the loop of "go".
+TEST(DeadlockCommand, DoesNotTakeEventsThatWaitForEachOtherForARun) {
+  const TemporaryFolder folder;
+  const std::string circle = folder.write("circle.mp",
+                                          "6 4 5 4\n"
+                                          "1 1 1\n2 1 0\n3 1 0\n4 1 0\n5 1 0\n1 2 0\n"
+                                          "1 0 1 1 1 2\n2 0 1 2 2 1 3\n3 0 2 1 3 0 4\n4 1 1 1 0 5\n"
+                                          "5\nready\na\nb\nc\nstopped\n"
+                                          "spin\nspill\nstop\ngo\n");
+  for (const char* search : {"-v3", "-a", "-f"}) {
+    const ProgramRun at_once = run_vorel({"-D", search, circle});
+    EXPECT_EQ(at_once.exit_code, 1) << "the format is deprecated";
+    EXPECT_NE(at_once.out.find("\nthe system is deadlock-free\n"), std::string::npos);
+    EXPECT_EQ(occurrences(at_once.err, "\nInstance size: cl/vars/lits="), 1u);
+    EXPECT_EQ(occurrences(at_once.err, "CYCLE"), 0u);
+    EXPECT_EQ(occurrences(at_once.err,
+                          "\nExceeded the threshold on the number of chordless cycles: "
+                          "|SCC|=2, threshold=0"),
+              std::string(search) == "-v3" ? 1u : 0u);
+
+    const ProgramRun in_steps = run_vorel({"-D", "-+", search, circle});
+    EXPECT_NE(in_steps.out.find("\nthe system is deadlock-free\n"), std::string::npos);
+    EXPECT_EQ(occurrences(in_steps.err, "\nInstance size: cl/vars/lits="), 2u);
+    EXPECT_EQ(occurrences(in_steps.err,
+                          "\nThe configuration contains a CYCLE, new constraints have "
+                          "been added\nInstance size: "),
+              1u);
+  }
+}
+
+// Its places are not entered in the order of their depths, or not once at each.
+TEST(DeadlockCommand, RefusesAMergedProcessWithTwoConditionsOfOnePlaceAndDepth) {
+  const TemporaryFolder folder;
+  const ProgramRun run =
+      run_vorel({"-D", folder.write("twice.mp", "2 1 1 1\n1 1 1\n1 1 0\n1 0 1 1 0 1\n1\np\nt\n")});
+  EXPECT_EQ(run.exit_code, 2);
+  EXPECT_NE(run.err.find("place p has two conditions at occurrence depth 1"), std::string::npos);
+  EXPECT_EQ(run.out.find("the system"), std::string::npos);
 }
 
 TEST(DeadlockCommand, WritesItsAnswerWhereItIsTold) {

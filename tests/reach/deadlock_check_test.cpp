@@ -8,6 +8,8 @@
 
 #include "base/messages.h"
 #include "net/initial_values.h"
+#include "net/merge.h"
+#include "oracle/net_builder.h"
 #include "oracle/net_text.h"
 #include "oracle/random_net.h"
 #include "oracle/random_stg.h"
@@ -74,36 +76,61 @@ std::set<std::set<std::uint32_t>> event_sets_of(const std::vector<Trace>& traces
   return sets;
 }
 
-// The number of configurations without cut-offs that enable nothing, by trying all of them; events
-// are numbered after their causes.
+// Tries all configurations without cut-offs. In a merged process the occurrences of a place follow
+// each other by their depths.
 template <Process P>
-std::size_t count_dead_configurations(const P& process) {
-  std::vector<bool> marked(process.conditions.size());
-  for (const auto& c : process.conditions) marked[c->index] = c->is_initial();
-  const auto enabled = [&marked](const typename P::Event& event) {
-    return std::ranges::all_of(event.preset, [&](const auto* c) { return marked[c->index]; });
-  };
-  std::function<std::size_t(std::size_t)> count = [&](std::size_t next) -> std::size_t {
-    if (next == process.events.size()) {
-      return std::ranges::none_of(process.events, [&](const auto& e) { return enabled(*e); });
+class DeadConfigurations {
+ public:
+  explicit DeadConfigurations(const P& process) : process_{process} {
+    Run start{
+        std::vector<bool>(process.events.size()), {}, std::vector<int>(process.places.size())};
+    for (const auto& c : process.conditions) {
+      if (c->is_initial()) enter(start, *c);
     }
-    std::size_t found = count(next + 1);
-    const auto& event = *process.events[next];
-    if (event.is_cut_off() || !enabled(event)) return found;
-    for (const auto* c : event.preset) marked[c->index] = false;
-    for (const auto* c : event.postset) marked[c->index] = true;
-    found += count(next + 1);
-    for (const auto* c : event.postset) marked[c->index] = false;
-    for (const auto* c : event.preset) marked[c->index] = true;
-    return found;
-  };
-  return count(0);
-}
+    explore(start);
+  }
+  std::size_t count() const { return count_; }
 
-Params params_with(std::initializer_list<std::pair<const char*, int>> options) {
+ private:
+  struct Run {
+    std::vector<bool> fired;
+    std::set<std::uint32_t> cut;
+    std::vector<int> depth;  // by place: of its latest condition
+  };
+
+  static bool enter(Run& run, const typename P::Condition& condition) {
+    run.cut.insert(condition.index);
+    const int depth = ++run.depth[condition.place->index];
+    if constexpr (P::is_merged) return depth == condition.occurrence_depth;
+    return true;
+  }
+
+  void explore(const Run& run) {
+    if (!seen_.insert(run.fired).second) return;
+    Marking marking(process_.places.size());
+    for (const std::uint32_t c : run.cut) marking[process_.conditions[c]->place->index] = true;
+    count_ += oracle::is_dead<typename P::NetType>(process_, marking) ? 1 : 0;
+    for (const auto& event : process_.events) {
+      const auto is_there = [&run](const auto* c) { return run.cut.contains(c->index); };
+      if (event->is_cut_off() || !std::ranges::all_of(event->preset, is_there)) continue;
+      Run next = run;
+      next.fired[event->index] = true;
+      for (const auto* c : event->preset) next.cut.erase(c->index);
+      if (std::ranges::all_of(event->postset, [&](const auto* c) { return enter(next, *c); }))
+        explore(next);
+    }
+  }
+
+  const P& process_;
+  std::set<std::vector<bool>> seen_;
+  std::size_t count_ = 0;
+};
+
+Params params_with(const std::vector<std::pair<const char*, int>>& options) {
   Params params;
-  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations",
-                          "all_solutions", "method", "min_cost"}) {
+  for (const char* key :
+       {"restrict_branching", "store_cnf_formula", "output_configurations", "all_solutions",
+        "method", "min_cost", "backward_conflict_constraints", "incremental_acyclic_constraint"}) {
     params.set(key, 0);
   }
   for (const char* key : {"solver", "no_max_dummies", "enable_via_dummies"}) params.set(key, 1);
@@ -111,45 +138,65 @@ Params params_with(std::initializer_list<std::pair<const char*, int>> options) {
   return params;
 }
 
+using Options = std::vector<std::pair<const char*, int>>;
+
+// The ways to encode the question that ought to have the same answer.
+template <Process P>
+std::vector<Options> encodings() {
+  std::vector<Options> result;
+  for (const int method : {1, 2}) {
+    for (const int variant : {0, 1}) {
+      if (P::is_merged) {
+        result.push_back({{"method", method},
+                          {"incremental_acyclic_constraint", variant},
+                          {"backward_conflict_constraints", method == 1 ? variant : 1 - variant}});
+      } else {
+        result.push_back({{"method", method}, {"restrict_branching", variant}});
+      }
+    }
+  }
+  return result;
+}
+
 template <Process P>
 void expect_right_answers(const P& process, const Truth& truth) {
   const bool has_deadlock = !truth.deadlocks.empty();
-  for (const int method : {0, 1, 2}) {
-    for (const int restrict_branching : {0, 1}) {
-      const auto with = [&](int min_cost) {
-        return params_with({{"method", method},
-                            {"restrict_branching", restrict_branching},
-                            {"min_cost", min_cost}});
-      };
-      const Probe<P> one(process, with(0));
-      EXPECT_EQ(!one.traces.empty(), has_deadlock) << "method " << method;
-      for (const Trace& trace : one.traces) {
-        EXPECT_TRUE(truth.deadlocks.contains(end_of(process, trace)));
-      }
-      const Probe<P> shortest(process, with(1));
-      ASSERT_EQ(!shortest.traces.empty(), has_deadlock);
-      if (has_deadlock) {
-        EXPECT_EQ(shortest.traces[0].size(), truth.shortest);
-      }
+  for (Options options : encodings<P>()) {
+    const Probe<P> one(process, params_with(options));
+    EXPECT_EQ(!one.traces.empty(), has_deadlock) << "method " << options[0].second;
+    for (const Trace& trace : one.traces) {
+      EXPECT_TRUE(truth.deadlocks.contains(end_of(process, trace)));
+    }
+    options.emplace_back("min_cost", 1);
+    const Probe<P> shortest(process, params_with(options));
+    ASSERT_EQ(!shortest.traces.empty(), has_deadlock);
+    if (has_deadlock) {
+      EXPECT_EQ(shortest.traces[0].size(), truth.shortest);
     }
   }
 }
 
 template <Process P>
 void expect_all_solutions(const P& process, const Truth& truth) {
-  const std::size_t expected = count_dead_configurations(process);
-  for (const int method : {1, 2}) {
-    for (const int restrict_branching : {0, 1}) {
-      const Probe<P> all(process, params_with({{"method", method},
-                                               {"restrict_branching", restrict_branching},
-                                               {"all_solutions", -1}}));
-      EXPECT_EQ(all.traces.size(), expected);
-      EXPECT_EQ(event_sets_of(all.traces).size(), expected) << "a solution is listed twice";
-      EXPECT_EQ(ends_of(process, all.traces), truth.deadlocks);
-    }
-    const Probe<P> some(process, params_with({{"method", method}, {"all_solutions", 2}}));
+  const std::size_t expected = DeadConfigurations<P>(process).count();
+  for (Options options : encodings<P>()) {
+    options.emplace_back("all_solutions", -1);
+    const Probe<P> all(process, params_with(options));
+    EXPECT_EQ(all.traces.size(), expected);
+    EXPECT_EQ(event_sets_of(all.traces).size(), expected) << "a solution is listed twice";
+    EXPECT_EQ(ends_of(process, all.traces), truth.deadlocks);
+    options.back().second = 2;
+    const Probe<P> some(process, params_with(options));
     EXPECT_EQ(some.traces.size(), std::min<std::size_t>(2, expected));
   }
+}
+
+template <Process P>
+void compare(const P& process, const Truth& truth) {
+  expect_right_answers(process, truth);
+  const auto lasting =
+      std::ranges::count_if(process.events, [](const auto& event) { return !event->is_cut_off(); });
+  if (lasting <= 16) expect_all_solutions(process, truth);
 }
 
 template <class N>
@@ -158,10 +205,8 @@ void compare_with_state_graph(const N& net, std::size_t& with_deadlock) {
   auto prefix = oracle::unfold(net);
   ASSERT_TRUE(prefix.has_value());
   with_deadlock += truth.deadlocks.empty() ? 0 : 1;
-  expect_right_answers(*prefix, truth);
-  const auto lasting =
-      std::ranges::count_if(prefix->events, [](const auto& event) { return !event->is_cut_off(); });
-  if (lasting <= 16) expect_all_solutions(*prefix, truth);
+  compare(*prefix, truth);
+  compare(merge(*prefix), truth);
   EXPECT_FALSE(run_failed());
 }
 
@@ -194,6 +239,68 @@ TEST(DeadlockCheck, AgreesWithTheStateGraphWhereShortcutsGoWrong) {
   compare_with_state_graph(oracle::philosophers(4), with_deadlock);
   compare_with_state_graph(oracle::token_ring(3, 3), with_deadlock);
   testing::internal::GetCapturedStderr();
+}
+
+// Nets whose prefixes fold much: an event of the merged process stands for many. Four parts each,
+// and either an end or none.
+using Builder = oracle::NetBuilder<Net>;
+std::string numbered(const char* name, int i) { return name + std::to_string(i); }
+
+// Bit i is set when all lower ones are cleared.
+Net counter(bool ends) {
+  Builder b;
+  for (int i = 0; i < (ends ? 4 : 5); ++i) {
+    b.add_transition(numbered("carry", i));
+    if (i < 4) {
+      b.mark(numbered("zero", i));
+      b.consume(numbered("zero", i)).produce(numbered("one", i));
+    }
+    for (int j = 0; j < i; ++j) b.consume(numbered("one", j)).produce(numbered("zero", j));
+  }
+  return b.finish();
+}
+
+// Choices in any order, each of them once or again and again.
+Net choices_in_any_order(bool ends) {
+  Builder b;
+  b.mark("hub");
+  for (int i = 0; i < 4; ++i) {
+    b.mark(numbered("off", i));
+    b.add_transition(numbered("switch_on", i)).consume("hub").consume(numbered("off", i));
+    b.produce("hub").produce(numbered("on", i));
+    if (ends) continue;
+    b.add_transition(numbered("switch_off", i)).consume(numbered("on", i));
+    b.produce(numbered("off", i));
+  }
+  return b.finish();
+}
+
+// A loop of choices that meet again; one that ends remembers them.
+Net loop_of_choices(bool ends) {
+  Builder b;
+  b.mark("at0");
+  for (int i = 0; i < 4; ++i) {
+    b.mark(numbered("free", i));
+    for (const char* branch : {"left", "right"}) {
+      b.add_transition(numbered(branch, i)).consume(numbered("at", i));
+      b.produce(numbered("at", (i + 1) % 4));
+      if (ends) b.consume(numbered("free", i)).produce(numbered(branch, i) + "_taken");
+    }
+    if (!ends) b.consume(numbered("free", i)).produce(numbered("free", i));
+  }
+  return b.finish();
+}
+
+TEST(DeadlockCheck, AgreesWithTheStateGraphWhereMuchIsMerged) {
+  testing::internal::CaptureStderr();
+  std::size_t with_deadlock = 0;
+  for (const bool ends : {false, true}) {
+    compare_with_state_graph(counter(ends), with_deadlock);
+    compare_with_state_graph(choices_in_any_order(ends), with_deadlock);
+    compare_with_state_graph(loop_of_choices(ends), with_deadlock);
+  }
+  EXPECT_EQ(with_deadlock, 3u);
+  EXPECT_EQ(testing::internal::GetCapturedStderr().find("check failed"), std::string::npos);
 }
 
 // So many rivals that their constraints share what they have in common.
