@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <map>
-#include <numeric>
-#include <span>
+#include <set>
 
 #include "toolkit/minimise.h"
 
@@ -22,40 +21,38 @@ bool covers(const Cover& cover, const Cube& code) {
   return std::ranges::any_of(cover, [&code](const Cube& cube) { return contains(cube, code); });
 }
 
-Cover extended(Cover cover, const std::vector<Cube>& codes, std::span<const std::uint32_t> which) {
-  for (const std::uint32_t i : which) cover.add(codes[i]);
-  return cover;
-}
-
-// Codes that hang together through arcs and that nothing decides: all true or all false together is
-// always monotonic.
-struct Unit {
-  std::vector<std::uint32_t> codes;
-  std::size_t arc_count = 0;  // within it and to codes that are decided
-};
-
+// Codes with arcs that are neither in ON nor in OFF are free, as long as no arc leads from one that
+// is false to one that is true.
 class MonotonicCoverSolver {
  public:
-  MonotonicCoverSolver(const Cover& on, const Cover& off, const std::vector<CodeArc>& arcs)
-      : on_{on}, off_{off} {
+  MonotonicCoverSolver(const Cover& on, const Cover& off, const std::vector<CodeArc>& arcs) {
     number_codes(arcs);
-    decide(off_, /*forwards=*/true, Value::no);
-    decide(on_, /*forwards=*/false, Value::yes);
-    collect_units();
+    Sides sides{on, off, std::vector<Value>(codes_.size(), Value::open)};
+    for (const Cube& code : off) decide(code, Value::no, sides);
+    for (const Cube& code : on) decide(code, Value::yes, sides);
+    given_ = std::move(sides);
   }
 
-  Cover run() { return solve(on_, off_); }
+  Cover run() { return solve(given_); }
 
  private:
   enum class Value : std::uint8_t { open, yes, no };
-  using Arc = std::pair<std::uint32_t, std::uint32_t>;
+  using Neighbours = std::vector<std::vector<std::uint32_t>>;  // by code
+
+  struct Sides {
+    Cover on, off;
+    std::vector<Value> values;  // by code
+  };
 
   void number_codes(const std::vector<CodeArc>& arcs) {
-    for (const auto& [from, to] : arcs) arcs_.emplace_back(number_of(from), number_of(to));
-    std::ranges::sort(arcs_);
-    const auto repeated = std::ranges::unique(arcs_);
-    arcs_.erase(repeated.begin(), repeated.end());
-    values_.resize(codes_.size(), Value::open);
+    std::set<std::pair<std::uint32_t, std::uint32_t>> distinct;
+    for (const auto& [from, to] : arcs) distinct.emplace(number_of(from), number_of(to));
+    next_.resize(codes_.size());
+    previous_.resize(codes_.size());
+    for (const auto& [from, to] : distinct) {
+      next_[from].push_back(to);
+      previous_[to].push_back(from);
+    }
   }
 
   std::uint32_t number_of(const Cube& code) {
@@ -64,101 +61,76 @@ class MonotonicCoverSolver {
     return found->second;
   }
 
-  // What is false stays so along the arcs; what comes before something true is true. The codes that
-  // this decides join the side.
-  void decide(Cover& side, bool forwards, Value value) {
-    std::vector<std::uint32_t> reached;
-    for (const Cube& code : side) {
-      const auto found = numbers_.find(code);
-      if (found == numbers_.end()) continue;
-      assert(values_[found->second] == Value::open && "no arc leads from OFF to ON");
-      values_[found->second] = value;
-      reached.push_back(found->second);
-    }
-    const std::size_t given = reached.size();
-    const auto targets = neighbours(forwards);
+  void decide(const Cube& code, Value value, Sides& sides) const {
+    const auto found = numbers_.find(code);
+    if (found == numbers_.end() || sides.values[found->second] == value) return;
+    assert(sides.values[found->second] == Value::open && "no arc leads from OFF to ON");
+    sides.values[found->second] = value;
+    spread(found->second, sides);
+  }
+
+  // What comes after something false is false, what comes before something true is true. The codes
+  // that this decides join their side.
+  void spread(std::uint32_t start, Sides& sides) const {
+    const Value value = sides.values[start];
+    const Neighbours& neighbours = value == Value::no ? next_ : previous_;
+    std::vector<std::uint32_t> reached{start};
     for (std::size_t i = 0; i < reached.size(); ++i) {
-      for (const std::uint32_t next : targets[reached[i]]) {
-        if (values_[next] == value) continue;
-        assert(values_[next] == Value::open && "no arc leads from OFF to ON");
-        values_[next] = value;
-        reached.push_back(next);
+      for (const std::uint32_t code : neighbours[reached[i]]) {
+        if (sides.values[code] == value) continue;
+        assert(sides.values[code] == Value::open && "no arc leads from OFF to ON");
+        sides.values[code] = value;
+        (value == Value::no ? sides.off : sides.on).add(codes_[code]);
+        reached.push_back(code);
       }
     }
-    side = extended(std::move(side), codes_, std::span(reached).subspan(given));
   }
 
-  std::vector<std::vector<std::uint32_t>> neighbours(bool forwards) const {
-    std::vector<std::vector<std::uint32_t>> result(codes_.size());
-    for (const auto& [from, to] : arcs_) {
-      (forwards ? result[from] : result[to]).push_back(forwards ? to : from);
-    }
-    return result;
+  Sides with(Sides sides, std::uint32_t code, Value value) const {
+    (value == Value::no ? sides.off : sides.on).add(codes_[code]);
+    decide(codes_[code], value, sides);
+    return sides;
   }
 
-  // The connected components of the open codes.
-  void collect_units() {
-    std::vector<std::uint32_t> parent(codes_.size());
-    std::iota(parent.begin(), parent.end(), 0u);
-    const auto root_of = [&parent](std::uint32_t i) {
-      while (parent[i] != i) i = parent[i] = parent[parent[i]];
-      return i;
-    };
-    const auto is_open = [this](std::uint32_t i) { return values_[i] == Value::open; };
-    for (const auto& [from, to] : arcs_) {
-      if (is_open(from) && is_open(to)) parent[root_of(from)] = root_of(to);
-    }
-    std::map<std::uint32_t, std::size_t> unit_of;  // by root
-    for (std::uint32_t i = 0; i < codes_.size(); ++i) {
-      if (!is_open(i)) continue;
-      const auto [found, is_new] = unit_of.emplace(root_of(i), units_.size());
-      if (is_new) units_.emplace_back();
-      units_[found->second].codes.push_back(i);
-    }
-    for (const auto& [from, to] : arcs_) {
-      const std::uint32_t end = is_open(from) ? from : to;
-      if (is_open(end)) ++units_[unit_of.at(root_of(end))].arc_count;
-    }
-  }
-
-  // The cheaper of the covers that come of either value for the unit that hurts most.
-  Cover solve(const Cover& on, const Cover& off) {
+  // The cheaper of the covers that come of either value for the code that hurts most.
+  Cover solve(const Sides& sides) {
     ++calls_;
-    Cover cover = minimise(on, off);
-    const Unit* split = most_split_unit(cover);
-    if (split == nullptr) return cover;
-    Cover without = solve(on, extended(off, codes_, split->codes));
-    // Beyond a number of trials the value that keeps the cover small must do.
-    constexpr std::size_t max_calls = 1000;
+    Cover cover = minimise(sides.on, sides.off);
+    const std::uint32_t worst = worst_rise(cover);
+    if (worst == none) return cover;
+    Cover without = solve(with(sides, worst, Value::no));
+    // Beyond a number of trials, the value that never leads to another rise must do.
+    constexpr std::size_t max_calls = 500;
     if (calls_ > max_calls) return without;
-    Cover with = solve(extended(on, codes_, split->codes), off);
-    return with.literal_count() < without.literal_count() ? with : without;
+    Cover cover_with = solve(with(sides, worst, Value::yes));
+    return cover_with.literal_count() < without.literal_count() ? cover_with : without;
   }
 
-  // Null if the cover gives all codes of each unit one value.
-  const Unit* most_split_unit(const Cover& cover) const {
-    const Unit* worst = nullptr;
-    std::size_t worst_separated = 0;
-    for (const Unit& unit : units_) {
-      const auto covered = static_cast<std::size_t>(std::ranges::count_if(
-          unit.codes, [&](std::uint32_t i) { return covers(cover, codes_[i]); }));
-      const std::size_t separated = std::min(covered, unit.codes.size() - covered);
-      if (separated == 0) continue;
-      const bool is_worse = separated > worst_separated ||
-                            (separated == worst_separated && unit.arc_count > worst->arc_count);
-      if (!is_worse) continue;
-      worst = &unit;
-      worst_separated = separated;
+  // The code at which the cover rises along most arcs; of several, the one with most arcs. `none`
+  // if it never rises. Such a code is free: what comes before one that is true is true.
+  std::uint32_t worst_rise(const Cover& cover) const {
+    std::vector<bool> is_covered(codes_.size());
+    for (std::size_t i = 0; i < codes_.size(); ++i) is_covered[i] = covers(cover, codes_[i]);
+    std::uint32_t worst = none;
+    std::pair<std::size_t, std::size_t> worst_count{0, 0};
+    for (std::uint32_t code = 0; code < codes_.size(); ++code) {
+      if (!is_covered[code]) continue;
+      const auto rises = static_cast<std::size_t>(std::ranges::count_if(
+          previous_[code], [&](std::uint32_t before) { return !is_covered[before]; }));
+      const std::pair count{rises, previous_[code].size() + next_[code].size()};
+      if (rises == 0 || count <= worst_count) continue;
+      worst = code;
+      worst_count = count;
     }
     return worst;
   }
 
-  Cover on_, off_;
+  static constexpr std::uint32_t none = ~std::uint32_t{0};
+
   std::map<Cube, std::uint32_t> numbers_;
-  std::vector<Cube> codes_;    // that have arcs, by number
-  std::vector<Value> values_;  // by code
-  std::vector<Arc> arcs_;
-  std::vector<Unit> units_;
+  std::vector<Cube> codes_;  // that have arcs, by number
+  Neighbours next_, previous_;
+  Sides given_;
   std::size_t calls_ = 0;
 };
 

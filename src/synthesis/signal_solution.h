@@ -37,6 +37,7 @@ class SignalSolution : public Solution {
   virtual void trim(std::size_t first, std::size_t last);
 
   const std::string& name() const { return name_; }
+  const std::vector<std::string>& triggers() const { return triggers_; }
   const SignalImplementation& best() const { return alternatives.front(); }
 
   std::vector<SignalImplementation> alternatives;  // best first, one at least once complete
