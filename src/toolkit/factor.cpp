@@ -2,37 +2,22 @@
 
 #include <algorithm>
 #include <map>
-#include <numeric>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "toolkit/algebra.h"
+#include "toolkit/divisors.h"
 #include "toolkit/factor_tree.h"
 
 namespace vorel {
 namespace {
 
 using Node = FactorTree::Node;
-using Words = std::vector<Word>;
 
 std::size_t literals_of(const PackedCover& cover) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < cover.size(); ++i) count += vorel::literals_of(cover[i]);
   return count;
-}
-
-// The rows in ascending order, one behind the other: alike for the same rows in any order.
-Words sorted_words(const PackedCover& cover) {
-  std::vector<std::size_t> order(cover.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::ranges::sort(order, [&](std::size_t a, std::size_t b) {
-    return std::ranges::lexicographical_compare(cover[a], cover[b]);
-  });
-  Words words;
-  words.reserve(cover.size() * cover.stride());
-  for (const std::size_t i : order) words.insert(words.end(), cover[i].begin(), cover[i].end());
-  return words;
 }
 
 // cube * first * second + rest, as sums of products; no second factor: it is true.
@@ -41,56 +26,6 @@ struct Split {
   PackedCover first, second, rest;
   std::size_t literals = 0;  // as sums of products
 };
-
-// Kernels, and what two kernels have in common: by it the co-kernels of both can be bracketed.
-class Divisors {
- public:
-  explicit Divisors(const PackedCover& cover) : cover_{cover} {}
-  std::vector<PackedCover> run();
-
- private:
-  static constexpr std::size_t most_kernels = 100, most_intersected = 16;
-
-  void add(const PackedCover& divisor);
-  void add_intersection(std::size_t a, std::size_t b);
-
-  const PackedCover& cover_;
-  std::vector<PackedCover> found_;
-  std::vector<Words> words_;  // of the found ones, sorted
-  std::set<Words> known_;
-};
-
-void Divisors::add(const PackedCover& divisor) {
-  Words words = sorted_words(divisor);
-  if (!known_.insert(words).second) return;
-  found_.push_back(divisor);
-  words_.push_back(std::move(words));
-}
-
-void Divisors::add_intersection(std::size_t a, std::size_t b) {
-  PackedCover common(cover_.width());
-  const std::size_t stride = cover_.stride();
-  for (std::size_t i = 0, j = 0; i < words_[a].size() && j < words_[b].size();) {
-    const ConstRow left(words_[a].data() + i, stride), right(words_[b].data() + j, stride);
-    const auto order = std::lexicographical_compare_three_way(left.begin(), left.end(),
-                                                              right.begin(), right.end());
-    if (order == 0) common.add(left);
-    if (order <= 0) i += stride;
-    if (order >= 0) j += stride;
-  }
-  if (common.size() > 1) add(divide_by_cube(common, common_cube(common)));
-}
-
-std::vector<PackedCover> Divisors::run() {
-  for_each_kernel(cover_, [&](const PackedCover& kernel, ConstRow) {
-    if (kernel.size() < cover_.size()) add(kernel);
-    return found_.size() < most_kernels;
-  });
-  const std::size_t kernels = std::min(found_.size(), most_intersected);
-  for (std::size_t i = 0; i < kernels; ++i)
-    for (std::size_t j = i + 1; j < kernels; ++j) add_intersection(i, j);
-  return std::move(found_);
-}
 
 // What is divided is the same, so most likely the factors are too.
 bool are_alike(const Split& a, const Split& b) {
@@ -118,7 +53,7 @@ class Factoring {
 
   FactorTree& tree_;
   const FactorParams& params_;
-  std::map<Words, Node> known_;  // by sorted rows
+  std::map<std::vector<Word>, Node> known_;  // by sorted rows
   std::size_t tried_cubes_ = 0;
   std::size_t depth_ = 0;  // splits around the part at hand
 };
@@ -216,7 +151,7 @@ std::vector<Split> Factoring::splits(const PackedCover& cover) {
   if (!bit) return found;
   found.push_back(split_by_literal(cover, *bit));
   if (cover.size() <= params_.max_cubes_for_kernels)
-    for (const PackedCover& divisor : Divisors(cover).run())
+    for (const PackedCover& divisor : divisors_of(cover))
       found.push_back(split_by_divisor(cover, divisor));
   for (Split& split : found)
     split.literals = vorel::literals_of(split.cube) + literals_of(split.first) +
@@ -258,7 +193,7 @@ Node Factoring::factor_part(const PackedCover& cover) {
 
 // No literal is in all rows.
 Node Factoring::factor_free(const PackedCover& cover) {
-  Words key = sorted_words(cover);
+  std::vector<Word> key = sorted_words(cover);
   if (const auto known = known_.find(key); known != known_.end()) return known->second;
   std::vector<Node> terms;
   for (const PackedCover& part : components(cover))

@@ -1,0 +1,139 @@
+// bench/two_level.cpp - how small and how fast are minimised and factored random functions?
+// Usage: bench_two_level
+// Rows: functions of some variables, each point in ON, in OFF or free by chance. Columns: seconds
+// for all functions (median of five runs), cubes and literals of all results, literals after
+// factoring. "one prime" chooses among one prime for each cube, "repeat" does so again and again
+// from reduced cubes: the ways without a choice among many primes. "exact" is the least there is,
+// up to six variables. Every result is compared with its function; a wrong one ends the program.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "toolkit/exact_minimum.h"
+#include "toolkit/factor.h"
+#include "toolkit/minimise.h"
+#include "toolkit/packed_cover.h"
+#include "toolkit/toolkit_testing.h"
+
+namespace vorel {
+namespace {
+
+struct Family {
+  std::size_t width, on, off;  // chances in percent
+  int functions;
+};
+constexpr Family families[] = {
+    {4, 30, 40, 1000}, {5, 30, 40, 1000}, {6, 10, 10, 1000}, {6, 30, 40, 1000}, {8, 10, 10, 1000},
+    {8, 30, 40, 1000}, {12, 1, 1, 1000},  {12, 5, 5, 100},   {12, 30, 40, 20},
+};
+
+struct Function {
+  Cover on, off;
+};
+
+struct Row {
+  const char* way = "";
+  double minimise_seconds = 0, factor_seconds = 0;
+  CoverCost cost = {};
+  std::size_t factored = 0;
+};
+
+template <class Work>
+double median_seconds(const Work& work) {
+  std::vector<double> seconds;
+  for (int run = 0; run < 5; ++run) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    seconds.push_back(
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+  }
+  std::ranges::sort(seconds);
+  return seconds[2];
+}
+
+// Each point of ON lies in a cube of the result, no point of OFF does.
+bool is_right(const Function& function, const Cover& result) {
+  const PackedCover rows(result), on(function.on), off(function.off);
+  const auto is_covered = [&](ConstRow point) {
+    for (std::size_t i = 0; i < rows.size(); ++i)
+      if (contains(rows[i], point)) return true;
+    return false;
+  };
+  for (std::size_t i = 0; i < on.size(); ++i)
+    if (!is_covered(on[i])) return false;
+  for (std::size_t i = 0; i < off.size(); ++i)
+    if (is_covered(off[i])) return false;
+  return true;
+}
+
+Row measure(const char* way, const std::vector<Function>& functions, const MinimiseParams& params) {
+  Row row;
+  row.way = way;
+  std::vector<Cover> results(functions.size());
+  row.minimise_seconds = median_seconds([&] {
+    for (std::size_t i = 0; i < functions.size(); ++i)
+      results[i] = minimise(functions[i].on, functions[i].off, params);
+  });
+  row.factor_seconds = median_seconds([&] {
+    row.factored = 0;
+    for (const Cover& result : results) row.factored += literal_count(factor(result));
+  });
+  for (std::size_t i = 0; i < functions.size(); ++i) {
+    if (!is_right(functions[i], results[i])) {
+      std::printf("wrong result\n");
+      std::exit(1);
+    }
+    row.cost.cubes += results[i].size();
+    row.cost.literals += results[i].literal_count();
+  }
+  return row;
+}
+
+std::uint64_t word_of(const Cover& points) {
+  std::uint64_t word = 0;
+  const TruthTable table = table_of(points);
+  for (std::size_t p = 0; p < table.size(); ++p) word |= std::uint64_t{table[p]} << p;
+  return word;
+}
+
+CoverCost exact_cost(const std::vector<Function>& functions) {
+  CoverCost sum;
+  for (const auto& [on, off] : functions) {
+    const CoverCost cost = ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
+    sum = {sum.cubes + cost.cubes, sum.literals + cost.literals};
+  }
+  return sum;
+}
+
+void print_family(const Family& family) {
+  RandomCovers random(1);
+  std::vector<Function> functions;
+  while (std::ssize(functions) < family.functions) {
+    auto [on, off] = random.points(family.width, family.on, family.off);
+    if (!on.empty() && !off.empty()) functions.push_back({std::move(on), std::move(off)});
+  }
+  const MinimiseParams one_prime{.max_primes_per_cube = 0, .covering = {.steps_per_row = 0}};
+  MinimiseParams repeat = one_prime;
+  repeat.repeat = true;
+  for (const Row& row :
+       {measure("default", functions, {}), measure("one prime", functions, one_prime),
+        measure("repeat", functions, repeat)})
+    std::printf("%2zu %3zu%% %3zu%% %5d  %-10s %9.3f %9.3f %8zu %8zu %8zu\n", family.width,
+                family.on, family.off, family.functions, row.way, row.minimise_seconds,
+                row.factor_seconds, row.cost.cubes, row.cost.literals, row.factored);
+  if (family.width > 6) return;
+  const CoverCost exact = exact_cost(functions);
+  std::printf("%2zu %3zu%% %3zu%% %5d  %-10s %9s %9s %8zu %8zu\n", family.width, family.on,
+              family.off, family.functions, "exact", "", "", exact.cubes, exact.literals);
+}
+
+}  // namespace
+}  // namespace vorel
+
+int main() {
+  std::printf("%2s %4s %4s %5s  %-10s %9s %9s %8s %8s %8s\n", "n", "ON", "OFF", "count", "way",
+              "minimise", "factor", "cubes", "literals", "factored");
+  for (const vorel::Family& family : vorel::families) vorel::print_family(family);
+}
