@@ -34,3 +34,6 @@ build-bench/bench/bench_reading "${stems[@]}"
 echo
 echo "== Phases of -D"
 build-bench/bench/bench_deadlock_phases "${files[@]}"
+echo
+echo "== Properties of -F and -Fs, before the search"
+build-bench/bench/bench_property_language
