@@ -24,6 +24,13 @@ Cost cost_of(const PackedCover& cover) {
   return cost;
 }
 
+[[maybe_unused]] bool are_disjoint(const PackedCover& a, const PackedCover& b) {
+  for (std::size_t i = 0; i < a.size(); ++i)
+    for (std::size_t j = 0; j < b.size(); ++j)
+      if (intersect(a[i], b[j])) return false;
+  return true;
+}
+
 // One half of each row where the last position is 0, one where it is 1.
 PackedCover split_last_position(const PackedCover& cover) {
   PackedCover halves(cover.width());
@@ -135,6 +142,7 @@ void Minimiser::make_sparse(PackedCover& cover) {
 }
 
 PackedCover Minimiser::run() {
+  assert(are_disjoint(on_, off_));
   if (params_.simplify) on_ = simplify(on_);
   if (params_.setup) on_ = split_last_position(on_);
   remove_contained(on_);

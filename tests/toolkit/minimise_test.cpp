@@ -122,6 +122,29 @@ TEST(Minimise, StaysWithinTwoPercentOfTheSmallestCovers) {
   EXPECT_LE(found.literals * 100, exact.literals * 102);
 }
 
+// Without a choice among primes there is something to gain.
+TEST(Minimise, RepeatingSavesCubesAndMakingSparseSavesLiterals) {
+  const MinimiseParams plain{.max_primes_per_cube = 0, .covering = {.steps_per_row = 0}};
+  MinimiseParams repeat = plain;
+  repeat.repeat = true;
+  MinimiseParams sparse{.make_sparse = true, .covering = {.steps_per_row = 0}};
+  sparse.max_primes = 0;
+  sparse.least_primes_per_cube = 0;
+  MinimiseParams not_sparse = sparse;
+  not_sparse.make_sparse = false;
+  std::size_t cubes = 0, repeated = 0, literals = 0, sparse_literals = 0;
+  for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+    RandomCovers random(seed);
+    const auto [on, off] = random.points(7, 20, 20);
+    cubes += minimise(on, off, plain).size();
+    repeated += minimise(on, off, repeat).size();
+    literals += minimise(on, off, not_sparse).literal_count();
+    sparse_literals += minimise(on, off, sparse).literal_count();
+  }
+  EXPECT_LT(repeated, cubes);
+  EXPECT_LT(sparse_literals, literals);
+}
+
 TEST(Minimise, EmptyOnComesBeforeEmptyOff) {
   EXPECT_EQ(minimise(Cover(3, false), Cover(3, false)), Cover(3, false));
   EXPECT_EQ(minimise(Cover::of({"010"}), Cover(3, false)), Cover(3, true));
