@@ -82,8 +82,9 @@ void run_synthesis(Params params, StgPrefix& prefix) {
   const std::uint64_t start = ticks_now();
   engine.run();
   const std::uint64_t total_ticks = ticks_now() - start;
+  const bool has_equations = !run_failed();
   engine.report();
-  if (run_failed()) return;
+  if (!has_equations) return;
   engine.print_statistics(std::cout);
   print_times(total_ticks);
 }

@@ -132,6 +132,7 @@ void EquationSearch::report() const {
   for (const auto& solution : report_.solutions) {
     solutions.push_back(static_cast<const SignalSolution*>(solution.get()));
   }
+  std::cout.flush();  // the file can be the standard output, by another name
   OutputFile file(file_name);
   if (!file.is_open()) {
     print_warning(cannot_open_for_output(file_name));

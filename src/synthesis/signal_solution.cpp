@@ -42,7 +42,6 @@ void SignalSolution::print(std::ostream& stream) const {
     print_names(stream, alternative.context);
     stream << "\nEquation (" << alternative.cost << " lits): " << to_string(alternative.equation);
   }
-  stream << '\n';
 }
 
 XmlNode* SignalSolution::to_xml(XmlDocument& document) const {

@@ -29,6 +29,7 @@ class SignalSolution : public Solution {
 
   // The first alternative's.
   std::uint64_t cost() const override;
+  // The same on any stream. The last line has no end: what follows begins with one.
   void print(std::ostream& stream) const override;
   XmlNode* to_xml(XmlDocument& document) const override;
 
