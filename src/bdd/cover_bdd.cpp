@@ -2,8 +2,10 @@
 
 #include <utility>
 
+#include "base/memory_overflow.h"
 #include "bdd/bdd_manager.h"
 #include "bdd/cudd_interface.h"
+#include "bdd/irredundant_sum.h"
 #include "toolkit/complement.h"
 #include "toolkit/factor.h"
 #include "toolkit/minimise.h"
@@ -46,6 +48,15 @@ Cover paths_of(const Bdd& f, const std::vector<std::uint32_t>& support) {
   return cover;
 }
 
+// The paths offer more primes to choose from than an irredundant sum, and so end in fewer literals.
+// But there may be exponentially many, and the time of minimising grows faster than their number.
+Cover unminimised_cover(const Bdd& f, const std::vector<std::uint32_t>& support) {
+  constexpr double most_paths = 1000;
+  const double paths = Cudd_CountPathsToNonZero(f.node());
+  if (paths < 0) memory_overflow();
+  return paths <= most_paths ? paths_of(f, support) : irredundant_sum(f, support);
+}
+
 std::vector<std::string> names_of(const std::vector<std::uint32_t>& support,
                                   std::span<const std::string> names) {
   std::vector<std::string> chosen;
@@ -77,7 +88,7 @@ Bdd bdd_of(const Cover& cover, std::span<const Bdd> variables) {
 
 SupportCover cover_of(const Bdd& f) {
   std::vector<std::uint32_t> support = f.support();
-  const Cover on = paths_of(f, support);
+  const Cover on = unminimised_cover(f, support);
   Cover minimised = minimise(on, complement(on));
   return {std::move(minimised), std::move(support)};
 }

@@ -25,8 +25,7 @@ struct SupportCover {
   std::vector<std::uint32_t> support;  // ascending
 };
 
-// A prime and irredundant cover of the function, in cube order. Takes as many cubes on the way as
-// the diagram has paths to true.
+// A prime and irredundant cover of the function, in cube order.
 SupportCover cover_of(const Bdd& f);
 
 // That cover, factored. Variable v is called names[v], or without names "x" and v.

@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "bdd/bdd_cover.h"
+#include "bdd/irredundant_sum.h"
 #include "bdd/truth_tables.h"
 #include "support/seeds.h"
 
@@ -84,6 +85,31 @@ TEST(CoverBdd, AFunctionBecomesAMinimisedCoverAndItsExpression) {
     ASSERT_EQ(expression_table(expression), f.table) << seed;
     ASSERT_EQ(literal_count(f.bdd), literal_count(expression));
     ASSERT_LE(literal_count(f.bdd), form.cover.literal_count());
+  }
+}
+
+TEST(CoverBdd, AFunctionOfMorePathsThanCubesBecomesACoverAllTheSame) {
+  // One cube a pair; each pair more than doubles the paths.
+  constexpr std::uint32_t pairs = 11;
+  std::vector<Bdd> variables;
+  Cover sum(2 * pairs, false);
+  for (std::uint32_t i = 0; i < pairs; ++i) {
+    variables.push_back(bdd_variable(2 * i));
+    variables.push_back(bdd_variable(2 * i + 1));
+    Cube cube(2 * pairs, Ternary::dash);
+    cube.set(2 * i, Ternary::one);
+    cube.set(2 * i + 1, i % 2 == 0 ? Ternary::one : Ternary::zero);
+    sum.add(cube);
+  }
+  sum.sort();
+  EXPECT_EQ(cover_of(bdd_of(sum, variables)).cover, sum);
+
+  for (auto [seed, end] = seeds(30); seed != end; ++seed) {
+    oracle::Random random(seed);
+    const Function f = random_function(random);
+    const std::vector<std::uint32_t> support = f.bdd.support();
+    const Cover cover = irredundant_sum(f.bdd, support);
+    ASSERT_EQ(cover_table(cover, tables_of(support)), f.table) << seed;
   }
 }
 
