@@ -37,3 +37,6 @@ build-bench/bench/bench_deadlock_phases "${files[@]}"
 echo
 echo "== Properties of -F and -Fs, before the search"
 build-bench/bench/bench_property_language
+echo
+echo "== BDDs and covers of 20 variables"
+build-bench/bench/bench_bdd_covers
