@@ -76,12 +76,13 @@ std::set<std::set<std::uint32_t>> event_sets_of(const std::vector<Trace>& traces
   return sets;
 }
 
-// Tries all configurations without cut-offs. In a merged process the occurrences of a place follow
-// each other by their depths.
+// Tries all configurations without cut-offs, or as many as allowed. In a merged process the
+// occurrences of a place follow each other by their depths.
 template <Process P>
-class DeadConfigurations {
+class Configurations {
  public:
-  explicit DeadConfigurations(const P& process) : process_{process} {
+  explicit Configurations(const P& process, std::size_t most = 100'000)
+      : process_{process}, most_{most} {
     Run start{
         std::vector<bool>(process.events.size()), {}, std::vector<int>(process.places.size())};
     for (const auto& c : process.conditions) {
@@ -89,7 +90,8 @@ class DeadConfigurations {
     }
     explore(start);
   }
-  std::size_t count() const { return count_; }
+  std::size_t count() const { return seen_.size(); }
+  std::size_t dead_count() const { return dead_count_; }
 
  private:
   struct Run {
@@ -106,10 +108,10 @@ class DeadConfigurations {
   }
 
   void explore(const Run& run) {
-    if (!seen_.insert(run.fired).second) return;
+    if (seen_.size() >= most_ || !seen_.insert(run.fired).second) return;
     Marking marking(process_.places.size());
     for (const std::uint32_t c : run.cut) marking[process_.conditions[c]->place->index] = true;
-    count_ += oracle::is_dead<typename P::NetType>(process_, marking) ? 1 : 0;
+    dead_count_ += oracle::is_dead<typename P::NetType>(process_, marking) ? 1 : 0;
     for (const auto& event : process_.events) {
       const auto is_there = [&run](const auto* c) { return run.cut.contains(c->index); };
       if (event->is_cut_off() || !std::ranges::all_of(event->preset, is_there)) continue;
@@ -122,8 +124,9 @@ class DeadConfigurations {
   }
 
   const P& process_;
+  const std::size_t most_;
   std::set<std::vector<bool>> seen_;
-  std::size_t count_ = 0;
+  std::size_t dead_count_ = 0;
 };
 
 Params params_with(const std::vector<std::pair<const char*, int>>& options) {
@@ -178,7 +181,7 @@ void expect_right_answers(const P& process, const Truth& truth) {
 
 template <Process P>
 void expect_all_solutions(const P& process, const Truth& truth) {
-  const std::size_t expected = DeadConfigurations<P>(process).count();
+  const std::size_t expected = Configurations<P>(process).dead_count();
   for (Options options : encodings<P>()) {
     options.emplace_back("all_solutions", -1);
     const Probe<P> all(process, params_with(options));
@@ -301,6 +304,39 @@ TEST(DeadlockCheck, AgreesWithTheStateGraphWhereMuchIsMerged) {
   }
   EXPECT_EQ(with_deadlock, 3u);
   EXPECT_EQ(testing::internal::GetCapturedStderr().find("check failed"), std::string::npos);
+}
+
+// Lists all configurations.
+class Lister : public SearchEngine<NetMergedProcess> {
+ public:
+  Lister(const NetMergedProcess& process, const Params& params)
+      : SearchEngine(process, params, {"some", "none"}) {
+    run();
+    for (const auto& solution : found().solutions) EXPECT_TRUE(validate(*solution));
+  }
+  std::size_t count() const { return found().solutions.size(); }
+
+ protected:
+  void encode(ClauseGroup group) override { encode_configuration(configuration(0), group); }
+};
+
+// Among them are nets with sets of events that can fire, but not in the order of the depths.
+TEST(DeadlockCheck, ConfigurationsOfAMergedProcessAreTheSetsThatFireInTheOrderOfTheDepths) {
+  const auto [first, end] = seeds(30);
+  testing::internal::CaptureStderr();
+  for (std::uint64_t seed = 250 + first; seed < 250 + end; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const auto merged = merge(*oracle::unfold(oracle::random_net(seed)));
+    constexpr std::size_t most = 400;
+    const std::size_t expected = Configurations<NetMergedProcess>(merged, most).count();
+    if (expected == most) continue;
+    for (const int in_steps : {0, 1}) {
+      const Params params =
+          params_with({{"all_solutions", -1}, {"incremental_acyclic_constraint", in_steps}});
+      EXPECT_EQ(Lister(merged, params).count(), expected);
+    }
+  }
+  testing::internal::GetCapturedStderr();
 }
 
 // So many rivals that their constraints share what they have in common.
