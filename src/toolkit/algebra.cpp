@@ -90,6 +90,7 @@ std::vector<Word> common_cube(const PackedCover& cover) {
 }
 
 PackedCover divide_by_cube(const PackedCover& cover, ConstRow cube) {
+  assert(cube.size() == cover.stride());
   PackedCover quotient(cover.width());
   for (std::size_t i = 0; i < cover.size(); ++i) {
     if (!contains(cube, cover[i])) continue;

@@ -71,6 +71,7 @@ void LocalSearch::change_gains(std::uint32_t row, std::int64_t by, bool chosen) 
 }
 
 void LocalSearch::add(std::uint32_t column) {
+  assert(!columns_[column].chosen);
   weight_ += problem_.weights[column];
   columns_[column].changed = step_;
   for (const std::uint32_t r : rows_of_[column]) {
@@ -89,6 +90,7 @@ void LocalSearch::add(std::uint32_t column) {
 }
 
 void LocalSearch::remove(std::uint32_t column) {
+  assert(columns_[column].chosen);
   weight_ -= problem_.weights[column];
   columns_[column].changed = step_;
   columns_[column].chosen = false;
@@ -152,6 +154,7 @@ void LocalSearch::drop_needless() {
 }
 
 void LocalSearch::record() {
+  assert(uncovered_.empty());
   if (weight_ >= best_weight_) return;
   best_weight_ = weight_;
   best_ = chosen_;

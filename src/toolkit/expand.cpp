@@ -38,6 +38,7 @@ void Expander::block(ConstRow row) {
   for (std::size_t i = 0; i < off_.size(); ++i) {
     const Row conflict = blocking_.add_full();
     for (std::size_t k = 0; k < row.size(); ++k) conflict[k] = empty_positions(row[k] & off_[i][k]);
+    assert(size_of(conflict) != 0 && "the cube meets the OFF-set");
   }
   literals_.resize(row.size());
   for (std::size_t k = 0; k < row.size(); ++k) literals_[k] = literal_positions(row[k]);

@@ -220,7 +220,9 @@ LogicExpr factor(const Cover& cover, std::span<const std::string> names, bool in
   PackedCover rows(cover);
   remove_contained(rows);
   FactorTree tree;
-  return tree.expression(Factoring(tree, params).factor(rows), names, inverted);
+  const Node root = Factoring(tree, params).factor(rows);
+  assert(tree.literals(root) <= literals_of(rows));
+  return tree.expression(root, names, inverted);
 }
 
 }  // namespace vorel

@@ -9,6 +9,7 @@
 #include "toolkit/expand.h"
 #include "toolkit/irredundant.h"
 #include "toolkit/reduce.h"
+#include "toolkit/tautology.h"
 
 namespace vorel {
 namespace {
@@ -29,6 +30,15 @@ Cost cost_of(const PackedCover& cover) {
     for (std::size_t j = 0; j < b.size(); ++j)
       if (intersect(a[i], b[j])) return false;
   return true;
+}
+
+// What every result has to be, by means that the search does not use.
+[[maybe_unused]] bool is_between(const PackedCover& on, const PackedCover& result,
+                                 const PackedCover& off) {
+  TautologyCheck check(on.width());
+  for (std::size_t i = 0; i < on.size(); ++i)
+    if (!check.contains_cube(result, on[i])) return false;
+  return are_disjoint(result, off);
 }
 
 // One half of each row where the last position is 0, one where it is 1.
@@ -151,6 +161,7 @@ PackedCover Minimiser::run() {
   PackedCover cover = choose();
   if (params_.repeat) improve(cover);
   if (params_.make_sparse) make_sparse(cover);
+  assert(is_between(on_, cover, off_));
   return cover;
 }
 

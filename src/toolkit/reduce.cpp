@@ -38,6 +38,7 @@ void Reducer::join_uncovered(std::size_t first, Row cube) {
 }
 
 bool Reducer::reduce(const PackedCover& cover, std::size_t i, std::vector<Word>& reduced) {
+  assert(i < cover.size() && cover.width() == on_.width());
   joined_.assign(cover.stride(), 0);
   std::vector<Word> common(cover.stride());
   for (std::size_t j = 0; j < on_.size(); ++j) {

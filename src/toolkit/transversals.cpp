@@ -129,6 +129,7 @@ bool TransversalSearch::search(std::size_t depth, const Level& level) {
 }
 
 void TransversalSearch::for_each(const Visit& visit) {
+  assert(visit && branches_.empty() && "a search within the visit of another");
   remove_supersets();
   index_sets();
   visit_ = &visit;
