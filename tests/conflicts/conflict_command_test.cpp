@@ -1,0 +1,171 @@
+// -C, -U and -N from file to answer: the examples, whose answers are known, and all messages.
+#include <gtest/gtest.h>
+
+#include "oracle/parse_g.h"
+#include "oracle/reference_unfolder.h"
+#include "oracle/write_files.h"
+#include "support/run_program.h"
+
+namespace vorel {
+namespace {
+
+struct ExampleRow {
+  const char* name;
+  int usc_cost, csc_cost;   // of the cheapest conflict, -1: there is none
+  const char* csc_signals;  // that are in some conflict, with blanks around
+  bool is_normal;
+};
+
+constexpr ExampleRow example_table[] = {
+    {"celement", -1, -1, "", true},           {"vme_read", 12, 12, " d lds ", false},
+    {"vme_read_csc", -1, -1, "", false},      {"toggle", -1, -1, "", false},
+    {"sequencer", 6, 6, " ar br pa ", false}, {"fork_join", -1, -1, "", true},
+    {"latch_ctrl", -1, -1, "", false},        {"mutex2", -1, -1, "", false},
+    {"dummy_fork", 5, 9, " done ", false},    {"muller3", -1, -1, "", false},
+};
+
+class Examples : public testing::TestWithParam<ExampleRow> {
+ protected:
+  void expect(const char* mode, const char* option, const std::string& text) const {
+    const auto run = run_vorel({mode, option, example(std::string(GetParam().name) + ".unf.pnml")});
+    EXPECT_EQ(run.exit_code, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    EXPECT_NE(run.out.find(text), std::string::npos) << mode << " " << option << "\n" << run.out;
+    if (mode != std::string("-C") || GetParam().csc_cost < 0) return;
+    const std::string label = "\nConflict for signal ";
+    const std::size_t start = run.out.find(label) + label.size();
+    const std::string signal = run.out.substr(start, run.out.find('\n', start) - start);
+    EXPECT_NE(std::string(GetParam().csc_signals).find(" " + signal + " "), std::string::npos);
+  }
+};
+
+TEST_P(Examples, HaveTheirKnownAnswers) {
+  const ExampleRow& row = GetParam();
+  const auto cost = [](int least) { return "total cost of all paths: " + std::to_string(least); };
+  for (const char* option : {"-m1", "-m2", "-v0", "-l-", "-a", "-a1", "-!", "-@", "-f"}) {
+    expect(
+        "-U", option,
+        row.usc_cost < 0 ? "\nthere are no USC conflicts\n" : "\nUSC conflict has been detected\n");
+    expect(
+        "-C", option,
+        row.csc_cost < 0 ? "\nthere are no CSC conflicts\n" : "\nCSC conflict has been detected\n");
+    expect("-N", option,
+           row.is_normal ? "\nthere are no normalcy violations\n" : "\nnormalcy is violated\n");
+  }
+  if (row.usc_cost >= 0) expect("-U", "-f", cost(row.usc_cost));
+  if (row.csc_cost >= 0) expect("-C", "-f", cost(row.csc_cost));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Examples, testing::ValuesIn(example_table),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// The document of an example, with the traces left empty.
+std::string document_of(const char* mode, const char* name) {
+  const TemporaryFolder folder;
+  const std::string file = folder.path("result.xml");
+  EXPECT_EQ(run_vorel({mode, example(std::string(name) + ".unf.pnml"), file}).exit_code, 0);
+  std::string text, document = read_text(file);
+  for (std::size_t start = 0; start < document.size();) {
+    const std::size_t end = document.find('\n', start) + 1;
+    const std::string line = document.substr(start, end - start);
+    if (line.find("<step ") == std::string::npos) text += line.substr(line.find_first_not_of('\t'));
+    start = end;
+  }
+  return text;
+}
+
+std::string document_with(const std::string& message, const std::string& solution) {
+  return "<result status=\"success\" message=\"" + message + "\">\n<solutions>\n<solution " +
+         solution + "</solution>\n</solutions>\n</result>\n\n";
+}
+
+TEST(ConflictDocument, TellsTheKindOfEachConflict) {
+  const std::string trace = "<trace>\n</trace>\n", triggers = "<triggers>\n</triggers>\n";
+  EXPECT_EQ(document_of("-C", "vme_read"),
+            document_with("CSC conflict has been detected",
+                          "cost=\"12\" signal=\"d\" message=\"CSC conflict for signal d\">\n" +
+                              trace + trace));
+  EXPECT_EQ(document_of("-U", "vme_read"),
+            document_with("USC conflict has been detected", "cost=\"12\">\n" + trace + trace));
+  const auto normalcy = [](const std::string& signal, const std::string& rest) {
+    return document_with("normalcy is violated", "signal=\"" + signal + "\" cost=\"" + rest);
+  };
+  EXPECT_EQ(document_of("-N", "vme_read"),
+            normalcy("lds",
+                     "12\" reason=\"mixed_triggers\" normalcy_type_hypothesis=\"?\" "
+                     "message=\"Normalcy violation due to different triggers' signs "
+                     "for signal lds\">\n" +
+                         trace + triggers));
+  EXPECT_EQ(document_of("-N", "toggle"),
+            normalcy("a",
+                     "8\" reason=\"contradictious_hypotheses\" normalcy_type_hypothesis=\"?\" "
+                     "message=\"Normalcy violation due to contradictious normalcy type "
+                     "hypotheses for signal a; the two traces show violations of p- and "
+                     "n-normalcy correspondingly\">\n" +
+                         trace + triggers + trace + triggers));
+  EXPECT_EQ(document_of("-N", "dummy_fork"),
+            normalcy("done",
+                     "14\" reason=\"CSC_conflict\" normalcy_type_hypothesis=\"p\" "
+                     "message=\"Normalcy violation due to a CSC conflict for signal "
+                     "done\">\n" +
+                         trace + trace));
+  EXPECT_EQ(document_of("-N", "mutex2"),
+            normalcy("g1",
+                     "6\" reason=\"other\" normalcy_type_hypothesis=\"n\" "
+                     "message=\"Normalcy violation for signal g1: n-normalcy is violated "
+                     "according to the first trace, p-normalcy is violated according to the "
+                     "other two traces\">\n" +
+                         trace + triggers + trace + trace));
+}
+
+struct MessageRow {
+  const char* circuit;
+  std::vector<std::string> arguments;
+  int exit_code;
+  const char* message;
+};
+
+TEST(ConflictCommand, TellsWhatMakesItsAnswersDoubtful) {
+  const char* const dead =
+      ".inputs a\n.outputs x\n.graph\na+ a-\na- a+\n.marking { <a-,a+> }\n.end\n";
+  const char* const cut_dummy =
+      ".outputs x\n.dummy d\n.graph\nx+ x-\nx- d\nd x+\n.marking { <d,x+> }\n.end\n";
+  const char* const choice =
+      ".inputs a b\n.outputs x\n.graph\np a+ b+\na+ x+\nb+ x+/1\nx+ a-\nx+/1 b-\na- x-\nb- x-/1\n"
+      "x- p\nx-/1 p\n.marking { p }\n.end\n";
+  const MessageRow table[] = {
+      {dead, {"-N"}, 2, "\nError: cannot make a hyphothesis about the normalcy type of x\n"},
+      {cut_dummy,
+       {"-C"},
+       1,
+       "\nWarning: there are dummy cut-offs; the result will not be reliable\n"},
+      {cut_dummy,
+       {"-N", "-f"},
+       1,
+       "\nWarning: there are dummy cut-offs; the result will not be reliable\n"},
+      {choice,
+       {"-U", "-l+"},
+       1,
+       "\nWarning: +l is valid only for (dynamically) conflict-free nets; the result may be "
+       "incorrect\n"},
+      {choice, {"-U", "-l-"}, 0, ""},
+  };
+  for (const MessageRow& row : table) {
+    const TemporaryFolder folder;
+    auto arguments = row.arguments;
+    arguments.push_back(folder.write(
+        "net.pnml", oracle::pnml_text(*oracle::unfold(oracle::parse_g(row.circuit).value()))));
+    const auto run = run_vorel(arguments);
+    EXPECT_EQ(run.exit_code, row.exit_code) << row.circuit << run.out << run.err;
+    EXPECT_NE(run.err.find(row.message), std::string::npos) << run.err;
+    const std::string message = row.message;
+    if (message.empty()) {
+      EXPECT_EQ(run.err, "");
+    } else {
+      EXPECT_EQ(run.err.find(message), run.err.rfind(message)) << "told twice";
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vorel
