@@ -15,19 +15,21 @@ std::vector<int> zero_inputs(const Support& support) {
   return std::vector<int>(support.empty() ? 0 : std::size_t{support.back()} + 1, 0);
 }
 
-// The first assignment to the support that satisfies the function, which is not false.
-std::vector<int> first_satisfying(Bdd f, const Support& support) {
-  assert(!f.is_false());
+// The first assignment to the support at which the functions differ, which they do somewhere. Their
+// exclusive or would tell as well, but may be far larger than both.
+std::vector<int> first_difference(Bdd a, Bdd b, const Support& support) {
+  assert(!(a == b));
   std::vector<int> inputs = zero_inputs(support);
   for (const std::uint32_t index : support) {
-    if (f.is_true()) break;
-    const Bdd variable = bdd_variable(index);
-    Bdd without = cofactor(f, ~variable);
-    if (without.is_false()) {
+    const Bdd variable = bdd_variable(index), complement = ~variable;
+    Bdd a_without = cofactor(a, complement), b_without = cofactor(b, complement);
+    if (a_without == b_without) {
       inputs[index] = 1;
-      f = cofactor(f, variable);
+      a = cofactor(a, variable);
+      b = cofactor(b, variable);
     } else {
-      f = std::move(without);
+      a = std::move(a_without);
+      b = std::move(b_without);
     }
   }
   return inputs;
@@ -41,7 +43,7 @@ bool Bdd::operator<(const Bdd& other) const {
   const Support own = support(), others = other.support();
   if (own.size() != others.size()) return own.size() < others.size();
   if (own != others) return own < others;
-  const std::vector<int> inputs = first_satisfying(*this ^ other, own);
+  const std::vector<int> inputs = first_difference(*this, other, own);
   return other.evaluate(inputs);
 }
 
