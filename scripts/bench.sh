@@ -35,6 +35,19 @@ echo
 echo "== Phases of -D"
 build-bench/bench/bench_deadlock_phases "${files[@]}"
 echo
+echo "== Phases of -C"
+circuits=()
+for circuit in "fork_join 1000" "handshakes 1000" "handshakes 5000" "ring 200"; do
+  stem=$data/${circuit/ /-}
+  if [ ! -f "$stem.unf.pnml" ]; then
+    # shellcheck disable=SC2086 # family and size
+    build-bench/bench/make_circuit $circuit >"$stem.g"
+    build-bench/vorel-unfold "$stem.g" "$stem.unf.pnml" >/dev/null
+  fi
+  circuits+=("$stem.unf.pnml")
+done
+build-bench/bench/bench_conflict_phases "${circuits[@]}"
+echo
 echo "== Properties of -F and -Fs, before the search"
 build-bench/bench/bench_property_language
 echo
