@@ -1,14 +1,15 @@
 // bench/two_level.cpp - how small and how fast are minimised and factored random functions?
 // Usage: bench_two_level
 // Rows: functions of some variables, each point in ON, in OFF or free by chance. Columns: seconds
-// for all functions (median of five runs), cubes and literals of all results, literals after
-// factoring. "one prime" chooses among one prime for each cube, "repeat" does so again and again
-// from reduced cubes: the ways without a choice among many primes. "exact" is the least there is,
-// up to six variables. Every result is compared with its function; a wrong one ends the program.
+// of processor time for all functions (median of five runs), cubes and literals of all results,
+// literals after factoring. "one prime" chooses among one prime for each cube, "repeat" does so
+// again and again from reduced cubes: the ways without a choice among many primes. "exact" is the
+// least there is, up to six variables. Every result is compared with its function; a wrong one ends
+// the program.
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <vector>
 
 #include "toolkit/exact_minimum.h"
@@ -44,10 +45,9 @@ template <class Work>
 double median_seconds(const Work& work) {
   std::vector<double> seconds;
   for (int run = 0; run < 5; ++run) {
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     work();
-    seconds.push_back(
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    seconds.push_back(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
   }
   std::ranges::sort(seconds);
   return seconds[2];
@@ -123,6 +123,7 @@ void print_family(const Family& family) {
     std::printf("%2zu %3zu%% %3zu%% %5d  %-10s %9.3f %9.3f %8zu %8zu %8zu\n", family.width,
                 family.on, family.off, family.functions, row.way, row.minimise_seconds,
                 row.factor_seconds, row.cost.cubes, row.cost.literals, row.factored);
+  std::fflush(stdout);
   if (family.width > 6) return;
   const CoverCost exact = exact_cost(functions);
   std::printf("%2zu %3zu%% %3zu%% %5d  %-10s %9s %9s %8zu %8zu\n", family.width, family.on,
