@@ -13,8 +13,8 @@ namespace vorel {
 namespace {
 
 // How much of the graph is walked before the rest is left to refinement.
-constexpr std::uint64_t walks_per_arc = 64;
-constexpr std::uint64_t always_walked = 100'000;
+constexpr std::uint64_t walks_per_arc = 32;
+constexpr std::uint64_t always_walked = 200'000;
 
 }  // namespace
 
