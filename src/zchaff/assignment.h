@@ -31,7 +31,7 @@ class Assignment {
   ClauseRef reason(Variable v) const { return places_[index_of(v)].reason; }
   // Of a variable at level 0.
   GroupSet fact_groups(Variable v) const { return fact_groups_[index_of(v)]; }
-  // The sign that the variable had last.
+  // With the sign that the variable had last [PD-2007].
   Literal preferred(Variable v) const { return Literal(v, negated_before_[index_of(v)] != 0); }
 
   void open_level() { starts_.push_back(static_cast<std::uint32_t>(trail_.size())); }

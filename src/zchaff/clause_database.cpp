@@ -5,8 +5,6 @@
 namespace vorel::zchaff {
 namespace {
 
-constexpr std::uint32_t kept_glue = 2;  // such clauses are kept for good
-
 // A fact that lasts as long as the clause makes it superfluous.
 bool is_satisfied_for_good(const Clause& clause, const Assignment& assignment) {
   return std::ranges::any_of(clause.literals(), [&](Literal literal) {
@@ -73,13 +71,14 @@ void ClauseDatabase::drop_satisfied(const Assignment& assignment) {
       if (arena_[ref].is_learnt() && is_satisfied_for_good(arena_[ref], assignment)) drop(ref);
 }
 
-// Clauses that were of use pay for staying.
+// Clauses that were of use pay for staying. None is kept for good: over many solves those would
+// pile up.
 void ClauseDatabase::collect_candidates() {
   candidates_.clear();
   for (const std::vector<ClauseRef>& list : lists_)
     for (const ClauseRef ref : list) {
       Clause& clause = arena_[ref];
-      if (!clause.is_learnt() || clause.is_garbage() || clause.glue() <= kept_glue) continue;
+      if (!clause.is_learnt() || clause.is_garbage()) continue;
       if (clause.credit() > 0) {
         clause.set_credit(clause.credit() - 1);
       } else {

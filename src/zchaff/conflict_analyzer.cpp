@@ -5,11 +5,10 @@
 namespace vorel::zchaff {
 namespace {
 
-// A clause that takes part in a conflict survives the next reduction, one of small glue the next
-// two.
-constexpr std::uint32_t small_glue = 6;
-constexpr std::uint32_t usual_credit = 1, small_glue_credit = 2;
-constexpr std::uint32_t least_glue = 2;  // never dropped, so not worth counting again
+constexpr std::uint32_t most_credit = 3;
+
+// The reductions that a clause survives after it took part in a conflict.
+std::uint32_t credit_for(std::uint32_t glue) { return glue <= 2 ? most_credit : glue <= 6 ? 2 : 1; }
 
 }  // namespace
 
@@ -31,10 +30,10 @@ std::uint32_t ConflictAnalyzer::count_levels(std::span<const Literal> literals) 
 }
 
 void ConflictAnalyzer::reward(Clause& clause) {
-  if (clause.glue() <= least_glue) return;
+  if (clause.credit() == most_credit) return;
   const std::uint32_t glue = count_levels(clause.literals());
   if (glue < clause.glue()) clause.set_glue(glue);
-  clause.set_credit(clause.glue() <= small_glue ? small_glue_credit : usual_credit);
+  clause.set_credit(credit_for(clause.glue()));
 }
 
 // Returns the number of new literals at the current level; those below enter the learnt clause.
