@@ -1,0 +1,267 @@
+// bench/sat_solvers.cpp - how does the core with native groups compare with MiniSat?
+// Usage: bench_sat_solvers FILE.cnf...   (formulas stored by `vorel -s`)
+// A row per formula and question: the median seconds of five runs of both solvers and their ratio.
+//   solve      the formula is solved once
+//   enumerate  models are excluded by clauses in a group, up to 1000; then the group is deleted and
+//              all begins again, three times
+// The files are asked both; some hard formulas of our own encoders are solved. Seconds are those of
+// the processor. Before the table: the memory of the process after 100, 1000 and 10,000 rounds of
+// making, filling, solving and deleting a group. Models are checked, answers compared.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <optional>
+#include <random>
+#include <string>
+
+#include "sat/cnf_formula.h"
+#include "sat/integer_circuit.h"
+#include "sat/minisat_solver.h"
+#include "sat/zchaff_solver.h"
+
+namespace vorel {
+namespace {
+
+constexpr int runs = 5;
+constexpr int most_models = 1000, rounds = 3;
+
+struct Formula {
+  std::uint32_t variables = 0;
+  std::vector<Lits> clauses;
+};
+
+std::optional<Formula> read_dimacs(const std::string& name) {
+  std::ifstream file(name);
+  std::string p, cnf;
+  std::size_t count = 0;
+  Formula formula;
+  if (!(file >> p >> cnf >> formula.variables >> count)) return std::nullopt;
+  Lits clause;
+  for (long number = 0; file >> number;) {
+    if (number != 0) {
+      const Var variable{static_cast<std::uint32_t>(std::labs(number)) - 1};
+      clause.push_back(Lit(variable, number < 0));
+    } else {
+      formula.clauses.push_back(clause);
+      clause.clear();
+    }
+  }
+  return formula;
+}
+
+// Formulas that are hard for their size, by our own encoders.
+
+Formula formula_of(const CnfFormula& built) {
+  Formula formula{built.solver().num_vars(), {}};
+  built.solver().visit_clauses([&](std::span<const Lit> clause) {
+    formula.clauses.emplace_back(clause.begin(), clause.end());
+  });
+  return formula;
+}
+
+Lits decided(CnfFormula& formula, std::uint32_t count) {
+  Lits lits;
+  for (std::uint32_t i = 0; i < count; ++i) lits.emplace_back(formula.new_var(false), false);
+  return lits;
+}
+
+// A number as the product of two of `width` bits, neither of them 1.
+Formula factors(std::uint64_t number, std::uint32_t width) {
+  CnfFormula formula{CnfParams{}};
+  IntegerCircuit circuit(formula);
+  const Lits x = decided(formula, width), y = decided(formula, width);
+  std::vector<Lits> rows;
+  for (std::uint32_t i = 0; i < width; ++i) {
+    rows.emplace_back(i, LitFalse);
+    for (const Lit bit : x)
+      rows.back().push_back(formula.make_gate(Gate(GateAnd, {bit, y[i]}), PermanentGroup));
+  }
+  circuit.assert_equal(circuit.sum(rows, PermanentGroup), number, PermanentGroup);
+  circuit.assert_greater(x, 1, PermanentGroup);
+  circuit.assert_greater(y, 1, PermanentGroup);
+  circuit.assert_not_greater(x, y, PermanentGroup);
+  return formula_of(formula);
+}
+
+// One pigeon more than holes.
+Formula pigeons(std::uint32_t hole_count) {
+  CnfFormula formula{CnfParams{}};
+  std::vector<Lits> holes(hole_count);
+  for (std::uint32_t pigeon = 0; pigeon <= hole_count; ++pigeon) {
+    const Lits places = decided(formula, hole_count);
+    formula.add_clause(places, PermanentGroup);
+    for (std::uint32_t h = 0; h < hole_count; ++h) holes[h].push_back(places[h]);
+  }
+  for (const Lits& hole : holes) formula.add_at_most_one(hole, PermanentGroup);
+  return formula_of(formula);
+}
+
+// A random graph with three edges per node, covered by at most `size` nodes.
+Formula cover(std::uint32_t nodes, std::uint64_t size) {
+  CnfFormula formula{CnfParams{}};
+  std::mt19937 random(5);
+  const Lits chosen = decided(formula, nodes);
+  for (std::uint32_t i = 0; i < 3 * nodes; ++i) {
+    const auto a = random() % nodes, b = random() % nodes;
+    if (a != b) formula.add_binary(chosen[a], chosen[b], PermanentGroup);
+  }
+  IntegerCircuit circuit(formula);
+  circuit.assert_at_most(circuit.count_ones(chosen, PermanentGroup), size, PermanentGroup);
+  return formula_of(formula);
+}
+
+void load(SatSolver& solver, const Formula& formula) {
+  for (std::uint32_t v = 0; v < formula.variables; ++v) solver.freeze(solver.new_var(false), true);
+  for (const Lits& clause : formula.clauses) solver.add_clause(clause, PermanentGroup);
+}
+
+bool is_true(const SatSolver& solver, Lit lit) {
+  return solver.value(lit.variable()) == (lit.negated() ? ModelValue::no : ModelValue::yes);
+}
+
+bool is_model(const SatSolver& solver, const Formula& formula) {
+  return std::ranges::all_of(formula.clauses, [&](const Lits& clause) {
+    return std::ranges::any_of(clause, [&](Lit lit) { return is_true(solver, lit); });
+  });
+}
+
+struct Result {
+  double seconds = 0;
+  long answer = 0;  // what both solvers must agree on
+  bool checked = true;
+};
+
+double seconds_since(std::clock_t start) {
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+Result solve_once(SatSolver& solver, const Formula& formula) {
+  load(solver, formula);
+  const std::clock_t start = std::clock();
+  const bool sat = solver.solve(true, true) == SolveStatus::sat;
+  return {seconds_since(start), sat, !sat || is_model(solver, formula)};
+}
+
+// On the variables from 0 to `width` - 1.
+int exclude_models(SatSolver& solver, std::uint32_t width, ClauseGroup group) {
+  int models = 0;
+  Lits clause;
+  while (models < most_models && solver.solve(true, true) == SolveStatus::sat) {
+    ++models;
+    clause.clear();
+    for (std::uint32_t v = 0; v < width; ++v) {
+      const Lit lit(Var{v}, false);
+      clause.push_back(is_true(solver, lit) ? ~lit : lit);
+    }
+    solver.add_clause(clause, group);
+  }
+  return models;
+}
+
+Result enumerate(SatSolver& solver, const Formula& formula) {
+  load(solver, formula);
+  const std::clock_t start = std::clock();
+  Result result;
+  for (int round = 0; round < rounds; ++round) {
+    const ClauseGroup group = solver.new_group();
+    result.answer += exclude_models(solver, formula.variables, group);
+    solver.delete_group(group);
+  }
+  result.seconds = seconds_since(start);
+  return result;
+}
+
+using Question = Result (*)(SatSolver&, const Formula&);
+
+template <class Solver>
+Result median_of_runs(const Formula& formula, Question question) {
+  std::vector<Result> results;
+  for (int run = 0; run < runs; ++run) {
+    Solver solver;
+    results.push_back(question(solver, formula));
+  }
+  std::ranges::sort(results, {}, &Result::seconds);
+  return results[runs / 2];
+}
+
+void compare(const std::string& name, const char* title, const Formula& formula,
+             Question question) {
+  const Result own = median_of_runs<ZChaffSolver>(formula, question);
+  const Result other = median_of_runs<MiniSatSolver>(formula, question);
+  const bool good = own.checked && other.checked && own.answer == other.answer;
+  std::printf("%-32s %-10s %8u %8zu %9.4f %9.4f %7.2f %7ld  %s\n", name.c_str(), title,
+              formula.variables, formula.clauses.size(), own.seconds, other.seconds,
+              own.seconds / other.seconds, own.answer, good ? "checked" : "WRONG");
+  std::fflush(stdout);
+}
+
+long resident_kilobytes() {
+  long total = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> total >> resident;
+  return resident * sysconf(_SC_PAGESIZE) / 1024;
+}
+
+// A permanent part that is easy, and groups that make it hard for a moment.
+void measure_memory() {
+  constexpr std::uint32_t variables = 100;
+  std::mt19937 random(1);
+  ZChaffSolver solver;
+  for (std::uint32_t v = 0; v < variables; ++v) solver.new_var(false);
+  const auto add = [&](int count, ClauseGroup group) {
+    for (int i = 0; i < count; ++i) {
+      Lits clause;
+      for (int k = 0; k < 3; ++k)
+        clause.push_back(Lit::from_code(static_cast<std::uint32_t>(random() % (2 * variables))));
+      solver.add_clause(clause, group);
+    }
+  };
+  add(300, PermanentGroup);
+  for (int round = 1; round <= 10000; ++round) {
+    const ClauseGroup group = solver.new_group();
+    add(120, group);
+    solver.solve(true, true);
+    solver.delete_group(group);
+    if (round != 100 && round != 1000 && round != 10000) continue;
+    const zchaff::CoreStats stats = solver.core().stats();
+    std::printf("%6d rounds of a group: %ld kB, %llu conflicts, %llu learnt clauses left\n", round,
+                resident_kilobytes(), static_cast<unsigned long long>(stats.conflicts),
+                static_cast<unsigned long long>(stats.learnt_clauses));
+  }
+}
+
+void compare_on_hard_formulas() {
+  compare("factors of a product, 18 bits", "solve", factors(196613ull * 200003, 18), solve_once);
+  compare("factors of a prime, 17 bits", "solve", factors(8589934583, 17), solve_once);
+  compare("9 pigeons, 8 holes", "solve", pigeons(8), solve_once);
+  compare("10 pigeons, 9 holes", "solve", pigeons(9), solve_once);
+  compare("cover of 70 nodes by 41", "solve", cover(70, 41), solve_once);
+  compare("cover of 70 nodes by 44", "solve", cover(70, 44), solve_once);
+  compare("cover of 70 nodes by 45", "enumerate", cover(70, 45), enumerate);
+}
+
+void compare_on_file(const std::string& name) {
+  const std::optional<Formula> formula = read_dimacs(name);
+  if (!formula) {
+    std::printf("%-32s not read\n", name.c_str());
+    return;
+  }
+  compare(name, "solve", *formula, solve_once);
+  compare(name, "enumerate", *formula, enumerate);
+}
+
+}  // namespace
+}  // namespace vorel
+
+int main(int argc, char** argv) {
+  using namespace vorel;
+  measure_memory();
+  std::printf("%-32s %-10s %8s %8s %9s %9s %7s %7s\n", "input", "question", "vars", "clauses",
+              "own", "minisat", "ratio", "answer");
+  compare_on_hard_formulas();
+  for (int i = 1; i < argc; ++i) compare_on_file(argv[i]);
+  return 0;
+}
