@@ -100,7 +100,12 @@ inline constexpr std::size_t reach_op_count = static_cast<std::size_t>(ReachOp::
 // How a prefix, binary or binding operator is written; empty for those with a form of their own.
 std::string_view spelling_of(ReachOp op);
 
+// Sanitizers make the frames of functions many times larger.
+#ifdef VOREL_SANITIZED
+inline constexpr std::uint32_t max_reach_depth = 250;
+#else
 inline constexpr std::uint32_t max_reach_depth = 2000;
+#endif
 
 using ReachNodeId = std::uint32_t;  // position in the tree's array
 
