@@ -1,0 +1,202 @@
+// Modules of derived equations in the hands of a Verilog compiler and simulator.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "conflicts/conflicts_support.h"
+#include "oracle/parse_g.h"
+#include "support/legacy_files.h"
+#include "support/run_program.h"
+#include "synthesis/equation_search.h"
+#include "synthesis/testbench.h"
+#include "synthesis/verilog_writer.h"
+
+namespace vorel {
+namespace {
+
+using conflicts_support::params_with;
+
+constexpr SynthesisStyle styles[] = {SynthesisStyle::complex_gate, SynthesisStyle::generalised_c,
+                                     SynthesisStyle::standard_c};
+
+struct Subject {
+  std::string name;
+  StgPrefix prefix;
+  oracle::StateGraph<Stg> graph;
+
+  std::string module(SynthesisStyle style) const {
+    EquationSearch engine(prefix, params_with({}), style);
+    engine.run();
+    std::vector<const SignalSolution*> solutions;
+    for (const auto& solution : engine.found().solutions) {
+      solutions.push_back(static_cast<const SignalSolution*>(solution.get()));
+    }
+    std::ostringstream text;
+    EXPECT_TRUE(write_verilog(text, prefix, style, solutions));
+    return text.str();
+  }
+
+  // The testbench takes a signal for an edge of it, and without delays a gate that its own output
+  // excites again swings for ever.
+  bool can_be_simulated() const {
+    for (const auto& state : graph.states) {
+      std::set<std::uint32_t> signals;
+      for (const auto& arc : state.arcs) {
+        const std::uint32_t signal = arc.transition->signal->index;
+        const auto is_same = [signal](const auto& next) {
+          return next.transition->signal->index == signal;
+        };
+        if (!signals.insert(signal).second) return false;
+        if (signal >= prefix.inputs_end &&
+            std::ranges::any_of(graph.states[arc.target].arcs, is_same)) {
+          return false;
+        }
+      }
+    }
+    return true;
+  }
+};
+
+// Nothing of an STG with dummies or conflicts of codes.
+void add_subject(std::vector<Subject>& subjects, const std::string& name, const Stg& stg) {
+  auto prefix = oracle::unfold(stg);
+  if (!prefix || prefix->internals_end < prefix->signals.size()) return;
+  const CaughtMessages warnings;
+  find_initial_values(*prefix);
+  auto graph = oracle::explore<Stg>(*prefix);
+  const auto initial = oracle::find_initial_values(*prefix, graph);
+  if (!initial || !oracle::csc_conflict_signals(*prefix, graph, *initial).empty()) return;
+  subjects.push_back({name, std::move(*prefix), std::move(graph)});
+}
+
+std::vector<Subject> examples() {
+  std::vector<Subject> subjects;
+  for (const auto& entry : std::filesystem::directory_iterator(VOREL_EXAMPLES)) {
+    if (entry.path().extension() != ".g") continue;
+    const auto stg = oracle::parse_g(*oracle::read_file(entry.path()));
+    EXPECT_TRUE(stg.has_value()) << entry.path();
+    if (stg) add_subject(subjects, entry.path().stem(), *stg);
+  }
+  EXPECT_GE(subjects.size(), 5u);
+  return subjects;
+}
+
+std::vector<Subject> random_subjects(std::uint64_t count) {
+  std::vector<Subject> subjects;
+  const Seeds range = seeds(count);
+  for (std::uint64_t seed = range.first; seed < range.end; ++seed) {
+    const Stg stg = oracle::random_stg(seed, {.toggles = seed % 2 == 0, .max_states = 60});
+    add_subject(subjects, "seed " + std::to_string(seed), stg);
+  }
+  EXPECT_GT(subjects.size(), count / 4);
+  return subjects;
+}
+
+class Verilog : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (shell("command -v iverilog && command -v vvp").exit_code != 0) {
+      GTEST_SKIP() << "Icarus Verilog is not installed";
+    }
+  }
+
+  ProgramRun shell(const std::string& command) const {
+    return run_program({"/bin/sh", "-c", command}, {.directory = folder_.path()});
+  }
+
+  // All in one run. The lines that the testbenches print, by their numbers.
+  std::map<std::uint32_t, std::string> simulate(const std::string& modules) const {
+    folder_.write("test.v", modules);
+    const ProgramRun run = shell("ulimit -t 20; iverilog -o test.vvp test.v && vvp -n test.vvp");
+    EXPECT_EQ(run.exit_code, 0) << run.err;
+    std::map<std::uint32_t, std::string> lines;
+    std::istringstream out(run.out);
+    for (std::string line; std::getline(out, line);) {
+      lines[static_cast<std::uint32_t>(std::stoul(line))] = line.substr(line.find(": ") + 2);
+    }
+    return lines;
+  }
+
+  void expect_to_follow(const std::vector<Subject>& subjects, bool is_random) const {
+    std::string modules;
+    std::vector<std::string> titles;
+    for (const Subject& subject : subjects) {
+      if (!subject.can_be_simulated()) continue;
+      for (const SynthesisStyle style : styles) {
+        const std::string module = subject.module(style);
+        if (module.find("1b`") != std::string::npos) continue;
+        // Where outputs disable each other, as in an arbiter, a wire that lags is a hazard.
+        const bool prompt = is_random || subject.name == "mutex2";
+        const auto number = static_cast<std::uint32_t>(titles.size());
+        modules += circuit::with_testbench(
+            module, subject.prefix, subject.graph,
+            {.number = number, .seed = seeds(1).first + number, .prompt_wires = prompt});
+        titles.push_back(subject.name + ":\n" + module);
+      }
+    }
+    const auto lines = simulate(modules);
+    EXPECT_EQ(lines.size(), titles.size());
+    for (const auto& [number, line] : lines) {
+      EXPECT_TRUE(line.ends_with(" edges")) << titles.at(number) << line;
+      EXPECT_TRUE(is_random || std::strtoul(line.c_str(), nullptr, 10) > 50)
+          << titles.at(number) << line;
+    }
+  }
+
+  TemporaryFolder folder_;
+};
+
+// Its form of constants is not Verilog's.
+TEST_F(Verilog, CompilesEveryModuleWithoutConstants) {
+  std::vector<Subject> subjects = examples();
+  for (Subject& subject : random_subjects(40)) subjects.push_back(std::move(subject));
+  std::string modules;
+  for (const Subject& subject : subjects) {
+    for (const SynthesisStyle style : styles) {
+      std::string module = subject.module(style);
+      if (module.find("1b`") != std::string::npos) continue;
+      module.insert(module.find('('), std::to_string(modules.size()));
+      modules += module;
+    }
+  }
+  folder_.write("all.v", modules);
+  const ProgramRun run = shell("iverilog -t null all.v");
+  EXPECT_EQ(run.exit_code, 0);
+  EXPECT_EQ(run.err, "");
+}
+
+TEST_F(Verilog, OutputsOfTheExamplesFollowTheirStgs) { expect_to_follow(examples(), false); }
+
+TEST_F(Verilog, OutputsOfRandomStgsFollowThem) { expect_to_follow(random_subjects(20), true); }
+
+TEST_F(Verilog, SimulationTellsAWrongGate) {
+  const std::vector<Subject> subjects = examples();
+  const auto subject = std::ranges::find(subjects, "celement", &Subject::name);
+  ASSERT_NE(subject, subjects.end());
+  const std::string module = subject->module(SynthesisStyle::complex_gate);
+  const std::string right = "c = a & (b | c) | b & c;";
+  std::string modules;
+  std::uint32_t number = 0;
+  for (const char* wrong : {"c = a & b;", "c = a | b;", "c = 0 & c;"}) {
+    std::string changed = module;
+    ASSERT_NE(changed.find(right), std::string::npos) << module;
+    changed.replace(changed.find(right), right.size(), wrong);
+    modules +=
+        circuit::with_testbench(changed, subject->prefix, subject->graph, {.number = number++});
+  }
+  const auto lines = simulate(modules);
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_TRUE(lines.at(0).starts_with("signal 2 changes in state "));
+  EXPECT_TRUE(lines.at(1).starts_with("signal 2 changes in state "));
+  EXPECT_TRUE(lines.at(2).starts_with("all rest in state "));
+}
+
+}  // namespace
+}  // namespace vorel
