@@ -1,4 +1,4 @@
-// reach/deadlock_check.h - the engine of -D on prefixes.
+// reach/deadlock_check.h - the engine of -D.
 // Here:      the search for a configuration whose final state enables nothing.
 // Not here:  how that is said in clauses (reach/deadlock_encoding.h).
 #pragma once
@@ -9,7 +9,8 @@ namespace vorel {
 
 // Every reachable marking of the net is the final marking of a configuration without cut-offs of a
 // complete prefix, and what it enables is an event of the prefix, perhaps a cut-off [McM-1993]. So
-// a deadlock of the net is a deadlock here, and the other way round.
+// a deadlock of the net is a deadlock here, and the other way round. The same holds of the merged
+// process of such a prefix [KKKV-2006].
 template <Process P>
 class DeadlockCheck : public SearchEngine<P> {
  public:
