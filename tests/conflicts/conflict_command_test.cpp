@@ -118,6 +118,26 @@ TEST(ConflictDocument, TellsTheKindOfEachConflict) {
                          trace + triggers + trace + trace));
 }
 
+std::string file_of(const char* circuit, const TemporaryFolder& folder) {
+  const auto prefix = oracle::unfold(oracle::parse_g(circuit).value());
+  return folder.write("net.pnml", oracle::pnml_text(prefix.value()));
+}
+
+TEST(NormalcyCommand, TakesForTriggersWhatChangesTheNextValue) {
+  const char* const circuits[] = {
+      // The arc from z+ to z- says nothing: z+ comes before a- anyway.
+      ".inputs a\n.outputs z\n.graph\na+ z+\nz+ a- z-\na- z-\nz- a+\n.marking { <z-,a+> }\n.end\n",
+      // Before b- as after it, z is about to rise.
+      ".inputs a b\n.outputs z\n.graph\ns a+\na+ p\np z+ b-\nb- z+/1\nz+ a-\na- z-\nz- s\n"
+      "z+/1 a-/1\na-/1 z-/1\nz-/1 b+\nb+ s\n.marking { s }\n.end\n",
+  };
+  for (const char* circuit : circuits) {
+    const TemporaryFolder folder;
+    const auto run = run_vorel({"-N", file_of(circuit, folder)});
+    EXPECT_NE(run.out.find("\nthere are no normalcy violations\n"), std::string::npos) << run.out;
+  }
+}
+
 struct MessageRow {
   const char* circuit;
   std::vector<std::string> arguments;
@@ -153,8 +173,7 @@ TEST(ConflictCommand, TellsWhatMakesItsAnswersDoubtful) {
   for (const MessageRow& row : table) {
     const TemporaryFolder folder;
     auto arguments = row.arguments;
-    arguments.push_back(folder.write(
-        "net.pnml", oracle::pnml_text(*oracle::unfold(oracle::parse_g(row.circuit).value()))));
+    arguments.push_back(file_of(row.circuit, folder));
     const auto run = run_vorel(arguments);
     EXPECT_EQ(run.exit_code, row.exit_code) << row.circuit << run.out << run.err;
     EXPECT_NE(run.err.find(row.message), std::string::npos) << run.err;
