@@ -181,7 +181,7 @@ void compare(const Stg& stg, Tally& tally) {
 }
 
 void compare_on_seeds(const oracle::RandomStgParams& params) {
-  const auto [first, end] = seeds(60);
+  const auto [first, end] = seeds(30);
   testing::internal::CaptureStdout();  // notes on the optimised method
   Tally tally;
   for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {

@@ -188,7 +188,7 @@ bool has_evidence(const Subject& subject, std::uint32_t z) {
 }
 
 void compare_on_seeds(const oracle::RandomStgParams& params) {
-  const auto [first, end] = seeds(60);
+  const auto [first, end] = seeds(30);
   testing::internal::CaptureStdout();
   std::size_t compared = 0, violated = 0;
   std::set<NormalcyViolation> kinds;
