@@ -9,6 +9,14 @@
 namespace vorel {
 namespace {
 
+constexpr std::size_t max_listed = 32;
+
+// Its rivals are not listed: it has many, and is not produced by a dummy that may still fire.
+bool is_contested(const StgPrefix::Condition& condition) {
+  return condition.postset.size() > max_listed &&
+         (condition.is_initial() || !condition.pre_event->transition->signal->is_dummy());
+}
+
 void sort_unique(EventSet& set) {
   std::ranges::sort(set);
   const auto repeated = std::ranges::unique(set);
@@ -59,6 +67,10 @@ StateStructure::Condition StateStructure::firing_condition(const Event& event) c
   for (std::size_t i = 0; i < waited_for.size(); ++i) {
     const Event& current = *waited_for[i];
     for (const auto* condition : current.preset) {
+      if (&current == &event && is_contested(*condition)) {
+        result.marked.push_back(condition);
+        continue;
+      }
       for (const Event* rival : condition->postset) {
         if (rival != &current && !rival->is_cut_off()) result.excluding.push_back(rival->index);
       }
@@ -132,6 +144,9 @@ Lit StateLiterals::can_fire(const StgPrefix::Event& fired) {
   Lits lits;
   for (const std::uint32_t number : condition.needed) lits.push_back(event(number));
   for (const std::uint32_t number : condition.excluding) lits.push_back(~event(number));
+  for (const auto* contested : condition.marked) {
+    lits.push_back(marked_lit(vars_, *contested, PermanentGroup, default_polarity));
+  }
   return vars_.formula.make_gate(Gate(GateAnd, lits), PermanentGroup);
 }
 

@@ -27,10 +27,12 @@ class StateStructure {
   bool has_only_ordered_edges() const;
 
   // The event can fire after a configuration, perhaps after dummies, exactly if the configuration
-  // has all events of the first list and none of the second.
+  // has all events of the first list and none of the second, and ends in the conditions, for which
+  // many events compete: listing all of them for each would take quadratic space.
   struct Condition {
     bool possible = true;  // false: it never can
     EventSet needed, excluding;
+    std::vector<const StgPrefix::Condition*> marked;
   };
   Condition firing_condition(const Event& event) const;
 

@@ -9,6 +9,7 @@
 #include "conflicts/conflicts_support.h"
 #include "conflicts/csc_check.h"
 #include "conflicts/usc_check.h"
+#include "oracle/parse_g.h"
 
 namespace vorel {
 namespace {
@@ -205,6 +206,23 @@ TEST(ConflictCheck, AgreesWithAllPairsOfConfigurationsWhereEdgesHaveNoSign) {
 
 TEST(ConflictCheck, AgreesWithAllPairsOfConfigurationsThatEndInNoDummy) {
   compare_on_seeds({.dummies = true, .toggles = false});
+}
+
+// So many rivals that they share what they have in common.
+TEST(ConflictCheck, AgreesWithAllPairsOfConfigurationsOfAWideChoice) {
+  std::string signals, arcs;
+  for (int i = 0; i < 40; ++i) {
+    const std::string z = "z" + std::to_string(i);
+    signals += " " + z;
+    arcs += "s " + z + "+\n" + z + "+ " + z + "-\n" + z + "- e\n";
+  }
+  const auto stg =
+      oracle::parse_g(".outputs" + signals + "\n.graph\n" + arcs + ".marking { s }\n.end\n");
+  testing::internal::CaptureStdout();
+  Tally tally;
+  compare(stg.value(), tally);
+  drop_output();
+  EXPECT_EQ(tally.with_csc, 1u);
 }
 
 }  // namespace
