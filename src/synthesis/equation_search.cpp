@@ -42,14 +42,15 @@ std::string_view suffix_of(FunctionPhase phase) {
 
 }  // namespace
 
-EquationSearch::EquationSearch(const StgPrefix& prefix, const Params& params, SynthesisStyle style)
+EquationSearch::EquationSearch(const StgPrefix& prefix, const Params& params, SynthesisStyle style,
+                               std::size_t max_codes)
     : prefix_{prefix},
       params_{adapted(params, style)},
       style_{style},
       structure_{prefix},
       triggers_{structure_},
       support_search_{structure_, params_, style},
-      state_search_{structure_, params_, style} {}
+      state_search_{structure_, params_, style, max_codes} {}
 
 void EquationSearch::run() {
   using enum FunctionPhase;

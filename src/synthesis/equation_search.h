@@ -20,8 +20,9 @@ namespace vorel {
 
 class EquationSearch {
  public:
-  // Refers to the prefix. Its copy of the options is that of a search for conflicts.
-  EquationSearch(const StgPrefix& prefix, const Params& params, SynthesisStyle style);
+  // Refers to the prefix. Functions of more codes than allowed are found as cubes (StateSetSearch).
+  EquationSearch(const StgPrefix& prefix, const Params& params, SynthesisStyle style,
+                 std::size_t max_codes = StateSetSearch::usual_max_codes);
 
   // Without a conflict of codes that stands in the way every signal gets its solutions; else the
   // conflict is reported, and there are none.

@@ -1,46 +1,86 @@
 #include "synthesis/state_sets.h"
 
+#include <algorithm>
 #include <cassert>
 
 #include "base/messages.h"
 
 namespace vorel {
+namespace {
+
+bool meet(const Cube& a, const Cube& b) {
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const bool differ = a[i] != Ternary::dash && b[i] != Ternary::dash && a[i] != b[i];
+    if (differ) return false;
+  }
+  return true;
+}
+
+// The cube without one literal after the other, as far as `is_allowed` agrees.
+template <class IsAllowed>
+Cube expanded(Cube cube, IsAllowed is_allowed) {
+  for (std::size_t i = 0; i < cube.size(); ++i) {
+    const Ternary literal = cube[i];
+    if (literal == Ternary::dash) continue;
+    cube.set(i, Ternary::dash);
+    if (!is_allowed(cube)) cube.set(i, literal);
+  }
+  return cube;
+}
+
+}  // namespace
 
 StateSets StateSetSearch::collect(std::uint32_t signal, FunctionPhase phase,
                                   const SignalList& support) {
   // Definitions come before the first solve, so that every model has their values.
   states_.state(0).next_value(signal);
   for (const std::uint32_t other : support) states_.state(0).code(other);
-  StateSets sets;
-  sets.on = sets.off = Cover(support.size(), false);
-  sets.four_sets.fill(sets.on);
-  switch (style_) {
-    case SynthesisStyle::complex_gate:
-      collect_all(signal, support, sets);
-      break;
-    case SynthesisStyle::four_sets:
-      collect_four_sets(signal, support, sets);
-      break;
-    case SynthesisStyle::standard_c:
-      collect_arcs(signal, phase, support, sets);
-      [[fallthrough]];
-    case SynthesisStyle::generalised_c:
-      collect_excited_and_opposite(signal, phase, support, sets);
-  }
+  // Decomposition needs every code; what it asks for is small.
+  const bool is_bounded = style_ != SynthesisStyle::four_sets;
+  codes_left_ = is_bounded ? max_codes_ : ~std::size_t{0};
+  StateSets sets = empty_sets(support);
+  if (collect_codes(signal, phase, support, sets) || run_failed()) return sets;
+  sets = empty_sets(support);
+  collect_cubes(signal, phase, support, sets);
   return sets;
 }
 
-void StateSetSearch::collect_all(std::uint32_t signal, const SignalList& support, StateSets& sets) {
+StateSets StateSetSearch::empty_sets(const SignalList& support) const {
+  StateSets sets;
+  sets.on = sets.off = Cover(support.size(), false);
+  sets.four_sets.fill(sets.on);
+  return sets;
+}
+
+bool StateSetSearch::collect_codes(std::uint32_t signal, FunctionPhase phase,
+                                   const SignalList& support, StateSets& sets) {
+  switch (style_) {
+    case SynthesisStyle::complex_gate:
+      return collect_all(signal, support, sets);
+    case SynthesisStyle::four_sets:
+      return collect_four_sets(signal, support, sets);
+    case SynthesisStyle::generalised_c:
+      return collect_excited_and_opposite(signal, phase, support, sets);
+    default:
+      assert(style_ == SynthesisStyle::standard_c);
+      return collect_excited_and_opposite(signal, phase, support, sets) &&
+             collect_arcs(signal, phase, support, sets);
+  }
+}
+
+bool StateSetSearch::collect_all(std::uint32_t signal, const SignalList& support, StateSets& sets) {
   const ClauseGroup blocked = states_.formula().new_group();
-  enumerate(signal, support, blocked, [&sets](const Cube& code, Region region) {
-    (next_value(region) ? sets.on : sets.off).add(code);
-  });
+  const bool is_complete =
+      enumerate(signal, support, blocked, [&sets](const Cube& code, Region region) {
+        (next_value(region) ? sets.on : sets.off).add(code);
+      });
   states_.formula().remove_group(blocked);
+  return is_complete;
 }
 
 // A code can stand for an excited and for a stable state: the excited ones are found first, and
 // keep it.
-void StateSetSearch::collect_four_sets(std::uint32_t signal, const SignalList& support,
+bool StateSetSearch::collect_four_sets(std::uint32_t signal, const SignalList& support,
                                        StateSets& sets) {
   CnfFormula& formula = states_.formula();
   const ClauseGroup blocked = formula.new_group();
@@ -49,35 +89,40 @@ void StateSetSearch::collect_four_sets(std::uint32_t signal, const SignalList& s
     sets.four_sets[static_cast<std::size_t>(region)].add(code);
     (next_value(region) ? sets.on : sets.off).add(code);
   };
+  bool is_complete = true;
   for (const Lit wanted : {excited, ~excited}) {
     const ClauseGroup group = formula.new_group();
     formula.add_unit(wanted, group);
-    enumerate(signal, support, blocked, visit);
+    is_complete = is_complete && enumerate(signal, support, blocked, visit);
     formula.remove_group(group);
   }
   formula.remove_group(blocked);
+  return is_complete;
 }
 
 // Where the signal stays at the value that the function drives it to, the function is free.
-void StateSetSearch::collect_excited_and_opposite(std::uint32_t signal, FunctionPhase phase,
+bool StateSetSearch::collect_excited_and_opposite(std::uint32_t signal, FunctionPhase phase,
                                                   const SignalList& support, StateSets& sets) {
   CnfFormula& formula = states_.formula();
   const bool target = phase == FunctionPhase::set;
   const ClauseGroup blocked = formula.new_group();
   const ClauseGroup excited = formula.new_group();
   states_.add_excited(0, signal, target, excited);
-  enumerate(signal, support, blocked, [&sets](const Cube& code, Region) { sets.on.add(code); });
+  bool is_complete =
+      enumerate(signal, support, blocked, [&sets](const Cube& code, Region) { sets.on.add(code); });
   formula.remove_group(excited);
   const ClauseGroup opposite = formula.new_group();
   formula.add_unit(states_.state(0).next_value(signal) ^ target, opposite);
-  enumerate(signal, support, blocked, [&sets](const Cube& code, Region) { sets.off.add(code); });
+  is_complete = is_complete && enumerate(signal, support, blocked,
+                                         [&sets](const Cube& code, Region) { sets.off.add(code); });
   formula.remove_group(opposite);
   formula.remove_group(blocked);
+  return is_complete;
 }
 
 // The edges of other signals in states where the signal stays at its value. A code comes again only
 // with a further excited signal.
-void StateSetSearch::collect_arcs(std::uint32_t signal, FunctionPhase phase,
+bool StateSetSearch::collect_arcs(std::uint32_t signal, FunctionPhase phase,
                                   const SignalList& support, StateSets& sets) {
   CnfFormula& formula = states_.formula();
   StateLiterals& state = states_.state(0);
@@ -90,7 +135,8 @@ void StateSetSearch::collect_arcs(std::uint32_t signal, FunctionPhase phase,
     if (other != signal) changes.push_back(state.excited(other));
   }
   formula.add_clause(changes, group);
-  while (!run_failed() && solve()) {
+  while (!run_failed() && codes_left_ > 0 && solve()) {
+    --codes_left_;
     const Cube code = code_of_model(support);
     Lits clause = other_code(support);
     for (std::size_t i = 0; i < support.size(); ++i) {
@@ -107,15 +153,91 @@ void StateSetSearch::collect_arcs(std::uint32_t signal, FunctionPhase phase,
     formula.add_clause(clause, group);
   }
   formula.remove_group(group);
+  return codes_left_ > 0;
 }
 
-void StateSetSearch::enumerate(std::uint32_t signal, const SignalList& support, ClauseGroup blocked,
+bool StateSetSearch::enumerate(std::uint32_t signal, const SignalList& support, ClauseGroup blocked,
                                const Visit& visit) {
-  while (!run_failed() && solve()) {
+  while (!run_failed() && codes_left_ > 0 && solve()) {
+    --codes_left_;
     visit(code_of_model(support), states_.region(0, signal));
-    const Lits clause = other_code(support);
-    states_.formula().add_clause(clause, blocked);
+    states_.formula().add_clause(other_code(support), blocked);
   }
+  return codes_left_ > 0;
+}
+
+// The ON-set may take what no state needs, the OFF-set what is left.
+void StateSetSearch::collect_cubes(std::uint32_t signal, FunctionPhase phase,
+                                   const SignalList& support, StateSets& sets) {
+  const bool target = phase != FunctionPhase::reset;
+  const Lit next = states_.state(0).next_value(signal) ^ !target;
+  const bool has_two = has_two_functions(style_);
+  const Constraint on = [&, this](ClauseGroup group) {
+    if (has_two) return states_.add_excited(0, signal, target, group);
+    states_.formula().add_unit(next, group);
+  };
+  const Constraint off = [&, this](ClauseGroup group) {
+    if (style_ == SynthesisStyle::standard_c) {
+      return states_.add_not_excited(0, signal, target, group);
+    }
+    states_.formula().add_unit(~next, group);
+  };
+  sets.on = cubes_without(support, on, off);
+  sets.off = cubes_outside(support, off, sets.on);
+}
+
+Cover StateSetSearch::cubes_without(const SignalList& support, const Constraint& wanted,
+                                    const Constraint& others) {
+  CnfFormula& formula = states_.formula();
+  const ClauseGroup blocked = formula.new_group();
+  Cover cover(support.size(), false);
+  std::vector<Cube> refused;  // codes of others that stood in the way: likely to do so again
+  const auto is_allowed = [&](const Cube& cube) {
+    const auto is_inside = [&cube](const Cube& code) { return meet(cube, code); };
+    if (std::ranges::any_of(refused, is_inside)) return false;
+    auto code = state_in(cube, support, others);
+    if (code) refused.push_back(std::move(*code));
+    return !code;
+  };
+  while (!run_failed()) {
+    const auto code = state_in(Cube(support.size(), Ternary::dash), support, wanted);
+    if (!code) break;
+    Cube cube = expanded(*code, is_allowed);
+    formula.add_clause(outside_of(cube, support), blocked);
+    cover.add(std::move(cube));
+  }
+  formula.remove_group(blocked);
+  return cover;
+}
+
+Cover StateSetSearch::cubes_outside(const SignalList& support, const Constraint& wanted,
+                                    const Cover& cover) {
+  CnfFormula& formula = states_.formula();
+  const ClauseGroup group = formula.new_group();
+  wanted(group);
+  Cover result(support.size(), false);
+  const auto is_allowed = [&cover](const Cube& cube) {
+    return std::ranges::none_of(cover, [&cube](const Cube& other) { return meet(cube, other); });
+  };
+  while (!run_failed() && solve()) {
+    Cube cube = expanded(code_of_model(support), is_allowed);
+    formula.add_clause(outside_of(cube, support), group);
+    result.add(std::move(cube));
+  }
+  formula.remove_group(group);
+  return result;
+}
+
+std::optional<Cube> StateSetSearch::state_in(const Cube& cube, const SignalList& support,
+                                             const Constraint& constraint) {
+  CnfFormula& formula = states_.formula();
+  const ClauseGroup group = formula.new_group();
+  constraint(group);
+  for (const Lit lit : outside_of(cube, support)) formula.add_unit(~lit, group);
+  std::optional<Cube> code;
+  if (solve()) code = code_of_model(support);
+  formula.remove_group(group);
+  return code;
 }
 
 Cube StateSetSearch::code_of_model(const SignalList& support) {
@@ -129,13 +251,17 @@ Cube StateSetSearch::code_of_model(const SignalList& support) {
 }
 
 Lits StateSetSearch::other_code(const SignalList& support) {
-  const CnfFormula& formula = states_.formula();
-  Lits clause;
-  for (const std::uint32_t other : support) {
-    const Lit lit = states_.state(0).code(other);
-    if (formula.value(lit) != ModelValue::undefined) clause.push_back(lit ^ formula.is_true(lit));
+  return outside_of(code_of_model(support), support);
+}
+
+// The literals one of which is true outside of the cube.
+Lits StateSetSearch::outside_of(const Cube& cube, const SignalList& support) {
+  Lits lits;
+  for (std::size_t i = 0; i < support.size(); ++i) {
+    if (cube[i] == Ternary::dash) continue;
+    lits.push_back(states_.state(0).code(support[i]) ^ (cube[i] == Ternary::one));
   }
-  return clause;
+  return lits;
 }
 
 bool StateSetSearch::solve() {

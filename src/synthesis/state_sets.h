@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -29,34 +30,57 @@ struct StateSets {
 
 class StateSetSearch {
  public:
-  StateSetSearch(const StateStructure& structure, const Params& params, SynthesisStyle style)
-      : states_{structure, params, 1}, style_{style} {}
+  static constexpr std::size_t usual_max_codes = 1000;
 
-  // The support must be one of the function. Incomplete after a reported error.
+  StateSetSearch(const StateStructure& structure, const Params& params, SynthesisStyle style,
+                 std::size_t max_codes = usual_max_codes)
+      : states_{structure, params, 1}, style_{style}, max_codes_{max_codes} {}
+
+  // The support must be one of the function. Incomplete after a reported error. Up to max_codes
+  // codes are listed one by one; of a function with more, ON and OFF are cubes that have been
+  // expanded as far as no state speaks against it, and there are no arcs: then a function of
+  // standard-C is false wherever its signal is stable.
   StateSets collect(std::uint32_t signal, FunctionPhase phase, const SignalList& support);
 
   std::uint64_t solve_calls() const { return solve_calls_; }
 
  private:
   using Visit = std::function<void(const Cube& code, Region region)>;
+  using Constraint = std::function<void(ClauseGroup)>;
 
   // Each code of a state that satisfies the clauses of the groups, once; those visited before with
-  // the same `blocked` group are left out.
-  void enumerate(std::uint32_t signal, const SignalList& support, ClauseGroup blocked,
+  // the same `blocked` group are left out. False when there are too many.
+  bool enumerate(std::uint32_t signal, const SignalList& support, ClauseGroup blocked,
                  const Visit& visit);
-  void collect_all(std::uint32_t signal, const SignalList& support, StateSets& sets);
-  void collect_four_sets(std::uint32_t signal, const SignalList& support, StateSets& sets);
-  void collect_excited_and_opposite(std::uint32_t signal, FunctionPhase phase,
+  bool collect_all(std::uint32_t signal, const SignalList& support, StateSets& sets);
+  bool collect_four_sets(std::uint32_t signal, const SignalList& support, StateSets& sets);
+  bool collect_excited_and_opposite(std::uint32_t signal, FunctionPhase phase,
                                     const SignalList& support, StateSets& sets);
-  void collect_arcs(std::uint32_t signal, FunctionPhase phase, const SignalList& support,
+  bool collect_arcs(std::uint32_t signal, FunctionPhase phase, const SignalList& support,
                     StateSets& sets);
+  bool collect_codes(std::uint32_t signal, FunctionPhase phase, const SignalList& support,
+                     StateSets& sets);
+  void collect_cubes(std::uint32_t signal, FunctionPhase phase, const SignalList& support,
+                     StateSets& sets);
+  // Covers the codes of the states that satisfy `wanted` by cubes without a code of the others.
+  Cover cubes_without(const SignalList& support, const Constraint& wanted,
+                      const Constraint& others);
+  // Covers the codes of the states that satisfy `wanted` by cubes that miss those of the cover.
+  Cover cubes_outside(const SignalList& support, const Constraint& wanted, const Cover& cover);
+  // The code of a state inside the cube that satisfies the constraint.
+  std::optional<Cube> state_in(const Cube& cube, const SignalList& support,
+                               const Constraint& constraint);
   Cube code_of_model(const SignalList& support);
   // The clause that excludes the code of the model, without what is undefined in it.
   Lits other_code(const SignalList& support);
+  Lits outside_of(const Cube& cube, const SignalList& support);
   bool solve();
+  StateSets empty_sets(const SignalList& support) const;
 
   StateFormula states_;
   const SynthesisStyle style_;
+  const std::size_t max_codes_;
+  std::size_t codes_left_ = 0;  // to be listed for the current function
   std::uint64_t solve_calls_ = 0;
 };
 

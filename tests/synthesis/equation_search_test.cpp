@@ -20,10 +20,10 @@ using conflicts_support::Subject;
 
 class Derivation {
  public:
-  Derivation(const Subject& subject, SynthesisStyle style, int solver)
+  Derivation(const Subject& subject, SynthesisStyle style, int solver, std::size_t max_codes)
       : subject_{subject},
         style_{style},
-        engine_{subject.prefix, params_with({{"solver", solver}}), style} {
+        engine_{subject.prefix, params_with({{"solver", solver}}), style, max_codes} {
     for (const auto& configuration : subject.configurations) states_.insert(configuration.state);
   }
 
@@ -126,9 +126,10 @@ class Derivation {
 constexpr SynthesisStyle styles[] = {SynthesisStyle::complex_gate, SynthesisStyle::four_sets,
                                      SynthesisStyle::generalised_c, SynthesisStyle::standard_c};
 
-void expect_right_equations(const Subject& subject, SynthesisStyle style, int solver) {
+void expect_right_equations(const Subject& subject, SynthesisStyle style, int solver,
+                            std::size_t max_codes) {
   const CaughtMessages messages;
-  Derivation derivation(subject, style, solver);
+  Derivation derivation(subject, style, solver, max_codes);
   const auto solutions = derivation.run();
   ASSERT_EQ(messages.text(), "");
   derivation.check(solutions);
@@ -146,7 +147,7 @@ void expect_conflict_told(const Subject& subject, SynthesisStyle style, int solv
     names += (names.empty() ? "" : "|") + subject.prefix.signals[signal]->name;
   }
   const auto derive = [&] {
-    std::exit(Derivation(subject, style, solver).run().empty() ? raise_severity(0) : 0);
+    std::exit(Derivation(subject, style, solver, 1).run().empty() ? raise_severity(0) : 0);
   };
   EXPECT_EXIT(
       derive(), testing::ExitedWithCode(severity_error),
@@ -171,7 +172,9 @@ void expect_right_equations_of_random_stgs(const oracle::RandomStgParams& params
       if (has_conflict) {
         expect_conflict_told(*subject, style, solver);
       } else {
-        expect_right_equations(*subject, style, solver);
+        for (const std::size_t max_codes : {3, 1000}) {
+          expect_right_equations(*subject, style, solver, max_codes);
+        }
       }
     }
     if (testing::Test::HasFailure()) return;
