@@ -5,7 +5,7 @@
 
 namespace vorel {
 
-// Values of the option `synthesis_type`.
+// Values of the option `synthesis_type` [CKKLY-2002].
 enum class SynthesisStyle : std::uint8_t {
   complex_gate = 0,
   four_sets = 1,  // a complex gate whose excitation and quiescent sets are kept apart
