@@ -35,7 +35,7 @@ trace is as short as can be: four philosophers need four steps to get stuck.'
 show build/vorel -D -f examples/philosophers4.unf.pnml build/demo.xml
 show cat build/demo.xml
 
-explain 'From a Signal Transition Graph to a circuit: the same controller with a signal more, csc, which tells
+explain 'From a Signal Transition Graph to a circuit: the bus controller with a signal more, csc, which tells
 apart states that looked alike. Each output and internal signal gets an equation over the signals of
 its context, with a quote behind what is inverted.'
 show build/vorel-unfold examples/vme_read_csc.g build/vme_read_csc.unf.pnml
