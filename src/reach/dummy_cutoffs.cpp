@@ -53,7 +53,28 @@ class PastCheck {
   std::vector<const Event*> past_;
 };
 
+// Whether the configuration that a cut-off corresponds to ends in a dummy. Of one event, that event
+// with its past; of several, just these.
+bool corresponds_to_dummy_end(const Event& cut_off) {
+  if (cut_off.cut_off.is_unknown()) return false;
+  const auto events = cut_off.cut_off.correspondents();
+  return std::ranges::any_of(events, [&events](const Event* event) {
+    if (!is_dummy(*event)) return false;
+    return std::ranges::none_of(event->postset, [&events](const auto* condition) {
+      return std::ranges::any_of(condition->postset, [&events](const Event* consumer) {
+        return std::ranges::find(events, consumer) != events.end();
+      });
+    });
+  });
+}
+
 }  // namespace
+
+bool has_edges_cut_at_dummies(const StgPrefix& prefix) {
+  return std::ranges::any_of(prefix.events, [](const auto& event) {
+    return event->is_cut_off() && !is_dummy(*event) && corresponds_to_dummy_end(*event);
+  });
+}
 
 bool has_dummy_cutoffs(const StgPrefix& prefix) {
   PastCheck check(prefix);

@@ -65,8 +65,12 @@ ReachCheck<P>::ReachCheck(const P& process, const Params& params, FinalState fin
       property_{missing_property()} {
   if (auto property = read_property()) property_ = std::move(property);
   if constexpr (P::NetType::has_signals && !P::is_merged) {
-    if (final_state == FinalState::stg_state && has_dummy_cutoffs(process)) {
+    if (final_state == FinalState::marking) return;
+    if (has_dummy_cutoffs(process)) {
       print_warning("there are dummy cut-offs; the result will not be reliable");
+    } else if (has_edges_cut_at_dummies(process)) {
+      print_warning(
+          "there are cut-offs that correspond to dummies; the result may not be reliable");
     }
   }
 }

@@ -72,6 +72,12 @@ class FinalStateView {
   }
 
   bool is_transition_enabled(std::uint32_t transition) {
+    if constexpr (P::is_merged) {
+      return std::ranges::all_of(process_.transitions[transition]->preset,
+                                 [this](const auto* place) {
+                                   return state_of({BaseType::place, place->index});
+                                 });
+    }
     return std::ranges::any_of(index_.events_of(transition),
                                [this](std::uint32_t i) { return can_fire(*process_.events[i]); });
   }

@@ -58,11 +58,13 @@ class AtomEncoder {
   }
 
   Lit marked_place(std::uint32_t place, Polarity polarity) {
+    LitCell& cell = vars_.places[*process_.places[place]];
+    if (cell.serves(polarity)) return cell.lit;
     Lits marked;
     for (const std::uint32_t condition : index_.conditions_of(place)) {
       marked.push_back(marked_lit(vars_, *process_.conditions[condition], group_, polarity));
     }
-    return vars_.formula.make_gate({GateOr, marked}, group_, polarity);
+    return vars_.formula.define_gate(cell, GateOr, marked, group_, polarity);
   }
 
   // The initial value, changed by every edge that has happened.
@@ -98,6 +100,14 @@ class AtomEncoder {
   Lit enabled_transition(std::uint32_t transition, Polarity polarity) {
     LitCell& cell = vars_.transitions[*process_.transitions[transition]];
     if (cell.serves(polarity)) return cell.lit;
+    if constexpr (P::is_merged) {
+      // A configuration may go on behind a cut-off, where what is enabled has no event.
+      Lits marked;
+      for (const auto* place : process_.transitions[transition]->preset) {
+        marked.push_back(marked_place(place->index, polarity));
+      }
+      return vars_.formula.define_gate(cell, GateAnd, marked, group_, polarity);
+    }
     Lits enabled;
     for (const std::uint32_t event : index_.events_of(transition)) {
       enabled.push_back(enabled_event(*process_.events[event], polarity));

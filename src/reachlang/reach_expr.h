@@ -104,7 +104,7 @@ std::string_view spelling_of(ReachOp op);
 #ifdef VOREL_SANITIZED
 inline constexpr std::uint32_t max_reach_depth = 250;
 #else
-inline constexpr std::uint32_t max_reach_depth = 2000;
+inline constexpr std::uint32_t max_reach_depth = 1000;
 #endif
 
 using ReachNodeId = std::uint32_t;  // position in the tree's array

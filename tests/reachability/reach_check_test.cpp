@@ -8,6 +8,7 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
+#include "net/merge.h"
 #include "oracle/clone.h"
 #include "oracle/coding.h"
 #include "oracle/random_net.h"
@@ -28,10 +29,14 @@ enum class Search { one, shortest, all };
 
 Params params_for(Search search) {
   Params params;
-  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations"}) {
+  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations",
+                          "incremental_acyclic_constraint"}) {
     params.set(key, 0);
   }
-  for (const char* key : {"solver", "no_max_dummies", "enable_via_dummies"}) params.set(key, 1);
+  for (const char* key :
+       {"solver", "no_max_dummies", "enable_via_dummies", "backward_conflict_constraints"}) {
+    params.set(key, 1);
+  }
   params.set("method", 2);
   params.set("inclusion_constraints", -1);
   params.set("all_solutions", search == Search::all ? -1 : 0);
@@ -59,7 +64,7 @@ class Probe : public ReachCheck<P> {
 
 // What became of the comparisons: a test that only sees one kind of answer shows little.
 struct Tally {
-  std::size_t properties = 0, reachable = 0;
+  std::size_t properties = 0, reachable = 0, merged = 0;
   std::size_t unreliable = 0, hidden = 0;  // prefixes with dummy cut-offs, with hidden states
 };
 
@@ -110,6 +115,12 @@ class Comparison {
     }
     ++tally.properties;
     tally.reachable += least ? 1 : 0;
+    if constexpr (!N::has_signals) {
+      if (!names_instances(property.text)) {
+        ++tally.merged;
+        expect_of_merged(least);
+      }
+    }
     const Probe<P> one(prefix_, final_state_, Search::one);
     ASSERT_FALSE(run_failed());
     EXPECT_EQ(!one.configurations.empty(), least.has_value());
@@ -124,6 +135,23 @@ class Comparison {
 
  private:
   using Holds = std::function<bool(const PropertyState&)>;
+
+  // Whether a text has anything to do with conditions and events.
+  static bool names_instances(const std::string& text) {
+    const auto sources = {"C ", "E ", "C(", "E(", "CONDITIONS", "EVENTS", "CUTOFFS", "cond", "ev"};
+    return std::ranges::any_of(
+        sources, [&text](const char* source) { return text.find(source) != std::string::npos; });
+  }
+
+  // What names no instances has the same answers on the merged process.
+  void expect_of_merged(std::optional<std::uint32_t> least) const {
+    const auto merged = merge(prefix_);
+    const Probe<MergedProcessOf<N>> one(merged, final_state_, Search::one);
+    EXPECT_EQ(!one.configurations.empty(), least.has_value());
+    const Probe<MergedProcessOf<N>> shortest(merged, final_state_, Search::shortest);
+    ASSERT_EQ(!shortest.configurations.empty(), least.has_value());
+    EXPECT_TRUE(!least || shortest.configurations[0].size() == *least);
+  }
 
   void expect_to_hold(const std::vector<Configuration>& found, const Holds& holds) const {
     if (!configurations_) return;
@@ -167,7 +195,11 @@ Tally compare_on_seeds(Make make, FinalState final_state) {
         ++tally.unreliable;
         continue;
       }
-      tally.hidden += comparison.hides_states() ? 1 : 0;
+      const bool hides = comparison.hides_states();
+      tally.hidden += hides ? 1 : 0;
+      if (hides && final_state == FinalState::stg_state) {
+        EXPECT_TRUE(has_edges_cut_at_dummies(comparison.prefix()));
+      }
     }
     for (std::uint64_t i = 0; i < 6 && !testing::Test::HasFailure(); ++i) {
       comparison.run(seed * 6 + i, tally);
@@ -191,11 +223,12 @@ Stg stg_for(std::uint64_t seed, bool dummies) {
 }
 
 TEST(ReachCheck, AgreesWithTheStateGraphOfRandomNets) {
-  compare_on_seeds(
+  const Tally tally = compare_on_seeds(
       [](std::uint64_t seed) {
         return oracle::random_net(seed, {.max_states = seed % 3 == 0 ? 300u : 40u});
       },
       FinalState::marking);
+  EXPECT_GT(tally.merged * 10, tally.properties) << "too few were asked of merged processes";
 }
 
 TEST(ReachCheck, AgreesWithTheStateGraphOfRandomStgs) {
