@@ -36,17 +36,26 @@ echo "== Phases of -D"
 build-bench/bench/bench_deadlock_phases "${files[@]}"
 echo
 echo "== Phases of -C"
-circuits=()
-for circuit in "fork_join 1000" "handshakes 1000" "handshakes 5000" "ring 200"; do
-  stem=$data/${circuit/ /-}
-  if [ ! -f "$stem.unf.pnml" ]; then
-    # shellcheck disable=SC2086 # family and size
-    build-bench/bench/make_circuit $circuit >"$stem.g"
-    build-bench/vorel-unfold "$stem.g" "$stem.unf.pnml" >/dev/null
-  fi
-  circuits+=("$stem.unf.pnml")
-done
+# Makes the prefixes of circuits, each a family and a size, and lists them in `circuits`.
+make_circuits() {
+  circuits=()
+  for circuit in "$@"; do
+    stem=$data/${circuit/ /-}
+    if [ ! -f "$stem.unf.pnml" ]; then
+      # shellcheck disable=SC2086 # family and size
+      build-bench/bench/make_circuit $circuit >"$stem.g"
+      build-bench/vorel-unfold "$stem.g" "$stem.unf.pnml" >/dev/null
+    fi
+    circuits+=("$stem.unf.pnml")
+  done
+}
+make_circuits "fork_join 1000" "handshakes 1000" "handshakes 5000" "ring 200"
 build-bench/bench/bench_conflict_phases "${circuits[@]}"
+echo
+echo "== Equations, by signal, with both solvers"
+make_circuits "pipeline 10" "pipeline 20" "pipeline 40" "fork_join 10" "fork_join 20" \
+  "fork_join 49" "ring 10" "ring 20" "ring 40"
+build-bench/bench/bench_synthesis_phases "${circuits[@]}"
 echo
 echo "== Properties of -F and -Fs, before the search"
 build-bench/bench/bench_property_language

@@ -33,6 +33,9 @@ class EquationSearch {
 
   // By signal; SET before RESET.
   const Report& found() const { return report_; }
+  std::uint64_t solve_calls() const {
+    return support_search_.solve_calls() + state_search_.solve_calls();
+  }
 
  private:
   bool derive(std::uint32_t signal, FunctionPhase phase);

@@ -1,0 +1,82 @@
+// bench/synthesis_phases.cpp - what do equations cost, and with which solver?
+// Usage: bench_synthesis_phases FILE...   (*.pnml prefixes of STGs without coding conflicts)
+// Rows per file: the three styles with both solvers; milliseconds and SAT calls per signal, and the
+// share of the time that is spent in the solver. Each row runs in a process of its own; both
+// solvers must come to the same number of literals.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+#include <string>
+#include <variant>
+
+#include "base/clock.h"
+#include "base/messages.h"
+#include "base/run_state.h"
+#include "net/pnml_reader.h"
+#include "net/process_variant.h"
+#include "synthesis/equation_search.h"
+
+namespace vorel {
+namespace {
+
+constexpr const char* style_names[] = {"-E", "four", "-G", "-S"};
+
+Params params_of(int solver) {
+  Params params;
+  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations"}) {
+    params.set(key, 0);
+  }
+  for (const char* key : {"no_max_dummies", "enable_via_dummies"}) params.set(key, 1);
+  params.set("solver", solver);
+  return params;
+}
+
+void measure(const char* file, SynthesisStyle style, int solver) {
+  std::cerr.rdbuf(nullptr);
+  const auto process = read_pnml<StgPrefixVariant>(file);
+  if (process == nullptr) {
+    std::printf("%-34s refused\n", file);
+    return;
+  }
+  const StgPrefix& prefix = std::get<StgPrefix>(*process);
+  const std::uint64_t start = ticks_now();
+  EquationSearch engine(prefix, params_of(solver), style);
+  engine.run();
+  const double seconds = seconds_of(ticks_now() - start);
+  const double solving = seconds_of(run_state().sat_ticks);
+  std::uint64_t literals = 0;
+  for (const auto& solution : engine.found().solutions) literals += solution->cost();
+  const double signals = prefix.internals_end - prefix.inputs_end;
+  std::printf("%-34s %6zu %7u  %-4s -$%d %8.3f %9.3f %9.1f %7.0f%% %8llu%s\n", file,
+              prefix.events.size(), prefix.internals_end,
+              style_names[static_cast<std::size_t>(style)], solver, seconds,
+              1e3 * seconds / signals, static_cast<double>(engine.solve_calls()) / signals,
+              100 * solving / seconds, static_cast<unsigned long long>(literals),
+              run_failed() ? "  no equations" : "");
+  std::fflush(stdout);
+}
+
+}  // namespace
+}  // namespace vorel
+
+int main(int argc, char** argv) {
+  using enum vorel::SynthesisStyle;
+  std::printf("%-34s %6s %7s  %-4s %3s %8s %9s %9s %8s %8s\n", "input", "events", "signals", "mode",
+              "by", "seconds", "ms/signal", "calls/s.", "in SAT", "literals");
+  std::fflush(stdout);
+  for (int i = 1; i < argc; ++i) {
+    for (const auto style : {complex_gate, generalised_c, standard_c}) {
+      for (const int solver : {0, 1}) {
+        const pid_t child = fork();
+        if (child == 0) {
+          vorel::measure(argv[i], style, solver);
+          return 0;
+        }
+        waitpid(child, nullptr, 0);
+      }
+    }
+  }
+  return 0;
+}
