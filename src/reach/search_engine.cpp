@@ -16,15 +16,6 @@
 #include "sat/least_cost.h"
 
 namespace vorel {
-namespace {
-
-CnfParams cnf_params(const Params& params) {
-  return {.solver = params.get("solver"),
-          .restrict_branching = params.get("restrict_branching") != 0,
-          .store_cnf_formula = params.get("store_cnf_formula") != 0};
-}
-
-}  // namespace
 
 template <Process P>
 SearchEngine<P>::SearchEngine(const P& process, const Params& params, VerdictMessages messages)
@@ -32,7 +23,7 @@ SearchEngine<P>::SearchEngine(const P& process, const Params& params, VerdictMes
       params_{params},
       all_solutions_{params.get("all_solutions")},
       messages_{std::move(messages)},
-      formula_{cnf_params(params)} {}
+      formula_{CnfParams::of(params)} {}
 
 template <Process P>
 void SearchEngine<P>::run() {

@@ -29,6 +29,12 @@ std::unique_ptr<SatSolver> make_solver(int number) {
 
 }  // namespace
 
+CnfParams CnfParams::of(const Params& params) {
+  return {.solver = params.get("solver"),
+          .restrict_branching = params.get("restrict_branching") != 0,
+          .store_cnf_formula = params.get("store_cnf_formula") != 0};
+}
+
 CnfFormula::CnfFormula(const CnfParams& params)
     : restrict_branching_(params.restrict_branching),
       store_cnf_formula_(params.store_cnf_formula),

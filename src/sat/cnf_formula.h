@@ -14,6 +14,7 @@
 #include <span>
 #include <vector>
 
+#include "base/params.h"
 #include "sat/at_most_one.h"
 #include "sat/definition_recorder.h"
 #include "sat/gate.h"
@@ -27,6 +28,8 @@ struct CnfParams {
   int solver = 1;
   bool restrict_branching = false;  // no decisions on the outputs of small gates either
   bool store_cnf_formula = false;   // write formula.cnf before every solve
+
+  static CnfParams of(const Params& params);
 };
 
 class CnfFormula {

@@ -5,19 +5,13 @@
 namespace vorel {
 namespace {
 
-CnfParams cnf_params(const Params& params) {
-  return {.solver = params.get("solver"),
-          .restrict_branching = params.get("restrict_branching") != 0,
-          .store_cnf_formula = params.get("store_cnf_formula") != 0};
-}
-
 bool is_dummy(const StgPrefix::Event& event) { return event.transition->signal->is_dummy(); }
 
 }  // namespace
 
 StateFormula::StateFormula(const StateStructure& structure, const Params& params,
                            std::size_t states)
-    : structure_{structure}, formula_{cnf_params(params)} {
+    : structure_{structure}, formula_{CnfParams::of(params)} {
   for (std::size_t i = 0; i < states; ++i) {
     configurations_.push_back(std::make_unique<ConfigurationVars<StgPrefix>>(prefix(), formula_));
     ConfigurationVars<StgPrefix>& vars = *configurations_.back();

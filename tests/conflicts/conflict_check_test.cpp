@@ -85,8 +85,10 @@ class Comparison {
         SCOPED_TRACE("method " + std::to_string(method) + " inclusion " +
                      std::to_string(inclusion));
         const auto with = [&](const char* key, int value) {
-          return params_with(
-              {{"method", method}, {"inclusion_constraints", inclusion}, {key, value}});
+          return params_with({{"method", method},
+                              {"inclusion_constraints", inclusion},
+                              {key, value},
+                              {"solver", method == 2 ? 0 : 1}});
         };
         check(Probe<typename Truth::Check>(subject_.prefix, with("min_cost", 0)), false);
         check(Probe<typename Truth::Check>(subject_.prefix, with("min_cost", 1)), true);

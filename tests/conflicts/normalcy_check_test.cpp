@@ -54,8 +54,10 @@ class Comparison {
         SCOPED_TRACE("method " + std::to_string(method) + " inclusion " +
                      std::to_string(inclusion));
         const auto with = [&](const char* key, int value) {
-          return params_with(
-              {{"method", method}, {"inclusion_constraints", inclusion}, {key, value}});
+          return params_with({{"method", method},
+                              {"inclusion_constraints", inclusion},
+                              {key, value},
+                              {"solver", method == 2 ? 0 : 1}});
         };
         check(Probe(subject_.prefix, with("min_cost", 0)));
         check_least(Probe(subject_.prefix, with("min_cost", 1)));

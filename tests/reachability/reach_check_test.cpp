@@ -37,6 +37,7 @@ Params params_for(Search search) {
        {"solver", "no_max_dummies", "enable_via_dummies", "backward_conflict_constraints"}) {
     params.set(key, 1);
   }
+  params.set("solver", search == Search::shortest ? 1 : 0);  // both shall have the same answers
   params.set("method", 2);
   params.set("inclusion_constraints", -1);
   params.set("all_solutions", search == Search::all ? -1 : 0);

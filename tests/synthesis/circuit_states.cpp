@@ -34,7 +34,7 @@ class Explorer {
       const CircuitState state = open.back();
       open.pop_back();
       for (const auto& [what, next] : moves(state)) {
-        if (!next) return what + " happens where the specification does not allow it";
+        if (!next) return what + " happens where the STG does not allow it";
         const std::string victim = disabled_by(state, *next, what);
         if (!victim.empty()) return victim + " is disabled by " + what;
         if (seen.insert(*next).second) open.push_back(*next);
@@ -101,7 +101,7 @@ class Explorer {
     return "";
   }
 
-  // An output that the specification waits for when all gates are at rest, and that is not driven.
+  // An output that the STG waits for when all gates are at rest, and that is not driven.
   std::string missing_output(const CircuitState& state) const {
     for (std::size_t g = 0; g < solutions_.size(); ++g) {
       if (function(g, state.environment) != state.gates[g]) return "";
