@@ -8,6 +8,7 @@
 #include "base/messages.h"
 #include "base/output_file.h"
 #include "base/run_state.h"
+#include "reach/dummy_cutoffs.h"
 #include "synthesis/monotonic_cover.h"
 #include "synthesis/verilog_writer.h"
 #include "toolkit/factor.h"
@@ -50,7 +51,11 @@ EquationSearch::EquationSearch(const StgPrefix& prefix, const Params& params, Sy
       structure_{prefix},
       triggers_{structure_},
       support_search_{structure_, params_, style},
-      state_search_{structure_, params_, style, max_codes} {}
+      state_search_{structure_, params_, style, max_codes} {
+  if (has_dummy_cutoffs(prefix)) {
+    print_warning("there are dummy cut-offs; the result will not be reliable");
+  }
+}
 
 void EquationSearch::run() {
   using enum FunctionPhase;

@@ -20,7 +20,8 @@ namespace vorel {
 
 class EquationSearch {
  public:
-  // Refers to the prefix. Functions of more codes than allowed are found as cubes (StateSetSearch).
+  // Refers to the prefix; warns of dummy cut-offs. Functions of more codes than allowed are found
+  // as cubes (StateSetSearch).
   EquationSearch(const StgPrefix& prefix, const Params& params, SynthesisStyle style,
                  std::size_t max_codes = StateSetSearch::usual_max_codes);
 
