@@ -62,3 +62,6 @@ build-bench/bench/bench_property_language
 echo
 echo "== BDDs and covers of 20 variables"
 build-bench/bench/bench_bdd_covers
+echo
+echo "== Two-level minimisation and factoring, next to exact minima"
+build-bench/bench/bench_two_level
