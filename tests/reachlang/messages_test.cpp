@@ -210,8 +210,8 @@ TEST(ReachValues, TheCommandTellsFaultsOnceAndFails) {
   };
   const Row table[] = {
       {"1", "-F",
-       "\nError: incorrect syntax of the expression: Type mismatch in the overall "
-       "specification: a Boolean expression is expected (located at line 1, column 1)\n"
+       "\nError: incorrect syntax of the expression: Type mismatch in "
+       "the overall specification: a Boolean expression is expected (located at line 1, column 1)\n"
        "\nError: Failed to read the property\n",
        2},
       {"$P\"x\"", "-F",
