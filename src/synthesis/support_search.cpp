@@ -17,15 +17,21 @@ void add_minimal(std::vector<SignalList>& sets, SignalList fresh) {
 }
 
 // A support meets every difference: the complement of the sum of their products, whose literals are
-// negated.
+// negated. All those with the fewest signals and with one signal more, unless they are very many.
 Cover supports_meeting(const std::vector<SignalList>& differences, std::size_t width) {
+  constexpr std::size_t max_supports = 100;
   Cover cover(width, false);
   for (const SignalList& difference : differences) {
     Cube cube(width, Ternary::dash);
     for (const std::uint32_t signal : difference) cube.set(signal, Ternary::zero);
     cover.add(std::move(cube));
   }
-  return unate_complement(cover);
+  std::size_t fewest = 1;
+  while (unate_complement(cover, {.max_literals = fewest, .max_products = 1}).empty()) ++fewest;
+  Cover larger =
+      unate_complement(cover, {.max_literals = fewest + 1, .max_products = max_supports});
+  if (larger.size() < max_supports) return larger;
+  return unate_complement(cover, {.max_literals = fewest, .max_products = max_supports});
 }
 
 bool is_smaller(const Cube& a, const Cube& b) {
@@ -36,8 +42,6 @@ bool is_smaller(const Cube& a, const Cube& b) {
 std::vector<Cube> smallest_first(const Cover& cover) {
   std::vector<Cube> cubes(cover.begin(), cover.end());
   std::ranges::sort(cubes, is_smaller);
-  const std::size_t largest = cubes.front().literal_count() + 1;
-  while (cubes.back().literal_count() > largest) cubes.pop_back();
   return cubes;
 }
 

@@ -17,8 +17,9 @@ class UnateRecursion {
  public:
   enum class Goal { complement, simplify };
 
-  UnateRecursion(const PackedCover& cover, Goal goal)
+  UnateRecursion(const PackedCover& cover, Goal goal, const ProductBounds& bounds = {})
       : goal_{goal},
+        bounds_{bounds},
         rows_{cover},
         result_{cover.width()},
         summary_{cover.width()},
@@ -39,8 +40,9 @@ class UnateRecursion {
   void raise_contained(std::size_t first, std::size_t middle, std::vector<bool>& raised) const;
 
   Goal goal_;
-  PackedCover rows_;    // a stack: each level of the recursion appends its cofactors
-  PackedCover result_;  // each level appends its own
+  ProductBounds bounds_;  // of the complement of a cover that is unate as a whole
+  PackedCover rows_;      // a stack: each level of the recursion appends its cofactors
+  PackedCover result_;    // each level appends its own
   ColumnSummary summary_;
   SplitChooser chooser_;
   TransversalSearch transversals_;
@@ -56,11 +58,12 @@ void UnateRecursion::complement_unate(std::size_t first) {
     for (std::size_t k = 0; k < rows_.stride(); ++k) positions[k] = literal_positions(rows_[i][k]);
     transversals_.add_set(positions);
   }
-  transversals_.for_each([&](ConstRow negated) {
+  const auto add_product = [&](ConstRow negated) {
     const Row row = result_.add_full();
     for (std::size_t k = 0; k < row.size(); ++k) row[k] = ~(meet[k] & both_bits(negated[k]));
-    return true;
-  });
+    return result_.size() < bounds_.max_products;
+  };
+  transversals_.for_each(add_product, bounds_.max_literals);
 }
 
 void UnateRecursion::simplify_unate(std::size_t first) {
@@ -156,11 +159,12 @@ Cover complement(const Cover& cover) {
   return result;
 }
 
-Cover unate_complement(const Cover& cover) {
+Cover unate_complement(const Cover& cover, const ProductBounds& bounds) {
   if (verbosity() >= 6) std::cerr << "\nCover before complement:\n" << to_string(cover);
   const PackedCover rows(cover);
   assert(is_unate(rows));
-  const Cover result = sorted_cover(UnateRecursion(rows, UnateRecursion::Goal::complement).run());
+  const Cover result =
+      sorted_cover(UnateRecursion(rows, UnateRecursion::Goal::complement, bounds).run());
   // The input once more: this has always been so, and logs are compared.
   if (verbosity() >= 6) std::cerr << "\nCover after complement:\n" << to_string(cover);
   return result;

@@ -12,8 +12,15 @@ namespace vorel {
 // Exact; in cube order. At verbosity 6 both covers are printed on the standard error stream.
 Cover complement(const Cover& cover);
 
-// The same for a cover in which no variable occurs both plainly and negated.
-Cover unate_complement(const Cover& cover);
+// Which products of a complement are wanted.
+struct ProductBounds {
+  std::size_t max_literals = ~std::size_t{0};
+  std::size_t max_products = ~std::size_t{0};
+};
+
+// The same for a cover in which no variable occurs both plainly and negated; within bounds, only a
+// part of the complement's primes.
+Cover unate_complement(const Cover& cover, const ProductBounds& bounds = {});
 
 // Another cover of the same points, often with fewer rows.
 PackedCover simplify(const PackedCover& cover);

@@ -114,6 +114,7 @@ bool TransversalSearch::try_position(std::size_t position, std::size_t depth, co
 bool TransversalSearch::search(std::size_t depth, const Level& level) {
   const auto unmet = std::span(stack_).subspan(level.unmet, set_words_);
   if (std::ranges::all_of(unmet, [](Word word) { return word == 0; })) return (*visit_)(chosen_);
+  if (depth == max_size_) return true;
   const std::size_t first = branches_.size();
   choose_branches(level);
   const std::size_t last = branches_.size();
@@ -128,11 +129,12 @@ bool TransversalSearch::search(std::size_t depth, const Level& level) {
   return go_on;
 }
 
-void TransversalSearch::for_each(const Visit& visit) {
+void TransversalSearch::for_each(const Visit& visit, std::size_t max_size) {
   assert(visit && branches_.empty() && "a search within the visit of another");
   remove_supersets();
   index_sets();
   visit_ = &visit;
+  max_size_ = max_size;
   stack_.assign(set_words_ + sets_.stride(), low_bits);
   std::fill_n(stack_.begin(), set_words_, 0);
   for (std::size_t i = 0; i < sets_.size(); ++i) stack_[i / 64] |= bit_of(i);

@@ -22,11 +22,12 @@ class TransversalSearch {
   // A set of positions to be met.
   void add_set(ConstRow positions) { sets_.add(positions); }
 
-  // Each minimal transversal once, positions that meet many sets first; until visit returns false.
-  // No sets: one empty transversal; an empty set among them: none. The search goes as deep as the
-  // largest transversal.
+  // Each minimal transversal of at most max_size positions once, positions that meet many sets
+  // first; until visit returns false. No sets: one empty transversal; an empty set among them:
+  // none. The search goes as deep as the largest transversal.
   using Visit = std::function<bool(ConstRow positions)>;
-  void for_each(const Visit& visit);
+  void for_each(const Visit& visit, std::size_t max_size = unbounded);
+  static constexpr std::size_t unbounded = ~std::size_t{0};
 
  private:
   // Bit sets over the numbers of the sets, at an offset of the stack.
@@ -53,6 +54,7 @@ class TransversalSearch {
   std::vector<std::uint32_t> branches_;  // a stack too
   std::vector<Word> chosen_;
   const Visit* visit_ = nullptr;
+  std::size_t max_size_ = unbounded;
 };
 
 }  // namespace vorel

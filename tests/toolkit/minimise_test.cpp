@@ -189,6 +189,11 @@ TEST(Complement, IsExactAlsoForUnateCovers) {
     const Cover result = unate_complement(unate);
     ASSERT_EQ(table_of(result), expected) << to_string(unate);
     expect_prime(result, table_of(unate));
+    Cover small(width, false);
+    for (const Cube& cube : result) {
+      if (cube.literal_count() <= width / 2) small.add(cube);
+    }
+    EXPECT_EQ(unate_complement(unate, {.max_literals = width / 2}), small);
     if (HasFailure()) return;
   }
 }
