@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "base/messages.h"
 #include "base/run_state.h"
@@ -15,6 +16,7 @@
 #include "oracle/random_property.h"
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
+#include "oracle/state_graph.h"
 #include "reach/dummy_cutoffs.h"
 #include "support/seeds.h"
 
@@ -230,6 +232,23 @@ TEST(ReachCheck, AgreesWithTheStateGraphOfRandomNets) {
       },
       FinalState::marking);
   EXPECT_GT(tally.merged * 10, tally.properties) << "too few were asked of merged processes";
+}
+
+// Behind a cut-off of a merged process what is enabled need not have an event: some of these nets
+// would look stuck there.
+TEST(ReachCheck, FindsMergedProcessesStuckExactlyWhereTheirNetsAre) {
+  testing::internal::CaptureStderr();  // processes without cut-offs are warned of
+  run_state().mode_data = "forall t in TRANSITIONS { ~@t }";
+  const auto [first, end] = seeds(100);
+  std::vector<std::uint64_t> cases{479};  // one of those
+  for (std::uint64_t seed = first; seed < end; ++seed) cases.push_back(seed);
+  for (const std::uint64_t seed : cases) {
+    const Net net = oracle::random_net(seed);
+    const auto merged = merge(oracle::unfold(net).value());
+    const Probe<NetMergedProcess> stuck(merged, FinalState::marking, Search::one);
+    EXPECT_EQ(!stuck.configurations.empty(), oracle::explore(net).has_deadlock()) << seed;
+  }
+  testing::internal::GetCapturedStderr();
 }
 
 TEST(ReachCheck, AgreesWithTheStateGraphOfRandomStgs) {
