@@ -16,7 +16,7 @@
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "conflicts/csc_check.h"
-#include "net/pnml_reader.h"
+#include "formats/pnml_reader.h"
 #include "net/process_variant.h"
 
 namespace vorel {

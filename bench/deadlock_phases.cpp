@@ -17,7 +17,7 @@
 #include "base/messages.h"
 #include "base/params.h"
 #include "base/run_state.h"
-#include "net/pnml_reader.h"
+#include "formats/pnml_reader.h"
 #include "net/process_variant.h"
 #include "reach/deadlock_check.h"
 

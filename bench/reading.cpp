@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "net/input_text.h"
-#include "net/mci_reader.h"
-#include "net/pnml_reader.h"
+#include "base/input_text.h"
+#include "formats/mci_reader.h"
+#include "formats/pnml_reader.h"
 #include "net/process_variant.h"
 #include "net/sanity_checks.h"
 

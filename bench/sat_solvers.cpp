@@ -78,7 +78,7 @@ Formula factors(std::uint64_t number, std::uint32_t width) {
   for (std::uint32_t i = 0; i < width; ++i) {
     rows.emplace_back(i, LitFalse);
     for (const Lit bit : x)
-      rows.back().push_back(formula.make_gate(Gate(GateAnd, {bit, y[i]}), PermanentGroup));
+      rows.back().push_back(formula.make_gate(LibraryGate(GateAnd, {bit, y[i]}), PermanentGroup));
   }
   circuit.assert_equal(circuit.sum(rows, PermanentGroup), number, PermanentGroup);
   circuit.assert_greater(x, 1, PermanentGroup);
@@ -226,7 +226,7 @@ void measure_memory() {
     solver.solve(true, true);
     solver.delete_group(group);
     if (round != 100 && round != 1000 && round != 10000) continue;
-    const zchaff::CoreStats stats = solver.core().stats();
+    const zchaff::SolverCoreStats stats = solver.core().stats();
     std::printf("%6d rounds of a group: %ld kB, %llu conflicts, %llu learnt clauses left\n", round,
                 resident_kilobytes(), static_cast<unsigned long long>(stats.conflicts),
                 static_cast<unsigned long long>(stats.learnt_clauses));

@@ -14,7 +14,7 @@
 #include "base/clock.h"
 #include "base/messages.h"
 #include "base/run_state.h"
-#include "net/pnml_reader.h"
+#include "formats/pnml_reader.h"
 #include "net/process_variant.h"
 #include "synthesis/equation_search.h"
 

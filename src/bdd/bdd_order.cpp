@@ -3,7 +3,7 @@
 #include <compare>
 
 #include "bdd/bdd.h"
-#include "toolkit/hashing.h"
+#include "toolkit/value_hash.h"
 
 namespace vorel {
 namespace {

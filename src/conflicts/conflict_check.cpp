@@ -5,8 +5,8 @@
 #include <iostream>
 
 #include "base/messages.h"
-#include "reach/decoding.h"
-#include "reach/dummy_cutoffs.h"
+#include "configuration/decoding.h"
+#include "configuration/dummy_cutoffs.h"
 #include "sat/integer_circuit.h"
 #include "sat/least_cost.h"
 

@@ -9,8 +9,8 @@
 #pragma once
 
 #include "conflicts/core_blocking.h"
-#include "conflicts/state_literals.h"
-#include "reach/search_engine.h"
+#include "configuration/state_literals.h"
+#include "configuration/search_engine.h"
 
 namespace vorel {
 

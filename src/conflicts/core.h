@@ -11,7 +11,7 @@
 #include <list>
 #include <unordered_set>
 
-#include "conflicts/event_set.h"
+#include "configuration/event_set.h"
 
 namespace vorel {
 

@@ -6,7 +6,7 @@
 #include "base/messages.h"
 #include "conflicts/conflict_solution.h"
 #include "conflicts/csc_check.h"
-#include "reach/decoding.h"
+#include "configuration/decoding.h"
 
 namespace vorel {
 

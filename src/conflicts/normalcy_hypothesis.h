@@ -10,8 +10,8 @@
 
 #include <optional>
 
-#include "conflicts/final_state.h"
-#include "conflicts/triggers.h"
+#include "configuration/final_state.h"
+#include "configuration/triggers.h"
 
 namespace vorel {
 

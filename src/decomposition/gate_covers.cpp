@@ -5,7 +5,7 @@ namespace {
 
 // Straight from the expression: a sum of products in between may be longer without bound.
 struct BddAlgebra {
-  const Gate& gate;
+  const LibraryGate& gate;
   bool output;  // the value of the feedback
 
   Bdd constant(bool value) const { return Bdd(value); }
@@ -18,7 +18,7 @@ struct BddAlgebra {
 
 }  // namespace
 
-BDDCover covers_of(const Gate& gate) {
+BDDCover covers_of(const LibraryGate& gate) {
   const Bdd after_0 = value_of<Bdd>(gate.function, BddAlgebra{gate, false});
   const Bdd after_1 =
       gate.has_feedback ? value_of<Bdd>(gate.function, BddAlgebra{gate, true}) : after_0;

@@ -4,12 +4,12 @@
 #pragma once
 
 #include "bdd/bdd_cover.h"
-#include "toolkit/gate.h"
+#include "toolkit/library_gate.h"
 
 namespace vorel {
 
 // Input pin i is BDD variable i. A latch is excited where its function differs from its own value,
 // which is no variable, and stable elsewhere; all other gates are two-valued.
-BDDCover covers_of(const Gate& gate);
+BDDCover covers_of(const LibraryGate& gate);
 
 }  // namespace vorel

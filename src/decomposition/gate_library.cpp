@@ -6,7 +6,7 @@
 
 #include "base/messages.h"
 #include "decomposition/internal_gate_library.h"
-#include "net/input_text.h"
+#include "base/input_text.h"
 #include "toolkit/gate_expression.h"
 #include "toolkit/genlib_reader.h"
 
@@ -21,10 +21,10 @@ constexpr std::string_view two_input_primitives[] = {
     "o=i1+i2;", nor2, "o=i1*i2;", nand2, "o=!(!i1+i2);", "o=!(!i1*i2);",
 };
 
-auto order_of(const Gate& gate) { return std::tie(gate.area, gate.gate_class, gate.name); }
+auto order_of(const LibraryGate& gate) { return std::tie(gate.area, gate.gate_class, gate.name); }
 static_assert(GateClass::combinational < GateClass::asynchronous_latch);
 
-bool is_usable(const Gate& gate) {
+bool is_usable(const LibraryGate& gate) {
   return gate.name != wire_name && gate.gate_class != GateClass::clocked_latch;
 }
 
@@ -43,13 +43,13 @@ GateEquation parsed(std::string_view equation) {
 
 }  // namespace
 
-GateLibrary::GateLibrary(std::vector<Gate> gates) : gates_{std::move(gates)} {
+GateLibrary::GateLibrary(std::vector<LibraryGate> gates) : gates_{std::move(gates)} {
   std::ranges::sort(gates_, {}, order_of);
   for (std::size_t i = 0; i < gates_.size(); ++i) number_of_.emplace(gates_[i].name, i);
   assert(number_of_.size() == gates_.size() && "the reader gives every name once");
 }
 
-const Gate& GateLibrary::gate(std::string_view name) const {
+const LibraryGate& GateLibrary::gate(std::string_view name) const {
   const auto found = number_of_.find(name);
   assert(found != number_of_.end() && "a gate of the library");
   return gates_[found->second];
@@ -62,7 +62,7 @@ double GateLibrary::literal_area(std::size_t literals) const {
 std::vector<std::string> GateLibrary::gate_list(std::uint32_t max_gate_inputs,
                                                 bool use_latches) const {
   std::vector<std::string> names;
-  for (const Gate& gate : gates_) {
+  for (const LibraryGate& gate : gates_) {
     const bool is_latch = gate.gate_class != GateClass::combinational;
     if (!is_usable(gate) || gate.input_count() > max_gate_inputs) continue;
     if (use_latches || !is_latch) names.push_back(gate.name);
@@ -71,11 +71,11 @@ std::vector<std::string> GateLibrary::gate_list(std::uint32_t max_gate_inputs,
 }
 
 // The first gate with the function, its pins in any order and under any names.
-const Gate* GateLibrary::find_by_function(std::string_view equation) const {
+const LibraryGate* GateLibrary::find_by_function(std::string_view equation) const {
   const GateEquation sought = parsed(equation);
   const auto pin_count = static_cast<std::uint32_t>(sought.pins.size());
   const TruthTable table = truth_table(sought.function, pin_count);
-  const auto found = std::ranges::find_if(gates_, [&](const Gate& gate) {
+  const auto found = std::ranges::find_if(gates_, [&](const LibraryGate& gate) {
     return is_usable(gate) && gate.gate_class == GateClass::combinational &&
            gate.pin_count() == pin_count &&
            equal_up_to_pin_order(table, truth_table(gate.function, pin_count), pin_count);
@@ -83,9 +83,9 @@ const Gate* GateLibrary::find_by_function(std::string_view equation) const {
   return found == gates_.end() ? nullptr : &*found;
 }
 
-const Gate* GateLibrary::find_one_input_gate(bool inverts) const {
+const LibraryGate* GateLibrary::find_one_input_gate(bool inverts) const {
   const GateFunction input{{{GateOperator::pin, 0}}};
-  const auto found = std::ranges::find_if(gates_, [&](const Gate& gate) {
+  const auto found = std::ranges::find_if(gates_, [&](const LibraryGate& gate) {
     if (!is_usable(gate) || gate.input_count() != 1) return false;
     TruthTable expected = truth_table(input, gate.pin_count());
     if (inverts) expected.front() = ~expected.front();
@@ -98,8 +98,8 @@ const Gate* GateLibrary::find_one_input_gate(bool inverts) const {
 bool GateLibrary::choose_basic_gates() {
   const bool has_constant_0 = find_by_function("o=0;") != nullptr || report_missing("const0");
   const bool has_constant_1 = find_by_function("o=1;") != nullptr || report_missing("const1");
-  const Gate* const buffer = find_one_input_gate(false);
-  const Gate* const inverter = find_one_input_gate(true);
+  const LibraryGate* const buffer = find_one_input_gate(false);
+  const LibraryGate* const inverter = find_one_input_gate(true);
   if (buffer != nullptr) buffer_name_ = buffer->name;
   if (inverter != nullptr) inverter_name_ = inverter->name;
   const bool has_buffer = buffer != nullptr || report_missing("buffer");
@@ -114,7 +114,7 @@ bool GateLibrary::choose_basic_gates() {
 
 void GateLibrary::derive_areas() {
   inverter_area_ = area(inverter_name_);
-  const Gate* primitive = find_by_function(nand2);
+  const LibraryGate* primitive = find_by_function(nand2);
   if (primitive == nullptr) primitive = find_by_function(nor2);
   literal_slope_ = primitive != nullptr ? primitive->area - inverter_area_ : inverter_area_ * 0.5;
   literal_offset_ = literal_slope_ < inverter_area_ ? inverter_area_ - literal_slope_ : 0;

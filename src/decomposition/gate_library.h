@@ -16,7 +16,7 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/gate.h"
+#include "toolkit/library_gate.h"
 
 namespace vorel {
 
@@ -43,18 +43,18 @@ class GateLibrary {
   std::vector<std::string> gate_list(std::uint32_t max_gate_inputs, bool use_latches) const;
 
   // Of a gate that is in the library.
-  const Gate& gate(std::string_view name) const;
+  const LibraryGate& gate(std::string_view name) const;
   double area(std::string_view name) const { return gate(name).area; }
 
  private:
-  explicit GateLibrary(std::vector<Gate> gates);
+  explicit GateLibrary(std::vector<LibraryGate> gates);
 
   bool choose_basic_gates();
   void derive_areas();
-  const Gate* find_by_function(std::string_view equation) const;
-  const Gate* find_one_input_gate(bool inverts) const;
+  const LibraryGate* find_by_function(std::string_view equation) const;
+  const LibraryGate* find_one_input_gate(bool inverts) const;
 
-  std::vector<Gate> gates_;  // in the order in which they are taken
+  std::vector<LibraryGate> gates_;  // in the order in which they are taken
   std::map<std::string, std::size_t, std::less<>> number_of_;
   std::string buffer_name_, inverter_name_;
   double inverter_area_ = -1.0, literal_slope_ = -1.0, literal_offset_ = -1.0;

@@ -15,11 +15,11 @@
 #include "conflicts/usc_check.h"
 #include "driver/coefficients.h"
 #include "driver/option_table.h"
-#include "driver/read_input.h"
+#include "formats/process_file.h"
 #include "net/process.h"
 #include "net/process_variant.h"
 #include "reach/deadlock_check.h"
-#include "reachability/reach_check.h"
+#include "reach/reach_check.h"
 #include "synthesis/equation_search.h"
 
 namespace vorel {

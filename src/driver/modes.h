@@ -1,6 +1,6 @@
 // driver/modes.h - the modes: each reads its input and runs its engine on it.
 // Here:      the table of mode functions, the run functions behind them, the order of their steps.
-// Not here:  the engines, the choice of the reader (driver/read_input.h).
+// Not here:  the engines, the choice of the reader (formats/process_file.h).
 #pragma once
 
 #include <cstdint>

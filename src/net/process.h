@@ -1,6 +1,6 @@
 // net/process.h - finite complete prefixes of unfoldings, and merged processes.
 // Here:      the four classes of process, their conditions and events, cut-off information.
-// Not here:  files (net/mci_reader.h, net/mp_reader.h, net/pnml_reader.h), checks
+// Not here:  files (formats/mci_reader.h, formats/mp_reader.h, formats/pnml_reader.h), checks
 //            (net/sanity_checks.h), one process out of several kinds (net/process_variant.h).
 //
 // A process has its net as base and two more owned lists. Processes are read-only once loaded,

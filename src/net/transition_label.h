@@ -1,6 +1,6 @@
 // net/transition_label.h - the signal information that legacy formats keep in transition names.
 // Here:      splitting a name, [prefix.]identifier[+|-][/number]; labelling a net; the prefixes.
-// Not here:  the formats themselves (net/mci_reader.h, net/mp_reader.h, net/mci_writer.h).
+// Not here:  the formats themselves (formats/mci_reader.h, formats/mp_reader.h, formats/mci_writer.h).
 #pragma once
 
 #include <string_view>

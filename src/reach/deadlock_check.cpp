@@ -5,9 +5,9 @@
 
 #include "base/messages.h"
 #include "reach/deadlock_encoding.h"
-#include "reach/decoding.h"
-#include "reach/dummy_cutoffs.h"
-#include "reach/validation.h"
+#include "configuration/decoding.h"
+#include "configuration/dummy_cutoffs.h"
+#include "configuration/validation.h"
 
 namespace vorel {
 namespace {

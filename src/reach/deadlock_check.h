@@ -3,7 +3,7 @@
 // Not here:  how that is said in clauses (reach/deadlock_encoding.h).
 #pragma once
 
-#include "reach/search_engine.h"
+#include "configuration/search_engine.h"
 
 namespace vorel {
 

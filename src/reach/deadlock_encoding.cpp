@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-#include "reach/sorted_links.h"
+#include "configuration/sorted_links.h"
 
 namespace vorel {
 namespace {

@@ -1,10 +1,10 @@
 // reach/deadlock_encoding.h - clauses that make the final state of a configuration a deadlock.
 // Here:      the two methods of -D.
-// Not here:  the configuration itself (reach/configuration_encoding.h), the search
+// Not here:  the configuration itself (configuration/configuration_encoding.h), the search
 //            (reach/deadlock_check.h).
 #pragma once
 
-#include "reach/configuration_encoding.h"
+#include "configuration/configuration_encoding.h"
 
 namespace vorel {
 

@@ -6,7 +6,7 @@
 
 #include "base/indexed_by.h"
 #include "base/messages.h"
-#include "reach/decoding.h"
+#include "configuration/decoding.h"
 #include "reachlang/process_index.h"
 
 namespace vorel {

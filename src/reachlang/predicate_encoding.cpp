@@ -7,7 +7,7 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
-#include "reach/configuration_encoding.h"
+#include "configuration/configuration_encoding.h"
 #include "reachlang/expansion.h"
 #include "reachlang/process_index.h"
 #include "sat/integer_circuit.h"

@@ -1,12 +1,12 @@
 // reachlang/predicate_encoding.h - a property as clauses over one configuration.
 // Here:      what the atoms mean, the gates of the connectives, the property as a constraint.
 // Not here:  the normal form (reachlang/expansion.h), what a configuration is
-//            (reach/configuration_encoding.h).
+//            (configuration/configuration_encoding.h).
 #pragma once
 
 #include <optional>
 
-#include "reach/configuration_vars.h"
+#include "configuration/configuration_vars.h"
 #include "reachlang/expansion.h"
 
 namespace vorel {

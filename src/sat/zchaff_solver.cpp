@@ -34,13 +34,13 @@ ModelValue from_core(zchaff::Truth truth) {
 
 }  // namespace
 
-ZChaffSolver::ZChaffSolver(const zchaff::CoreParams& params)
-    : params_{params}, core_{std::make_unique<zchaff::Core>(params)} {}
+ZChaffSolver::ZChaffSolver(const zchaff::SolverCoreParams& params)
+    : params_{params}, core_{std::make_unique<zchaff::SolverCore>(params)} {}
 
 ZChaffSolver::~ZChaffSolver() = default;
 
 void ZChaffSolver::reset() {
-  core_ = std::make_unique<zchaff::Core>(params_);
+  core_ = std::make_unique<zchaff::SolverCore>(params_);
   state_ = State::fresh;
 }
 

@@ -1,6 +1,6 @@
 // sat/zchaff_solver.h - the core with native clause groups behind the interface of the SAT solvers.
 // Here:      the translation of calls and answers, and what the core must be told between solves.
-// Not here:  the core itself (zchaff/core.h).
+// Not here:  the core itself (zchaff/solver_core.h).
 //
 // At most 32 groups are alive at a time, numbered from 1. A group too many is an error, for which
 // removed_group is returned; clauses for a group that is not alive cannot be kept, and make every
@@ -11,13 +11,13 @@
 #include <vector>
 
 #include "sat/sat_solver.h"
-#include "zchaff/core.h"
+#include "zchaff/solver_core.h"
 
 namespace vorel {
 
 class ZChaffSolver final : public SatSolver {
  public:
-  explicit ZChaffSolver(const zchaff::CoreParams& params = {});
+  explicit ZChaffSolver(const zchaff::SolverCoreParams& params = {});
   ~ZChaffSolver() override;
 
   Var new_var(bool no_branch) override;
@@ -36,7 +36,7 @@ class ZChaffSolver final : public SatSolver {
   std::uint64_t num_clauses() const override;
   std::uint64_t num_literals() const override;
 
-  const zchaff::Core& core() const { return *core_; }
+  const zchaff::SolverCore& core() const { return *core_; }
 
  private:
   enum class State : std::uint8_t {
@@ -47,8 +47,8 @@ class ZChaffSolver final : public SatSolver {
     failed,   // the core gave no answer: no further solves until a reset
   };
 
-  const zchaff::CoreParams params_;
-  std::unique_ptr<zchaff::Core> core_;
+  const zchaff::SolverCoreParams params_;
+  std::unique_ptr<zchaff::SolverCore> core_;
   State state_ = State::fresh;
   std::vector<zchaff::Literal> clause_;  // scratch
 };

@@ -8,7 +8,7 @@
 #include "base/messages.h"
 #include "base/output_file.h"
 #include "base/run_state.h"
-#include "reach/dummy_cutoffs.h"
+#include "configuration/dummy_cutoffs.h"
 #include "synthesis/monotonic_cover.h"
 #include "synthesis/verilog_writer.h"
 #include "toolkit/factor.h"

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "synthesis/function_phase.h"
-#include "synthesis/state_formula.h"
+#include "configuration/state_formula.h"
 #include "synthesis/support_search.h"
 #include "toolkit/cover.h"
 

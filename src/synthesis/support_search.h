@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "synthesis/function_phase.h"
-#include "synthesis/state_formula.h"
+#include "configuration/state_formula.h"
 
 namespace vorel {
 

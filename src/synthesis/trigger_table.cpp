@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "conflicts/triggers.h"
+#include "configuration/triggers.h"
 
 namespace vorel {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "conflicts/state_literals.h"
+#include "configuration/state_literals.h"
 #include "synthesis/function_phase.h"
 #include "synthesis/support_search.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "toolkit/hashing.h"
+#include "toolkit/value_hash.h"
 
 namespace vorel {
 namespace {

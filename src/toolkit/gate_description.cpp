@@ -17,7 +17,7 @@ class GateMaker {
         mentioned_(pins().begin(), pins().end()),
         feedback_{pins().end()} {}
 
-  bool run(Gate& gate) {
+  bool run(LibraryGate& gate) {
     if (!is_latch_consistent() || !has_feedback_pin() || !order_pins()) return false;
     gate.name = description_.name;
     gate.area = description_.area;
@@ -114,7 +114,7 @@ class GateMaker {
 
 }  // namespace
 
-bool make_gate(const GateDescription& description, const GenlibCursor& cursor, Gate& gate) {
+bool make_gate(const GateDescription& description, const GenlibCursor& cursor, LibraryGate& gate) {
   return GateMaker(description, cursor).run(gate);
 }
 

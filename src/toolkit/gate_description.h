@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/gate.h"
+#include "toolkit/library_gate.h"
 #include "toolkit/gate_expression.h"
 #include "toolkit/genlib_cursor.h"
 
@@ -29,6 +29,6 @@ struct GateDescription {
 inline constexpr std::string_view any_pin = "*", no_feedback = "ANY";
 
 // False after an error, which the cursor has told.
-bool make_gate(const GateDescription& description, const GenlibCursor& cursor, Gate& gate);
+bool make_gate(const GateDescription& description, const GenlibCursor& cursor, LibraryGate& gate);
 
 }  // namespace vorel

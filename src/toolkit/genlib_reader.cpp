@@ -28,7 +28,7 @@ class GenlibReader {
   GenlibReader(std::string_view text, const std::string& name) : cursor_{text, name} {}
 
   // library = { gate | latch } .
-  std::optional<std::vector<Gate>> run() {
+  std::optional<std::vector<LibraryGate>> run() {
     while (!cursor_.at_end()) {
       if (!statement()) return std::nullopt;
     }
@@ -126,14 +126,14 @@ class GenlibReader {
   }
 
   bool finish_gate() {
-    Gate gate;
+    LibraryGate gate;
     if (!make_gate(described_, cursor_, gate)) return false;
     const auto [known, is_new] = number_of_.emplace(described_.name, gates_.size());
     if (is_new) {
       gates_.push_back(std::move(gate));
       return true;
     }
-    Gate& before = gates_[known->second];
+    LibraryGate& before = gates_[known->second];
     if (!have_same_function(before, gate)) {
       return cursor_.fail_at(described_.name, "another gate with the name " +
                                                   GenlibCursor::quoted(described_.name) +
@@ -146,7 +146,7 @@ class GenlibReader {
   GenlibCursor cursor_;
   bool is_in_gate_ = false;  // what described_ holds is a gate whose description may go on
   GateDescription described_;
-  std::vector<Gate> gates_;
+  std::vector<LibraryGate> gates_;
   std::unordered_map<std::string_view, std::size_t> number_of_;  // of the gates, by their names
 };
 
@@ -161,7 +161,7 @@ constexpr GenlibReader::StatementRow GenlibReader::statement_table[] = {
 
 }  // namespace
 
-std::optional<std::vector<Gate>> read_genlib(std::string_view text, const std::string& name) {
+std::optional<std::vector<LibraryGate>> read_genlib(std::string_view text, const std::string& name) {
   auto gates = GenlibReader(text, name).run();
   if (!gates) print_error("incorrect syntax of " + name);
   assert(!gates || !gates->empty());

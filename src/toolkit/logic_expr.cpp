@@ -3,7 +3,7 @@
 #include <ranges>
 #include <string_view>
 
-#include "toolkit/hashing.h"
+#include "toolkit/value_hash.h"
 
 namespace vorel {
 namespace {

@@ -11,7 +11,7 @@
 #include "base/program.h"
 #include "net/initial_values.h"
 #include "net/merge.h"
-#include "net/prefix_dot.h"
+#include "formats/prefix_dot.h"
 #include "tools/progress_line.h"
 #include "tools/remove_cut_offs.h"
 #include "tools/unfold_arguments.h"

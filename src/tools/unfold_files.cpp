@@ -10,10 +10,10 @@
 #include <string>
 
 #include "base/messages.h"
-#include "net/g_writer.h"
-#include "net/input_text.h"
-#include "net/mp_writer.h"
-#include "net/pnml_writer.h"
+#include "formats/g_writer.h"
+#include "base/input_text.h"
+#include "formats/mp_writer.h"
+#include "formats/pnml_writer.h"
 
 namespace vorel {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/net_file.h"
+#include "formats/net_file.h"
 #include "unfolder/unfold_options.h"
 
 namespace vorel {

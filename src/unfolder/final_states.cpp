@@ -12,7 +12,7 @@ static_assert((first_capacity & (first_capacity - 1)) == 0);
 
 }  // namespace
 
-FinalStates::FinalStates(BranchingProcess& process) : process_{process} {
+FinalStateTable::FinalStateTable(BranchingProcess& process) : process_{process} {
   for (Stripe& stripe : stripes_) stripe.slots.resize(first_capacity);
   const std::uint64_t hash = StateHash{}.value();
   append(stripes_[stripe_of(hash)], hash, initial_state);
@@ -20,7 +20,7 @@ FinalStates::FinalStates(BranchingProcess& process) : process_{process} {
 
 // Calls visit(slot index) for each member with the hash until it gives false.
 template <class Visit>
-void FinalStates::for_each_member(const Stripe& stripe, std::uint64_t hash, Visit visit) {
+void FinalStateTable::for_each_member(const Stripe& stripe, std::uint64_t hash, Visit visit) {
   const std::size_t mask = stripe.slots.size() - 1;
   for (std::size_t i = hash & mask; stripe.slots[i].member != empty; i = (i + 1) & mask) {
     const Slot& slot = stripe.slots[i];
@@ -28,7 +28,7 @@ void FinalStates::for_each_member(const Stripe& stripe, std::uint64_t hash, Visi
   }
 }
 
-void FinalStates::insert(EventId e, ConfigurationOrder& order) {
+void FinalStateTable::insert(EventId e, ConfigurationOrder& order) {
   const std::uint64_t hash = process_.event(e).state.value();
   Stripe& stripe = stripes_[stripe_of(hash)];
   const std::scoped_lock lock(stripe.mutex);
@@ -51,7 +51,7 @@ void FinalStates::insert(EventId e, ConfigurationOrder& order) {
   if (!is_cut_off && !has_replaced) append(stripe, hash, e);
 }
 
-void FinalStates::remove(EventId e) {
+void FinalStateTable::remove(EventId e) {
   const std::uint64_t hash = process_.event(e).state.value();
   Stripe& stripe = stripes_[stripe_of(hash)];
   for_each_member(stripe, hash, [&](std::size_t i) {
@@ -61,7 +61,7 @@ void FinalStates::remove(EventId e) {
   });
 }
 
-void FinalStates::resolve(EventId cut_off, ConfigurationOrder& order) const {
+void FinalStateTable::resolve(EventId cut_off, ConfigurationOrder& order) const {
   EventId& correspondent = process_.event(cut_off).correspondent;
   if (correspondent == initial_state) return;
   const std::uint64_t hash = process_.event(cut_off).state.value();
@@ -88,7 +88,7 @@ void FinalStates::resolve(EventId cut_off, ConfigurationOrder& order) const {
   if (least != no_event) correspondent = least;
 }
 
-void FinalStates::append(Stripe& stripe, std::uint64_t hash, EventId member) {
+void FinalStateTable::append(Stripe& stripe, std::uint64_t hash, EventId member) {
   if (2 * (stripe.used + 1) > stripe.slots.size()) grow(stripe);
   const std::size_t mask = stripe.slots.size() - 1;
   std::size_t i = hash & mask;
@@ -97,7 +97,7 @@ void FinalStates::append(Stripe& stripe, std::uint64_t hash, EventId member) {
   ++stripe.used;
 }
 
-void FinalStates::grow(Stripe& stripe) {
+void FinalStateTable::grow(Stripe& stripe) {
   std::vector<Slot> old(2 * stripe.slots.size());
   std::swap(old, stripe.slots);
   stripe.used = 0;

@@ -17,10 +17,10 @@
 
 namespace vorel {
 
-class FinalStates {
+class FinalStateTable {
  public:
   // The initial state belongs to the empty configuration.
-  explicit FinalStates(BranchingProcess& process);
+  explicit FinalStateTable(BranchingProcess& process);
 
   // Makes e a cut-off, or those events that e cuts off. Thread-safe; `order` is the caller's own.
   void insert(EventId e, ConfigurationOrder& order);

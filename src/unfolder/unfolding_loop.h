@@ -92,7 +92,7 @@ class UnfoldingLoop {
   const UnfoldOptions options_;
   const Callback callback_;
   BranchingProcess process_;
-  FinalStates final_states_;
+  FinalStateTable final_states_;
   std::unique_ptr<ConcurrencyRelation> relation_;
   NonLocalCorrespondents non_local_;
   WorkerPool pool_;

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <span>
 
-#include "zchaff/literal.h"
+#include "zchaff/solver_types.h"
 
 namespace vorel::zchaff {
 

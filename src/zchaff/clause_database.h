@@ -1,6 +1,6 @@
 // zchaff/clause_database.h - all clauses of two and more literals, given and learnt.
 // Here:      the clauses by the groups they depend on, retraction, reduction, garbage collection.
-// Not here:  units and empty clauses (zchaff/core.h), learning (zchaff/conflict_analyzer.h).
+// Not here:  units and empty clauses (zchaff/solver_core.h), learning (zchaff/conflict_analyzer.h).
 //
 // A clause is listed under the youngest group that it depends on. A group that goes is nearly
 // always among the youngest, so little else than its own clauses is looked at.

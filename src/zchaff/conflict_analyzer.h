@@ -2,7 +2,7 @@
 // Here:      the first unique implication point [MS-1999, MMZ-2001], minimisation [SB-2009], and
 // the
 //            groups on which the learnt clause depends.
-// Not here:  what is done with the clause (zchaff/core.h).
+// Not here:  what is done with the clause (zchaff/solver_core.h).
 //
 // A learnt clause follows from the clauses that were resolved, so it depends on the groups of all
 // of them: of the reasons on the way to the implication point, of the reasons by which a literal is

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "zchaff/literal.h"
+#include "zchaff/solver_types.h"
 
 namespace vorel::zchaff {
 

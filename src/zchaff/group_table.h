@@ -4,7 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "zchaff/literal.h"
+#include "zchaff/solver_types.h"
 
 namespace vorel::zchaff {
 

@@ -1,6 +1,6 @@
-// The search of zchaff/core.h: decisions, learning, restarts.
+// The search of zchaff/solver_core.h: decisions, learning, restarts.
 #include "base/clock.h"
-#include "zchaff/core.h"
+#include "zchaff/solver_core.h"
 
 namespace vorel::zchaff {
 namespace {
@@ -15,7 +15,7 @@ std::uint64_t deadline_in(double seconds) {
 }  // namespace
 
 // False when memory does not suffice.
-bool Core::learn_from(ClauseRef conflict) {
+bool SolverCore::learn_from(ClauseRef conflict) {
   const LearntClause& learnt = analyzer_.analyze(conflict);
   for (const Variable v : analyzer_.involved()) order_.bump(v);
   order_.decay();
@@ -32,7 +32,7 @@ bool Core::learn_from(ClauseRef conflict) {
 }
 
 // False when no variable is left to decide on.
-bool Core::decide() {
+bool SolverCore::decide() {
   while (!order_.empty() && !assignment_.is_open(order_.top())) order_.pop();
   if (order_.empty()) return false;
   const Variable variable = order_.top();
@@ -44,7 +44,7 @@ bool Core::decide() {
 }
 
 // Decisions that would be taken again are kept [RTH-2011].
-std::uint32_t Core::reusable_level() {
+std::uint32_t SolverCore::reusable_level() {
   while (!order_.empty() && !assignment_.is_open(order_.top())) order_.pop();
   if (order_.empty()) return assignment_.level();
   const double next = order_.activity(order_.top());
@@ -55,7 +55,7 @@ std::uint32_t Core::reusable_level() {
   return level;
 }
 
-void Core::restart() {
+void SolverCore::restart() {
   ++stats_.restarts;
   policy_.note_restart();
   if (policy_.is_reduction_due()) {
@@ -65,13 +65,13 @@ void Core::restart() {
   }
 }
 
-void Core::reduce() {
+void SolverCore::reduce() {
   backtrack(0);
   database_.reduce(params_.reduction_percent, assignment_);
   policy_.note_reduction();
 }
 
-Outcome Core::search(std::uint64_t deadline) {
+Outcome SolverCore::search(std::uint64_t deadline) {
   if (out_of_memory_) return Outcome::memory_out;
   while (!refuted_by_) {
     if (assignment_.level() == 0) settle();
@@ -91,7 +91,7 @@ Outcome Core::search(std::uint64_t deadline) {
   return Outcome::unsatisfiable;
 }
 
-Outcome Core::solve() {
+Outcome SolverCore::solve() {
   ++stats_.solves;
   policy_.note_solve();
   model_.clear();

@@ -6,8 +6,8 @@
 
 #include <sstream>
 
-#include "net/mci_reader.h"
-#include "net/pnml_reader.h"
+#include "formats/mci_reader.h"
+#include "formats/pnml_reader.h"
 #include "net/sanity_checks.h"
 #include "oracle/coding.h"
 #include "oracle/prefix_checks.h"

@@ -15,8 +15,8 @@
 #include "oracle/configurations.h"
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
-#include "reach/decoding.h"
-#include "reach/dummy_cutoffs.h"
+#include "configuration/decoding.h"
+#include "configuration/dummy_cutoffs.h"
 #include "support/seeds.h"
 
 namespace vorel::conflicts_support {

@@ -20,7 +20,7 @@ struct BoolAlgebra {
 };
 
 // An excited output is one that the gate's function is about to change.
-void expect_covers_of_its_function(const Gate& gate) {
+void expect_covers_of_its_function(const LibraryGate& gate) {
   const BDDCover covers = covers_of(gate);
   const std::uint32_t inputs = gate.input_count();
   for (std::uint32_t values = 0; values < 1u << inputs; ++values) {

@@ -17,7 +17,7 @@ std::string written(const std::string& name) {
 }
 
 struct TextAlgebra {
-  const Gate& gate;
+  const LibraryGate& gate;
   std::string constant(bool value) const { return value ? "CONST1" : "0"; }
   std::string pin(std::uint32_t p) const { return written(gate.pins[p]); }
   std::string negation(const std::string& a) const { return "!" + a; }
@@ -32,7 +32,7 @@ struct TextAlgebra {
   }
 };
 
-std::string text_of(const Gate& gate) {
+std::string text_of(const LibraryGate& gate) {
   const bool is_latch = gate.gate_class != GateClass::combinational;
   std::string text = (is_latch ? "LATCH " : "GATE ") + written(gate.name) +
                      format_message(" %.17g ", gate.area) + written(gate.output) + "=" +
@@ -46,7 +46,7 @@ std::string text_of(const Gate& gate) {
   return text + "\n";
 }
 
-void require_sound(const Gate& gate) {
+void require_sound(const LibraryGate& gate) {
   require(gate.area >= 0 && !gate.name.empty() && !gate.output.empty());
   const std::set<std::string> names(gate.pins.begin(), gate.pins.end());
   require(names.size() == gate.pins.size());
@@ -60,7 +60,7 @@ void require_sound(const Gate& gate) {
 }
 
 // A pin whose name is that of all pins can only be declared with the others.
-bool can_be_written(const Gate& gate) {
+bool can_be_written(const LibraryGate& gate) {
   return gate.function.steps.size() <= most_steps &&
          std::ranges::find(gate.pins, "*") == gate.pins.end();
 }
@@ -68,12 +68,12 @@ bool can_be_written(const Gate& gate) {
 void try_text(const std::string& bytes) {
   const auto gates = read_genlib(bytes, "input");
   if (!gates) return;
-  for (const Gate& gate : *gates) {
+  for (const LibraryGate& gate : *gates) {
     require_sound(gate);
     if (!can_be_written(gate)) continue;
     const auto again = read_genlib(text_of(gate), "input");
     require(again && again->size() == 1);
-    const Gate& copy = again->front();
+    const LibraryGate& copy = again->front();
     require(copy.name == gate.name && copy.area == gate.area && copy.output == gate.output);
     require(copy.pins == gate.pins && copy.function == gate.function);
     require(have_same_function(copy, gate));

@@ -1,7 +1,7 @@
 // Any bytes as a *.mci file, of a net and of an STG.
 #include "fuzz/fuzzing.h"
-#include "net/mci_reader.h"
-#include "net/mci_writer.h"
+#include "formats/mci_reader.h"
+#include "formats/mci_writer.h"
 #include "net/sanity_checks.h"
 
 namespace vorel::fuzzing {

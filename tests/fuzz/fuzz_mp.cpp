@@ -1,6 +1,6 @@
 // Any bytes as a *.mp file, of a net and of an STG.
 #include "fuzz/fuzzing.h"
-#include "net/mp_reader.h"
+#include "formats/mp_reader.h"
 #include "net/sanity_checks.h"
 
 namespace vorel::fuzzing {

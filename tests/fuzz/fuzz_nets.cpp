@@ -4,8 +4,8 @@
 #include <variant>
 
 #include "fuzz/fuzzing.h"
-#include "net/g_writer.h"
-#include "tools/net_file.h"
+#include "formats/g_writer.h"
+#include "formats/net_file.h"
 
 namespace vorel::fuzzing {
 namespace {

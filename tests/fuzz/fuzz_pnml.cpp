@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "fuzz/fuzzing.h"
-#include "net/pnml_reader.h"
+#include "formats/pnml_reader.h"
 
 namespace vorel::fuzzing {
 namespace {

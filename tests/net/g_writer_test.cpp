@@ -1,4 +1,4 @@
-#include "net/g_writer.h"
+#include "formats/g_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <set>
 #include <variant>
 
-#include "net/mci_reader.h"
-#include "net/pnml_reader.h"
+#include "formats/mci_reader.h"
+#include "formats/pnml_reader.h"
 #include "oracle/net_builder.h"
 #include "oracle/parse_g.h"
 #include "oracle/random_stg.h"

@@ -1,4 +1,4 @@
-#include "net/input_text.h"
+#include "base/input_text.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

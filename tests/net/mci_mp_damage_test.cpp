@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <random>
 
-#include "net/mci_reader.h"
-#include "net/mp_reader.h"
+#include "formats/mci_reader.h"
+#include "formats/mp_reader.h"
 #include "net/sanity_checks.h"
 #include "support/legacy_files.h"
 

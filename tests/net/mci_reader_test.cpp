@@ -1,4 +1,4 @@
-#include "net/mci_reader.h"
+#include "formats/mci_reader.h"
 
 #include <gtest/gtest.h>
 

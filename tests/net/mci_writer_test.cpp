@@ -1,4 +1,4 @@
-#include "net/mci_writer.h"
+#include "formats/mci_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <fstream>
 #include <random>
 
-#include "net/mci_reader.h"
+#include "formats/mci_reader.h"
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
 

@@ -1,4 +1,4 @@
-#include "net/mp_reader.h"
+#include "formats/mp_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "net/mp_writer.h"
+#include "formats/mp_writer.h"
 
 #include <gtest/gtest.h>
 
-#include "net/mp_reader.h"
+#include "formats/mp_reader.h"
 #include "oracle/random_net.h"
 #include "oracle/random_stg.h"
 #include "oracle/reference_merger.h"

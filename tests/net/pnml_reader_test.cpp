@@ -1,4 +1,4 @@
-#include "net/pnml_reader.h"
+#include "formats/pnml_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "net/pnml_writer.h"
+#include "formats/pnml_writer.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <variant>
 
-#include "net/pnml_reader.h"
+#include "formats/pnml_reader.h"
 #include "oracle/coding.h"
 #include "oracle/random_net.h"
 #include "oracle/random_stg.h"

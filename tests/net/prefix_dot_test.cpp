@@ -1,4 +1,4 @@
-#include "net/prefix_dot.h"
+#include "formats/prefix_dot.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "net/xml_depth.h"
+#include "formats/xml_depth.h"
 
 #include <gtest/gtest.h>
 

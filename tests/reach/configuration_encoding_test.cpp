@@ -1,4 +1,4 @@
-#include "reach/configuration_encoding.h"
+#include "configuration/configuration_encoding.h"
 
 #include <gtest/gtest.h>
 
@@ -11,9 +11,9 @@
 #include "oracle/random_net.h"
 #include "oracle/reference_unfolder.h"
 #include "reach/deadlock_encoding.h"
-#include "reach/decoding.h"
-#include "reach/implied_conflicts.h"
-#include "reach/validation.h"
+#include "configuration/decoding.h"
+#include "configuration/implied_conflicts.h"
+#include "configuration/validation.h"
 #include "sat/enumeration.h"
 #include "support/process_builder.h"
 

@@ -1,4 +1,4 @@
-#include "reach/dummy_cutoffs.h"
+#include "configuration/dummy_cutoffs.h"
 
 #include <gtest/gtest.h>
 

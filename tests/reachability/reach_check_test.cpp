@@ -1,4 +1,4 @@
-#include "reachability/reach_check.h"
+#include "reach/reach_check.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
 #include "oracle/state_graph.h"
-#include "reach/dummy_cutoffs.h"
+#include "configuration/dummy_cutoffs.h"
 #include "support/seeds.h"
 
 namespace vorel {

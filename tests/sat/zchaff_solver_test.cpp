@@ -18,7 +18,7 @@ namespace {
 // Gives the same operations to both solvers, keeps the clauses, and compares all answers.
 class Pair {
  public:
-  explicit Pair(const zchaff::CoreParams& params) : solver_(params) { reset(); }
+  explicit Pair(const zchaff::SolverCoreParams& params) : solver_(params) { reset(); }
 
   void reset() {
     solver_.reset();
@@ -103,7 +103,7 @@ class Pair {
     });
   }
 
-  zchaff::CoreStats stats() const { return solver_.core().stats(); }
+  zchaff::SolverCoreStats stats() const { return solver_.core().stats(); }
 
  private:
   bool is_true(Lit lit) const {
@@ -254,7 +254,7 @@ TEST(ZChaffSolver, ReviewsItsClausesAndForgetsWhatAHardGroupTaught) {
 }
 
 TEST(ZChaffSolver, WithoutTimeOrMemoryItFailsUntilItIsReset) {
-  const std::pair<zchaff::CoreParams, SolveStatus> cases[] = {
+  const std::pair<zchaff::SolverCoreParams, SolveStatus> cases[] = {
       {{.time_limit = 1e-9}, SolveStatus::timeout},
       {{.memory_limit = 20000}, SolveStatus::memory},  // while learning
       {{.memory_limit = 100}, SolveStatus::memory},    // while the clauses are added

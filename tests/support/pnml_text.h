@@ -9,7 +9,7 @@
 #include <utility>
 #include <variant>
 
-#include "net/pnml_reader.h"
+#include "formats/pnml_reader.h"
 #include "support/legacy_files.h"
 
 namespace vorel {

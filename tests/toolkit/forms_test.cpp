@@ -5,7 +5,7 @@
 #include <random>
 
 #include "toolkit/cover.h"
-#include "toolkit/hashing.h"
+#include "toolkit/value_hash.h"
 #include "toolkit/logic_expr.h"
 
 namespace vorel {

@@ -12,7 +12,7 @@ namespace vorel {
 namespace {
 
 struct Reading {
-  std::optional<std::vector<Gate>> gates;
+  std::optional<std::vector<LibraryGate>> gates;
   std::string messages;
 };
 
@@ -26,7 +26,7 @@ Reading read(const std::string& text) {
 }
 
 struct TextAlgebra {
-  const Gate& gate;
+  const LibraryGate& gate;
   std::string constant(bool value) const { return value ? "1" : "0"; }
   std::string pin(std::uint32_t p) const { return gate.pins[p]; }
   std::string negation(const std::string& a) const { return "!" + a; }
@@ -42,7 +42,7 @@ struct TextAlgebra {
 };
 
 // "nand2 24 O(A B) = !(A*B)"; the feedback of a latch stands behind a ";".
-std::string describe(const Gate& gate) {
+std::string describe(const LibraryGate& gate) {
   std::string text = gate.name + format_message(" %g ", gate.area) + gate.output + "(";
   for (std::uint32_t pin = 0; pin < gate.pin_count(); ++pin) {
     text += (pin == 0 ? "" : " ") + std::string(gate.is_feedback(pin) ? "; " : "") + gate.pins[pin];
@@ -57,7 +57,7 @@ std::string description_of(const std::string& text) {
   EXPECT_EQ(reading.messages, "") << text;
   std::string all;
   if (!reading.gates) return "an error";
-  for (const Gate& gate : *reading.gates) all += (all.empty() ? "" : "\n") + describe(gate);
+  for (const LibraryGate& gate : *reading.gates) all += (all.empty() ? "" : "\n") + describe(gate);
   return all;
 }
 
@@ -246,7 +246,7 @@ TEST(GenlibReader, AnEquationHasTheValuesOfItsExpression) {
     const auto expression = RandomExpression(seed).sum(4);
     const Reading reading = read("GATE g 1 o=" + expression.text + ";PIN * INV" + timing);
     ASSERT_TRUE(reading.gates) << expression.text << reading.messages;
-    const Gate& gate = reading.gates->front();
+    const LibraryGate& gate = reading.gates->front();
     const TruthTable table = truth_table(gate.function, gate.pin_count());
     for (std::uint32_t values = 0; values < 32; ++values) {
       std::uint32_t point = 0;

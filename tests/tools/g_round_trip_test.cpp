@@ -1,7 +1,7 @@
 // What the writer of the .g form writes, the reader takes back.
 #include <gtest/gtest.h>
 
-#include "net/g_writer.h"
+#include "formats/g_writer.h"
 #include "oracle/random_stg.h"
 #include "oracle/state_graph.h"
 #include "tools/net_reading.h"

@@ -1,4 +1,4 @@
-#include "tools/net_file.h"
+#include "formats/net_file.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "support/legacy_files.h"
-#include "tools/net_file.h"
+#include "formats/net_file.h"
 
 namespace vorel {
 

@@ -1,0 +1,48 @@
+// base/text_sink.h - how the writers of text put their pieces together.
+// Here:      buffered appending of texts and numbers, and the one error of a failing write.
+// Not here:  files (formats/save_file.h), escapes, which each format has of its own.
+// Memory is one buffer, whatever the length of the text.
+#pragma once
+
+#include <charconv>
+#include <concepts>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace vorel {
+
+// The error "cannot write a file"; gives false, for a caller to pass on.
+bool report_write_failure();
+
+class TextSink {
+ public:
+  explicit TextSink(std::ostream& stream) : stream_{stream} { buffer_.reserve(2 * full_size); }
+  TextSink(const TextSink&) = delete;
+  TextSink& operator=(const TextSink&) = delete;
+
+  TextSink& operator<<(std::string_view text) {
+    buffer_.append(text);
+    if (buffer_.size() >= full_size) drain();
+    return *this;
+  }
+  TextSink& operator<<(char c) { return *this << std::string_view(&c, 1); }
+  TextSink& operator<<(std::unsigned_integral auto number) {
+    char digits[24];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    return *this << std::string_view(digits, static_cast<std::size_t>(end - digits));
+  }
+
+  // Flushes the stream. False after an error, if that or any write before has failed.
+  bool finish();
+
+ private:
+  static constexpr std::size_t full_size = std::size_t{1} << 16;
+
+  void drain();
+
+  std::ostream& stream_;
+  std::string buffer_;
+};
+
+}  // namespace vorel

@@ -1,0 +1,27 @@
+// configuration/triggers.h - the events that make an event possible.
+#pragma once
+
+#include "base/indexed_by.h"
+#include "net/process.h"
+
+namespace vorel {
+
+// The triggers of an event are its maximal causal predecessors, with dummies looked through: those
+// from which no other event of a signal leads to it. A producer of its preset from which another
+// one does is no trigger: when it fires, the event still waits.
+class TriggerFinder {
+ public:
+  explicit TriggerFinder(const StgPrefix& prefix) : seen_(prefix.events.size()) {}
+
+  // Sorted by index.
+  std::vector<const StgPrefix::Event*> triggers_of(const StgPrefix::Event& event);
+
+ private:
+  void collect_candidates(const StgPrefix::Event& event);
+  void mark_past_of_candidates();
+
+  MarkSet<StgPrefix::Event> seen_;
+  std::vector<const StgPrefix::Event*> open_, candidates_;  // scratch
+};
+
+}  // namespace vorel

@@ -1,0 +1,96 @@
+#include "configuration/validation.h"
+
+#include <algorithm>
+#include <string>
+
+#include "base/indexed_by.h"
+#include "base/messages.h"
+#include "configuration/decoding.h"
+
+namespace vorel {
+namespace {
+
+// The token game on the conditions of a process.
+template <Process P>
+class TokenGame {
+ public:
+  using Condition = typename P::Condition;
+
+  explicit TokenGame(const P& process)
+      : marked_(process.conditions.size()), was_marked_(process.conditions.size()) {
+    for (const auto& condition : process.conditions) {
+      if (condition->is_initial()) mark(*condition);
+    }
+  }
+
+  // The condition at which the firing fails, or null.
+  const Condition* fire(const typename P::Event& event) {
+    for (const Condition* condition : event.preset) {
+      if (!marked_[*condition]) return condition;
+      marked_[*condition] = false;
+    }
+    for (const Condition* condition : event.postset) {
+      if (condition->index == no_index) continue;  // left out after a cut-off, so never consumed
+      if (was_marked_[*condition]) return condition;
+      mark(*condition);
+    }
+    return nullptr;
+  }
+
+ private:
+  void mark(const Condition& condition) {
+    marked_[condition] = true;
+    was_marked_[condition] = true;
+  }
+
+  IndexedBy<Condition, bool> marked_, was_marked_;
+};
+
+// Whether the marking of the cut enables a transition that has events at all; in a merged process
+// it may have none at this cut.
+template <Process P>
+bool enables_transition(const P& process, std::span<const typename P::Condition* const> cut) {
+  IndexedBy<typename P::NetType::Place, bool> marked(process.places.size());
+  for (const auto* condition : cut) marked[*condition->place] = true;
+  return std::ranges::any_of(process.events, [&marked](const auto& event) {
+    return std::ranges::all_of(event->transition->preset,
+                               [&marked](const auto* place) { return marked[*place]; });
+  });
+}
+
+}  // namespace
+
+template <Process P>
+bool check_safe_run(const P& process, std::span<const typename P::Event* const> sequence) {
+  TokenGame<P> game(process);
+  for (const auto* event : sequence) {
+    if (const auto* condition = game.fire(*event)) {
+      print_error("the safe run check failed on c" + std::to_string(condition->index));
+      return false;
+    }
+  }
+  return true;
+}
+
+template <Process P>
+bool check_deadlock(const P& process, std::span<const typename P::Event* const> sequence) {
+  IndexedBy<typename P::Condition, bool> marked(process.conditions.size());
+  const auto cut = final_cut(process, sequence);
+  for (const auto* condition : cut) marked[*condition] = true;
+  const bool enables_an_event = std::ranges::any_of(process.events, [&marked](const auto& event) {
+    return std::ranges::all_of(event->preset, [&](const auto* condition) {
+      return condition->index != no_index && marked[*condition];
+    });
+  });
+  const bool is_dead = !enables_an_event && !(P::is_merged && enables_transition<P>(process, cut));
+  if (!is_dead) print_error("deadlock check failed");
+  return is_dead;
+}
+
+#define INSTANTIATE(P)                                                         \
+  template bool check_safe_run<P>(const P&, std::span<const P::Event* const>); \
+  template bool check_deadlock<P>(const P&, std::span<const P::Event* const>);
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
+#undef INSTANTIATE
+
+}  // namespace vorel

@@ -1,0 +1,26 @@
+// formats/g_reader.h - the reader of STGs in the .g text form.
+// Here:      the lines and keywords of the form.
+// Not here:  splitting into words (formats/g_words.h), what is built (formats/g_graph.h,
+//            formats/g_initial_state.h).
+//
+//   .model NAME             ignored, as are .name and other lines that carry nothing for an STG
+//   .inputs a b             also .outputs, .internal, .dummy; before the arcs
+//   .graph                  then lines "SOURCE TARGET ..." of arcs
+//   .marking { p <a+,b+> }  over one or more lines
+//   .initial.state a !b     also .initial_state, .initial, .init_values, .init_state
+//   .end                    what follows is ignored
+// "#" starts a comment, and a backslash at the end of a line continues it.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "net/net.h"
+
+namespace vorel {
+
+// Sorted and numbered. nullopt after an error. `name` is what messages call the file.
+std::optional<Stg> read_g_text(std::string_view text, const std::string& name);
+
+}  // namespace vorel

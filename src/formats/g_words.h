@@ -1,0 +1,47 @@
+// formats/g_words.h - the words of a .g text, line by line.
+// Here:      comments, continued lines, line ends, implicit places with blanks inside.
+// Not here:  what the words mean (formats/g_reader.h, formats/g_graph.h).
+#pragma once
+
+#include <deque>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/source_text.h"
+
+namespace vorel {
+
+struct GWord {
+  std::string_view text;  // lives as long as the GWords that gave it
+  std::size_t offset;     // of its first character
+};
+
+class GWords {
+ public:
+  explicit GWords(const SourceText& source);
+
+  // The words of the next line that has any. False at the end of the text and after an error;
+  // failed() tells which.
+  bool next_line(std::vector<GWord>& words);
+  bool failed() const { return failed_; }
+
+ private:
+  char at(std::size_t offset) const { return offset < text_.size() ? text_[offset] : '\n'; }
+  std::size_t after_blanks(std::size_t offset) const;
+  std::size_t after_line_end(std::size_t offset) const;
+  bool is_continuation(std::size_t offset) const;
+  bool ends_word(std::size_t offset) const;
+  std::size_t end_of_pair(std::size_t start);
+  bool take_word(std::vector<GWord>& words);
+  std::string_view without_blanks(std::string_view text);
+
+  const SourceText& source_;
+  std::string_view text_;
+  std::size_t at_ = 0;
+  std::size_t no_pair_before_ = 0;  // no ">" is left on the line that ends here
+  bool failed_ = false;
+  std::deque<std::string> changed_;  // words that do not stand in the text as they are
+};
+
+}  // namespace vorel

@@ -1,0 +1,112 @@
+#include "formats/g_writer.h"
+
+#include <array>
+#include <cassert>
+#include <string_view>
+
+#include "formats/g_names.h"
+#include "formats/mci_writer.h"
+#include "formats/save_file.h"
+#include "base/text_sink.h"
+
+namespace vorel {
+namespace {
+
+struct KindKeyword {
+  SignalKind kind;
+  std::string_view keyword;
+};
+constexpr std::array<KindKeyword, signal_kind_count> kind_keywords = {
+    {{SignalKind::input, ".inputs"},
+     {SignalKind::output, ".outputs"},
+     {SignalKind::internal, ".internal"},
+     {SignalKind::dummy, ".dummy"}}};
+
+class GText {
+ public:
+  GText(const Stg& stg, const GNames& names, std::ostream& stream)
+      : stg_{stg}, names_{names}, sink_{stream} {
+    assert(names.places.size() == stg.places.size());
+    assert(names.transitions.size() == stg.transitions.size());
+  }
+
+  bool run() {
+    for (const auto& [kind, keyword] : kind_keywords) add_signals(kind, keyword);
+    sink_ << "\n\n.graph";
+    for (const auto& place : stg_.places) add_line_of(*place);
+    for (const auto& transition : stg_.transitions) add_line_of(*transition);
+    sink_ << "\n\n.marking {";
+    for (const auto& place : stg_.places) add_tokens_of(*place);
+    sink_ << " }\n.end\n";
+    return sink_.finish();
+  }
+
+ private:
+  bool is_implicit(const StgPlace& place) const { return names_.places[place.index].empty(); }
+  std::string_view name_of(const StgPlace& place) const { return names_.places[place.index]; }
+  std::string_view name_of(const StgTransition& transition) const {
+    return names_.transitions[transition.index];
+  }
+
+  void add_signals(SignalKind kind, std::string_view keyword) {
+    bool is_first = true;
+    for (const auto& signal : stg_.signals) {
+      if (signal->kind != kind) continue;
+      if (is_first) sink_ << '\n' << keyword;
+      is_first = false;
+      sink_ << ' ' << signal->name;
+    }
+  }
+
+  void add_line_of(const StgPlace& place) {
+    if (is_implicit(place) || place.postset.empty()) return;
+    sink_ << '\n' << name_of(place);
+    for (const StgTransition* consumer : place.postset) sink_ << ' ' << name_of(*consumer);
+  }
+
+  void add_line_of(const StgTransition& transition) {
+    if (transition.postset.empty()) return;
+    sink_ << '\n' << name_of(transition);
+    for (const StgPlace* place : transition.postset) {
+      sink_ << ' ' << (is_implicit(*place) ? name_of(*place->postset.front()) : name_of(*place));
+    }
+  }
+
+  void add_tokens_of(const StgPlace& place) {
+    if (place.initial_marking == 0) return;
+    if (is_implicit(place)) {
+      sink_ << " <" << name_of(*place.preset.front()) << ',' << name_of(*place.postset.front())
+            << '>';
+    } else {
+      sink_ << ' ' << name_of(place);
+    }
+    if (place.initial_marking > 1) sink_ << '=' << place.initial_marking;
+  }
+
+  const Stg& stg_;
+  const GNames& names_;
+  TextSink sink_;
+};
+
+}  // namespace
+
+bool write_g(const Stg& stg, std::ostream& stream) {
+  const auto names = choose_g_names(stg);
+  return names && GText(stg, *names, stream).run();
+}
+
+bool save_g(const Stg& stg, const std::string& file_name) {
+  return save_file(file_name, [&stg](OutputFile& file) { return write_g(stg, file.stream()); });
+}
+
+bool save_mci(const StgPrefix& prefix, const std::string& file_name) {
+  return save_file(file_name,
+                   [&prefix](OutputFile& file) { return write_stg_mci(prefix, file.stream()); });
+}
+
+bool save_mci(const NetPrefix& prefix, const std::string& file_name) {
+  return save_file(file_name,
+                   [&prefix](OutputFile& file) { return write_mci(prefix, file.stream()); });
+}
+
+}  // namespace vorel

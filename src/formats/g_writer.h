@@ -1,0 +1,25 @@
+// formats/g_writer.h - an STG as .g text, and the files in which a changed STG is kept.
+// Here:      the text; saving it, and saving a prefix as *.mci.
+// Not here:  the names in the text (formats/g_names.h), the format *.mci (formats/mci_writer.h).
+// The text keeps no initial values of signals, no names of implicit places, and no nodes without
+// arcs, but for marked places.
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include "net/process.h"
+
+namespace vorel {
+
+// Writes and flushes the text. False after an error: a write fails, or the name of a signal does
+// not suit the format; nothing is written then.
+bool write_g(const Stg& stg, std::ostream& stream);
+
+bool save_g(const Stg& stg, const std::string& file_name);
+
+// As write_stg_mci() of formats/mci_writer.h does, or write_mci() for a net without signals.
+bool save_mci(const StgPrefix& prefix, const std::string& file_name);
+bool save_mci(const NetPrefix& prefix, const std::string& file_name);
+
+}  // namespace vorel

@@ -1,0 +1,80 @@
+#include "formats/process_file.h"
+
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include "base/messages.h"
+#include "base/run_state.h"
+#include "formats/mci_reader.h"
+#include "formats/mp_reader.h"
+#include "formats/pnml_reader.h"
+#include "net/sanity_checks.h"
+
+namespace vorel {
+namespace {
+
+bool is_pnml(std::string_view name) {
+  return name.ends_with(".pnml") || name.ends_with(".pnml.gz");
+}
+
+std::string_view extension_of(std::string_view name) {
+  const std::size_t dot = name.rfind('.');
+  return dot == std::string_view::npos ? std::string_view{} : name.substr(dot + 1);
+}
+
+// False for directories too, which open well but cannot be read.
+bool open_for_input(std::ifstream& stream, const std::string& name) {
+  stream.open(name, std::ios::binary);
+  if (stream) stream.peek();
+  if (stream.bad() || !stream.is_open()) {
+    print_error(cannot_open_for_input(name));
+    return false;
+  }
+  stream.clear();  // an empty file is the business of its reader
+  return true;
+}
+
+template <class P>
+using LegacyReader = std::unique_ptr<P> (*)(std::istream&, const std::string&);
+
+template <class Shape, class P>
+std::unique_ptr<Shape> read_legacy(LegacyReader<P> read, const std::string& name) {
+  std::ifstream stream;
+  if (!open_for_input(stream, name)) return nullptr;
+  const std::unique_ptr<P> process = read(stream, name);
+  if (process == nullptr || !passes_sanity_checks(*process)) return nullptr;
+  return std::make_unique<Shape>(std::move(*process));
+}
+
+// The legacy formats do not say whether the net is an STG: a shape that takes plain nets reads it
+// as one, whatever the names of its transitions look like.
+template <class Shape>
+std::unique_ptr<Shape> read_mci(const std::string& name) {
+  if constexpr (shape_accepts<Shape, NetPrefix>) {
+    return read_legacy<Shape, NetPrefix>(read_mci_net, name);
+  } else {
+    return read_legacy<Shape, StgPrefix>(read_mci_stg, name);
+  }
+}
+
+template <class Shape>
+std::unique_ptr<Shape> read_input() {
+  const std::string& name = run_state().input_file_name;
+  if (is_pnml(name)) return read_pnml<Shape>(name);
+  const std::string_view extension = extension_of(name);
+  if (extension == "mci") return read_mci<Shape>(name);
+  if constexpr (shape_accepts<Shape, NetMergedProcess>) {
+    if (extension == "mp") return read_legacy<Shape, NetMergedProcess>(read_mp_net, name);
+  }
+  print_error(std::string("unexpected file extension: \"").append(extension).append("\""));
+  return nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<FullVariant> read_full() { return read_input<FullVariant>(); }
+std::unique_ptr<NoStgMergedVariant> read_no_stg_mp() { return read_input<NoStgMergedVariant>(); }
+std::unique_ptr<StgPrefixVariant> read_stg_prefix() { return read_input<StgPrefixVariant>(); }
+
+}  // namespace vorel

@@ -1,0 +1,97 @@
+#include "reach/reach_check.h"
+
+#include <cassert>
+#include <span>
+#include <string>
+
+#include "base/messages.h"
+#include "base/run_state.h"
+#include "base/input_text.h"
+#include "configuration/decoding.h"
+#include "configuration/dummy_cutoffs.h"
+#include "reachlang/parser.h"
+#include "reachlang/predicate_check.h"
+#include "reachlang/predicate_encoding.h"
+
+namespace vorel {
+namespace {
+
+Params adapted(Params params, FinalState final_state) {
+  if (final_state == FinalState::marking) {
+    params.set("no_max_dummies", 0);
+    params.set("enable_via_dummies", 0);
+  }
+  // There is one configuration: nothing to compare it with, unless the option asks for it.
+  const std::int32_t inclusion = params.get("inclusion_constraints");
+  params.set("inclusion_constraints", inclusion == -1 ? 0 : inclusion);
+  params.set("method", 0);
+  return params;
+}
+
+// Stands for the property until one has been read.
+std::unique_ptr<ReachExpr> missing_property() {
+  auto expr = std::make_unique<ReachExpr>();
+  const ReachNodeId text = expr->add_constant(ReachValue(std::string("predicate is not specified")),
+                                              {BaseType::string, 0});
+  expr->add({.op = ReachOp::fail}, std::span(&text, 1));
+  return expr;
+}
+
+// The argument of -d, or the text of the file that it names after "@". False after an error.
+bool read_property_text(std::string& text) {
+  text = run_state().mode_data;
+  if (!text.starts_with('@')) return true;
+  const std::string file_name = text.substr(1);
+  text.clear();
+  return read_whole_file(file_name, text);
+}
+
+std::unique_ptr<ReachExpr> read_property() {
+  std::string text;
+  if (!read_property_text(text)) return nullptr;
+  auto property = parse_reach(text);
+  if (property == nullptr) print_error("Failed to read the property");
+  return property;
+}
+
+}  // namespace
+
+template <Process P>
+ReachCheck<P>::ReachCheck(const P& process, const Params& params, FinalState final_state)
+    : SearchEngine<P>(process, adapted(params, final_state),
+                      {"there is a reachable state satisfying the predicate",
+                       "no reachable state satisfies the predicate"}),
+      via_dummies_{this->params().get("enable_via_dummies") != 0},
+      property_{missing_property()} {
+  if (auto property = read_property()) property_ = std::move(property);
+  if constexpr (P::NetType::has_signals && !P::is_merged) {
+    if (final_state == FinalState::marking) return;
+    if (has_dummy_cutoffs(process)) {
+      print_warning("there are dummy cut-offs; the result will not be reliable");
+    } else if (has_edges_cut_at_dummies(process)) {
+      print_warning(
+          "there are cut-offs that correspond to dummies; the result may not be reliable");
+    }
+  }
+}
+
+template <Process P>
+void ReachCheck<P>::encode(ClauseGroup group) {
+  auto& vars = this->configuration(0);
+  this->encode_configuration(vars, group);
+  normal_form_ = encode_predicate(*property_, this->process(), vars, via_dummies_, group);
+}
+
+template <Process P>
+bool ReachCheck<P>::validate(const Solution& solution) const {
+  assert(solution.traces.size() == 1 && normal_form_);
+  if (!SearchEngine<P>::validate(solution)) return false;
+  const auto events = events_of(this->process(), solution.traces.front());
+  return check_predicate<P>(*normal_form_, this->process(), events, via_dummies_);
+}
+
+#define INSTANTIATE(P) template class ReachCheck<P>;
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
+#undef INSTANTIATE
+
+}  // namespace vorel

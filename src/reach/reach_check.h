@@ -1,0 +1,37 @@
+// reach/reach_check.h - the engine of -F and -Fs.
+// Here:      the search for a configuration whose final state satisfies a property.
+// Not here:  the language of properties and its translation (src/reachlang).
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "configuration/search_engine.h"
+#include "reachlang/expansion.h"
+
+namespace vorel {
+
+// What a configuration ends in.
+enum class FinalState : std::uint8_t {
+  marking,    // -F: any configuration, whose last events may be dummies
+  stg_state,  // -Fs: none ends in a dummy, and what dummies lead to counts as enabled
+};
+
+template <Process P>
+class ReachCheck : public SearchEngine<P> {
+ public:
+  // Reads the property from the argument of -d, or from the file that it names. After a reported
+  // error the engine must not be run. Only a prefix of an STG has STG states.
+  ReachCheck(const P& process, const Params& params, FinalState final_state);
+
+ protected:
+  void encode(ClauseGroup group) override;
+  bool validate(const Solution& solution) const override;
+
+ private:
+  const bool via_dummies_;
+  std::unique_ptr<ReachExpr> property_;
+  std::optional<NormalForm> normal_form_;  // what was encoded
+};
+
+}  // namespace vorel
