@@ -78,7 +78,7 @@ Formula factors(std::uint64_t number, std::uint32_t width) {
   for (std::uint32_t i = 0; i < width; ++i) {
     rows.emplace_back(i, LitFalse);
     for (const Lit bit : x)
-      rows.back().push_back(formula.make_gate(LibraryGate(GateAnd, {bit, y[i]}), PermanentGroup));
+      rows.back().push_back(formula.make_gate(Gate(GateAnd, {bit, y[i]}), PermanentGroup));
   }
   circuit.assert_equal(circuit.sum(rows, PermanentGroup), number, PermanentGroup);
   circuit.assert_greater(x, 1, PermanentGroup);
