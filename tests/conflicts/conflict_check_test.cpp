@@ -15,7 +15,7 @@ namespace vorel {
 namespace {
 
 using conflicts_support::drop_output;
-using conflicts_support::params_with;
+using conflicts_support::for_each_encoding;
 using conflicts_support::Subject;
 
 struct Found {
@@ -78,25 +78,13 @@ class Comparison {
   bool has_conflict() const { return !conflicts_.empty(); }
 
   void run() {
-    std::vector<int> inclusions{-1, 0};
-    if (subject_.conflict_free) inclusions.push_back(1);
-    for (const int method : {0, 1, 2}) {
-      for (const int inclusion : inclusions) {
-        SCOPED_TRACE("method " + std::to_string(method) + " inclusion " +
-                     std::to_string(inclusion));
-        const auto with = [&](const char* key, int value) {
-          return params_with({{"method", method},
-                              {"inclusion_constraints", inclusion},
-                              {key, value},
-                              {"solver", method == 2 ? 0 : 1}});
-        };
-        check(Probe<typename Truth::Check>(subject_.prefix, with("min_cost", 0)), false);
-        check(Probe<typename Truth::Check>(subject_.prefix, with("min_cost", 1)), true);
-        check_all(Probe<typename Truth::Check>(subject_.prefix, with("all_solutions", -1)));
-        const Probe<typename Truth::Check> some(subject_.prefix, with("all_solutions", 2));
-        EXPECT_EQ(some.results.empty(), !has_conflict());
-      }
-    }
+    for_each_encoding(subject_, [this](const auto& with) {
+      check(Probe<typename Truth::Check>(subject_.prefix, with("min_cost", 0)), false);
+      check(Probe<typename Truth::Check>(subject_.prefix, with("min_cost", 1)), true);
+      check_all(Probe<typename Truth::Check>(subject_.prefix, with("all_solutions", -1)));
+      const Probe<typename Truth::Check> some(subject_.prefix, with("all_solutions", 2));
+      EXPECT_EQ(some.results.empty(), !has_conflict());
+    });
   }
 
  private:

@@ -2,14 +2,11 @@
 #pragma once
 
 #include <algorithm>
-#include <initializer_list>
 #include <iostream>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "base/params.h"
 #include "net/initial_values.h"
 #include "oracle/coding.h"
 #include "oracle/configurations.h"
@@ -17,21 +14,10 @@
 #include "oracle/reference_unfolder.h"
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
+#include "support/default_params.h"
 #include "support/seeds.h"
 
 namespace vorel::conflicts_support {
-
-inline Params params_with(std::initializer_list<std::pair<const char*, int>> options) {
-  Params params;
-  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations",
-                          "all_solutions", "method", "min_cost"}) {
-    params.set(key, 0);
-  }
-  for (const char* key : {"solver", "no_max_dummies", "enable_via_dummies"}) params.set(key, 1);
-  params.set("inclusion_constraints", -1);
-  for (const auto& [key, value] : options) params.set(key, value);
-  return params;
-}
 
 // Ends the capture of the standard output, where failures of tests are told too.
 inline void drop_output() {
@@ -109,5 +95,24 @@ struct Subject {
     return signals;
   }
 };
+
+// Calls run(with), where with(key, value) are options of one way to encode a question with one
+// more, for each way that the prefix allows.
+template <class Run>
+void for_each_encoding(const Subject& subject, Run run) {
+  std::vector<int> inclusions{-1, 0};
+  if (subject.conflict_free) inclusions.push_back(1);
+  for (const int method : {0, 1, 2}) {
+    for (const int inclusion : inclusions) {
+      SCOPED_TRACE("method " + std::to_string(method) + " inclusion " + std::to_string(inclusion));
+      run([&](const char* key, int value) {
+        return default_params({{"method", method},
+                               {"inclusion_constraints", inclusion},
+                               {key, value},
+                               {"solver", method == 2 ? 0 : 1}});
+      });
+    }
+  }
+}
 
 }  // namespace vorel::conflicts_support

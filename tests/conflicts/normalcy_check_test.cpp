@@ -13,7 +13,7 @@ namespace vorel {
 namespace {
 
 using conflicts_support::drop_output;
-using conflicts_support::params_with;
+using conflicts_support::for_each_encoding;
 using conflicts_support::Subject;
 
 class Probe : public NormalcyCheck {
@@ -47,23 +47,11 @@ class Comparison {
   std::set<NormalcyViolation> kinds;  // that were reported
 
   void run() {
-    std::vector<int> inclusions{-1, 0};
-    if (subject_.conflict_free) inclusions.push_back(1);
-    for (const int method : {0, 1, 2}) {
-      for (const int inclusion : inclusions) {
-        SCOPED_TRACE("method " + std::to_string(method) + " inclusion " +
-                     std::to_string(inclusion));
-        const auto with = [&](const char* key, int value) {
-          return params_with({{"method", method},
-                              {"inclusion_constraints", inclusion},
-                              {key, value},
-                              {"solver", method == 2 ? 0 : 1}});
-        };
-        check(Probe(subject_.prefix, with("min_cost", 0)));
-        check_least(Probe(subject_.prefix, with("min_cost", 1)));
-        check_all(Probe(subject_.prefix, with("all_solutions", -1)));
-      }
-    }
+    for_each_encoding(subject_, [this](const auto& with) {
+      check(Probe(subject_.prefix, with("min_cost", 0)));
+      check_least(Probe(subject_.prefix, with("min_cost", 1)));
+      check_all(Probe(subject_.prefix, with("all_solutions", -1)));
+    });
   }
 
  private:

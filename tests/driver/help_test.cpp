@@ -3,13 +3,16 @@
 #include <string>
 #include <vector>
 
+#include "driver/option_table.h"
 #include "support/run_program.h"
 
 namespace vorel {
 namespace {
 
+using Parts = std::vector<std::string>;
+
 // Each text after the end of the one before it.
-void expect_in_order(const std::string& text, const std::vector<std::string>& parts) {
+void expect_in_order(const std::string& text, const Parts& parts) {
   std::size_t position = 0;
   for (const std::string& part : parts) {
     const std::size_t found = text.find(part, position);
@@ -18,60 +21,43 @@ void expect_in_order(const std::string& text, const std::vector<std::string>& pa
   }
 }
 
-const std::vector<std::string> common_parts = {
-    "\nVOREL model checking/synthesis system, version 6.11alpha Compiled Oct 27 2015.",
-    "zChaff",
-    "2003.11.04",
-    "MiniSat",
-    "2.2.0",
-    "SIS",
-    "1.2",
-    "BREL",
-    "\n\nUsage:\n\tvorel [-h]\nor\n\tvorel mode [options] inputfilename [outputfilename]",
-    "\n\nModes:\n  Reachability-like properties checking modes:",
-    "-D - Deadlock checking.",
-    "-F - Find a reachable marking satisfying a given REACH predicate.",
-    "-Fs - Find a reachable STG state satisfying a given REACH predicate.",
-    "\n  Encoding conflicts detection and resolution modes:",
-    "-C - CSC conflict detection.",
-    "-N - Normalcy property checking mode.",
-    "-R - Resolve encoding conflicts.",
-    "-U - USC conflict detection.",
-    "\n  Synthesis modes:",
-    "-E - Derive complex-gate implementation.",
-    "-G - Derive gC-elements implementation.",
-    "-S - Derive standard-C implementation.",
-    "-T - Logic decomposition and technology mapping (experimental).",
-    "\n\nOptions:",
-    "\n  -! - Disable branching on auxiliary variables.",
-    "\n  -$N - Switch to SAT solver N (0-1).",
-    "\n  -@ - Output configurations rather than traces.",
-    "\n  -a[N] - Compute all solutions (might be slow).",
-    "\n  -b - Generate backward conflict constraints.",
-    "\n  -c[s|l|COEFF=EXPR] - Specifies the coefficients for the cost function.",
-    "\n  -d string - Specifies additional mode-dependent data.",
-    "\n  -f - Looking for a solution minimising the cost function (might be slow).",
-    "\n  -g[[!][N]] - Specifies gates/latches used for logic decomposition.",
-    "\n  -l[+|-] - Specifies whether to generate inclusion constraints.",
-    "\n  -mN - Using method N (1-9).",
-    "\n  -pN - Controls the use of parallel (concurrent) inserions.",
-    "\n  -r - Allows to use concurrency reduction for encoding conflict resolution.",
-    "\n  -s - Store the CNF formula for an external SAT solver.",
-    "\n  -t - Perform logic decomposition down to the gate/latch level.",
-    "\n  -vN - The verbosity level (0<=N<=9, the default is 0).",
-    "\n  -w[N] - Wait for user input before exiting (prevents the window from closing).",
-    "\n  -x - Saves the results in vorel.xml.",
-};
+// What stands in both helps, up to the options.
+Parts common_parts() {
+  Parts parts = {
+      "\nVOREL model checking/synthesis system, version 6.11alpha Compiled Oct 27 2015.",
+      "zChaff (version 2003.11.04)",
+      "MiniSat (version 2.2.0)",
+      "SIS (version 1.2)",
+      "BREL",
+      "\n\nUsage:\n\tvorel [-h]\nor\n\tvorel mode [options] inputfilename [outputfilename]",
+      "\n\nModes:"};
+  const std::string titles[] = {
+      "\n  Reachability-like properties checking modes:",
+      "\n  Encoding conflicts detection and resolution modes:", "\n  Synthesis modes:"};
+  for (const ModeGroup group :
+       {ModeGroup::reachability, ModeGroup::conflicts, ModeGroup::synthesis}) {
+    parts.push_back(titles[static_cast<int>(group)]);
+    for (const ModeRow& row : mode_table()) {
+      if (row.group == group)
+        parts.push_back(std::string(row.option) + " - " + std::string(row.line));
+    }
+  }
+  parts.push_back("\n\nOptions:");
+  return parts;
+}
+
+std::string entry_of(const OptionRow& row) {
+  return "\n  " + std::string(row.form) + " - " + std::string(row.line);
+}
 
 TEST(Help, WithoutArgumentsIsBrief) {
   const ProgramRun run = run_vorel({});
   EXPECT_EQ(run.exit_code, 0);
   EXPECT_EQ(run.err, "");
-  expect_in_order(run.out, common_parts);
-  EXPECT_TRUE(
-      run.out.ends_with("\n  -x - Saves the results in vorel.xml."
-                        "\nType vorel -h for extended help.\n"));
-  EXPECT_EQ(run.out.find("paragraph"), std::string::npos);
+  expect_in_order(run.out, common_parts());
+  std::string end = "\n\nOptions:";
+  for (const OptionRow& row : option_table()) end += row.line.empty() ? "" : entry_of(row);
+  EXPECT_TRUE(run.out.ends_with(end + "\nType vorel -h for extended help.\n")) << run.out;
   EXPECT_EQ(run.out.find("-+"), std::string::npos) << "an option that is not listed";
 }
 
@@ -79,66 +65,27 @@ TEST(Help, InFullExplainsEveryOptionWithTheCurrentDefaults) {
   const ProgramRun run = run_vorel({"-h", "x", "y"});
   EXPECT_EQ(run.exit_code, 0);
   EXPECT_EQ(run.err, "");
-  expect_in_order(run.out, common_parts);
-  const std::string all = "\n  This option is available in all modes.";
-  expect_in_order(run.out,
-                  {"\n\nUsage:",
-                   "\n\nIf outputfilename is omitted then stdout is used.",
-                   "\n\nIf -h is specified then full help is printed. If no\n"
-                   "command-line parameters are given then brief help is printed.",
-                   "-Fs - Find",
-                   "without maximal dummy events",
-                   "'@'",
-                   "sequence of dummies",
-                   "-T - Logic",
-                   "At most one mode",
-                   "*.mci",
-                   "ZEPH",
-                   "consistent",
-                   "CSC property",
-                   "normalcy",
-                   "\n\nOptions:",
-                   all,
-                   "\n\n  -$N - ",
-                   "N=0 selects zChaff, N=1 selects MiniSat.",
-                   "The default is chosen heuristically, depending on the mode.",
-                   "\n\n  -@ - ",
-                   "silently ignored in any other mode",
-                   "The numbering of events starts from 1.",
-                   "\n\n  -a[N] - ",
-                   "only approximate",
-                   "combined with -f",
-                   "\n\n  -b - ",
-                   "redundant",
-                   "\n\n  -c[s|l|COEFF=EXPR] - ",
-                   "U-n->t",
-                   "+, -, *, /, %%,",
-                   "#i",
-                   "#t",
-                   "\n      csc=#s*8, usc=#s*4, del=#s*2, trig=#s*1, seq=#s*4, conc=#s*8, lock=50.",
-                   "\n\n  -d string - ",
-                   "GENLIB",
-                   "\n\n  -f - ",
-                   "-N and -R",
-                   "\n\n  -g[[!][N]] - ",
-                   "-g!2",
-                   "\n\n  -l[+|-] - ",
-                   "conflict-free",
-                   "\n\n  -mN - ",
-                   "-m2 (default)",
-                   "-m1 (default)",
-                   "\n\n  -pN - ",
-                   "u-||n->t",
-                   "****t",
-                   "The default is -p0.\n",
-                   "\n  -r - ",
-                   "weakly fair",
-                   "\n\n  -s - Store the CNF formula for an external SAT solver." + all,
-                   "\n\n  -t - ",
-                   "\n\n  -vN - The verbosity level (0<=N<=9, the default is 0)." + all,
-                   "\n\n  -w[N] - ",
-                   "The default is -w0, and -w is equivalent to -w3.\n"});
-  EXPECT_TRUE(run.out.ends_with("\n  -x - Saves the results in vorel.xml." + all + "\n"));
+  Parts parts = common_parts();
+  for (const OptionRow& row : option_table()) {
+    if (row.line.empty()) continue;
+    parts.push_back(entry_of(row) + "\n  This option is available in ");
+    parts.emplace_back(row.paragraph.substr(0, row.paragraph.find('{')));  // a value follows
+  }
+  expect_in_order(run.out, parts);
+  expect_in_order(
+      run.out,
+      {"\n\nIf outputfilename is omitted then stdout is used.",
+       "\n\nIf -h is specified then full help is printed. If no\n"
+       "command-line parameters are given then brief help is printed.",
+       "without maximal dummy events", "At most one mode", "ZEPH", "normalcy", "\n\nOptions:",
+       "\n  This option is available in the modes -D, -F, -Fs, -C, -N and -U,\n  and silently "
+       "ignored in any other mode.\n  A configuration",
+       "\n  +, -, *, /, %%,\n",
+       "\n      csc=#s*8, usc=#s*4, del=#s*2, trig=#s*1, seq=#s*4, conc=#s*8, lock=50.",
+       "in ****t;\n", "The default is -p0.\n", "\n  This option is available in the mode -R.\n",
+       "The default is -w0, and -w is equivalent to -w3.\n"});
+  EXPECT_TRUE(run.out.ends_with(
+      "\n  -x - Saves the results in vorel.xml.\n  This option is available in all modes.\n"));
   EXPECT_EQ(run.out.find('{'), std::string::npos) << "a name that got no value";
 }
 

@@ -15,6 +15,7 @@
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
 #include "oracle/state_graph.h"
+#include "support/default_params.h"
 #include "support/process_builder.h"
 #include "support/seeds.h"
 
@@ -129,20 +130,6 @@ class Configurations {
   std::size_t dead_count_ = 0;
 };
 
-Params params_with(const std::vector<std::pair<const char*, int>>& options) {
-  Params params;
-  for (const char* key :
-       {"restrict_branching", "store_cnf_formula", "output_configurations", "all_solutions",
-        "method", "min_cost", "backward_conflict_constraints", "incremental_acyclic_constraint"}) {
-    params.set(key, 0);
-  }
-  for (const char* key : {"solver", "no_max_dummies", "enable_via_dummies"}) params.set(key, 1);
-  for (const auto& [key, value] : options) params.set(key, value);
-  return params;
-}
-
-using Options = std::vector<std::pair<const char*, int>>;
-
 // The ways to encode the question that ought to have the same answer.
 template <Process P>
 std::vector<Options> encodings() {
@@ -158,6 +145,8 @@ std::vector<Options> encodings() {
       }
     }
   }
+  result.push_back({{"method", 2}, {"solver", 0}});
+  result.push_back({{"method", 1}, {"solver", 0}, {"restrict_branching", 1}});
   return result;
 }
 
@@ -165,13 +154,13 @@ template <Process P>
 void expect_right_answers(const P& process, const Truth& truth) {
   const bool has_deadlock = !truth.deadlocks.empty();
   for (Options options : encodings<P>()) {
-    const Probe<P> one(process, params_with(options));
+    const Probe<P> one(process, default_params(options));
     EXPECT_EQ(!one.traces.empty(), has_deadlock) << "method " << options[0].second;
     for (const Trace& trace : one.traces) {
       EXPECT_TRUE(truth.deadlocks.contains(end_of(process, trace)));
     }
     options.emplace_back("min_cost", 1);
-    const Probe<P> shortest(process, params_with(options));
+    const Probe<P> shortest(process, default_params(options));
     ASSERT_EQ(!shortest.traces.empty(), has_deadlock);
     if (has_deadlock) {
       EXPECT_EQ(shortest.traces[0].size(), truth.shortest);
@@ -184,12 +173,12 @@ void expect_all_solutions(const P& process, const Truth& truth) {
   const std::size_t expected = Configurations<P>(process).dead_count();
   for (Options options : encodings<P>()) {
     options.emplace_back("all_solutions", -1);
-    const Probe<P> all(process, params_with(options));
+    const Probe<P> all(process, default_params(options));
     EXPECT_EQ(all.traces.size(), expected);
     EXPECT_EQ(event_sets_of(all.traces).size(), expected) << "a solution is listed twice";
     EXPECT_EQ(ends_of(process, all.traces), truth.deadlocks);
     options.back().second = 2;
-    const Probe<P> some(process, params_with(options));
+    const Probe<P> some(process, default_params(options));
     EXPECT_EQ(some.traces.size(), std::min<std::size_t>(2, expected));
   }
 }
@@ -332,7 +321,7 @@ TEST(DeadlockCheck, ConfigurationsOfAMergedProcessAreTheSetsThatFireInTheOrderOf
     if (expected == most) continue;
     for (const int in_steps : {0, 1}) {
       const Params params =
-          params_with({{"all_solutions", -1}, {"incremental_acyclic_constraint", in_steps}});
+          default_params({{"all_solutions", -1}, {"incremental_acyclic_constraint", in_steps}});
       EXPECT_EQ(Lister(merged, params).count(), expected);
     }
   }

@@ -18,6 +18,7 @@
 #include "oracle/reference_unfolder.h"
 #include "oracle/state_graph.h"
 #include "configuration/dummy_cutoffs.h"
+#include "support/default_params.h"
 #include "support/seeds.h"
 
 namespace vorel {
@@ -29,22 +30,12 @@ using oracle::StateKind;
 
 enum class Search { one, shortest, all };
 
+// Both solvers shall have the same answers.
 Params params_for(Search search) {
-  Params params;
-  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations",
-                          "incremental_acyclic_constraint"}) {
-    params.set(key, 0);
-  }
-  for (const char* key :
-       {"solver", "no_max_dummies", "enable_via_dummies", "backward_conflict_constraints"}) {
-    params.set(key, 1);
-  }
-  params.set("solver", search == Search::shortest ? 1 : 0);  // both shall have the same answers
-  params.set("method", 2);
-  params.set("inclusion_constraints", -1);
-  params.set("all_solutions", search == Search::all ? -1 : 0);
-  params.set("min_cost", search == Search::shortest ? 1 : 0);
-  return params;
+  return default_params({{"method", 2},
+                         {"solver", search == Search::shortest ? 1 : 0},
+                         {"all_solutions", search == Search::all ? -1 : 0},
+                         {"min_cost", search == Search::shortest ? 1 : 0}});
 }
 
 template <Process P>

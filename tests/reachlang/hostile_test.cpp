@@ -7,7 +7,7 @@
 #include "oracle/random.h"
 #include "reachlang/expansion.h"
 #include "reachlang/parser.h"
-#include "support/legacy_files.h"
+#include "support/caught_messages.h"
 #include "support/process_builder.h"
 
 namespace vorel {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "reachlang/parser.h"
-#include "support/legacy_files.h"
+#include "support/caught_messages.h"
 
 namespace vorel {
 namespace {
@@ -169,30 +169,19 @@ TEST(TypeRules, AllOthersNameThePartThatDoesNotFit) {
   };
   const Row table[] = {
       {"1", 1, "Type mismatch in the overall specification: a Boolean expression is expected"},
-      {"fail \"x\"", 1,
-       "Type mismatch in the overall specification: a Boolean expression is expected"},
-      {"$ \"p\"", 3,
-       "Type mismatch in the operand of '$': expression of type condition, event, place or signal "
-       "is expected"},
       {"P 1'", 3, "Type mismatch in the operand of \"'\": expression of type signal is expected"},
       {"(S 1)'''& true", 0, ""},
       {"(P 1)''", 1,
        "Type mismatch in the operand of \"''\": expression of type signal is expected"},
       {"($P 1)'", 1, constant},
-      {"P $S 1", 3, constant},
-      {"P 1 in PLACES", 0, ""},
       {"PLACES in {PLACES}", 0, ""},
       {"1 in 2", 6, "The second operand of 'in' is not a set"},
       {"1 in PLACES", 1, "Type mismatch in the operands of 'in'"},
-      {"PLACES in PLACES", 1, "Type mismatch in the operands of 'in'"},
       {"1 in {$P 1}", 7, constant},
-      {"$P 1 in {true}", 1, constant},
       {"\"a\"[0..1] + \"a\"[0..] = \"a\"[..1]", 0, ""},
       {"len 1[0..1] = 1", 5,
        "Type mismatch in the operand of '[m..n]': expression of type string is expected"},
       {"\"a\"[\"\"..1] = \"\"", 5,
-       "Type mismatch in an index of '[m..n]': expressions of type numerical are expected"},
-      {"\"a\"[0..{1}] = \"\"", 8,
        "Type mismatch in an index of '[m..n]': expressions of type numerical are expected"},
       {"len 1[0..] = 1", 5,
        "Type mismatch in the operand of '[m..]': expression of type string is expected"},
@@ -204,19 +193,16 @@ TEST(TypeRules, AllOthersNameThePartThatDoesNotFit) {
        "Type mismatch in the index of '[..n]': expression of type numerical is expected"},
       {"\"a\"[..$P 1] = \"\"", 7, constant},
       {"{1, 2, \"a\"} = {1}", 8, in_list},
-      {"{1, {1}} = {1}", 5, in_list},
       {"{true, $P 1} = {true}", 8, constant},
       {"threshold[1 + 1](true, $P 1) & threshold($P 1)", 0, ""},
       {"threshold[true](true)", 11,
        "Type mismatch in 'threshold[*]': the threshold must be numerical"},
       {"threshold[$P 1](true)", 11, constant},
-      {"threshold(true, 1)", 17, in_threshold},
       {"threshold[2](true, true, P 1)", 26, in_threshold},
       {"1 ? true : false", 1, in_choice + "the condition must be Boolean"},
       {"$P 1 ? 1 : fail \"\"", 1,
        "The condition of '?:' must be constant if the 'then' or 'else' expressions are of type "
        "fail"},
-      {"true ? $P 1 : fail \"\"", 0, ""},
       {"(true ? 1 : fail \"\") = 1 & (false ? fail \"\" : \"a\") = \"a\"", 0, ""},
       {"true ? 1 : true", 12,
        in_choice + "the 'then' and 'else' expressions must be of the same type"},
@@ -224,30 +210,19 @@ TEST(TypeRules, AllOthersNameThePartThatDoesNotFit) {
       {"$P 1 ? true : false", 0, ""},
       {"let x = 1, y = x + 1, x = \"a\" { x = \"a\" & y = 2 }", 0, ""},
       {"let x = $P 1 { P 1 in {P x} }", 26, constant},
-      {"let x = 1 { x }", 1,
-       "Type mismatch in the overall specification: a Boolean expression is expected"},
       {"let x = 1 { true } & x = 1", 22, "Undeclared identifier: x"},
-      {"let x = y { true }", 9, "Undeclared identifier: y"},
       {"forall x in 1 { true }", 13, "Type mismatch: the domain of the variable x must be a set"},
-      {"exists x in PLACES, y in x { true }", 26,
-       "Type mismatch: the domain of the variable y must be a set"},
       {"xorsum x in {PLACES}, y in x s.t. y in x { $y }", 0, ""},
       {"forall x in PLACES s.t. x { true }", 25,
        "Type mismatch in 's.t.': the condition must be a Boolean expression"},
       {"forall x in PLACES s.t. $x { true }", 25, constant},
       {"forall x in PLACES { x }", 22,
        "Type mismatch in 'forall': the body must be a Boolean expression"},
-      {"exists x in PLACES { 1 }", 22,
-       "Type mismatch in 'exists': the body must be a Boolean expression"},
-      {"xorsum x in PLACES { 1 }", 22,
-       "Type mismatch in 'xorsum': the body must be a Boolean expression"},
       {"threshold x in PLACES { 1 }", 25,
        "Type mismatch in 'threshold': the body must be a Boolean expression"},
       {"threshold[2] x in PLACES s.t. is_init x { $x }", 0, ""},
       {"gather x in PLACES { $x } = {true}", 22, constant},
       {"gather x in PLACES s.t. is_init x { {x} } = {PLACES}", 0, ""},
-      {"forall x in PLACES { true } & $x", 32, "Undeclared identifier: x"},
-      {"T1 = 1", 1, "Undeclared identifier: T1"},
       {"let is_ini = 1, T1 = 2, _ = 3 { is_ini + T1 = _ }", 0, ""}};
   for (const Row& row : table) {
     EXPECT_EQ(fault_in(row.text), row.column == 0 ? "" : fault_at(row.column, row.message))

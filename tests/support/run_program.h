@@ -17,6 +17,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/caught_messages.h"
+
 namespace vorel {
 
 struct ProgramRun {

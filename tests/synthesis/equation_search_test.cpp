@@ -15,7 +15,6 @@
 namespace vorel {
 namespace {
 
-using conflicts_support::params_with;
 using conflicts_support::Subject;
 
 class Derivation {
@@ -23,7 +22,7 @@ class Derivation {
   Derivation(const Subject& subject, SynthesisStyle style, int solver, std::size_t max_codes)
       : subject_{subject},
         style_{style},
-        engine_{subject.prefix, params_with({{"solver", solver}}), style, max_codes} {
+        engine_{subject.prefix, default_params({{"solver", solver}}), style, max_codes} {
     for (const auto& configuration : subject.configurations) states_.insert(configuration.state);
   }
 

@@ -21,8 +21,6 @@
 namespace vorel {
 namespace {
 
-using conflicts_support::params_with;
-
 constexpr SynthesisStyle styles[] = {SynthesisStyle::complex_gate, SynthesisStyle::generalised_c,
                                      SynthesisStyle::standard_c};
 
@@ -32,7 +30,7 @@ struct Subject {
   oracle::StateGraph<Stg> graph;
 
   std::string module(SynthesisStyle style) const {
-    EquationSearch engine(prefix, params_with({}), style);
+    EquationSearch engine(prefix, default_params({}), style);
     engine.run();
     std::vector<const SignalSolution*> solutions;
     for (const auto& solution : engine.found().solutions) {

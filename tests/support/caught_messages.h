@@ -1,0 +1,27 @@
+// tests/support/caught_messages.h - what the test's own process tells the user.
+#pragma once
+
+#include <iostream>
+#include <sstream>
+#include <string>
+
+namespace vorel {
+
+// Catches what is told the user on a standard stream while it lives.
+class CaughtMessages {
+ public:
+  explicit CaughtMessages(std::ostream& stream = std::cerr)
+      : stream_{stream}, before_{stream.rdbuf(text_.rdbuf())} {}
+  ~CaughtMessages() { stream_.rdbuf(before_); }
+  CaughtMessages(const CaughtMessages&) = delete;
+  CaughtMessages& operator=(const CaughtMessages&) = delete;
+
+  std::string text() const { return text_.str(); }
+
+ private:
+  std::ostringstream text_;
+  std::ostream& stream_;
+  std::streambuf* before_;
+};
+
+}  // namespace vorel
