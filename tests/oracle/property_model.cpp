@@ -81,26 +81,26 @@ RunState after(const RunState& state, const T& t) {
 template <class N>
 class Configurations {
  public:
-  using State = std::pair<Configuration, PropertyState>;
+  using State = std::pair<EventNumbers, PropertyState>;
 
   Configurations(const PrefixOf<N>& prefix, StateKind kind) : prefix_{prefix}, kind_{kind} {}
 
   bool collect(std::size_t most, std::vector<State>& result) {
-    std::set<Configuration> seen{{}};
-    std::vector<Configuration> open{{}};
+    std::set<EventNumbers> seen{{}};
+    std::vector<EventNumbers> open{{}};
     while (!open.empty()) {
-      const Configuration current = open.back();
+      const EventNumbers current = open.back();
       open.pop_back();
       if (kind_ == StateKind::all || !ends_in_a_dummy(current)) {
         result.emplace_back(current, state_after(current));
       }
       for (const auto& event : prefix_.events) {
         if (event->is_cut_off() || !can_follow(*event, cut_of(current))) continue;
-        Configuration next = current;
+        EventNumbers next = current;
         next.insert(event->index);
         if (seen.insert(next).second) open.push_back(next);
       }
-      if (seen.size() > most) return false;
+      if (result.size() > most) return false;
     }
     return true;
   }
@@ -113,7 +113,7 @@ class Configurations {
     return std::ranges::all_of(event.preset, [&](const auto* c) { return cut.contains(c); });
   }
 
-  Cut cut_of(const Configuration& configuration) const {
+  Cut cut_of(const EventNumbers& configuration) const {
     Cut cut;
     for (const auto& c : prefix_.conditions) {
       if (c->is_initial()) cut.insert(c.get());
@@ -127,7 +127,7 @@ class Configurations {
     return cut;
   }
 
-  bool ends_in_a_dummy(const Configuration& configuration) const {
+  bool ends_in_a_dummy(const EventNumbers& configuration) const {
     const Cut cut = cut_of(configuration);
     return std::ranges::any_of(configuration, [&](std::uint32_t number) {
       const Event& e = *prefix_.events[number];
@@ -148,7 +148,7 @@ class Configurations {
     }
   }
 
-  PropertyState state_after(const Configuration& configuration) const {
+  PropertyState state_after(const EventNumbers& configuration) const {
     const Cut cut = cut_of(configuration);
     Marking marking(prefix_.places.size());
     Parity parity = initial_parity<N>(prefix_);
@@ -242,17 +242,17 @@ std::vector<PropertyState> states_of(const N& net, StateKind kind) {
 }
 
 template <class N>
-std::optional<std::vector<std::pair<Configuration, PropertyState>>> configuration_states(
+std::optional<std::vector<std::pair<EventNumbers, PropertyState>>> configuration_states(
     const PrefixOf<N>& prefix, StateKind kind, std::size_t most) {
-  std::vector<std::pair<Configuration, PropertyState>> result;
+  std::vector<std::pair<EventNumbers, PropertyState>> result;
   if (!Configurations<N>(prefix, kind).collect(most, result)) return {};
   return result;
 }
 
-#define INSTANTIATE(N)                                                         \
-  template ProcessModel model_of(const PrefixOf<N>&);                          \
-  template std::vector<PropertyState> states_of(const N&, StateKind);          \
-  template std::optional<std::vector<std::pair<Configuration, PropertyState>>> \
+#define INSTANTIATE(N)                                                        \
+  template ProcessModel model_of(const PrefixOf<N>&);                         \
+  template std::vector<PropertyState> states_of(const N&, StateKind);         \
+  template std::optional<std::vector<std::pair<EventNumbers, PropertyState>>> \
   configuration_states(const PrefixOf<N>&, StateKind, std::size_t);
 INSTANTIATE(Net)
 INSTANTIATE(Stg)
