@@ -142,24 +142,6 @@ TEST(Bdd, OrderAndHashDependOnTheFunctionAlone) {
   }
 }
 
-TEST(Bdd, NullIsAValueThatIsNoFunction) {
-  const Bdd null, no(false), yes(true);
-  EXPECT_EQ(hash_of(null), 12345u);
-  EXPECT_TRUE(null < no && no < yes && yes < bdd_variable(0));
-  EXPECT_FALSE(null < Bdd() || no < null || yes < yes);
-  EXPECT_NE(hash_of(no), hash_of(yes));
-
-  Bdd f = bdd_variable(3), copy = f, moved = std::move(f);
-  EXPECT_TRUE(f.is_null());
-  EXPECT_EQ(copy, moved);
-  copy = null;
-  f = moved;
-  f = *&f;
-  EXPECT_TRUE(copy.is_null());
-  EXPECT_EQ(f, bdd_variable(3));
-  EXPECT_EQ(~~f, f);
-}
-
 TEST(Bdd, AMillionOperationsLeaveNoReference) {
   const std::size_t before = BddManager::instance().referenced_node_count();
   {
