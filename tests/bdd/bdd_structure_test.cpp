@@ -5,12 +5,14 @@
 #include <algorithm>
 
 #include "bdd/bdd_manager.h"
-#include "bdd/truth_tables.h"
+#include "oracle/truth_tables.h"
 #include "sat/bdd_definition.h"
 #include "support/seeds.h"
 
 namespace vorel {
 namespace {
+
+using namespace oracle;
 
 Bdd product_of(const std::vector<BddLiteral>& literals) {
   Bdd product(true);
@@ -23,7 +25,7 @@ Bdd product_of(const std::vector<BddLiteral>& literals) {
 
 TEST(BddStructure, AProductYieldsItsLiteralsSorted) {
   for (auto [seed, end] = seeds(300); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     std::vector<BddLiteral> literals;
     for (std::uint32_t v = 0; v < table_variables; ++v)
       if (random.chance(40)) literals.push_back({v, random.chance(50)});
@@ -45,7 +47,7 @@ TEST(BddStructure, AProductYieldsItsLiteralsSorted) {
 TEST(BddStructure, NodesStandInTheOrderOfVariablesAboveTheConstant) {
   const BddManager& manager = BddManager::instance();
   for (auto [seed, end] = seeds(100); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     const Bdd f = random_function(random).bdd;
     const std::vector<Bdd> nodes = nodes_of(f);
     ASSERT_EQ(nodes.size(), node_count(f));
@@ -67,13 +69,14 @@ TEST(BddStructure, NodesStandInTheOrderOfVariablesAboveTheConstant) {
 TEST(BddStructure, ClausesOfADiagramFollowTheFunction) {
   static_assert(BddEdge<Bdd>);
   for (auto [seed, end] = seeds(10); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     CnfFormula formula{CnfParams{}};
     Lits variables;
     for (std::uint32_t v = 0; v < table_variables; ++v)
       variables.push_back(Lit(formula.new_var(false), v % 3 == 0));
     const Function f = random_function(random, 0x3D, 5);
     const Lit output = define_bdd(formula, f.bdd, variables, PermanentGroup);
+    ASSERT_LE(formula.solver().num_vars(), table_variables + node_count(f.bdd)) << "none twice";
     for (int sample = 0; sample < 40; ++sample) {
       const std::uint32_t a = random.below(table_size);
       Lits units = {output ^ f.table[a]};  // the wrong value

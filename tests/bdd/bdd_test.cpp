@@ -7,13 +7,15 @@
 #include "bdd/bdd_manager.h"
 #include "bdd/bdd_structure.h"
 #include "bdd/cudd_interface.h"
-#include "bdd/truth_tables.h"
+#include "oracle/truth_tables.h"
 #include "support/seeds.h"
 
 namespace vorel {
 namespace {
 
-void reorder_at_random(oracle::Random& random) {
+using namespace oracle;
+
+void reorder_at_random(Random& random) {
   DdManager* const cudd = BddManager::instance().cudd();
   bdd_variable(table_variables - 1);
   std::vector<int> order(BddManager::instance().variable_count());
@@ -24,7 +26,7 @@ void reorder_at_random(oracle::Random& random) {
 
 TEST(Bdd, OperationsAgreeWithTruthTables) {
   for (auto [seed, end] = seeds(400); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     if (seed % 8 == 0) reorder_at_random(random);
     const Function f = random_function(random), g = random_function(random),
                    h = random_function(random);
@@ -42,7 +44,7 @@ TEST(Bdd, OperationsAgreeWithTruthTables) {
 
 TEST(Bdd, CompositionReplacesAllVariablesAtOnce) {
   for (auto [seed, end] = seeds(60); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     const Function f = random_function(random);
     std::vector<Bdd> substitution;
     std::vector<Table> tables;
@@ -64,7 +66,7 @@ TEST(Bdd, CompositionReplacesAllVariablesAtOnce) {
 TEST(Bdd, MintermSignatureCountsTheCofactors) {
   bdd_variable(table_variables - 1);  // the signature has an entry for each variable made so far
   for (auto [seed, end] = seeds(100); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     const Function f = random_function(random);
     const std::vector<double> signature = f.bdd.minterm_signature();
     ASSERT_EQ(signature.size(), BddManager::instance().variable_count() + 1);
@@ -115,7 +117,7 @@ std::uint32_t hash_of(const Table& f) {
 
 TEST(Bdd, OrderAndHashDependOnTheFunctionAlone) {
   for (auto [seed, end] = seeds(10); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     // Few variables in half of the runs, so that many functions share a support.
     const std::uint32_t mask = seed % 2 == 0 ? 0x0B4 : table_size - 1;
     std::vector<Function> functions;
@@ -140,28 +142,10 @@ TEST(Bdd, OrderAndHashDependOnTheFunctionAlone) {
   }
 }
 
-TEST(Bdd, NullIsAValueThatIsNoFunction) {
-  const Bdd null, no(false), yes(true);
-  EXPECT_EQ(hash_of(null), 12345u);
-  EXPECT_TRUE(null < no && no < yes && yes < bdd_variable(0));
-  EXPECT_FALSE(null < Bdd() || no < null || yes < yes);
-  EXPECT_NE(hash_of(no), hash_of(yes));
-
-  Bdd f = bdd_variable(3), copy = f, moved = std::move(f);
-  EXPECT_TRUE(f.is_null());
-  EXPECT_EQ(copy, moved);
-  copy = null;
-  f = moved;
-  f = *&f;
-  EXPECT_TRUE(copy.is_null());
-  EXPECT_EQ(f, bdd_variable(3));
-  EXPECT_EQ(~~f, f);
-}
-
 TEST(Bdd, AMillionOperationsLeaveNoReference) {
   const std::size_t before = BddManager::instance().referenced_node_count();
   {
-    oracle::Random random(7);
+    Random random(7);
     constexpr std::uint32_t width = 6;
     std::vector<Bdd> held(64);
     for (int step = 0; step < 1'000'000; ++step) {
@@ -206,7 +190,7 @@ TEST(Bdd, OperationsThatReorderingInterruptsAreRepeated) {
   Cudd_AutodynEnable(cudd, CUDD_REORDER_SIFT);
   Cudd_SetNextReordering(cudd, 500);
   const unsigned before = Cudd_ReadReorderings(cudd);
-  oracle::Random random(3);
+  Random random(3);
   std::vector<std::vector<BddLiteral>> cubes(25);
   Bdd sum(false);
   for (auto& cube : cubes) {

@@ -7,11 +7,13 @@
 
 #include "bdd/bdd_cover.h"
 #include "bdd/irredundant_sum.h"
-#include "bdd/truth_tables.h"
+#include "oracle/truth_tables.h"
 #include "support/seeds.h"
 
 namespace vorel {
 namespace {
+
+using namespace oracle;
 
 Table cube_table(const Cube& cube, const std::vector<Table>& variables) {
   Table product = ~Table();
@@ -71,7 +73,7 @@ void expect_prime_and_irredundant(const SupportCover& form, const Table& f) {
 
 TEST(CoverBdd, AFunctionBecomesAMinimisedCoverAndItsExpression) {
   for (auto [seed, end] = seeds(200); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     const Function f = random_function(random);
     const SupportCover form = cover_of(f.bdd);
     ASSERT_EQ(form.support, support_of(f.table));
@@ -105,7 +107,7 @@ TEST(CoverBdd, AFunctionOfMorePathsThanCubesBecomesACoverAllTheSame) {
   EXPECT_EQ(cover_of(bdd_of(sum, variables)).cover, sum);
 
   for (auto [seed, end] = seeds(30); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     const Function f = random_function(random);
     const std::vector<std::uint32_t> support = f.bdd.support();
     const Cover cover = irredundant_sum(f.bdd, support);
@@ -115,7 +117,7 @@ TEST(CoverBdd, AFunctionOfMorePathsThanCubesBecomesACoverAllTheSame) {
 
 TEST(CoverBdd, PositionsOfACoverStandForAnyFunctions) {
   for (auto [seed, end] = seeds(60); seed != end; ++seed) {
-    oracle::Random random(seed);
+    Random random(seed);
     const std::size_t width = random.below(8);
     std::vector<Bdd> bdds;
     std::vector<Table> tables;

@@ -73,14 +73,6 @@ Values code_of(const StateGraph<Stg>::State& state, const Values& initial) {
   return code;
 }
 
-SignalSet enabled_signals(const StateGraph<Stg>& graph, std::uint32_t state) {
-  SignalSet signals;
-  for (const auto& arc : graph.states[state].arcs) {
-    if (!arc.transition->signal->is_dummy()) signals.insert(arc.transition->signal->index);
-  }
-  return signals;
-}
-
 SignalSet enabled_through_dummies(const StateGraph<Stg>& graph, std::uint32_t state) {
   SignalSet signals;
   std::set<std::uint32_t> seen{state};
@@ -88,10 +80,13 @@ SignalSet enabled_through_dummies(const StateGraph<Stg>& graph, std::uint32_t st
   while (!open.empty()) {
     const std::uint32_t current = open.back();
     open.pop_back();
-    signals.merge(enabled_signals(graph, current));
     for (const auto& arc : graph.states[current].arcs) {
-      if (!arc.transition->signal->is_dummy() || !seen.insert(arc.target).second) continue;
-      open.push_back(arc.target);
+      const Signal& signal = *arc.transition->signal;
+      if (!signal.is_dummy()) {
+        signals.insert(signal.index);
+      } else if (seen.insert(arc.target).second) {
+        open.push_back(arc.target);
+      }
     }
   }
   return signals;

@@ -27,7 +27,6 @@ Values code_of(const StateGraph<Stg>::State& state, const Values& initial);
 
 // The non-dummy signals with an edge enabled in the state itself, or after firing dummies only.
 using SignalSet = std::set<std::uint32_t>;
-SignalSet enabled_signals(const StateGraph<Stg>& graph, std::uint32_t state);
 SignalSet enabled_through_dummies(const StateGraph<Stg>& graph, std::uint32_t state);
 
 // Two states with one code and different markings.

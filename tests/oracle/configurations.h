@@ -1,6 +1,6 @@
 // oracle/configurations.h - all configurations of a small prefix, and the states they end in.
 // Here:      those without cut-offs that end in no dummy, each with its state of the state graph.
-// Not here:  what the states have in common (oracle/coding.h).
+// Not here:  trying them (oracle/property_model.h), what states have in common (oracle/coding.h).
 #pragma once
 
 #include <cstddef>
@@ -18,8 +18,7 @@ struct Configuration {
   std::uint32_t state;                // position in the state graph
 };
 
-// Tries all sets of events, which must be numbered after their causes. Nullopt when there are more
-// configurations than allowed.
+// Nullopt when there are more configurations than allowed.
 std::optional<std::vector<Configuration>> configurations(const StgPrefix& prefix,
                                                          const StateGraph<Stg>& graph,
                                                          std::size_t max_configurations);

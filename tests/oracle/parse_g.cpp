@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <regex>
 #include <sstream>
 #include <vector>
 
@@ -105,97 +106,40 @@ class GParser {
   Names marked_;
 };
 
-class LlNetParser {
- public:
-  std::optional<Net> run(const std::string& text) {
-    std::istringstream lines(text);
-    std::string section;
-    for (std::string line; std::getline(lines, line);) {
-      if (is_heading(line)) {
-        section = line;
-      } else if (!section.empty() && !line.empty() && !take_line(section, line)) {
-        return std::nullopt;
-      }
-    }
-    if (section.empty()) return std::nullopt;
-    sort_net(net_);
-    return std::move(net_);
-  }
-
- private:
-  static bool is_heading(const std::string& line) {
-    const auto is_capital = [](char c) { return c >= 'A' && c <= 'Z'; };
-    return line.size() == 2 && is_capital(line[0]) && is_capital(line[1]);
-  }
-
-  bool take_line(const std::string& section, const std::string& line) {
-    if (section == "PL") return take_place(line);
-    if (section == "TR") return take_transition(line);
-    if (section == "TP") return take_arc(line, '<');
-    if (section == "PT") return take_arc(line, '>');
-    return true;  // texts and drawings
-  }
-
-  // [NUMBER] "NAME" ATTRIBUTES, in which M1 says that the place is marked.
-  bool take_place(const std::string& line) {
-    const auto name = name_in(line);
-    if (!name) return false;
-    auto& place = append_new(net_.places);
-    place.name = *name;
-    place.initial_marking = without_quoted(line).find("M1") == std::string::npos ? 0 : 1;
-    return true;
-  }
-
-  bool take_transition(const std::string& line) {
-    const auto name = name_in(line);
-    if (!name) return false;
-    append_new(net_.transitions).name = *name;
-    return true;
-  }
-
-  // TRANSITION<PLACE or PLACE>TRANSITION, then attributes.
-  bool take_arc(const std::string& line, char separator) {
-    std::istringstream stream(line);
-    std::size_t left = 0, right = 0;
-    char between = '\0';
-    if (!(stream >> left >> between >> right) || between != separator) return false;
-    const std::size_t transition = separator == '<' ? left : right;
-    const std::size_t place = separator == '<' ? right : left;
-    if (transition < 1 || transition > net_.transitions.size()) return false;
-    if (place < 1 || place > net_.places.size()) return false;
-    if (separator == '<') {
-      add_arc(*net_.transitions[transition - 1], *net_.places[place - 1]);
-    } else {
-      add_arc(*net_.places[place - 1], *net_.transitions[transition - 1]);
-    }
-    return true;
-  }
-
-  static std::optional<std::string> name_in(const std::string& line) {
-    const std::size_t open = line.find('"');
-    const std::size_t close = open == std::string::npos ? open : line.find('"', open + 1);
-    if (close == std::string::npos) return std::nullopt;
-    return line.substr(open + 1, close - open - 1);
-  }
-
-  static std::string without_quoted(const std::string& line) {
-    std::string rest;
-    bool quoted = false;
-    for (const char c : line) {
-      if (c == '"') quoted = !quoted;
-      if (!quoted) rest += c;
-    }
-    return rest;
-  }
-
-  Net net_;
-};
-
 }  // namespace
 
 std::optional<Stg> parse_g(const std::string& text) { return GParser().run(text); }
 
-std::optional<Net> parse_ll_net(const std::string& text) { return LlNetParser().run(text); }
+std::optional<Net> parse_ll_net(const std::string& text) {
+  static const std::regex heading("[A-Z]{2}"), node(R"x(\d*"([^"]*)"(.*))x"), quoted(R"("[^"]*")"),
+      arc(R"((\d+)([<>])(\d+).*)");
+  Net net;
+  std::istringstream lines(text);
+  std::string section;
+  std::smatch part;
+  for (std::string line; std::getline(lines, line);) {
+    if (std::regex_match(line, heading)) {
+      section = line;
+    } else if (section == "PL" && std::regex_match(line, part, node)) {
+      auto& place = append_new(net.places);
+      place.name = part[1];
+      const std::string attributes = std::regex_replace(part.str(2), quoted, "");
+      place.initial_marking = attributes.find("M1") == std::string::npos ? 0 : 1;
+    } else if (section == "TR" && std::regex_match(line, part, node)) {
+      append_new(net.transitions).name = part[1];
+    } else if ((section == "TP" || section == "PT") && std::regex_match(line, part, arc)) {
+      const bool produces = part[2] == "<";  // TRANSITION<PLACE or PLACE>TRANSITION
+      auto& place = *net.places.at(std::stoul(part[produces ? 3 : 1]) - 1);
+      auto& transition = *net.transitions.at(std::stoul(part[produces ? 1 : 3]) - 1);
+      produces ? add_arc(transition, place) : add_arc(place, transition);
+    } else if (section == "PL" || section == "TR" || section == "TP" || section == "PT") {
+      return std::nullopt;
+    }
+  }
+  if (section.empty()) return std::nullopt;
+  sort_net(net);
+  return net;
+}
 
 std::optional<std::string> read_file(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);

@@ -81,26 +81,30 @@ RunState after(const RunState& state, const T& t) {
 template <class N>
 class Configurations {
  public:
-  using State = std::pair<Configuration, PropertyState>;
+  using State = std::pair<EventNumbers, PropertyState>;
 
   Configurations(const PrefixOf<N>& prefix, StateKind kind) : prefix_{prefix}, kind_{kind} {}
 
   bool collect(std::size_t most, std::vector<State>& result) {
-    std::set<Configuration> seen{{}};
-    std::vector<Configuration> open{{}};
+    std::set<EventNumbers> seen{{}};
+    Cut initial;
+    for (const auto& c : prefix_.conditions) {
+      if (c->is_initial()) initial.insert(c.get());
+    }
+    std::vector<std::pair<EventNumbers, Cut>> open{{{}, initial}};
     while (!open.empty()) {
-      const Configuration current = open.back();
+      const auto [current, cut] = std::move(open.back());
       open.pop_back();
-      if (kind_ == StateKind::all || !ends_in_a_dummy(current)) {
-        result.emplace_back(current, state_after(current));
+      if (kind_ == StateKind::all || !ends_in_a_dummy(current, cut)) {
+        result.emplace_back(current, state_after(current, cut));
       }
       for (const auto& event : prefix_.events) {
-        if (event->is_cut_off() || !can_follow(*event, cut_of(current))) continue;
-        Configuration next = current;
+        if (event->is_cut_off() || !can_follow(*event, cut)) continue;
+        EventNumbers next = current;
         next.insert(event->index);
-        if (seen.insert(next).second) open.push_back(next);
+        if (seen.insert(next).second) open.emplace_back(next, after(cut, *event));
       }
-      if (seen.size() > most) return false;
+      if (result.size() > most) return false;
     }
     return true;
   }
@@ -113,22 +117,13 @@ class Configurations {
     return std::ranges::all_of(event.preset, [&](const auto* c) { return cut.contains(c); });
   }
 
-  Cut cut_of(const Configuration& configuration) const {
-    Cut cut;
-    for (const auto& c : prefix_.conditions) {
-      if (c->is_initial()) cut.insert(c.get());
-    }
-    for (const std::uint32_t number : configuration) {
-      cut.insert(prefix_.events[number]->postset.begin(), prefix_.events[number]->postset.end());
-    }
-    for (const std::uint32_t number : configuration) {
-      for (const auto* c : prefix_.events[number]->preset) cut.erase(c);
-    }
+  static Cut after(Cut cut, const Event& event) {
+    for (const auto* c : event.preset) cut.erase(c);
+    cut.insert(event.postset.begin(), event.postset.end());
     return cut;
   }
 
-  bool ends_in_a_dummy(const Configuration& configuration) const {
-    const Cut cut = cut_of(configuration);
+  bool ends_in_a_dummy(const EventNumbers& configuration, const Cut& cut) const {
     return std::ranges::any_of(configuration, [&](std::uint32_t number) {
       const Event& e = *prefix_.events[number];
       const auto is_left = [&](const auto* c) { return cut.contains(c); };
@@ -141,15 +136,11 @@ class Configurations {
       if (!can_follow(*e, cut)) continue;
       enabled[e->index] = true;
       if (kind_ == StateKind::all || e->is_cut_off() || !is_dummy(*e->transition)) continue;
-      Cut next = cut;
-      for (const auto* c : e->preset) next.erase(c);
-      next.insert(e->postset.begin(), e->postset.end());
-      mark_enabled(next, enabled);
+      mark_enabled(after(cut, *e), enabled);
     }
   }
 
-  PropertyState state_after(const Configuration& configuration) const {
-    const Cut cut = cut_of(configuration);
+  PropertyState state_after(const EventNumbers& configuration, const Cut& cut) const {
     Marking marking(prefix_.places.size());
     Parity parity = initial_parity<N>(prefix_);
     for (const auto* c : cut) marking[c->place->index] = true;
@@ -242,17 +233,17 @@ std::vector<PropertyState> states_of(const N& net, StateKind kind) {
 }
 
 template <class N>
-std::optional<std::vector<std::pair<Configuration, PropertyState>>> configuration_states(
+std::optional<std::vector<std::pair<EventNumbers, PropertyState>>> configuration_states(
     const PrefixOf<N>& prefix, StateKind kind, std::size_t most) {
-  std::vector<std::pair<Configuration, PropertyState>> result;
+  std::vector<std::pair<EventNumbers, PropertyState>> result;
   if (!Configurations<N>(prefix, kind).collect(most, result)) return {};
   return result;
 }
 
-#define INSTANTIATE(N)                                                         \
-  template ProcessModel model_of(const PrefixOf<N>&);                          \
-  template std::vector<PropertyState> states_of(const N&, StateKind);          \
-  template std::optional<std::vector<std::pair<Configuration, PropertyState>>> \
+#define INSTANTIATE(N)                                                        \
+  template ProcessModel model_of(const PrefixOf<N>&);                         \
+  template std::vector<PropertyState> states_of(const N&, StateKind);         \
+  template std::optional<std::vector<std::pair<EventNumbers, PropertyState>>> \
   configuration_states(const PrefixOf<N>&, StateKind, std::size_t);
 INSTANTIATE(Net)
 INSTANTIATE(Stg)

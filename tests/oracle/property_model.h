@@ -64,9 +64,9 @@ std::vector<PropertyState> states_of(const N& net, StateKind kind);
 
 // The state after each configuration without cut-offs, by the set of its events; nullopt when
 // there are more of them.
-using Configuration = std::set<std::uint32_t>;
+using EventNumbers = std::set<std::uint32_t>;
 template <class N>
-std::optional<std::vector<std::pair<Configuration, PropertyState>>> configuration_states(
+std::optional<std::vector<std::pair<EventNumbers, PropertyState>>> configuration_states(
     const PrefixOf<N>& prefix, StateKind kind, std::size_t most);
 
 }  // namespace vorel::oracle

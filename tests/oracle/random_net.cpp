@@ -12,6 +12,8 @@
 namespace vorel::oracle {
 namespace {
 
+// Two to six state machines of two to seven states each. They move alone or two or three together;
+// some transitions only test a state of a machine, that is, consume and produce one place.
 class MachinesGenerator {
  public:
   static constexpr std::size_t least_states = 8;
@@ -75,7 +77,8 @@ class MachinesGenerator {
   std::uint32_t transitions_ = 0;
 };
 
-// A block leads from one place to another.
+// Nested sequences, choices, forks and joins; starts again at the end, or stops there. A block
+// leads from one place to another.
 class ForkJoinGenerator {
  public:
   static constexpr std::size_t least_states = 3;
@@ -156,14 +159,6 @@ Net first_small_net(std::uint64_t seed, const RandomNetParams& params) {
 
 }  // namespace
 
-Net synchronised_machines(std::uint64_t seed, const RandomNetParams& params) {
-  return first_small_net<MachinesGenerator>(seed, params);
-}
-
-Net fork_join_net(std::uint64_t seed, const RandomNetParams& params) {
-  return first_small_net<ForkJoinGenerator>(seed, params);
-}
-
 Net random_net(std::uint64_t seed, const RandomNetParams& params) {
   Random random(seed);
   switch (random.below(8)) {
@@ -172,9 +167,9 @@ Net random_net(std::uint64_t seed, const RandomNetParams& params) {
       return token_ring(length, random.between(0, length));
     }
     case 1:
-      return fork_join_net(seed, params);
+      return first_small_net<ForkJoinGenerator>(seed, params);
     default:
-      return synchronised_machines(seed, params);
+      return first_small_net<MachinesGenerator>(seed, params);
   }
 }
 

@@ -15,15 +15,7 @@ struct RandomNetParams {
   std::size_t max_states = 300;
 };
 
-// Two to six state machines of two to seven states each. They move alone or two or three together;
-// some transitions only test a state of a machine, that is, consume and produce one place. About
-// half the nets have a deadlock.
-Net synchronised_machines(std::uint64_t seed, const RandomNetParams& params = {});
-
-// Nested sequences, choices, forks and joins; starts again at the end, or stops there.
-Net fork_join_net(std::uint64_t seed, const RandomNetParams& params = {});
-
-// Mostly synchronised machines, and some of each other family.
+// Mostly synchronised machines, and some of each other family. About half the nets have a deadlock.
 Net random_net(std::uint64_t seed, const RandomNetParams& params = {});
 
 }  // namespace vorel::oracle

@@ -13,46 +13,47 @@ namespace {
 
 using Fact = bool (*)(const NodeFacts&);
 
-bool is_kind(const NodeFacts& f, SignalKind kind) { return f.kind == kind; }
-bool is_dummy(const NodeFacts& f) { return is_kind(f, SignalKind::dummy); }
+template <SignalKind kind>
+bool is_kind(const NodeFacts& f) {
+  return f.kind == kind;
+}
+bool is_dummy(const NodeFacts& f) { return f.kind == SignalKind::dummy; }
 bool is_local(const NodeFacts& f) {
-  return is_kind(f, SignalKind::output) || is_kind(f, SignalKind::internal);
+  return f.kind == SignalKind::output || f.kind == SignalKind::internal;
 }
 
-// What is told of the nodes of a kind: by an operator, or by a set that holds those that have it.
+// What is told of the nodes of a kind: by an operator, and by a set that holds those that have it;
+// some by one of them only.
 struct FactRow {
-  const char* word;
+  const char *word, *set;
   NodeKind kind;
   Fact holds;
 };
-constexpr FactRow attributes[] = {
-    {"is_init", condition, [](const NodeFacts& f) { return f.is_init; }},
-    {"is_init", event, [](const NodeFacts& f) { return f.is_init; }},
-    {"is_init", place, [](const NodeFacts& f) { return f.is_init; }},
-    {"is_init", transition, [](const NodeFacts& f) { return f.is_init; }},
-    {"is_init", signal, [](const NodeFacts& f) { return f.is_init; }},
-    {"is_cutoff", event, [](const NodeFacts& f) { return f.is_cutoff; }},
-    {"is_plus", event, [](const NodeFacts& f) { return f.sign == Sign::plus; }},
-    {"is_plus", transition, [](const NodeFacts& f) { return f.sign == Sign::plus; }},
-    {"is_minus", event, [](const NodeFacts& f) { return f.sign == Sign::minus; }},
-    {"is_minus", transition, [](const NodeFacts& f) { return f.sign == Sign::minus; }},
-    {"is_input", signal, [](const NodeFacts& f) { return is_kind(f, SignalKind::input); }},
-    {"is_output", signal, [](const NodeFacts& f) { return is_kind(f, SignalKind::output); }},
-    {"is_internal", signal, [](const NodeFacts& f) { return is_kind(f, SignalKind::internal); }},
-    {"is_dummy", signal, is_dummy},
-    {"is_local", signal, is_local}};
-constexpr FactRow builtin_sets[] = {
-    {"CONDITIONS", condition, [](const NodeFacts&) { return true; }},
-    {"EVENTS", event, [](const NodeFacts&) { return true; }},
-    {"CUTOFFS", event, [](const NodeFacts& f) { return f.is_cutoff; }},
-    {"PLACES", place, [](const NodeFacts&) { return true; }},
-    {"TRANSITIONS", transition, [](const NodeFacts&) { return true; }},
-    {"SIGNALS", signal, [](const NodeFacts& f) { return !is_dummy(f); }},
-    {"INPUTS", signal, [](const NodeFacts& f) { return is_kind(f, SignalKind::input); }},
-    {"OUTPUTS", signal, [](const NodeFacts& f) { return is_kind(f, SignalKind::output); }},
-    {"INTERNAL", signal, [](const NodeFacts& f) { return is_kind(f, SignalKind::internal); }},
-    {"DUMMY", signal, is_dummy},
-    {"LOCAL", signal, is_local}};
+bool is_any(const NodeFacts&) { return true; }
+bool is_init(const NodeFacts& f) { return f.is_init; }
+bool is_plus(const NodeFacts& f) { return f.sign == Sign::plus; }
+bool is_minus(const NodeFacts& f) { return f.sign == Sign::minus; }
+constexpr FactRow fact_rows[] = {
+    {"is_init", nullptr, condition, is_init},
+    {"is_init", nullptr, event, is_init},
+    {"is_init", nullptr, place, is_init},
+    {"is_init", nullptr, transition, is_init},
+    {"is_init", nullptr, signal, is_init},
+    {"is_cutoff", "CUTOFFS", event, [](const NodeFacts& f) { return f.is_cutoff; }},
+    {"is_plus", nullptr, event, is_plus},
+    {"is_plus", nullptr, transition, is_plus},
+    {"is_minus", nullptr, event, is_minus},
+    {"is_minus", nullptr, transition, is_minus},
+    {"is_input", "INPUTS", signal, is_kind<SignalKind::input>},
+    {"is_output", "OUTPUTS", signal, is_kind<SignalKind::output>},
+    {"is_internal", "INTERNAL", signal, is_kind<SignalKind::internal>},
+    {"is_dummy", "DUMMY", signal, is_dummy},
+    {"is_local", "LOCAL", signal, is_local},
+    {nullptr, "CONDITIONS", condition, is_any},
+    {nullptr, "EVENTS", event, is_any},
+    {nullptr, "PLACES", place, is_any},
+    {nullptr, "TRANSITIONS", transition, is_any},
+    {nullptr, "SIGNALS", signal, [](const NodeFacts& f) { return !is_dummy(f); }}};
 
 // From a node to others. To one node: the set forms only lead to sets.
 struct StepRow {
@@ -308,16 +309,15 @@ class Generator : PropertyBuilder {
   }
 
   Expr attribute(int depth) {
-    const FactRow& row = one_of(attributes, [this](const FactRow& one) {
-      const bool needs_signals = std::string(one.word).starts_with("is_plus") ||
-                                 std::string(one.word).starts_with("is_minus");
-      return has(one.kind) && (model_.has_signals || !needs_signals);
+    const FactRow& row = one_of(fact_rows, [this](const FactRow& one) {
+      const bool needs_signals = one.holds == is_plus || one.holds == is_minus;
+      return one.word != nullptr && has(one.kind) && (model_.has_signals || !needs_signals);
     });
     const Expr operand = node(row.kind, depth - 1);
     const Expr result = prefix(row.word, operand, a_bool, [this, row](const Value& v) {
       return Value{.number = row.holds(model_.at(row.kind, v.number))};
     });
-    const bool fails_on_dummies = &row == &attributes[signal];
+    const bool fails_on_dummies = row.kind == signal && row.holds == is_init;
     return fails_on_dummies ? unless_dummy(operand, result) : result;
   }
 
@@ -550,9 +550,9 @@ class Generator : PropertyBuilder {
   }
 
   Expr builtin(NodeKind kind) {
-    const FactRow& row =
-        one_of(builtin_sets, [kind](const FactRow& one) { return one.kind == kind; });
-    return nodes_where(row.word, primary_level, kind, row.holds);
+    const FactRow& row = one_of(
+        fact_rows, [kind](const FactRow& one) { return one.kind == kind && one.set != nullptr; });
+    return nodes_where(row.set, primary_level, kind, row.holds);
   }
 
   // A regular expression whose meaning is plain.

@@ -43,7 +43,6 @@ class Explorer {
       const auto next = fire(marking, *transition);
       if (!next) {
         graph_.outcome = Exploration::unsafe;
-        graph_.unsafe_transition = transition.get();
         return false;
       }
       Parity next_parity = parity;
@@ -105,13 +104,6 @@ Parity initial_parity(const N& net) {
   } else {
     return {};
   }
-}
-
-template <class N>
-std::set<Marking> StateGraph<N>::reachable_markings() const {
-  std::set<Marking> markings;
-  for (const State& state : states) markings.insert(state.marking);
-  return markings;
 }
 
 template <class N>

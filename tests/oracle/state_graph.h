@@ -56,10 +56,8 @@ struct StateGraph {
   };
 
   Exploration outcome = Exploration::complete;
-  const typename N::Transition* unsafe_transition = nullptr;  // its firing shows unsafeness
   std::vector<State> states;  // breadth first, the initial state at 0
 
-  std::set<Marking> reachable_markings() const;
   std::set<Marking> deadlocks() const;
   bool has_deadlock() const { return !deadlocks().empty(); }
   std::optional<std::uint32_t> shortest_deadlock() const;  // number of firings to it

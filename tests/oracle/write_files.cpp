@@ -5,34 +5,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <vector>
 
 namespace vorel::oracle {
 namespace {
 
 std::string escaped(const std::string& text) {
+  static const std::map<char, std::string> references{
+      {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&apos;"}};
   std::string result;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        result += "&amp;";
-        break;
-      case '<':
-        result += "&lt;";
-        break;
-      case '>':
-        result += "&gt;";
-        break;
-      case '"':
-        result += "&quot;";
-        break;
-      case '\'':
-        result += "&apos;";
-        break;
-      default:
-        result += c;
-    }
-  }
+  for (const char c : text) result += references.contains(c) ? references.at(c) : std::string{c};
   return result;
 }
 

@@ -24,7 +24,7 @@
 namespace vorel {
 namespace {
 
-using oracle::Configuration;
+using Configuration = oracle::EventNumbers;
 using oracle::PropertyState;
 using oracle::StateKind;
 

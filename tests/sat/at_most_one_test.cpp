@@ -44,10 +44,6 @@ TEST(AtMostOne, HoldsForRandomLists) {
     expect_at_most_one(random_lits(random, 5, random.below(6), round % 3 == 0), 5);
 }
 
-TEST(AtMostOne, HoldsForManyDistinctLiterals) {
-  for (std::uint32_t size = 2; size <= 10; ++size) expect_at_most_one(fixing(size, 0x2A5), size);
-}
-
 TEST(AtMostOne, TakesPairsUpToSixLiteralsAndAChainFromSevenOn) {
   struct Row {
     std::uint32_t size, new_variables, clauses;

@@ -26,27 +26,6 @@ TEST(CnfFormula, ClausesMeanWhatTheirLiteralsSay) {
   }
 }
 
-TEST(CnfFormula, EveryPairOfLiteralsMakesTheRightBinaryClause) {
-  const Lits lits = {lit_of(0), ~lit_of(0), lit_of(1), LitTrue, LitFalse};
-  for (const Lit a : lits)
-    for (const Lit b : lits) {
-      FormulaOf f(2);
-      f.formula.add_binary(a, b, f.formula.group(0));
-      for (Assignment x = 0; x < 4; ++x)
-        EXPECT_EQ(f.possible(x), holds(a, x) || holds(b, x)) << to_string(a) << to_string(b);
-    }
-}
-
-TEST(CnfFormula, TrueClausesAddNothingAndRepeatedLiteralsCountOnce) {
-  FormulaOf f(3);
-  f.formula.add_clause(Lits{lit_of(0), lit_of(1), ~lit_of(0)}, PermanentGroup);
-  f.formula.add_clause(Lits{lit_of(0), LitTrue}, PermanentGroup);
-  f.formula.add_units(Lits{LitTrue}, false, PermanentGroup);
-  EXPECT_EQ(f.formula.solver().num_clauses(), 0u);
-  f.formula.add_clause(Lits{lit_of(1), lit_of(0), lit_of(1), LitFalse}, PermanentGroup);
-  EXPECT_EQ(f.formula.solver().num_literals(), 2u);
-}
-
 TEST(CnfFormula, ContradictoryGroupIsForgottenWhenItIsRenewed) {
   FormulaOf f(1);
   const ClauseGroup old = f.formula.group(2);
@@ -92,17 +71,13 @@ TEST(CnfFormula, UnknownSolverGetsAWarningAndTheDefault) {
   EXPECT_TRUE(formula.solve());
 }
 
-TEST(CnfFormula, SizeIsPrintedAsVariablesClausesLiterals) {
+TEST(CnfFormula, TellsItsSizeAndAddsToTheTicksOfTheRun) {
   FormulaOf f(3);
   f.formula.add_binary(lit_of(0), lit_of(1), PermanentGroup);
   std::ostringstream out;
   f.formula.print_size(out);
   EXPECT_EQ(out.str(), "Original Num Var/Cl/Lit\t\t\t3/1/2");
-}
-
-TEST(CnfFormula, SolvingAddsToTheTicksOfTheRun) {
   const std::uint64_t before = run_state().sat_ticks;
-  FormulaOf f(3);
   f.formula.solve();
   EXPECT_GT(run_state().sat_ticks, before);
 }
@@ -229,13 +204,6 @@ TEST(DefinitionRecorder, FirstDefinitionOfAVariableStays) {
   EXPECT_EQ(to_string(recorder.definition(Var{5})->gate), "GateAnd(0, 1)");
   recorder.remove_group(ClauseGroup{1});
   EXPECT_NE(recorder.definition(Var{5}), nullptr);
-}
-
-TEST(Literals, PrintTheirVariableAndSign) {
-  EXPECT_EQ(to_string(~lit_of(12)), "12'");
-  EXPECT_EQ(to_string(lit_of(0)), "0");
-  EXPECT_EQ(to_string(LitTrue) + to_string(LitFalse) + to_string(LitUninit), "TRUEFALSEUNINIT");
-  EXPECT_EQ(to_string(var_uninit) + to_string(var_constant), "UNINITCONST");
 }
 
 }  // namespace

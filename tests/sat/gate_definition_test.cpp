@@ -16,34 +16,6 @@ void expect_defined(FormulaOf& f, Lit output, const Gate& gate, Polarity polarit
   }
 }
 
-// An output that is one of the inputs or a constant is defined in both directions anyway.
-Polarity defined_polarity(const Gate& gate, Polarity polarity) {
-  Gate normal = gate;
-  normalise(normal);
-  return normal.arity() < 2 ? 0 : polarity;
-}
-
-std::size_t random_arity(Random& random, GateType type) {
-  if (type == GateBuf) return 1;
-  if (type >= GateMaj) return type == GateCmpXor ? 4 : 3;
-  return random.below(6);
-}
-
-TEST(GateDefinition, OutputOfEveryTypeFollowsItsFunctionInTheWantedDirections) {
-  Random random(1);
-  for (std::uint32_t type = GateBuf; type < gate_type_count; ++type)
-    for (const Polarity polarity : {-1, 0, 1})
-      for (int round = 0; round < 12; ++round) {
-        FormulaOf f(4);
-        // Without constants in half of the rounds, so that most gates stay what they are.
-        const auto gate_type = static_cast<GateType>(type);
-        const Gate gate(gate_type, random_lits(random, f.inputs, random_arity(random, gate_type),
-                                               round % 2 == 0));
-        const Lit output = f.formula.make_gate(gate, PermanentGroup, polarity);
-        expect_defined(f, output, gate, defined_polarity(gate, polarity));
-      }
-}
-
 TEST(GateDefinition, GatesOverDistinctVariablesFollowTheirFunction) {
   for (std::uint32_t type = GateXor; type < gate_type_count; ++type)
     for (const Polarity polarity : {-1, 0, 1})
@@ -92,37 +64,6 @@ TEST(GateDefinition, SecondRequestAddsTheOtherHalfAndNoVariable) {
           for (const Polarity second : {-first, 0})
             expect_upgraded(Gate(type, fixing(arity, signs)), first, second);
   }
-}
-
-TEST(GateDefinition, RepeatedRequestAddsNothing) {
-  FormulaOf f(3);
-  LitCell cell;
-  const Lits inputs = {lit_of(0), lit_of(1), lit_of(2)};
-  f.formula.define_gate(cell, GateMaj, inputs, PermanentGroup, +1);
-  const std::uint64_t clauses = f.formula.solver().num_clauses();
-  EXPECT_EQ(clauses, 3u);
-  f.formula.define_gate(cell, GateMaj, inputs, PermanentGroup, +1);
-  EXPECT_EQ(f.formula.solver().num_clauses(), clauses);
-  f.formula.define_gate(cell, GateMaj, inputs, PermanentGroup, -1);
-  EXPECT_EQ(f.formula.solver().num_clauses(), 6u);
-}
-
-TEST(GateDefinition, ConstantOutputNeedsNoVariableAndServesEveryPolarity) {
-  FormulaOf f(1);
-  LitCell cell;
-  const Lits inputs = {lit_of(0), ~lit_of(0)};
-  EXPECT_EQ(f.formula.define_gate(cell, GateOr, inputs, PermanentGroup, -1), LitTrue);
-  EXPECT_TRUE(cell.serves(0) && cell.serves(1));
-  EXPECT_EQ(f.formula.solver().num_vars(), 1u);
-}
-
-TEST(GateDefinition, RestrictedBranchingFindsTheSameModels) {
-  CnfFormula formula(CnfParams{.restrict_branching = true});
-  const Lit a(formula.new_var(false), false), b(formula.new_var(false), false);
-  const Lit both = formula.make_gate(Gate(GateAnd, {a, b}), PermanentGroup);
-  formula.add_unit(formula.make_gate(Gate(GateXor, {both, a}), PermanentGroup), PermanentGroup);
-  ASSERT_TRUE(formula.solve());
-  EXPECT_TRUE(formula.is_true(a) && formula.is_true(~b) && formula.is_true(~both));
 }
 
 }  // namespace

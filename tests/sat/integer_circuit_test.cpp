@@ -109,21 +109,6 @@ TEST(IntegerCircuit, ThresholdIsTrueWhenMoreThanKLiteralsAre) {
       }
 }
 
-TEST(IntegerCircuit, ThresholdOfManyFalseLiteralsIsNotExceededByTheFewOthers) {
-  FormulaOf f(3);
-  const Lits lits = {lit_of(0), lit_of(1), lit_of(2), LitFalse, LitFalse, LitFalse};
-  EXPECT_EQ(IntegerCircuit(f.formula).threshold(lits, 4, PermanentGroup), LitFalse);
-}
-
-TEST(IntegerCircuit, ThresholdAtTheEndsIsOnePlainGate) {
-  for (const std::uint64_t k : {0u, 3u}) {
-    FormulaOf f(4);
-    IntegerCircuit(f.formula).threshold(fixing(4, 0), k, PermanentGroup);
-    EXPECT_EQ(f.formula.solver().num_vars(), 5u);
-    EXPECT_EQ(f.formula.solver().num_clauses(), 5u);
-  }
-}
-
 // Widths 0 to 3 with every value, also with those that do not fit.
 template <class Check>
 void for_each_width_and_value(const Check& check) {
@@ -166,20 +151,6 @@ TEST(IntegerCircuit, ComparisonsWithConstantsAreTrueInTheRightModels) {
       expect_literal(f, at_most, defined(at_most),
                      [&](Assignment a) { return number_of(bits, a) <= value; });
     });
-}
-
-TEST(IntegerCircuit, ConstantBitsCompareLikeOthers) {
-  Random random(23);
-  for (int round = 0; round < 200; ++round) {
-    FormulaOf f(3);
-    const Lits bits = random_lits(random, f.inputs, random.below(5));
-    const std::uint64_t value = random.below(18);
-    IntegerCircuit circuit(f.formula);
-    const Lit at_most = circuit.is_at_most(bits, value, PermanentGroup);
-    expect_literal(f, at_most, 0, [&](Assignment a) { return number_of(bits, a) <= value; });
-    circuit.assert_greater(bits, value, PermanentGroup);
-    expect_models(f, [&](Assignment a) { return number_of(bits, a) > value; });
-  }
 }
 
 TEST(IntegerCircuit, ComparesTwoNumbersOfAnyWidths) {

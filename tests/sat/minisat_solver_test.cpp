@@ -106,55 +106,6 @@ TEST(MiniSatSolver, VariablesThatMayBeEliminatedStillGetModelValues) {
   EXPECT_EQ(solver.value(b.variable()), ModelValue::no);
 }
 
-TEST(MiniSatSolver, GroupOfUnitClausesNeedsNoSelector) {
-  MiniSatSolver solver;
-  add_frozen_variables(solver);
-  const ClauseGroup group = solver.new_group();
-  for (const Lit lit : fixing(variables, 0x13)) solver.add_clause({&lit, 1}, group);
-  EXPECT_EQ(solver.num_vars(), variables);
-  EXPECT_EQ(solver.num_clauses(), 0u);
-  ASSERT_EQ(solver.solve(true, true), SolveStatus::sat);
-  EXPECT_EQ(model_of(solver), 0x13u);
-  solver.add_clause(std::array{lit_of(0), lit_of(1)}, group);
-  EXPECT_EQ(solver.num_vars(), variables + 1);
-  EXPECT_EQ(solver.num_literals(), 3u);
-}
-
-TEST(MiniSatSolver, PoisonedGroupCountsAsOneClauseUntilItIsDeleted) {
-  MiniSatSolver solver;
-  add_frozen_variables(solver);
-  const ClauseGroup group = solver.new_group();
-  solver.add_clause(std::array{lit_of(0), lit_of(1)}, PermanentGroup);
-  solver.add_clause({}, group);
-  solver.add_clause({}, group);
-  EXPECT_EQ(solver.num_clauses(), 2u);
-  EXPECT_EQ(solver.solve(true, true), SolveStatus::unsat);
-  solver.delete_group(group);
-  EXPECT_EQ(solver.num_clauses(), 1u);
-  EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
-}
-
-TEST(MiniSatSolver, ContradictionLastsUntilTheReset) {
-  MiniSatSolver solver;
-  add_frozen_variables(solver);
-  solver.add_clause({}, PermanentGroup);
-  EXPECT_EQ(solver.num_clauses(), 1u);
-  EXPECT_EQ(solver.solve(true, true), SolveStatus::unsat);
-  EXPECT_EQ(solve_copy(solver), SolveStatus::unsat);
-  solver.reset();
-  EXPECT_EQ(solver.num_vars(), 0u);
-  EXPECT_EQ(solver.new_group(), ClauseGroup{0});
-  EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
-}
-
-TEST(MiniSatSolver, VariablesWithoutDecisionOrModelAreUndefined) {
-  MiniSatSolver solver;
-  const Var free = solver.new_var(true);
-  ASSERT_EQ(solver.solve(true, true), SolveStatus::sat);
-  EXPECT_EQ(solver.value(free), ModelValue::undefined);
-  EXPECT_EQ(solver.value(solver.new_var(false)), ModelValue::undefined);
-}
-
 TEST(MiniSatSolver, DeletingALargeGroupGivesItsClausesBack) {
   MiniSatSolver solver;
   Random random(71);

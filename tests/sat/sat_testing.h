@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <random>
 #include <span>
 #include <vector>
 
+#include "oracle/random.h"
 #include "sat/cnf_formula.h"
 
 namespace vorel {
@@ -64,11 +64,7 @@ inline bool gate_value(const Gate& gate, Assignment assignment) {
   return gate_value(gate.type(), values);
 }
 
-struct Random {
-  explicit Random(std::uint32_t seed) : engine{seed} {}
-  std::uint32_t below(std::uint32_t end) { return static_cast<std::uint32_t>(engine() % end); }
-  std::mt19937 engine;
-};
+using oracle::Random;
 
 // A variable of the first `variable_count`, or a constant.
 inline Lit random_lit(Random& random, std::uint32_t variable_count, bool constants = true) {

@@ -58,25 +58,6 @@ TEST(Enumeration, ListsEachAssignmentOfTheLiteralsOnce) {
   }
 }
 
-TEST(Enumeration, StopsAtTheLimit) {
-  FormulaOf f(3);
-  for (const std::uint64_t limit : {0u, 1u, 3u}) {
-    std::uint64_t calls = 0;
-    enumerate(
-        f.formula, fixing(3, 0), f.formula.group(0), [&](const LiteralCube&) { ++calls; }, limit);
-    EXPECT_EQ(calls, limit);
-    f.formula.renew_group(f.formula.group(0));
-  }
-}
-
-TEST(Enumeration, WithoutLiteralsThereIsOneSolution) {
-  FormulaOf f(3);
-  int calls = 0;
-  enumerate(
-      f.formula, {}, f.formula.group(0), [&](const LiteralCube&) { ++calls; }, no_limit);
-  EXPECT_EQ(calls, 1);
-}
-
 TEST(Enumeration, StopsWhenTheCallbackReportsAnError) {
   const auto run = [] {
     FormulaOf f(3);
@@ -136,16 +117,6 @@ TEST(Enumeration, RequiredCubesAreEachMetSomewhere) {
   cubes[1].set(1, CubeValue::no);
   require_cubes(f.formula, cubes, fixing(3, 7), PermanentGroup);
   for (Assignment a = 0; a < 8; ++a) EXPECT_EQ(f.possible(a), (a & 2) == 0 && (a & 5) != 4) << a;
-}
-
-TEST(LiteralCube, KeepsMoreThanOneWordOfValues) {
-  LiteralCube cube(70, CubeValue::yes);
-  cube.set(31, CubeValue::any);
-  cube.set(64, CubeValue::no);
-  std::string expected(70, '1');
-  expected[31] = '-';
-  expected[64] = '0';
-  EXPECT_EQ(pattern(cube), expected);
 }
 
 struct CostSearch {
@@ -211,29 +182,6 @@ TEST(LeastCost, DescentEndsAtTheMinimumOfWeightedSums) {
 TEST(LeastCost, DescentEndsAtTheMinimumOfAnyBits) {
   Random random(59);
   for (int round = 0; round < 300; ++round) check_least_cost(random, false);
-}
-
-TEST(LeastCost, CostOfZeroNeedsNoFurtherSolve) {
-  FormulaOf f(3);
-  f.formula.add_units(fixing(3, 0), false, PermanentGroup);
-  EXPECT_EQ(least_cost(f.formula, fixing(3, 7)).solves, 1u);
-}
-
-TEST(LeastCost, EachBitThatCannotBeLoweredCostsOneSolve) {
-  FormulaOf f(4);
-  f.formula.add_units(fixing(4, 0xB), false, PermanentGroup);
-  const CostSearch search = least_cost(f.formula, fixing(4, 0xF));
-  EXPECT_EQ(search.least, 0xBu);
-  EXPECT_EQ(search.solves, 4u);
-}
-
-TEST(LeastCost, FormulaIsItselfAgainOnceTheGroupOfAttemptsIsRenewed) {
-  FormulaOf f(2);
-  f.formula.add_binary(lit_of(0), lit_of(1), PermanentGroup);
-  EXPECT_EQ(least_cost(f.formula, fixing(2, 3)).least, 1u);
-  f.formula.renew_group(f.formula.group(2));
-  EXPECT_TRUE(f.possible(Assignment{3}));
-  EXPECT_FALSE(f.possible(Assignment{0}));
 }
 
 }  // namespace

@@ -9,8 +9,8 @@
 
 #include "base/messages.h"
 #include "conflicts/conflicts_support.h"
+#include "oracle/circuit_states.h"
 #include "support/legacy_files.h"
-#include "synthesis/circuit_states.h"
 
 namespace vorel {
 namespace {
@@ -71,7 +71,7 @@ class Derivation {
                      const SignalImplementation& alternative) const {
     EXPECT_EQ(alternative.cost, literal_count(alternative.equation));
     const std::set<std::string> context(alternative.context.begin(), alternative.context.end());
-    std::set<std::string> needed = circuit::names_in(alternative.equation);
+    std::set<std::string> needed = oracle::names_in(alternative.equation);
     EXPECT_TRUE(std::ranges::includes(context, needed)) << "a literal that is not in the context";
     needed.insert(solution.triggers().begin(), solution.triggers().end());
     if (style_ == SynthesisStyle::complex_gate) {
@@ -109,7 +109,7 @@ class Derivation {
   }
 
   bool value(const SignalImplementation& alternative, std::uint32_t state) const {
-    return circuit::value_of(alternative.equation, subject_.prefix, subject_.codes[state]);
+    return oracle::value_of(alternative.equation, subject_.prefix, subject_.codes[state]);
   }
 
   bool next_value(std::uint32_t signal, std::uint32_t state) const {
@@ -134,7 +134,7 @@ void expect_right_equations(const Subject& subject, SynthesisStyle style, int so
   derivation.check(solutions);
   const bool has_dummies = subject.prefix.internals_end < subject.prefix.signals.size();
   if (style == SynthesisStyle::standard_c && !has_dummies) {
-    EXPECT_EQ(circuit::find_hazard(subject.prefix, subject.graph, subject.initial, solutions), "");
+    EXPECT_EQ(oracle::find_hazard(subject.prefix, subject.graph, subject.initial, solutions), "");
   }
 }
 

@@ -12,10 +12,10 @@
 
 #include "conflicts/conflicts_support.h"
 #include "oracle/parse_g.h"
+#include "oracle/testbench.h"
 #include "support/legacy_files.h"
 #include "support/run_program.h"
 #include "synthesis/equation_search.h"
-#include "synthesis/testbench.h"
 #include "synthesis/verilog_writer.h"
 
 namespace vorel {
@@ -133,7 +133,7 @@ class Verilog : public testing::Test {
         // Where outputs disable each other, as in an arbiter, a wire that lags is a hazard.
         const bool prompt = is_random || subject.name == "mutex2";
         const auto number = static_cast<std::uint32_t>(titles.size());
-        modules += circuit::with_testbench(
+        modules += oracle::with_testbench(
             module, subject.prefix, subject.graph,
             {.number = number, .seed = seeds(1).first + number, .prompt_wires = prompt});
         titles.push_back(subject.name + ":\n" + module);
@@ -187,7 +187,7 @@ TEST_F(Verilog, SimulationTellsAWrongGate) {
     ASSERT_NE(changed.find(right), std::string::npos) << module;
     changed.replace(changed.find(right), right.size(), wrong);
     modules +=
-        circuit::with_testbench(changed, subject->prefix, subject->graph, {.number = number++});
+        oracle::with_testbench(changed, subject->prefix, subject->graph, {.number = number++});
   }
   const auto lines = simulate(modules);
   ASSERT_EQ(lines.size(), 3u);

@@ -1,9 +1,6 @@
 // The texts, orders and hashes of cubes, covers and expressions.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
-
 #include "toolkit/cover.h"
 #include "toolkit/value_hash.h"
 #include "toolkit/logic_expr.h"
@@ -34,27 +31,6 @@ TEST(CubeForms, OrderIsByLengthThenZeroOneDashAtTheFirstDifference) {
   };
   for (const Cube& a : all)
     for (const Cube& b : all) EXPECT_EQ(a <=> b, key(a) <=> key(b)) << to_string(a) << to_string(b);
-}
-
-TEST(CubeForms, PositionsKeepTheirValuesWhenOthersAreSet) {
-  std::mt19937 random(1);
-  std::string text(45, '-');
-  Cube cube(45, Ternary::dash);
-  for (int round = 0; round < 500; ++round) {
-    const std::size_t i = random() % 45, value = random() % 3;
-    text[i] = "01-"[value];
-    cube.set(i, static_cast<Ternary>(value));
-    ASSERT_EQ(to_string(cube), text);
-    ASSERT_EQ(cube, Cube::from_text(text));
-    ASSERT_EQ(cube.literal_count(), 45u - static_cast<std::size_t>(std::ranges::count(text, '-')));
-  }
-}
-
-TEST(CoverForms, ConstantsRememberTheirWidth) {
-  EXPECT_EQ(to_string(Cover(3, true)), "---");
-  EXPECT_EQ(to_string(Cover(3, false)), "");
-  EXPECT_NE(Cover(3, false), Cover(2, false));
-  EXPECT_EQ(Cover(0, true).size(), 1u);
 }
 
 TEST(CoverForms, CubesStandOnALineEachAndMoveTheirPositions) {

@@ -67,10 +67,9 @@ TEST(GenlibReader, TakesTheFormsInWhichLibrariesArePublished) {
   const struct {
     std::string text, description;
   } rows[] = {
-      {"GATE inv1\t928. O=!a;\r\n  PIN a INV" + timing, "inv1 928 O(a) = !a"},
-      {"# a comment\nGATE \"x:comb\" .5e1 Y = A*B+C' ; # another\nPIN * UNKNOWN" + timing,
+      {"# a comment\nGATE\t\"x:comb\" .5e1 Y = A*B+C' ; # another\r\nPIN * UNKNOWN" + timing,
        "x:comb 5 Y(A B C) = ((A*B)+!C)"},
-      {"GATE a(1) 1 O=a b!c;PIN * INV" + timing + "GATE zero 0 O=CONST0;GATE \"o n e\" 0 z=1;",
+      {"GATE a(1) 1. O=a b!c;PIN * INV" + timing + "GATE zero 0 O=CONST0;GATE \"o n e\" 0 z=1;",
        "a(1) 1 O(a b c) = ((a*b)*!c)\nzero 0 O() = 0\no n e 0 z() = 1"},
       {"GATE o 1 o=x[1]*\"a+b\"+<y>.2:z-0_\\ 2B;PIN 2B INV" + timing + "PIN * INV" + timing,
        "o 1 o(2B x[1] a+b <y>.2:z-0_\\) = ((x[1]*a+b)+(<y>.2:z-0_\\*2B))"},
@@ -79,10 +78,8 @@ TEST(GenlibReader, TakesTheFormsInWhichLibrariesArePublished) {
       {"\xEF\xBB\xBFGATE a 2 o=x*!y+!x*y; PIN * INV" + timing +
            "GATE a 1 o=!(y x+!x y'); PIN * INV" + timing,
        "a 1 o(x y) = ((x*!y)+(!x*y))"},
-      {"LATCH sr 40 Q=Q_NEXT*R+!S; SEQ Q Q_NEXT ASYNCH PIN S INV" + timing + "PIN R INV" + timing,
-       "sr 40 Q(S R ; Q_NEXT) = ((Q_NEXT*R)+!S) asynchronous"},
-      {"LATCH c 4 C=A*B+(A+B)*C; PIN * UNKNOWN" + timing + "SEQ C C ASYNCH",
-       "c 4 C(A B ; C) = ((A*B)+((A+B)*C)) asynchronous"},
+      {"LATCH sr 40 Q=Q*R+!S; SEQ Q Q ASYNCH PIN S INV" + timing + "PIN R INV" + timing,
+       "sr 40 Q(S R ; Q) = ((Q*R)+!S) asynchronous"},
       {"LATCH \"dff\" 5 Q=D; PIN D NONINV" + timing + "SEQ Q ANY RISING_EDGE\nCONTROL CLK" +
            timing + "CONSTRAINT D 0.3 0.2\n",
        "dff 5 Q(D) = D clocked"},
@@ -96,19 +93,15 @@ TEST(GenlibReader, TakesTheFormsInWhichLibrariesArePublished) {
 TEST(GenlibReader, AFaultIsNotedWithItsLineAndText) {
   const std::string pins = "PIN * INV" + timing,
                     area = "expected an area, a number that is not negative";
-  const std::string wide = "(((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((";
   const struct {
     std::string text, note;
   } rows[] = {
-      {"", "1: expected 'GATE' or 'LATCH', found the end of the text"},
       {"#only\n\n", "3: expected 'GATE' or 'LATCH', found the end of the text"},
       {"\nPIN a INV", "2: expected 'GATE' or 'LATCH', found 'PIN'"},
-      {"gate a 1 o=x;" + pins, "1: expected a statement, found 'gate'"},
       {std::string("\0\xFFGATE", 6), "1: expected a statement, found '\\x00\\xffGATE'"},
       {"GATE", "1: expected the name of a gate, found the end of the text"},
       {"GATE \"a\n 1 o=x;",
        "1: expected '\"' at the end of a name that starts with it, found '\"a'"},
-      {"GATE a o=x;", "1: " + area + ", found 'o=x;'"},
       {"GATE a -1 o=x;", "1: " + area + ", found '-1'"},
       {"GATE a 1e999 o=x;", "1: " + area + ", found '1e999'"},
       {"GATE a nan o=x;", "1: " + area + ", found 'nan'"},
@@ -119,8 +112,6 @@ TEST(GenlibReader, AFaultIsNotedWithItsLineAndText) {
       {"GATE a 1 o=(x;", "1: expected ')', found ';'"},
       {"GATE a 1 o=" + std::string(1000000, '('),
        "1: expected no more than 500 nested brackets, found '" + std::string(60, '(') + "...'"},
-      {"GATE a 1 o=x\n" + pins, "2: expected ';', found 'PIN'"},
-      {"GATE a 1 o=x;PIN x", "1: expected 'INV', 'NONINV' or 'UNKNOWN', found the end of the text"},
       {"GATE a 1 o=x;PIN x inv", "1: expected 'INV', 'NONINV' or 'UNKNOWN', found 'inv'"},
       {"GATE a 1 o=x;PIN x INV 1 2 3 4 5;", "1: expected a load or a delay, found '5;'"},
       {"GATE a 1 o=x;PIN * INV 1 2 3 4 5 6 7", "1: expected a statement, found '7'"},
@@ -147,8 +138,6 @@ TEST(GenlibReader, AFaultIsNotedWithItsLineAndText) {
       {"GATE a 1 o=x+y;" + pins + "\nGATE a 2 o=x*y;" + pins,
        "2: another gate with the name 'a' has a different function"},
       {"LATCH a 1 o=x r;" + pins + "SEQ o r ASYNCH LATCH a 1 o=x r;" + pins + "SEQ o ANY ASYNCH",
-       "1: another gate with the name 'a' has a different function"},
-      {"LATCH a 1 o=x r;" + pins + "SEQ o r ASYNCH LATCH a 1 o=x r;" + pins + "SEQ o x ASYNCH",
        "1: another gate with the name 'a' has a different function"},
       {"GATE a 1 o=x;" + pins + "LATCH a 1 o=x;SEQ o ANY ASYNCH " + pins,
        "1: another gate with the name 'a' has a different function"},

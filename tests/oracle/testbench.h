@@ -1,4 +1,4 @@
-// tests/synthesis/testbench.h - Verilog that drives a derived module as its STG allows.
+// oracle/testbench.h - Verilog that drives a derived module as its STG allows.
 // Here:      the text of the testbench.
 // Not here:  running it (tests/synthesis/verilog_test.cpp).
 #pragma once
@@ -8,7 +8,7 @@
 
 #include "oracle/state_graph.h"
 
-namespace vorel::circuit {
+namespace vorel::oracle {
 
 struct TestbenchParams {
   std::uint32_t number = 0;   // stands behind the names of both modules and before what is printed
@@ -22,7 +22,7 @@ struct TestbenchParams {
 // edges", or "NUMBER: ..." with the first signal that changes when the STG does not let it, or does
 // not when nothing else is left to happen. The STG has no dummies, and in no state two different
 // edges of one signal.
-std::string with_testbench(const std::string& module, const Stg& stg,
-                           const oracle::StateGraph<Stg>& graph, const TestbenchParams& params);
+std::string with_testbench(const std::string& module, const Stg& stg, const StateGraph<Stg>& graph,
+                           const TestbenchParams& params);
 
-}  // namespace vorel::circuit
+}  // namespace vorel::oracle

@@ -1,4 +1,4 @@
-// tests/bdd/truth_tables.h - functions of ten variables by their values.
+// oracle/truth_tables.h - functions of ten variables by their values.
 // Here:      what BDDs are compared with, and random functions in both forms.
 #pragma once
 
@@ -8,7 +8,7 @@
 #include "bdd/bdd.h"
 #include "oracle/random.h"
 
-namespace vorel {
+namespace vorel::oracle {
 
 constexpr std::uint32_t table_variables = 10;
 constexpr std::uint32_t table_size = 1u << table_variables;
@@ -54,7 +54,7 @@ struct Function {
 };
 
 // Of the variables that the mask names: constants, literals and what operations make of them.
-inline Function random_function(oracle::Random& random, std::uint32_t mask, int depth) {
+inline Function random_function(Random& random, std::uint32_t mask, int depth) {
   if (depth == 0 || random.chance(5)) {
     const std::uint32_t v = random.below(table_variables);
     if (((mask >> v) & 1u) == 0) {
@@ -76,8 +76,8 @@ inline Function random_function(oracle::Random& random, std::uint32_t mask, int 
   }
 }
 
-inline Function random_function(oracle::Random& random) {
+inline Function random_function(Random& random) {
   return random_function(random, random.below(table_size), static_cast<int>(random.below(6)));
 }
 
-}  // namespace vorel
+}  // namespace vorel::oracle

@@ -1,4 +1,4 @@
-// tests/synthesis/circuit_states.h - circuits of derived equations, gate by gate.
+// oracle/circuit_states.h - circuits of derived equations, gate by gate.
 #pragma once
 
 #include <set>
@@ -8,21 +8,20 @@
 #include "oracle/coding.h"
 #include "synthesis/signal_solution.h"
 
-namespace vorel::circuit {
+namespace vorel::oracle {
 
 // The names of its literals.
 std::set<std::string> names_in(const LogicExpr& expression);
 
 // The value of an equation under a code.
-bool value_of(const LogicExpr& expression, const Stg& stg, const oracle::Values& code);
+bool value_of(const LogicExpr& expression, const Stg& stg, const Values& code);
 
 // Explores the circuit in which each output and internal signal is the output of a C-element driven
 // by two gates, SET and RESET, of any delay each, with the STG as environment and as what the
 // outputs are to conform to. Empty, or what goes wrong: a gate or C-element that is excited and not
 // any more, a signal that changes where the STG does not let it, or one that never will where it
 // should. An STG in which an output can be disabled is a hazard of its own: it is passed over.
-std::string find_hazard(const Stg& stg, const oracle::StateGraph<Stg>& graph,
-                        const oracle::Values& initial,
+std::string find_hazard(const Stg& stg, const StateGraph<Stg>& graph, const Values& initial,
                         const std::vector<const SignalSolution*>& solutions);
 
-}  // namespace vorel::circuit
+}  // namespace vorel::oracle

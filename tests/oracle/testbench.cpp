@@ -1,17 +1,17 @@
-#include "synthesis/testbench.h"
+#include "oracle/testbench.h"
 
 #include <algorithm>
 #include <sstream>
 #include <vector>
 
-namespace vorel::circuit {
+namespace vorel::oracle {
 namespace {
 
 constexpr const char* module_name = "VOREL_unmapped_implementation";
 
 class Testbench {
  public:
-  Testbench(const std::string& module, const Stg& stg, const oracle::StateGraph<Stg>& graph,
+  Testbench(const std::string& module, const Stg& stg, const StateGraph<Stg>& graph,
             const TestbenchParams& params)
       : stg_{stg}, graph_{graph}, number_{std::to_string(params.number)}, params_{params} {
     std::istringstream lines(module);
@@ -149,7 +149,7 @@ class Testbench {
   }
 
   const Stg& stg_;
-  const oracle::StateGraph<Stg>& graph_;
+  const StateGraph<Stg>& graph_;
   const std::string number_;
   const TestbenchParams params_;
   std::vector<std::string> nodes_;  // to which something is assigned: signals, SET and RESET
@@ -160,9 +160,9 @@ class Testbench {
 
 }  // namespace
 
-std::string with_testbench(const std::string& module, const Stg& stg,
-                           const oracle::StateGraph<Stg>& graph, const TestbenchParams& params) {
+std::string with_testbench(const std::string& module, const Stg& stg, const StateGraph<Stg>& graph,
+                           const TestbenchParams& params) {
   return Testbench(module, stg, graph, params).run(module);
 }
 
-}  // namespace vorel::circuit
+}  // namespace vorel::oracle

@@ -1,13 +1,13 @@
-#include "synthesis/circuit_states.h"
+#include "oracle/circuit_states.h"
 
 #include <algorithm>
 #include <map>
 #include <optional>
 
-namespace vorel::circuit {
+namespace vorel::oracle {
 namespace {
 
-using Graph = oracle::StateGraph<Stg>;
+using Graph = StateGraph<Stg>;
 
 struct CircuitState {
   std::uint32_t environment;  // state of the graph
@@ -17,10 +17,10 @@ struct CircuitState {
 
 class Explorer {
  public:
-  Explorer(const Stg& stg, const Graph& graph, const oracle::Values& initial,
+  Explorer(const Stg& stg, const Graph& graph, const Values& initial,
            const std::vector<const SignalSolution*>& solutions)
       : stg_{stg}, graph_{graph}, solutions_{solutions} {
-    for (const auto& state : graph.states) codes_.push_back(oracle::code_of(state, initial));
+    for (const auto& state : graph.states) codes_.push_back(code_of(state, initial));
   }
 
   std::string run() {
@@ -136,7 +136,7 @@ class Explorer {
   const Stg& stg_;
   const Graph& graph_;
   const std::vector<const SignalSolution*>& solutions_;
-  std::vector<oracle::Values> codes_;  // by state of the graph
+  std::vector<Values> codes_;  // by state of the graph
 };
 
 template <class Visit>
@@ -158,7 +158,7 @@ std::set<std::string> names_in(const LogicExpr& expression) {
   return names;
 }
 
-bool value_of(const LogicExpr& expression, const Stg& stg, const oracle::Values& code) {
+bool value_of(const LogicExpr& expression, const Stg& stg, const Values& code) {
   if (const auto* constant = std::get_if<LogicExpr::Const>(&expression.node))
     return constant->value;
   if (const auto* leaf = std::get_if<LogicExpr::Literal>(&expression.node)) {
@@ -175,9 +175,9 @@ bool value_of(const LogicExpr& expression, const Stg& stg, const oracle::Values&
   return result;
 }
 
-std::string find_hazard(const Stg& stg, const Graph& graph, const oracle::Values& initial,
+std::string find_hazard(const Stg& stg, const Graph& graph, const Values& initial,
                         const std::vector<const SignalSolution*>& solutions) {
   return Explorer(stg, graph, initial, solutions).run();
 }
 
-}  // namespace vorel::circuit
+}  // namespace vorel::oracle
