@@ -5,13 +5,14 @@
 
 #include <fstream>
 #include <initializer_list>
-#include <iostream>
+#include <istream>
 #include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
 
 #include "net/process.h"
+#include "support/caught_messages.h"
 
 namespace vorel {
 
@@ -35,21 +36,6 @@ inline std::string example_bytes(const std::string& name) {
   std::ifstream file(std::string(VOREL_EXAMPLES) + "/" + name, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
-
-// Catches what is told the user while it lives.
-class CaughtMessages {
- public:
-  CaughtMessages() : before_{std::cerr.rdbuf(text_.rdbuf())} {}
-  ~CaughtMessages() { std::cerr.rdbuf(before_); }
-  CaughtMessages(const CaughtMessages&) = delete;
-  CaughtMessages& operator=(const CaughtMessages&) = delete;
-
-  std::string text() const { return text_.str(); }
-
- private:
-  std::ostringstream text_;
-  std::streambuf* before_;
-};
 
 inline std::string deprecation(const std::string& format) {
   return "\nWarning: the legacy " + format +
