@@ -65,8 +65,10 @@ bool can_be_written(const Gate& gate) {
          std::ranges::find(gate.pins, "*") == gate.pins.end();
 }
 
-void try_text(const std::string& bytes) {
-  const auto gates = read_genlib(bytes, "input");
+}  // namespace
+
+void fuzz_genlib(const std::string& bytes) {
+  const auto gates = read_or_refuse([&] { return read_genlib(bytes, "input"); });
   if (!gates) return;
   for (const Gate& gate : *gates) {
     require_sound(gate);
@@ -80,11 +82,4 @@ void try_text(const std::string& bytes) {
   }
 }
 
-}  // namespace
 }  // namespace vorel::fuzzing
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  vorel::fuzzing::silence_messages();
-  vorel::fuzzing::try_text(std::string(reinterpret_cast<const char*>(data), size));
-  return 0;
-}
