@@ -20,13 +20,6 @@ std::string nested(std::uint32_t depth, const std::string& innermost) {
   return text;
 }
 
-TEST(XmlDepth, FindsTheFirstElementBelowTheBound) {
-  const std::string text = "<a><b/><c d='>'><e/></c></a>";
-  EXPECT_EQ(element_below_depth(text, 3), nullptr);
-  EXPECT_EQ(std::string(element_below_depth(text, 2)), "<e/></c></a>");
-  EXPECT_EQ(std::string(element_below_depth(text, 0)), text);
-}
-
 // What looks like tags and is none, and tags that a glance would overlook.
 TEST(XmlDepth, TakesTagsApartAsTheParserDoes) {
   const std::pair<std::string, bool> table[] = {
