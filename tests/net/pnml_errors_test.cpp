@@ -28,7 +28,7 @@ TEST(PnmlErrors, OfTheWholeDocument) {
       {"<pnml a=b/>", "syntax error in an XML file: expected ' or \" (b/>)"},
   };
   for (const auto& [text, message] : table) {
-    const auto result = read_text(text);
+    const auto result = read_document(text);
     EXPECT_EQ(result.input, nullptr);
     EXPECT_EQ(result.messages, error(message));
   }
@@ -38,14 +38,14 @@ TEST(PnmlErrors, AZeroByteIsNotTakenForTheEnd) {
   std::string text = net_prefix_text;
   text.push_back('\0');
   text += "<pnml/>";
-  const auto result = read_text(text);
+  const auto result = read_document(text);
   EXPECT_EQ(result.input, nullptr);
   EXPECT_EQ(result.messages, error("syntax error in an XML file: zero byte at offset " +
                                    std::to_string(net_prefix_text.size()) + " ()"));
 }
 
 TEST(PnmlErrors, TheExcerptOfALongTextIsCut) {
-  const auto result = read_text("x" + std::string(100000, 'y'));
+  const auto result = read_document("x" + std::string(100000, 'y'));
   EXPECT_EQ(result.messages,
             error("syntax error in an XML file: expected < (x" + std::string(4095, 'y') + "...)"));
 }
@@ -108,7 +108,7 @@ TEST(PnmlErrors, OfThePartsOfADocument) {
       {merged, "<text> 1 </text>", depth, "the initial marking is not safe: place(s) c0"},
   };
   for (const auto& fault : faults) {
-    const auto result = read_text(with(fault.text, fault.old_part, fault.new_part));
+    const auto result = read_document(with(fault.text, fault.old_part, fault.new_part));
     EXPECT_EQ(result.input, nullptr) << fault.new_part;
     EXPECT_EQ(result.messages, fault.message.empty() ? "" : error(fault.message)) << fault.new_part;
   }
@@ -116,7 +116,7 @@ TEST(PnmlErrors, OfThePartsOfADocument) {
 
 TEST(PnmlErrors, WhatTheChecksOfEveryInputRefuseIsRefused) {
   const std::string without_arc = with(net_prefix_text, R"(<arc source="c0" target="e0"/>)", "");
-  const auto result = read_text(without_arc);
+  const auto result = read_document(without_arc);
   EXPECT_EQ(result.input, nullptr);
   EXPECT_NE(result.messages.find(error("the net contains 1 transition(s) with empty preset: e0")),
             std::string::npos);

@@ -55,7 +55,7 @@ TEST(PnmlReader, AShapeTakesItsOwnKindsOnly) {
   const auto answers = [&types]<class Shape>(std::type_identity<Shape>) {
     std::string marks;
     for (const std::string& type : types) {
-      const auto result = read_text<Shape>("<pnml><net type='" + type + "'/></pnml>");
+      const auto result = read_document<Shape>("<pnml><net type='" + type + "'/></pnml>");
       EXPECT_EQ(result.input, nullptr);
       const bool unexpected = result.messages == "\nError: unexpected net type: " + type + "\n";
       EXPECT_TRUE(unexpected || result.messages.empty()) << result.messages;
@@ -148,9 +148,10 @@ TEST(PnmlReader, TheTokensOfTheNetAreThoseOfTheProcess) {
 
 TEST(PnmlReader, ASilentFailureIsExplainedToThoseWhoAskForDiagnostics) {
   const std::string without_net = "<pnml><net type='branching_process:STG'><page/></net></pnml>";
-  EXPECT_EQ(read_text(without_net).messages, "");
+  EXPECT_EQ(read_document(without_net).messages, "");
   run_state().verbosity = 1;
-  EXPECT_EQ(read_text(without_net).messages, "\nthe input is not read: it has no original net\n");
+  EXPECT_EQ(read_document(without_net).messages,
+            "\nthe input is not read: it has no original net\n");
   run_state().verbosity = 0;
 }
 
