@@ -68,7 +68,8 @@ bool can_be_written(const Gate& gate) {
 }  // namespace
 
 void fuzz_genlib(const std::string& bytes) {
-  const auto gates = read_or_refuse([&] { return read_genlib(bytes, "input"); });
+  const auto gates =
+      read_or_refuse(bytes, [](const std::string& text) { return read_genlib(text, "input"); });
   if (!gates) return;
   for (const Gate& gate : *gates) {
     require_sound(gate);

@@ -67,9 +67,9 @@ void try_g_round_trip(const Stg& stg) {
 void fuzz_nets(const std::string& bytes) {
   if (bytes.empty()) return;
   const auto form = static_cast<unsigned char>(bytes[0]) % net_formats.size();
-  const std::string text = bytes.substr(1);
-  const auto net =
-      read_or_refuse([&] { return read_net_text(text, net_formats[form].format, "input"); });
+  const auto net = read_or_refuse(bytes.substr(1), [form](const std::string& text) {
+    return read_net_text(text, net_formats[form].format, "input");
+  });
   if (!net) return;
   std::visit(
       [](const auto& n) {
