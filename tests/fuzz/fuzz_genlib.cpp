@@ -65,8 +65,11 @@ bool can_be_written(const LibraryGate& gate) {
          std::ranges::find(gate.pins, "*") == gate.pins.end();
 }
 
-void try_text(const std::string& bytes) {
-  const auto gates = read_genlib(bytes, "input");
+}  // namespace
+
+void fuzz_genlib(const std::string& bytes) {
+  const auto gates =
+      read_or_refuse(bytes, [](const std::string& text) { return read_genlib(text, "input"); });
   if (!gates) return;
   for (const LibraryGate& gate : *gates) {
     require_sound(gate);
@@ -80,11 +83,4 @@ void try_text(const std::string& bytes) {
   }
 }
 
-}  // namespace
 }  // namespace vorel::fuzzing
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  vorel::fuzzing::silence_messages();
-  vorel::fuzzing::try_text(std::string(reinterpret_cast<const char*>(data), size));
-  return 0;
-}

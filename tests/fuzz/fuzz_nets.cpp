@@ -50,8 +50,8 @@ bool has_untellable_place(const Stg& stg) {
 }
 
 // What was written is read back, and then changes no more.
-void try_round_trip(const Net&) {}
-void try_round_trip(const Stg& stg) {
+void try_g_round_trip(const Net&) {}
+void try_g_round_trip(const Stg& stg) {
   if (has_untellable_place(stg)) return;
   const std::string text = g_text_of(stg);
   if (text.empty()) return;  // the name of a signal does not suit
@@ -63,21 +63,20 @@ void try_round_trip(const Stg& stg) {
 }
 
 }  // namespace
-}  // namespace vorel::fuzzing
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace vorel;
-  fuzzing::silence_messages();
-  if (size == 0) return 0;
-  const std::string_view text(reinterpret_cast<const char*>(data) + 1, size - 1);
-  const NetFormat format = net_formats[data[0] % net_formats.size()].format;
-  const auto net = read_net_text(text, format, "input");
-  if (!net) return 0;
+void fuzz_nets(const std::string& bytes) {
+  if (bytes.empty()) return;
+  const auto form = static_cast<unsigned char>(bytes[0]) % net_formats.size();
+  const auto net = read_or_refuse(bytes.substr(1), [form](const std::string& text) {
+    return read_net_text(text, net_formats[form].format, "input");
+  });
+  if (!net) return;
   std::visit(
       [](const auto& n) {
-        fuzzing::require_sound(n);
-        fuzzing::try_round_trip(n);
+        require_sound(n);
+        try_g_round_trip(n);
       },
       *net);
-  return 0;
 }
+
+}  // namespace vorel::fuzzing

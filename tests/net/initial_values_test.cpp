@@ -124,14 +124,6 @@ TEST(InitialValues, InconsistencyIsAnErrorWithATraceThatLeadsToIt) {
   }
 }
 
-TEST(InitialValues, ConcurrentTogglesAreCountedOneByOne) {
-  Builder b = chains({{"a~"}, {"a~/1", "b+"}});
-  join(b, "a-/2");
-  const Outcome outcome = find_values(b);
-  EXPECT_TRUE(outcome.consistent) << outcome.messages;
-  EXPECT_EQ(outcome.values.at("a"), 1);
-}
-
 // Random causality and signals, without regard for signs: only the counting is judged.
 TEST(EdgeHistory, CountsTheEdgesOfEachLocalConfiguration) {
   std::mt19937 random(1);

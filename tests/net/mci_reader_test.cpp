@@ -84,20 +84,6 @@ TEST(MciReader, OnlyTheEndMarkerMayBeMissing) {
   }
 }
 
-TEST(MciReader, ANameInPlaceOfTheSeparatorIsASyntaxError) {
-  const std::string file = header_and_events + conditions + cut_offs + skipped + counts +
-                           names({"p10", "p9", "x", "back", "go", "idle", ""});
-  EXPECT_EQ(read_bytes(read_mci_net, file).messages, syntax_error);
-}
-
-TEST(MciReader, NamesAreAnyBytesAndTheLongestMayBeOverstated) {
-  const std::string bytes =
-      words({1, 0, 1, 0, 0, 0, 0, 1, 0, 0xFFFFFFFF}) + names({"a\r\n\xFF", ""});
-  const auto prefix = read_bytes(read_mci_net, bytes).process;
-  ASSERT_NE(prefix, nullptr);
-  EXPECT_EQ(prefix->places[0]->name, "a\r\n\xFF");
-}
-
 TEST(MciReader, AnStgIsLabelledSortedByTheShortNamesAndGetsInitialValues) {
   const std::string bytes =
       words({2, 1, 1, 1, 0, 1, 0, 1, 1, 0, 0, 0, 1, 2, 6}) + names({"p", "", "O.a-/1", "i.bb", ""});
@@ -111,29 +97,6 @@ TEST(MciReader, AnStgIsLabelledSortedByTheShortNamesAndGetsInitialValues) {
             "condition p <- -> 0\n"
             "condition p <- 0 ->\n"
             "event a-/1 <- 0 -> 1\n");
-}
-
-TEST(MciReader, AnStgWithContradictingNamesOrValuesIsRefused) {
-  const std::string chain = words({3, 2, 1, 2, 1, 0, 1, 0, 1, 1, 2, 0, 1, 2, 0, 0, 0, 1, 2, 6});
-  const auto collision = read_bytes(read_mci_stg, chain + names({"p", "", "O.x+", "x+", ""}));
-  EXPECT_EQ(collision.process, nullptr);
-  EXPECT_NE(collision.messages.find("causes a collision: x+\n"), std::string::npos);
-  const auto rises_twice = read_bytes(read_mci_stg, chain + names({"p", "", "O.x+", "O.x+/1", ""}));
-  EXPECT_EQ(rises_twice.process, nullptr);
-  EXPECT_NE(rises_twice.messages.find("the STG is inconsistent, signal x"), std::string::npos);
-}
-
-TEST(MciReader, TheExamplesHaveTheSizesOfTheirOtherForms) {
-  const auto philosophers = read_bytes(read_mci_net, example_bytes("philosophers4.mci")).process;
-  ASSERT_NE(philosophers, nullptr);
-  EXPECT_EQ(statistics(*philosophers), "\n |B|=28 |E|=12 |C|=4 |BE|=20 |EB|=20");
-  const auto [vme, messages] = read_bytes(read_mci_stg, example_bytes("vme_read.mci"));
-  ASSERT_NE(vme, nullptr);
-  EXPECT_EQ(messages, deprecation("*.mci"));
-  EXPECT_EQ(statistics(*vme), "\n |B|=15 |E|=12 |C|=1 |BE|=14 |EB|=13");
-  EXPECT_EQ(vme->inputs_end, 2u);
-  EXPECT_EQ(vme->outputs_end, 5u);
-  for (const auto& signal : vme->signals) EXPECT_EQ(signal->initial_value, 0) << signal->name;
 }
 
 }  // namespace

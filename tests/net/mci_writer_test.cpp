@@ -79,19 +79,6 @@ TEST(MciWriter, SeveralCorrespondentsBecomeAnUnknownOne) {
   EXPECT_TRUE(again->events[1]->cut_off.is_unknown());
 }
 
-TEST(MciWriter, ConditionsLeftOutAfterACutOffAreNotWritten) {
-  ProcessBuilder<NetPrefix> b;
-  auto& p = b.condition("p");
-  auto& t = b.event("t", {&p}, {});
-  t.cut_off.set_unknown();
-  ConditionOf<Net> left_out;
-  left_out.place = p.place;
-  add_link(t, left_out);
-  const auto again = read_bytes(read_mci_net, written(b.finish())).process;
-  ASSERT_NE(again, nullptr);
-  EXPECT_EQ(statistics(*again), "\n |B|=1 |E|=1 |C|=1 |BE|=1 |EB|=0");
-}
-
 // In memory the order is t, x+, y-; with prefixes it is d.t, O.y-, i.x+.
 TEST(MciWriter, AnStgIsWrittenWithItsKindsAndReadBackTheSame) {
   const std::string bytes =

@@ -90,20 +90,6 @@ TEST(Merge, ConditionsAreNumberedByPlaceAndDepthAndEventsByTheirFirst) {
             "event t <- 1 -> 2\n");
 }
 
-// Events with one key that differ in being cut-offs stay no cut-off in either order; here the
-// conditions of a place are concurrent, so that only a longest path tells the depth.
-TEST(Merge, AnUnsafePrefixMergesByTheLongestPath) {
-  ProcessBuilder<NetPrefix> b;
-  auto &p = b.condition("p"), &q = b.condition("q");
-  auto &p1 = b.condition("p"), &p2 = b.condition("p"), &q1 = b.condition("q");
-  b.event("t", {&p}, {&p1});
-  b.event("t", {&p1}, {&p2});
-  b.event("u", {&q}, {&q1, &b.condition("p")});
-  b.event("v", {&p2, &q1}, {&b.condition("p"), &b.condition("q")}, true);
-  b.event("w", {b.process->conditions[1].get()}, {});
-  expect_same_as_reference(b.finish());
-}
-
 // Counts beyond a byte, and more places than are counted at a time.
 TEST(Merge, LongRunsAndManyPlacesAreCountedInFull) {
   ProcessBuilder<NetPrefix> deep, broad;
@@ -156,18 +142,6 @@ TEST(Merge, ConditionsLeftOutAfterCutOffsAreMergedLikeTheOthers) {
     add_arc(*t.transition, *conditions[i].place);
   }
   EXPECT_EQ(describe(merge(prefix)), describe(merge(*listed.process)));
-}
-
-TEST(Merge, NothingOfTheResultBelongsToThePrefix) {
-  std::string expected;
-  NetMergedProcess merged;
-  {
-    const auto prefix = oracle::unfold(oracle::philosophers(3));
-    ASSERT_TRUE(prefix);
-    merged = merge(*prefix);
-    expected = describe(merged);
-  }
-  EXPECT_EQ(describe(merged), expected);
 }
 
 }  // namespace

@@ -66,18 +66,6 @@ TEST(MpWriter, AnStgIsReadBackWithItsSignals) {
   }
 }
 
-TEST(MpWriter, NamesWithAnythingButALineFeedAreReadBack) {
-  ProcessBuilder<NetMergedProcess> b;
-  for (const std::string& name : {std::string(), std::string(" "), std::string("a\rb\r"),
-                                  std::string("\0\x01", 2), std::string("<\"&")}) {
-    b.event(name, {&b.condition(name, 1)}, {});
-  }
-  const NetMergedProcess& process = b.finish();
-  const auto again = read_bytes(read_mp_net, written(process)).process;
-  ASSERT_NE(again, nullptr);
-  EXPECT_EQ(describe(*again), describe(process));
-}
-
 TEST(MpWriter, WhatTheFormatCannotHoldIsAnErrorAndNothingIsWritten) {
   ProcessBuilder<NetMergedProcess> line_feed, deep_token, empty_preset;
   line_feed.condition("a\nb", 1);
@@ -96,20 +84,6 @@ TEST(MpWriter, WhatTheFormatCannotHoldIsAnErrorAndNothingIsWritten) {
               deprecation("*.mp") +
                   "\nError: the merged process cannot be written in the *.mp format: " + reason +
                   "\n");
-  }
-}
-
-TEST(MpWriter, AFileThatCannotBeWrittenIsAnError) {
-  ProcessBuilder<NetMergedProcess> b;
-  b.condition("p", 1);
-  const NetMergedProcess& process = b.finish();
-  const std::pair<std::string, std::string> rows[] = {
-      {"/dev/full", "\nError: cannot write a file\n"},
-      {"/absent/x.mp", "\nError: cannot open \"/absent/x.mp\" for output\n"}};
-  for (const auto& [name, error] : rows) {
-    const CaughtMessages messages;
-    EXPECT_FALSE(save_mp(process, name));
-    EXPECT_TRUE(messages.text().ends_with(error)) << messages.text();
   }
 }
 

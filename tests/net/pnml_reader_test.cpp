@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
-
-#include "base/messages.h"
 #include "base/run_state.h"
 #include "support/pnml_text.h"
 
@@ -48,39 +44,6 @@ TEST(PnmlReader, ReadsAMergedProcess) {
             "event t <- 0 -> 1 cut-off\n");
 }
 
-std::size_t count_of(const std::string& part, const std::string& text) {
-  std::size_t count = 0;
-  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
-  return count;
-}
-
-TEST(PnmlReader, ReadsAllThatTheExamplesHold) {
-  const std::pair<std::string, std::size_t> table[] = {
-      {"philosophers4.unf.pnml", 0},    {"vme_read.unf.pnml", 1},    {"dummy_fork.unf.pnml", 1},
-      {"philosophers4.merged.pnml", 2}, {"vme_read.merged.pnml", 3},
-  };
-  for (const auto& [name, tag] : table) {
-    const auto result = read_file(std::string(VOREL_EXAMPLES) + "/" + name);
-    ASSERT_NE(result.input, nullptr) << name << result.messages;
-    EXPECT_EQ(result.input->index(), tag) << name;
-    const std::string text = example_bytes(name);
-    const std::string process_text = text.substr(text.find("</original_net>"));
-    std::visit(
-        [&](const auto& process) {
-          EXPECT_EQ(process.conditions.size(), count_of("<place ", process_text)) << name;
-          EXPECT_EQ(process.events.size(), count_of("<transition ", process_text)) << name;
-          std::size_t cut_offs = 0, links = 0;
-          for (const auto& event : process.events) {
-            cut_offs += event->is_cut_off() ? 1 : 0;
-            links += event->preset.size() + event->postset.size();
-          }
-          EXPECT_EQ(cut_offs, count_of("<cut-off", process_text)) << name;
-          EXPECT_EQ(links, count_of("<arc ", process_text)) << name;
-        },
-        *result.input);
-  }
-}
-
 TEST(PnmlReader, AShapeTakesItsOwnKindsOnly) {
   const std::string types[] = {"branching_process:low_level_net",
                                "branching_process:STG",
@@ -92,7 +55,7 @@ TEST(PnmlReader, AShapeTakesItsOwnKindsOnly) {
   const auto answers = [&types]<class Shape>(std::type_identity<Shape>) {
     std::string marks;
     for (const std::string& type : types) {
-      const auto result = read_text<Shape>("<pnml><net type='" + type + "'/></pnml>");
+      const auto result = read_document<Shape>("<pnml><net type='" + type + "'/></pnml>");
       EXPECT_EQ(result.input, nullptr);
       const bool unexpected = result.messages == "\nError: unexpected net type: " + type + "\n";
       EXPECT_TRUE(unexpected || result.messages.empty()) << result.messages;
@@ -170,58 +133,6 @@ TEST(PnmlReader, ANumberIsWhatTheTextStartsWith) {
   EXPECT_EQ(marking_of("\n 01 tokens"), 1u);
 }
 
-TEST(PnmlReader, AnEmptyProcessOfAnEmptyNetIsRead) {
-  EXPECT_EQ(describe(read_as<NetPrefix>("<pnml><net type='branching_process:low_level_net'>"
-                                        "<original_net><net type='low_level_net'><page/></net>"
-                                        "</original_net><page/></net></pnml>")),
-            "");
-}
-
-TEST(PnmlReader, TheOrderWithinAPageDoesNotMatterToTheNet) {
-  const std::string before = R"(<place id="q"><name><text>q</text></name></place>)";
-  const std::string reordered =
-      with(with(net_prefix_text, before, ""), R"(<arc source="u" target="p"/>)",
-           R"(<arc source="u" target="p"/>)" + before);
-  EXPECT_EQ(describe(read_as<NetPrefix>(reordered)), describe(read_as<NetPrefix>(net_prefix_text)));
-}
-
-// The events t, u, t, u, ... one after the other, with the arcs in any order.
-std::string chain_text(std::uint32_t event_count, std::mt19937& random) {
-  const auto node = [](const char* kind, char letter, std::uint32_t number, const char* original) {
-    return format_message("<%s id='%c%u'><originalNode ref='%s'/></%s>", kind, letter, number,
-                          original, kind);
-  };
-  std::string page = node("place", 'c', 0, "p");
-  std::vector<std::string> arcs;
-  for (std::uint32_t i = 0; i < event_count; ++i) {
-    page += node("transition", 'e', i, i % 2 == 0 ? "t" : "u");
-    page += node("place", 'c', i + 1, i % 2 == 0 ? "q" : "p");
-    arcs.push_back(format_message("<arc source='c%u' target='e%u'/>", i, i));
-    arcs.push_back(format_message("<arc source='e%u' target='c%u'/>", i, i + 1));
-  }
-  std::ranges::shuffle(arcs, random);
-  for (const std::string& arc : arcs) page += arc;
-  const std::size_t begin = net_prefix_text.find("</original_net>");
-  return net_prefix_text.substr(0, begin) + "</original_net><page>" + page + "</page></net></pnml>";
-}
-
-TEST(PnmlReader, AnyNumberOfArcsMayComeInAnyOrder) {
-  std::mt19937 random(4);
-  for (const std::uint32_t event_count : {0u, 1u, 31u, 32u, 33u, 5000u}) {
-    const auto process = read_as<NetPrefix>(
-        chain_text(event_count, random),
-        event_count > 0 ? "" : "\nWarning: the net contains 1 isolated place(s): c0\n");
-    ASSERT_EQ(process.events.size(), event_count);
-    for (const auto& event : process.events) {
-      ASSERT_EQ(event->preset.size(), 1u);
-      ASSERT_EQ(event->postset.size(), 1u);
-      EXPECT_EQ(event->preset[0]->index, event->index);
-      EXPECT_EQ(event->postset[0]->index, event->index + 1);
-      EXPECT_EQ(event->transition->name, event->index % 2 == 0 ? "t" : "u");
-    }
-  }
-}
-
 TEST(PnmlReader, WhatTheFormatDoesNotNameIsIgnored) {
   const std::string extended = with(
       with(net_prefix_text, "<pnml>", "<!DOCTYPE pnml [<!ELEMENT pnml ANY>]><pnml note='>'>x"),
@@ -237,9 +148,10 @@ TEST(PnmlReader, TheTokensOfTheNetAreThoseOfTheProcess) {
 
 TEST(PnmlReader, ASilentFailureIsExplainedToThoseWhoAskForDiagnostics) {
   const std::string without_net = "<pnml><net type='branching_process:STG'><page/></net></pnml>";
-  EXPECT_EQ(read_text(without_net).messages, "");
+  EXPECT_EQ(read_document(without_net).messages, "");
   run_state().verbosity = 1;
-  EXPECT_EQ(read_text(without_net).messages, "\nthe input is not read: it has no original net\n");
+  EXPECT_EQ(read_document(without_net).messages,
+            "\nthe input is not read: it has no original net\n");
   run_state().verbosity = 0;
 }
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "oracle/random_stg.h"
-#include "oracle/reference_unfolder.h"
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
 
@@ -82,17 +80,6 @@ TEST(PrefixDot, HardNamesStayInsideTheirQuotes) {
   }
 }
 
-TEST(PrefixDot, EveryNodeAndArcOfARandomPrefixIsDrawnOnce) {
-  for (std::uint64_t seed = 0; seed < 10; ++seed) {
-    const auto prefix = oracle::unfold(oracle::random_stg(seed, {.dummies = true}), 500);
-    if (!prefix) continue;
-    std::size_t expected = prefix->conditions.size() + prefix->events.size();
-    for (const auto& event : prefix->events)
-      expected += event->preset.size() + event->postset.size();
-    EXPECT_EQ(statement_count(drawn(*prefix)), static_cast<int>(expected)) << "seed " << seed;
-  }
-}
-
 TEST(PrefixDot, ConditionsLeftOutAfterCutOffsAreDrawn) {
   ProcessBuilder<NetPrefix> b;
   auto& p = b.condition("p");
@@ -105,14 +92,6 @@ TEST(PrefixDot, ConditionsLeftOutAfterCutOffsAreDrawn) {
   EXPECT_NE(text.find("  c1 [shape=circle, label=\"p\"];\n  e0 -> c1 [color=black];\n"),
             std::string::npos)
       << text;
-}
-
-TEST(PrefixDot, AFileThatCannotBeWrittenIsAnError) {
-  ProcessBuilder<NetPrefix> b;
-  b.condition("p");
-  const CaughtMessages messages;
-  EXPECT_FALSE(save_dot(b.finish(), "/dev/full"));
-  EXPECT_EQ(messages.text(), "\nError: cannot write a file\n");
 }
 
 }  // namespace

@@ -20,13 +20,6 @@ std::string nested(std::uint32_t depth, const std::string& innermost) {
   return text;
 }
 
-TEST(XmlDepth, FindsTheFirstElementBelowTheBound) {
-  const std::string text = "<a><b/><c d='>'><e/></c></a>";
-  EXPECT_EQ(element_below_depth(text, 3), nullptr);
-  EXPECT_EQ(std::string(element_below_depth(text, 2)), "<e/></c></a>");
-  EXPECT_EQ(std::string(element_below_depth(text, 0)), text);
-}
-
 // What looks like tags and is none, and tags that a glance would overlook.
 TEST(XmlDepth, TakesTagsApartAsTheParserDoes) {
   const std::pair<std::string, bool> table[] = {
@@ -84,11 +77,11 @@ TEST(XmlDepth, AgreesWithTheParserOnRandomMarkup) {
 
 TEST(XmlDepth, ADocumentMayNestAThousandLevelsAndNoMore) {
   const std::string other_root = "XML node \"ROOT\" must have a child \"pnml\"\n";
-  EXPECT_EQ(read_text(nested(1000, "")).messages, "\nError: " + other_root);
-  EXPECT_EQ(read_text(nested(1000, "<c/>")).messages,
+  EXPECT_EQ(read_document(nested(1000, "")).messages, "\nError: " + other_root);
+  EXPECT_EQ(read_document(nested(1000, "<c/>")).messages,
             "\nError: syntax error in an XML file: elements are nested more than 1000 deep (<c/>" +
                 nested(1000, "").substr(3000) + ")\n");
-  EXPECT_EQ(read_text(nested(1000000, "")).input, nullptr);
+  EXPECT_EQ(read_document(nested(1000000, "")).input, nullptr);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// tests/support/caught_messages.h - what the test's own process tells the user.
+// tests/support/caught_messages.h - what a test makes the program say.
 #pragma once
 
 #include <iostream>
@@ -7,7 +7,8 @@
 
 namespace vorel {
 
-// Catches what is told the user on a standard stream while it lives.
+// Catches what is written to a standard stream, usually that of messages, while it lives. Errors of
+// the stream end with it.
 class CaughtMessages {
  public:
   explicit CaughtMessages(std::ostream& stream = std::cerr)

@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <initializer_list>
+#include <istream>
 #include <iterator>
 #include <memory>
 #include <sstream>

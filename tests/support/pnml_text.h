@@ -104,7 +104,7 @@ struct PnmlResult {
 };
 
 template <class Shape = FullVariant>
-PnmlResult<Shape> read_text(const std::string& text) {
+PnmlResult<Shape> read_document(const std::string& text) {
   const CaughtMessages messages;
   auto input = read_pnml_text<Shape>(text);
   return {std::move(input), messages.text()};
@@ -120,7 +120,7 @@ PnmlResult<Shape> read_file(const std::string& file_name) {
 // The process of a text that has to be of this kind, with no messages but these.
 template <Process P>
 P read_as(const std::string& text, const std::string& messages = "") {
-  auto result = read_text(text);
+  auto result = read_document(text);
   EXPECT_EQ(result.messages, messages);
   if (result.input == nullptr || !std::holds_alternative<P>(*result.input)) {
     ADD_FAILURE() << "not read as the kind it is of";

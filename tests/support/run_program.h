@@ -1,5 +1,6 @@
 // tests/support/run_program.h - runs a program as a user would, and keeps what it wrote.
 // Here:      arguments, standard input, working directory, environment, limits; a folder for files.
+// Not here:  messages of the test's own process (support/caught_messages.h, included).
 #pragma once
 
 #include <fcntl.h>

@@ -103,55 +103,50 @@ TEST(GReader, InitialValuesAreTakenWhereTheyAreUnambiguous) {
   }
 }
 
+struct Fault {
+  std::string text;
+  int line, column;
+  std::string message;
+};
+
 TEST(GReader, AFaultIsReportedWithItsPlaceAndText) {
-  const std::string syntax = "Error: syntax error ";
-  const struct {
-    std::string text, message;
-  } rows[] = {
-      {"", syntax + at(1, 1) + ": expected .graph, found the end of the file"},
-      {"# only\n\n", syntax + at(3, 1) + ": expected .graph, found the end of the file"},
-      {"  a+ b+\n", syntax + at(1, 3) + ": expected a line that starts with '.', found 'a+'"},
-      {".inputs a a-", syntax + at(1, 11) + ": expected the name of a signal, found 'a-'"},
-      {".inputs a\n.outputs b a\n", "Error: signal 'a' is declared twice " + at(2, 12)},
-      {".graph\n.inputs a\n",
-       syntax + at(2, 1) + ": signals are declared before .graph, found '.inputs'"},
-      {".inputs a\n.graph\na+ \xC3\xA4  x+/2\n",
-       "Error: the signal of 'x+/2' is not declared " + at(3, 7)},
-      {".graph\n+ p\n", "Error: the signal of '+' is not declared " + at(2, 1)},
-      {".inputs a\n.graph\np a+b\n", syntax + at(3, 3) +
-                                         ": expected a sign or an instance number behind the "
-                                         "signal 'a', found 'a+b'"},
-      {".inputs a\n.graph\np a+/\n", syntax + at(3, 3) +
-                                         ": expected a sign or an instance number behind the "
-                                         "signal 'a', found 'a+/'"},
-      {".inputs a\n.graph\n\np \\\r\n a+ q\n",
-       syntax + at(5, 5) + ": expected a transition behind the place 'p', found 'q'"},
-      {".graph\np \x01x\n",
-       syntax + at(2, 3) + ": expected a name of printable characters, found '\\x01x'"},
-      {".graph\n.marking p }", syntax + at(2, 10) + ": expected '{', found 'p'"},
-      {".graph\n.marking", syntax + at(2, 9) + ": expected '{', found the end of the file"},
-      {".graph\n.marking { p\n", syntax + at(3, 1) + ": expected '}', found the end of the file"},
-      {".graph\n.marking { \n.end\n", syntax + at(3, 1) + ": expected '}', found '.end'"},
-      {".graph\n.marking { } p\n.end\n",
-       syntax + at(2, 14) + ": expected the end of the line, found 'p'"},
-      {".inputs a\n.graph\na+ p\n.marking { a+ }\n.end",
-       syntax + at(4, 12) + ": expected a place, found 'a+'"},
-      {".inputs a\n.graph\na+ p\n.marking { =1 }\n.end",
-       syntax + at(4, 12) + ": expected a place, found '=1'"},
-      {".inputs a\n.graph\na+ a-\n.marking { <a-,a+> }\n.end",
-       "Error: no arc goes through the marked place '<a-,a+>' " + at(4, 12)},
-      {".inputs a\n.graph\np a+\n.marking { p p }\n.end",
-       "Error: the net is not safe, place p has 2 tokens in the initial marking " + at(4, 14)},
-      {".inputs a\n.graph\na+ a-\n.marking {<a+,a->=0099999999999999999999}\n.end",
-       "Error: the net is not safe, place <a+,a-> has 99999999999999999999 tokens in the initial "
-       "marking " +
-           at(4, 11)},
+  const std::string a = ".inputs a\n.graph\n";
+  const std::string no_instance = "expected a sign or an instance number behind the signal 'a', ";
+  const Fault syntax[] = {
+      {"", 1, 1, "expected .graph, found the end of the file"},
+      {"  a+ b+\n", 1, 3, "expected a line that starts with '.', found 'a+'"},
+      {".inputs a a-", 1, 11, "expected the name of a signal, found 'a-'"},
+      {".graph\n.inputs a\n", 2, 1, "signals are declared before .graph, found '.inputs'"},
+      {a + "p a+b\n", 3, 3, no_instance + "found 'a+b'"},
+      {a + "p a+/\n", 3, 3, no_instance + "found 'a+/'"},
+      {a + "\np \\\r\n a+ q\n", 5, 5, "expected a transition behind the place 'p', found 'q'"},
+      {".graph\np \x01x\n", 2, 3, "expected a name of printable characters, found '\\x01x'"},
+      {".graph\n.marking p }", 2, 10, "expected '{', found 'p'"},
+      {".graph\n.marking { p\n", 3, 1, "expected '}', found the end of the file"},
+      {".graph\n.marking { \n.end\n", 3, 1, "expected '}', found '.end'"},
+      {".graph\n.marking { } p\n.end\n", 2, 14, "expected the end of the line, found 'p'"},
+      {a + "a+ p\n.marking { a+ }\n.end", 4, 12, "expected a place, found 'a+'"},
+      {a + "a+ p\n.marking { =1 }\n.end", 4, 12, "expected a place, found '=1'"},
   };
-  for (const auto& row : rows) {
-    const NetReading reading = read_g(row.text);
-    EXPECT_FALSE(reading.net) << row.text;
-    EXPECT_EQ(reading.messages, row.message) << row.text;
+  const Fault others[] = {
+      {".inputs a\n.outputs b a\n", 2, 12, "signal 'a' is declared twice"},
+      {a + "a+ \xC3\xA4  x+/2\n", 3, 7, "the signal of 'x+/2' is not declared"},
+      {a + "a+ a-\n.marking { <a-,a+> }\n.end", 4, 12,
+       "no arc goes through the marked place '<a-,a+>'"},
+      {a + "p a+\n.marking { p p }\n.end", 4, 14,
+       "the net is not safe, place p has 2 tokens in the initial marking"},
+      {a + "a+ a-\n.marking {<a+,a->=0099999999999999999999}\n.end", 4, 11,
+       "the net is not safe, place <a+,a-> has 99999999999999999999 tokens in the initial marking"},
+  };
+  const auto expect = [](const Fault& fault, const std::string& message) {
+    const NetReading reading = read_g(fault.text);
+    EXPECT_FALSE(reading.net) << fault.text;
+    EXPECT_EQ(reading.messages, "Error: " + message) << fault.text;
+  };
+  for (const Fault& f : syntax) {
+    expect(f, "syntax error " + at(f.line, f.column) + ": " + f.message);
   }
+  for (const Fault& f : others) expect(f, f.message + " " + at(f.line, f.column));
 }
 
 TEST(GReader, WhatIsOnlyOddIsReadWithOneWarning) {

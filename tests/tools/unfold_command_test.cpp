@@ -63,17 +63,6 @@ TEST(UnfoldCommand, MergedProcessesHaveTheSizesOfTheExamples) {
   }
 }
 
-TEST(UnfoldCommand, ThreadsAndTheRelationLeaveTheFileAsItIs) {
-  const TemporaryFolder folder;
-  for (const std::string name : {"muller3.g", "key_3.ll_net", "bds_1.sync.ll_net"}) {
-    const std::string expected = written_by({"--threads", "1", example(name)}, folder);
-    for (const std::string threads : {"2", "4"}) {
-      EXPECT_EQ(written_by({"--threads", threads, example(name)}, folder), expected) << name;
-    }
-    EXPECT_EQ(written_by({"--conc-rel-size", "100", example(name)}, folder), expected) << name;
-  }
-}
-
 TEST(UnfoldCommand, StandardStreamsCarryTheSameAsFiles) {
   const TemporaryFolder folder;
   const std::string expected = written_by({example("vme_read.g")}, folder);
@@ -101,26 +90,6 @@ TEST(UnfoldCommand, TheOutputIsNamedAfterTheInputInTheWorkingDirectory) {
     const ProgramRun run = run_vorel_unfold(row.arguments, {.directory = folder.path()});
     EXPECT_TRUE(run.out.ends_with("\nwrote " + row.name + "\n")) << run.out << run.err;
     EXPECT_TRUE(std::filesystem::exists(folder.path(row.name)));
-  }
-}
-
-TEST(UnfoldCommand, CutOffsCanBeLeftOut) {
-  const TemporaryFolder folder;
-  for (const std::string name : {"mutex2.g", "philosophers4.ll_net"}) {
-    const auto statistics = [&](Arguments arguments) {
-      arguments.insert(arguments.end(), {example(name), folder.path("x.pnml")});
-      return run_vorel_unfold(arguments).out;
-    };
-    const auto events = [](const std::string& out) {
-      return std::stoi(out.substr(out.find("|E|=") + 4));
-    };
-    const auto cut_offs = [](const std::string& out) {
-      return std::stoi(out.substr(out.find("|C|=") + 4));
-    };
-    const std::string all = statistics({}), lasting = statistics({"--no-cutoffs"});
-    EXPECT_EQ(cut_offs(lasting), 0);
-    EXPECT_EQ(events(lasting), events(all) - cut_offs(all));
-    EXPECT_EQ(line_starting(lasting, " |B|"), sizes_in(run_vorel({"-D", folder.path("x.pnml")})));
   }
 }
 
@@ -164,19 +133,6 @@ TEST(UnfoldCommand, OptionsOfTheUnfolderReachIt) {
     EXPECT_NE(run.err.find(" " + row.sizes + " "), std::string::npos)
         << run.err << testing::PrintToString(row.options);
   }
-}
-
-TEST(UnfoldCommand, InitialValuesAreWritten) {
-  const TemporaryFolder folder;
-  const std::string text = written_by({example("vme_read_csc.g")}, folder);
-  const ProgramRun run = run_vorel({"-D", folder.path("written.pnml")});
-  EXPECT_EQ(run.err, "");
-  std::size_t values = 0;
-  for (std::size_t at = text.find("initialValue"); at != std::string::npos;
-       at = text.find("initialValue", at + 1)) {
-    ++values;
-  }
-  EXPECT_GE(values, 6u) << "one for each signal";
 }
 
 TEST(UnfoldCommand, DrawsThePrefix) {
