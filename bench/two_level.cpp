@@ -12,7 +12,7 @@
 #include <ctime>
 #include <vector>
 
-#include "toolkit/exact_minimum.h"
+#include "oracle/exact_minimum.h"
 #include "toolkit/factor.h"
 #include "toolkit/minimise.h"
 #include "toolkit/packed_cover.h"
@@ -37,7 +37,7 @@ struct Function {
 struct Row {
   const char* way = "";
   double minimise_seconds = 0, factor_seconds = 0;
-  CoverCost cost = {};
+  oracle::CoverCost cost = {};
   std::size_t factored = 0;
 };
 
@@ -98,10 +98,10 @@ std::uint64_t word_of(const Cover& points) {
   return word;
 }
 
-CoverCost exact_cost(const std::vector<Function>& functions) {
-  CoverCost sum;
+oracle::CoverCost exact_cost(const std::vector<Function>& functions) {
+  oracle::CoverCost sum;
   for (const auto& [on, off] : functions) {
-    const CoverCost cost = ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
+    const oracle::CoverCost cost = oracle::ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
     sum = {sum.cubes + cost.cubes, sum.literals + cost.literals};
   }
   return sum;
@@ -125,7 +125,7 @@ void print_family(const Family& family) {
                 row.factor_seconds, row.cost.cubes, row.cost.literals, row.factored);
   std::fflush(stdout);
   if (family.width > 6) return;
-  const CoverCost exact = exact_cost(functions);
+  const oracle::CoverCost exact = exact_cost(functions);
   std::printf("%2zu %3zu%% %3zu%% %5d  %-10s %9s %9s %8zu %8zu\n", family.width, family.on,
               family.off, family.functions, "exact", "", "", exact.cubes, exact.literals);
 }

@@ -9,7 +9,7 @@
 #include "base/run_state.h"
 #include "support/seeds.h"
 #include "toolkit/complement.h"
-#include "toolkit/exact_minimum.h"
+#include "oracle/exact_minimum.h"
 #include "toolkit/tautology.h"
 #include "toolkit/toolkit_testing.h"
 
@@ -106,13 +106,13 @@ std::uint64_t word_of(const Cover& points) {
 }
 
 TEST(Minimise, StaysWithinTwoPercentOfTheSmallestCovers) {
-  CoverCost exact, found;
+  oracle::CoverCost exact, found;
   const Seeds cases = seeds(200);
   for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
     RandomCovers random(seed);
     const auto [on, off] = random.points(3 + seed % 3, 10 + random.below(50), 30);
     if (on.empty() || off.empty()) continue;
-    const CoverCost smallest = ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
+    const oracle::CoverCost smallest = oracle::ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
     const Cover result = minimise(on, off);
     exact = {exact.cubes + smallest.cubes, exact.literals + smallest.literals};
     found = {found.cubes + result.size(), found.literals + result.literal_count()};

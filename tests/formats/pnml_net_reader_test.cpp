@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tools/net_reading.h"
+#include "formats/net_reading.h"
 
 namespace vorel {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "oracle/parse_g.h"
 #include "oracle/state_graph.h"
-#include "tools/net_reading.h"
+#include "formats/net_reading.h"
 
 namespace vorel {
 namespace {

@@ -1,4 +1,4 @@
-// tools/net_reading.h - for the tests of the readers of nets.
+// formats/net_reading.h - for the tests of the readers of nets.
 // Here:      reading a text with its messages caught, a net as one line to compare.
 #pragma once
 

@@ -4,7 +4,7 @@
 #include <zlib.h>
 
 #include "support/run_program.h"
-#include "tools/net_reading.h"
+#include "formats/net_reading.h"
 
 namespace vorel {
 namespace {

@@ -1,4 +1,4 @@
-// tests/toolkit/exact_minimum.h - the smallest covers there are, by trying everything.
+// tests/oracle/exact_minimum.h - the smallest covers there are, by trying everything.
 // Functions of at most 6 variables as truth tables in one word, all primes, branch and bound.
 #pragma once
 
@@ -9,7 +9,7 @@
 
 #include "toolkit/cover.h"
 
-namespace vorel {
+namespace vorel::oracle {
 
 struct CoverCost {
   std::size_t cubes = 0, literals = 0;
@@ -100,4 +100,4 @@ class ExactMinimum {
   std::size_t best_ = ~std::size_t{0};
 };
 
-}  // namespace vorel
+}  // namespace vorel::oracle

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "oracle/parse_g.h"
-#include "tools/net_reading.h"
+#include "formats/net_reading.h"
 
 namespace vorel {
 namespace {
