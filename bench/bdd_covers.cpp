@@ -12,7 +12,7 @@
 #include "bdd/bdd_structure.h"
 #include "bdd/cover_bdd.h"
 
-namespace vorel {
+namespace vorel::bench {
 namespace {
 
 constexpr std::uint32_t width = 20;
@@ -35,9 +35,9 @@ double median(std::vector<double> times) {
   return times[times.size() / 2];
 }
 
-std::vector<Bdd> all_variables() {
-  std::vector<Bdd> variables;
-  for (std::uint32_t i = 0; i < width; ++i) variables.push_back(bdd_variable(i));
+std::vector<bdd::Bdd> all_variables() {
+  std::vector<bdd::Bdd> variables;
+  for (std::uint32_t i = 0; i < width; ++i) variables.push_back(bdd::bdd_variable(i));
   return variables;
 }
 
@@ -47,13 +47,13 @@ struct Family {
   bool unate;
 };
 
-Cover random_cover(Random& random, const Family& family) {
-  Cover cover(width, false);
+toolkit::Cover random_cover(Random& random, const Family& family) {
+  toolkit::Cover cover(width, false);
   for (std::uint32_t i = 0; i < family.cubes; ++i) {
-    Cube cube(width, Ternary::dash);
+    toolkit::Cube cube(width, toolkit::Ternary::dash);
     for (std::uint32_t j = 0; j < family.literals; ++j) {
       const bool negated = !family.unate && random.below(2) == 0;
-      cube.set(random.below(width), negated ? Ternary::zero : Ternary::one);
+      cube.set(random.below(width), negated ? toolkit::Ternary::zero : toolkit::Ternary::one);
     }
     cover.add(cube);
   }
@@ -63,29 +63,29 @@ Cover random_cover(Random& random, const Family& family) {
 void measure(const Family& family) {
   constexpr int functions = 20;
   Random random;
-  const std::vector<Bdd> variables = all_variables();
-  std::vector<Bdd> sums;
+  const std::vector<bdd::Bdd> variables = all_variables();
+  std::vector<bdd::Bdd> sums;
   double nodes = 0, cubes = 0, literals = 0;
   for (int i = 0; i < functions; ++i) {
-    sums.push_back(bdd_of(random_cover(random, family), variables));
-    nodes += static_cast<double>(node_count(sums.back()));
+    sums.push_back(bdd::bdd_of(random_cover(random, family), variables));
+    nodes += static_cast<double>(bdd::node_count(sums.back()));
   }
   bool right = true;
   std::vector<double> to_cover, to_bdd;
   for (int run = 0; run < runs; ++run) {
-    std::vector<SupportCover> forms;
+    std::vector<bdd::SupportCover> forms;
     auto start = std::chrono::steady_clock::now();
-    for (const Bdd& f : sums) forms.push_back(cover_of(f));
+    for (const bdd::Bdd& f : sums) forms.push_back(bdd::cover_of(f));
     to_cover.push_back(seconds_since(start));
-    std::vector<std::vector<Bdd>> supports;
-    for (const Bdd& f : sums) supports.push_back(f.support_variables());
-    std::vector<Bdd> back;
+    std::vector<std::vector<bdd::Bdd>> supports;
+    for (const bdd::Bdd& f : sums) supports.push_back(f.support_variables());
+    std::vector<bdd::Bdd> back;
     start = std::chrono::steady_clock::now();
-    for (int i = 0; i < functions; ++i) back.push_back(bdd_of(forms[i].cover, supports[i]));
+    for (int i = 0; i < functions; ++i) back.push_back(bdd::bdd_of(forms[i].cover, supports[i]));
     to_bdd.push_back(seconds_since(start));
     right = right && back == sums;
     cubes = literals = 0;
-    for (const SupportCover& form : forms) {
+    for (const bdd::SupportCover& form : forms) {
       cubes += static_cast<double>(form.cover.size());
       literals += static_cast<double>(form.cover.literal_count());
     }
@@ -110,22 +110,22 @@ void row(const char* name, std::size_t count, Work work) {
 
 void measure_operations() {
   Random random;
-  std::vector<Bdd> functions;
-  const std::vector<Bdd> variables = all_variables();
+  std::vector<bdd::Bdd> functions;
+  const std::vector<bdd::Bdd> variables = all_variables();
   for (int i = 0; i < 1000; ++i)
-    functions.push_back(bdd_of(random_cover(random, {"", 8, 4, false}), variables));
+    functions.push_back(bdd::bdd_of(random_cover(random, {"", 8, 4, false}), variables));
   const std::size_t count = functions.size();
   std::size_t sum = 0;  // keeps results in use
   std::printf("\n%-34s %9s\n", "1000 functions of 8 cubes", "us each");
-  row("copy", count, [&] { sum += std::vector<Bdd>(functions).size(); });
+  row("copy", count, [&] { sum += std::vector<bdd::Bdd>(functions).size(); });
   row("support", count, [&] {
-    for (const Bdd& f : functions) sum += f.support().size();
+    for (const bdd::Bdd& f : functions) sum += f.support().size();
   });
   row("hash", count, [&] {
-    for (const Bdd& f : functions) sum += hash_of(f);
+    for (const bdd::Bdd& f : functions) sum += bdd::hash_of(f);
   });
   row("sort, by comparison", count * 10, [&] {
-    std::vector<Bdd> sorted = functions;
+    std::vector<bdd::Bdd> sorted = functions;
     std::ranges::sort(sorted, std::less<>());
     sum += sorted.size();
   });
@@ -134,23 +134,23 @@ void measure_operations() {
       sum += (functions[i] ^ functions[(i + 1) % count]).is_constant() ? 1 : 0;
   });
   row("minterm signature", count, [&] {
-    for (const Bdd& f : functions) sum += f.minterm_signature().size();
+    for (const bdd::Bdd& f : functions) sum += f.minterm_signature().size();
   });
   if (sum == 0) std::printf("nothing was done\n");
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bench
 
 int main() {
   std::printf("%-22s %5s %7s %7s %8s %10s %9s  %s\n", "20 variables", "sum", "nodes", "cubes",
               "literals", "ms cover", "ms BDD", "same");
-  for (const vorel::Family& family : {vorel::Family{"small, binate", 6, 4, false},
-                                      {"small, unate", 8, 4, true},
-                                      {"middle, binate", 12, 5, false},
-                                      {"middle, unate", 15, 6, true},
-                                      {"large, binate", 20, 7, false}})
-    vorel::measure(family);
-  vorel::measure_operations();
+  for (const vorel::bench::Family& family : {vorel::bench::Family{"small, binate", 6, 4, false},
+                                             {"small, unate", 8, 4, true},
+                                             {"middle, binate", 12, 5, false},
+                                             {"middle, unate", 15, 6, true},
+                                             {"large, binate", 20, 7, false}})
+    vorel::bench::measure(family);
+  vorel::bench::measure_operations();
   return 0;
 }

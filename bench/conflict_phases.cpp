@@ -19,11 +19,11 @@
 #include "formats/pnml_reader.h"
 #include "net/process_variant.h"
 
-namespace vorel {
+namespace vorel::bench {
 namespace {
 
-Params params_of(int method, int all_solutions) {
-  Params params;
+base::Params params_of(int method, int all_solutions) {
+  base::Params params;
   for (const char* key :
        {"restrict_branching", "store_cnf_formula", "output_configurations", "min_cost"}) {
     params.set(key, 0);
@@ -39,30 +39,31 @@ void measure(const char* file, int method, int all_solutions) {
   std::cerr.rdbuf(nullptr);
   std::ostringstream answer;
   std::streambuf* const out = std::cout.rdbuf(answer.rdbuf());
-  const std::uint64_t start = ticks_now();
-  const auto process = read_pnml<StgPrefixVariant>(file);
-  const double read = seconds_of(ticks_now() - start);
+  const std::uint64_t start = base::ticks_now();
+  const auto process = formats::read_pnml<net::StgPrefixVariant>(file);
+  const double read = base::seconds_of(base::ticks_now() - start);
   if (process == nullptr) {
     std::printf("%-34s refused\n", file);
     return;
   }
-  const StgPrefix& prefix = std::get<StgPrefix>(*process);
-  const std::uint64_t before = ticks_now();
-  CscCheck engine(prefix, params_of(method, all_solutions));
+  const net::StgPrefix& prefix = std::get<net::StgPrefix>(*process);
+  const std::uint64_t before = base::ticks_now();
+  conflicts::CscCheck engine(prefix, params_of(method, all_solutions));
   engine.run();
-  const double search = seconds_of(ticks_now() - before), solve = seconds_of(run_state().sat_ticks);
+  const double search = base::seconds_of(base::ticks_now() - before),
+               solve = base::seconds_of(base::run_state().sat_ticks);
   engine.report();
   std::cout.rdbuf(out);
   const std::size_t found = engine.solutions().solutions.size();
   std::printf("%-34s %8zu  -m%d -a%-4d %7.3f %7.3f %8.3f %9.2f  %zu conflicts, %s\n", file,
               prefix.events.size(), method, all_solutions, read, search - solve, solve,
               1e3 * search / static_cast<double>(found == 0 ? 1 : found), found,
-              run_failed() ? "NOT verified" : "verified");
+              base::run_failed() ? "NOT verified" : "verified");
   std::fflush(stdout);
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bench
 
 int main(int argc, char** argv) {
   std::printf("%-34s %8s  %9s %7s %7s %8s %9s  %s\n", "input", "events", "options", "read",
@@ -73,7 +74,7 @@ int main(int argc, char** argv) {
          {std::pair{1, 0}, {2, 0}, {2, 25}, {2, 50}, {2, 100}, {2, 200}}) {
       const pid_t child = fork();
       if (child == 0) {
-        vorel::measure(argv[i], method, all);
+        vorel::bench::measure(argv[i], method, all);
         return 0;
       }
       waitpid(child, nullptr, 0);

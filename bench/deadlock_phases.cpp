@@ -21,7 +21,7 @@
 #include "net/process_variant.h"
 #include "reach/deadlock_check.h"
 
-namespace vorel {
+namespace vorel::bench {
 namespace {
 
 double peak_megabytes() {
@@ -30,8 +30,8 @@ double peak_megabytes() {
   return static_cast<double>(usage.ru_maxrss) / 1e3;
 }
 
-Params deadlock_params() {
-  Params params;
+base::Params deadlock_params() {
+  base::Params params;
   for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations",
                           "all_solutions", "method", "min_cost"}) {
     params.set(key, 0);
@@ -46,34 +46,34 @@ struct Phases {
   std::string verdict;
 };
 
-template <Process P>
+template <net::Process P>
 void run_engine(const P& process, Phases& phases) {
   phases.events = process.events.size();
-  const std::uint64_t start = ticks_now();
+  const std::uint64_t start = base::ticks_now();
   std::ostringstream statistics;
-  print_statistics(process, statistics);
+  net::print_statistics(process, statistics);
   {
-    DeadlockCheck<P> engine(process, deadlock_params());
-    const std::uint64_t before = ticks_now();
+    reach::DeadlockCheck<P> engine(process, deadlock_params());
+    const std::uint64_t before = base::ticks_now();
     engine.run();
-    const std::uint64_t search = ticks_now() - before;
-    phases.solve = seconds_of(run_state().sat_ticks);
-    phases.encode = seconds_of(search) - phases.solve;
+    const std::uint64_t search = base::ticks_now() - before;
+    phases.solve = base::seconds_of(base::run_state().sat_ticks);
+    phases.encode = base::seconds_of(search) - phases.solve;
     std::ostringstream answer;
     std::streambuf* const out = std::cout.rdbuf(answer.rdbuf());
     engine.report();
     std::cout.rdbuf(out);
     phases.verdict = answer.str().find("has a deadlock") != std::string::npos ? "deadlock" : "none";
   }
-  phases.rest = seconds_of(ticks_now() - start) - phases.encode - phases.solve;
+  phases.rest = base::seconds_of(base::ticks_now() - start) - phases.encode - phases.solve;
 }
 
 void measure(const char* file) {
   std::cerr.rdbuf(nullptr);
   Phases phases;
-  const std::uint64_t start = ticks_now();
-  auto process = read_pnml<FullVariant>(file);
-  phases.read = seconds_of(ticks_now() - start);
+  const std::uint64_t start = base::ticks_now();
+  auto process = formats::read_pnml<net::FullVariant>(file);
+  phases.read = base::seconds_of(base::ticks_now() - start);
   phases.peak = peak_megabytes();
   if (process == nullptr) {
     std::printf("%-34s refused\n", file);
@@ -84,19 +84,19 @@ void measure(const char* file) {
         if constexpr (!std::decay_t<decltype(kind)>::is_merged) run_engine(kind, phases);
       },
       *process);
-  const std::uint64_t end = ticks_now();
+  const std::uint64_t end = base::ticks_now();
   process.reset();
-  phases.rest += seconds_of(ticks_now() - end);
+  phases.rest += base::seconds_of(base::ticks_now() - end);
   const double megabytes = static_cast<double>(std::filesystem::file_size(file)) / 1e6;
   const double total = phases.read + phases.encode + phases.solve + phases.rest;
   std::printf("%-34s %8zu %7.1f %7.3f %7.3f %7.3f %7.3f %6.1f%% %6.1f  %s, %s\n", file,
               phases.events, megabytes, phases.read, phases.encode, phases.solve, phases.rest,
               100 * phases.rest / total, phases.peak / megabytes, phases.verdict.c_str(),
-              run_failed() ? "NOT verified" : "verified");
+              base::run_failed() ? "NOT verified" : "verified");
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bench
 
 int main(int argc, char** argv) {
   std::printf("%-34s %8s %7s %7s %7s %7s %7s %7s %6s  %s\n", "input", "events", "MB", "read",
@@ -105,7 +105,7 @@ int main(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     const pid_t child = fork();
     if (child == 0) {
-      vorel::measure(argv[i]);
+      vorel::bench::measure(argv[i]);
       return 0;
     }
     waitpid(child, nullptr, 0);

@@ -15,36 +15,36 @@
 #include "reachlang/parser.h"
 #include "reachlang/predicate_encoding.h"
 
-namespace vorel {
+namespace vorel::bench {
 namespace {
 
 // Marked places, each with a transition of its own that takes the token for good.
-std::unique_ptr<NetPrefix> independent_places(std::size_t count) {
-  auto prefix = std::make_unique<NetPrefix>();
+std::unique_ptr<net::NetPrefix> independent_places(std::size_t count) {
+  auto prefix = std::make_unique<net::NetPrefix>();
   for (std::size_t i = 0; i < count; ++i) {
-    auto& place = append_new(prefix->places);
+    auto& place = base::append_new(prefix->places);
     place.name = "place" + std::to_string(i);
-    auto& transition = append_new(prefix->transitions);
+    auto& transition = base::append_new(prefix->transitions);
     transition.name = "t" + std::to_string(i);
-    auto& condition = append_new(prefix->conditions);
+    auto& condition = base::append_new(prefix->conditions);
     condition.place = &place;
-    auto& event = append_new(prefix->events);
+    auto& event = base::append_new(prefix->events);
     event.transition = &transition;
-    add_link(condition, event);
+    net::add_link(condition, event);
   }
-  sort_net(*prefix);
-  rebuild_arcs(*prefix);
-  sort_adjacency(*prefix);
-  count_initial_marking(*prefix);
+  net::sort_net(*prefix);
+  net::rebuild_arcs(*prefix);
+  net::sort_adjacency(*prefix);
+  net::count_initial_marking(*prefix);
   return prefix;
 }
 
 double median_seconds(const std::function<void()>& work) {
   std::array<double, 5> seconds{};
   for (double& row : seconds) {
-    const std::uint64_t start = ticks_now();
+    const std::uint64_t start = base::ticks_now();
     work();
-    row = seconds_of(ticks_now() - start);
+    row = base::seconds_of(base::ticks_now() - start);
   }
   std::ranges::nth_element(seconds, seconds.begin() + 2);
   return seconds[2];
@@ -63,7 +63,8 @@ void measure_parsing() {
   std::printf("%-44s %8s %8s %9s\n", "parsing", "MB", "seconds", "MB/s");
   const auto row = [](const char* title, const std::string& text) {
     bool is_parsed = true;
-    const double seconds = median_seconds([&] { is_parsed &= parse_reach(text) != nullptr; });
+    const double seconds =
+        median_seconds([&] { is_parsed &= reachlang::parse_reach(text) != nullptr; });
     const double megabytes = static_cast<double>(text.size()) / 1e6;
     std::printf("%-44s %8.2f %8.3f %9.1f  %s\n", title, megabytes, seconds, megabytes / seconds,
                 verdict(is_parsed));
@@ -77,19 +78,19 @@ void measure_parsing() {
 
 // All places are looked at in every row; the first one keeps next to none, so that what others take
 // longer is for what they keep.
-void measure_expansion(const NetPrefix& prefix) {
+void measure_expansion(const net::NetPrefix& prefix) {
   std::printf("\n%-44s %8s %8s %9s\n", "forall p in PLACES s.t. #p <= kept { $p }", "kept",
               "seconds", "ns/kept");
   double scan = 0;
   for (const std::size_t kept : {10, 1'000, 10'000, 100'000}) {
     const auto property =
-        parse_reach("forall p in PLACES s.t. #p <= " + std::to_string(kept) + " { $p }");
+        reachlang::parse_reach("forall p in PLACES s.t. #p <= " + std::to_string(kept) + " { $p }");
     std::size_t made = 0;
     const double seconds = median_seconds([&] {
       std::string fault;
-      const auto normal = normalise(*property, prefix, fault);
+      const auto normal = reachlang::normalise(*property, prefix, fault);
       if (!normal) return;
-      const ReachExpr& expr = normal->formula.expr();
+      const reachlang::ReachExpr& expr = normal->formula.expr();
       made = expr.operands(expr.node(normal->root)).size();
     });
     if (scan == 0) scan = seconds;
@@ -99,16 +100,17 @@ void measure_expansion(const NetPrefix& prefix) {
 }
 
 // Clauses of the property alone, without those of the configuration.
-std::uint64_t clauses_of(const std::string& property, const NetPrefix& prefix) {
-  CnfFormula formula({});
-  ConfigurationVars<NetPrefix> vars(prefix, formula);
-  const auto parsed = parse_reach(property);
-  if (!parsed || !encode_predicate(*parsed, prefix, vars, false, formula.group(1))) return 0;
+std::uint64_t clauses_of(const std::string& property, const net::NetPrefix& prefix) {
+  sat::CnfFormula formula({});
+  configuration::ConfigurationVars<net::NetPrefix> vars(prefix, formula);
+  const auto parsed = reachlang::parse_reach(property);
+  if (!parsed || !reachlang::encode_predicate(*parsed, prefix, vars, false, formula.group(1)))
+    return 0;
   return formula.solver().num_clauses();
 }
 
 // Next to it, the same uses of something that costs no clauses.
-void measure_sharing(const NetPrefix& prefix) {
+void measure_sharing(const net::NetPrefix& prefix) {
   std::printf("\n%-44s %8s %8s %9s\n", "let x = a parity of 1,000 places { uses of x }", "uses",
               "clauses", "of x");
   std::uint64_t of_one = 0;
@@ -126,12 +128,12 @@ void measure_sharing(const NetPrefix& prefix) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bench
 
 int main() {
-  const auto prefix = vorel::independent_places(100'000);
-  vorel::measure_parsing();
-  vorel::measure_expansion(*prefix);
-  vorel::measure_sharing(*prefix);
+  const auto prefix = vorel::bench::independent_places(100'000);
+  vorel::bench::measure_parsing();
+  vorel::bench::measure_expansion(*prefix);
+  vorel::bench::measure_sharing(*prefix);
   return 0;
 }

@@ -18,12 +18,13 @@
 #include "net/process_variant.h"
 #include "net/sanity_checks.h"
 
-namespace vorel {
+namespace vorel::bench {
 namespace {
 
 void parse_alone(benchmark::State& state, const std::string& stem) {
   std::string text;
-  if (!read_whole_file(stem + ".pnml", text)) return state.SkipWithError("cannot read the file");
+  if (!base::read_whole_file(stem + ".pnml", text))
+    return state.SkipWithError("cannot read the file");
   for (auto _ : state) {
     state.PauseTiming();
     std::vector<char> buffer(text.begin(), text.end());
@@ -36,14 +37,14 @@ void parse_alone(benchmark::State& state, const std::string& stem) {
   state.counters["MB"] = static_cast<double>(text.size()) / 1e6;
 }
 
-std::size_t event_count(const FullVariant& process) {
+std::size_t event_count(const net::FullVariant& process) {
   return std::visit([](const auto& kind) { return kind.events.size(); }, process);
 }
 
 void read_pnml_file(benchmark::State& state, const std::string& stem) {
   std::size_t events = 0;
   for (auto _ : state) {
-    auto process = read_pnml<FullVariant>(stem + ".pnml");
+    auto process = formats::read_pnml<net::FullVariant>(stem + ".pnml");
     state.PauseTiming();
     events = process ? event_count(*process) : 0;
     process.reset();
@@ -57,8 +58,8 @@ void read_mci_file(benchmark::State& state, const std::string& stem) {
   std::size_t events = 0;
   for (auto _ : state) {
     std::ifstream stream(stem + ".mci", std::ios::binary);
-    auto process = read_mci_net(stream, stem + ".mci");
-    const bool sound = process != nullptr && passes_sanity_checks(*process);
+    auto process = formats::read_mci_net(stream, stem + ".mci");
+    const bool sound = process != nullptr && net::passes_sanity_checks(*process);
     state.PauseTiming();
     events = sound ? process->events.size() : 0;
     process.reset();
@@ -111,6 +112,6 @@ int run(int argc, char** argv) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bench
 
-int main(int argc, char** argv) { return vorel::run(argc, argv); }
+int main(int argc, char** argv) { return vorel::bench::run(argc, argv); }

@@ -23,7 +23,7 @@
 #include "sat/minisat_solver.h"
 #include "sat/zchaff_solver.h"
 
-namespace vorel {
+namespace vorel::bench {
 namespace {
 
 constexpr int runs = 5;
@@ -31,7 +31,7 @@ constexpr int most_models = 1000, rounds = 3;
 
 struct Formula {
   std::uint32_t variables = 0;
-  std::vector<Lits> clauses;
+  std::vector<sat::Lits> clauses;
 };
 
 std::optional<Formula> read_dimacs(const std::string& name) {
@@ -40,11 +40,11 @@ std::optional<Formula> read_dimacs(const std::string& name) {
   std::size_t count = 0;
   Formula formula;
   if (!(file >> p >> cnf >> formula.variables >> count)) return std::nullopt;
-  Lits clause;
+  sat::Lits clause;
   for (long number = 0; file >> number;) {
     if (number != 0) {
-      const Var variable{static_cast<std::uint32_t>(std::labs(number)) - 1};
-      clause.push_back(Lit(variable, number < 0));
+      const sat::Var variable{static_cast<std::uint32_t>(std::labs(number)) - 1};
+      clause.push_back(sat::Lit(variable, number < 0));
     } else {
       formula.clauses.push_back(clause);
       clause.clear();
@@ -55,77 +55,80 @@ std::optional<Formula> read_dimacs(const std::string& name) {
 
 // Formulas that are hard for their size, by our own encoders.
 
-Formula formula_of(const CnfFormula& built) {
+Formula formula_of(const sat::CnfFormula& built) {
   Formula formula{built.solver().num_vars(), {}};
-  built.solver().visit_clauses([&](std::span<const Lit> clause) {
+  built.solver().visit_clauses([&](std::span<const sat::Lit> clause) {
     formula.clauses.emplace_back(clause.begin(), clause.end());
   });
   return formula;
 }
 
-Lits decided(CnfFormula& formula, std::uint32_t count) {
-  Lits lits;
+sat::Lits decided(sat::CnfFormula& formula, std::uint32_t count) {
+  sat::Lits lits;
   for (std::uint32_t i = 0; i < count; ++i) lits.emplace_back(formula.new_var(false), false);
   return lits;
 }
 
 // A number as the product of two of `width` bits, neither of them 1.
 Formula factors(std::uint64_t number, std::uint32_t width) {
-  CnfFormula formula{CnfParams{}};
-  IntegerCircuit circuit(formula);
-  const Lits x = decided(formula, width), y = decided(formula, width);
-  std::vector<Lits> rows;
+  sat::CnfFormula formula{sat::CnfParams{}};
+  sat::IntegerCircuit circuit(formula);
+  const sat::Lits x = decided(formula, width), y = decided(formula, width);
+  std::vector<sat::Lits> rows;
   for (std::uint32_t i = 0; i < width; ++i) {
-    rows.emplace_back(i, LitFalse);
-    for (const Lit bit : x)
-      rows.back().push_back(formula.make_gate(Gate(GateAnd, {bit, y[i]}), PermanentGroup));
+    rows.emplace_back(i, sat::LitFalse);
+    for (const sat::Lit bit : x)
+      rows.back().push_back(
+          formula.make_gate(sat::Gate(sat::GateAnd, {bit, y[i]}), sat::PermanentGroup));
   }
-  circuit.assert_equal(circuit.sum(rows, PermanentGroup), number, PermanentGroup);
-  circuit.assert_greater(x, 1, PermanentGroup);
-  circuit.assert_greater(y, 1, PermanentGroup);
-  circuit.assert_not_greater(x, y, PermanentGroup);
+  circuit.assert_equal(circuit.sum(rows, sat::PermanentGroup), number, sat::PermanentGroup);
+  circuit.assert_greater(x, 1, sat::PermanentGroup);
+  circuit.assert_greater(y, 1, sat::PermanentGroup);
+  circuit.assert_not_greater(x, y, sat::PermanentGroup);
   return formula_of(formula);
 }
 
 // One pigeon more than holes.
 Formula pigeons(std::uint32_t hole_count) {
-  CnfFormula formula{CnfParams{}};
-  std::vector<Lits> holes(hole_count);
+  sat::CnfFormula formula{sat::CnfParams{}};
+  std::vector<sat::Lits> holes(hole_count);
   for (std::uint32_t pigeon = 0; pigeon <= hole_count; ++pigeon) {
-    const Lits places = decided(formula, hole_count);
-    formula.add_clause(places, PermanentGroup);
+    const sat::Lits places = decided(formula, hole_count);
+    formula.add_clause(places, sat::PermanentGroup);
     for (std::uint32_t h = 0; h < hole_count; ++h) holes[h].push_back(places[h]);
   }
-  for (const Lits& hole : holes) formula.add_at_most_one(hole, PermanentGroup);
+  for (const sat::Lits& hole : holes) formula.add_at_most_one(hole, sat::PermanentGroup);
   return formula_of(formula);
 }
 
 // A random graph with three edges per node, covered by at most `size` nodes.
 Formula cover(std::uint32_t nodes, std::uint64_t size) {
-  CnfFormula formula{CnfParams{}};
+  sat::CnfFormula formula{sat::CnfParams{}};
   std::mt19937 random(5);
-  const Lits chosen = decided(formula, nodes);
+  const sat::Lits chosen = decided(formula, nodes);
   for (std::uint32_t i = 0; i < 3 * nodes; ++i) {
     const auto a = random() % nodes, b = random() % nodes;
-    if (a != b) formula.add_binary(chosen[a], chosen[b], PermanentGroup);
+    if (a != b) formula.add_binary(chosen[a], chosen[b], sat::PermanentGroup);
   }
-  IntegerCircuit circuit(formula);
-  circuit.assert_at_most(circuit.count_ones(chosen, PermanentGroup), size, PermanentGroup);
+  sat::IntegerCircuit circuit(formula);
+  circuit.assert_at_most(circuit.count_ones(chosen, sat::PermanentGroup), size,
+                         sat::PermanentGroup);
   return formula_of(formula);
 }
 
-void load(SatSolver& solver, const Formula& formula) {
+void load(sat::SatSolver& solver, const Formula& formula) {
   for (std::uint32_t v = 0; v < formula.variables; ++v) solver.freeze(solver.new_var(false), true);
-  for (const Lits& clause : formula.clauses) solver.add_clause(clause, PermanentGroup);
+  for (const sat::Lits& clause : formula.clauses) solver.add_clause(clause, sat::PermanentGroup);
 }
 
-bool is_true(const SatSolver& solver, Lit lit) {
-  return solver.value(lit.variable()) == (lit.negated() ? ModelValue::no : ModelValue::yes);
+bool is_true(const sat::SatSolver& solver, sat::Lit lit) {
+  return solver.value(lit.variable()) ==
+         (lit.negated() ? sat::ModelValue::no : sat::ModelValue::yes);
 }
 
-bool is_model(const SatSolver& solver, const Formula& formula) {
-  return std::ranges::all_of(formula.clauses, [&](const Lits& clause) {
-    return std::ranges::any_of(clause, [&](Lit lit) { return is_true(solver, lit); });
+bool is_model(const sat::SatSolver& solver, const Formula& formula) {
+  return std::ranges::all_of(formula.clauses, [&](const sat::Lits& clause) {
+    return std::ranges::any_of(clause, [&](sat::Lit lit) { return is_true(solver, lit); });
   });
 }
 
@@ -139,22 +142,22 @@ double seconds_since(std::clock_t start) {
   return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
-Result solve_once(SatSolver& solver, const Formula& formula) {
+Result solve_once(sat::SatSolver& solver, const Formula& formula) {
   load(solver, formula);
   const std::clock_t start = std::clock();
-  const bool sat = solver.solve(true, true) == SolveStatus::sat;
+  const bool sat = solver.solve(true, true) == sat::SolveStatus::sat;
   return {seconds_since(start), sat, !sat || is_model(solver, formula)};
 }
 
 // On the variables from 0 to `width` - 1.
-int exclude_models(SatSolver& solver, std::uint32_t width, ClauseGroup group) {
+int exclude_models(sat::SatSolver& solver, std::uint32_t width, sat::ClauseGroup group) {
   int models = 0;
-  Lits clause;
-  while (models < most_models && solver.solve(true, true) == SolveStatus::sat) {
+  sat::Lits clause;
+  while (models < most_models && solver.solve(true, true) == sat::SolveStatus::sat) {
     ++models;
     clause.clear();
     for (std::uint32_t v = 0; v < width; ++v) {
-      const Lit lit(Var{v}, false);
+      const sat::Lit lit(sat::Var{v}, false);
       clause.push_back(is_true(solver, lit) ? ~lit : lit);
     }
     solver.add_clause(clause, group);
@@ -162,12 +165,12 @@ int exclude_models(SatSolver& solver, std::uint32_t width, ClauseGroup group) {
   return models;
 }
 
-Result enumerate(SatSolver& solver, const Formula& formula) {
+Result enumerate(sat::SatSolver& solver, const Formula& formula) {
   load(solver, formula);
   const std::clock_t start = std::clock();
   Result result;
   for (int round = 0; round < rounds; ++round) {
-    const ClauseGroup group = solver.new_group();
+    const sat::ClauseGroup group = solver.new_group();
     result.answer += exclude_models(solver, formula.variables, group);
     solver.delete_group(group);
   }
@@ -175,7 +178,7 @@ Result enumerate(SatSolver& solver, const Formula& formula) {
   return result;
 }
 
-using Question = Result (*)(SatSolver&, const Formula&);
+using Question = Result (*)(sat::SatSolver&, const Formula&);
 
 template <class Solver>
 Result median_of_runs(const Formula& formula, Question question) {
@@ -190,8 +193,8 @@ Result median_of_runs(const Formula& formula, Question question) {
 
 void compare(const std::string& name, const char* title, const Formula& formula,
              Question question) {
-  const Result own = median_of_runs<ZChaffSolver>(formula, question);
-  const Result other = median_of_runs<MiniSatSolver>(formula, question);
+  const Result own = median_of_runs<sat::ZChaffSolver>(formula, question);
+  const Result other = median_of_runs<sat::MiniSatSolver>(formula, question);
   const bool good = own.checked && other.checked && own.answer == other.answer;
   std::printf("%-32s %-10s %8u %8zu %9.4f %9.4f %7.2f %7ld  %s\n", name.c_str(), title,
               formula.variables, formula.clauses.size(), own.seconds, other.seconds,
@@ -209,19 +212,20 @@ long resident_kilobytes() {
 void measure_memory() {
   constexpr std::uint32_t variables = 100;
   std::mt19937 random(1);
-  ZChaffSolver solver;
+  sat::ZChaffSolver solver;
   for (std::uint32_t v = 0; v < variables; ++v) solver.new_var(false);
-  const auto add = [&](int count, ClauseGroup group) {
+  const auto add = [&](int count, sat::ClauseGroup group) {
     for (int i = 0; i < count; ++i) {
-      Lits clause;
+      sat::Lits clause;
       for (int k = 0; k < 3; ++k)
-        clause.push_back(Lit::from_code(static_cast<std::uint32_t>(random() % (2 * variables))));
+        clause.push_back(
+            sat::Lit::from_code(static_cast<std::uint32_t>(random() % (2 * variables))));
       solver.add_clause(clause, group);
     }
   };
-  add(300, PermanentGroup);
+  add(300, sat::PermanentGroup);
   for (int round = 1; round <= 10000; ++round) {
-    const ClauseGroup group = solver.new_group();
+    const sat::ClauseGroup group = solver.new_group();
     add(120, group);
     solver.solve(true, true);
     solver.delete_group(group);
@@ -254,14 +258,14 @@ void compare_on_file(const std::string& name) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bench
 
 int main(int argc, char** argv) {
   using namespace vorel;
-  measure_memory();
+  bench::measure_memory();
   std::printf("%-32s %-10s %8s %8s %9s %9s %7s %7s\n", "input", "question", "vars", "clauses",
               "own", "minisat", "ratio", "answer");
-  compare_on_hard_formulas();
-  for (int i = 1; i < argc; ++i) compare_on_file(argv[i]);
+  bench::compare_on_hard_formulas();
+  for (int i = 1; i < argc; ++i) bench::compare_on_file(argv[i]);
   return 0;
 }

@@ -18,13 +18,13 @@
 #include "net/process_variant.h"
 #include "synthesis/equation_search.h"
 
-namespace vorel {
+namespace vorel::bench {
 namespace {
 
 constexpr const char* style_names[] = {"-E", "four", "-G", "-S"};
 
-Params params_of(int solver) {
-  Params params;
+base::Params params_of(int solver) {
+  base::Params params;
   for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations"}) {
     params.set(key, 0);
   }
@@ -33,19 +33,19 @@ Params params_of(int solver) {
   return params;
 }
 
-void measure(const char* file, SynthesisStyle style, int solver) {
+void measure(const char* file, synthesis::SynthesisStyle style, int solver) {
   std::cerr.rdbuf(nullptr);
-  const auto process = read_pnml<StgPrefixVariant>(file);
+  const auto process = formats::read_pnml<net::StgPrefixVariant>(file);
   if (process == nullptr) {
     std::printf("%-34s refused\n", file);
     return;
   }
-  const StgPrefix& prefix = std::get<StgPrefix>(*process);
-  const std::uint64_t start = ticks_now();
-  EquationSearch engine(prefix, params_of(solver), style);
+  const net::StgPrefix& prefix = std::get<net::StgPrefix>(*process);
+  const std::uint64_t start = base::ticks_now();
+  synthesis::EquationSearch engine(prefix, params_of(solver), style);
   engine.run();
-  const double seconds = seconds_of(ticks_now() - start);
-  const double solving = seconds_of(run_state().sat_ticks);
+  const double seconds = base::seconds_of(base::ticks_now() - start);
+  const double solving = base::seconds_of(base::run_state().sat_ticks);
   std::uint64_t literals = 0;
   for (const auto& solution : engine.found().solutions) literals += solution->cost();
   const double signals = prefix.internals_end - prefix.inputs_end;
@@ -54,15 +54,15 @@ void measure(const char* file, SynthesisStyle style, int solver) {
               style_names[static_cast<std::size_t>(style)], solver, seconds,
               1e3 * seconds / signals, static_cast<double>(engine.solve_calls()) / signals,
               100 * solving / seconds, static_cast<unsigned long long>(literals),
-              run_failed() ? "  no equations" : "");
+              base::run_failed() ? "  no equations" : "");
   std::fflush(stdout);
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bench
 
 int main(int argc, char** argv) {
-  using enum vorel::SynthesisStyle;
+  using enum vorel::synthesis::SynthesisStyle;
   std::printf("%-34s %6s %7s  %-4s %3s %8s %9s %9s %8s %8s\n", "input", "events", "signals", "mode",
               "by", "seconds", "ms/signal", "calls/s.", "in SAT", "literals");
   std::fflush(stdout);
@@ -71,7 +71,7 @@ int main(int argc, char** argv) {
       for (const int solver : {0, 1}) {
         const pid_t child = fork();
         if (child == 0) {
-          vorel::measure(argv[i], style, solver);
+          vorel::bench::measure(argv[i], style, solver);
           return 0;
         }
         waitpid(child, nullptr, 0);

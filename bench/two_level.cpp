@@ -18,7 +18,7 @@
 #include "toolkit/packed_cover.h"
 #include "toolkit/toolkit_testing.h"
 
-namespace vorel {
+namespace vorel::bench {
 namespace {
 
 struct Family {
@@ -31,7 +31,7 @@ constexpr Family families[] = {
 };
 
 struct Function {
-  Cover on, off;
+  toolkit::Cover on, off;
 };
 
 struct Row {
@@ -54,11 +54,11 @@ double median_seconds(const Work& work) {
 }
 
 // Each point of ON lies in a cube of the result, no point of OFF does.
-bool is_right(const Function& function, const Cover& result) {
-  const PackedCover rows(result), on(function.on), off(function.off);
-  const auto is_covered = [&](ConstRow point) {
+bool is_right(const Function& function, const toolkit::Cover& result) {
+  const toolkit::PackedCover rows(result), on(function.on), off(function.off);
+  const auto is_covered = [&](toolkit::ConstRow point) {
     for (std::size_t i = 0; i < rows.size(); ++i)
-      if (contains(rows[i], point)) return true;
+      if (toolkit::contains(rows[i], point)) return true;
     return false;
   };
   for (std::size_t i = 0; i < on.size(); ++i)
@@ -68,17 +68,19 @@ bool is_right(const Function& function, const Cover& result) {
   return true;
 }
 
-Row measure(const char* way, const std::vector<Function>& functions, const MinimiseParams& params) {
+Row measure(const char* way, const std::vector<Function>& functions,
+            const toolkit::MinimiseParams& params) {
   Row row;
   row.way = way;
-  std::vector<Cover> results(functions.size());
+  std::vector<toolkit::Cover> results(functions.size());
   row.minimise_seconds = median_seconds([&] {
     for (std::size_t i = 0; i < functions.size(); ++i)
-      results[i] = minimise(functions[i].on, functions[i].off, params);
+      results[i] = toolkit::minimise(functions[i].on, functions[i].off, params);
   });
   row.factor_seconds = median_seconds([&] {
     row.factored = 0;
-    for (const Cover& result : results) row.factored += literal_count(factor(result));
+    for (const toolkit::Cover& result : results)
+      row.factored += toolkit::literal_count(toolkit::factor(result));
   });
   for (std::size_t i = 0; i < functions.size(); ++i) {
     if (!is_right(functions[i], results[i])) {
@@ -91,9 +93,9 @@ Row measure(const char* way, const std::vector<Function>& functions, const Minim
   return row;
 }
 
-std::uint64_t word_of(const Cover& points) {
+std::uint64_t word_of(const toolkit::Cover& points) {
   std::uint64_t word = 0;
-  const TruthTable table = table_of(points);
+  const toolkit::TruthTable table = toolkit::table_of(points);
   for (std::size_t p = 0; p < table.size(); ++p) word |= std::uint64_t{table[p]} << p;
   return word;
 }
@@ -101,21 +103,23 @@ std::uint64_t word_of(const Cover& points) {
 oracle::CoverCost exact_cost(const std::vector<Function>& functions) {
   oracle::CoverCost sum;
   for (const auto& [on, off] : functions) {
-    const oracle::CoverCost cost = oracle::ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
+    const oracle::CoverCost cost =
+        oracle::ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
     sum = {sum.cubes + cost.cubes, sum.literals + cost.literals};
   }
   return sum;
 }
 
 void print_family(const Family& family) {
-  RandomCovers random(1);
+  toolkit::RandomCovers random(1);
   std::vector<Function> functions;
   while (std::ssize(functions) < family.functions) {
     auto [on, off] = random.points(family.width, family.on, family.off);
     if (!on.empty() && !off.empty()) functions.push_back({std::move(on), std::move(off)});
   }
-  const MinimiseParams one_prime{.max_primes_per_cube = 0, .covering = {.steps_per_row = 0}};
-  MinimiseParams repeat = one_prime;
+  const toolkit::MinimiseParams one_prime{.max_primes_per_cube = 0,
+                                          .covering = {.steps_per_row = 0}};
+  toolkit::MinimiseParams repeat = one_prime;
   repeat.repeat = true;
   for (const Row& row :
        {measure("default", functions, {}), measure("one prime", functions, one_prime),
@@ -131,10 +135,11 @@ void print_family(const Family& family) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bench
 
 int main() {
   std::printf("%2s %4s %4s %5s  %-10s %9s %9s %8s %8s %8s\n", "n", "ON", "OFF", "count", "way",
               "minimise", "factor", "cubes", "literals", "factored");
-  for (const vorel::Family& family : vorel::families) vorel::print_family(family);
+  for (const vorel::bench::Family& family : vorel::bench::families)
+    vorel::bench::print_family(family);
 }

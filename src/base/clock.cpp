@@ -2,8 +2,8 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::base {
 
 std::string format_seconds(double value) { return format_message("%.2f", value); }
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace vorel {
+namespace vorel::base {
 
 // One tick is a nanosecond.
 inline std::uint64_t ticks_now() {
@@ -19,4 +19,4 @@ inline double seconds_of(std::uint64_t ticks) { return static_cast<double>(ticks
 // Two decimals: "0.01".
 std::string format_seconds(double value);
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-namespace vorel {
+namespace vorel::base {
 
 // The numbers 0 to count - 1, by the group that each belongs to; ascending within a group.
 class Grouping {
@@ -36,4 +36,4 @@ class Grouping {
   std::vector<std::uint32_t> members_;  // group after group
 };
 
-}  // namespace vorel
+}  // namespace vorel::base

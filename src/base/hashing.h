@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace vorel {
+namespace vorel::base {
 
 // The hash of a sequence whose beginning hashes to `hash` and that goes on with `value`.
 inline std::uint64_t combine_hash(std::uint64_t hash, std::uint64_t value) {
@@ -11,4 +11,4 @@ inline std::uint64_t combine_hash(std::uint64_t hash, std::uint64_t value) {
   return hash ^ (hash >> 32);
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

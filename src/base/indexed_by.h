@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace vorel {
+namespace vorel::base {
 
 template <class Element, class Value>
 class IndexedBy {
@@ -57,4 +57,4 @@ class MarkSet {
   std::uint32_t now_ = 1;              // 2^32 rounds are more than any run makes
 };
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -14,7 +14,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 constexpr std::size_t smallest_buffer = std::size_t{1} << 14;
@@ -103,4 +103,4 @@ bool read_whole_file(const std::string& file_name, std::string& text) {
                                     : read_plain_file(file_name, text);
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

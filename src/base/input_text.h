@@ -1,13 +1,14 @@
 // base/input_text.h - the text of an input, whole, in memory.
 // Here:      reading a plain or gzipped file, or an open stream, to its end.
-// Not here:  what the text means (formats/pnml_reader.h, formats/mci_reader.h, formats/mp_reader.h).
-// Memory grows with the bytes that really come: a size told by the file system is only a hint.
+// Not here:  what the text means (formats/pnml_reader.h, formats/mci_reader.h,
+// formats/mp_reader.h). Memory grows with the bytes that really come: a size told by the file
+// system is only a hint.
 #pragma once
 
 #include <istream>
 #include <string>
 
-namespace vorel {
+namespace vorel::base {
 
 // Reads the file into `text`, through decompression if the name ends with ".gz". False after an
 // error: the file cannot be opened (a directory counts as such), or reading breaks off, as it does
@@ -17,4 +18,4 @@ bool read_whole_file(const std::string& file_name, std::string& text);
 // All bytes from the present position to the end. A stream that breaks off is bad() afterwards.
 std::string read_whole_stream(std::istream& stream);
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -7,7 +7,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 constexpr std::size_t reserve_size = 8192;
@@ -39,4 +39,4 @@ void* reallocate_block(void* block, std::size_t size) {
   return grown;
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-namespace vorel {
+namespace vorel::base {
 
 // Takes the reserve that lets the report be printed, and installs the handler for operator new.
 void install_memory_overflow_handler();
@@ -21,4 +21,4 @@ void release_memory_reserve();
 // realloc() that never returns null for a size above 0; a null block is allocated afresh.
 void* reallocate_block(void* block, std::size_t size);
 
-}  // namespace vorel
+}  // namespace vorel::base

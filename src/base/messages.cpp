@@ -8,7 +8,7 @@
 
 #include "base/run_state.h"
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 std::atomic<std::uint32_t> severity{severity_clean};
@@ -75,4 +75,4 @@ std::string cannot_open_for_output(std::string_view name) {
   return std::string("cannot open \"").append(name).append("\" for output");
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-namespace vorel {
+namespace vorel::base {
 
 inline constexpr std::uint32_t severity_clean = 0;
 inline constexpr std::uint32_t severity_warning = 1;
@@ -44,4 +44,4 @@ std::string cannot_open_for_input(std::string_view name);
 // `cannot open "NAME" for output`.
 std::string cannot_open_for_output(std::string_view name);
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -9,7 +9,7 @@
 #include <charconv>
 #include <cstdio>
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 namespace fs = std::filesystem;
@@ -140,4 +140,4 @@ void OutputFile::discard() {
   assert(!is_open());
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

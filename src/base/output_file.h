@@ -14,7 +14,7 @@
 #include <ostream>
 #include <string>
 
-namespace vorel {
+namespace vorel::base {
 
 class OutputFile {
  public:
@@ -47,4 +47,4 @@ class OutputFile {
   std::ostream stream_{&buffer_};
 };
 
-}  // namespace vorel
+}  // namespace vorel::base

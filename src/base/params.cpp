@@ -2,7 +2,7 @@
 
 #include <cassert>
 
-namespace vorel {
+namespace vorel::base {
 
 std::size_t ParamsKeyHash::operator()(std::string_view key) const {
   std::uint32_t hash = 12345;
@@ -19,4 +19,4 @@ std::int32_t Params::get(std::string_view key) const {
   return found->second;
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

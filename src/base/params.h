@@ -8,7 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace vorel {
+namespace vorel::base {
 
 // Hash of a key, byte by byte; the empty key hashes to 12345.
 struct ParamsKeyHash {
@@ -26,4 +26,4 @@ class Params {
   std::unordered_map<std::string_view, std::int32_t, ParamsKeyHash> values_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::base

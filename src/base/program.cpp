@@ -11,7 +11,7 @@
 #include "base/messages.h"
 #include "base/temporary_files.h"
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 // A standard stream that the caller closed gets a descriptor that cannot be written: otherwise the
@@ -49,4 +49,4 @@ int finish_program() {
   return static_cast<int>(exit_code);
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -3,7 +3,7 @@
 // Not here:  command lines, what a program does.
 #pragma once
 
-namespace vorel {
+namespace vorel::base {
 
 // To be called first in main(), once.
 void start_program();
@@ -12,4 +12,4 @@ void start_program();
 // exit code: 0 clean, 1 warnings, 2 errors.
 int finish_program();
 
-}  // namespace vorel
+}  // namespace vorel::base

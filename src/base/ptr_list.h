@@ -15,7 +15,7 @@
 
 #include "base/memory_overflow.h"
 
-namespace vorel {
+namespace vorel::base {
 
 template <class T>
 class PtrList {
@@ -112,4 +112,4 @@ void renumber(OwnedList<T>& list) {
   for (const auto& element : list) element->index = position++;
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

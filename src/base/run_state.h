@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace vorel {
+namespace vorel::base {
 
 // The texts of the cost function's seven coefficients, as given by -c or by default.
 // They are evaluated against the STG once it is in memory.
@@ -38,4 +38,4 @@ RunState& run_state();
 
 inline int verbosity() { return run_state().verbosity; }
 
-}  // namespace vorel
+}  // namespace vorel::base

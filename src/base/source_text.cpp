@@ -5,7 +5,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 constexpr std::size_t largest_excerpt = 60;
@@ -109,4 +109,4 @@ void RepeatedFault::warn(const SourceText& source, std::string_view before,
   source.warn(offset_, text);
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace vorel {
+namespace vorel::base {
 
 // What a message quotes: long texts cut, bytes that would upset a terminal as \xNN.
 std::string excerpt(std::string_view text);
@@ -65,4 +65,4 @@ class RepeatedFault {
   std::string subject_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -11,7 +11,7 @@
 #include "base/messages.h"
 #include "base/run_state.h"
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 std::string temporary_directory() {
@@ -66,4 +66,4 @@ void delete_temporary_files() {
   assert(run_state().temporary_files.empty());
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -5,7 +5,7 @@
 
 #include <cstdio>
 
-namespace vorel {
+namespace vorel::base {
 
 // An open stream, for reading and writing, on a new file whose name starts with "_tmp", in $TMPDIR
 // or else /tmp. The caller closes it. Null after an error.
@@ -14,4 +14,4 @@ std::FILE* create_temporary_file();
 // Deletes the files created so far; warns of each that cannot be deleted.
 void delete_temporary_files();
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -2,7 +2,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::base {
 
 bool report_write_failure() {
   print_error("cannot write a file");
@@ -19,4 +19,4 @@ bool TextSink::finish() {
   return stream_.flush().good() || report_write_failure();
 }
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace vorel {
+namespace vorel::base {
 
 // The error "cannot write a file"; gives false, for a caller to pass on.
 bool report_write_failure();
@@ -45,4 +45,4 @@ class TextSink {
   std::string buffer_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::base

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <unordered_set>
 
-namespace vorel {
+namespace vorel::base {
 
 class UniqueNames {
  public:
@@ -22,4 +22,4 @@ class UniqueNames {
   std::uint64_t next_ = 1;
 };
 
-}  // namespace vorel
+}  // namespace vorel::base

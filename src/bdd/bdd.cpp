@@ -10,7 +10,7 @@
 // Reordering may interrupt an operation of CUDD, which then must be repeated until it gets through.
 // Its public functions, the only ones that are called here, do so themselves.
 
-namespace vorel {
+namespace vorel::bdd {
 namespace {
 
 DdManager* cudd() { return BddManager::instance().cudd(); }
@@ -136,4 +136,4 @@ Bdd compose(const Bdd& f, std::span<const Bdd> substitution) {
   return Bdd::from_result(Cudd_bddVectorCompose(cudd(), f.node(), nodes.data()));
 }
 
-}  // namespace vorel
+}  // namespace vorel::bdd

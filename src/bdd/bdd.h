@@ -18,7 +18,7 @@
 
 struct DdNode;
 
-namespace vorel {
+namespace vorel::bdd {
 
 class Bdd {
  public:
@@ -108,9 +108,9 @@ Bdd compose(const Bdd& f, std::span<const Bdd> substitution);
 
 std::uint32_t hash_of(const Bdd& f);
 
-}  // namespace vorel
+}  // namespace vorel::bdd
 
 template <>
-struct std::hash<vorel::Bdd> {
-  std::size_t operator()(const vorel::Bdd& f) const { return vorel::hash_of(f); }
+struct std::hash<vorel::bdd::Bdd> {
+  std::size_t operator()(const vorel::bdd::Bdd& f) const { return vorel::bdd::hash_of(f); }
 };

@@ -5,7 +5,7 @@
 
 #include "bdd/cover_bdd.h"
 
-namespace vorel {
+namespace vorel::bdd {
 
 BDDCover::BDDCover(Bdd er_plus_set, Bdd qr_plus_set, Bdd er_minus_set, Bdd qr_minus_set)
     : er_plus{std::move(er_plus_set)},
@@ -34,7 +34,9 @@ BDDCover compose(const BDDCover& cover, std::span<const Bdd> substitution) {
 }
 
 std::string to_string(const BDDCover& cover, std::span<const std::string> names) {
-  const auto text = [names](const Bdd& set) { return to_string(expression_of(set, names)); };
+  const auto text = [names](const Bdd& set) {
+    return toolkit::to_string(expression_of(set, names));
+  };
   std::string body;
   if (!cover.is_two_valued()) {
     body = "ER+: " + text(cover.er_plus) + ", QR+: " + text(cover.qr_plus) +
@@ -47,4 +49,4 @@ std::string to_string(const BDDCover& cover, std::span<const std::string> names)
   return "BDDCover{" + body + "}";
 }
 
-}  // namespace vorel
+}  // namespace vorel::bdd

@@ -10,7 +10,7 @@
 
 #include "bdd/bdd.h"
 
-namespace vorel {
+namespace vorel::bdd {
 
 // Sets of codes. Two-valued: both pairs are equal, and stand for the ON-set and the OFF-set.
 struct BDDCover {
@@ -39,4 +39,4 @@ BDDCover compose(const BDDCover& cover, std::span<const Bdd> substitution);
 // is called names[v], or without names "x" and v.
 std::string to_string(const BDDCover& cover, std::span<const std::string> names = {});
 
-}  // namespace vorel
+}  // namespace vorel::bdd

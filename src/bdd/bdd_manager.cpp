@@ -6,7 +6,7 @@
 #include "base/messages.h"
 #include "bdd/cudd_interface.h"
 
-namespace vorel {
+namespace vorel::bdd {
 namespace {
 
 // Where the fast growth of the unique table ends, and the most entries of the computed table.
@@ -20,8 +20,8 @@ constexpr unsigned slots_of_new_variable = 16;
 
 // No unwinding and no end steps, as when memory runs out anywhere else.
 [[noreturn]] void end_process(const char* text) {
-  print_error(text);
-  std::_Exit(static_cast<int>(severity_memory_overflow));
+  base::print_error(text);
+  std::_Exit(static_cast<int>(base::severity_memory_overflow));
 }
 
 const char* text_of(Cudd_ErrorType error) {
@@ -74,4 +74,4 @@ std::size_t BddManager::referenced_node_count() const {
   return static_cast<std::size_t>(Cudd_CheckZeroRef(cudd_));
 }
 
-}  // namespace vorel
+}  // namespace vorel::bdd

@@ -13,7 +13,7 @@
 struct DdManager;
 struct DdNode;
 
-namespace vorel {
+namespace vorel::bdd {
 
 class BddManager {
  public:
@@ -47,4 +47,4 @@ class BddManager {
   DdManager* cudd_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::bdd

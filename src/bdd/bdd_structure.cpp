@@ -6,7 +6,7 @@
 #include "bdd/bdd_manager.h"
 #include "bdd/cudd_interface.h"
 
-namespace vorel {
+namespace vorel::bdd {
 namespace {
 
 // The nodes in the order of a walk in depth. Not by a generator of CUDD, which sorts by address.
@@ -66,4 +66,4 @@ std::size_t node_count(const Bdd& f) {
   return static_cast<std::size_t>(Cudd_DagSize(f.node()));
 }
 
-}  // namespace vorel
+}  // namespace vorel::bdd

@@ -11,7 +11,7 @@
 
 #include "bdd/bdd.h"
 
-namespace vorel {
+namespace vorel::bdd {
 
 struct BddLiteral {
   std::uint32_t variable = 0;
@@ -31,4 +31,4 @@ std::vector<Bdd> nodes_of(const Bdd& f);
 // The number of nodes, the constant included.
 std::size_t node_count(const Bdd& f);
 
-}  // namespace vorel
+}  // namespace vorel::bdd

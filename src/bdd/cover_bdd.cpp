@@ -10,7 +10,7 @@
 #include "toolkit/factor.h"
 #include "toolkit/minimise.h"
 
-namespace vorel {
+namespace vorel::bdd {
 namespace {
 
 // Pairs are joined and queue up behind the others, so that operands are of like size.
@@ -24,17 +24,17 @@ Bdd sum_of(std::vector<Bdd> terms) {
 }
 
 // `values` says 0, 1 or 2, which is free, for every variable of the manager.
-Cube restrict_to(const std::vector<std::uint32_t>& support, const int* values) {
-  Cube cube(support.size());
+toolkit::Cube restrict_to(const std::vector<std::uint32_t>& support, const int* values) {
+  toolkit::Cube cube(support.size());
   for (std::size_t i = 0; i < support.size(); ++i)
-    cube.set(i, static_cast<Ternary>(values[support[i]]));
+    cube.set(i, static_cast<toolkit::Ternary>(values[support[i]]));
   return cube;
 }
 
 // One cube for each path to true: no two share a point.
-Cover paths_of(const Bdd& f, const std::vector<std::uint32_t>& support) {
+toolkit::Cover paths_of(const Bdd& f, const std::vector<std::uint32_t>& support) {
   const BddManager& manager = BddManager::instance();
-  Cover cover(support.size(), false);
+  toolkit::Cover cover(support.size(), false);
   int* values = nullptr;
   double constant = 0;  // only diagrams with other constants than true need it
   // A generator of nothing is made for false too, so a null one is a failure.
@@ -50,10 +50,10 @@ Cover paths_of(const Bdd& f, const std::vector<std::uint32_t>& support) {
 
 // The paths offer more primes to choose from than an irredundant sum, and so end in fewer literals.
 // But there may be exponentially many, and the time of minimising grows faster than their number.
-Cover unminimised_cover(const Bdd& f, const std::vector<std::uint32_t>& support) {
+toolkit::Cover unminimised_cover(const Bdd& f, const std::vector<std::uint32_t>& support) {
   constexpr double most_paths = 1000;
   const double paths = Cudd_CountPathsToNonZero(f.node());
-  if (paths < 0) memory_overflow();
+  if (paths < 0) base::memory_overflow();
   return paths <= most_paths ? paths_of(f, support) : irredundant_sum(f, support);
 }
 
@@ -69,35 +69,35 @@ std::vector<std::string> names_of(const std::vector<std::uint32_t>& support,
 
 }  // namespace
 
-Bdd bdd_of(const Cube& cube, std::span<const Bdd> variables) {
+Bdd bdd_of(const toolkit::Cube& cube, std::span<const Bdd> variables) {
   assert(cube.size() <= variables.size());
   Bdd product(true);
   for (std::size_t i = cube.size(); i-- > 0;) {
-    if (cube[i] == Ternary::dash) continue;
-    product = (cube[i] == Ternary::one ? variables[i] : ~variables[i]) & product;
+    if (cube[i] == toolkit::Ternary::dash) continue;
+    product = (cube[i] == toolkit::Ternary::one ? variables[i] : ~variables[i]) & product;
   }
   return product;
 }
 
-Bdd bdd_of(const Cover& cover, std::span<const Bdd> variables) {
+Bdd bdd_of(const toolkit::Cover& cover, std::span<const Bdd> variables) {
   std::vector<Bdd> products;
   products.reserve(2 * cover.size());
-  for (const Cube& cube : cover) products.push_back(bdd_of(cube, variables));
+  for (const toolkit::Cube& cube : cover) products.push_back(bdd_of(cube, variables));
   return sum_of(std::move(products));
 }
 
 SupportCover cover_of(const Bdd& f) {
   std::vector<std::uint32_t> support = f.support();
-  const Cover on = unminimised_cover(f, support);
-  Cover minimised = minimise(on, complement(on));
+  const toolkit::Cover on = unminimised_cover(f, support);
+  toolkit::Cover minimised = toolkit::minimise(on, toolkit::complement(on));
   return {std::move(minimised), std::move(support)};
 }
 
-LogicExpr expression_of(const Bdd& f, std::span<const std::string> names) {
+toolkit::LogicExpr expression_of(const Bdd& f, std::span<const std::string> names) {
   const SupportCover form = cover_of(f);
-  return factor(form.cover, names_of(form.support, names));
+  return toolkit::factor(form.cover, names_of(form.support, names));
 }
 
-std::size_t literal_count(const Bdd& f) { return literal_count(expression_of(f)); }
+std::size_t literal_count(const Bdd& f) { return toolkit::literal_count(expression_of(f)); }
 
-}  // namespace vorel
+}  // namespace vorel::bdd

@@ -13,15 +13,15 @@
 #include "toolkit/cover.h"
 #include "toolkit/logic_expr.h"
 
-namespace vorel {
+namespace vorel::bdd {
 
 // Position i stands for variables[i], which may be any function. A cube without positions is true.
-Bdd bdd_of(const Cube& cube, std::span<const Bdd> variables);
-Bdd bdd_of(const Cover& cover, std::span<const Bdd> variables);
+Bdd bdd_of(const toolkit::Cube& cube, std::span<const Bdd> variables);
+Bdd bdd_of(const toolkit::Cover& cover, std::span<const Bdd> variables);
 
 // A cover over the variables that the function depends on: position i stands for support[i].
 struct SupportCover {
-  Cover cover;
+  toolkit::Cover cover;
   std::vector<std::uint32_t> support;  // ascending
 };
 
@@ -29,9 +29,9 @@ struct SupportCover {
 SupportCover cover_of(const Bdd& f);
 
 // That cover, factored. Variable v is called names[v], or without names "x" and v.
-LogicExpr expression_of(const Bdd& f, std::span<const std::string> names = {});
+toolkit::LogicExpr expression_of(const Bdd& f, std::span<const std::string> names = {});
 
 // Of the expression.
 std::size_t literal_count(const Bdd& f);
 
-}  // namespace vorel
+}  // namespace vorel::bdd

@@ -2,25 +2,27 @@
 
 #include <cassert>
 
-namespace vorel {
+namespace vorel::bdd {
 namespace {
 
 class SumBuilder {
  public:
   explicit SumBuilder(std::span<const std::uint32_t> support)
-      : support_{support}, cube_(support.size(), Ternary::dash), sum_(support.size(), false) {}
+      : support_{support},
+        cube_(support.size(), toolkit::Ternary::dash),
+        sum_(support.size(), false) {}
 
   // Adds cubes, all inside the present one, of a function between the bounds; returns the function.
   // It depends on variables from the position on only, as do the bounds.
   Bdd add_between(const Bdd& lower, const Bdd& upper, std::size_t position);
-  Cover take_sum() && { return std::move(sum_); }
+  toolkit::Cover take_sum() && { return std::move(sum_); }
 
  private:
   Bdd split(const Bdd& lower, const Bdd& upper, std::size_t position);
 
   std::span<const std::uint32_t> support_;
-  Cube cube_;
-  Cover sum_;
+  toolkit::Cube cube_;
+  toolkit::Cover sum_;
 };
 
 Bdd SumBuilder::add_between(const Bdd& lower, const Bdd& upper, std::size_t position) {
@@ -38,11 +40,11 @@ Bdd SumBuilder::split(const Bdd& lower, const Bdd& upper, std::size_t position) 
   const Bdd lower_0 = cofactor(lower, not_x), lower_1 = cofactor(lower, x);
   const Bdd upper_0 = cofactor(upper, not_x), upper_1 = cofactor(upper, x);
   // What the other half does not allow needs the literal; the rest may do without.
-  cube_.set(position, Ternary::zero);
+  cube_.set(position, toolkit::Ternary::zero);
   const Bdd with_0 = add_between(lower_0 & ~upper_1, upper_0, position + 1);
-  cube_.set(position, Ternary::one);
+  cube_.set(position, toolkit::Ternary::one);
   const Bdd with_1 = add_between(lower_1 & ~upper_0, upper_1, position + 1);
-  cube_.set(position, Ternary::dash);
+  cube_.set(position, toolkit::Ternary::dash);
   const Bdd rest = (lower_0 & ~with_0) | (lower_1 & ~with_1);
   const Bdd without = add_between(rest, upper_0 & upper_1, position + 1);
   return without | ite(x, with_1, with_0);
@@ -50,11 +52,11 @@ Bdd SumBuilder::split(const Bdd& lower, const Bdd& upper, std::size_t position) 
 
 }  // namespace
 
-Cover irredundant_sum(const Bdd& f, std::span<const std::uint32_t> support) {
+toolkit::Cover irredundant_sum(const Bdd& f, std::span<const std::uint32_t> support) {
   SumBuilder builder(support);
   [[maybe_unused]] const Bdd sum = builder.add_between(f, f, 0);
   assert(sum == f);
   return std::move(builder).take_sum();
 }
 
-}  // namespace vorel
+}  // namespace vorel::bdd

@@ -9,10 +9,10 @@
 #include "bdd/bdd.h"
 #include "toolkit/cover.h"
 
-namespace vorel {
+namespace vorel::bdd {
 
 // No cube can be left out, but not each is prime. Position i stands for support[i]; the support is
 // that of the function.
-Cover irredundant_sum(const Bdd& f, std::span<const std::uint32_t> support);
+toolkit::Cover irredundant_sum(const Bdd& f, std::span<const std::uint32_t> support);
 
-}  // namespace vorel
+}  // namespace vorel::bdd

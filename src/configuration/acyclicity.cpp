@@ -9,7 +9,7 @@
 #include "base/run_state.h"
 #include "configuration/configuration_encoding.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 // How much of the graph is walked before the rest is left to refinement.
@@ -18,7 +18,7 @@ constexpr std::uint64_t always_walked = 200'000;
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 Acyclicity<P>::Acyclicity(const P& process, ConfigurationVars<P>& vars)
     : process_{process},
       vars_{vars},
@@ -40,29 +40,29 @@ Acyclicity<P>::Acyclicity(const P& process, ConfigurationVars<P>& vars)
   }
 }
 
-template <Process P>
+template <net::Process P>
 void Acyclicity<P>::add_part(Nodes nodes) {
   for (const std::uint32_t node : nodes) part_of_[node] = static_cast<std::uint32_t>(parts_.size());
   parts_.push_back(std::move(nodes));
 }
 
-template <Process P>
+template <net::Process P>
 void Acyclicity<P>::encode_all_components() {
   const auto count = static_cast<std::uint32_t>(parts_.size());
   for (std::uint32_t part = 0; part < count; ++part) {
-    if (verbosity() >= 3) {
+    if (base::verbosity() >= 3) {
       const auto events = std::ranges::count_if(
           parts_[part], [this](std::uint32_t node) { return graph_.is_event(node); });
-      print_formatted(std::cerr,
-                      "\nExceeded the threshold on the number of chordless cycles: |SCC|=%u, "
-                      "threshold=%llu",
-                      static_cast<unsigned>(events), 0ull);
+      base::print_formatted(std::cerr,
+                            "\nExceeded the threshold on the number of chordless cycles: |SCC|=%u, "
+                            "threshold=%llu",
+                            static_cast<unsigned>(events), 0ull);
     }
     encode_component(part);
   }
 }
 
-template <Process P>
+template <net::Process P>
 void Acyclicity<P>::encode_component(std::uint32_t part) {
   Nodes pending{part};
   while (!pending.empty() && walked_arcs_ <= walks_per_arc * arcs_ + always_walked) {
@@ -75,7 +75,7 @@ void Acyclicity<P>::encode_component(std::uint32_t part) {
   }
 }
 
-template <Process P>
+template <net::Process P>
 bool Acyclicity<P>::refine(std::span<const Event* const> events) {
   const auto cycles = cycles_among(events);
   for (const Nodes& cycle : cycles) {
@@ -85,13 +85,13 @@ bool Acyclicity<P>::refine(std::span<const Event* const> events) {
     split_at(root);
   }
   if (cycles.empty()) return false;
-  print_formatted(std::cerr,
-                  "\nThe configuration contains a CYCLE, new constraints have been added");
+  base::print_formatted(std::cerr,
+                        "\nThe configuration contains a CYCLE, new constraints have been added");
   return true;
 }
 
 // The strongly connected components of the events and what they produce.
-template <Process P>
+template <net::Process P>
 std::vector<typename Acyclicity<P>::Nodes> Acyclicity<P>::cycles_among(
     std::span<const Event* const> events) {
   Nodes nodes;
@@ -115,9 +115,9 @@ std::vector<typename Acyclicity<P>::Nodes> Acyclicity<P>::cycles_among(
 }
 
 // The condition or turn through which most pairs of events are neighbours.
-template <Process P>
+template <net::Process P>
 std::uint32_t Acyclicity<P>::best_root(std::span<const std::uint32_t> candidates) const {
-  std::uint32_t best = no_index;
+  std::uint32_t best = base::no_index;
   std::uint64_t most = 0;
   for (const std::uint32_t node : candidates) {
     if (graph_.is_event(node)) continue;
@@ -127,26 +127,26 @@ std::uint32_t Acyclicity<P>::best_root(std::span<const std::uint32_t> candidates
     const std::uint64_t pairs = static_cast<std::uint64_t>(
         std::ranges::count_if(graph_.backward.successors(node), is_near) *
         std::ranges::count_if(graph_.forward.successors(node), is_near));
-    if (pairs <= most && best != no_index) continue;
+    if (pairs <= most && best != base::no_index) continue;
     most = pairs;
     best = node;
   }
-  assert(best != no_index && "a cycle alternates between events and others");
+  assert(best != base::no_index && "a cycle alternates between events and others");
   return best;
 }
 
-template <Process P>
+template <net::Process P>
 void Acyclicity<P>::exclude_cycles_through(std::uint32_t root) {
   assert(!graph_.is_event(root) && part_of_[root] != no_part);
   const Nodes& nodes = parts_[part_of_[root]];
   for (const std::uint32_t node : nodes) {
     if (graph_.is_event(node)) forbid_return(node, root);
   }
-  for (const std::uint32_t node : nodes) reached_[node] = LitUninit;
+  for (const std::uint32_t node : nodes) reached_[node] = sat::LitUninit;
 }
 
 // Each piece of the root's part becomes a part of its own.
-template <Process P>
+template <net::Process P>
 void Acyclicity<P>::split_at(std::uint32_t root) {
   Nodes nodes = std::exchange(parts_[part_of_[root]], {});
   std::erase(nodes, root);
@@ -160,34 +160,35 @@ void Acyclicity<P>::split_at(std::uint32_t root) {
 }
 
 // The event leads from what is reached before it to all that comes after it, but not to the root.
-template <Process P>
+template <net::Process P>
 void Acyclicity<P>::forbid_return(std::uint32_t event, std::uint32_t root) {
   collect_neighbours(event, root);
-  const Lit fired = event_lit(vars_, *process_.events[event]);
-  Lits clause;
-  const auto lead = [&](Lit from, Lit to) {
+  const sat::Lit fired = event_lit(vars_, *process_.events[event]);
+  sat::Lits clause;
+  const auto lead = [&](sat::Lit from, sat::Lit to) {
     clause.assign({~fired, ~from, to});
-    vars_.formula.add_clause(clause, PermanentGroup);
+    vars_.formula.add_clause(clause, sat::PermanentGroup);
   };
-  const auto lit_of = [this, root](std::uint32_t node, Lit of_root) {
+  const auto lit_of = [this, root](std::uint32_t node, sat::Lit of_root) {
     return node == root ? of_root : reached(node);
   };
   // One literal in the middle where that saves clauses.
   if (before_.size() > 1 && after_.size() > 1 && before_.size() + after_.size() > 4) {
-    const Lit middle(vars_.formula.new_var(true), false);
-    for (const std::uint32_t node : before_) lead(lit_of(node, LitTrue), middle);
+    const sat::Lit middle(vars_.formula.new_var(true), false);
+    for (const std::uint32_t node : before_) lead(lit_of(node, sat::LitTrue), middle);
     for (const std::uint32_t node : after_) {
-      vars_.formula.add_binary(~middle, lit_of(node, LitFalse), PermanentGroup);
+      vars_.formula.add_binary(~middle, lit_of(node, sat::LitFalse), sat::PermanentGroup);
     }
     return;
   }
   for (const std::uint32_t from : before_) {
-    for (const std::uint32_t to : after_) lead(lit_of(from, LitTrue), lit_of(to, LitFalse));
+    for (const std::uint32_t to : after_)
+      lead(lit_of(from, sat::LitTrue), lit_of(to, sat::LitFalse));
   }
 }
 
 // Of the neighbours the root says all that the others could say.
-template <Process P>
+template <net::Process P>
 void Acyclicity<P>::collect_neighbours(std::uint32_t event, std::uint32_t root) {
   const auto collect = [this, event, root](const Digraph& graph, Nodes& neighbours) {
     neighbours.clear();
@@ -202,9 +203,9 @@ void Acyclicity<P>::collect_neighbours(std::uint32_t event, std::uint32_t root) 
 }
 
 // The solver need not decide on it: whatever is not forced to be reached is not.
-template <Process P>
-Lit Acyclicity<P>::reached(std::uint32_t node) {
-  if (reached_[node].is_uninit()) reached_[node] = Lit(vars_.formula.new_var(true), false);
+template <net::Process P>
+sat::Lit Acyclicity<P>::reached(std::uint32_t node) {
+  if (reached_[node].is_uninit()) reached_[node] = sat::Lit(vars_.formula.new_var(true), false);
   return reached_[node];
 }
 
@@ -212,4 +213,4 @@ Lit Acyclicity<P>::reached(std::uint32_t node) {
 VOREL_FOR_EACH_MERGED_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::configuration

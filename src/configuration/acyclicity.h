@@ -21,9 +21,9 @@
 #include "configuration/causal_graph.h"
 #include "configuration/configuration_vars.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
-template <Process P>
+template <net::Process P>
 class Acyclicity {
  public:
   using Event = typename P::Event;
@@ -43,7 +43,7 @@ class Acyclicity {
 
  private:
   using Nodes = std::vector<std::uint32_t>;
-  static constexpr std::uint32_t no_part = no_index;
+  static constexpr std::uint32_t no_part = base::no_index;
 
   void add_part(Nodes nodes);
   void encode_component(std::uint32_t part);
@@ -53,7 +53,7 @@ class Acyclicity {
   void split_at(std::uint32_t root);
   void forbid_return(std::uint32_t event, std::uint32_t root);
   void collect_neighbours(std::uint32_t event, std::uint32_t root);
-  Lit reached(std::uint32_t node);
+  sat::Lit reached(std::uint32_t node);
 
   const P& process_;
   ConfigurationVars<P>& vars_;
@@ -65,8 +65,8 @@ class Acyclicity {
   std::uint64_t walked_arcs_ = 0;
 
   std::vector<std::uint32_t> in_model_;  // by node, scratch: its part if it is there, or no_part
-  std::vector<Lit> reached_;             // by node: from the root in hand, along the configuration
+  std::vector<sat::Lit> reached_;        // by node: from the root in hand, along the configuration
   Nodes before_, after_;                 // scratch: neighbours of an event in its part
 };
 
-}  // namespace vorel
+}  // namespace vorel::configuration

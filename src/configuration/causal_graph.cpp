@@ -5,11 +5,11 @@
 
 #include "base/indexed_by.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 // Arcs in linear time; a turn without consumers or without producers is left out.
-template <Process P>
+template <net::Process P>
 class ArcCollector {
  public:
   explicit ArcCollector(const P& process)
@@ -69,7 +69,7 @@ class ArcCollector {
   const P& process_;
   std::vector<Arc> arcs_;
   std::uint32_t turns_ = 0;
-  MarkSet<Event> consumes_, produces_;  // of the turn in hand
+  base::MarkSet<Event> consumes_, produces_;  // of the turn in hand
 };
 
 std::vector<Arc> reversed(std::span<const Arc> arcs) {
@@ -81,7 +81,7 @@ std::vector<Arc> reversed(std::span<const Arc> arcs) {
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 std::vector<const typename P::Condition*> conditions_by_depth(const P& process) {
   std::vector<const typename P::Condition*> conditions;
   conditions.reserve(process.conditions.size());
@@ -92,7 +92,7 @@ std::vector<const typename P::Condition*> conditions_by_depth(const P& process) 
   return conditions;
 }
 
-template <Process P>
+template <net::Process P>
 CausalGraph CausalGraph::of(const P& process) {
   ArcCollector<P> collector(process);
   collector.run();
@@ -107,4 +107,4 @@ CausalGraph CausalGraph::of(const P& process) {
 VOREL_FOR_EACH_MERGED_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -6,13 +6,13 @@
 #include <cstdint>
 #include <vector>
 
-#include "net/process.h"
 #include "configuration/digraph.h"
+#include "net/process.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
 // The mp-conditions sorted by place and occurrence depth.
-template <Process P>
+template <net::Process P>
 std::vector<const typename P::Condition*> conditions_by_depth(const P& process);
 
 // Nodes: the events by number (cut-offs have no arcs), then the conditions, then the turns. Arcs
@@ -27,7 +27,7 @@ std::vector<const typename P::Condition*> conditions_by_depth(const P& process);
 //
 // Each event lies between nodes of the two other kinds, so every cycle passes through one of those.
 struct CausalGraph {
-  template <Process P>
+  template <net::Process P>
   static CausalGraph of(const P& process);
 
   bool is_event(std::uint32_t node) const { return node < event_count; }
@@ -36,4 +36,4 @@ struct CausalGraph {
   Digraph forward, backward;
 };
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -5,7 +5,7 @@
 
 #include "configuration/implied_conflicts.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 template <class T>
@@ -17,52 +17,53 @@ void sort_unique(std::vector<T*>& list) {
 
 }  // namespace
 
-template <Process P>
-Lit event_lit(ConfigurationVars<P>& vars, const typename P::Event& event) {
+template <net::Process P>
+sat::Lit event_lit(ConfigurationVars<P>& vars, const typename P::Event& event) {
   assert(!event.is_cut_off() && "a cut-off is in no configuration");
-  LitCell& cell = vars.events[event];
-  if (cell.lit.is_uninit()) cell.lit = Lit(vars.formula.new_var(vars.no_branch), false);
+  sat::LitCell& cell = vars.events[event];
+  if (cell.lit.is_uninit()) cell.lit = sat::Lit(vars.formula.new_var(vars.no_branch), false);
   return cell.lit;
 }
 
-template <Process P>
-Lit produced_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
-                 ClauseGroup group, Polarity polarity) {
-  LitCell& cell = vars.produced[condition];
+template <net::Process P>
+sat::Lit produced_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
+                      sat::ClauseGroup group, sat::Polarity polarity) {
+  sat::LitCell& cell = vars.produced[condition];
   if (cell.serves(polarity)) return cell.lit;
-  if (condition.is_initial()) return cell.lit = LitTrue;
+  if (condition.is_initial()) return cell.lit = sat::LitTrue;
   const auto producers = condition.producers();
   if (producers.size() == 1) {
     const auto& producer = *producers.front();
-    return cell.lit = producer.is_cut_off() ? LitFalse : event_lit(vars, producer);
+    return cell.lit = producer.is_cut_off() ? sat::LitFalse : event_lit(vars, producer);
   }
-  Lits lits;
+  sat::Lits lits;
   for (const auto* event : producers) {
     if (!event->is_cut_off()) lits.push_back(event_lit(vars, *event));
   }
-  return vars.formula.define_gate(cell, GateType::GateOr, lits, group, polarity);
+  return vars.formula.define_gate(cell, sat::GateType::GateOr, lits, group, polarity);
 }
 
-template <Process P>
-Lit marked_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
-               ClauseGroup group, Polarity polarity) {
-  LitCell& cell = vars.marked[condition];
+template <net::Process P>
+sat::Lit marked_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
+                    sat::ClauseGroup group, sat::Polarity polarity) {
+  sat::LitCell& cell = vars.marked[condition];
   if (cell.serves(polarity)) return cell.lit;
-  Lits lits{produced_lit(vars, condition, group, polarity)};
+  sat::Lits lits{produced_lit(vars, condition, group, polarity)};
   for (const auto* event : condition.postset) {
     if (!event->is_cut_off()) lits.push_back(~event_lit(vars, *event));
   }
-  return vars.formula.define_gate(cell, GateType::GateAnd, lits, group, polarity);
+  return vars.formula.define_gate(cell, sat::GateType::GateAnd, lits, group, polarity);
 }
 
-template <Process P>
-Lit place_lit(ConfigurationVars<P>& vars, const typename P::NetType::Place& place,
-              std::span<const typename P::Condition* const> instances, ClauseGroup group) {
-  LitCell& cell = vars.places[place];
+template <net::Process P>
+sat::Lit place_lit(ConfigurationVars<P>& vars, const typename P::NetType::Place& place,
+                   std::span<const typename P::Condition* const> instances,
+                   sat::ClauseGroup group) {
+  sat::LitCell& cell = vars.places[place];
   assert((cell.lit.is_uninit() || cell.polarity == -1) && "one direction is all that is defined");
   if (!cell.lit.is_uninit()) return cell.lit;
-  cell = {Lit(vars.formula.new_var(false), false), -1};
-  Lits clause;
+  cell = {sat::Lit(vars.formula.new_var(false), false), -1};
+  sat::Lits clause;
   for (const auto* condition : instances) {
     clause.assign({cell.lit, ~produced_lit(vars, *condition, group, -1)});
     for (const auto* event : condition->postset) {
@@ -73,21 +74,21 @@ Lit place_lit(ConfigurationVars<P>& vars, const typename P::NetType::Place& plac
   return cell.lit;
 }
 
-template <Process P>
-void encode_causality(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void encode_causality(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group) {
   for (const auto& event : process.events) {
     if (event->is_cut_off()) continue;
-    const Lit lit = event_lit(vars, *event);
+    const sat::Lit lit = event_lit(vars, *event);
     for (const auto* condition : event->preset) {
       vars.formula.add_binary(~lit, produced_lit(vars, *condition, group, +1), group);
     }
   }
 }
 
-template <Process P>
-void encode_conflicts(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void encode_conflicts(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group) {
   const auto skip = skippable_conditions(process);
-  Lits consumers;
+  sat::Lits consumers;
   for (const auto& condition : process.conditions) {
     if (skip[*condition]) continue;
     consumers.clear();
@@ -98,11 +99,11 @@ void encode_conflicts(const P& process, ConfigurationVars<P>& vars, ClauseGroup 
   }
 }
 
-template <Process P>
-void encode_no_max_dummies(const P& process, ConfigurationVars<P>& vars, ClauseGroup group,
+template <net::Process P>
+void encode_no_max_dummies(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group,
                            const std::function<bool(const typename P::Event&)>& predicate) {
   std::vector<typename P::Event*> successors;
-  Lits clause;
+  sat::Lits clause;
   for (const auto& event : process.events) {
     if (event->is_cut_off() || !predicate(*event)) continue;
     successors.clear();
@@ -118,17 +119,19 @@ void encode_no_max_dummies(const P& process, ConfigurationVars<P>& vars, ClauseG
   }
 }
 
-#define INSTANTIATE(P)                                                                             \
-  template Lit event_lit<P>(ConfigurationVars<P>&, const P::Event&);                               \
-  template Lit produced_lit<P>(ConfigurationVars<P>&, const P::Condition&, ClauseGroup, Polarity); \
-  template Lit marked_lit<P>(ConfigurationVars<P>&, const P::Condition&, ClauseGroup, Polarity);   \
-  template Lit place_lit<P>(ConfigurationVars<P>&, const P::NetType::Place&,                       \
-                            std::span<const P::Condition* const>, ClauseGroup);                    \
-  template void encode_causality<P>(const P&, ConfigurationVars<P>&, ClauseGroup);                 \
-  template void encode_conflicts<P>(const P&, ConfigurationVars<P>&, ClauseGroup);                 \
-  template void encode_no_max_dummies<P>(const P&, ConfigurationVars<P>&, ClauseGroup,             \
+#define INSTANTIATE(P)                                                                            \
+  template sat::Lit event_lit<P>(ConfigurationVars<P>&, const P::Event&);                         \
+  template sat::Lit produced_lit<P>(ConfigurationVars<P>&, const P::Condition&, sat::ClauseGroup, \
+                                    sat::Polarity);                                               \
+  template sat::Lit marked_lit<P>(ConfigurationVars<P>&, const P::Condition&, sat::ClauseGroup,   \
+                                  sat::Polarity);                                                 \
+  template sat::Lit place_lit<P>(ConfigurationVars<P>&, const P::NetType::Place&,                 \
+                                 std::span<const P::Condition* const>, sat::ClauseGroup);         \
+  template void encode_causality<P>(const P&, ConfigurationVars<P>&, sat::ClauseGroup);           \
+  template void encode_conflicts<P>(const P&, ConfigurationVars<P>&, sat::ClauseGroup);           \
+  template void encode_no_max_dummies<P>(const P&, ConfigurationVars<P>&, sat::ClauseGroup,       \
                                          const std::function<bool(const P::Event&)>&);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -1,6 +1,6 @@
-// configuration/configuration_encoding.h - clauses whose models are the configurations of a process.
-// Here:      literals of events, conditions and places; causality, conflicts, maximal dummies.
-// Not here:  properties of the final state (reach/deadlock_encoding.h).
+// configuration/configuration_encoding.h - clauses whose models are the configurations of a
+// process. Here:      literals of events, conditions and places; causality, conflicts, maximal
+// dummies. Not here:  properties of the final state (reach/deadlock_encoding.h).
 //
 // A configuration is a set of events, cut-offs excluded, that contains the producers of what it
 // consumes and consumes nothing twice. Cut-off events never get a variable here.
@@ -10,40 +10,40 @@
 
 #include "configuration/configuration_vars.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
 // The literal of a non-cut-off event; a new variable at first use.
-template <Process P>
-Lit event_lit(ConfigurationVars<P>& vars, const typename P::Event& event);
+template <net::Process P>
+sat::Lit event_lit(ConfigurationVars<P>& vars, const typename P::Event& event);
 
 // True when a non-cut-off producer has fired, or when the condition is there from the start.
-template <Process P>
-Lit produced_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
-                 ClauseGroup group, Polarity polarity);
+template <net::Process P>
+sat::Lit produced_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
+                      sat::ClauseGroup group, sat::Polarity polarity);
 
 // True when the condition is in the final cut.
-template <Process P>
-Lit marked_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
-               ClauseGroup group, Polarity polarity);
+template <net::Process P>
+sat::Lit marked_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
+                    sat::ClauseGroup group, sat::Polarity polarity);
 
 // A literal that is true if one of the instances (conditions of the place) is in the final cut; the
 // other direction is not implied.
-template <Process P>
-Lit place_lit(ConfigurationVars<P>& vars, const typename P::NetType::Place& place,
-              std::span<const typename P::Condition* const> instances, ClauseGroup group);
+template <net::Process P>
+sat::Lit place_lit(ConfigurationVars<P>& vars, const typename P::NetType::Place& place,
+                   std::span<const typename P::Condition* const> instances, sat::ClauseGroup group);
 
 // An event needs the producers of its preset.
-template <Process P>
-void encode_causality(const P& process, ConfigurationVars<P>& vars, ClauseGroup group);
+template <net::Process P>
+void encode_causality(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group);
 
 // A condition is consumed at most once.
-template <Process P>
-void encode_conflicts(const P& process, ConfigurationVars<P>& vars, ClauseGroup group);
+template <net::Process P>
+void encode_conflicts(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group);
 
 // An event for which the predicate holds (a dummy) is not maximal: one of its direct successors
 // is in the configuration too. Cut-off successors do not count, as they are in no configuration.
-template <Process P>
-void encode_no_max_dummies(const P& process, ConfigurationVars<P>& vars, ClauseGroup group,
+template <net::Process P>
+void encode_no_max_dummies(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group,
                            const std::function<bool(const typename P::Event&)>& predicate);
 
-}  // namespace vorel
+}  // namespace vorel::configuration

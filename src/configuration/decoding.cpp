@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 // Calls the function with each direct successor inside the configuration; in a configuration at
@@ -20,25 +20,25 @@ void for_each_successor(const Event& event, const Inside& inside, Function funct
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 std::vector<const typename P::Event*> decode_events(const P& process,
                                                     const ConfigurationVars<P>& vars) {
   std::vector<const typename P::Event*> events;
   for (const auto& event : process.events) {
     if (event->is_cut_off()) continue;
-    const Lit lit = vars.events[*event].lit;
+    const sat::Lit lit = vars.events[*event].lit;
     if (!lit.is_uninit() && vars.formula.is_true(lit)) events.push_back(event.get());
   }
   return events;
 }
 
-template <Process P>
+template <net::Process P>
 std::vector<const typename P::Event*> firing_sequence(
     const P& process, std::span<const typename P::Event* const> events) {
   using Event = typename P::Event;
-  MarkSet<Event> inside(process.events.size());
+  base::MarkSet<Event> inside(process.events.size());
   for (const Event* event : events) inside.insert(*event);
-  IndexedBy<Event, std::uint32_t> waiting_for(process.events.size());
+  base::IndexedBy<Event, std::uint32_t> waiting_for(process.events.size());
   for (const Event* event : events) {
     for_each_successor(*event, inside, [&](const Event& next) { ++waiting_for[next]; });
   }
@@ -55,11 +55,11 @@ std::vector<const typename P::Event*> firing_sequence(
   return sequence;
 }
 
-template <Process P>
+template <net::Process P>
 std::vector<const typename P::Condition*> final_cut(
     const P& process, std::span<const typename P::Event* const> events) {
   using Condition = typename P::Condition;
-  MarkSet<Condition> consumed(process.conditions.size());
+  base::MarkSet<Condition> consumed(process.conditions.size());
   for (const auto* event : events) {
     for (const Condition* condition : event->preset) consumed.insert(*condition);
   }
@@ -69,7 +69,8 @@ std::vector<const typename P::Condition*> final_cut(
   }
   for (const auto* event : events) {
     for (const Condition* condition : event->postset) {
-      assert(condition->index != no_index && "only cut-offs have conditions without a number");
+      assert(condition->index != base::no_index &&
+             "only cut-offs have conditions without a number");
       if (!consumed.contains(*condition)) cut.push_back(condition);
     }
   }
@@ -85,4 +86,4 @@ std::vector<const typename P::Condition*> final_cut(
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::configuration

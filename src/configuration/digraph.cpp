@@ -4,7 +4,7 @@
 #include <limits>
 #include <numeric>
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 // Reached from no open node any more: its component has been reported.
@@ -76,4 +76,4 @@ void ComponentFinder::leave(const Found& found) {
   open_.erase(first, open_.end());
 }
 
-}  // namespace vorel
+}  // namespace vorel::configuration

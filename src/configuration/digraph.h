@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-namespace vorel {
+namespace vorel::configuration {
 
 struct Arc {
   std::uint32_t from = 0, to = 0;
@@ -60,4 +60,4 @@ class ComponentFinder {
   std::uint32_t entered_ = 0;
 };
 
-}  // namespace vorel
+}  // namespace vorel::configuration

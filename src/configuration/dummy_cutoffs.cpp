@@ -6,17 +6,17 @@
 
 #include "base/indexed_by.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
-using Event = StgPrefix::Event;
+using Event = net::StgPrefix::Event;
 
 bool is_dummy(const auto& event) { return event.transition->signal->is_dummy(); }
 
 // Walks through the pasts of cut-offs; a past is left at the first event that decides.
 class PastCheck {
  public:
-  explicit PastCheck(const StgPrefix& prefix)
+  explicit PastCheck(const net::StgPrefix& prefix)
       : seen_(prefix.events.size()), correspondents_(prefix.events.size()) {}
 
   bool is_harmless(const Event& cut_off) {
@@ -49,7 +49,7 @@ class PastCheck {
     return found;
   }
 
-  MarkSet<Event> seen_, correspondents_;
+  base::MarkSet<Event> seen_, correspondents_;
   std::vector<const Event*> past_;
 };
 
@@ -70,22 +70,22 @@ bool corresponds_to_dummy_end(const Event& cut_off) {
 
 }  // namespace
 
-bool has_edges_cut_at_dummies(const StgPrefix& prefix) {
+bool has_edges_cut_at_dummies(const net::StgPrefix& prefix) {
   return std::ranges::any_of(prefix.events, [](const auto& event) {
     return event->is_cut_off() && !is_dummy(*event) && corresponds_to_dummy_end(*event);
   });
 }
 
-bool has_dummy_cutoffs(const StgPrefix& prefix) {
+bool has_dummy_cutoffs(const net::StgPrefix& prefix) {
   PastCheck check(prefix);
   return std::ranges::any_of(prefix.events, [&check](const auto& event) {
     return event->is_cut_off() && is_dummy(*event) && !check.is_harmless(*event);
   });
 }
 
-bool has_dummy_cutoffs(const StgMergedProcess& process) {
+bool has_dummy_cutoffs(const net::StgMergedProcess& process) {
   return std::ranges::any_of(
       process.events, [](const auto& event) { return event->is_cut_off() && is_dummy(*event); });
 }
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -4,10 +4,10 @@
 #include <cassert>
 #include <iterator>
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
-using Event = StgPrefix::Event;
+using Event = net::StgPrefix::Event;
 
 bool is_dummy(const Event& event) { return event.transition->signal->is_dummy(); }
 
@@ -28,14 +28,14 @@ EventSet event_set(std::span<const Event* const> events) {
   return set;
 }
 
-std::vector<const Event*> events_of(const StgPrefix& prefix, const EventSet& set) {
+std::vector<const Event*> events_of(const net::StgPrefix& prefix, const EventSet& set) {
   std::vector<const Event*> events;
   events.reserve(set.size());
   for (const std::uint32_t number : set) events.push_back(prefix.events[number].get());
   return events;
 }
 
-std::vector<bool> membership(const StgPrefix& prefix, const EventSet& set) {
+std::vector<bool> membership(const net::StgPrefix& prefix, const EventSet& set) {
   std::vector<bool> inside(prefix.events.size());
   for (const std::uint32_t number : set) inside[number] = true;
   return inside;
@@ -63,7 +63,7 @@ EventSet symmetric_difference(const EventSet& a, const EventSet& b) {
   return result;
 }
 
-bool is_causally_closed(const StgPrefix& prefix, const EventSet& set) {
+bool is_causally_closed(const net::StgPrefix& prefix, const EventSet& set) {
   assert(std::ranges::is_sorted(set));
   return std::ranges::all_of(set, [&](std::uint32_t number) {
     return std::ranges::all_of(prefix.events[number]->preset, [&set](const auto* condition) {
@@ -73,12 +73,12 @@ bool is_causally_closed(const StgPrefix& prefix, const EventSet& set) {
   });
 }
 
-bool has_only_dummies(const StgPrefix& prefix, const EventSet& set) {
+bool has_only_dummies(const net::StgPrefix& prefix, const EventSet& set) {
   return std::ranges::all_of(
       set, [&prefix](std::uint32_t number) { return is_dummy(*prefix.events[number]); });
 }
 
-EventSet without_maximal_dummies(const StgPrefix& prefix, const EventSet& configuration) {
+EventSet without_maximal_dummies(const net::StgPrefix& prefix, const EventSet& configuration) {
   std::vector<bool> inside = membership(prefix, configuration);
   std::vector<const Event*> open;
   for (const std::uint32_t number : configuration) {
@@ -99,4 +99,4 @@ EventSet without_maximal_dummies(const StgPrefix& prefix, const EventSet& config
   return rest;
 }
 
-}  // namespace vorel
+}  // namespace vorel::configuration

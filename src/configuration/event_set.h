@@ -9,14 +9,15 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
 using EventSet = std::vector<std::uint32_t>;  // event numbers, ascending, each once
 
-EventSet event_set(std::span<const StgPrefix::Event* const> events);
-std::vector<const StgPrefix::Event*> events_of(const StgPrefix& prefix, const EventSet& set);
+EventSet event_set(std::span<const net::StgPrefix::Event* const> events);
+std::vector<const net::StgPrefix::Event*> events_of(const net::StgPrefix& prefix,
+                                                    const EventSet& set);
 // A flag per event of the prefix.
-std::vector<bool> membership(const StgPrefix& prefix, const EventSet& set);
+std::vector<bool> membership(const net::StgPrefix& prefix, const EventSet& set);
 
 bool includes(const EventSet& large, const EventSet& small);
 EventSet set_difference(const EventSet& a, const EventSet& b);
@@ -24,10 +25,10 @@ EventSet set_union(const EventSet& a, const EventSet& b);
 EventSet symmetric_difference(const EventSet& a, const EventSet& b);
 
 // The causal predecessors of each event are in the set.
-bool is_causally_closed(const StgPrefix& prefix, const EventSet& set);
-bool has_only_dummies(const StgPrefix& prefix, const EventSet& set);
+bool is_causally_closed(const net::StgPrefix& prefix, const EventSet& set);
+bool has_only_dummies(const net::StgPrefix& prefix, const EventSet& set);
 
 // The configuration without the dummies that no event of another signal in it needs.
-EventSet without_maximal_dummies(const StgPrefix& prefix, const EventSet& configuration);
+EventSet without_maximal_dummies(const net::StgPrefix& prefix, const EventSet& configuration);
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -6,10 +6,10 @@
 #include "base/messages.h"
 #include "configuration/decoding.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
-using Event = StgPrefix::Event;
+using Event = net::StgPrefix::Event;
 
 // Whether the event can fire after the configuration, perhaps after dummies: whatever it still
 // waits for is a dummy, and nothing that it or they consume is gone.
@@ -30,11 +30,11 @@ bool can_fire(const Event& event, const std::vector<bool>& inside) {
   return true;
 }
 
-std::string unsafe_message(const StgPrefix& prefix, const StgPlace& place,
+std::string unsafe_message(const net::StgPrefix& prefix, const net::StgPlace& place,
                            std::span<const Event* const> events) {
   std::string text = "the net is not safe, place " + place.name + "; trace:\n";
   std::string_view separator;
-  for (const Event* event : firing_sequence<StgPrefix>(prefix, events)) {
+  for (const Event* event : firing_sequence<net::StgPrefix>(prefix, events)) {
     text += separator;
     text += event->transition->name;
     separator = ", ";
@@ -44,7 +44,7 @@ std::string unsafe_message(const StgPrefix& prefix, const StgPlace& place,
 
 }  // namespace
 
-SignalEvents::SignalEvents(const StgPrefix& prefix) : first_(prefix.signals.size() + 1) {
+SignalEvents::SignalEvents(const net::StgPrefix& prefix) : first_(prefix.signals.size() + 1) {
   const auto is_visible = [](const auto& event) { return !event->transition->signal->is_dummy(); };
   for (const auto& event : prefix.events) {
     if (is_visible(event)) ++first_[event->transition->signal->index + 1];
@@ -68,7 +68,7 @@ std::vector<bool> FinalStates::code(const EventSet& configuration) const {
     values[i] = prefix_.signals[i]->initial_value == 1;
   }
   for (const std::uint32_t number : configuration) {
-    const Signal& signal = *prefix_.events[number]->transition->signal;
+    const net::Signal& signal = *prefix_.events[number]->transition->signal;
     if (!signal.is_dummy()) values[signal.index].flip();
   }
   return values;
@@ -97,14 +97,14 @@ std::optional<std::vector<std::uint32_t>> FinalStates::marking(
     const EventSet& configuration) const {
   const auto events = events_of(prefix_, configuration);
   std::vector<std::uint32_t> places;
-  for (const auto* condition : final_cut<StgPrefix>(prefix_, events)) {
+  for (const auto* condition : final_cut<net::StgPrefix>(prefix_, events)) {
     places.push_back(condition->place->index);
   }
   std::ranges::sort(places);
   const auto repeated = std::ranges::adjacent_find(places);
   if (repeated == places.end()) return places;
-  print_error(unsafe_message(prefix_, *prefix_.places[*repeated], events));
+  base::print_error(unsafe_message(prefix_, *prefix_.places[*repeated], events));
   return std::nullopt;
 }
 
-}  // namespace vorel
+}  // namespace vorel::configuration

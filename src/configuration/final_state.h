@@ -1,6 +1,6 @@
-// configuration/final_state.h - the state that a configuration ends in, worked out by looking at it.
-// Here:      its code, which signals are excited in it, its marking; no clauses.
-// Not here:  the same as literals (configuration/state_literals.h), which is checked against this.
+// configuration/final_state.h - the state that a configuration ends in, worked out by looking at
+// it. Here:      its code, which signals are excited in it, its marking; no clauses. Not here:  the
+// same as literals (configuration/state_literals.h), which is checked against this.
 //
 // A signal is excited when one of its events can fire, perhaps after dummies. Dummies that lie at
 // the end of a configuration are best left out of it: what is excited after them is excited before.
@@ -10,23 +10,23 @@
 
 #include "configuration/event_set.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
 // The events of each signal that is not a dummy, cut-offs included, as one flat list.
 class SignalEvents {
  public:
-  explicit SignalEvents(const StgPrefix& prefix);
-  std::span<const StgPrefix::Event* const> of(std::uint32_t signal) const;
+  explicit SignalEvents(const net::StgPrefix& prefix);
+  std::span<const net::StgPrefix::Event* const> of(std::uint32_t signal) const;
 
  private:
   std::vector<std::uint32_t> first_;  // by signal number, one more at the end
-  std::vector<const StgPrefix::Event*> events_;
+  std::vector<const net::StgPrefix::Event*> events_;
 };
 
 class FinalStates {
  public:
   // Both must outlive it.
-  FinalStates(const StgPrefix& prefix, const SignalEvents& events)
+  FinalStates(const net::StgPrefix& prefix, const SignalEvents& events)
       : prefix_{prefix}, events_{events} {}
 
   // The values of the signals that are not dummies, by number.
@@ -40,8 +40,8 @@ class FinalStates {
   std::optional<std::vector<std::uint32_t>> marking(const EventSet& configuration) const;
 
  private:
-  const StgPrefix& prefix_;
+  const net::StgPrefix& prefix_;
   const SignalEvents& events_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -7,18 +7,18 @@
 
 #include "configuration/sorted_links.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 // One direction of conflicts: a condition has rivals, a rival has resources.
-template <Process P>
+template <net::Process P>
 struct Forward {
   using Condition = typename P::Condition;
   using Event = typename P::Event;
   static std::span<Event* const> rivals(const Condition& condition) { return condition.postset; }
   static constexpr auto resources = &Event::preset;
 };
-template <Process P>
+template <net::Process P>
 struct Backward {
   using Condition = typename P::Condition;
   using Event = typename P::Event;
@@ -26,7 +26,7 @@ struct Backward {
   static constexpr auto resources = &Event::postset;
 };
 
-template <Process P, class Direction>
+template <net::Process P, class Direction>
 class ConflictCover {
  public:
   explicit ConflictCover(const P& process)
@@ -40,7 +40,7 @@ class ConflictCover {
     }
   }
 
-  IndexedBy<typename P::Condition, bool> run() && {
+  base::IndexedBy<typename P::Condition, bool> run() && {
     for (const auto& condition : process_.conditions) {
       if (!skip_[*condition])
         skip_[*condition] = rival_count_[*condition] < 2 || is_covered(*condition);
@@ -89,29 +89,30 @@ class ConflictCover {
 
   const P& process_;
   const SortedLinks<Event, Condition> resources_;
-  IndexedBy<Condition, bool> skip_;
-  IndexedBy<Condition, std::uint32_t> rival_count_;  // cut-offs left out
-  std::vector<const Condition*> covers_;             // scratch
+  base::IndexedBy<Condition, bool> skip_;
+  base::IndexedBy<Condition, std::uint32_t> rival_count_;  // cut-offs left out
+  std::vector<const Condition*> covers_;                   // scratch
 };
 
 }  // namespace
 
-template <Process P>
-IndexedBy<typename P::Condition, bool> skippable_conditions(const P& process) {
+template <net::Process P>
+base::IndexedBy<typename P::Condition, bool> skippable_conditions(const P& process) {
   return ConflictCover<P, Forward<P>>(process).run();
 }
 
-template <Process P>
-IndexedBy<typename P::Condition, bool> implied_backward_conflicts(const P& process) {
+template <net::Process P>
+base::IndexedBy<typename P::Condition, bool> implied_backward_conflicts(const P& process) {
   return ConflictCover<P, Backward<P>>(process).run();
 }
 
-#define INSTANTIATE(P) template IndexedBy<P::Condition, bool> skippable_conditions<P>(const P&);
+#define INSTANTIATE(P) \
+  template base::IndexedBy<P::Condition, bool> skippable_conditions<P>(const P&);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 #define INSTANTIATE(P) \
-  template IndexedBy<P::Condition, bool> implied_backward_conflicts<P>(const P&);
+  template base::IndexedBy<P::Condition, bool> implied_backward_conflicts<P>(const P&);
 VOREL_FOR_EACH_MERGED_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -7,12 +7,13 @@
 #include "configuration/configuration_encoding.h"
 #include "configuration/implied_conflicts.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
-template <Process P>
-void encode_backward_conflicts(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void encode_backward_conflicts(const P& process, ConfigurationVars<P>& vars,
+                               sat::ClauseGroup group) {
   const auto implied = implied_backward_conflicts(process);
-  Lits producers;
+  sat::Lits producers;
   for (const auto& condition : process.conditions) {
     if (implied[*condition]) continue;
     producers.clear();
@@ -23,8 +24,9 @@ void encode_backward_conflicts(const P& process, ConfigurationVars<P>& vars, Cla
   }
 }
 
-template <Process P>
-void encode_initial_conditions(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void encode_initial_conditions(const P& process, ConfigurationVars<P>& vars,
+                               sat::ClauseGroup group) {
   for (const auto& condition : process.conditions) {
     if (!condition->is_initial()) continue;
     for (const auto* event : condition->preset) {
@@ -35,19 +37,19 @@ void encode_initial_conditions(const P& process, ConfigurationVars<P>& vars, Cla
 
 // Both clauses say the same in a safe net, where a place is left before it is entered again; each
 // spares the solver a search where the other one does not propagate.
-template <Process P>
-void encode_no_gaps(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void encode_no_gaps(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group) {
   const auto conditions = conditions_by_depth(process);
-  Lits clause;
+  sat::Lits clause;
   for (std::size_t i = 1; i < conditions.size(); ++i) {
     const auto &earlier = *conditions[i - 1], &later = *conditions[i];
     if (earlier.place != later.place) continue;
     if (earlier.occurrence_depth == later.occurrence_depth) {
-      print_error(format_message("place %s has two conditions at occurrence depth %d",
-                                 later.place->name.c_str(), later.occurrence_depth));
+      base::print_error(base::format_message("place %s has two conditions at occurrence depth %d",
+                                             later.place->name.c_str(), later.occurrence_depth));
       return;
     }
-    const Lit entered_again = produced_lit(vars, later, group, -1);
+    const sat::Lit entered_again = produced_lit(vars, later, group, -1);
     vars.formula.add_binary(produced_lit(vars, earlier, group, +1), ~entered_again, group);
     clause.assign({~entered_again});
     for (const auto* event : earlier.postset) {
@@ -57,11 +59,11 @@ void encode_no_gaps(const P& process, ConfigurationVars<P>& vars, ClauseGroup gr
   }
 }
 
-#define INSTANTIATE(P)                                                                      \
-  template void encode_backward_conflicts<P>(const P&, ConfigurationVars<P>&, ClauseGroup); \
-  template void encode_initial_conditions<P>(const P&, ConfigurationVars<P>&, ClauseGroup); \
-  template void encode_no_gaps<P>(const P&, ConfigurationVars<P>&, ClauseGroup);
+#define INSTANTIATE(P)                                                                           \
+  template void encode_backward_conflicts<P>(const P&, ConfigurationVars<P>&, sat::ClauseGroup); \
+  template void encode_initial_conditions<P>(const P&, ConfigurationVars<P>&, sat::ClauseGroup); \
+  template void encode_no_gaps<P>(const P&, ConfigurationVars<P>&, sat::ClauseGroup);
 VOREL_FOR_EACH_MERGED_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -7,11 +7,11 @@
 #include "base/indexed_by.h"
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 // Goes depth first along the events of a set.
-template <Process P>
+template <net::Process P>
 class CycleSearch {
  public:
   using Event = typename P::Event;
@@ -56,13 +56,13 @@ class CycleSearch {
     path_.push_back(std::move(step));
   }
 
-  MarkSet<Event> inside_;
-  IndexedBy<Event, State> state_;
+  base::MarkSet<Event> inside_;
+  base::IndexedBy<Event, State> state_;
   std::vector<Step> path_;
 };
 
 // The depth of the latest occurrence of each place; 0 before the first.
-template <Process P>
+template <net::Process P>
 class DepthGame {
  public:
   explicit DepthGame(const P& process) : latest_(process.places.size(), 0) {
@@ -81,26 +81,26 @@ class DepthGame {
   }
 
  private:
-  IndexedBy<typename P::NetType::Place, std::int32_t> latest_;
+  base::IndexedBy<typename P::NetType::Place, std::int32_t> latest_;
 };
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 bool check_acyclic(const P& process, std::span<const typename P::Event* const> sequence) {
   CycleSearch<P> search(process, sequence);
   const bool has_cycle = std::ranges::any_of(
       sequence, [&search](const auto* event) { return search.finds_cycle_from(*event); });
-  if (has_cycle) print_error("acyclicity check failed");
+  if (has_cycle) base::print_error("acyclicity check failed");
   return !has_cycle;
 }
 
-template <Process P>
+template <net::Process P>
 bool check_no_gap(const P& process, std::span<const typename P::Event* const> sequence) {
   DepthGame<P> game(process);
   const bool has_no_gap =
       std::ranges::all_of(sequence, [&game](const auto* event) { return game.fire(*event); });
-  if (!has_no_gap) print_error("no-gap check failed");
+  if (!has_no_gap) base::print_error("no-gap check failed");
   return has_no_gap;
 }
 
@@ -110,4 +110,4 @@ bool check_no_gap(const P& process, std::span<const typename P::Event* const> se
 VOREL_FOR_EACH_MERGED_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -8,14 +8,14 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
 // No event of the sequence is among its own causes in the sequence.
-template <Process P>
+template <net::Process P>
 bool check_acyclic(const P& process, std::span<const typename P::Event* const> sequence);
 
 // Each event finds and leaves the occurrences of its places in the order of their depths.
-template <Process P>
+template <net::Process P>
 bool check_no_gap(const P& process, std::span<const typename P::Event* const> sequence);
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -15,17 +15,18 @@
 #include "sat/integer_circuit.h"
 #include "sat/least_cost.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
-template <Process P>
-SearchEngine<P>::SearchEngine(const P& process, const Params& params, VerdictMessages messages)
+template <net::Process P>
+SearchEngine<P>::SearchEngine(const P& process, const base::Params& params,
+                              results::VerdictMessages messages)
     : process_{process},
       params_{params},
       all_solutions_{params.get("all_solutions")},
       messages_{std::move(messages)},
-      formula_{CnfParams::of(params)} {}
+      formula_{sat::CnfParams::of(params)} {}
 
-template <Process P>
+template <net::Process P>
 void SearchEngine<P>::run() {
   if (all_solutions_ != 0) {
     search_all();
@@ -37,20 +38,20 @@ void SearchEngine<P>::run() {
   finish();
 }
 
-template <Process P>
+template <net::Process P>
 void SearchEngine<P>::report() const {
   const auto is_valid = [this](const auto& solution) { return validate(*solution); };
-  if (std::ranges::all_of(report_.solutions, is_valid)) deliver(report_, messages_);
+  if (std::ranges::all_of(report_.solutions, is_valid)) results::deliver(report_, messages_);
 }
 
-template <Process P>
+template <net::Process P>
 void SearchEngine<P>::print_statistics(std::ostream& stream) const {
   stream << '\n';
   formula_.print_size(stream);
 }
 
-template <Process P>
-void SearchEngine<P>::decode(Solution& solution) const {
+template <net::Process P>
+void SearchEngine<P>::decode(results::Solution& solution) const {
   solution.traces.clear();
   for (const auto& vars : configurations_) {
     const auto events = decode_events(process_, *vars);
@@ -60,9 +61,9 @@ void SearchEngine<P>::decode(Solution& solution) const {
   }
 }
 
-template <Process P>
-bool SearchEngine<P>::validate(const Solution& solution) const {
-  return std::ranges::all_of(solution.traces, [this](const Trace& trace) {
+template <net::Process P>
+bool SearchEngine<P>::validate(const results::Solution& solution) const {
+  return std::ranges::all_of(solution.traces, [this](const results::Trace& trace) {
     const auto events = events_of(process_, trace);
     if (!check_safe_run<P>(process_, events)) return false;
     if constexpr (P::is_merged) {
@@ -72,52 +73,53 @@ bool SearchEngine<P>::validate(const Solution& solution) const {
   });
 }
 
-template <Process P>
+template <net::Process P>
 void SearchEngine<P>::record_solution() {
   auto solution = new_solution();
   decode(*solution);
   add_solution(std::move(solution));
 }
 
-template <Process P>
-void SearchEngine<P>::add_solution(std::unique_ptr<Solution> solution) {
+template <net::Process P>
+void SearchEngine<P>::add_solution(std::unique_ptr<results::Solution> solution) {
   if (all_solutions_ == 0) report_.solutions.clear();
   report_.add(std::move(solution));
 }
 
-template <Process P>
-std::unique_ptr<Solution> SearchEngine<P>::new_solution() const {
-  return std::make_unique<Solution>(params_.get("output_configurations") != 0);
+template <net::Process P>
+std::unique_ptr<results::Solution> SearchEngine<P>::new_solution() const {
+  return std::make_unique<results::Solution>(params_.get("output_configurations") != 0);
 }
 
-template <Process P>
-Lits SearchEngine<P>::cost_bits(Polarity polarity) {
-  return IntegerCircuit(formula_).count_ones(solution_literals(), PermanentGroup, polarity);
+template <net::Process P>
+sat::Lits SearchEngine<P>::cost_bits(sat::Polarity polarity) {
+  return sat::IntegerCircuit(formula_).count_ones(solution_literals(), sat::PermanentGroup,
+                                                  polarity);
 }
 
-template <Process P>
-Lits SearchEngine<P>::solution_literals() const {
-  Lits lits;
+template <net::Process P>
+sat::Lits SearchEngine<P>::solution_literals() const {
+  sat::Lits lits;
   for (const auto& vars : configurations_) {
     for (const auto& event : process_.events) {
-      const Lit lit = vars->events[*event].lit;
+      const sat::Lit lit = vars->events[*event].lit;
       if (!event->is_cut_off() && lit.is_variable()) lits.push_back(lit);
     }
   }
   return lits;
 }
 
-template <Process P>
+template <net::Process P>
 bool SearchEngine<P>::solve() {
   do {
     if (P::is_merged && has_grown_) print_instance_size();
     has_grown_ = false;
-    if (!formula_.solve() || run_failed()) return false;
+    if (!formula_.solve() || base::run_failed()) return false;
   } while (refine());
   return true;
 }
 
-template <Process P>
+template <net::Process P>
 bool SearchEngine<P>::refine() {
   if constexpr (P::is_merged) {
     assert(acyclicity_.size() == configurations_.size());
@@ -128,67 +130,67 @@ bool SearchEngine<P>::refine() {
   return has_grown_;
 }
 
-template <Process P>
+template <net::Process P>
 void SearchEngine<P>::print_instance_size() const {
-  const SatSolver& solver = formula_.solver();
-  print_formatted(std::cerr, "\nInstance size: cl/vars/lits=%llu/%u/%llu...",
-                  static_cast<unsigned long long>(solver.num_clauses()), solver.num_vars(),
-                  static_cast<unsigned long long>(solver.num_literals()));
+  const sat::SatSolver& solver = formula_.solver();
+  base::print_formatted(std::cerr, "\nInstance size: cl/vars/lits=%llu/%u/%llu...",
+                        static_cast<unsigned long long>(solver.num_clauses()), solver.num_vars(),
+                        static_cast<unsigned long long>(solver.num_literals()));
 }
 
-template <Process P>
+template <net::Process P>
 bool SearchEngine<P>::search_one() {
-  encode(PermanentGroup);
-  if (run_failed() || !solve()) return false;
+  encode(sat::PermanentGroup);
+  if (base::run_failed() || !solve()) return false;
   record_solution();
   return true;
 }
 
-template <Process P>
+template <net::Process P>
 bool SearchEngine<P>::search_all() {
-  encode(PermanentGroup);
-  if (!run_failed()) {
+  encode(sat::PermanentGroup);
+  if (!base::run_failed()) {
     // -1 stands for all: as an unsigned number, the highest limit.
-    enumerate(
+    sat::enumerate(
         formula_, solution_literals(), formula_.group(0),
-        [this](const LiteralCube&) { record_solution(); },
+        [this](const sat::LiteralCube&) { record_solution(); },
         static_cast<std::uint32_t>(all_solutions_), [this] { return solve(); });
   }
   return !report_.solutions.empty();
 }
 
-template <Process P>
+template <net::Process P>
 bool SearchEngine<P>::search_least_cost() {
-  Lits bits;
+  sat::Lits bits;
   std::vector<bool> values;
-  if (!start_least_cost(bits, values) || run_failed()) return false;
-  const auto resolve = [this](std::span<const Lit> cost, std::vector<bool>& found) {
-    return resolve_cost(
+  if (!start_least_cost(bits, values) || base::run_failed()) return false;
+  const auto resolve = [this](std::span<const sat::Lit> cost, std::vector<bool>& found) {
+    return sat::resolve_cost(
         formula_, cost, found, [this] { record_solution(); }, [this] { return solve(); });
   };
-  minimise_cost(formula_, bits, values, resolve);
+  sat::minimise_cost(formula_, bits, values, resolve);
   return !report_.solutions.empty();
 }
 
-template <Process P>
-bool SearchEngine<P>::start_least_cost(Lits& bits, std::vector<bool>& values) {
+template <net::Process P>
+bool SearchEngine<P>::start_least_cost(sat::Lits& bits, std::vector<bool>& values) {
   if (!search_one()) return false;
   // The cost is added after the first model, so that only those pay who ask for it. Its gates need
   // the values of that model, which the events fix.
-  Lits current;
-  for (const Lit lit : solution_literals()) {
-    if (formula_.value(lit) == ModelValue::undefined) continue;
+  sat::Lits current;
+  for (const sat::Lit lit : solution_literals()) {
+    if (formula_.value(lit) == sat::ModelValue::undefined) continue;
     current.push_back(formula_.is_true(lit) ? lit : ~lit);
   }
-  bits = cost_bits(default_polarity);
+  bits = cost_bits(sat::default_polarity);
   formula_.add_units(current, false, formula_.group(2));
-  const bool resolved = resolve_cost(
+  const bool resolved = sat::resolve_cost(
       formula_, bits, values, [this] { record_solution(); }, [this] { return solve(); });
   formula_.renew_group(formula_.group(2));
   return resolved;
 }
 
-template <Process P>
+template <net::Process P>
 ConfigurationVars<P>& SearchEngine<P>::configuration(std::uint32_t i) {
   while (configurations_.size() <= i) {
     configurations_.push_back(std::make_unique<ConfigurationVars<P>>(process_, formula_));
@@ -196,8 +198,8 @@ ConfigurationVars<P>& SearchEngine<P>::configuration(std::uint32_t i) {
   return *configurations_[i];
 }
 
-template <Process P>
-void SearchEngine<P>::encode_configuration(ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void SearchEngine<P>::encode_configuration(ConfigurationVars<P>& vars, sat::ClauseGroup group) {
   encode_causality(process_, vars, group);
   encode_conflicts(process_, vars, group);
   if constexpr (P::is_merged) encode_merged_rules(vars, group);
@@ -208,8 +210,8 @@ void SearchEngine<P>::encode_configuration(ConfigurationVars<P>& vars, ClauseGro
   }
 }
 
-template <Process P>
-void SearchEngine<P>::encode_merged_rules(ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void SearchEngine<P>::encode_merged_rules(ConfigurationVars<P>& vars, sat::ClauseGroup group) {
   if constexpr (P::is_merged) {
     encode_initial_conditions(process_, vars, group);
     if (params_.get("backward_conflict_constraints") != 0) {
@@ -228,4 +230,4 @@ void SearchEngine<P>::encode_merged_rules(ConfigurationVars<P>& vars, ClauseGrou
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -4,8 +4,8 @@
 //            encodes (subclasses).
 // An engine is made for one run: run() once, then report() once. Every step that can fail is
 // followed by a test of the severity; a search that stopped has reported why.
-// On a merged process a model may still have causal cycles (configuration/acyclicity.h): whoever needs a
-// model asks solve(), not the formula.
+// On a merged process a model may still have causal cycles (configuration/acyclicity.h): whoever
+// needs a model asks solve(), not the formula.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +18,9 @@
 #include "configuration/configuration_vars.h"
 #include "results/report.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
-template <Process P>
+template <net::Process P>
 class SearchEngine {
  public:
   virtual ~SearchEngine() = default;
@@ -39,23 +39,23 @@ class SearchEngine {
   using Event = typename P::Event;
 
   // Keeps a reference to the process and a copy of the options.
-  SearchEngine(const P& process, const Params& params, VerdictMessages messages);
+  SearchEngine(const P& process, const base::Params& params, results::VerdictMessages messages);
 
   // Fills the solution from the current model, one trace per encoded configuration.
-  virtual void decode(Solution& solution) const;
+  virtual void decode(results::Solution& solution) const;
   // Replays a stored solution by means that do not depend on the formula.
-  virtual bool validate(const Solution& solution) const;
+  virtual bool validate(const results::Solution& solution) const;
   // Stores what the current model says.
   virtual void record_solution();
   // Outside a search for all solutions the new one replaces the last.
-  void add_solution(std::unique_ptr<Solution> solution);
-  virtual std::unique_ptr<Solution> new_solution() const;
+  void add_solution(std::unique_ptr<results::Solution> solution);
+  virtual std::unique_ptr<results::Solution> new_solution() const;
   // The cost as a binary number, least significant bit first: by default the number of events.
-  virtual Lits cost_bits(Polarity polarity);
+  virtual sat::Lits cost_bits(sat::Polarity polarity);
   // Builds the instance. Called once in each search.
-  virtual void encode(ClauseGroup group) = 0;
+  virtual void encode(sat::ClauseGroup group) = 0;
   // The literals that tell one solution from another: those of all events in all configurations.
-  virtual Lits solution_literals() const;
+  virtual sat::Lits solution_literals() const;
 
   // Solves until the model is one of configurations; tells the size of the instance of a merged
   // process whenever it has grown. False when there is none, and after a reported failure.
@@ -70,29 +70,29 @@ class SearchEngine {
   ConfigurationVars<P>& configuration(std::uint32_t i);
   // Causality, conflicts and, where the options ask for it, the rule on maximal dummies; on merged
   // processes also what only they need. Once for each of the engine's own configurations.
-  void encode_configuration(ConfigurationVars<P>& vars, ClauseGroup group);
+  void encode_configuration(ConfigurationVars<P>& vars, sat::ClauseGroup group);
   const P& process() const { return process_; }
-  Params& params() { return params_; }
-  CnfFormula& formula() { return formula_; }
-  const Report& found() const { return report_; }
+  base::Params& params() { return params_; }
+  sat::CnfFormula& formula() { return formula_; }
+  const results::Report& found() const { return report_; }
 
  private:
   // The first solution, its cost bits and their values in its own model.
-  bool start_least_cost(Lits& bits, std::vector<bool>& values);
-  void encode_merged_rules(ConfigurationVars<P>& vars, ClauseGroup group);
+  bool start_least_cost(sat::Lits& bits, std::vector<bool>& values);
+  void encode_merged_rules(ConfigurationVars<P>& vars, sat::ClauseGroup group);
   // True when the model had a cycle, and clauses were added.
   bool refine();
   void print_instance_size() const;
 
   const P& process_;
-  Params params_;
+  base::Params params_;
   std::int32_t all_solutions_;  // 0 one, -1 all, N at most about N
-  VerdictMessages messages_;
-  CnfFormula formula_;
+  results::VerdictMessages messages_;
+  sat::CnfFormula formula_;
   std::vector<std::unique_ptr<ConfigurationVars<P>>> configurations_;
   std::vector<std::unique_ptr<Acyclicity<P>>> acyclicity_;  // on merged processes: of each of them
   bool has_grown_ = true;  // the instance, since it was last solved
-  Report report_;
+  results::Report report_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -2,23 +2,24 @@
 
 #include "configuration/configuration_encoding.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
-bool is_dummy(const StgPrefix::Event& event) { return event.transition->signal->is_dummy(); }
+bool is_dummy(const net::StgPrefix::Event& event) { return event.transition->signal->is_dummy(); }
 
 }  // namespace
 
-StateFormula::StateFormula(const StateStructure& structure, const Params& params,
+StateFormula::StateFormula(const StateStructure& structure, const base::Params& params,
                            std::size_t states)
-    : structure_{structure}, formula_{CnfParams::of(params)} {
+    : structure_{structure}, formula_{sat::CnfParams::of(params)} {
   for (std::size_t i = 0; i < states; ++i) {
-    configurations_.push_back(std::make_unique<ConfigurationVars<StgPrefix>>(prefix(), formula_));
-    ConfigurationVars<StgPrefix>& vars = *configurations_.back();
-    encode_causality(prefix(), vars, PermanentGroup);
-    encode_conflicts(prefix(), vars, PermanentGroup);
+    configurations_.push_back(
+        std::make_unique<ConfigurationVars<net::StgPrefix>>(prefix(), formula_));
+    ConfigurationVars<net::StgPrefix>& vars = *configurations_.back();
+    encode_causality(prefix(), vars, sat::PermanentGroup);
+    encode_conflicts(prefix(), vars, sat::PermanentGroup);
     if (params.get("no_max_dummies") != 0) {
-      encode_no_max_dummies<StgPrefix>(prefix(), vars, PermanentGroup, is_dummy);
+      encode_no_max_dummies<net::StgPrefix>(prefix(), vars, sat::PermanentGroup, is_dummy);
     }
     literals_.push_back(std::make_unique<StateLiterals>(structure_, vars));
   }
@@ -26,14 +27,14 @@ StateFormula::StateFormula(const StateStructure& structure, const Params& params
 
 // A consistent signal that is excited is about to take the other value.
 void StateFormula::add_excited(std::size_t state, std::uint32_t signal, bool value,
-                               ClauseGroup group) {
+                               sat::ClauseGroup group) {
   formula_.add_unit(literals_[state]->excited(signal), group);
   formula_.add_unit(literals_[state]->code(signal) ^ value, group);
 }
 
 void StateFormula::add_not_excited(std::size_t state, std::uint32_t signal, bool value,
-                                   ClauseGroup group) {
-  const Lit already = literals_[state]->code(signal) ^ !value;
+                                   sat::ClauseGroup group) {
+  const sat::Lit already = literals_[state]->code(signal) ^ !value;
   formula_.add_binary(~literals_[state]->excited(signal), already, group);
 }
 
@@ -45,4 +46,4 @@ Region StateFormula::region(std::size_t state, std::uint32_t signal) {
   return is_high ? Region::stable_high : Region::stable_low;
 }
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -9,7 +9,7 @@
 #include "base/params.h"
 #include "configuration/state_literals.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
 // Where a signal stands in a state.
 enum class Region : std::uint8_t {
@@ -30,25 +30,25 @@ constexpr bool next_value(Region region) {
 class StateFormula {
  public:
   // Keeps references to the structure and its prefix.
-  StateFormula(const StateStructure& structure, const Params& params, std::size_t states);
+  StateFormula(const StateStructure& structure, const base::Params& params, std::size_t states);
 
-  CnfFormula& formula() { return formula_; }
-  const CnfFormula& formula() const { return formula_; }
+  sat::CnfFormula& formula() { return formula_; }
+  const sat::CnfFormula& formula() const { return formula_; }
   StateLiterals& state(std::size_t i) { return *literals_[i]; }
-  const StgPrefix& prefix() const { return structure_.prefix(); }
+  const net::StgPrefix& prefix() const { return structure_.prefix(); }
 
   // Clauses: the signal is excited and about to take the value; it is not.
-  void add_excited(std::size_t state, std::uint32_t signal, bool value, ClauseGroup group);
-  void add_not_excited(std::size_t state, std::uint32_t signal, bool value, ClauseGroup group);
+  void add_excited(std::size_t state, std::uint32_t signal, bool value, sat::ClauseGroup group);
+  void add_not_excited(std::size_t state, std::uint32_t signal, bool value, sat::ClauseGroup group);
 
   // In the current model; the literals have been asked for before the solve.
   Region region(std::size_t state, std::uint32_t signal);
 
  private:
   const StateStructure& structure_;
-  CnfFormula formula_;
-  std::vector<std::unique_ptr<ConfigurationVars<StgPrefix>>> configurations_;
+  sat::CnfFormula formula_;
+  std::vector<std::unique_ptr<ConfigurationVars<net::StgPrefix>>> configurations_;
   std::vector<std::unique_ptr<StateLiterals>> literals_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::configuration

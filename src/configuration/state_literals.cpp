@@ -6,13 +6,13 @@
 #include "net/causality.h"
 #include "net/edge_history.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 constexpr std::size_t max_listed = 32;
 
 // Its rivals are not listed: it has many, and is not produced by a dummy that may still fire.
-bool is_contested(const StgPrefix::Condition& condition) {
+bool is_contested(const net::StgPrefix::Condition& condition) {
   return condition.postset.size() > max_listed &&
          (condition.is_initial() || !condition.pre_event->transition->signal->is_dummy());
 }
@@ -25,21 +25,21 @@ void sort_unique(EventSet& set) {
 
 }  // namespace
 
-StateStructure::StateStructure(const StgPrefix& prefix)
+StateStructure::StateStructure(const net::StgPrefix& prefix)
     : prefix_{prefix},
       signal_events_(prefix),
       edges_before_(prefix.events.size()),
       has_ordered_edges_(prefix.signals.size(), true) {
   for (const auto& event : prefix.events) {
-    const StgTransition& transition = *event->transition;
-    if (transition.sign == Sign::toggle) has_ordered_edges_[transition.signal->index] = false;
+    const net::StgTransition& transition = *event->transition;
+    if (transition.sign == net::Sign::toggle) has_ordered_edges_[transition.signal->index] = false;
   }
   count_edges();
 }
 
 void StateStructure::count_edges() {
-  const auto order = topological_order(prefix_);
-  EdgeHistory history(prefix_, order);
+  const auto order = net::topological_order(prefix_);
+  net::EdgeHistory history(prefix_, order);
   while (history.visit_next_block()) continue;
   for (const Event* event : order) {
     if (!event->transition->signal->is_dummy())
@@ -89,91 +89,93 @@ StateStructure::Condition StateStructure::firing_condition(const Event& event) c
   return result;
 }
 
-StateLiterals::StateLiterals(const StateStructure& structure, ConfigurationVars<StgPrefix>& vars)
+StateLiterals::StateLiterals(const StateStructure& structure,
+                             ConfigurationVars<net::StgPrefix>& vars)
     : structure_{structure},
       vars_{vars},
       code_(structure.prefix().internals_end),
       excited_(code_.size()),
       next_(code_.size()) {}
 
-Lit StateLiterals::event(std::uint32_t number) {
+sat::Lit StateLiterals::event(std::uint32_t number) {
   return event_lit(vars_, *structure_.prefix().events[number]);
 }
 
-Lit StateLiterals::code(std::uint32_t signal) {
-  Lit& lit = code_[signal];
+sat::Lit StateLiterals::code(std::uint32_t signal) {
+  sat::Lit& lit = code_[signal];
   if (lit.is_uninit()) {
     lit = parity(signal) ^ (structure_.prefix().signals[signal]->initial_value == 1);
   }
   return lit;
 }
 
-Lit StateLiterals::parity(std::uint32_t signal) {
+sat::Lit StateLiterals::parity(std::uint32_t signal) {
   if (structure_.has_ordered_edges(signal)) return parity_of_ordered_edges(signal);
-  Lits edges;
+  sat::Lits edges;
   for (const auto* event : structure_.signal_events().of(signal)) {
     if (!event->is_cut_off()) edges.push_back(event_lit(vars_, *event));
   }
-  return vars_.formula.make_gate(Gate(GateXor, edges), PermanentGroup);
+  return vars_.formula.make_gate(sat::Gate(sat::GateXor, edges), sat::PermanentGroup);
 }
 
 // Of the first edges of a signal at most one is in a configuration, of the second ones at most one,
 // and so on; each only after one of those before. Conjunctions over them propagate better than a
 // sum modulo 2.
-Lit StateLiterals::parity_of_ordered_edges(std::uint32_t signal) {
-  std::vector<Lits> levels;
+sat::Lit StateLiterals::parity_of_ordered_edges(std::uint32_t signal) {
+  std::vector<sat::Lits> levels;
   for (const auto* event : structure_.signal_events().of(signal)) {
     if (event->is_cut_off()) continue;
     const std::uint32_t level = structure_.edges_before()[*event];
     if (levels.size() <= level) levels.resize(level + 1);
     levels[level].push_back(event_lit(vars_, *event));
   }
-  CnfFormula& formula = vars_.formula;
-  Lit odd = LitFalse;
+  sat::CnfFormula& formula = vars_.formula;
+  sat::Lit odd = sat::LitFalse;
   while (!levels.empty()) {
-    const Lit reached = formula.make_gate(Gate(GateOr, levels.back()), PermanentGroup);
-    odd = formula.make_gate(Gate(GateAnd, {reached, ~odd}), PermanentGroup);
+    const sat::Lit reached =
+        formula.make_gate(sat::Gate(sat::GateOr, levels.back()), sat::PermanentGroup);
+    odd = formula.make_gate(sat::Gate(sat::GateAnd, {reached, ~odd}), sat::PermanentGroup);
     levels.pop_back();
   }
   return odd;
 }
 
-Lit StateLiterals::can_fire(const StgPrefix::Event& fired) {
+sat::Lit StateLiterals::can_fire(const net::StgPrefix::Event& fired) {
   const auto condition = structure_.firing_condition(fired);
-  if (!condition.possible) return LitFalse;
-  Lits lits;
+  if (!condition.possible) return sat::LitFalse;
+  sat::Lits lits;
   for (const std::uint32_t number : condition.needed) lits.push_back(event(number));
   for (const std::uint32_t number : condition.excluding) lits.push_back(~event(number));
   for (const auto* contested : condition.marked) {
-    lits.push_back(marked_lit(vars_, *contested, PermanentGroup, default_polarity));
+    lits.push_back(marked_lit(vars_, *contested, sat::PermanentGroup, sat::default_polarity));
   }
-  return vars_.formula.make_gate(Gate(GateAnd, lits), PermanentGroup);
+  return vars_.formula.make_gate(sat::Gate(sat::GateAnd, lits), sat::PermanentGroup);
 }
 
-Lit StateLiterals::excited(std::uint32_t signal) {
-  Lit& lit = excited_[signal];
+sat::Lit StateLiterals::excited(std::uint32_t signal) {
+  sat::Lit& lit = excited_[signal];
   if (!lit.is_uninit()) return lit;
-  Lits lits;
+  sat::Lits lits;
   for (const auto* event : structure_.signal_events().of(signal)) lits.push_back(can_fire(*event));
-  return lit = vars_.formula.make_gate(Gate(GateOr, lits), PermanentGroup);
+  return lit = vars_.formula.make_gate(sat::Gate(sat::GateOr, lits), sat::PermanentGroup);
 }
 
-Lit StateLiterals::next_value(std::uint32_t signal) {
-  Lit& lit = next_[signal];
+sat::Lit StateLiterals::next_value(std::uint32_t signal) {
+  sat::Lit& lit = next_[signal];
   if (!lit.is_uninit()) return lit;
-  return lit = vars_.formula.make_gate(Gate(GateXor, {code(signal), excited(signal)}),
-                                       PermanentGroup);
+  return lit = vars_.formula.make_gate(sat::Gate(sat::GateXor, {code(signal), excited(signal)}),
+                                       sat::PermanentGroup);
 }
 
-Lit StateLiterals::marked(const StgPlace& place,
-                          std::span<const StgPrefix::Condition* const> instances) {
-  LitCell& cell = vars_.places[place];
+sat::Lit StateLiterals::marked(const net::StgPlace& place,
+                               std::span<const net::StgPrefix::Condition* const> instances) {
+  sat::LitCell& cell = vars_.places[place];
   if (!cell.lit.is_uninit()) return cell.lit;
-  Lits lits;
+  sat::Lits lits;
   for (const auto* condition : instances) {
-    lits.push_back(marked_lit(vars_, *condition, PermanentGroup, default_polarity));
+    lits.push_back(marked_lit(vars_, *condition, sat::PermanentGroup, sat::default_polarity));
   }
-  return vars_.formula.define_gate(cell, GateOr, lits, PermanentGroup);
+  return vars_.formula.define_gate(cell, sat::GateOr, lits, sat::PermanentGroup);
 }
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -4,23 +4,23 @@
 // All definitions go into the permanent group, in both directions, and are made once.
 #pragma once
 
-#include "configuration/final_state.h"
 #include "configuration/configuration_encoding.h"
+#include "configuration/final_state.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
 // What the literals of all configurations of a prefix have in common.
 class StateStructure {
  public:
-  using Event = StgPrefix::Event;
+  using Event = net::StgPrefix::Event;
 
-  explicit StateStructure(const StgPrefix& prefix);
+  explicit StateStructure(const net::StgPrefix& prefix);
 
-  const StgPrefix& prefix() const { return prefix_; }
+  const net::StgPrefix& prefix() const { return prefix_; }
   const SignalEvents& signal_events() const { return signal_events_; }
 
   // How many edges of its signal come before each event.
-  const IndexedBy<Event, std::uint32_t>& edges_before() const { return edges_before_; }
+  const base::IndexedBy<Event, std::uint32_t>& edges_before() const { return edges_before_; }
   // All edges of the signal have a sign, so that those of one configuration are totally ordered.
   bool has_ordered_edges(std::uint32_t signal) const { return has_ordered_edges_[signal]; }
   // In the whole prefix, which must be without conflicts, no two edges of a signal are concurrent.
@@ -32,40 +32,41 @@ class StateStructure {
   struct Condition {
     bool possible = true;  // false: it never can
     EventSet needed, excluding;
-    std::vector<const StgPrefix::Condition*> marked;
+    std::vector<const net::StgPrefix::Condition*> marked;
   };
   Condition firing_condition(const Event& event) const;
 
  private:
   void count_edges();
 
-  const StgPrefix& prefix_;
+  const net::StgPrefix& prefix_;
   const SignalEvents signal_events_;
-  IndexedBy<Event, std::uint32_t> edges_before_;
+  base::IndexedBy<Event, std::uint32_t> edges_before_;
   std::vector<bool> has_ordered_edges_;  // by signal number
 };
 
 class StateLiterals {
  public:
   // Both must outlive it.
-  StateLiterals(const StateStructure& structure, ConfigurationVars<StgPrefix>& vars);
+  StateLiterals(const StateStructure& structure, ConfigurationVars<net::StgPrefix>& vars);
 
   // By the number of a signal that is not a dummy.
-  Lit code(std::uint32_t signal);
-  Lit excited(std::uint32_t signal);
-  Lit next_value(std::uint32_t signal);
+  sat::Lit code(std::uint32_t signal);
+  sat::Lit excited(std::uint32_t signal);
+  sat::Lit next_value(std::uint32_t signal);
   // Whether some of the conditions (the instances of the place) is in the final cut.
-  Lit marked(const StgPlace& place, std::span<const StgPrefix::Condition* const> instances);
+  sat::Lit marked(const net::StgPlace& place,
+                  std::span<const net::StgPrefix::Condition* const> instances);
 
  private:
-  Lit parity(std::uint32_t signal);
-  Lit parity_of_ordered_edges(std::uint32_t signal);
-  Lit can_fire(const StgPrefix::Event& event);
-  Lit event(std::uint32_t number);
+  sat::Lit parity(std::uint32_t signal);
+  sat::Lit parity_of_ordered_edges(std::uint32_t signal);
+  sat::Lit can_fire(const net::StgPrefix::Event& event);
+  sat::Lit event(std::uint32_t number);
 
   const StateStructure& structure_;
-  ConfigurationVars<StgPrefix>& vars_;
-  std::vector<Lit> code_, excited_, next_;  // by signal number, LitUninit until asked for
+  ConfigurationVars<net::StgPrefix>& vars_;
+  std::vector<sat::Lit> code_, excited_, next_;  // by signal number, LitUninit until asked for
 };
 
-}  // namespace vorel
+}  // namespace vorel::configuration

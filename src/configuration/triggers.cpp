@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
-using Event = StgPrefix::Event;
+using Event = net::StgPrefix::Event;
 
 template <class Function>
 void for_each_producer(const Event& event, Function function) {
@@ -54,4 +54,4 @@ std::vector<const Event*> TriggerFinder::triggers_of(const Event& event) {
   return candidates_;
 }
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -4,24 +4,24 @@
 #include "base/indexed_by.h"
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
 // The triggers of an event are its maximal causal predecessors, with dummies looked through: those
 // from which no other event of a signal leads to it. A producer of its preset from which another
 // one does is no trigger: when it fires, the event still waits.
 class TriggerFinder {
  public:
-  explicit TriggerFinder(const StgPrefix& prefix) : seen_(prefix.events.size()) {}
+  explicit TriggerFinder(const net::StgPrefix& prefix) : seen_(prefix.events.size()) {}
 
   // Sorted by index.
-  std::vector<const StgPrefix::Event*> triggers_of(const StgPrefix::Event& event);
+  std::vector<const net::StgPrefix::Event*> triggers_of(const net::StgPrefix::Event& event);
 
  private:
-  void collect_candidates(const StgPrefix::Event& event);
+  void collect_candidates(const net::StgPrefix::Event& event);
   void mark_past_of_candidates();
 
-  MarkSet<StgPrefix::Event> seen_;
-  std::vector<const StgPrefix::Event*> open_, candidates_;  // scratch
+  base::MarkSet<net::StgPrefix::Event> seen_;
+  std::vector<const net::StgPrefix::Event*> open_, candidates_;  // scratch
 };
 
-}  // namespace vorel
+}  // namespace vorel::configuration

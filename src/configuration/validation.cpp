@@ -7,11 +7,11 @@
 #include "base/messages.h"
 #include "configuration/decoding.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 // The token game on the conditions of a process.
-template <Process P>
+template <net::Process P>
 class TokenGame {
  public:
   using Condition = typename P::Condition;
@@ -30,7 +30,8 @@ class TokenGame {
       marked_[*condition] = false;
     }
     for (const Condition* condition : event.postset) {
-      if (condition->index == no_index) continue;  // left out after a cut-off, so never consumed
+      if (condition->index == base::no_index)
+        continue;  // left out after a cut-off, so never consumed
       if (was_marked_[*condition]) return condition;
       mark(*condition);
     }
@@ -43,14 +44,14 @@ class TokenGame {
     was_marked_[condition] = true;
   }
 
-  IndexedBy<Condition, bool> marked_, was_marked_;
+  base::IndexedBy<Condition, bool> marked_, was_marked_;
 };
 
 // Whether the marking of the cut enables a transition that has events at all; in a merged process
 // it may have none at this cut.
-template <Process P>
+template <net::Process P>
 bool enables_transition(const P& process, std::span<const typename P::Condition* const> cut) {
-  IndexedBy<typename P::NetType::Place, bool> marked(process.places.size());
+  base::IndexedBy<typename P::NetType::Place, bool> marked(process.places.size());
   for (const auto* condition : cut) marked[*condition->place] = true;
   return std::ranges::any_of(process.events, [&marked](const auto& event) {
     return std::ranges::all_of(event->transition->preset,
@@ -60,30 +61,30 @@ bool enables_transition(const P& process, std::span<const typename P::Condition*
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 bool check_safe_run(const P& process, std::span<const typename P::Event* const> sequence) {
   TokenGame<P> game(process);
   for (const auto* event : sequence) {
     if (const auto* condition = game.fire(*event)) {
-      print_error("the safe run check failed on c" + std::to_string(condition->index));
+      base::print_error("the safe run check failed on c" + std::to_string(condition->index));
       return false;
     }
   }
   return true;
 }
 
-template <Process P>
+template <net::Process P>
 bool check_deadlock(const P& process, std::span<const typename P::Event* const> sequence) {
-  IndexedBy<typename P::Condition, bool> marked(process.conditions.size());
+  base::IndexedBy<typename P::Condition, bool> marked(process.conditions.size());
   const auto cut = final_cut(process, sequence);
   for (const auto* condition : cut) marked[*condition] = true;
   const bool enables_an_event = std::ranges::any_of(process.events, [&marked](const auto& event) {
     return std::ranges::all_of(event->preset, [&](const auto* condition) {
-      return condition->index != no_index && marked[*condition];
+      return condition->index != base::no_index && marked[*condition];
     });
   });
   const bool is_dead = !enables_an_event && !(P::is_merged && enables_transition<P>(process, cut));
-  if (!is_dead) print_error("deadlock check failed");
+  if (!is_dead) base::print_error("deadlock check failed");
   return is_dead;
 }
 
@@ -93,4 +94,4 @@ bool check_deadlock(const P& process, std::span<const typename P::Event* const> 
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -9,15 +9,15 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::configuration {
 
 // Each event finds its preset marked, and no condition is marked twice, not even one after another.
-template <Process P>
+template <net::Process P>
 bool check_safe_run(const P& process, std::span<const typename P::Event* const> sequence);
 
 // No event, cut-offs included, is enabled by the final cut of the sequence, and in a merged process
 // no transition by its marking.
-template <Process P>
+template <net::Process P>
 bool check_deadlock(const P& process, std::span<const typename P::Event* const> sequence);
 
-}  // namespace vorel
+}  // namespace vorel::configuration

@@ -1,19 +1,19 @@
 #include "conflicts/conflict_solution.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
 void ConflictSolution::print(std::ostream& stream) const {
-  Solution::print(stream);
-  if (signal_.empty() || !is_standard_output(stream)) return;
+  results::Solution::print(stream);
+  if (signal_.empty() || !results::is_standard_output(stream)) return;
   stream << "\nConflict for signal " << signal_ << '\n';
 }
 
-XmlNode* ConflictSolution::to_xml(XmlDocument& document) const {
-  XmlNode* element = Solution::to_xml(document);
+results::XmlNode* ConflictSolution::to_xml(results::XmlDocument& document) const {
+  results::XmlNode* element = results::Solution::to_xml(document);
   if (signal_.empty()) return element;
-  xml_attribute(document, *element, "signal", signal_);
-  xml_attribute(document, *element, "message", "CSC conflict for signal " + signal_);
+  results::xml_attribute(document, *element, "signal", signal_);
+  results::xml_attribute(document, *element, "message", "CSC conflict for signal " + signal_);
   return element;
 }
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -3,16 +3,16 @@
 
 #include "results/solution.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
-class ConflictSolution : public Solution {
+class ConflictSolution : public results::Solution {
  public:
   // `signal`: the name of the signal whose next values differ; empty for a conflict of markings.
   ConflictSolution(bool output_configurations, std::string signal)
-      : Solution(output_configurations), signal_{std::move(signal)} {}
+      : results::Solution(output_configurations), signal_{std::move(signal)} {}
 
   void print(std::ostream& stream) const override;
-  XmlNode* to_xml(XmlDocument& document) const override;
+  results::XmlNode* to_xml(results::XmlDocument& document) const override;
 
   const std::string& signal() const { return signal_; }
 
@@ -20,4 +20,4 @@ class ConflictSolution : public Solution {
   std::string signal_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

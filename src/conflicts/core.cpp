@@ -8,14 +8,14 @@
 #include "base/messages.h"
 #include "base/run_state.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 namespace {
 
 constexpr int verbosity_of_checks = 6;
 
 std::string text_of(const Core& core) {
   std::string text;
-  for (const EventSet* set : {&core.first, &core.second}) {
+  for (const configuration::EventSet* set : {&core.first, &core.second}) {
     text += text.empty() ? "{" : ", {";
     std::string_view separator;
     for (const std::uint32_t event : *set) {
@@ -31,7 +31,8 @@ std::string text_of(const Core& core) {
 // Takes a known core out of a candidate, the known one's sum being a part of the candidate's.
 class CoreSplit {
  public:
-  CoreSplit(const StgPrefix& prefix, const Core& candidate, const Core& known, const KeepCore& keep)
+  CoreSplit(const net::StgPrefix& prefix, const Core& candidate, const Core& known,
+            const KeepCore& keep)
       : prefix_{prefix}, candidate_{candidate}, known_{known}, keep_{keep} {}
 
   std::vector<Core> run() && {
@@ -55,17 +56,18 @@ class CoreSplit {
   }
 
   // The configuration without the known sum, if that is one.
-  bool remove_known(const EventSet& configuration, EventSet& rest) const {
-    rest = set_difference(configuration, known_.sum);
-    if (!is_causally_closed(prefix_, rest)) return false;
-    rest = without_maximal_dummies(prefix_, rest);
+  bool remove_known(const configuration::EventSet& configuration,
+                    configuration::EventSet& rest) const {
+    rest = configuration::set_difference(configuration, known_.sum);
+    if (!configuration::is_causally_closed(prefix_, rest)) return false;
+    rest = configuration::without_maximal_dummies(prefix_, rest);
     return true;
   }
 
   // The known core comes first or last in what the second configuration has more.
   void split_nested() {
-    EventSet part = set_union(candidate_.first, known_.sum);
-    if (is_causally_closed(prefix_, part)) {
+    configuration::EventSet part = configuration::set_union(candidate_.first, known_.sum);
+    if (configuration::is_causally_closed(prefix_, part)) {
       accept(Core(std::move(part), candidate_.second));
     } else if (remove_known(candidate_.second, part)) {
       accept(Core(candidate_.first, std::move(part)));
@@ -73,21 +75,21 @@ class CoreSplit {
   }
 
   void split_by_nested() {
-    const bool in_first = includes(candidate_.first, known_.sum);
-    if (!in_first && !includes(candidate_.second, known_.sum)) return;
-    EventSet rest;
+    const bool in_first = configuration::includes(candidate_.first, known_.sum);
+    if (!in_first && !configuration::includes(candidate_.second, known_.sum)) return;
+    configuration::EventSet rest;
     if (!remove_known(in_first ? candidate_.first : candidate_.second, rest)) return;
     accept(Core(std::move(rest), in_first ? candidate_.second : candidate_.first));
   }
 
   // Neither is nested: what the configuration loses may be a core by itself.
-  bool accept_without(const EventSet& configuration) {
-    EventSet rest;
+  bool accept_without(const configuration::EventSet& configuration) {
+    configuration::EventSet rest;
     return remove_known(configuration, rest) && rest != configuration &&
            accept(Core(std::move(rest), configuration));
   }
 
-  const StgPrefix& prefix_;
+  const net::StgPrefix& prefix_;
   const Core& candidate_;
   const Core& known_;
   const KeepCore& keep_;
@@ -96,24 +98,29 @@ class CoreSplit {
 
 }  // namespace
 
-Core::Core(EventSet one, EventSet other) : first{std::move(one)}, second{std::move(other)} {
+Core::Core(configuration::EventSet one, configuration::EventSet other)
+    : first{std::move(one)}, second{std::move(other)} {
   if (first.size() > second.size()) std::swap(first, second);
-  sum = symmetric_difference(first, second);
+  sum = configuration::symmetric_difference(first, second);
   nested = sum.size() == second.size() - first.size();
 }
 
-std::vector<Core> is_composite_due_to(const StgPrefix& prefix, const Core& candidate,
+std::vector<Core> is_composite_due_to(const net::StgPrefix& prefix, const Core& candidate,
                                       const Core& known, const KeepCore& keep) {
-  if (verbosity() >= verbosity_of_checks) {
-    print_formatted(std::cout, "\nChecking if the core\n%s\nis composite due to\n%s",
-                    text_of(candidate).c_str(), text_of(known).c_str());
+  if (base::verbosity() >= verbosity_of_checks) {
+    base::print_formatted(std::cout, "\nChecking if the core\n%s\nis composite due to\n%s",
+                          text_of(candidate).c_str(), text_of(known).c_str());
   }
-  if (candidate.sum.size() <= known.sum.size() || !includes(candidate.sum, known.sum)) return {};
-  if (has_only_dummies(prefix, set_difference(candidate.sum, known.sum))) return {};
+  if (candidate.sum.size() <= known.sum.size() ||
+      !configuration::includes(candidate.sum, known.sum))
+    return {};
+  if (configuration::has_only_dummies(prefix,
+                                      configuration::set_difference(candidate.sum, known.sum)))
+    return {};
   return CoreSplit(prefix, candidate, known, keep).run();
 }
 
-std::size_t EventSetHash::operator()(const EventSet& set) const {
+std::size_t EventSetHash::operator()(const configuration::EventSet& set) const {
   std::uint64_t hash = set.size();
   for (const std::uint32_t event : set) {
     hash = (hash ^ event) * 0x9E3779B97F4A7C15u;
@@ -167,4 +174,4 @@ std::vector<Core> MinimalCores::add(Core core) {
   return met;
 }
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -13,15 +13,15 @@
 
 #include "configuration/event_set.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
 struct Core {
   // The smaller configuration becomes the first; of two of one size, the one given first.
-  Core(EventSet one, EventSet other);
+  Core(configuration::EventSet one, configuration::EventSet other);
 
-  EventSet first, second;
-  EventSet sum;         // their symmetric difference; cores with one sum are one core
-  bool nested = false;  // the first is a subset of the second
+  configuration::EventSet first, second;
+  configuration::EventSet sum;  // their symmetric difference; cores with one sum are one core
+  bool nested = false;          // the first is a subset of the second
 };
 
 // Whether two configurations are a conflict of the kind that is looked for.
@@ -29,17 +29,18 @@ using KeepCore = std::function<bool(const Core&)>;
 
 // The smaller cores that are left of the candidate once the known core is taken out of it; none
 // when that does not leave configurations, or only dummies, or nothing that `keep` accepts.
-std::vector<Core> is_composite_due_to(const StgPrefix& prefix, const Core& candidate,
+std::vector<Core> is_composite_due_to(const net::StgPrefix& prefix, const Core& candidate,
                                       const Core& known, const KeepCore& keep);
 
 struct EventSetHash {
-  std::size_t operator()(const EventSet& set) const;
+  std::size_t operator()(const configuration::EventSet& set) const;
 };
 
 // Cores none of which is composite due to another, in the order of insertion.
 class MinimalCores {
  public:
-  MinimalCores(const StgPrefix& prefix, KeepCore keep) : prefix_{prefix}, keep_{std::move(keep)} {}
+  MinimalCores(const net::StgPrefix& prefix, KeepCore keep)
+      : prefix_{prefix}, keep_{std::move(keep)} {}
 
   // Takes a core as it stands; false if it was there.
   bool seed(Core core);
@@ -54,10 +55,11 @@ class MinimalCores {
   std::vector<Core> split_by_known(const Core& core) const;
   void take_out_composites_of(const Core& core, std::vector<Core>& pending);
 
-  const StgPrefix& prefix_;
+  const net::StgPrefix& prefix_;
   const KeepCore keep_;
   std::list<Core> cores_;
-  std::unordered_set<EventSet, EventSetHash> met_;  // the sums of all cores ever entered
+  std::unordered_set<configuration::EventSet, EventSetHash>
+      met_;  // the sums of all cores ever entered
 };
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::conflicts {
 namespace {
 
-using Event = StgPrefix::Event;
+using Event = net::StgPrefix::Event;
 
-void sort_unique(EventSet& set) {
+void sort_unique(configuration::EventSet& set) {
   std::ranges::sort(set);
   const auto repeated = std::ranges::unique(set);
   set.erase(repeated.begin(), repeated.end());
@@ -16,8 +16,10 @@ void sort_unique(EventSet& set) {
 
 // Direct neighbours are enough: two configurations that differ in an indirect one, with the core
 // between, differ in a direct one too.
-EventSet successors(const StgPrefix& prefix, const EventSet& side, const EventSet& sum) {
-  EventSet set;
+configuration::EventSet successors(const net::StgPrefix& prefix,
+                                   const configuration::EventSet& side,
+                                   const configuration::EventSet& sum) {
+  configuration::EventSet set;
   for (const std::uint32_t number : side) {
     for (const auto* condition : prefix.events[number]->postset) {
       for (const Event* next : condition->postset) {
@@ -26,44 +28,50 @@ EventSet successors(const StgPrefix& prefix, const EventSet& side, const EventSe
     }
   }
   sort_unique(set);
-  return set_difference(set, sum);
+  return configuration::set_difference(set, sum);
 }
 
-EventSet predecessors(const StgPrefix& prefix, const EventSet& side, const EventSet& sum) {
-  EventSet set;
+configuration::EventSet predecessors(const net::StgPrefix& prefix,
+                                     const configuration::EventSet& side,
+                                     const configuration::EventSet& sum) {
+  configuration::EventSet set;
   for (const std::uint32_t number : side) {
     for (const auto* condition : prefix.events[number]->preset) {
       if (!condition->is_initial()) set.push_back(condition->pre_event->index);
     }
   }
   sort_unique(set);
-  return set_difference(set, sum);
+  return configuration::set_difference(set, sum);
 }
 
 }  // namespace
 
-std::vector<BlockedPairs> pairs_explained_by(const StgPrefix& prefix, const Core& core,
+std::vector<BlockedPairs> pairs_explained_by(const net::StgPrefix& prefix, const Core& core,
                                              bool conflict_free) {
   assert(!core.sum.empty());
-  std::vector<EventSet> shared{{}};
-  for (const EventSet& side :
-       {set_difference(core.second, core.first), set_difference(core.first, core.second)}) {
-    std::vector<EventSet> neighbours{successors(prefix, side, core.sum)};
+  std::vector<configuration::EventSet> shared{{}};
+  for (const configuration::EventSet& side :
+       {configuration::set_difference(core.second, core.first),
+        configuration::set_difference(core.first, core.second)}) {
+    std::vector<configuration::EventSet> neighbours{successors(prefix, side, core.sum)};
     if (conflict_free) neighbours.push_back(predecessors(prefix, side, core.sum));
-    std::vector<EventSet> combinations;
-    for (const EventSet& one : shared) {
-      for (const EventSet& other : neighbours) combinations.push_back(set_union(one, other));
+    std::vector<configuration::EventSet> combinations;
+    for (const configuration::EventSet& one : shared) {
+      for (const configuration::EventSet& other : neighbours)
+        combinations.push_back(configuration::set_union(one, other));
     }
     shared = std::move(combinations);
   }
-  std::ranges::sort(shared, {}, &EventSet::size);  // a smaller set blocks more than one above it
+  std::ranges::sort(shared, {},
+                    &configuration::EventSet::size);  // a smaller set blocks more than one above it
   std::vector<BlockedPairs> blocked;
-  for (EventSet& set : shared) {
-    const bool is_implied = std::ranges::any_of(
-        blocked, [&set](const BlockedPairs& pairs) { return includes(set, pairs.shared); });
+  for (configuration::EventSet& set : shared) {
+    const bool is_implied = std::ranges::any_of(blocked, [&set](const BlockedPairs& pairs) {
+      return configuration::includes(set, pairs.shared);
+    });
     if (!is_implied) blocked.push_back({core.sum, std::move(set)});
   }
   return blocked;
 }
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

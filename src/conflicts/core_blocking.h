@@ -5,12 +5,12 @@
 
 #include "conflicts/core.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
 // Stands for all pairs that differ in every event of the one set and in none of the other.
 struct BlockedPairs {
-  EventSet different;
-  EventSet shared;
+  configuration::EventSet different;
+  configuration::EventSet shared;
 };
 
 // The pairs of configurations with equal codes that differ in the core and perhaps elsewhere, but
@@ -18,7 +18,7 @@ struct BlockedPairs {
 // else they differ in is a difference of its own, to be found by itself. With `conflict_free` (no
 // condition of the prefix has two consumers) the core can also be added to the configuration that
 // lacks it, for either side of the core: up to four sets of pairs.
-std::vector<BlockedPairs> pairs_explained_by(const StgPrefix& prefix, const Core& core,
+std::vector<BlockedPairs> pairs_explained_by(const net::StgPrefix& prefix, const Core& core,
                                              bool conflict_free);
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -5,16 +5,17 @@
 
 #include "conflicts/conflict_solution.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
-CscCheck::CscCheck(const StgPrefix& prefix, const Params& params, Warnings warnings)
+CscCheck::CscCheck(const net::StgPrefix& prefix, const base::Params& params, Warnings warnings)
     : ConflictCheck(prefix, params,
                     {"CSC conflict has been detected", "there are no CSC conflicts"}) {
   if (warnings == Warnings::given) warn_of_dummy_cutoffs();
 }
 
-bool CscCheck::is_conflict(const EventSet& one, const EventSet& other) const {
-  const FinalStates& states = final_states();
+bool CscCheck::is_conflict(const configuration::EventSet& one,
+                           const configuration::EventSet& other) const {
+  const configuration::FinalStates& states = final_states();
   return states.code(one) == states.code(other) &&
          states.excited_signals(one) != states.excited_signals(other);
 }
@@ -32,7 +33,7 @@ void CscCheck::add_any_difference() {
   add_any_of_differences(next_values_);
 }
 
-void CscCheck::add_candidate_difference(std::uint32_t candidate, ClauseGroup group) {
+void CscCheck::add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) {
   formula().add_unit(~first().next_value(candidate), group);
   formula().add_unit(second().next_value(candidate), group);
 }
@@ -47,19 +48,21 @@ std::uint32_t CscCheck::signal_of_model() const {
   return first_candidate() + static_cast<std::uint32_t>(found - next_values_.begin());
 }
 
-std::unique_ptr<Solution> CscCheck::solution_for(std::uint32_t signal) const {
+std::unique_ptr<results::Solution> CscCheck::solution_for(std::uint32_t signal) const {
   return std::make_unique<ConflictSolution>(output_configurations(),
                                             process().signals[signal]->name);
 }
 
-std::unique_ptr<Solution> CscCheck::new_solution() const { return solution_for(signal_of_model()); }
+std::unique_ptr<results::Solution> CscCheck::new_solution() const {
+  return solution_for(signal_of_model());
+}
 
 // Two sorted lists that differ first differ in a signal that only one of them has: the smaller one.
-std::unique_ptr<Solution> CscCheck::solution_of_pair(const Core& core) const {
-  const auto signals = symmetric_difference(final_states().excited_signals(core.first),
-                                            final_states().excited_signals(core.second));
+std::unique_ptr<results::Solution> CscCheck::solution_of_pair(const Core& core) const {
+  const auto signals = configuration::symmetric_difference(
+      final_states().excited_signals(core.first), final_states().excited_signals(core.second));
   assert(!signals.empty() && "the pair is in conflict");
   return with_traces(solution_for(signals.front()), core);
 }
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -4,13 +4,13 @@
 #include <cassert>
 
 #include "base/messages.h"
+#include "configuration/decoding.h"
 #include "conflicts/conflict_solution.h"
 #include "conflicts/csc_check.h"
-#include "configuration/decoding.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
-NormalcyCheck::NormalcyCheck(const StgPrefix& prefix, const Params& params)
+NormalcyCheck::NormalcyCheck(const net::StgPrefix& prefix, const base::Params& params)
     : ConflictCheck(prefix, params, {"normalcy is violated", "there are no normalcy violations"}),
       hypothesis_(prefix, final_states()),
       violation_(prefix.internals_end) {
@@ -20,45 +20,45 @@ NormalcyCheck::NormalcyCheck(const StgPrefix& prefix, const Params& params)
 
 void NormalcyCheck::add_code_constraint() {
   for (std::uint32_t signal = 0; signal < process().internals_end; ++signal) {
-    formula().add_binary(~first().code(signal), second().code(signal), PermanentGroup);
+    formula().add_binary(~first().code(signal), second().code(signal), sat::PermanentGroup);
   }
 }
 
 // The next value changes against the hypothesis while the code grows.
-Lit NormalcyCheck::violation(std::uint32_t signal) {
-  Lit& lit = violation_[signal];
+sat::Lit NormalcyCheck::violation(std::uint32_t signal) {
+  sat::Lit& lit = violation_[signal];
   if (!lit.is_uninit()) return lit;
   const bool is_p = hypothesis_.is_p(signal);
-  const Lits changes{first().next_value(signal) ^ !is_p, second().next_value(signal) ^ is_p};
-  return lit = formula().make_gate(Gate(GateAnd, changes), PermanentGroup);
+  const sat::Lits changes{first().next_value(signal) ^ !is_p, second().next_value(signal) ^ is_p};
+  return lit = formula().make_gate(sat::Gate(sat::GateAnd, changes), sat::PermanentGroup);
 }
 
 void NormalcyCheck::add_any_difference() {
-  Lits clause;
+  sat::Lits clause;
   for (std::uint32_t signal = first_candidate(); signal < end_candidate(); ++signal) {
     clause.push_back(violation(signal));
   }
-  formula().add_clause(clause, PermanentGroup);
+  formula().add_clause(clause, sat::PermanentGroup);
 }
 
-void NormalcyCheck::add_candidate_difference(std::uint32_t candidate, ClauseGroup group) {
+void NormalcyCheck::add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) {
   formula().add_unit(violation(candidate), group);
 }
 
 bool NormalcyCheck::search_one() {
-  if (run_failed()) return false;
+  if (base::run_failed()) return false;
   return record_hypothesis_violation() || ConflictCheck::search_one();
 }
 
 bool NormalcyCheck::search_all() {
-  if (run_failed()) return false;
+  if (base::run_failed()) return false;
   return record_hypothesis_violation() || ConflictCheck::search_all();
 }
 
 bool NormalcyCheck::search_least_cost() {
-  if (run_failed()) return false;
+  if (base::run_failed()) return false;
   if (record_hypothesis_violation() || record_csc_conflict()) return true;
-  return !run_failed() && ConflictCheck::search_least_cost();
+  return !base::run_failed() && ConflictCheck::search_least_cost();
 }
 
 std::unique_ptr<NormalcySolution> NormalcyCheck::make_solution(NormalcyViolation kind,
@@ -69,9 +69,10 @@ std::unique_ptr<NormalcySolution> NormalcyCheck::make_solution(NormalcyViolation
 
 void NormalcyCheck::add_evidence(NormalcySolution& solution,
                                  const TriggerEvidence& evidence) const {
-  const auto events = events_of(process(), evidence.local_configuration);
-  solution.add_evidence(trace_of<Event>(firing_sequence<StgPrefix>(process(), events)),
-                        trace_of<Event>(evidence.triggers));
+  const auto events = configuration::events_of(process(), evidence.local_configuration);
+  solution.add_evidence(configuration::trace_of<Event>(
+                            configuration::firing_sequence<net::StgPrefix>(process(), events)),
+                        configuration::trace_of<Event>(evidence.triggers));
 }
 
 bool NormalcyCheck::record_hypothesis_violation() {
@@ -92,7 +93,7 @@ bool NormalcyCheck::record_hypothesis_violation() {
 bool NormalcyCheck::record_csc_conflict() {
   CscCheck check(process(), params(), CscCheck::Warnings::left_out);
   check.run();
-  if (run_failed() || check.solutions().solutions.empty()) return false;
+  if (base::run_failed() || check.solutions().solutions.empty()) return false;
   const auto& conflict = static_cast<const ConflictSolution&>(*check.solutions().solutions.front());
   auto solution = std::make_unique<NormalcySolution>(
       output_configurations(), NormalcyViolation::csc_conflict, conflict.signal());
@@ -123,9 +124,10 @@ void NormalcyCheck::record_violation_of(std::uint32_t signal) {
     add_evidence(*solution, *(solution->first_not_p ? hypothesis_.same_sign()
                                                     : hypothesis_.opposite_sign())[signal]);
   }
-  for (const EventSet* set : {&one, &other}) {
-    const auto events = events_of(process(), *set);
-    solution->traces.push_back(trace_of<Event>(firing_sequence<StgPrefix>(process(), events)));
+  for (const configuration::EventSet* set : {&one, &other}) {
+    const auto events = configuration::events_of(process(), *set);
+    solution->traces.push_back(configuration::trace_of<Event>(
+        configuration::firing_sequence<net::StgPrefix>(process(), events)));
   }
   add_solution(std::move(solution));
 }
@@ -140,14 +142,14 @@ void NormalcyCheck::record_and_block() {
     block(core, round_group());
     return;
   }
-  Lits other_violations;
+  sat::Lits other_violations;
   for (std::uint32_t signal = first_candidate(); signal < end_candidate(); ++signal) {
     if (!std::ranges::binary_search(signals, signal)) other_violations.push_back(violation(signal));
   }
-  block(core, PermanentGroup, other_violations);
+  block(core, sat::PermanentGroup, other_violations);
 }
 
-std::unique_ptr<Solution> NormalcyCheck::solution_of_pair(const Core&) const {
+std::unique_ptr<results::Solution> NormalcyCheck::solution_of_pair(const Core&) const {
   assert(false && "solutions are made from models");
   return nullptr;
 }
@@ -157,8 +159,10 @@ bool NormalcyCheck::shows_violation(const NormalcySolution& solution) const {
       solution.kind() != NormalcyViolation::other)
     return true;  // what triggers show has been seen in the states themselves
   const std::size_t last = solution.traces.size() - 1;
-  const EventSet one = event_set(vorel::events_of<StgPrefix>(process(), solution.traces[last - 1]));
-  const EventSet other = event_set(vorel::events_of<StgPrefix>(process(), solution.traces[last]));
+  const configuration::EventSet one = configuration::event_set(
+      configuration::events_of<net::StgPrefix>(process(), solution.traces[last - 1]));
+  const configuration::EventSet other = configuration::event_set(
+      configuration::events_of<net::StgPrefix>(process(), solution.traces[last]));
   const auto code = final_states().code(one), other_code = final_states().code(other);
   const auto signal = std::ranges::find(
       process().signals, solution.signal(), [](const auto& s) -> const auto& { return s->name; });
@@ -169,11 +173,11 @@ bool NormalcyCheck::shows_violation(const NormalcySolution& solution) const {
   return next == solution.first_not_p && std::ranges::equal(code, other_code, std::less_equal{});
 }
 
-bool NormalcyCheck::validate(const Solution& solution) const {
-  if (!SearchEngine<StgPrefix>::validate(solution)) return false;
+bool NormalcyCheck::validate(const results::Solution& solution) const {
+  if (!configuration::SearchEngine<net::StgPrefix>::validate(solution)) return false;
   if (shows_violation(static_cast<const NormalcySolution&>(solution))) return true;
-  print_error("conflict check failed");
+  base::print_error("conflict check failed");
   return false;
 }
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -10,15 +10,17 @@
 #include "conflicts/conflict_check.h"
 #include "conflicts/normalcy_solution.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
 class NormalcyCheck : public ConflictCheck {
  public:
   // Reports an error when there is no hypothesis; then nothing is searched.
-  NormalcyCheck(const StgPrefix& prefix, const Params& params);
+  NormalcyCheck(const net::StgPrefix& prefix, const base::Params& params);
 
   // Violations do not compose: no pair explains another.
-  bool is_conflict(const EventSet&, const EventSet&) const override { return false; }
+  bool is_conflict(const configuration::EventSet&, const configuration::EventSet&) const override {
+    return false;
+  }
 
  protected:
   // The codes of the pair are ordered, so it cannot be turned round.
@@ -27,7 +29,7 @@ class NormalcyCheck : public ConflictCheck {
   void add_any_difference() override;
   std::uint32_t first_candidate() const override { return process().inputs_end; }
   std::uint32_t end_candidate() const override { return process().internals_end; }
-  void add_candidate_difference(std::uint32_t candidate, ClauseGroup group) override;
+  void add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) override;
 
   bool search_one() override;
   bool search_all() override;
@@ -35,8 +37,8 @@ class NormalcyCheck : public ConflictCheck {
   void record_solution() override;
   void record_and_block() override;
   void make_all_solutions() override {}
-  std::unique_ptr<Solution> solution_of_pair(const Core& core) const override;
-  bool validate(const Solution& solution) const override;
+  std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const override;
+  bool validate(const results::Solution& solution) const override;
 
  private:
   bool record_hypothesis_violation();
@@ -47,11 +49,11 @@ class NormalcyCheck : public ConflictCheck {
   // The signals of which the current model shows a violation: of method 2, the candidate.
   std::vector<std::uint32_t> signals_of_model();
   void record_violation_of(std::uint32_t signal);
-  Lit violation(std::uint32_t signal);
+  sat::Lit violation(std::uint32_t signal);
   bool shows_violation(const NormalcySolution& solution) const;
 
   NormalcyHypothesis hypothesis_;
-  std::vector<Lit> violation_;  // by signal number, LitUninit until asked for
+  std::vector<sat::Lit> violation_;  // by signal number, LitUninit until asked for
 };
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -8,7 +8,7 @@
 #include "base/messages.h"
 #include "net/causality.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 namespace {
 
 bool is_known_by(const std::optional<TriggerEvidence>& evidence, std::size_t size) {
@@ -17,7 +17,8 @@ bool is_known_by(const std::optional<TriggerEvidence>& evidence, std::size_t siz
 
 }  // namespace
 
-NormalcyHypothesis::NormalcyHypothesis(const StgPrefix& prefix, const FinalStates& states)
+NormalcyHypothesis::NormalcyHypothesis(const net::StgPrefix& prefix,
+                                       const configuration::FinalStates& states)
     : prefix_{prefix},
       states_{states},
       finder_(prefix),
@@ -27,14 +28,14 @@ NormalcyHypothesis::NormalcyHypothesis(const StgPrefix& prefix, const FinalState
 
 bool NormalcyHypothesis::make() {
   for (const auto& event : prefix_.events) {
-    const SignalKind kind = event->transition->signal->kind;
-    if (kind == SignalKind::output || kind == SignalKind::internal) visit(*event);
+    const net::SignalKind kind = event->transition->signal->kind;
+    if (kind == net::SignalKind::output || kind == net::SignalKind::internal) visit(*event);
   }
   for (std::uint32_t signal = prefix_.inputs_end; signal < prefix_.internals_end; ++signal) {
     if (mixed_[signal] || same_sign_[signal] || opposite_sign_[signal]) continue;
     violation_signal_ = signal;
-    print_error("cannot make a hyphothesis about the normalcy type of " +
-                prefix_.signals[signal]->name);
+    base::print_error("cannot make a hyphothesis about the normalcy type of " +
+                      prefix_.signals[signal]->name);
     return false;
   }
   find_violation();
@@ -45,11 +46,11 @@ bool NormalcyHypothesis::adds_nothing(const Event& event, std::span<const Event*
                                       std::size_t size) const {
   const std::uint32_t signal = event.transition->signal->index;
   if (is_known_by(mixed_[signal], size)) return true;
-  const Sign sign = event.transition->sign;
-  const Sign first = triggers.front()->transition->sign;
+  const net::Sign sign = event.transition->sign;
+  const net::Sign first = triggers.front()->transition->sign;
   const bool agree = std::ranges::all_of(
       triggers, [first](const Event* trigger) { return trigger->transition->sign == first; });
-  if (!agree || sign == Sign::toggle || first == Sign::toggle) return false;
+  if (!agree || sign == net::Sign::toggle || first == net::Sign::toggle) return false;
   return is_known_by(first == sign ? same_sign_[signal] : opposite_sign_[signal], size);
 }
 
@@ -57,8 +58,8 @@ void NormalcyHypothesis::visit(const Event& event) {
   const auto triggers = finder_.triggers_of(event);
   if (triggers.empty()) return;
   const std::array<Event*, 1> last{prefix_.events[event.index].get()};
-  EventSet local;
-  for (const Event* past : causal_past<Stg>(prefix_, last)) local.push_back(past->index);
+  configuration::EventSet local;
+  for (const Event* past : net::causal_past<net::Stg>(prefix_, last)) local.push_back(past->index);
   if (adds_nothing(event, triggers, local.size())) return;
   const auto genuine = genuine_triggers(event, local, triggers);
   if (genuine.empty()) return;
@@ -73,14 +74,16 @@ void NormalcyHypothesis::visit(const Event& event) {
 }
 
 std::vector<NormalcyHypothesis::Trigger> NormalcyHypothesis::genuine_triggers(
-    const Event& event, const EventSet& local_configuration,
+    const Event& event, const configuration::EventSet& local_configuration,
     std::span<const Event* const> triggers) const {
   const std::uint32_t signal = event.transition->signal->index;
-  const EventSet past = set_difference(local_configuration, {event.index});
-  const bool next_after = states_.next_value(signal, without_maximal_dummies(prefix_, past));
+  const configuration::EventSet past =
+      configuration::set_difference(local_configuration, {event.index});
+  const bool next_after =
+      states_.next_value(signal, configuration::without_maximal_dummies(prefix_, past));
   std::vector<Trigger> genuine;
   for (const Event* trigger : triggers) {
-    const EventSet before = without_trigger(past, *trigger);
+    const configuration::EventSet before = without_trigger(past, *trigger);
     if (states_.next_value(signal, before) == next_after) continue;
     const bool rises = !states_.code(before)[trigger->transition->signal->index];
     genuine.push_back({trigger, rises == next_after});
@@ -89,9 +92,9 @@ std::vector<NormalcyHypothesis::Trigger> NormalcyHypothesis::genuine_triggers(
 }
 
 // Nothing but dummies comes after a trigger. They go with it, and so do those that end the rest.
-EventSet NormalcyHypothesis::without_trigger(const EventSet& configuration,
-                                             const Event& trigger) const {
-  std::vector<bool> inside = membership(prefix_, configuration);
+configuration::EventSet NormalcyHypothesis::without_trigger(
+    const configuration::EventSet& configuration, const Event& trigger) const {
+  std::vector<bool> inside = configuration::membership(prefix_, configuration);
   std::vector<const Event*> removed{&trigger};
   inside[trigger.index] = false;
   for (std::size_t i = 0; i < removed.size(); ++i) {
@@ -104,10 +107,10 @@ EventSet NormalcyHypothesis::without_trigger(const EventSet& configuration,
       }
     }
   }
-  EventSet rest;
+  configuration::EventSet rest;
   std::ranges::copy_if(configuration, std::back_inserter(rest),
                        [&inside](std::uint32_t number) { return inside[number]; });
-  return without_maximal_dummies(prefix_, rest);
+  return configuration::without_maximal_dummies(prefix_, rest);
 }
 
 void NormalcyHypothesis::find_violation() {
@@ -132,4 +135,4 @@ void NormalcyHypothesis::find_violation() {
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

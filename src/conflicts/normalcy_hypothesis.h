@@ -13,12 +13,12 @@
 #include "configuration/final_state.h"
 #include "configuration/triggers.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
 struct TriggerEvidence {
-  const StgPrefix::Event* event = nullptr;
-  EventSet local_configuration;                   // of the event, the event included
-  std::vector<const StgPrefix::Event*> triggers;  // those that are evidence
+  const net::StgPrefix::Event* event = nullptr;
+  configuration::EventSet local_configuration;         // of the event, the event included
+  std::vector<const net::StgPrefix::Event*> triggers;  // those that are evidence
 };
 
 // By signal number; for each signal the evidence with the smallest local configuration.
@@ -35,7 +35,7 @@ enum class NormalcyViolation : std::uint8_t {
 class NormalcyHypothesis {
  public:
   // Both must outlive it.
-  NormalcyHypothesis(const StgPrefix& prefix, const FinalStates& states);
+  NormalcyHypothesis(const net::StgPrefix& prefix, const configuration::FinalStates& states);
 
   // False after the error that there is no evidence for some output or internal signal.
   bool make();
@@ -50,7 +50,7 @@ class NormalcyHypothesis {
   const EvidenceTable& opposite_sign() const { return opposite_sign_; }  // not p-normal
 
  private:
-  using Event = StgPrefix::Event;
+  using Event = net::StgPrefix::Event;
   struct Trigger {
     const Event* event;
     bool same_sign;
@@ -60,17 +60,19 @@ class NormalcyHypothesis {
   // Without walking through configurations: nothing can be learnt that is not known already.
   bool adds_nothing(const Event& event, std::span<const Event* const> triggers,
                     std::size_t size) const;
-  std::vector<Trigger> genuine_triggers(const Event& event, const EventSet& local_configuration,
+  std::vector<Trigger> genuine_triggers(const Event& event,
+                                        const configuration::EventSet& local_configuration,
                                         std::span<const Event* const> triggers) const;
-  EventSet without_trigger(const EventSet& configuration, const Event& trigger) const;
+  configuration::EventSet without_trigger(const configuration::EventSet& configuration,
+                                          const Event& trigger) const;
   void find_violation();
 
-  const StgPrefix& prefix_;
-  const FinalStates& states_;
-  TriggerFinder finder_;
+  const net::StgPrefix& prefix_;
+  const configuration::FinalStates& states_;
+  configuration::TriggerFinder finder_;
   EvidenceTable mixed_, same_sign_, opposite_sign_;
   NormalcyViolation violation_ = NormalcyViolation::none;
-  std::uint32_t violation_signal_ = no_index;
+  std::uint32_t violation_signal_ = base::no_index;
 };
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

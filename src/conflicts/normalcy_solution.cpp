@@ -2,7 +2,7 @@
 
 #include <cassert>
 
-namespace vorel {
+namespace vorel::conflicts {
 namespace {
 
 struct KindText {
@@ -30,7 +30,7 @@ const KindText& text_of(NormalcyViolation kind) {
 
 }  // namespace
 
-void NormalcySolution::add_evidence(Trace trace, Trace triggers) {
+void NormalcySolution::add_evidence(results::Trace trace, results::Trace triggers) {
   assert(traces.size() == triggers_.size());
   traces.push_back(std::move(trace));
   triggers_.push_back(std::move(triggers));
@@ -43,8 +43,8 @@ void NormalcySolution::print_below_trace(std::ostream& stream, std::size_t trace
 }
 
 void NormalcySolution::print(std::ostream& stream) const {
-  Solution::print(stream);
-  if (!is_standard_output(stream)) return;
+  results::Solution::print(stream);
+  if (!results::is_standard_output(stream)) return;
   const KindText& text = text_of(kind_);
   stream << '\n' << text.start << signal_ << text.printed_end;
   if (kind_ != NormalcyViolation::other) return;
@@ -64,22 +64,22 @@ std::string NormalcySolution::message() const {
   return message;
 }
 
-XmlNode* NormalcySolution::to_xml(XmlDocument& document) const {
+results::XmlNode* NormalcySolution::to_xml(results::XmlDocument& document) const {
   const bool by_triggers_alone = kind_ == NormalcyViolation::mixed_triggers ||
                                  kind_ == NormalcyViolation::contradictory_hypotheses;
-  XmlNode* element = xml_element(document, "solution");
-  xml_attribute(document, *element, "signal", signal_);
-  xml_attribute(document, *element, "cost", cost());
-  xml_attribute(document, *element, "reason", text_of(kind_).reason);
-  xml_attribute(document, *element, "normalcy_type_hypothesis",
-                by_triggers_alone ? "?" : (first_not_p ? "n" : "p"));
-  xml_attribute(document, *element, "message", message());
+  results::XmlNode* element = results::xml_element(document, "solution");
+  results::xml_attribute(document, *element, "signal", signal_);
+  results::xml_attribute(document, *element, "cost", cost());
+  results::xml_attribute(document, *element, "reason", text_of(kind_).reason);
+  results::xml_attribute(document, *element, "normalcy_type_hypothesis",
+                         by_triggers_alone ? "?" : (first_not_p ? "n" : "p"));
+  results::xml_attribute(document, *element, "message", message());
   for (std::size_t i = 0; i < traces.size(); ++i) {
-    element->append_node(trace_to_xml(document, traces[i]));
+    element->append_node(results::trace_to_xml(document, traces[i]));
     if (i < triggers_.size())
-      element->append_node(trace_to_xml(document, triggers_[i], "triggers"));
+      element->append_node(results::trace_to_xml(document, triggers_[i], "triggers"));
   }
   return element;
 }
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

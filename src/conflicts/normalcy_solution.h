@@ -4,23 +4,23 @@
 #include "conflicts/normalcy_hypothesis.h"
 #include "results/solution.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
-class NormalcySolution : public Solution {
+class NormalcySolution : public results::Solution {
  public:
   NormalcySolution(bool output_configurations, NormalcyViolation kind, std::string signal)
-      : Solution(output_configurations), kind_{kind}, signal_{std::move(signal)} {}
+      : results::Solution(output_configurations), kind_{kind}, signal_{std::move(signal)} {}
 
   void print(std::ostream& stream) const override;
   // The attributes and children of this kind of solution, which are not those of the base.
-  XmlNode* to_xml(XmlDocument& document) const override;
+  results::XmlNode* to_xml(results::XmlDocument& document) const override;
 
   NormalcyViolation kind() const { return kind_; }
   const std::string& signal() const { return signal_; }
-  const std::vector<Trace>& triggers() const { return triggers_; }  // of the first traces
+  const std::vector<results::Trace>& triggers() const { return triggers_; }  // of the first traces
 
   // A trace to an event, with the triggers that are evidence. Those come first of all traces.
-  void add_evidence(Trace trace, Trace triggers);
+  void add_evidence(results::Trace trace, results::Trace triggers);
 
   bool first_not_p =
       false;  // of the kind `other`: the evidence comes from triggers of the same sign
@@ -34,7 +34,7 @@ class NormalcySolution : public Solution {
 
   NormalcyViolation kind_;
   std::string signal_;
-  std::vector<Trace> triggers_;
+  std::vector<results::Trace> triggers_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

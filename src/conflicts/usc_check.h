@@ -3,15 +3,16 @@
 
 #include "conflicts/conflict_check.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 
 // Two configurations are in conflict when their codes are equal and their final markings are not.
 class UscCheck : public ConflictCheck {
  public:
-  UscCheck(const StgPrefix& prefix, const Params& params);
+  UscCheck(const net::StgPrefix& prefix, const base::Params& params);
 
   // Reports an error when a final marking shows that the net is not safe.
-  bool is_conflict(const EventSet& one, const EventSet& other) const override;
+  bool is_conflict(const configuration::EventSet& one,
+                   const configuration::EventSet& other) const override;
 
  protected:
   void prepare_encoding() override;
@@ -21,15 +22,15 @@ class UscCheck : public ConflictCheck {
   std::uint32_t end_candidate() const override {
     return static_cast<std::uint32_t>(process().places.size());
   }
-  void add_candidate_difference(std::uint32_t candidate, ClauseGroup group) override;
-  std::unique_ptr<Solution> new_solution() const override;
-  std::unique_ptr<Solution> solution_of_pair(const Core& core) const override;
+  void add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) override;
+  std::unique_ptr<results::Solution> new_solution() const override;
+  std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const override;
 
  private:
-  std::pair<Lit, Lit> marked(std::uint32_t place);
+  std::pair<sat::Lit, sat::Lit> marked(std::uint32_t place);
 
   // By place number: its conditions but for those after cut-offs, which are in no final cut.
-  std::vector<std::vector<const StgPrefix::Condition*>> place_instances_;
+  std::vector<std::vector<const net::StgPrefix::Condition*>> place_instances_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -6,10 +6,10 @@
 #include "bdd/bdd_cover.h"
 #include "toolkit/library_gate.h"
 
-namespace vorel {
+namespace vorel::decomposition {
 
 // Input pin i is BDD variable i. A latch is excited where its function differs from its own value,
 // which is no variable, and stable elsewhere; all other gates are two-valued.
-BDDCover covers_of(const LibraryGate& gate);
+bdd::BDDCover covers_of(const toolkit::LibraryGate& gate);
 
-}  // namespace vorel
+}  // namespace vorel::decomposition

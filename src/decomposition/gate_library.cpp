@@ -4,13 +4,13 @@
 #include <cassert>
 #include <tuple>
 
+#include "base/input_text.h"
 #include "base/messages.h"
 #include "decomposition/internal_gate_library.h"
-#include "base/input_text.h"
 #include "toolkit/gate_expression.h"
 #include "toolkit/genlib_reader.h"
 
-namespace vorel {
+namespace vorel::decomposition {
 namespace {
 
 constexpr std::string_view wire_name = "**wire**";  // stands for no gate at all
@@ -21,35 +21,37 @@ constexpr std::string_view two_input_primitives[] = {
     "o=i1+i2;", nor2, "o=i1*i2;", nand2, "o=!(!i1+i2);", "o=!(!i1*i2);",
 };
 
-auto order_of(const LibraryGate& gate) { return std::tie(gate.area, gate.gate_class, gate.name); }
-static_assert(GateClass::combinational < GateClass::asynchronous_latch);
+auto order_of(const toolkit::LibraryGate& gate) {
+  return std::tie(gate.area, gate.gate_class, gate.name);
+}
+static_assert(toolkit::GateClass::combinational < toolkit::GateClass::asynchronous_latch);
 
-bool is_usable(const LibraryGate& gate) {
-  return gate.name != wire_name && gate.gate_class != GateClass::clocked_latch;
+bool is_usable(const toolkit::LibraryGate& gate) {
+  return gate.name != wire_name && gate.gate_class != toolkit::GateClass::clocked_latch;
 }
 
 bool report_missing(std::string_view name) {
-  print_error(std::string("the gate \"").append(name).append("\" is not in the library"));
+  base::print_error(std::string("the gate \"").append(name).append("\" is not in the library"));
   return false;
 }
 
-GateEquation parsed(std::string_view equation) {
-  GateEquation result;
-  GenlibCursor cursor(equation, "an equation of this program");
-  [[maybe_unused]] const bool is_correct = parse_gate_equation(cursor, result);
+toolkit::GateEquation parsed(std::string_view equation) {
+  toolkit::GateEquation result;
+  toolkit::GenlibCursor cursor(equation, "an equation of this program");
+  [[maybe_unused]] const bool is_correct = toolkit::parse_gate_equation(cursor, result);
   assert(is_correct);
   return result;
 }
 
 }  // namespace
 
-GateLibrary::GateLibrary(std::vector<LibraryGate> gates) : gates_{std::move(gates)} {
+GateLibrary::GateLibrary(std::vector<toolkit::LibraryGate> gates) : gates_{std::move(gates)} {
   std::ranges::sort(gates_, {}, order_of);
   for (std::size_t i = 0; i < gates_.size(); ++i) number_of_.emplace(gates_[i].name, i);
   assert(number_of_.size() == gates_.size() && "the reader gives every name once");
 }
 
-const LibraryGate& GateLibrary::gate(std::string_view name) const {
+const toolkit::LibraryGate& GateLibrary::gate(std::string_view name) const {
   const auto found = number_of_.find(name);
   assert(found != number_of_.end() && "a gate of the library");
   return gates_[found->second];
@@ -62,8 +64,8 @@ double GateLibrary::literal_area(std::size_t literals) const {
 std::vector<std::string> GateLibrary::gate_list(std::uint32_t max_gate_inputs,
                                                 bool use_latches) const {
   std::vector<std::string> names;
-  for (const LibraryGate& gate : gates_) {
-    const bool is_latch = gate.gate_class != GateClass::combinational;
+  for (const toolkit::LibraryGate& gate : gates_) {
+    const bool is_latch = gate.gate_class != toolkit::GateClass::combinational;
     if (!is_usable(gate) || gate.input_count() > max_gate_inputs) continue;
     if (use_latches || !is_latch) names.push_back(gate.name);
   }
@@ -71,25 +73,26 @@ std::vector<std::string> GateLibrary::gate_list(std::uint32_t max_gate_inputs,
 }
 
 // The first gate with the function, its pins in any order and under any names.
-const LibraryGate* GateLibrary::find_by_function(std::string_view equation) const {
-  const GateEquation sought = parsed(equation);
+const toolkit::LibraryGate* GateLibrary::find_by_function(std::string_view equation) const {
+  const toolkit::GateEquation sought = parsed(equation);
   const auto pin_count = static_cast<std::uint32_t>(sought.pins.size());
-  const TruthTable table = truth_table(sought.function, pin_count);
-  const auto found = std::ranges::find_if(gates_, [&](const LibraryGate& gate) {
-    return is_usable(gate) && gate.gate_class == GateClass::combinational &&
+  const toolkit::TruthTable table = toolkit::truth_table(sought.function, pin_count);
+  const auto found = std::ranges::find_if(gates_, [&](const toolkit::LibraryGate& gate) {
+    return is_usable(gate) && gate.gate_class == toolkit::GateClass::combinational &&
            gate.pin_count() == pin_count &&
-           equal_up_to_pin_order(table, truth_table(gate.function, pin_count), pin_count);
+           toolkit::equal_up_to_pin_order(table, toolkit::truth_table(gate.function, pin_count),
+                                          pin_count);
   });
   return found == gates_.end() ? nullptr : &*found;
 }
 
-const LibraryGate* GateLibrary::find_one_input_gate(bool inverts) const {
-  const GateFunction input{{{GateOperator::pin, 0}}};
-  const auto found = std::ranges::find_if(gates_, [&](const LibraryGate& gate) {
+const toolkit::LibraryGate* GateLibrary::find_one_input_gate(bool inverts) const {
+  const toolkit::GateFunction input{{{toolkit::GateOperator::pin, 0}}};
+  const auto found = std::ranges::find_if(gates_, [&](const toolkit::LibraryGate& gate) {
     if (!is_usable(gate) || gate.input_count() != 1) return false;
-    TruthTable expected = truth_table(input, gate.pin_count());
+    toolkit::TruthTable expected = toolkit::truth_table(input, gate.pin_count());
     if (inverts) expected.front() = ~expected.front();
-    return truth_table(gate.function, gate.pin_count()) == expected;
+    return toolkit::truth_table(gate.function, gate.pin_count()) == expected;
   });
   return found == gates_.end() ? nullptr : &*found;
 }
@@ -98,8 +101,8 @@ const LibraryGate* GateLibrary::find_one_input_gate(bool inverts) const {
 bool GateLibrary::choose_basic_gates() {
   const bool has_constant_0 = find_by_function("o=0;") != nullptr || report_missing("const0");
   const bool has_constant_1 = find_by_function("o=1;") != nullptr || report_missing("const1");
-  const LibraryGate* const buffer = find_one_input_gate(false);
-  const LibraryGate* const inverter = find_one_input_gate(true);
+  const toolkit::LibraryGate* const buffer = find_one_input_gate(false);
+  const toolkit::LibraryGate* const inverter = find_one_input_gate(true);
   if (buffer != nullptr) buffer_name_ = buffer->name;
   if (inverter != nullptr) inverter_name_ = inverter->name;
   const bool has_buffer = buffer != nullptr || report_missing("buffer");
@@ -114,7 +117,7 @@ bool GateLibrary::choose_basic_gates() {
 
 void GateLibrary::derive_areas() {
   inverter_area_ = area(inverter_name_);
-  const LibraryGate* primitive = find_by_function(nand2);
+  const toolkit::LibraryGate* primitive = find_by_function(nand2);
   if (primitive == nullptr) primitive = find_by_function(nor2);
   literal_slope_ = primitive != nullptr ? primitive->area - inverter_area_ : inverter_area_ * 0.5;
   literal_offset_ = literal_slope_ < inverter_area_ ? inverter_area_ - literal_slope_ : 0;
@@ -122,9 +125,9 @@ void GateLibrary::derive_areas() {
 
 std::optional<GateLibrary> GateLibrary::read(const std::string& file_name) {
   std::string text(internal_gate_library_text);
-  if (!file_name.empty() && !read_whole_file(file_name, text)) return std::nullopt;
-  auto gates =
-      read_genlib(text, file_name.empty() ? std::string(internal_gate_library_name) : file_name);
+  if (!file_name.empty() && !base::read_whole_file(file_name, text)) return std::nullopt;
+  auto gates = toolkit::read_genlib(
+      text, file_name.empty() ? std::string(internal_gate_library_name) : file_name);
   if (!gates) return std::nullopt;
   GateLibrary library(std::move(*gates));
   if (!library.choose_basic_gates()) return std::nullopt;
@@ -132,4 +135,4 @@ std::optional<GateLibrary> GateLibrary::read(const std::string& file_name) {
   return library;
 }
 
-}  // namespace vorel
+}  // namespace vorel::decomposition

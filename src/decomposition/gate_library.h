@@ -18,7 +18,7 @@
 
 #include "toolkit/library_gate.h"
 
-namespace vorel {
+namespace vorel::decomposition {
 
 class GateLibrary {
  public:
@@ -43,21 +43,21 @@ class GateLibrary {
   std::vector<std::string> gate_list(std::uint32_t max_gate_inputs, bool use_latches) const;
 
   // Of a gate that is in the library.
-  const LibraryGate& gate(std::string_view name) const;
+  const toolkit::LibraryGate& gate(std::string_view name) const;
   double area(std::string_view name) const { return gate(name).area; }
 
  private:
-  explicit GateLibrary(std::vector<LibraryGate> gates);
+  explicit GateLibrary(std::vector<toolkit::LibraryGate> gates);
 
   bool choose_basic_gates();
   void derive_areas();
-  const LibraryGate* find_by_function(std::string_view equation) const;
-  const LibraryGate* find_one_input_gate(bool inverts) const;
+  const toolkit::LibraryGate* find_by_function(std::string_view equation) const;
+  const toolkit::LibraryGate* find_one_input_gate(bool inverts) const;
 
-  std::vector<LibraryGate> gates_;  // in the order in which they are taken
+  std::vector<toolkit::LibraryGate> gates_;  // in the order in which they are taken
   std::map<std::string, std::size_t, std::less<>> number_of_;
   std::string buffer_name_, inverter_name_;
   double inverter_area_ = -1.0, literal_slope_ = -1.0, literal_offset_ = -1.0;
 };
 
-}  // namespace vorel
+}  // namespace vorel::decomposition

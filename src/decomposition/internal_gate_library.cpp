@@ -1,6 +1,6 @@
 #include "decomposition/internal_gate_library.h"
 
-namespace vorel {
+namespace vorel::decomposition {
 
 // The name of every gate tells its class behind a colon. The feedback of a latch is called after
 // its output, with _NEXT.
@@ -86,4 +86,4 @@ LATCH "gated_latch1:asynch" 40 Q=D*!G+Q_NEXT*G;
   SEQ Q Q_NEXT ASYNCH
 )";
 
-}  // namespace vorel
+}  // namespace vorel::decomposition

@@ -5,9 +5,9 @@
 
 #include <string_view>
 
-namespace vorel {
+namespace vorel::decomposition {
 
 inline constexpr std::string_view internal_gate_library_name = "internal_gate_library";
 extern const std::string_view internal_gate_library_text;
 
-}  // namespace vorel
+}  // namespace vorel::decomposition

@@ -12,24 +12,24 @@
 #include "driver/command_line.h"
 #include "driver/modes.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 // With `wait_mode` 1 after errors, with 2 after warnings too, with 3 always.
 void wait_for_user(std::int32_t wait_mode) {
   assert(0 <= wait_mode && wait_mode <= 3);
-  if (raise_severity(0) + static_cast<std::uint32_t>(wait_mode) < 3) return;
+  if (base::raise_severity(0) + static_cast<std::uint32_t>(wait_mode) < 3) return;
   std::cout << "\n Press `Enter'..." << std::flush;
   std::cin.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
 }
 
-void run(const Params& params) {
-  run_state().verbosity = params.get("verbosity");
-  std::cout << "\nfile: " << run_state().input_file_name;
+void run(const base::Params& params) {
+  base::run_state().verbosity = params.get("verbosity");
+  std::cout << "\nfile: " << base::run_state().input_file_name;
   if (const ModeFunction function = mode_function(params.get("mode"))) {
     function(params);
   } else {
-    print_error("This mode is currently not supported");
+    base::print_error("This mode is currently not supported");
   }
   wait_for_user(params.get("wait_mode"));
 }
@@ -37,9 +37,9 @@ void run(const Params& params) {
 }  // namespace
 
 int run_application(int argc, char** argv) {
-  start_program();
+  base::start_program();
   if (const auto params = parse_command_line(argc, argv)) run(*params);
-  return finish_program();
+  return base::finish_program();
 }
 
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -3,9 +3,9 @@
 // Not here:  what a mode does (driver/modes.h), start and end steps (base/program.h).
 #pragma once
 
-namespace vorel {
+namespace vorel::driver {
 
 // The body of main. Returns the exit code: 0 clean, 1 warnings, 2 errors.
 int run_application(int argc, char** argv);
 
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -8,7 +8,7 @@
 #include "base/run_state.h"
 #include "driver/option_table.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 // What wraps is computed unsigned; the conversion back is defined.
@@ -26,18 +26,18 @@ std::int32_t remainder(std::int32_t a, std::int32_t b) {
 }
 
 void report(std::string_view message, std::string_view context) {
-  print_error(std::string("bad coefficient option: ")
-                  .append(message)
-                  .append(" when parsing ")
-                  .append(context));
+  base::print_error(std::string("bad coefficient option: ")
+                        .append(message)
+                        .append(" when parsing ")
+                        .append(context));
 }
 
-std::uint32_t dummy_count(const Stg& stg) {
+std::uint32_t dummy_count(const net::Stg& stg) {
   assert(stg.internals_end <= stg.signals.size());
   return static_cast<std::uint32_t>(stg.signals.size()) - stg.internals_end;
 }
 
-std::optional<std::uint32_t> macro_value(char letter, const Stg& stg) {
+std::optional<std::uint32_t> macro_value(char letter, const net::Stg& stg) {
   assert(stg.inputs_end <= stg.outputs_end && stg.outputs_end <= stg.internals_end);
   switch (letter) {
     case 'i':
@@ -70,7 +70,7 @@ struct Token {
 
 class Scanner {
  public:
-  Scanner(std::string_view text, const Stg& stg) : text_{text}, stg_{stg} {}
+  Scanner(std::string_view text, const net::Stg& stg) : text_{text}, stg_{stg} {}
 
   Token next();
   std::string context() const {
@@ -86,14 +86,14 @@ class Scanner {
   Token fail(std::string_view message);
 
   std::string_view text_;
-  const Stg& stg_;
+  const net::Stg& stg_;
   std::size_t position_ = 0;
   bool failed_ = false;
 };
 
 // A wrong character ends the input: the parser sees the end wherever it stands.
 Token Scanner::fail(std::string_view message) {
-  print_error(message);
+  base::print_error(message);
   failed_ = true;
   return {end_token, 0};
 }
@@ -138,7 +138,7 @@ std::string token_name(char kind) {
 // is needed, so that an error is marked right behind its cause.
 class ExpressionParser {
  public:
-  ExpressionParser(std::string_view text, const Stg& stg) : scanner_{text, stg} {}
+  ExpressionParser(std::string_view text, const net::Stg& stg) : scanner_{text, stg} {}
 
   std::optional<std::int32_t> answer();
 
@@ -249,7 +249,7 @@ std::optional<std::int32_t> ExpressionParser::answer() {
 
 }  // namespace
 
-std::int32_t evaluate(std::string_view text, const Stg& stg) {
+std::int32_t evaluate(std::string_view text, const net::Stg& stg) {
   const auto value = ExpressionParser(text, stg).answer();
   if (!value) return 0;
   if (*value < 0) {
@@ -259,10 +259,10 @@ std::int32_t evaluate(std::string_view text, const Stg& stg) {
   return *value;
 }
 
-void evaluate_coefficients(const Stg& stg, Params& params) {
+void evaluate_coefficients(const net::Stg& stg, base::Params& params) {
   for (const CoefficientRow& row : coefficient_table()) {
-    params.set(row.key, evaluate(run_state().coefficients.*row.text, stg));
+    params.set(row.key, evaluate(base::run_state().coefficients.*row.text, stg));
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::driver

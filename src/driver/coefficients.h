@@ -9,15 +9,15 @@
 #include "base/params.h"
 #include "net/net.h"
 
-namespace vorel {
+namespace vorel::driver {
 
 // The value of one expression in signed 32-bit arithmetic that wraps; 0 after a reported error.
 //   #i #o #I #d   input, output, internal, dummy signals
 //   #s            signals but for dummies
 //   #p #t         places, transitions
-std::int32_t evaluate(std::string_view text, const Stg& stg);
+std::int32_t evaluate(std::string_view text, const net::Stg& stg);
 
 // Evaluates the seven texts of the run and stores each value under its key.
-void evaluate_coefficients(const Stg& stg, Params& params);
+void evaluate_coefficients(const net::Stg& stg, base::Params& params);
 
-}  // namespace vorel
+}  // namespace vorel::driver

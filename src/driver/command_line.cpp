@@ -13,11 +13,11 @@
 #include "driver/help.h"
 #include "driver/option_table.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 bool fail(std::string_view text) {
-  print_error(text);
+  base::print_error(text);
   return false;
 }
 
@@ -42,12 +42,12 @@ std::optional<std::uint32_t> read_unsigned(std::string_view text) {
 
 // -cs looks at cores and the number of insertions only, -cl at the logic too. The initializers are
 // in the order of the members.
-CoefficientTexts small_preset(Mode mode) {
+base::CoefficientTexts small_preset(Mode mode) {
   assert(mode == Mode::resolve || mode == Mode::decomposition);
   if (mode == Mode::resolve) return {"32", "16", "0", "0", "1", "2", "0"};
   return {"0", "0", "0", "0", "1", "2", "0"};
 }
-CoefficientTexts logic_preset(Mode mode) {
+base::CoefficientTexts logic_preset(Mode mode) {
   assert(mode == Mode::resolve || mode == Mode::decomposition);
   if (mode == Mode::resolve) return {"#s*8", "#s*4", "0", "#s*1", "#s*4", "#s*8", "50"};
   return {"0", "0", "0", "#s*32", "#s*1", "#s*2", "8"};
@@ -56,9 +56,9 @@ CoefficientTexts logic_preset(Mode mode) {
 class CommandLineParser {
  public:
   explicit CommandLineParser(std::span<char* const> arguments)
-      : arguments_{arguments}, params_{std::make_unique<Params>(default_params())} {}
+      : arguments_{arguments}, params_{std::make_unique<base::Params>(default_params())} {}
 
-  std::unique_ptr<Params> run();
+  std::unique_ptr<base::Params> run();
 
  private:
   bool parse_mode();
@@ -74,7 +74,7 @@ class CommandLineParser {
   bool apply_plus_minus(const OptionRow& row, std::string_view argument);
   bool valid_here(const OptionRow& row, std::string_view argument) const;
   bool invalid_here(std::string_view argument) const;
-  void use_preset(const CoefficientTexts& texts);
+  void use_preset(const base::CoefficientTexts& texts);
   bool finish_options();
   bool parse_file_names();
 
@@ -86,7 +86,7 @@ class CommandLineParser {
   }
 
   std::span<char* const> arguments_;  // what is still to be read
-  std::unique_ptr<Params> params_;
+  std::unique_ptr<base::Params> params_;
   Mode mode_ = Mode::none;
 };
 
@@ -133,8 +133,8 @@ bool CommandLineParser::apply_all_solutions(const OptionRow& row, std::string_vi
   return valid_here(row, argument);
 }
 
-void CommandLineParser::use_preset(const CoefficientTexts& texts) {
-  run_state().coefficients = texts;
+void CommandLineParser::use_preset(const base::CoefficientTexts& texts) {
+  base::run_state().coefficients = texts;
   params_->set("pwr_of_2", 0);
 }
 
@@ -145,7 +145,7 @@ bool CommandLineParser::apply_coefficients(const OptionRow& row, std::string_vie
   for (const CoefficientRow& coefficient : coefficient_table()) {
     const std::string prefix = std::string("-c").append(coefficient.name).append("=");
     if (!argument.starts_with(prefix)) continue;
-    run_state().coefficients.*coefficient.text = argument.substr(prefix.size());
+    base::run_state().coefficients.*coefficient.text = argument.substr(prefix.size());
     return true;
   }
   return unrecognized(argument);
@@ -156,7 +156,7 @@ bool CommandLineParser::apply_data(const OptionRow& row, std::string_view argume
   if (!valid_here(row, argument)) return false;
   // The input file must follow the data.
   if (arguments_.size() < 2) return fail("no data is provided with the -d option");
-  run_state().mode_data = next();
+  base::run_state().mode_data = next();
   return true;
 }
 
@@ -240,7 +240,7 @@ bool CommandLineParser::parse_options() {
 }
 
 bool CommandLineParser::finish_options() {
-  if (run_state().mode_data.empty() && (mode_ == Mode::reach || mode_ == Mode::reach_stg)) {
+  if (base::run_state().mode_data.empty() && (mode_ == Mode::reach || mode_ == Mode::reach_stg)) {
     return fail("the -d option must be used in the current mode to provide additional information");
   }
   const bool synthesis =
@@ -251,12 +251,12 @@ bool CommandLineParser::finish_options() {
 
 bool CommandLineParser::parse_file_names() {
   if (arguments_.empty()) return fail("unfolding file name must be specified");
-  run_state().input_file_name = next();
-  if (!arguments_.empty()) run_state().output_file_name = next();
+  base::run_state().input_file_name = next();
+  if (!arguments_.empty()) base::run_state().output_file_name = next();
   return true;
 }
 
-std::unique_ptr<Params> CommandLineParser::run() {
+std::unique_ptr<base::Params> CommandLineParser::run() {
   if (arguments_.empty() || std::string_view(arguments_.front()) == "-h") {
     print_help(arguments_.empty(), *params_);
     return nullptr;
@@ -270,9 +270,9 @@ std::unique_ptr<Params> CommandLineParser::run() {
 
 }  // namespace
 
-std::unique_ptr<Params> parse_command_line(int argc, char** argv) {
+std::unique_ptr<base::Params> parse_command_line(int argc, char** argv) {
   const std::span<char* const> all(argv, static_cast<std::size_t>(argc));
   return CommandLineParser(all.empty() ? all : all.subspan(1)).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::driver

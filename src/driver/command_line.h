@@ -7,10 +7,10 @@
 
 #include "base/params.h"
 
-namespace vorel {
+namespace vorel::driver {
 
 // Null when the help was printed or an error was reported. Writes the file names, the data of -d
 // and the coefficient texts to the run state.
-std::unique_ptr<Params> parse_command_line(int argc, char** argv);
+std::unique_ptr<base::Params> parse_command_line(int argc, char** argv);
 
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -10,18 +10,18 @@
 #include "driver/help_text.h"
 #include "driver/option_table.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
-std::string current_value(std::string_view name, const Params& params) {
+std::string current_value(std::string_view name, const base::Params& params) {
   for (const CoefficientRow& row : coefficient_table()) {
-    if (row.name == name) return run_state().coefficients.*row.text;
+    if (row.name == name) return base::run_state().coefficients.*row.text;
   }
   return std::to_string(params.get(name));
 }
 
 // The text with the current values in the place of their names in braces.
-std::string with_values(std::string_view text, const Params& params) {
+std::string with_values(std::string_view text, const base::Params& params) {
   std::string result;
   for (std::size_t open = text.find('{'); open != std::string_view::npos; open = text.find('{')) {
     const std::size_t close = text.find('}', open);
@@ -80,7 +80,7 @@ void print_all_modes(bool brief) {
   if (!brief) std::cout << help_text::mode_notes;
 }
 
-void print_options(bool brief, const Params& params) {
+void print_options(bool brief, const base::Params& params) {
   std::cout << "\n\nOptions:";
   std::string_view separator;
   for (const OptionRow& row : option_table()) {
@@ -94,7 +94,7 @@ void print_options(bool brief, const Params& params) {
 
 }  // namespace
 
-void print_help(bool brief, const Params& params) {
+void print_help(bool brief, const base::Params& params) {
   std::cout << help_text::banner << help_text::usage;
   if (!brief) std::cout << help_text::usage_notes;
   print_all_modes(brief);
@@ -103,4 +103,4 @@ void print_help(bool brief, const Params& params) {
   std::cout << '\n';
 }
 
-}  // namespace vorel
+}  // namespace vorel::driver

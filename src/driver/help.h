@@ -5,10 +5,10 @@
 
 #include "base/params.h"
 
-namespace vorel {
+namespace vorel::driver {
 
 // Prints the brief or the full help on the standard output, with the values of the store and the
 // coefficient texts of the run as the defaults.
-void print_help(bool brief, const Params& params);
+void print_help(bool brief, const base::Params& params);
 
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -7,7 +7,7 @@
 
 #include <string_view>
 
-namespace vorel::help_text {
+namespace vorel::driver::help_text {
 
 inline constexpr std::string_view banner = R"(
 VOREL model checking/synthesis system, version 6.11alpha Compiled Oct 27 2015.
@@ -186,4 +186,4 @@ inline constexpr std::string_view wait_mode = R"(
   N=3 - always wait.
   The default is -w{wait_mode}, and -w is equivalent to -w3.)";
 
-}  // namespace vorel::help_text
+}  // namespace vorel::driver::help_text

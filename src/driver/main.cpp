@@ -1,3 +1,3 @@
 #include "driver/application.h"
 
-int main(int argc, char** argv) { return vorel::run_application(argc, argv); }
+int main(int argc, char** argv) { return vorel::driver::run_application(argc, argv); }

@@ -22,67 +22,68 @@
 #include "reach/reach_check.h"
 #include "synthesis/equation_search.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 // What every run does before its engine is built; false when the run must stop.
-template <Process P>
-bool prepare_run(const P& process, Params& params) {
-  print_statistics(process, std::cout);
+template <net::Process P>
+bool prepare_run(const P& process, base::Params& params) {
+  net::print_statistics(process, std::cout);
   if constexpr (P::NetType::has_signals) evaluate_coefficients(process, params);
-  return !run_failed();
+  return !base::run_failed();
 }
 
 void print_times(std::uint64_t total_ticks) {
-  std::cout << "\n SAT/Total time: " << format_seconds(seconds_of(run_state().sat_ticks)) << '/'
-            << format_seconds(seconds_of(total_ticks));
+  std::cout << "\n SAT/Total time: "
+            << base::format_seconds(base::seconds_of(base::run_state().sat_ticks)) << '/'
+            << base::format_seconds(base::seconds_of(total_ticks));
 }
 
 // Only the search is timed, neither building the engine nor its report.
 template <class Engine>
 void run_engine(Engine& engine) {
-  const std::uint64_t start = ticks_now();
+  const std::uint64_t start = base::ticks_now();
   engine.run();
-  const std::uint64_t total_ticks = ticks_now() - start;
-  if (run_failed()) return;
+  const std::uint64_t total_ticks = base::ticks_now() - start;
+  if (base::run_failed()) return;
   engine.report();
   engine.print_statistics(std::cout);
   print_times(total_ticks);
 }
 
-void report_not_supported() { print_error("This mode is currently not supported"); }
+void report_not_supported() { base::print_error("This mode is currently not supported"); }
 
-template <Process P>
-void run_deadlock(Params params, P& process) {
+template <net::Process P>
+void run_deadlock(base::Params params, P& process) {
   if (!prepare_run(process, params)) return;
-  DeadlockCheck<P> engine(process, params);
+  reach::DeadlockCheck<P> engine(process, params);
   run_engine(engine);
 }
 
-template <Process P>
-void run_reach(Params params, P& process, FinalState final_state) {
+template <net::Process P>
+void run_reach(base::Params params, P& process, reach::FinalState final_state) {
   if (!prepare_run(process, params)) return;
-  ReachCheck<P> engine(process, params, final_state);
-  if (!run_failed()) run_engine(engine);
+  reach::ReachCheck<P> engine(process, params, final_state);
+  if (!base::run_failed()) run_engine(engine);
 }
 
 template <class Engine>
-void run_conflict_check(Params params, StgPrefix& prefix) {
+void run_conflict_check(base::Params params, net::StgPrefix& prefix) {
   if (!prepare_run(prefix, params)) return;
   Engine engine(prefix, params);
-  if (!run_failed()) run_engine(engine);
+  if (!base::run_failed()) run_engine(engine);
 }
 
 // A signal without an equation is an answer too: it is reported, though the run has failed.
-template <SynthesisStyle style>
-void run_synthesis(Params params, StgPrefix& prefix) {
+template <synthesis::SynthesisStyle style>
+void run_synthesis(base::Params params, net::StgPrefix& prefix) {
   if (!prepare_run(prefix, params)) return;
-  EquationSearch engine(prefix, params, style);
-  if (run_failed()) return;
-  const std::uint64_t start = ticks_now();
+  synthesis::EquationSearch engine(prefix, params, style);
+  if (base::run_failed()) return;
+  const std::uint64_t start = base::ticks_now();
   engine.run();
-  const std::uint64_t total_ticks = ticks_now() - start;
-  const bool has_equations = !run_failed();
+  const std::uint64_t total_ticks = base::ticks_now() - start;
+  const bool has_equations = !base::run_failed();
   engine.report();
   if (!has_equations) return;
   engine.print_statistics(std::cout);
@@ -90,39 +91,39 @@ void run_synthesis(Params params, StgPrefix& prefix) {
 }
 
 // The run of a mode whose engine does not exist yet.
-template <Process P>
-void run_without_engine(Params params, P& process) {
+template <net::Process P>
+void run_without_engine(base::Params params, P& process) {
   if (prepare_run(process, params)) report_not_supported();
 }
 
 // An input that was read with errors is not run.
 template <class Shape, class Run>
-void run_mode(std::unique_ptr<Shape> (*read)(), Params params, Run run) {
+void run_mode(std::unique_ptr<Shape> (*read)(), base::Params params, Run run) {
   const std::unique_ptr<Shape> input = read();
   assert(input == nullptr || !input->valueless_by_exception());
-  if (input == nullptr || run_failed()) return;
+  if (input == nullptr || base::run_failed()) return;
   std::visit([&](auto& process) { run(std::move(params), process); }, *input);
 }
 
-void deadlock_mode(Params params) {
-  run_mode(read_full, std::move(params),
-           [](Params copy, auto& process) { run_deadlock(std::move(copy), process); });
+void deadlock_mode(base::Params params) {
+  run_mode(formats::read_full, std::move(params),
+           [](base::Params copy, auto& process) { run_deadlock(std::move(copy), process); });
 }
 
-void reach_mode(Params params) {
-  run_mode(read_no_stg_mp, std::move(params), [](Params copy, auto& process) {
-    run_reach(std::move(copy), process, FinalState::marking);
+void reach_mode(base::Params params) {
+  run_mode(formats::read_no_stg_mp, std::move(params), [](base::Params copy, auto& process) {
+    run_reach(std::move(copy), process, reach::FinalState::marking);
   });
 }
 
-void run_reach_stg(Params params, StgPrefix& prefix) {
-  run_reach(std::move(params), prefix, FinalState::stg_state);
+void run_reach_stg(base::Params params, net::StgPrefix& prefix) {
+  run_reach(std::move(params), prefix, reach::FinalState::stg_state);
 }
 
 // All the other modes take nothing but a prefix of an STG.
-template <void (*run)(Params, StgPrefix&)>
-void stg_mode(Params params) {
-  run_mode(read_stg_prefix, std::move(params), run);
+template <void (*run)(base::Params, net::StgPrefix&)>
+void stg_mode(base::Params params) {
+  run_mode(formats::read_stg_prefix, std::move(params), run);
 }
 
 struct ModeEntry {
@@ -133,14 +134,14 @@ constexpr ModeEntry mode_entries[] = {
     {Mode::deadlock, deadlock_mode},
     {Mode::reach, reach_mode},
     {Mode::reach_stg, stg_mode<run_reach_stg>},
-    {Mode::usc, stg_mode<run_conflict_check<UscCheck>>},
-    {Mode::csc, stg_mode<run_conflict_check<CscCheck>>},
-    {Mode::normalcy, stg_mode<run_conflict_check<NormalcyCheck>>},
-    {Mode::complex_gate, stg_mode<run_synthesis<SynthesisStyle::complex_gate>>},
-    {Mode::gc, stg_mode<run_synthesis<SynthesisStyle::generalised_c>>},
-    {Mode::standard_c, stg_mode<run_synthesis<SynthesisStyle::standard_c>>},
-    {Mode::resolve, stg_mode<run_without_engine<StgPrefix>>},
-    {Mode::decomposition, stg_mode<run_without_engine<StgPrefix>>},
+    {Mode::usc, stg_mode<run_conflict_check<conflicts::UscCheck>>},
+    {Mode::csc, stg_mode<run_conflict_check<conflicts::CscCheck>>},
+    {Mode::normalcy, stg_mode<run_conflict_check<conflicts::NormalcyCheck>>},
+    {Mode::complex_gate, stg_mode<run_synthesis<synthesis::SynthesisStyle::complex_gate>>},
+    {Mode::gc, stg_mode<run_synthesis<synthesis::SynthesisStyle::generalised_c>>},
+    {Mode::standard_c, stg_mode<run_synthesis<synthesis::SynthesisStyle::standard_c>>},
+    {Mode::resolve, stg_mode<run_without_engine<net::StgPrefix>>},
+    {Mode::decomposition, stg_mode<run_without_engine<net::StgPrefix>>},
 };
 static_assert(std::size(mode_entries) == last_mode);
 
@@ -153,4 +154,4 @@ ModeFunction mode_function(std::int32_t mode) {
   return nullptr;
 }
 
-}  // namespace vorel
+}  // namespace vorel::driver

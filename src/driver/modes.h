@@ -7,12 +7,12 @@
 
 #include "base/params.h"
 
-namespace vorel {
+namespace vorel::driver {
 
 // Takes its own copy of the options; all outcomes are told through the output and the severity.
-using ModeFunction = void (*)(Params params);
+using ModeFunction = void (*)(base::Params params);
 
 // Null for a number without a mode.
 ModeFunction mode_function(std::int32_t mode);
 
-}  // namespace vorel
+}  // namespace vorel::driver

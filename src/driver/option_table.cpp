@@ -5,7 +5,7 @@
 
 #include "driver/help_text.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 constexpr ModeRow modes[] = {
@@ -99,13 +99,13 @@ constexpr bool are_selected_by_second_character(std::span<const OptionRow> rows)
 static_assert(are_selected_by_second_character(options));
 
 constexpr CoefficientRow coefficients[] = {
-    {"csc", &CoefficientTexts::csc, "coeff_CSC_cores"},
-    {"usc", &CoefficientTexts::usc, "coeff_USC_cores"},
-    {"del", &CoefficientTexts::del, "coeff_delay"},
-    {"trig", &CoefficientTexts::trig, "coeff_logic"},
-    {"seq", &CoefficientTexts::seq, "coeff_seq_insertions"},
-    {"conc", &CoefficientTexts::conc, "coeff_conc_insertions"},
-    {"lock", &CoefficientTexts::lock, "coeff_non_locked_signals"},
+    {"csc", &base::CoefficientTexts::csc, "coeff_CSC_cores"},
+    {"usc", &base::CoefficientTexts::usc, "coeff_USC_cores"},
+    {"del", &base::CoefficientTexts::del, "coeff_delay"},
+    {"trig", &base::CoefficientTexts::trig, "coeff_logic"},
+    {"seq", &base::CoefficientTexts::seq, "coeff_seq_insertions"},
+    {"conc", &base::CoefficientTexts::conc, "coeff_conc_insertions"},
+    {"lock", &base::CoefficientTexts::lock, "coeff_non_locked_signals"},
 };
 
 struct DefaultRow {
@@ -151,10 +151,10 @@ std::span<const ModeRow> mode_table() { return modes; }
 std::span<const OptionRow> option_table() { return options; }
 std::span<const CoefficientRow> coefficient_table() { return coefficients; }
 
-Params default_params() {
-  Params params;
+base::Params default_params() {
+  base::Params params;
   for (const DefaultRow& row : defaults) params.set(row.key, row.value);
   return params;
 }
 
-}  // namespace vorel
+}  // namespace vorel::driver

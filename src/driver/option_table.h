@@ -13,7 +13,7 @@
 #include "base/params.h"
 #include "base/run_state.h"
 
-namespace vorel {
+namespace vorel::driver {
 
 // The values of the option key `mode`.
 enum class Mode : std::uint8_t {
@@ -87,7 +87,7 @@ struct OptionRow {
 // A coefficient of the cost function.
 struct CoefficientRow {
   std::string_view name;  // in -cNAME=EXPR and in the help
-  std::string CoefficientTexts::*text;
+  std::string base::CoefficientTexts::*text;
   std::string_view key;  // of its value
 };
 
@@ -98,6 +98,6 @@ std::span<const OptionRow> option_table();
 std::span<const CoefficientRow> coefficient_table();
 
 // A store with every key at its default.
-Params default_params();
+base::Params default_params();
 
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -5,7 +5,7 @@
 #include <tuple>
 #include <utility>
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 constexpr std::string_view marks_of_label = "+-~/";  // that end the name of the signal
@@ -18,32 +18,32 @@ bool is_rest_of_label(std::string_view rest) {
 
 bool is_signed(std::string_view rest) { return !rest.empty() && rest.front() != '/'; }
 
-Sign sign_of(std::string_view rest) {
-  if (rest.starts_with('+')) return Sign::plus;
-  return rest.starts_with('-') ? Sign::minus : Sign::toggle;
+net::Sign sign_of(std::string_view rest) {
+  if (rest.starts_with('+')) return net::Sign::plus;
+  return rest.starts_with('-') ? net::Sign::minus : net::Sign::toggle;
 }
 
 }  // namespace
 
-bool GGraph::add_signal(const GWord& word, SignalKind kind) {
+bool GGraph::add_signal(const GWord& word, net::SignalKind kind) {
   if (word.text.find_first_of(marks_of_label) != std::string_view::npos) {
     return source_.report_expected(word.offset, "the name of a signal", word.text);
   }
   if (!signal_ids_.insert(word.text)) {
-    return source_.report(word.offset, "signal " + quoted(word.text) + " is declared twice");
+    return source_.report(word.offset, "signal " + base::quoted(word.text) + " is declared twice");
   }
   assert(signal_ids_.size() == stg_.signals.size() + 1);
-  vorel::add_signal(stg_, std::string(word.text), kind);
+  net::add_signal(stg_, std::string(word.text), kind);
   return true;
 }
 
-bool GGraph::add_transition(const GWord& word, Signal& label, std::string_view rest) {
+bool GGraph::add_transition(const GWord& word, net::Signal& label, std::string_view rest) {
   if (!is_rest_of_label(rest)) {
     return source_.report_expected(
-        word.offset, "a sign or an instance number behind the signal " + quoted(label.name),
+        word.offset, "a sign or an instance number behind the signal " + base::quoted(label.name),
         word.text);
   }
-  StgTransition& transition = append_new(stg_.transitions);
+  net::StgTransition& transition = base::append_new(stg_.transitions);
   transition.name = word.text;
   transition.signal = &label;
   if (!label.is_dummy()) transition.sign = sign_of(rest);
@@ -53,8 +53,8 @@ bool GGraph::add_transition(const GWord& word, Signal& label, std::string_view r
   return true;
 }
 
-StgPlace& GGraph::add_place(const GWord& word) {
-  StgPlace& place = append_new(stg_.places);
+net::StgPlace& GGraph::add_place(const GWord& word) {
+  net::StgPlace& place = base::append_new(stg_.places);
   place.name = word.text;
   nodes_.push_back({&place, nullptr});
   return place;
@@ -63,9 +63,10 @@ StgPlace& GGraph::add_place(const GWord& word) {
 bool GGraph::add_node(const GWord& word) {
   const std::size_t end = std::min(word.text.size(), word.text.find_first_of(marks_of_label));
   const std::string_view name = word.text.substr(0, end), rest = word.text.substr(end);
-  if (Signal* const label = signal_named(name)) return add_transition(word, *label, rest);
+  if (net::Signal* const label = signal_named(name)) return add_transition(word, *label, rest);
   if (is_signed(rest) && is_rest_of_label(rest) && !name.starts_with('<')) {
-    return source_.report(word.offset, "the signal of " + quoted(word.text) + " is not declared");
+    return source_.report(word.offset,
+                          "the signal of " + base::quoted(word.text) + " is not declared");
   }
   add_place(word);
   return true;
@@ -89,7 +90,8 @@ bool GGraph::add_arcs(const std::vector<GWord>& words) {
     if (target == nullptr) return false;
     if (from_place && target->place != nullptr) {
       return source_.report_expected(
-          word.offset, "a transition behind the place " + quoted(words.front().text), word.text);
+          word.offset, "a transition behind the place " + base::quoted(words.front().text),
+          word.text);
     }
     arcs_.push_back(
         {source_number, static_cast<std::uint32_t>(target - nodes_.data()), word.offset});
@@ -97,10 +99,11 @@ bool GGraph::add_arcs(const std::vector<GWord>& words) {
   return true;
 }
 
-StgPlace& GGraph::add_implicit_place(const StgTransition& source, const StgTransition& target) {
-  StgPlace& place = append_new(stg_.places);
+net::StgPlace& GGraph::add_implicit_place(const net::StgTransition& source,
+                                          const net::StgTransition& target) {
+  net::StgPlace& place = base::append_new(stg_.places);
   place.name = "<" + source.name + "," + target.name + ">";
-  if (StgPlace* const written = place_named(place.name)) {
+  if (net::StgPlace* const written = place_named(place.name)) {
     twins_.emplace(written, &place);
     while (place_named(place.name) != nullptr) place.name += "_2";
   }
@@ -116,13 +119,13 @@ void GGraph::connect(const Arc& arc) {
   const Node& target = nodes_[arc.target];
   if (source.place != nullptr) {
     assert(target.transition != nullptr && "checked when the line was read");
-    add_arc(*source.place, *target.transition);
+    net::add_arc(*source.place, *target.transition);
   } else if (target.place != nullptr) {
-    add_arc(*source.transition, *target.place);
+    net::add_arc(*source.transition, *target.place);
   } else {
-    StgPlace& place = add_implicit_place(*source.transition, *target.transition);
-    add_arc(*source.transition, place);
-    add_arc(place, *target.transition);
+    net::StgPlace& place = add_implicit_place(*source.transition, *target.transition);
+    net::add_arc(*source.transition, place);
+    net::add_arc(place, *target.transition);
   }
 }
 
@@ -141,38 +144,38 @@ void GGraph::connect() {
   }
 }
 
-StgPlace* GGraph::place_named(std::string_view name) const {
+net::StgPlace* GGraph::place_named(std::string_view name) const {
   const std::uint32_t node = node_ids_.find(name);
-  if (node != no_index && nodes_[node].place != nullptr) return nodes_[node].place;
+  if (node != base::no_index && nodes_[node].place != nullptr) return nodes_[node].place;
   const std::uint32_t implicit = implicit_ids_.find(name);
-  return implicit == no_index ? nullptr : implicit_places_[implicit];
+  return implicit == base::no_index ? nullptr : implicit_places_[implicit];
 }
 
-StgPlace* GGraph::add_isolated_place(const GWord& word) {
+net::StgPlace* GGraph::add_isolated_place(const GWord& word) {
   const Node* const node = node_named(word);
   if (node == nullptr) return nullptr;
   if (node->place == nullptr) source_.report_expected(word.offset, "a place", word.text);
   return node->place;
 }
 
-StgPlace* GGraph::twin_of(StgPlace* place) const {
+net::StgPlace* GGraph::twin_of(net::StgPlace* place) const {
   const auto twin = twins_.find(place);
   return twin == twins_.end() ? nullptr : twin->second;
 }
 
 bool GGraph::has_transition(std::string_view name) const {
   const std::uint32_t node = node_ids_.find(name);
-  return node != no_index && nodes_[node].transition != nullptr;
+  return node != base::no_index && nodes_[node].transition != nullptr;
 }
 
-Signal* GGraph::signal_named(std::string_view name) const {
+net::Signal* GGraph::signal_named(std::string_view name) const {
   const std::uint32_t signal = signal_ids_.find(name);
-  return signal == no_index ? nullptr : stg_.signals[signal].get();
+  return signal == base::no_index ? nullptr : stg_.signals[signal].get();
 }
 
 // Some programs mean the same transition by "a+" and "a+/0"; no file should need both.
 void GGraph::warn_of_instances_zero() {
-  RepeatedFault pairs;
+  base::RepeatedFault pairs;
   for (const GWord& word : instances_zero_) {
     assert(word.text.ends_with("/0"));
     if (has_transition(word.text.substr(0, word.text.size() - 2))) {
@@ -182,13 +185,13 @@ void GGraph::warn_of_instances_zero() {
   pairs.warn(source_, "transition", "is taken for another one than that without \"/0\"");
 }
 
-Stg GGraph::finish() {
+net::Stg GGraph::finish() {
   signed_dummies_.warn(source_, "dummy transition", "cannot have sign");
   repeated_arcs_.warn(source_, "the arc to", "is repeated");
   warn_of_instances_zero();
-  sort_signals(stg_);
-  sort_net(stg_);
+  net::sort_signals(stg_);
+  net::sort_net(stg_);
   return std::move(stg_);
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -1,6 +1,7 @@
 // formats/g_graph.h - the signals, nodes and arcs that a .g text tells piece by piece.
 // Here:      what a word in a line of arcs names, arcs, the places between two transitions.
-// Not here:  lines and keywords (formats/g_reader.h), tokens and values (formats/g_initial_state.h).
+// Not here:  lines and keywords (formats/g_reader.h), tokens and values
+// (formats/g_initial_state.h).
 //
 // A word names a transition if what precedes its sign and instance number is a declared signal, and
 // a place otherwise. Words that differ name different nodes: "a+", "a+/0" and "a+/1" are three.
@@ -12,17 +13,17 @@
 #include <unordered_map>
 #include <vector>
 
-#include "net/net.h"
-#include "formats/pnml_ids.h"
 #include "formats/g_words.h"
+#include "formats/pnml_ids.h"
+#include "net/net.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 class GGraph {
  public:
-  explicit GGraph(const SourceText& source) : source_{source} {}
+  explicit GGraph(const base::SourceText& source) : source_{source} {}
 
-  bool add_signal(const GWord& word, SignalKind kind);
+  bool add_signal(const GWord& word, net::SignalKind kind);
   // Arcs from the first word to each of the others.
   bool add_arcs(const std::vector<GWord>& words);
   // To be called once, when all arcs are known. What is asked for below is known from then on.
@@ -31,23 +32,23 @@ class GGraph {
   // By a name that may be "<TRANSITION,TRANSITION>"; null if there is no such place. A place that
   // is written by a name of this form is preferred to the one between the two transitions, which
   // is the twin of it then.
-  StgPlace* place_named(std::string_view name) const;
-  StgPlace* twin_of(StgPlace* place) const;
+  net::StgPlace* place_named(std::string_view name) const;
+  net::StgPlace* twin_of(net::StgPlace* place) const;
   // A place that no arc has named. Null after the error that the word cannot name a place.
-  StgPlace* add_isolated_place(const GWord& word);
+  net::StgPlace* add_isolated_place(const GWord& word);
 
   // Null if there is none.
-  Signal* signal_named(std::string_view name) const;
+  net::Signal* signal_named(std::string_view name) const;
   // In the order of their declarations.
-  const OwnedList<Signal>& signals() const { return stg_.signals; }
+  const base::OwnedList<net::Signal>& signals() const { return stg_.signals; }
 
   // To be called last. Takes the STG out, sorted.
-  Stg finish();
+  net::Stg finish();
 
  private:
   struct Node {
-    StgPlace* place;  // either of these is null
-    StgTransition* transition;
+    net::StgPlace* place;  // either of these is null
+    net::StgTransition* transition;
   };
   struct Arc {
     std::uint32_t source, target;  // numbers of nodes
@@ -56,25 +57,26 @@ class GGraph {
 
   const Node* node_named(const GWord& word);
   bool add_node(const GWord& word);
-  bool add_transition(const GWord& word, Signal& label, std::string_view rest);
-  StgPlace& add_place(const GWord& word);
+  bool add_transition(const GWord& word, net::Signal& label, std::string_view rest);
+  net::StgPlace& add_place(const GWord& word);
   void connect(const Arc& arc);
   bool has_transition(std::string_view name) const;
   void warn_of_instances_zero();
-  StgPlace& add_implicit_place(const StgTransition& source, const StgTransition& target);
+  net::StgPlace& add_implicit_place(const net::StgTransition& source,
+                                    const net::StgTransition& target);
 
-  const SourceText& source_;
-  Stg stg_;
+  const base::SourceText& source_;
+  net::Stg stg_;
   pnml::IdTable signal_ids_;  // numbers are positions in stg_.signals, which is sorted at the end
   pnml::IdTable node_ids_;
   std::vector<Node> nodes_;
   std::vector<Arc> arcs_;
   pnml::IdTable implicit_ids_;
-  std::vector<StgPlace*> implicit_places_;
+  std::vector<net::StgPlace*> implicit_places_;
   // From a place written by name to the one between transitions that would have this name too.
-  std::unordered_map<const StgPlace*, StgPlace*> twins_;
-  RepeatedFault repeated_arcs_, signed_dummies_;
+  std::unordered_map<const net::StgPlace*, net::StgPlace*> twins_;
+  base::RepeatedFault repeated_arcs_, signed_dummies_;
   std::vector<GWord> instances_zero_;  // transitions written like "a+/0"
 };
 
-}  // namespace vorel
+}  // namespace vorel::formats

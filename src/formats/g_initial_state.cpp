@@ -4,12 +4,12 @@
 #include <cassert>
 #include <string>
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 constexpr std::string_view digits = "0123456789";
 constexpr std::string_view value_digits = "01?";  // at the positions that are the values
-static_assert(value_digits[unknown_value] == '?');
+static_assert(value_digits[net::unknown_value] == '?');
 
 // "NAME=NUMBER" in two; the number is empty if the text has no other form.
 struct Assignment {
@@ -40,10 +40,10 @@ std::string_view without_leading_zeros(std::string_view number) {
 
 // Null after an error. A name that no arc knows may be that of a place without arcs, but hardly one
 // that has the form of a place between two transitions.
-StgPlace* GInitialState::place_to_mark(const GWord& word, std::string_view name) {
-  if (StgPlace* const place = graph_.place_named(name)) return place;
+net::StgPlace* GInitialState::place_to_mark(const GWord& word, std::string_view name) {
+  if (net::StgPlace* const place = graph_.place_named(name)) return place;
   if (is_pair(name)) {
-    source_.report(word.offset, "no arc goes through the marked place " + quoted(name));
+    source_.report(word.offset, "no arc goes through the marked place " + base::quoted(name));
     return nullptr;
   }
   if (name.empty()) {
@@ -54,7 +54,7 @@ StgPlace* GInitialState::place_to_mark(const GWord& word, std::string_view name)
   return graph_.add_isolated_place({name, word.offset});
 }
 
-bool GInitialState::put_tokens(const GWord& word, StgPlace& place, std::string_view tokens) {
+bool GInitialState::put_tokens(const GWord& word, net::StgPlace& place, std::string_view tokens) {
   tokens = without_leading_zeros(tokens);
   if (tokens == "0") return true;
   if (tokens != "1") return source_.report_unsafe(word.offset, place.name, tokens);
@@ -66,9 +66,9 @@ bool GInitialState::put_tokens(const GWord& word) {
   const bool is_name = graph_.place_named(word.text) != nullptr;  // whatever else it looks like
   auto [name, tokens] = is_name ? Assignment{word.text, {}} : split_assignment(word.text, digits);
   if (tokens.empty()) tokens = "1";
-  StgPlace* place = place_to_mark(word, name);
+  net::StgPlace* place = place_to_mark(word, name);
   if (place == nullptr) return false;
-  if (StgPlace* const twin = graph_.twin_of(place)) {
+  if (net::StgPlace* const twin = graph_.twin_of(place)) {
     if (place->initial_marking == 0) {
       marked_with_twin_.push_back({word, place});
     } else {
@@ -83,7 +83,7 @@ bool GInitialState::twins_are_settled() const {
   for (const auto& [word, place] : marked_with_twin_) {
     assert(graph_.twin_of(place) != nullptr);
     if (place->initial_marking == graph_.twin_of(place)->initial_marking) continue;
-    return source_.report(word.offset, quoted(word.text) +
+    return source_.report(word.offset, base::quoted(word.text) +
                                            " is both the name of a place and that of the place "
                                            "between the two transitions, and one token for them "
                                            "is ambiguous");
@@ -99,22 +99,23 @@ bool GInitialState::put_tokens(const std::vector<GWord>& words) {
   return twins_are_settled();
 }
 
-bool GInitialState::set_value(const GWord& word, Signal& signal, char digit) {
+bool GInitialState::set_value(const GWord& word, net::Signal& signal, char digit) {
   const auto value = static_cast<std::uint8_t>(value_digits.find(digit));
-  assert(value <= unknown_value);
+  assert(value <= net::unknown_value);
   if (signal.is_dummy()) {
-    return source_.report(word.offset, "dummy " + quoted(signal.name) + " has an initial value");
-  }
-  if (signal.initial_value != unknown_value && signal.initial_value != value) {
     return source_.report(word.offset,
-                          "signal " + quoted(signal.name) + " has two different initial values");
+                          "dummy " + base::quoted(signal.name) + " has an initial value");
+  }
+  if (signal.initial_value != net::unknown_value && signal.initial_value != value) {
+    return source_.report(
+        word.offset, "signal " + base::quoted(signal.name) + " has two different initial values");
   }
   signal.initial_value = value;
   return true;
 }
 
 bool GInitialState::set_value(const GWord& word, std::string_view name, char digit) {
-  Signal* const signal = graph_.signal_named(name);
+  net::Signal* const signal = graph_.signal_named(name);
   return signal == nullptr ? source_.report_expected(word.offset, "a signal", word.text)
                            : set_value(word, *signal, digit);
 }
@@ -148,4 +149,4 @@ bool GInitialState::set_values(const std::vector<GWord>& words) {
   return std::ranges::all_of(words, [this](const GWord& word) { return set_value(word); });
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -9,11 +9,11 @@
 
 #include "formats/g_graph.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 class GInitialState {
  public:
-  GInitialState(const SourceText& source, GGraph& graph) : source_{source}, graph_{graph} {}
+  GInitialState(const base::SourceText& source, GGraph& graph) : source_{source}, graph_{graph} {}
 
   // The words of the marking: "PLACE", "<TRANSITION,TRANSITION>", or one of these with "=TOKENS".
   bool put_tokens(const std::vector<GWord>& words);
@@ -24,19 +24,19 @@ class GInitialState {
 
  private:
   bool put_tokens(const GWord& word);
-  bool put_tokens(const GWord& word, StgPlace& place, std::string_view tokens);
-  StgPlace* place_to_mark(const GWord& word, std::string_view name);
+  bool put_tokens(const GWord& word, net::StgPlace& place, std::string_view tokens);
+  net::StgPlace* place_to_mark(const GWord& word, std::string_view name);
   bool twins_are_settled() const;
 
   bool set_value(const GWord& word);
   bool set_value(const GWord& word, std::string_view name, char digit);
-  bool set_value(const GWord& word, Signal& signal, char digit);
+  bool set_value(const GWord& word, net::Signal& signal, char digit);
   bool set_all_values(const GWord& word);
 
-  const SourceText& source_;
+  const base::SourceText& source_;
   GGraph& graph_;
-  std::vector<std::pair<GWord, StgPlace*>> marked_with_twin_;
-  RepeatedFault isolated_places_;
+  std::vector<std::pair<GWord, net::StgPlace*>> marked_with_twin_;
+  base::RepeatedFault isolated_places_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::formats

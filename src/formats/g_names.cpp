@@ -11,7 +11,7 @@
 #include "base/messages.h"
 #include "net/transition_label.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 constexpr std::string_view marks_of_label = "+-~/";  // one of them ends the name of the signal
@@ -38,18 +38,18 @@ bool is_rest_of_label(std::string_view rest) {
   return rest.empty() || (rest.size() > 1 && rest.front() == '/');
 }
 
-bool tells_label(std::string_view name, const StgTransition& transition) {
-  const Signal& signal = *transition.signal;
+bool tells_label(std::string_view name, const net::StgTransition& transition) {
+  const net::Signal& signal = *transition.signal;
   if (!name.starts_with(signal.name)) return false;
   const std::string_view rest = name.substr(signal.name.size());
-  const Sign told = rest.starts_with('+')   ? Sign::plus
-                    : rest.starts_with('-') ? Sign::minus
-                                            : Sign::toggle;
+  const net::Sign told = rest.starts_with('+')   ? net::Sign::plus
+                         : rest.starts_with('-') ? net::Sign::minus
+                                                 : net::Sign::toggle;
   return is_rest_of_label(rest) && (signal.is_dummy() || told == transition.sign);
 }
 
-std::string label_text(const StgTransition& transition) {
-  const Signal& signal = *transition.signal;
+std::string label_text(const net::StgTransition& transition) {
+  const net::Signal& signal = *transition.signal;
   if (signal.is_dummy()) return signal.name;
   return signal.name + std::string_view("+-~")[static_cast<std::size_t>(transition.sign)];
 }
@@ -68,8 +68,8 @@ class Replacements {
   }
   void warn(std::string_view what) const {
     if (count_ == 0) return;
-    print_warning(std::to_string(count_) + " name(s) of " + std::string(what) +
-                  " do not suit the .g format; " + first_);
+    base::print_warning(std::to_string(count_) + " name(s) of " + std::string(what) +
+                        " do not suit the .g format; " + first_);
   }
 
  private:
@@ -79,7 +79,7 @@ class Replacements {
 
 class NameChooser {
  public:
-  explicit NameChooser(const Stg& stg) : stg_{stg} {
+  explicit NameChooser(const net::Stg& stg) : stg_{stg} {
     names_.transitions.resize(stg.transitions.size());
     names_.places.resize(stg.places.size());
     is_implicit_.resize(stg.places.size());
@@ -100,7 +100,7 @@ class NameChooser {
       const bool is_sound = is_word_of_pair(signal->name) &&
                             signal->name.find_first_of(marks_of_label) == std::string::npos;
       if (is_sound) continue;
-      print_error("the name of signal \"" + signal->name + "\" does not suit the .g format");
+      base::print_error("the name of signal \"" + signal->name + "\" does not suit the .g format");
       return false;
     }
     return true;
@@ -110,7 +110,7 @@ class NameChooser {
   void name_transitions() {
     for (const auto& transition : stg_.transitions) {
       assert(transition->signal != nullptr && "every transition is labelled");
-      const std::string_view name = without_kind_prefix(transition->name);
+      const std::string_view name = net::without_kind_prefix(transition->name);
       if (!is_word_of_pair(name) || !tells_label(name, *transition)) continue;
       if (taken_.emplace(name).second) names_.transitions[transition->index] = name;
     }
@@ -133,16 +133,16 @@ class NameChooser {
     return name;
   }
 
-  static bool has_two_ends(const StgPlace& place) {
+  static bool has_two_ends(const net::StgPlace& place) {
     return place.preset.size() == 1 && place.postset.size() == 1;
   }
-  std::string pair_name_of(const StgPlace& place) const {
+  std::string pair_name_of(const net::StgPlace& place) const {
     return pair_name(names_.transitions[place.preset.front()->index],
                      names_.transitions[place.postset.front()->index]);
   }
 
   void choose_implicit_places() {
-    std::unordered_map<std::string, const StgPlace*> chosen;
+    std::unordered_map<std::string, const net::StgPlace*> chosen;
     for (const auto& place : stg_.places) {
       if (!has_two_ends(*place)) continue;
       std::string pair = pair_name_of(*place);
@@ -157,8 +157,8 @@ class NameChooser {
 
   // An implicit place makes room for one written by the name that it would have. It then is written
   // by name itself, which may have the same consequence.
-  void make_room_for_names(const std::unordered_map<std::string, const StgPlace*>& chosen) {
-    std::vector<const StgPlace*> written;
+  void make_room_for_names(const std::unordered_map<std::string, const net::StgPlace*>& chosen) {
+    std::vector<const net::StgPlace*> written;
     for (const auto& place : stg_.places) {
       if (!is_implicit_[place->index]) written.push_back(place.get());
     }
@@ -171,7 +171,7 @@ class NameChooser {
     }
   }
 
-  bool suits(std::string_view name, const StgPlace& place) const {
+  bool suits(std::string_view name, const net::StgPlace& place) const {
     if (!is_word(name)) return false;
     if (name.front() == '<') {
       const bool has_arcs = !place.preset.empty() || !place.postset.empty();
@@ -200,7 +200,7 @@ class NameChooser {
     replacements.warn("places");
   }
 
-  const Stg& stg_;
+  const net::Stg& stg_;
   GNames names_;
   std::vector<bool> is_implicit_;                               // by index of the place
   std::unordered_set<std::string_view> signals_;                // their names
@@ -210,6 +210,6 @@ class NameChooser {
 
 }  // namespace
 
-std::optional<GNames> choose_g_names(const Stg& stg) { return NameChooser(stg).run(); }
+std::optional<GNames> choose_g_names(const net::Stg& stg) { return NameChooser(stg).run(); }
 
-}  // namespace vorel
+}  // namespace vorel::formats

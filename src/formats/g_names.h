@@ -16,7 +16,7 @@
 
 #include "net/net.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 struct GNames {
   std::vector<std::string> transitions;  // by index
@@ -25,6 +25,6 @@ struct GNames {
 
 // Warns of names that had to be replaced. nullopt after an error: no name can replace that of a
 // signal, as it is known outside of the circuit.
-std::optional<GNames> choose_g_names(const Stg& stg);
+std::optional<GNames> choose_g_names(const net::Stg& stg);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -9,7 +9,7 @@
 #include "formats/g_initial_state.h"
 #include "formats/g_words.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 class GReader {
@@ -17,7 +17,7 @@ class GReader {
   GReader(std::string_view text, const std::string& name)
       : source_{text, name}, words_{source_}, graph_{source_}, initial_state_{source_, graph_} {}
 
-  std::optional<Stg> run() {
+  std::optional<net::Stg> run() {
     while (!has_ended_ && words_.next_line(line_)) {
       if (!take_line()) return std::nullopt;
     }
@@ -37,10 +37,10 @@ class GReader {
   // What is done with the line that starts with the keyword; null if it is not known.
   static Taker taker(std::string_view keyword) {
     static constexpr std::pair<std::string_view, Taker> table[] = {
-        {".inputs", &GReader::take_signals<SignalKind::input>},
-        {".outputs", &GReader::take_signals<SignalKind::output>},
-        {".internal", &GReader::take_signals<SignalKind::internal>},
-        {".dummy", &GReader::take_signals<SignalKind::dummy>},
+        {".inputs", &GReader::take_signals<net::SignalKind::input>},
+        {".outputs", &GReader::take_signals<net::SignalKind::output>},
+        {".internal", &GReader::take_signals<net::SignalKind::internal>},
+        {".dummy", &GReader::take_signals<net::SignalKind::dummy>},
         {".graph", &GReader::take_graph},
         {".marking", &GReader::take_marking},
         {".initial", &GReader::take_initial},
@@ -73,7 +73,7 @@ class GReader {
     return true;
   }
 
-  template <SignalKind kind>
+  template <net::SignalKind kind>
   bool take_signals() {
     if (in_graph_) {
       return source_.report_syntax_error(line_[0].offset, "signals are declared before .graph",
@@ -152,22 +152,22 @@ class GReader {
     if (!has_ended_) source_.warn(source_.size(), "the last line is not .end");
   }
 
-  const SourceText source_;
+  const base::SourceText source_;
   GWords words_;
   GGraph graph_;
   GInitialState initial_state_;
   std::vector<GWord> line_;
   std::vector<GWord> marked_;
   std::vector<std::vector<GWord>> values_;
-  RepeatedFault unknown_lines_;
+  base::RepeatedFault unknown_lines_;
   bool in_graph_ = false;
   bool has_ended_ = false;
 };
 
 }  // namespace
 
-std::optional<Stg> read_g_text(std::string_view text, const std::string& name) {
+std::optional<net::Stg> read_g_text(std::string_view text, const std::string& name) {
   return GReader(text, name).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

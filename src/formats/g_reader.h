@@ -18,9 +18,9 @@
 
 #include "net/net.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // Sorted and numbered. nullopt after an error. `name` is what messages call the file.
-std::optional<Stg> read_g_text(std::string_view text, const std::string& name);
+std::optional<net::Stg> read_g_text(std::string_view text, const std::string& name);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f'; }
@@ -11,7 +11,7 @@ bool is_line_end(char c) { return c == '\n' || c == '\r'; }
 
 }  // namespace
 
-GWords::GWords(const SourceText& source)
+GWords::GWords(const base::SourceText& source)
     : source_{source},
       text_{source.text()},
       at_{source.text().starts_with("\xEF\xBB\xBF") ? std::size_t{3} : 0} {}
@@ -62,7 +62,7 @@ bool GWords::take_word(std::vector<GWord>& words) {
   assert(at_ > start && at_ <= text_.size());
   const GWord word{without_blanks(text_.substr(start, at_ - start)), start};
   words.push_back(word);
-  failed_ = has_control_character(word.text);
+  failed_ = base::has_control_character(word.text);
   return !failed_ || source_.report_expected(start, "a name of printable characters", word.text);
 }
 
@@ -84,4 +84,4 @@ bool GWords::next_line(std::vector<GWord>& words) {
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -10,7 +10,7 @@
 
 #include "base/source_text.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 struct GWord {
   std::string_view text;  // lives as long as the GWords that gave it
@@ -19,7 +19,7 @@ struct GWord {
 
 class GWords {
  public:
-  explicit GWords(const SourceText& source);
+  explicit GWords(const base::SourceText& source);
 
   // The words of the next line that has any. False at the end of the text and after an error;
   // failed() tells which.
@@ -36,7 +36,7 @@ class GWords {
   bool take_word(std::vector<GWord>& words);
   std::string_view without_blanks(std::string_view text);
 
-  const SourceText& source_;
+  const base::SourceText& source_;
   std::string_view text_;
   std::size_t at_ = 0;
   std::size_t no_pair_before_ = 0;  // no ">" is left on the line that ends here
@@ -44,4 +44,4 @@ class GWords {
   std::deque<std::string> changed_;  // words that do not stand in the text as they are
 };
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -4,27 +4,27 @@
 #include <cassert>
 #include <string_view>
 
+#include "base/text_sink.h"
 #include "formats/g_names.h"
 #include "formats/mci_writer.h"
 #include "formats/save_file.h"
-#include "base/text_sink.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 struct KindKeyword {
-  SignalKind kind;
+  net::SignalKind kind;
   std::string_view keyword;
 };
-constexpr std::array<KindKeyword, signal_kind_count> kind_keywords = {
-    {{SignalKind::input, ".inputs"},
-     {SignalKind::output, ".outputs"},
-     {SignalKind::internal, ".internal"},
-     {SignalKind::dummy, ".dummy"}}};
+constexpr std::array<KindKeyword, net::signal_kind_count> kind_keywords = {
+    {{net::SignalKind::input, ".inputs"},
+     {net::SignalKind::output, ".outputs"},
+     {net::SignalKind::internal, ".internal"},
+     {net::SignalKind::dummy, ".dummy"}}};
 
 class GText {
  public:
-  GText(const Stg& stg, const GNames& names, std::ostream& stream)
+  GText(const net::Stg& stg, const GNames& names, std::ostream& stream)
       : stg_{stg}, names_{names}, sink_{stream} {
     assert(names.places.size() == stg.places.size());
     assert(names.transitions.size() == stg.transitions.size());
@@ -42,13 +42,13 @@ class GText {
   }
 
  private:
-  bool is_implicit(const StgPlace& place) const { return names_.places[place.index].empty(); }
-  std::string_view name_of(const StgPlace& place) const { return names_.places[place.index]; }
-  std::string_view name_of(const StgTransition& transition) const {
+  bool is_implicit(const net::StgPlace& place) const { return names_.places[place.index].empty(); }
+  std::string_view name_of(const net::StgPlace& place) const { return names_.places[place.index]; }
+  std::string_view name_of(const net::StgTransition& transition) const {
     return names_.transitions[transition.index];
   }
 
-  void add_signals(SignalKind kind, std::string_view keyword) {
+  void add_signals(net::SignalKind kind, std::string_view keyword) {
     bool is_first = true;
     for (const auto& signal : stg_.signals) {
       if (signal->kind != kind) continue;
@@ -58,21 +58,21 @@ class GText {
     }
   }
 
-  void add_line_of(const StgPlace& place) {
+  void add_line_of(const net::StgPlace& place) {
     if (is_implicit(place) || place.postset.empty()) return;
     sink_ << '\n' << name_of(place);
-    for (const StgTransition* consumer : place.postset) sink_ << ' ' << name_of(*consumer);
+    for (const net::StgTransition* consumer : place.postset) sink_ << ' ' << name_of(*consumer);
   }
 
-  void add_line_of(const StgTransition& transition) {
+  void add_line_of(const net::StgTransition& transition) {
     if (transition.postset.empty()) return;
     sink_ << '\n' << name_of(transition);
-    for (const StgPlace* place : transition.postset) {
+    for (const net::StgPlace* place : transition.postset) {
       sink_ << ' ' << (is_implicit(*place) ? name_of(*place->postset.front()) : name_of(*place));
     }
   }
 
-  void add_tokens_of(const StgPlace& place) {
+  void add_tokens_of(const net::StgPlace& place) {
     if (place.initial_marking == 0) return;
     if (is_implicit(place)) {
       sink_ << " <" << name_of(*place.preset.front()) << ',' << name_of(*place.postset.front())
@@ -83,30 +83,32 @@ class GText {
     if (place.initial_marking > 1) sink_ << '=' << place.initial_marking;
   }
 
-  const Stg& stg_;
+  const net::Stg& stg_;
   const GNames& names_;
-  TextSink sink_;
+  base::TextSink sink_;
 };
 
 }  // namespace
 
-bool write_g(const Stg& stg, std::ostream& stream) {
+bool write_g(const net::Stg& stg, std::ostream& stream) {
   const auto names = choose_g_names(stg);
   return names && GText(stg, *names, stream).run();
 }
 
-bool save_g(const Stg& stg, const std::string& file_name) {
-  return save_file(file_name, [&stg](OutputFile& file) { return write_g(stg, file.stream()); });
-}
-
-bool save_mci(const StgPrefix& prefix, const std::string& file_name) {
+bool save_g(const net::Stg& stg, const std::string& file_name) {
   return save_file(file_name,
-                   [&prefix](OutputFile& file) { return write_stg_mci(prefix, file.stream()); });
+                   [&stg](base::OutputFile& file) { return write_g(stg, file.stream()); });
 }
 
-bool save_mci(const NetPrefix& prefix, const std::string& file_name) {
+bool save_mci(const net::StgPrefix& prefix, const std::string& file_name) {
+  return save_file(file_name, [&prefix](base::OutputFile& file) {
+    return write_stg_mci(prefix, file.stream());
+  });
+}
+
+bool save_mci(const net::NetPrefix& prefix, const std::string& file_name) {
   return save_file(file_name,
-                   [&prefix](OutputFile& file) { return write_mci(prefix, file.stream()); });
+                   [&prefix](base::OutputFile& file) { return write_mci(prefix, file.stream()); });
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

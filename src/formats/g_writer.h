@@ -10,16 +10,16 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // Writes and flushes the text. False after an error: a write fails, or the name of a signal does
 // not suit the format; nothing is written then.
-bool write_g(const Stg& stg, std::ostream& stream);
+bool write_g(const net::Stg& stg, std::ostream& stream);
 
-bool save_g(const Stg& stg, const std::string& file_name);
+bool save_g(const net::Stg& stg, const std::string& file_name);
 
 // As write_stg_mci() of formats/mci_writer.h does, or write_mci() for a net without signals.
-bool save_mci(const StgPrefix& prefix, const std::string& file_name);
-bool save_mci(const NetPrefix& prefix, const std::string& file_name);
+bool save_mci(const net::StgPrefix& prefix, const std::string& file_name);
+bool save_mci(const net::NetPrefix& prefix, const std::string& file_name);
 
-}  // namespace vorel
+}  // namespace vorel::formats

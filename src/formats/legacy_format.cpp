@@ -4,10 +4,10 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 void warn_of_legacy_format(std::string_view format) {
-  print_warning(
+  base::print_warning(
       std::string("the legacy ")
           .append(format)
           .append(" format is deprecated, as it does not store sufficient information for "
@@ -15,4 +15,4 @@ void warn_of_legacy_format(std::string_view format) {
                   "ADVISED to switch to the new PNML-based format"));
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -3,9 +3,9 @@
 
 #include <string_view>
 
-namespace vorel {
+namespace vorel::formats {
 
 // Warns that the format is deprecated; `format` is "*.mci" or "*.mp".
 void warn_of_legacy_format(std::string_view format);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -11,7 +11,7 @@
 #include "base/source_text.h"
 #include "formats/repeated_names.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 bool is_upper(char c) { return 'A' <= c && c <= 'Z'; }
@@ -32,7 +32,7 @@ bool is_line_of_defaults(std::string_view line) {
 // One line. Every step reports what it does not find.
 class LineCursor {
  public:
-  LineCursor(const SourceText& source, std::string_view line) : source_{source}, rest_{line} {
+  LineCursor(const base::SourceText& source, std::string_view line) : source_{source}, rest_{line} {
     skip_gaps();
   }
 
@@ -89,7 +89,7 @@ class LineCursor {
     while (!at_end() && is_gap(rest_.front())) rest_.remove_prefix(1);
   }
 
-  const SourceText& source_;
+  const base::SourceText& source_;
   std::string_view rest_;
 };
 
@@ -125,7 +125,7 @@ class Nodes {
     last_ = number;
     offsets_.push_back(offset);
     numbers_.push_back(std::to_string(number));
-    append_new(elements).name =
+    base::append_new(elements).name =
         name.empty() ? std::string(1, default_initial_) + numbers_.back() : std::string(name);
     return true;
   }
@@ -135,14 +135,14 @@ class Nodes {
     assert(found == index_of_.end() || found->second < elements.size());
     return found == index_of_.end() ? nullptr : elements[found->second].get();
   }
-  void make_names_unique(RepeatedFault& renamed) {
+  void make_names_unique(base::RepeatedFault& renamed) {
     const std::vector<std::string_view> ids(numbers_.begin(), numbers_.end());
-    for (const std::uint32_t index : vorel::make_names_unique(elements, ids)) {
+    for (const std::uint32_t index : formats::make_names_unique(elements, ids)) {
       renamed.note(offsets_[index], elements[index]->name);
     }
   }
 
-  OwnedList<T> elements;
+  base::OwnedList<T> elements;
 
  private:
   char default_initial_;  // of a name where the file has none
@@ -156,7 +156,7 @@ class LlNetReader {
  public:
   LlNetReader(std::string_view text, const std::string& name) : source_{text, name} {}
 
-  std::optional<Net> run() {
+  std::optional<net::Net> run() {
     for (std::size_t at = 0; at < source_.size();) {
       const std::string_view line = source_.rest_of_line(at);
       if (!take_line(line)) return std::nullopt;
@@ -171,8 +171,8 @@ class LlNetReader {
 
  private:
   struct Arc {
-    Place* place;
-    Transition* transition;
+    net::Place* place;
+    net::Transition* transition;
     bool is_output;  // from the transition to the place
     std::size_t offset;
   };
@@ -208,15 +208,15 @@ class LlNetReader {
     if (is_digit(cursor.next()) && !cursor.take_number(number)) return false;
     const LineCursor at_name = cursor;
     if (!cursor.take_quoted(name)) return false;
-    if (has_control_character(name)) return at_name.fail("a name of printable characters");
+    if (base::has_control_character(name)) return at_name.fail("a name of printable characters");
     return nodes.add(number, name, offset) ||
-           source_.report(offset, "number " + std::to_string(number) + " of node " + quoted(name) +
-                                      " has been used before");
+           source_.report(offset, "number " + std::to_string(number) + " of node " +
+                                      base::quoted(name) + " has been used before");
   }
 
   bool take_place(LineCursor& cursor) {
     if (!take_node(cursor, places_)) return false;
-    Place& place = *places_.elements.back();
+    net::Place& place = *places_.elements.back();
     for (Attribute attribute{}; !cursor.at_end();) {
       if (!take_attribute(cursor, attribute)) return false;
       if (attribute.letter == 'M' && !mark(place, attribute)) return false;
@@ -224,7 +224,7 @@ class LlNetReader {
     return true;
   }
 
-  bool mark(Place& place, const Attribute& attribute) {
+  bool mark(net::Place& place, const Attribute& attribute) {
     assert(attribute.letter == 'M');
     const std::string_view tokens = attribute.value.empty() ? "1" : attribute.value;
     if (!std::ranges::all_of(tokens, is_digit)) {
@@ -296,45 +296,45 @@ class LlNetReader {
       return std::tuple(arc.is_output, arc.place->index, arc.transition->index);
     };
     std::ranges::stable_sort(arcs_, {}, place_in_net);
-    RepeatedFault repeated;
+    base::RepeatedFault repeated;
     for (std::size_t i = 0; i < arcs_.size(); ++i) {
       const Arc& arc = arcs_[i];
       if (i > 0 && place_in_net(arcs_[i - 1]) == place_in_net(arc)) {
         repeated.note(arc.offset, source_.rest_of_line(arc.offset));
       } else if (arc.is_output) {
-        add_arc(*arc.transition, *arc.place);
+        net::add_arc(*arc.transition, *arc.place);
       } else {
-        add_arc(*arc.place, *arc.transition);
+        net::add_arc(*arc.place, *arc.transition);
       }
     }
     repeated.warn(source_, "the arc", "is repeated");
   }
 
-  Net finish() {
+  net::Net finish() {
     add_arcs();
-    RepeatedFault renamed;
+    base::RepeatedFault renamed;
     places_.make_names_unique(renamed);
     transitions_.make_names_unique(renamed);
     renamed.warn(source_, "node", "is renamed with its number, as its name occurred before");
-    Net net;
+    net::Net net;
     net.places = std::move(places_.elements);
     net.transitions = std::move(transitions_.elements);
-    sort_net(net);
+    net::sort_net(net);
     return net;
   }
 
-  const SourceText source_;
+  const base::SourceText source_;
   std::string_view section_;
   bool has_places_ = false;
-  Nodes<Place> places_{'P'};
-  Nodes<Transition> transitions_{'T'};
+  Nodes<net::Place> places_{'P'};
+  Nodes<net::Transition> transitions_{'T'};
   std::vector<Arc> arcs_;
 };
 
 }  // namespace
 
-std::optional<Net> read_ll_net_text(std::string_view text, const std::string& name) {
+std::optional<net::Net> read_ll_net_text(std::string_view text, const std::string& name) {
   return LlNetReader(text, name).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 class LayoutFinder {
@@ -109,4 +109,4 @@ bool find_mci_layout(std::string_view bytes, MciLayout& layout) {
   return LayoutFinder(bytes, layout).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

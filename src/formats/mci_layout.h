@@ -24,7 +24,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vorel {
+namespace vorel::formats {
 
 inline constexpr std::uint32_t mci_unknown_correspondent = 0xFFFFFFFFu;
 
@@ -76,4 +76,4 @@ struct MciLayout {
 // False if the bytes end too early or a number is beyond its table. The layout points into them.
 bool find_mci_layout(std::string_view bytes, MciLayout& layout);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -5,14 +5,14 @@
 #include <cassert>
 #include <string_view>
 
-#include "base/messages.h"
-#include "net/initial_values.h"
 #include "base/input_text.h"
+#include "base/messages.h"
 #include "formats/legacy_format.h"
 #include "formats/mci_layout.h"
+#include "net/initial_values.h"
 #include "net/transition_label.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 // The least size of a file with these counts; one of the wrong byte order claims far more. Bytes
@@ -36,9 +36,9 @@ class PrefixBuilder {
     add_events();
     add_conditions();
     set_cut_offs();
-    rebuild_arcs(*prefix_);
-    sort_net(*prefix_);
-    count_initial_marking(*prefix_);
+    net::rebuild_arcs(*prefix_);
+    net::sort_net(*prefix_);
+    net::count_initial_marking(*prefix_);
     assert(prefix_->events.size() == layout_.event_count);
     assert(prefix_->conditions.size() == layout_.condition_count);
     return std::move(prefix_);
@@ -49,16 +49,16 @@ class PrefixBuilder {
   using Condition = typename P::Condition;
 
   template <class T>
-  static void add_named(OwnedList<T>& list, const std::vector<std::string_view>& names) {
+  static void add_named(base::OwnedList<T>& list, const std::vector<std::string_view>& names) {
     list.reserve(names.size());
-    for (const std::string_view name : names) append_new(list).name = name;
+    for (const std::string_view name : names) base::append_new(list).name = name;
   }
 
   void add_events() {
     MciWords words(layout_.events);
     prefix_->events.reserve(layout_.event_count);
     for (std::uint32_t i = 0; i < layout_.event_count; ++i) {
-      Event& event = append_new(prefix_->events);
+      Event& event = base::append_new(prefix_->events);
       event.transition = prefix_->transitions[words.next() - 1].get();
       event.preset.reserve(layout_.consumed[i]);
       event.postset.reserve(layout_.produced[i]);
@@ -70,15 +70,15 @@ class PrefixBuilder {
     MciWords words(layout_.conditions);
     prefix_->conditions.reserve(layout_.condition_count);
     for (std::uint32_t i = 0; i < layout_.condition_count; ++i) {
-      Condition& condition = append_new(prefix_->conditions);
+      Condition& condition = base::append_new(prefix_->conditions);
       condition.place = prefix_->places[words.next() - 1].get();
       if (const std::uint32_t producer = words.next()) {
-        [[maybe_unused]] const bool is_only_producer = add_link(event(producer), condition);
+        [[maybe_unused]] const bool is_only_producer = net::add_link(event(producer), condition);
         assert(is_only_producer);
       }
       condition.postset.reserve(words.run_length());
-      while (const std::uint32_t consumer = words.next()) add_link(condition, event(consumer));
-      sort_by_index(condition.postset);
+      while (const std::uint32_t consumer = words.next()) net::add_link(condition, event(consumer));
+      net::sort_by_index(condition.postset);
     }
     assert(std::ranges::all_of(prefix_->events, [this](const auto& event) {
       return event->preset.size() == layout_.consumed[event->index] &&
@@ -113,15 +113,15 @@ class PrefixBuilder {
 template <class P>
 std::unique_ptr<P> read_mci(std::istream& stream, const std::string& file_name) {
   warn_of_legacy_format("*.mci");
-  const std::string bytes = read_whole_stream(stream);
+  const std::string bytes = base::read_whole_stream(stream);
   const bool is_whole = !stream.bad();
   if (is_whole && !is_long_enough(bytes)) {
-    print_error("\"" + file_name + "\" is not in the *.mci format (or not little-endian)");
+    base::print_error("\"" + file_name + "\" is not in the *.mci format (or not little-endian)");
     return nullptr;
   }
   MciLayout layout;
   if (!is_whole || !find_mci_layout(bytes, layout)) {
-    print_error("incorrect syntax of " + file_name);
+    base::print_error("incorrect syntax of " + file_name);
     return nullptr;
   }
   return PrefixBuilder<P>(layout).run();
@@ -129,15 +129,15 @@ std::unique_ptr<P> read_mci(std::istream& stream, const std::string& file_name) 
 
 }  // namespace
 
-std::unique_ptr<NetPrefix> read_mci_net(std::istream& stream, const std::string& file_name) {
-  return read_mci<NetPrefix>(stream, file_name);
+std::unique_ptr<net::NetPrefix> read_mci_net(std::istream& stream, const std::string& file_name) {
+  return read_mci<net::NetPrefix>(stream, file_name);
 }
 
-std::unique_ptr<StgPrefix> read_mci_stg(std::istream& stream, const std::string& file_name) {
-  auto prefix = read_mci<StgPrefix>(stream, file_name);
-  if (prefix == nullptr || !label_transitions(*prefix)) return nullptr;
-  sort_net(*prefix);
-  return find_initial_values(*prefix) ? std::move(prefix) : nullptr;
+std::unique_ptr<net::StgPrefix> read_mci_stg(std::istream& stream, const std::string& file_name) {
+  auto prefix = read_mci<net::StgPrefix>(stream, file_name);
+  if (prefix == nullptr || !net::label_transitions(*prefix)) return nullptr;
+  net::sort_net(*prefix);
+  return net::find_initial_values(*prefix) ? std::move(prefix) : nullptr;
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -10,11 +10,11 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // Null after an error that names the file. Time and memory are linear in what the file holds,
 // whatever the counts in it claim.
-std::unique_ptr<NetPrefix> read_mci_net(std::istream& stream, const std::string& file_name);
-std::unique_ptr<StgPrefix> read_mci_stg(std::istream& stream, const std::string& file_name);
+std::unique_ptr<net::NetPrefix> read_mci_net(std::istream& stream, const std::string& file_name);
+std::unique_ptr<net::StgPrefix> read_mci_stg(std::istream& stream, const std::string& file_name);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -12,7 +12,7 @@
 #include "formats/mci_layout.h"
 #include "net/transition_label.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 // The transitions as the file has them.
@@ -31,16 +31,17 @@ TransitionTable table_in_memory_order(const N& net) {
   return table;
 }
 
-TransitionTable table_with_kinds(const Stg& stg) {
+TransitionTable table_with_kinds(const net::Stg& stg) {
   std::vector<std::string> names;
   names.reserve(stg.transitions.size());
   for (const auto& transition : stg.transitions) {
-    names.push_back(std::string(kind_prefix(transition->signal->kind)) + transition->name);
+    names.push_back(std::string(net::kind_prefix(transition->signal->kind)) + transition->name);
   }
   std::vector<std::uint32_t> order(names.size());
   std::iota(order.begin(), order.end(), 0u);
-  std::ranges::stable_sort(
-      order, [&names](std::uint32_t a, std::uint32_t b) { return name_less(names[a], names[b]); });
+  std::ranges::stable_sort(order, [&names](std::uint32_t a, std::uint32_t b) {
+    return net::name_less(names[a], names[b]);
+  });
   TransitionTable table;
   table.numbers.resize(names.size());
   for (const std::uint32_t index : order) {
@@ -53,7 +54,7 @@ TransitionTable table_with_kinds(const Stg& stg) {
 template <class N>
 class MciText {
  public:
-  MciText(const PrefixOf<N>& prefix, const TransitionTable& transitions)
+  MciText(const net::PrefixOf<N>& prefix, const TransitionTable& transitions)
       : prefix_{prefix}, transitions_{transitions} {}
 
   std::string run() {
@@ -75,7 +76,7 @@ class MciText {
   }
 
  private:
-  using Event = EventOf<N>;
+  using Event = net::EventOf<N>;
 
   void add_number(std::size_t number) {
     for (int shift = 0; shift < 32; shift += 8) {
@@ -83,8 +84,8 @@ class MciText {
     }
   }
 
-  void add_condition(const ConditionOf<N>& condition) {
-    assert(condition.index != no_index && condition.place != nullptr);
+  void add_condition(const net::ConditionOf<N>& condition) {
+    assert(condition.index != base::no_index && condition.place != nullptr);
     add_number(condition.place->index + 1);
     add_number(condition.is_initial() ? 0 : condition.pre_event->index + 1);
     for (const Event* consumer : condition.postset) add_number(consumer->index + 1);
@@ -118,20 +119,21 @@ class MciText {
 
   void add_name(std::string_view name) { bytes_.append(name).push_back('\0'); }
 
-  const PrefixOf<N>& prefix_;
+  const net::PrefixOf<N>& prefix_;
   const TransitionTable& transitions_;
   std::string bytes_;
 };
 
 // A zero byte would end a name early, and all that follows would be misread.
 template <class N>
-bool names_fit_the_format(const PrefixOf<N>& prefix) {
+bool names_fit_the_format(const net::PrefixOf<N>& prefix) {
   const auto fits = [](const auto& node) { return node->name.find('\0') == std::string::npos; };
   return std::ranges::all_of(prefix.places, fits) && std::ranges::all_of(prefix.transitions, fits);
 }
 
 template <class N>
-bool write(const PrefixOf<N>& prefix, const TransitionTable& transitions, std::ostream& stream) {
+bool write(const net::PrefixOf<N>& prefix, const TransitionTable& transitions,
+           std::ostream& stream) {
   warn_of_legacy_format("*.mci");
   if (names_fit_the_format(prefix)) {
     const std::string bytes = MciText<N>(prefix, transitions).run();
@@ -139,21 +141,21 @@ bool write(const PrefixOf<N>& prefix, const TransitionTable& transitions, std::o
     stream.flush();
     if (stream) return true;
   }
-  print_error("cannot write a file");
+  base::print_error("cannot write a file");
   return false;
 }
 
 }  // namespace
 
 template <class N>
-bool write_mci(const PrefixOf<N>& prefix, std::ostream& stream) {
+bool write_mci(const net::PrefixOf<N>& prefix, std::ostream& stream) {
   return write(prefix, table_in_memory_order<N>(prefix), stream);
 }
-template bool write_mci<Net>(const NetPrefix&, std::ostream&);
-template bool write_mci<Stg>(const StgPrefix&, std::ostream&);
+template bool write_mci<net::Net>(const net::NetPrefix&, std::ostream&);
+template bool write_mci<net::Stg>(const net::StgPrefix&, std::ostream&);
 
-bool write_stg_mci(const StgPrefix& prefix, std::ostream& stream) {
+bool write_stg_mci(const net::StgPrefix& prefix, std::ostream& stream) {
   return write(prefix, table_with_kinds(prefix), stream);
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

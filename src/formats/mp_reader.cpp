@@ -8,12 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include "base/messages.h"
 #include "base/input_text.h"
+#include "base/messages.h"
 #include "formats/legacy_format.h"
 #include "net/transition_label.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 // The lines of the file, one record each. A function that fails leaves the line number at the
@@ -71,9 +71,9 @@ class MpParser {
   bool run() {
     if (!take_counts() || !take_conditions() || !take_events() || !take_names()) return false;
     resolve();
-    count_initial_marking(process_);
-    rebuild_arcs(process_);
-    sort_adjacency(process_);
+    net::count_initial_marking(process_);
+    net::rebuild_arcs(process_);
+    net::sort_adjacency(process_);
     return true;
   }
   std::uint64_t line() const { return lines_.line(); }
@@ -110,7 +110,7 @@ class MpParser {
     if (!lines_.take_number(place, 1, place_count_)) return false;
     if (!lines_.take_number(depth, 1, highest_depth)) return false;
     if (!lines_.take_number(marking) || (marking != 0 && depth != 1)) return false;
-    Condition& condition = append_new(process_.conditions);
+    Condition& condition = base::append_new(process_.conditions);
     condition.occurrence_depth = static_cast<std::int32_t>(depth);
     condition.initial_marking = marking;
     place_numbers_.push_back(place);
@@ -135,13 +135,13 @@ class MpParser {
       return false;
     }
     if (lines_.bytes_left() / 2 < std::uint64_t{consumed} + produced) return false;
-    Event& event = append_new(process_.events);
+    Event& event = base::append_new(process_.events);
     event.cut_off = cut_off != 0;
     event.preset.reserve(consumed);
     event.postset.reserve(produced);
     transition_numbers_.push_back(transition);
-    const auto consume = [&event](Condition& condition) { add_link(condition, event); };
-    const auto produce = [&event](Condition& condition) { add_link(event, condition); };
+    const auto consume = [&event](Condition& condition) { net::add_link(condition, event); };
+    const auto produce = [&event](Condition& condition) { net::add_link(event, condition); };
     return take_links(consumed, consume) && take_links(produced, produce) &&
            lines_.take_end_of_record();
   }
@@ -164,10 +164,10 @@ class MpParser {
   }
 
   template <class T>
-  bool take_names(OwnedList<T>& list, std::uint32_t count) {
+  bool take_names(base::OwnedList<T>& list, std::uint32_t count) {
     reserve(list, count, 1);
     for (std::uint32_t i = 0; i < count; ++i) {
-      if (!lines_.take_name(append_new(list).name)) return false;
+      if (!lines_.take_name(base::append_new(list).name)) return false;
     }
     return true;
   }
@@ -194,12 +194,12 @@ class MpParser {
 template <class P>
 std::unique_ptr<P> read_mp(std::istream& stream, const std::string& file_name) {
   warn_of_legacy_format("*.mp");
-  const std::string text = read_whole_stream(stream);
+  const std::string text = base::read_whole_stream(stream);
   auto process = std::make_unique<P>();
   MpParser<P> parser(text, *process);
   if (!parser.run() || stream.bad()) {
-    print_error("syntax error (file " + file_name + ", line " + std::to_string(parser.line()) +
-                ")");
+    base::print_error("syntax error (file " + file_name + ", line " +
+                      std::to_string(parser.line()) + ")");
     return nullptr;
   }
   return process;
@@ -207,13 +207,15 @@ std::unique_ptr<P> read_mp(std::istream& stream, const std::string& file_name) {
 
 }  // namespace
 
-std::unique_ptr<NetMergedProcess> read_mp_net(std::istream& stream, const std::string& file_name) {
-  return read_mp<NetMergedProcess>(stream, file_name);
+std::unique_ptr<net::NetMergedProcess> read_mp_net(std::istream& stream,
+                                                   const std::string& file_name) {
+  return read_mp<net::NetMergedProcess>(stream, file_name);
 }
 
-std::unique_ptr<StgMergedProcess> read_mp_stg(std::istream& stream, const std::string& file_name) {
-  auto process = read_mp<StgMergedProcess>(stream, file_name);
-  return process != nullptr && label_transitions(*process) ? std::move(process) : nullptr;
+std::unique_ptr<net::StgMergedProcess> read_mp_stg(std::istream& stream,
+                                                   const std::string& file_name) {
+  auto process = read_mp<net::StgMergedProcess>(stream, file_name);
+  return process != nullptr && net::label_transitions(*process) ? std::move(process) : nullptr;
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

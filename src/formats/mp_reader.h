@@ -10,11 +10,13 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // Null after an error that names the file and the line. Everything keeps the numbers and the order
 // of the file. Time and memory are linear in what the file holds, whatever the counts in it claim.
-std::unique_ptr<NetMergedProcess> read_mp_net(std::istream& stream, const std::string& file_name);
-std::unique_ptr<StgMergedProcess> read_mp_stg(std::istream& stream, const std::string& file_name);
+std::unique_ptr<net::NetMergedProcess> read_mp_net(std::istream& stream,
+                                                   const std::string& file_name);
+std::unique_ptr<net::StgMergedProcess> read_mp_stg(std::istream& stream,
+                                                   const std::string& file_name);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -6,18 +6,18 @@
 #include <vector>
 
 #include "base/messages.h"
+#include "base/text_sink.h"
 #include "formats/legacy_format.h"
 #include "formats/save_file.h"
-#include "base/text_sink.h"
 #include "net/transition_label.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
-std::string name_in_file(const Transition& transition) { return transition.name; }
-std::string name_in_file(const StgTransition& transition) {
+std::string name_in_file(const net::Transition& transition) { return transition.name; }
+std::string name_in_file(const net::StgTransition& transition) {
   assert(transition.signal != nullptr);
-  return std::string(kind_prefix(transition.signal->kind)) + transition.name;
+  return std::string(net::kind_prefix(transition.signal->kind)) + transition.name;
 }
 
 // The names of places, then those of transitions, as the file has them.
@@ -31,12 +31,14 @@ std::vector<std::string> names_in_file(const N& net) {
 }
 
 bool refuse(std::string_view reason) {
-  print_error("the merged process cannot be written in the *.mp format: " + std::string(reason));
+  base::print_error("the merged process cannot be written in the *.mp format: " +
+                    std::string(reason));
   return false;
 }
 
 template <class N>
-bool fits_the_format(const MergedProcessOf<N>& process, const std::vector<std::string>& names) {
+bool fits_the_format(const net::MergedProcessOf<N>& process,
+                     const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     if (name.find('\n') == std::string::npos) continue;
     return refuse("a line feed is in the name \"" + name + "\"");
@@ -55,7 +57,7 @@ bool fits_the_format(const MergedProcessOf<N>& process, const std::vector<std::s
 }
 
 template <class N>
-void add_condition(TextSink& sink, const MpConditionOf<N>& condition) {
+void add_condition(base::TextSink& sink, const net::MpConditionOf<N>& condition) {
   assert(condition.occurrence_depth >= 1);
   sink << condition.place->index + 1 << ' '
        << static_cast<std::uint32_t>(condition.occurrence_depth) << ' ' << condition.initial_marking
@@ -63,7 +65,7 @@ void add_condition(TextSink& sink, const MpConditionOf<N>& condition) {
 }
 
 template <class N>
-void add_event(TextSink& sink, const MpEventOf<N>& event) {
+void add_event(base::TextSink& sink, const net::MpEventOf<N>& event) {
   sink << event.transition->index + 1 << (event.is_cut_off() ? " 1 " : " 0 ") << event.preset.size()
        << ' ' << event.postset.size();
   for (const auto* condition : event.preset) sink << ' ' << condition->index;
@@ -74,11 +76,11 @@ void add_event(TextSink& sink, const MpEventOf<N>& event) {
 }  // namespace
 
 template <class N>
-bool write_mp(const MergedProcessOf<N>& process, std::ostream& stream) {
+bool write_mp(const net::MergedProcessOf<N>& process, std::ostream& stream) {
   warn_of_legacy_format("*.mp");
   const std::vector<std::string> names = names_in_file<N>(process);
   if (!fits_the_format(process, names)) return false;
-  TextSink sink(stream);
+  base::TextSink sink(stream);
   sink << process.conditions.size() << ' ' << process.events.size() << ' ' << process.places.size()
        << ' ' << process.transitions.size() << '\n';
   for (const auto& condition : process.conditions) add_condition(sink, *condition);
@@ -91,16 +93,16 @@ bool write_mp(const MergedProcessOf<N>& process, std::ostream& stream) {
 }
 
 template <class N>
-bool save_mp(const MergedProcessOf<N>& process, const std::string& file_name) {
+bool save_mp(const net::MergedProcessOf<N>& process, const std::string& file_name) {
   return save_file(file_name,
-                   [&process](OutputFile& file) { return write_mp(process, file.stream()); });
+                   [&process](base::OutputFile& file) { return write_mp(process, file.stream()); });
 }
 
-#define INSTANTIATE(N)                                                 \
-  template bool write_mp<N>(const MergedProcessOf<N>&, std::ostream&); \
-  template bool save_mp<N>(const MergedProcessOf<N>&, const std::string&);
-INSTANTIATE(Net)
-INSTANTIATE(Stg)
+#define INSTANTIATE(N)                                                      \
+  template bool write_mp<N>(const net::MergedProcessOf<N>&, std::ostream&); \
+  template bool save_mp<N>(const net::MergedProcessOf<N>&, const std::string&);
+INSTANTIATE(net::Net)
+INSTANTIATE(net::Stg)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -8,14 +8,14 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // Both warn of the legacy format, and give false after an error: a write fails, or the format
 // cannot hold the process, for a name with a line feed, a token at a depth above 1 or an empty
 // preset. Nothing is written in the latter case.
 template <class N>
-bool write_mp(const MergedProcessOf<N>& process, std::ostream& stream);
+bool write_mp(const net::MergedProcessOf<N>& process, std::ostream& stream);
 template <class N>
-bool save_mp(const MergedProcessOf<N>& process, const std::string& file_name);
+bool save_mp(const net::MergedProcessOf<N>& process, const std::string& file_name);
 
-}  // namespace vorel
+}  // namespace vorel::formats

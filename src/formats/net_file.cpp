@@ -8,7 +8,7 @@
 #include "formats/ll_net_reader.h"
 #include "formats/pnml_net_reader.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 template <class N>
@@ -42,7 +42,7 @@ std::optional<NetFormat> net_format_of(std::string_view file_name) {
 
 std::optional<AnyNet> read_net_file(const std::string& file_name, NetFormat format) {
   std::string text;
-  if (!read_whole_file(file_name, text)) return std::nullopt;
+  if (!base::read_whole_file(file_name, text)) return std::nullopt;
   return read_net_text(text, format, file_name);
 }
 
@@ -59,4 +59,4 @@ std::optional<AnyNet> read_net_text(std::string_view text, NetFormat format,
   return std::nullopt;
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

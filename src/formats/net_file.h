@@ -12,10 +12,10 @@
 
 #include "net/net.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // A file with signals gives an STG.
-using AnyNet = std::variant<Net, Stg>;
+using AnyNet = std::variant<net::Net, net::Stg>;
 
 enum class NetFormat { g, ll_net, pnml };
 
@@ -40,4 +40,4 @@ std::optional<AnyNet> read_net_file(const std::string& file_name, NetFormat form
 std::optional<AnyNet> read_net_text(std::string_view text, NetFormat format,
                                     const std::string& shown_name);
 
-}  // namespace vorel
+}  // namespace vorel::formats

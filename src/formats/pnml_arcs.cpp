@@ -7,7 +7,7 @@
 
 #include "base/messages.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 namespace {
 
 struct Arc {
@@ -21,7 +21,7 @@ class ArcReader {
   ArcReader(const XmlNode& page, const PageNodes& nodes, Producers producers)
       : page_{page}, nodes_{nodes} {
     arcs_.reserve(nodes.arc_count());
-    if (producers == Producers::at_most_one) producer_.assign(nodes.size(), no_index);
+    if (producers == Producers::at_most_one) producer_.assign(nodes.size(), base::no_index);
   }
 
   std::optional<PageArcs> run() {
@@ -69,7 +69,7 @@ bool ArcReader::read(const XmlNode& element) {
   const XmlAttribute* const target = attribute(element, "target");
   if (source == nullptr || target == nullptr) return false;
   const Arc arc{nodes_.find(value_of(*source)), nodes_.find(value_of(*target))};
-  if (arc.source == no_index || arc.target == no_index) return false;
+  if (arc.source == base::no_index || arc.target == base::no_index) return false;
   if (nodes_[arc.source].is_place == nodes_[arc.target].is_place) return false;
   if (is_second_producer(arc)) return false;
   arcs_.push_back(arc);
@@ -79,7 +79,7 @@ bool ArcReader::read(const XmlNode& element) {
 bool ArcReader::is_second_producer(const Arc& arc) {
   if (producer_.empty() || nodes_[arc.source].is_place) return false;
   std::uint32_t& producer = producer_[arc.target];
-  if (producer == no_index) producer = arc.source;
+  if (producer == base::no_index) producer = arc.source;
   return producer != arc.source;
 }
 
@@ -89,20 +89,21 @@ void ArcReader::report_fault(const XmlNode& element) const {
       source == nullptr ? nullptr : require_attribute(element, "target");
   if (target == nullptr) return;
   for (const XmlAttribute* end : {source, target}) {
-    if (nodes_.find(value_of(*end)) == no_index) return report_undeclared(value_of(*end));
+    if (nodes_.find(value_of(*end)) == base::no_index) return report_undeclared(value_of(*end));
   }
   report_misplaced(nodes_.find(value_of(*source)), nodes_.find(value_of(*target)));
 }
 
 void ArcReader::report_misplaced(std::uint32_t source, std::uint32_t target) const {
-  assert(source != no_index && target != no_index);
+  assert(source != base::no_index && target != base::no_index);
   const std::string from(nodes_.id(source)), to(nodes_.id(target));
   if (nodes_[source].is_place == nodes_[target].is_place) {
-    print_error("arc \"" + from + "\" --> \"" + to + "\" must link a place and a transition");
+    base::print_error("arc \"" + from + "\" --> \"" + to + "\" must link a place and a transition");
   } else {
-    assert(producer_[target] != no_index && producer_[target] != source);
+    assert(producer_[target] != base::no_index && producer_[target] != source);
     const std::string other(nodes_.id(producer_[target]));
-    print_error("place \"" + to + "\" has two producers: \"" + other + "\" and \"" + from + "\"");
+    base::print_error("place \"" + to + "\" has two producers: \"" + other + "\" and \"" + from +
+                      "\"");
   }
 }
 
@@ -144,10 +145,10 @@ void ArcReader::drop_repetitions() {
   std::vector<Arc> kept;
   for (std::size_t i = 0; i < arcs_.size(); ++i) {
     if (is_repetition[i]) {
-      print_warning(std::string("ignoring duplicate arc: ")
-                        .append(nodes_.id(arcs_[i].source))
-                        .append(" --> ")
-                        .append(nodes_.id(arcs_[i].target)));
+      base::print_warning(std::string("ignoring duplicate arc: ")
+                              .append(nodes_.id(arcs_[i].source))
+                              .append(" --> ")
+                              .append(nodes_.id(arcs_[i].target)));
     } else {
       kept.push_back(arcs_[i]);
     }
@@ -163,4 +164,4 @@ std::optional<PageArcs> read_arcs(const XmlNode& page, const PageNodes& nodes,
   return ArcReader(page, nodes, producers).run();
 }
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

@@ -12,7 +12,7 @@
 #include "base/ptr_list.h"
 #include "formats/pnml_page.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 
 // The arcs of a page by source, each once, targets in ascending order. As places and transitions
 // alternate along arcs, and as their indices grow with the numbers of the nodes, so do the lists.
@@ -49,8 +49,8 @@ void enter_producer(P& place, T& transition, std::uint32_t producer_count) {
 // Enters the arcs into the elements that the nodes stand for, which must still be in the order of
 // the document. All links come out sorted, in lists of just the right size.
 template <class P, class T>
-void enter_arcs(const PageNodes& nodes, const PageArcs& arcs, OwnedList<P>& places,
-                OwnedList<T>& transitions) {
+void enter_arcs(const PageNodes& nodes, const PageArcs& arcs, base::OwnedList<P>& places,
+                base::OwnedList<T>& transitions) {
   assert(nodes.place_count() == places.size());
   assert(nodes.transition_count() == transitions.size());
   for (std::uint32_t source = 0; source < nodes.size(); ++source) {
@@ -77,4 +77,4 @@ void enter_arcs(const PageNodes& nodes, const PageArcs& arcs, OwnedList<P>& plac
   }
 }
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

@@ -6,11 +6,11 @@
 #include <limits>
 #include <utility>
 
-#include "base/messages.h"
 #include "base/input_text.h"
+#include "base/messages.h"
 #include "formats/xml_depth.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 namespace {
 
 constexpr std::uint32_t largest_depth = 1000;      // the format itself needs 8
@@ -22,15 +22,15 @@ void report_syntax_error(const XmlFault& fault) {
   std::string_view excerpt = fault.place;
   const bool is_cut = excerpt.size() > largest_excerpt;
   if (is_cut) excerpt = excerpt.substr(0, largest_excerpt);
-  print_error(std::string("syntax error in an XML file: ")
-                  .append(fault.reason)
-                  .append(" (")
-                  .append(excerpt)
-                  .append(is_cut ? "...)" : ")"));
+  base::print_error(std::string("syntax error in an XML file: ")
+                        .append(fault.reason)
+                        .append(" (")
+                        .append(excerpt)
+                        .append(is_cut ? "...)" : ")"));
 }
 
 void report_missing_child(const XmlNode& node, std::string_view child) {
-  print_error("XML node " + quoted(name_of(node)) + " must have a child " + quoted(child));
+  base::print_error("XML node " + quoted(name_of(node)) + " must have a child " + quoted(child));
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ std::unique_ptr<Document> Document::parse(std::string text,
 
 std::unique_ptr<Document> load_xml(const std::string& file_name) {
   std::string text;
-  if (!read_whole_file(file_name, text)) return nullptr;
+  if (!base::read_whole_file(file_name, text)) return nullptr;
   return Document::parse(std::move(text));
 }
 
@@ -91,7 +91,7 @@ const XmlNode* first_child(const XmlNode& node, std::string_view name) {
 const XmlAttribute* require_attribute(const XmlNode& node, std::string_view name) {
   const XmlAttribute* const found = attribute(node, name);
   if (found == nullptr) {
-    print_error("XML node " + quoted(name_of(node)) + " must have attribute " + quoted(name));
+    base::print_error("XML node " + quoted(name_of(node)) + " must have attribute " + quoted(name));
   }
   return found;
 }
@@ -106,7 +106,7 @@ const XmlNode* require_first_child(const XmlNode& node, std::string_view name) {
   const XmlNode* child = node.first_node();
   while (child != nullptr && child->type() != rapidxml::node_element) child = child->next_sibling();
   if (child == nullptr) {
-    print_error("XML node " + quoted(name_of(node)) + " has no children");
+    base::print_error("XML node " + quoted(name_of(node)) + " has no children");
     return nullptr;
   }
   if (name_of(*child) == name) return child;
@@ -135,7 +135,7 @@ std::optional<std::int64_t> number_of(const std::string& text, NumberRange range
   const long long number = std::strtoll(text.c_str(), nullptr, 10);
   assert(range.low <= range.high);
   if (errno != ERANGE && range.low <= number && number <= range.high) return number;
-  print_error("positive integer expected: " + text);
+  base::print_error("positive integer expected: " + text);
   return std::nullopt;
 }
 
@@ -149,8 +149,9 @@ std::optional<std::uint32_t> initial_marking_of(const XmlNode& node) {
 }
 
 void report_incorrect_value(const XmlNode& node, const XmlAttribute& attribute) {
-  print_error("attribute " + quoted({attribute.name(), attribute.name_size()}) + " of XML node " +
-              quoted(name_of(node)) + " has incorrect value " + quoted(value_of(attribute)));
+  base::print_error("attribute " + quoted({attribute.name(), attribute.name_size()}) +
+                    " of XML node " + quoted(name_of(node)) + " has incorrect value " +
+                    quoted(value_of(attribute)));
 }
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

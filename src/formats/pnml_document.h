@@ -16,7 +16,7 @@
 
 #include "net/node_memory.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 
 using XmlNode = rapidxml::xml_node<char>;
 using XmlAttribute = rapidxml::xml_attribute<char>;
@@ -30,7 +30,7 @@ struct XmlFault {
 // Owns the text: names and values of the nodes lie in it.
 class Document {
  public:
-  Document() { xml_.set_allocator(allocate_node_block, free_node_block); }
+  Document() { xml_.set_allocator(net::allocate_node_block, net::free_node_block); }
 
   // Takes the text over and parses it; null after the error "syntax error in an XML file: ...".
   static std::unique_ptr<Document> parse(std::string text);
@@ -86,4 +86,4 @@ std::optional<std::uint32_t> initial_marking_of(const XmlNode& node);
 // Report `attribute "..." of XML node "..." has incorrect value "..."`.
 void report_incorrect_value(const XmlNode& node, const XmlAttribute& attribute);
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

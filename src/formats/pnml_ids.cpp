@@ -6,7 +6,7 @@
 
 #include "base/messages.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 namespace {
 
 std::uint64_t mixed(std::uint64_t value) {
@@ -35,7 +35,7 @@ std::size_t IdTable::slot_of(std::string_view id, std::uint32_t hash) const {
   assert((slots_.size() & mask) == 0 && "a power of two");
   assert(2 * ids_.size() <= slots_.size() && "a free slot ends every search");
   std::size_t at = hash & mask;
-  while (slots_[at].number != no_index &&
+  while (slots_[at].number != base::no_index &&
          (slots_[at].hash != hash || ids_[slots_[at].number] != id)) {
     at = (at + 1) & mask;
   }
@@ -47,10 +47,10 @@ void IdTable::grow() {
   old.swap(slots_);
   const std::size_t mask = slots_.size() - 1;
   for (const Slot& slot : old) {
-    if (slot.number == no_index) continue;
+    if (slot.number == base::no_index) continue;
     assert(slot.number < ids_.size());
     std::size_t at = slot.hash & mask;
-    while (slots_[at].number != no_index) at = (at + 1) & mask;
+    while (slots_[at].number != base::no_index) at = (at + 1) & mask;
     slots_[at] = slot;
   }
 }
@@ -58,8 +58,8 @@ void IdTable::grow() {
 bool IdTable::insert(std::string_view id) {
   const std::uint32_t hash = hash_of(id);
   const std::size_t at = slot_of(id, hash);
-  if (slots_[at].number != no_index) return false;
-  assert(size() < no_index);
+  if (slots_[at].number != base::no_index) return false;
+  assert(size() < base::no_index);
   slots_[at] = {hash, size()};
   ids_.push_back(id);
   if (2 * ids_.size() > slots_.size()) grow();
@@ -71,11 +71,11 @@ std::uint32_t IdTable::find(std::string_view id) const {
 }
 
 void report_duplicate_id(std::string_view id) {
-  print_error(std::string("Duplicate XML id: \"").append(id).append("\""));
+  base::print_error(std::string("Duplicate XML id: \"").append(id).append("\""));
 }
 
 void report_undeclared(std::string_view id) {
-  print_error(std::string("XML identifier \"").append(id).append("\" has not been declared"));
+  base::print_error(std::string("XML identifier \"").append(id).append("\" has not been declared"));
 }
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

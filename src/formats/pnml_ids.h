@@ -12,7 +12,7 @@
 
 #include "base/ptr_list.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 
 class IdTable {
  public:
@@ -32,7 +32,7 @@ class IdTable {
  private:
   struct Slot {
     std::uint32_t hash = 0;
-    std::uint32_t number = no_index;  // none: the slot is free
+    std::uint32_t number = base::no_index;  // none: the slot is free
   };
   static constexpr std::size_t smallest_slot_count = 64;
 
@@ -49,4 +49,4 @@ void report_duplicate_id(std::string_view id);
 // The error `XML identifier "..." has not been declared`.
 void report_undeclared(std::string_view id);
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

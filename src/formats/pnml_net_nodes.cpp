@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 namespace {
 
 constexpr std::string_view white_space = " \t\r\n";
@@ -57,17 +57,17 @@ bool NetNodes::fail(const XmlNode& element, const std::string& text) const {
 
 bool NetNodes::fail_of(const XmlNode& element, const std::string& text) const {
   const XmlAttribute* const id = attribute(element, "id");
-  const std::string shown = id == nullptr ? "" : " \"" + excerpt(value_of(*id)) + "\"";
+  const std::string shown = id == nullptr ? "" : " \"" + base::excerpt(value_of(*id)) + "\"";
   return fail(element, std::string(local_name(element)) + shown + " " + text);
 }
 
 bool NetNodes::add_node(const XmlNode& element, bool is_place, bool is_reference) {
   const XmlAttribute* const id = attribute(element, "id");
   if (id == nullptr || value_of(*id).empty()) return fail_of(element, "has no id");
-  if (has_control_character(value_of(*id))) return fail_of(element, "has an unprintable id");
+  if (base::has_control_character(value_of(*id))) return fail_of(element, "has an unprintable id");
   if (!ids_.insert(value_of(*id))) return fail_of(element, "has an id that occurred before");
   assert(ids_.size() == nodes_.size() + 1);
-  ends_.push_back(is_reference ? no_index : static_cast<std::uint32_t>(nodes_.size()));
+  ends_.push_back(is_reference ? base::no_index : static_cast<std::uint32_t>(nodes_.size()));
   nodes_.push_back({&element, is_place, is_reference});
   return true;
 }
@@ -91,11 +91,11 @@ std::uint32_t NetNodes::find(const XmlNode& element, std::string_view attribute_
   const XmlAttribute* const id = attribute(element, attribute_name);
   if (id == nullptr) {
     fail_of(element, "has no attribute \"" + std::string(attribute_name) + "\"");
-    return no_index;
+    return base::no_index;
   }
   const std::uint32_t node = ids_.find(value_of(*id));
-  if (node == no_index) {
-    fail_of(element, "names \"" + excerpt(value_of(*id)) + "\", which is no node of the net");
+  if (node == base::no_index) {
+    fail_of(element, "names \"" + base::excerpt(value_of(*id)) + "\", which is no node of the net");
   }
   return node;
 }
@@ -104,21 +104,21 @@ std::uint32_t NetNodes::find(const XmlNode& element, std::string_view attribute_
 bool NetNodes::follow(std::uint32_t start) {
   std::vector<std::uint32_t> chain;
   std::uint32_t at = start;
-  while (ends_[at] == no_index) {
+  while (ends_[at] == base::no_index) {
     ends_[at] = at;  // as long as a reference is its own end, it is on the chain
     chain.push_back(at);
     const std::uint32_t next = find(*nodes_[at].element, "ref");
-    if (next == no_index) return false;
+    if (next == base::no_index) return false;
     if (nodes_[next].is_place != nodes_[at].is_place) {
-      return fail_of(*nodes_[at].element,
-                     "names \"" + excerpt(id(next)) + "\", which is a node of the other sort");
+      return fail_of(*nodes_[at].element, "names \"" + base::excerpt(id(next)) +
+                                              "\", which is a node of the other sort");
     }
     if (nodes_[next].is_reference && ends_[next] == next) {
       return fail_of(*nodes_[next].element, "refers to itself");
     }
     at = next;
   }
-  assert(ends_[at] != no_index && !nodes_[ends_[at]].is_reference);
+  assert(ends_[at] != base::no_index && !nodes_[ends_[at]].is_reference);
   for (const std::uint32_t reference : chain) ends_[reference] = ends_[at];
   return true;
 }
@@ -137,10 +137,10 @@ bool NetNodes::collect(const XmlNode& net) {
 
 std::uint32_t NetNodes::resolve(const XmlNode& element, std::string_view attribute_name) const {
   const std::uint32_t node = find(element, attribute_name);
-  if (node == no_index) return no_index;
+  if (node == base::no_index) return base::no_index;
   assert(ends_[node] < nodes_.size() && nodes_[ends_[node]].is_place == nodes_[node].is_place);
   assert(!nodes_[ends_[node]].is_reference);
   return ends_[node];
 }
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

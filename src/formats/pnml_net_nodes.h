@@ -7,11 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#include "base/source_text.h"
 #include "formats/pnml_document.h"
 #include "formats/pnml_ids.h"
-#include "base/source_text.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 
 // The name of the element without the prefix of its namespace.
 std::string_view local_name(const XmlNode& element);
@@ -30,7 +30,7 @@ class NetNodes {
   };
 
   // The document must outlive this.
-  NetNodes(const SourceText& source, const Document& document)
+  NetNodes(const base::SourceText& source, const Document& document)
       : source_{source}, document_{document} {}
 
   // Collects all nodes and arcs of the net; false after an error, a reference that ends nowhere
@@ -55,7 +55,7 @@ class NetNodes {
   bool follow(std::uint32_t start);
   std::uint32_t find(const XmlNode& element, std::string_view attribute_name) const;
 
-  const SourceText& source_;
+  const base::SourceText& source_;
   const Document& document_;
   IdTable ids_;
   std::vector<Node> nodes_;
@@ -64,4 +64,4 @@ class NetNodes {
   std::vector<const XmlNode*> pages_;
 };
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

@@ -7,12 +7,12 @@
 #include <utility>
 #include <vector>
 
+#include "base/source_text.h"
 #include "formats/pnml_document.h"
 #include "formats/pnml_net_nodes.h"
-#include "base/source_text.h"
 #include "formats/repeated_names.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 using pnml::Document;
@@ -24,22 +24,22 @@ std::string in_lower_case(std::string_view text) {
   return lower;
 }
 
-std::string in_quotes(std::string_view text) { return "\"" + excerpt(text) + "\""; }
+std::string in_quotes(std::string_view text) { return "\"" + base::excerpt(text) + "\""; }
 
 class PnmlNetReader {
  public:
-  PnmlNetReader(const SourceText& source, const Document& document)
+  PnmlNetReader(const base::SourceText& source, const Document& document)
       : source_{source}, document_{document}, nodes_{source, document} {}
 
-  std::optional<Net> run() {
+  std::optional<net::Net> run() {
     const XmlNode* const net = the_net();
     if (net == nullptr || !has_right_type(*net) || !nodes_.collect(*net)) return std::nullopt;
     if (!add_nodes() || !read_arcs() || !add_arcs()) return std::nullopt;
-    RepeatedFault renamed;
+    base::RepeatedFault renamed;
     make_names_unique(net_.places, place_ids_, place_elements_, renamed);
     make_names_unique(net_.transitions, transition_ids_, transition_elements_, renamed);
     renamed.warn(source_, "node", "is renamed with its id, as its name occurred before");
-    sort_net(net_);
+    net::sort_net(net_);
     return std::move(net_);
   }
 
@@ -95,14 +95,14 @@ class PnmlNetReader {
   bool add_nodes() {
     for (std::uint32_t number = 0; number < nodes_.nodes().size(); ++number) {
       const auto& node = nodes_.nodes()[number];
-      index_of_.push_back(no_index);
+      index_of_.push_back(base::no_index);
       if (node.is_reference) continue;
       const std::string_view id = nodes_.id(number);
       index_of_.back() = node.is_place
                              ? add_node(net_.places, *node.element, id, place_ids_, place_elements_)
                              : add_node(net_.transitions, *node.element, id, transition_ids_,
                                         transition_elements_);
-      if (index_of_.back() == no_index) return false;
+      if (index_of_.back() == base::no_index) return false;
       if (node.is_place && !mark(*net_.places.back(), *node.element)) return false;
     }
     return true;
@@ -110,22 +110,22 @@ class PnmlNetReader {
 
   // The index; no_index after an error.
   template <class T>
-  std::uint32_t add_node(OwnedList<T>& list, const XmlNode& element, std::string_view id,
+  std::uint32_t add_node(base::OwnedList<T>& list, const XmlNode& element, std::string_view id,
                          std::vector<std::string_view>& ids,
                          std::vector<const XmlNode*>& elements) {
     std::string name = pnml::label_text(element, "name");
-    if (has_control_character(name)) {
+    if (base::has_control_character(name)) {
       nodes_.fail_of(element, "has an unprintable name");
-      return no_index;
+      return base::no_index;
     }
-    T& node = append_new(list);
+    T& node = base::append_new(list);
     node.name = name.empty() ? std::string(id) : std::move(name);
     ids.push_back(id);
     elements.push_back(&element);
     return node.index;
   }
 
-  bool mark(Place& place, const XmlNode& element) const {
+  bool mark(net::Place& place, const XmlNode& element) const {
     assert(place.initial_marking == 0);
     const XmlNode* const marking = pnml::child_named(element, "initialMarking");
     if (marking == nullptr) return true;
@@ -168,16 +168,16 @@ class PnmlNetReader {
 
   bool read_arc(const XmlNode& element) {
     const std::uint32_t source = nodes_.resolve(element, "source");
-    if (source == no_index) return false;
+    if (source == base::no_index) return false;
     const std::uint32_t target = nodes_.resolve(element, "target");
-    if (target == no_index) return false;
+    if (target == base::no_index) return false;
     const bool is_output = nodes_.nodes()[target].is_place;
     if (nodes_.nodes()[source].is_place == is_output) {
       return nodes_.fail_of(
           element, "joins two " + std::string(is_output ? "places " : "transitions ") +
                        in_quotes(nodes_.id(source)) + " and " + in_quotes(nodes_.id(target)));
     }
-    assert(index_of_[source] != no_index && index_of_[target] != no_index);
+    assert(index_of_[source] != base::no_index && index_of_[target] != base::no_index);
     const std::uint32_t place = index_of_[is_output ? target : source];
     const std::uint32_t transition = index_of_[is_output ? source : target];
     arcs_.push_back({place, transition, is_output, &element});
@@ -198,29 +198,30 @@ class PnmlNetReader {
                               "net of a safe system has arcs of weight 1");
       }
       assert(arc.place < net_.places.size() && arc.transition < net_.transitions.size());
-      Place& place = *net_.places[arc.place];
-      Transition& transition = *net_.transitions[arc.transition];
+      net::Place& place = *net_.places[arc.place];
+      net::Transition& transition = *net_.transitions[arc.transition];
       if (arc.is_output) {
-        add_arc(transition, place);
+        net::add_arc(transition, place);
       } else {
-        add_arc(place, transition);
+        net::add_arc(place, transition);
       }
     }
     return true;
   }
 
   template <class T>
-  void make_names_unique(OwnedList<T>& list, const std::vector<std::string_view>& ids,
-                         const std::vector<const XmlNode*>& elements, RepeatedFault& renamed) {
-    for (const std::uint32_t index : vorel::make_names_unique(list, ids)) {
+  void make_names_unique(base::OwnedList<T>& list, const std::vector<std::string_view>& ids,
+                         const std::vector<const XmlNode*>& elements,
+                         base::RepeatedFault& renamed) {
+    for (const std::uint32_t index : formats::make_names_unique(list, ids)) {
       renamed.note(document_.offset_of(*elements[index]), list[index]->name);
     }
   }
 
-  const SourceText& source_;
+  const base::SourceText& source_;
   const Document& document_;
   pnml::NetNodes nodes_;
-  Net net_;
+  net::Net net_;
   std::vector<std::uint32_t> index_of_;  // of a node in its list
   std::vector<std::string_view> place_ids_, transition_ids_;
   std::vector<const XmlNode*> place_elements_, transition_elements_;
@@ -229,8 +230,8 @@ class PnmlNetReader {
 
 }  // namespace
 
-std::optional<Net> read_pnml_net_text(std::string_view text, const std::string& name) {
-  const SourceText source(text, name);
+std::optional<net::Net> read_pnml_net_text(std::string_view text, const std::string& name) {
+  const base::SourceText source(text, name);
   const auto report = [&source](const pnml::XmlFault& fault) {
     source.report_syntax_error(fault.offset, fault.reason, source.rest_of_line(fault.offset));
   };
@@ -238,4 +239,4 @@ std::optional<Net> read_pnml_net_text(std::string_view text, const std::string& 
   return document == nullptr ? std::nullopt : PnmlNetReader(source, *document).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

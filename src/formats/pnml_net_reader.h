@@ -10,9 +10,9 @@
 
 #include "net/net.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // Sorted and numbered. nullopt after an error. `name` is what messages call the file.
-std::optional<Net> read_pnml_net_text(std::string_view text, const std::string& name);
+std::optional<net::Net> read_pnml_net_text(std::string_view text, const std::string& name);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -7,7 +7,7 @@
 #include "formats/pnml_arcs.h"
 #include "formats/pnml_signals.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 namespace {
 
 template <class N>
@@ -19,17 +19,17 @@ const XmlNode* find_page(const XmlNode& process_element) {
   const XmlNode* const original = first_child(process_element, "original_net");
   const XmlNode* const net = original == nullptr ? nullptr : first_child(*original, "net");
   if (net == nullptr) {
-    note_silent_failure("it has no original net");
+    base::note_silent_failure("it has no original net");
     return nullptr;
   }
   const XmlAttribute* const type = attribute(*net, "type");
   if (type == nullptr || value_of(*type) != type_of_net<N>) {
-    note_silent_failure("its original net is not of the type that its process is of");
+    base::note_silent_failure("its original net is not of the type that its process is of");
     return nullptr;
   }
   if constexpr (N::has_signals) return require_child(*net, "page");
   const XmlNode* const page = first_child(*net, "page");
-  if (page == nullptr) note_silent_failure("its original net has no page");
+  if (page == nullptr) base::note_silent_failure("its original net has no page");
   return page;
 }
 
@@ -43,14 +43,14 @@ bool read_place(const XmlNode& element, auto& place) {
   return true;
 }
 
-bool read_transition(const XmlNode& element, Transition& transition, const SignalTable&) {
+bool read_transition(const XmlNode& element, net::Transition& transition, const SignalTable&) {
   auto name = require_text(element, "name");
   if (!name) return false;
   transition.name = std::move(*name);
   return true;
 }
 
-bool read_transition(const XmlNode& element, StgTransition& transition,
+bool read_transition(const XmlNode& element, net::StgTransition& transition,
                      const SignalTable& signals) {
   auto name = require_text(element, "name");
   if (!name) return false;
@@ -62,9 +62,9 @@ template <class N>
 void make_nodes(N& net, OriginalNodes<N>& original) {
   for (const PageNode& node : original.nodes) {
     if (node.is_place) {
-      original.places.push_back(&append_new(net.places));
+      original.places.push_back(&base::append_new(net.places));
     } else {
-      original.transitions.push_back(&append_new(net.transitions));
+      original.transitions.push_back(&base::append_new(net.transitions));
     }
   }
 }
@@ -98,11 +98,11 @@ bool read_original_net(const XmlNode& process_element, N& net, OriginalNodes<N>&
   const auto arcs = read_arcs(*page, original.nodes, Producers::any);
   if (!arcs) return false;
   enter_arcs(original.nodes, *arcs, net.places, net.transitions);
-  sort_net(net);
+  net::sort_net(net);
   return true;
 }
 
-template bool read_original_net<Net>(const XmlNode&, Net&, OriginalNodes<Net>&);
-template bool read_original_net<Stg>(const XmlNode&, Stg&, OriginalNodes<Stg>&);
+template bool read_original_net<net::Net>(const XmlNode&, net::Net&, OriginalNodes<net::Net>&);
+template bool read_original_net<net::Stg>(const XmlNode&, net::Stg&, OriginalNodes<net::Stg>&);
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

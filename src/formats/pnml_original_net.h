@@ -6,10 +6,10 @@
 #include <cstdint>
 #include <vector>
 
-#include "net/net.h"
 #include "formats/pnml_page.h"
+#include "net/net.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 
 // What `ref`s from the process lead to, whatever the numbering has become.
 template <class N>
@@ -24,4 +24,4 @@ struct OriginalNodes {
 template <class N>
 bool read_original_net(const XmlNode& process_element, N& net, OriginalNodes<N>& original);
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

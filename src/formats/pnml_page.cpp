@@ -5,7 +5,7 @@
 
 #include "base/messages.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 
 bool PageNodes::declare(const XmlNode& page) {
   assert(nodes_.empty() && "a page is declared once");
@@ -30,30 +30,30 @@ bool PageNodes::declare(const XmlNode& page) {
 
 std::uint32_t PageNodes::resolve(std::string_view id, bool is_place) const {
   const std::uint32_t number = find(id);
-  if (number == no_index) {
+  if (number == base::no_index) {
     report_undeclared(id);
-    return no_index;
+    return base::no_index;
   }
   if (nodes_[number].is_place == is_place) return nodes_[number].index;
-  print_error(std::string("XML identifier \"")
-                  .append(id)
-                  .append("\" does not name a ")
-                  .append(is_place ? "place" : "transition"));
-  return no_index;
+  base::print_error(std::string("XML identifier \"")
+                        .append(id)
+                        .append("\" does not name a ")
+                        .append(is_place ? "place" : "transition"));
+  return base::no_index;
 }
 
 std::uint32_t PageNodes::resolve_place(const XmlNode& referrer) const {
   const XmlAttribute* const ref = require_attribute(referrer, "ref");
-  return ref == nullptr ? no_index : resolve(value_of(*ref), true);
+  return ref == nullptr ? base::no_index : resolve(value_of(*ref), true);
 }
 
 std::uint32_t PageNodes::resolve_transition(const XmlNode& referrer) const {
   const XmlAttribute* const ref = require_attribute(referrer, "ref");
-  return ref == nullptr ? no_index : resolve_transition(*ref);
+  return ref == nullptr ? base::no_index : resolve_transition(*ref);
 }
 
 std::uint32_t PageNodes::resolve_transition(const XmlAttribute& ref) const {
   return resolve(value_of(ref), false);
 }
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

@@ -8,15 +8,15 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
-#include "net/initial_values.h"
 #include "formats/pnml_arcs.h"
 #include "formats/pnml_original_net.h"
+#include "net/initial_values.h"
 #include "net/sanity_checks.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 namespace {
 
-template <Process P>
+template <net::Process P>
 class ProcessReader {
  public:
   ProcessReader(Document& document, P& process) : document_{document}, process_{process} {}
@@ -25,7 +25,7 @@ class ProcessReader {
     if (!read_original_net<N>(element, process_, original_)) return false;
     const XmlNode* const page = first_child(element, "page");
     if (page == nullptr) {
-      note_silent_failure("it has no page");
+      base::note_silent_failure("it has no page");
       return false;
     }
     if (!nodes_.declare(*page)) return false;
@@ -49,9 +49,9 @@ class ProcessReader {
     process_.events.reserve(nodes_.transition_count());
     for (const PageNode& node : nodes_) {
       if (node.is_place) {
-        append_new(process_.conditions);
+        base::append_new(process_.conditions);
       } else {
-        append_new(process_.events);
+        base::append_new(process_.events);
       }
     }
   }
@@ -70,7 +70,7 @@ class ProcessReader {
     const XmlNode* const place = require_child(element, "originalNode");
     if (place == nullptr) return false;
     const std::uint32_t index = original_.nodes.resolve_place(*place);
-    if (index == no_index) return false;
+    if (index == base::no_index) return false;
     assert(index < original_.places.size());
     condition.place = original_.places[index];
     if constexpr (P::is_merged) return read_occurrence(element, condition);
@@ -94,7 +94,7 @@ class ProcessReader {
     const XmlNode* const transition = require_child(element, "originalNode");
     if (transition == nullptr) return false;
     const std::uint32_t index = original_.nodes.resolve_transition(*transition);
-    if (index == no_index) return false;
+    if (index == base::no_index) return false;
     assert(index < original_.transitions.size());
     event.transition = original_.transitions[index];
     const XmlNode* const cut_off = first_child(element, "cut-off");
@@ -113,7 +113,7 @@ class ProcessReader {
          ref = ref->next_attribute()) {
       if (std::string_view(ref->name(), ref->name_size()) != "ref") continue;
       const std::uint32_t index = nodes_.resolve_transition(*ref);
-      if (index == no_index) return false;
+      if (index == base::no_index) return false;
       assert(index < process_.events.size());
       events.push_back(process_.events[index].get());
     }
@@ -129,38 +129,38 @@ class ProcessReader {
 
 // The tokens of the net are those of the process, which is what gets analysed, whatever the file
 // says of the net: a place has as many as it has initial conditions.
-template <Process P>
+template <net::Process P>
 void align_initial_marking(P& process) {
   std::vector<std::uint32_t> told;
   for (const auto& place : process.places) {
     told.push_back(std::exchange(place->initial_marking, 0));
   }
-  count_initial_marking(process);
-  if (verbosity() < 1) return;
+  net::count_initial_marking(process);
+  if (base::verbosity() < 1) return;
   for (const auto& place : process.places) {
     if (place->initial_marking == told[place->index]) continue;
-    print_formatted(std::cerr,
-                    "\nthe initial marking of place %s is %u, not %u as the file tells\n",
-                    place->name.c_str(), place->initial_marking, told[place->index]);
+    base::print_formatted(std::cerr,
+                          "\nthe initial marking of place %s is %u, not %u as the file tells\n",
+                          place->name.c_str(), place->initial_marking, told[place->index]);
   }
 }
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 bool read_process(std::unique_ptr<Document> document, const XmlNode& element, P& process) {
   assert(document != nullptr && process.conditions.empty() && process.events.empty());
   if (!ProcessReader<P>(*document, process).run(element)) return false;
   document.reset();
   align_initial_marking(process);
-  if constexpr (std::is_same_v<P, StgPrefix>) {
-    if (!find_initial_values(process)) return false;
+  if constexpr (std::is_same_v<P, net::StgPrefix>) {
+    if (!net::find_initial_values(process)) return false;
   }
-  return passes_sanity_checks(process);
+  return net::passes_sanity_checks(process);
 }
 
 #define INSTANTIATE(P) template bool read_process<P>(std::unique_ptr<Document>, const XmlNode&, P&);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

@@ -1,6 +1,6 @@
-// formats/pnml_process.h - the `net` of a process in PNML: conditions, events and the links of both.
-// Here:      reading one process of a known kind, and checking it.
-// Not here:  finding out which kind it is (formats/pnml_reader.h), its net (formats/pnml_original_net.h).
+// formats/pnml_process.h - the `net` of a process in PNML: conditions, events and the links of
+// both. Here:      reading one process of a known kind, and checking it. Not here:  finding out
+// which kind it is (formats/pnml_reader.h), its net (formats/pnml_original_net.h).
 #pragma once
 
 #include <memory>
@@ -8,11 +8,11 @@
 #include "formats/pnml_document.h"
 #include "net/process.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 
 // Reads the process from its element in the document, which is freed before the checks. False
 // after an error or a silent failure.
-template <Process P>
+template <net::Process P>
 bool read_process(std::unique_ptr<Document> document, const XmlNode& element, P& process);
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

@@ -7,7 +7,7 @@
 #include "formats/pnml_document.h"
 #include "formats/pnml_process.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 using pnml::Document;
@@ -29,16 +29,16 @@ struct TypeRow {
 // The row has no function for a process that the shape does not take.
 template <class Shape, class P>
 constexpr TypeRow<Shape> row(std::string_view type) {
-  if constexpr (shape_accepts<Shape, P>) return {type, read_as<Shape, P>};
+  if constexpr (net::shape_accepts<Shape, P>) return {type, read_as<Shape, P>};
   return {type, nullptr};
 }
 
 template <class Shape>
 constexpr TypeRow<Shape> type_table[] = {
-    row<Shape, NetPrefix>("branching_process:low_level_net"),
-    row<Shape, StgPrefix>("branching_process:STG"),
-    row<Shape, NetMergedProcess>("merged_process:low_level_net"),
-    row<Shape, StgMergedProcess>("merged_process:STG"),
+    row<Shape, net::NetPrefix>("branching_process:low_level_net"),
+    row<Shape, net::StgPrefix>("branching_process:STG"),
+    row<Shape, net::NetMergedProcess>("merged_process:low_level_net"),
+    row<Shape, net::StgMergedProcess>("merged_process:STG"),
 };
 
 template <class Shape>
@@ -53,7 +53,7 @@ std::unique_ptr<Shape> read_document(std::unique_ptr<Document> document) {
       return candidate.read(std::move(document), *net);
     }
   }
-  print_error(std::string("unexpected net type: ").append(pnml::value_of(*type)));
+  base::print_error(std::string("unexpected net type: ").append(pnml::value_of(*type)));
   return nullptr;
 }
 
@@ -75,4 +75,4 @@ std::unique_ptr<Shape> read_pnml_text(std::string text) {
 VOREL_FOR_EACH_SHAPE(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::formats

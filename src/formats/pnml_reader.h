@@ -10,7 +10,7 @@
 
 #include "net/process_variant.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // Reads and checks the file. Null after an error; also, without a word below verbosity 1, if the
 // document has no original net of the right type or no page.
@@ -21,4 +21,4 @@ std::unique_ptr<Shape> read_pnml(const std::string& file_name);
 template <class Shape>
 std::unique_ptr<Shape> read_pnml_text(std::string text);
 
-}  // namespace vorel
+}  // namespace vorel::formats

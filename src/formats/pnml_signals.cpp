@@ -8,7 +8,7 @@
 
 #include "base/messages.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 namespace {
 
 template <class Value>
@@ -16,12 +16,13 @@ struct Word {
   std::string_view word;
   Value value;
 };
-constexpr Word<SignalKind> kinds[] = {{"input", SignalKind::input},
-                                      {"output", SignalKind::output},
-                                      {"internal", SignalKind::internal},
-                                      {"dummy", SignalKind::dummy}};
-constexpr Word<std::uint8_t> initial_values[] = {{"0", 0}, {"1", 1}, {"?", unknown_value}};
-constexpr Word<Sign> signs[] = {{"+", Sign::plus}, {"-", Sign::minus}, {"~", Sign::toggle}};
+constexpr Word<net::SignalKind> kinds[] = {{"input", net::SignalKind::input},
+                                           {"output", net::SignalKind::output},
+                                           {"internal", net::SignalKind::internal},
+                                           {"dummy", net::SignalKind::dummy}};
+constexpr Word<std::uint8_t> initial_values[] = {{"0", 0}, {"1", 1}, {"?", net::unknown_value}};
+constexpr Word<net::Sign> signs[] = {
+    {"+", net::Sign::plus}, {"-", net::Sign::minus}, {"~", net::Sign::toggle}};
 
 // What the value of the attribute stands for; nullopt after an error.
 template <class Value, std::size_t n>
@@ -43,20 +44,20 @@ std::optional<Value> require_meaning(const Word<Value> (&words)[n], const XmlNod
 
 std::optional<std::uint8_t> initial_value_of(const XmlNode& element) {
   const XmlAttribute* const value = attribute(element, "initialValue");
-  return value == nullptr ? unknown_value : meaning(initial_values, element, *value);
+  return value == nullptr ? net::unknown_value : meaning(initial_values, element, *value);
 }
 
 }  // namespace
 
-bool SignalTable::read(const XmlNode& page, Stg& stg) {
+bool SignalTable::read(const XmlNode& page, net::Stg& stg) {
   for (const XmlNode* node = page.first_node(); node != nullptr; node = node->next_sibling()) {
     if (name_of(*node) == "signal" && !read_signal(*node, stg)) return false;
   }
-  sort_signals(stg);
+  net::sort_signals(stg);
   return true;
 }
 
-bool SignalTable::read_signal(const XmlNode& element, Stg& stg) {
+bool SignalTable::read_signal(const XmlNode& element, net::Stg& stg) {
   const XmlAttribute* const id = require_attribute(element, "id");
   if (id == nullptr) return false;
   if (!ids_.insert(value_of(*id))) {
@@ -70,26 +71,26 @@ bool SignalTable::read_signal(const XmlNode& element, Stg& stg) {
   const auto value = initial_value_of(element);
   if (!value) return false;
 
-  Signal& signal = add_signal(stg, std::move(*name), *kind);
+  net::Signal& signal = net::add_signal(stg, std::move(*name), *kind);
   signal.initial_value = *value;
   signals_.push_back(&signal);
   assert(signals_.size() == ids_.size() && signals_.size() == stg.signals.size());
   if (!names_.insert(signal.name)) {
-    print_error("signal " + signal.name + " is declared more then once (file XML, line 0)");
+    base::print_error("signal " + signal.name + " is declared more then once (file XML, line 0)");
     return false;
   }
-  if (signal.is_dummy() && *value != unknown_value) {
-    print_warning("dummy signal " + signal.name + " has an initial value distinct from '?'");
+  if (signal.is_dummy() && *value != net::unknown_value) {
+    base::print_warning("dummy signal " + signal.name + " has an initial value distinct from '?'");
   }
   return true;
 }
 
-bool SignalTable::label(const XmlNode& element, StgTransition& transition) const {
+bool SignalTable::label(const XmlNode& element, net::StgTransition& transition) const {
   const XmlNode* const label = require_child(element, "signal");
   const XmlAttribute* const ref = label == nullptr ? nullptr : require_attribute(*label, "ref");
   if (ref == nullptr) return false;
   const std::uint32_t number = ids_.find(value_of(*ref));
-  if (number == no_index) {
+  if (number == base::no_index) {
     report_undeclared(value_of(*ref));
     return false;
   }
@@ -101,4 +102,4 @@ bool SignalTable::label(const XmlNode& element, StgTransition& transition) const
   return true;
 }
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

@@ -5,25 +5,25 @@
 
 #include <vector>
 
-#include "net/net.h"
 #include "formats/pnml_document.h"
 #include "formats/pnml_ids.h"
+#include "net/net.h"
 
-namespace vorel::pnml {
+namespace vorel::formats::pnml {
 
 class SignalTable {
  public:
   // Fills the signals of the STG, sorted, from the page; false after an error.
-  bool read(const XmlNode& page, Stg& stg);
+  bool read(const XmlNode& page, net::Stg& stg);
   // Sets signal and sign from the child `signal` of the element; false after an error.
-  bool label(const XmlNode& element, StgTransition& transition) const;
+  bool label(const XmlNode& element, net::StgTransition& transition) const;
 
  private:
-  bool read_signal(const XmlNode& element, Stg& stg);
+  bool read_signal(const XmlNode& element, net::Stg& stg);
 
   IdTable ids_;
-  std::vector<Signal*> signals_;  // by the number of the id
+  std::vector<net::Signal*> signals_;  // by the number of the id
   IdTable names_;
 };
 
-}  // namespace vorel::pnml
+}  // namespace vorel::formats::pnml

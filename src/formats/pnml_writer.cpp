@@ -8,33 +8,33 @@
 #include <string_view>
 
 #include "base/messages.h"
-#include "formats/save_file.h"
 #include "base/text_sink.h"
+#include "formats/save_file.h"
 #include "formats/xml_text.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
-constexpr std::array<std::string_view, signal_kind_count> kind_words = {"input", "output",
-                                                                        "internal", "dummy"};
+constexpr std::array<std::string_view, net::signal_kind_count> kind_words = {"input", "output",
+                                                                             "internal", "dummy"};
 constexpr std::string_view value_digits = "01?";
 constexpr std::string_view sign_marks = "+-~";
 
 template <class Predicate>
-bool any_name(const Net& net, Predicate holds) {
+bool any_name(const net::Net& net, Predicate holds) {
   const auto name_holds = [&holds](const auto& element) { return holds(element->name); };
   return std::ranges::any_of(net.places, name_holds) ||
          std::ranges::any_of(net.transitions, name_holds);
 }
 template <class Predicate>
-bool any_name(const Stg& stg, Predicate holds) {
+bool any_name(const net::Stg& stg, Predicate holds) {
   const auto name_holds = [&holds](const auto& element) { return holds(element->name); };
   return std::ranges::any_of(stg.places, name_holds) ||
          std::ranges::any_of(stg.transitions, name_holds) ||
          std::ranges::any_of(stg.signals, name_holds);
 }
 
-template <Process P>
+template <net::Process P>
 class PnmlText {
  public:
   PnmlText(const P& process, std::ostream& stream) : process_{process}, sink_{stream} {}
@@ -97,7 +97,7 @@ class PnmlText {
     }
   }
 
-  void add(const Signal& signal) {
+  void add(const net::Signal& signal) {
     assert(signal.initial_value < value_digits.size());
     sink_ << "<signal id=\"s" << signal.index << "\" type=\""
           << kind_words[static_cast<std::size_t>(signal.kind)] << "\" initialValue=\""
@@ -106,7 +106,7 @@ class PnmlText {
     sink_ << "</signal>\n";
   }
 
-  void add_label(const StgTransition& transition) {
+  void add_label(const net::StgTransition& transition) {
     assert(transition.signal != nullptr);
     sink_ << "<signal ref=\"s" << transition.signal->index << "\" sign=\""
           << sign_marks[static_cast<std::size_t>(transition.sign)] << "\"/>";
@@ -119,7 +119,7 @@ class PnmlText {
     for (const auto& event : process_.events) {
       for (const auto* condition : event->preset) add_arc('c', condition->index, 'e', event->index);
       for (const auto* condition : event->postset) {
-        if (condition->index != no_index) add_arc('e', event->index, 'c', condition->index);
+        if (condition->index != base::no_index) add_arc('e', event->index, 'c', condition->index);
       }
     }
     for_each_left_out(
@@ -133,7 +133,7 @@ class PnmlText {
     for (const auto& event : process_.events) {
       if (!event->is_cut_off()) continue;
       for (const auto* condition : event->postset) {
-        if (condition->index == no_index) visit(*event, *condition, number++);
+        if (condition->index == base::no_index) visit(*event, *condition, number++);
       }
     }
   }
@@ -173,34 +173,34 @@ class PnmlText {
   }
 
   const P& process_;
-  TextSink sink_;
+  base::TextSink sink_;
 };
 
-template <Process P>
+template <net::Process P>
 bool write_compressed(const P& process, const std::string& path) {
   ogzstream stream;
   stream.open(path.c_str());
-  if (!stream.rdbuf()->is_open()) return report_write_failure();
+  if (!stream.rdbuf()->is_open()) return base::report_write_failure();
   if (!write_pnml(process, stream)) return false;
   stream.close();
-  return stream.good() || report_write_failure();
+  return stream.good() || base::report_write_failure();
 }
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 bool write_pnml(const P& process, std::ostream& stream) {
   const auto has_zero = [](std::string_view name) { return name.find('\0') != name.npos; };
   if (any_name(process, has_zero)) {
-    print_error("the process cannot be written in PNML: a name has a zero byte");
+    base::print_error("the process cannot be written in PNML: a name has a zero byte");
     return false;
   }
   return PnmlText<P>(process, stream).run();
 }
 
-template <Process P>
+template <net::Process P>
 bool save_pnml(const P& process, const std::string& file_name) {
-  return save_file(file_name, [&](OutputFile& file) {
+  return save_file(file_name, [&](base::OutputFile& file) {
     return file_name.ends_with(".gz") ? write_compressed(process, file.written_path())
                                       : write_pnml(process, file.stream());
   });
@@ -212,4 +212,4 @@ bool save_pnml(const P& process, const std::string& file_name) {
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -14,15 +14,15 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // False after an error: a write fails, or a name has a zero byte; nothing is written then. The text
 // is never in memory as a whole.
-template <Process P>
+template <net::Process P>
 bool write_pnml(const P& process, std::ostream& stream);
 
 // Compresses if the name ends in ".gz".
-template <Process P>
+template <net::Process P>
 bool save_pnml(const P& process, const std::string& file_name);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -4,28 +4,28 @@
 #include <cassert>
 #include <string_view>
 
-#include "formats/save_file.h"
 #include "base/text_sink.h"
+#include "formats/save_file.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 struct KindColour {
   std::string_view kind, colour;
 };
-constexpr std::array<KindColour, signal_kind_count> kind_colours = {
+constexpr std::array<KindColour, net::signal_kind_count> kind_colours = {
     {{"input", "red"}, {"output", "blue"}, {"internal", "darkgreen"}, {"dummy", "gray50"}}};
-static_assert(kind_colours[static_cast<std::size_t>(SignalKind::dummy)].kind == "dummy");
+static_assert(kind_colours[static_cast<std::size_t>(net::SignalKind::dummy)].kind == "dummy");
 
-std::string_view colour_of(const Transition&) { return "black"; }
-std::string_view colour_of(const StgTransition& transition) {
+std::string_view colour_of(const net::Transition&) { return "black"; }
+std::string_view colour_of(const net::StgTransition& transition) {
   assert(transition.signal != nullptr);
   return kind_colours[static_cast<std::size_t>(transition.signal->kind)].colour;
 }
 
 // In labels a backslash starts an escape and an ampersand an entity. Characters that neither can
 // be drawn nor may stand in the text are shown by their number.
-void add_label_text(TextSink& sink, std::string_view text) {
+void add_label_text(base::TextSink& sink, std::string_view text) {
   constexpr std::string_view hex_digits = "0123456789ABCDEF";
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
@@ -44,7 +44,7 @@ void add_label_text(TextSink& sink, std::string_view text) {
 template <class N>
 class Drawing {
  public:
-  Drawing(const PrefixOf<N>& prefix, std::ostream& stream) : prefix_{prefix}, sink_{stream} {}
+  Drawing(const net::PrefixOf<N>& prefix, std::ostream& stream) : prefix_{prefix}, sink_{stream} {}
 
   bool run() {
     sink_ << "digraph prefix {\n";
@@ -65,13 +65,13 @@ class Drawing {
     }
   }
 
-  void add_condition(const ConditionOf<N>& condition, std::size_t number) {
+  void add_condition(const net::ConditionOf<N>& condition, std::size_t number) {
     sink_ << "  c" << number << " [shape=circle, label=\"";
     add_label_text(sink_, condition.place->name);
     sink_ << "\"];\n";
   }
 
-  void add_event(const EventOf<N>& event) {
+  void add_event(const net::EventOf<N>& event) {
     const std::string_view colour = colour_of(*event.transition);
     sink_ << "  e" << event.index << " [shape=box, color=" << colour << ", label=\"";
     add_label_text(sink_, event.transition->name);
@@ -82,7 +82,7 @@ class Drawing {
     }
     for (const auto* condition : event.postset) {
       std::size_t number = condition->index;
-      if (condition->index == no_index) {
+      if (condition->index == base::no_index) {
         number = next_left_out_++;
         add_condition(*condition, number);
       }
@@ -90,29 +90,29 @@ class Drawing {
     }
   }
 
-  const PrefixOf<N>& prefix_;
-  TextSink sink_;
+  const net::PrefixOf<N>& prefix_;
+  base::TextSink sink_;
   std::size_t next_left_out_ = prefix_.conditions.size();  // behind all that have a number
 };
 
 }  // namespace
 
 template <class N>
-bool write_dot(const PrefixOf<N>& prefix, std::ostream& stream) {
+bool write_dot(const net::PrefixOf<N>& prefix, std::ostream& stream) {
   return Drawing<N>(prefix, stream).run();
 }
 
 template <class N>
-bool save_dot(const PrefixOf<N>& prefix, const std::string& file_name) {
+bool save_dot(const net::PrefixOf<N>& prefix, const std::string& file_name) {
   return save_file(file_name,
-                   [&prefix](OutputFile& file) { return write_dot(prefix, file.stream()); });
+                   [&prefix](base::OutputFile& file) { return write_dot(prefix, file.stream()); });
 }
 
-#define INSTANTIATE(N)                                           \
-  template bool write_dot<N>(const PrefixOf<N>&, std::ostream&); \
-  template bool save_dot<N>(const PrefixOf<N>&, const std::string&);
-INSTANTIATE(Net)
-INSTANTIATE(Stg)
+#define INSTANTIATE(N)                                                \
+  template bool write_dot<N>(const net::PrefixOf<N>&, std::ostream&); \
+  template bool save_dot<N>(const net::PrefixOf<N>&, const std::string&);
+INSTANTIATE(net::Net)
+INSTANTIATE(net::Stg)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::formats

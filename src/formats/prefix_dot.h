@@ -9,12 +9,12 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // False after an error. Conditions left out after cut-offs are drawn, too.
 template <class N>
-bool write_dot(const PrefixOf<N>& prefix, std::ostream& stream);
+bool write_dot(const net::PrefixOf<N>& prefix, std::ostream& stream);
 template <class N>
-bool save_dot(const PrefixOf<N>& prefix, const std::string& file_name);
+bool save_dot(const net::PrefixOf<N>& prefix, const std::string& file_name);
 
-}  // namespace vorel
+}  // namespace vorel::formats

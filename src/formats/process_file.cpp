@@ -11,7 +11,7 @@
 #include "formats/pnml_reader.h"
 #include "net/sanity_checks.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 bool is_pnml(std::string_view name) {
@@ -28,7 +28,7 @@ bool open_for_input(std::ifstream& stream, const std::string& name) {
   stream.open(name, std::ios::binary);
   if (stream) stream.peek();
   if (stream.bad() || !stream.is_open()) {
-    print_error(cannot_open_for_input(name));
+    base::print_error(base::cannot_open_for_input(name));
     return false;
   }
   stream.clear();  // an empty file is the business of its reader
@@ -43,7 +43,7 @@ std::unique_ptr<Shape> read_legacy(LegacyReader<P> read, const std::string& name
   std::ifstream stream;
   if (!open_for_input(stream, name)) return nullptr;
   const std::unique_ptr<P> process = read(stream, name);
-  if (process == nullptr || !passes_sanity_checks(*process)) return nullptr;
+  if (process == nullptr || !net::passes_sanity_checks(*process)) return nullptr;
   return std::make_unique<Shape>(std::move(*process));
 }
 
@@ -51,30 +51,34 @@ std::unique_ptr<Shape> read_legacy(LegacyReader<P> read, const std::string& name
 // as one, whatever the names of its transitions look like.
 template <class Shape>
 std::unique_ptr<Shape> read_mci(const std::string& name) {
-  if constexpr (shape_accepts<Shape, NetPrefix>) {
-    return read_legacy<Shape, NetPrefix>(read_mci_net, name);
+  if constexpr (net::shape_accepts<Shape, net::NetPrefix>) {
+    return read_legacy<Shape, net::NetPrefix>(read_mci_net, name);
   } else {
-    return read_legacy<Shape, StgPrefix>(read_mci_stg, name);
+    return read_legacy<Shape, net::StgPrefix>(read_mci_stg, name);
   }
 }
 
 template <class Shape>
 std::unique_ptr<Shape> read_input() {
-  const std::string& name = run_state().input_file_name;
+  const std::string& name = base::run_state().input_file_name;
   if (is_pnml(name)) return read_pnml<Shape>(name);
   const std::string_view extension = extension_of(name);
   if (extension == "mci") return read_mci<Shape>(name);
-  if constexpr (shape_accepts<Shape, NetMergedProcess>) {
-    if (extension == "mp") return read_legacy<Shape, NetMergedProcess>(read_mp_net, name);
+  if constexpr (net::shape_accepts<Shape, net::NetMergedProcess>) {
+    if (extension == "mp") return read_legacy<Shape, net::NetMergedProcess>(read_mp_net, name);
   }
-  print_error(std::string("unexpected file extension: \"").append(extension).append("\""));
+  base::print_error(std::string("unexpected file extension: \"").append(extension).append("\""));
   return nullptr;
 }
 
 }  // namespace
 
-std::unique_ptr<FullVariant> read_full() { return read_input<FullVariant>(); }
-std::unique_ptr<NoStgMergedVariant> read_no_stg_mp() { return read_input<NoStgMergedVariant>(); }
-std::unique_ptr<StgPrefixVariant> read_stg_prefix() { return read_input<StgPrefixVariant>(); }
+std::unique_ptr<net::FullVariant> read_full() { return read_input<net::FullVariant>(); }
+std::unique_ptr<net::NoStgMergedVariant> read_no_stg_mp() {
+  return read_input<net::NoStgMergedVariant>();
+}
+std::unique_ptr<net::StgPrefixVariant> read_stg_prefix() {
+  return read_input<net::StgPrefixVariant>();
+}
 
-}  // namespace vorel
+}  // namespace vorel::formats

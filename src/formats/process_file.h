@@ -1,18 +1,19 @@
 // formats/process_file.h - the input file, read by the reader that its name asks for.
 // Here:      the choice of the reader, one function per shape of input.
-// Not here:  the readers themselves (formats/pnml_reader.h, formats/mci_reader.h, formats/mp_reader.h).
+// Not here:  the readers themselves (formats/pnml_reader.h, formats/mci_reader.h,
+// formats/mp_reader.h).
 #pragma once
 
 #include <memory>
 
 #include "net/process_variant.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // Read the input file of the run. Null when it was refused, mostly after a reported error; a record
 // can also come back after an error, so the caller looks at the severity too.
-std::unique_ptr<FullVariant> read_full();
-std::unique_ptr<NoStgMergedVariant> read_no_stg_mp();
-std::unique_ptr<StgPrefixVariant> read_stg_prefix();
+std::unique_ptr<net::FullVariant> read_full();
+std::unique_ptr<net::NoStgMergedVariant> read_no_stg_mp();
+std::unique_ptr<net::StgPrefixVariant> read_stg_prefix();
 
-}  // namespace vorel
+}  // namespace vorel::formats

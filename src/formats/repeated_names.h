@@ -1,4 +1,5 @@
-// formats/repeated_names.h - names for the nodes of a net whose file tells them apart by other means.
+// formats/repeated_names.h - names for the nodes of a net whose file tells them apart by other
+// means.
 #pragma once
 
 #include <cassert>
@@ -10,12 +11,12 @@
 #include "base/ptr_list.h"
 #include "formats/pnml_ids.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // Appends "_ID" to each name that an earlier element has or another one had from the start, so that
 // no name is left twice. Gives the indices of what has a new name now.
 template <class T>
-std::vector<std::uint32_t> make_names_unique(OwnedList<T>& elements,
+std::vector<std::uint32_t> make_names_unique(base::OwnedList<T>& elements,
                                              std::span<const std::string_view> ids) {
   assert(elements.size() == ids.size());
   pnml::IdTable names;
@@ -32,4 +33,4 @@ std::vector<std::uint32_t> make_names_unique(OwnedList<T>& elements,
   return repeated;
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -9,19 +9,19 @@
 #include "base/output_file.h"
 #include "base/text_sink.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // `write(file)` writes to the stream or the path of the file and gives false after an error. False
 // after an error; the file is then as it was, where that is possible.
 template <class Write>
 bool save_file(const std::string& file_name, Write write) {
-  OutputFile file(file_name);
+  base::OutputFile file(file_name);
   if (!file.is_open()) {
-    print_error(cannot_open_for_output(file_name));
+    base::print_error(base::cannot_open_for_output(file_name));
     return false;
   }
   if (!write(file)) return false;
-  return file.commit() || report_write_failure();
+  return file.commit() || base::report_write_failure();
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 enum CharClass : std::uint8_t { space = 1, ends_name = 2, ends_attribute_name = 4 };
@@ -154,4 +154,4 @@ const char* element_below_depth(const std::string& text, std::uint32_t bound) {
   return DepthScan(text).first_below(bound);
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -8,10 +8,10 @@
 #include <cstdint>
 #include <string>
 
-namespace vorel {
+namespace vorel::formats {
 
 // The start tag of the first element that has `bound` elements around it; null if there is none, or
 // none before the place where the parser will refuse the text. No zero byte may be in the text.
 const char* element_below_depth(const std::string& text, std::uint32_t bound);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 bool is_control(char c) {
@@ -15,7 +15,7 @@ bool is_plain(char c) {
   return !is_control(c) && c != '<' && c != '>' && c != '&' && c != '"' && c != '\'';
 }
 
-void add_escaped(TextSink& sink, char c) {
+void add_escaped(base::TextSink& sink, char c) {
   switch (c) {
     case '<':
       sink << "&lt;";
@@ -37,7 +37,7 @@ void add_escaped(TextSink& sink, char c) {
   }
 }
 
-void add_plain_or_escaped(TextSink& sink, std::string_view text) {
+void add_plain_or_escaped(base::TextSink& sink, std::string_view text) {
   while (!text.empty()) {
     const auto plain =
         static_cast<std::size_t>(std::ranges::find_if_not(text, is_plain) - text.begin());
@@ -51,7 +51,7 @@ void add_plain_or_escaped(TextSink& sink, std::string_view text) {
 }  // namespace
 
 // Parsers drop blanks at the ends of a text, as references they stay.
-void add_xml_text(TextSink& sink, std::string_view text) {
+void add_xml_text(base::TextSink& sink, std::string_view text) {
   assert(text.find('\0') == text.npos);
   if (text.starts_with(' ')) {
     add_escaped(sink, ' ');
@@ -69,4 +69,4 @@ bool needs_xml_1_1(std::string_view text) {
   });
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

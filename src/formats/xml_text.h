@@ -7,12 +7,12 @@
 
 #include "base/text_sink.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 // There must be no zero byte in the text.
-void add_xml_text(TextSink& sink, std::string_view text);
+void add_xml_text(base::TextSink& sink, std::string_view text);
 
 // Whether the text has a control character that XML 1.0 knows no way to write.
 bool needs_xml_1_1(std::string_view text);
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -4,7 +4,7 @@
 
 #include "base/indexed_by.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 // True when the producers of each event's preset stand before it.
@@ -22,7 +22,7 @@ template <class N>
 std::vector<EventOf<N>*> sort_causally(const PrefixOf<N>& prefix) {
   std::vector<EventOf<N>*> order;
   order.reserve(prefix.events.size());
-  IndexedBy<EventOf<N>, std::uint32_t> waiting_for(prefix.events.size());
+  base::IndexedBy<EventOf<N>, std::uint32_t> waiting_for(prefix.events.size());
   for (const auto& event : prefix.events) {
     waiting_for[*event] = static_cast<std::uint32_t>(std::ranges::count_if(
         event->preset, [](const auto* condition) { return !condition->is_initial(); }));
@@ -52,7 +52,7 @@ std::vector<EventOf<N>*> topological_order(const PrefixOf<N>& prefix) {
 template <class N>
 std::vector<EventOf<N>*> causal_past(const PrefixOf<N>& prefix,
                                      std::type_identity_t<std::span<EventOf<N>* const>> events) {
-  MarkSet<EventOf<N>> seen(prefix.events.size());
+  base::MarkSet<EventOf<N>> seen(prefix.events.size());
   std::vector<EventOf<N>*> past;
   const auto visit = [&seen, &past](EventOf<N>* event) {
     if (seen.insert(*event)) past.push_back(event);
@@ -75,4 +75,4 @@ INSTANTIATE(Net)
 INSTANTIATE(Stg)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::net

@@ -10,7 +10,7 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::net {
 
 // All events, each after its causal predecessors; in the order of the list where that is one.
 // Events on or after a causal cycle are missing: the result is shorter than the list exactly if the
@@ -24,4 +24,4 @@ template <class N>
 std::vector<EventOf<N>*> causal_past(const PrefixOf<N>& prefix,
                                      std::type_identity_t<std::span<EventOf<N>* const>> events);
 
-}  // namespace vorel
+}  // namespace vorel::net

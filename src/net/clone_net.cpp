@@ -2,19 +2,20 @@
 
 #include <cassert>
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 // The links of one element, led to the elements of the same numbers in the list of the copy.
 template <class T>
-void clone_links(const PtrList<T>& links, const OwnedList<T>& list, PtrList<T>& copy) {
+void clone_links(const base::PtrList<T>& links, const base::OwnedList<T>& list,
+                 base::PtrList<T>& copy) {
   copy.reserve(links.size());
   for (const T* element : links) copy.push_back(list[element->index].get());
 }
 
 template <class From, class To>
-void clone_all_links(const OwnedList<From>& elements, const OwnedList<To>& list,
-                     OwnedList<From>& copies) {
+void clone_all_links(const base::OwnedList<From>& elements, const base::OwnedList<To>& list,
+                     base::OwnedList<From>& copies) {
   for (const auto& element : elements) {
     From& copy = *copies[element->index];
     clone_links(element->preset, list, copy.preset);
@@ -47,14 +48,14 @@ N clone_net(const N& net) {
   N copy;
   copy.places.reserve(net.places.size());
   for (const auto& place : net.places) {
-    auto& new_place = append_new(copy.places);
+    auto& new_place = base::append_new(copy.places);
     assert(new_place.index == place->index);
     new_place.name = place->name;
     new_place.initial_marking = place->initial_marking;
   }
   copy.transitions.reserve(net.transitions.size());
   for (const auto& transition : net.transitions) {
-    append_new(copy.transitions).name = transition->name;
+    base::append_new(copy.transitions).name = transition->name;
   }
   clone_all_links(net.places, copy.transitions, copy.places);
   clone_all_links(net.transitions, copy.places, copy.transitions);
@@ -65,4 +66,4 @@ N clone_net(const N& net) {
 template Net clone_net<Net>(const Net&);
 template Stg clone_net<Stg>(const Stg&);
 
-}  // namespace vorel
+}  // namespace vorel::net

@@ -3,10 +3,10 @@
 
 #include "net/net.h"
 
-namespace vorel {
+namespace vorel::net {
 
 // The same numbers, names, marking and labels; the arcs in the same order.
 template <class N>
 N clone_net(const N& net);
 
-}  // namespace vorel
+}  // namespace vorel::net

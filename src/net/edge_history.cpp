@@ -6,13 +6,13 @@
 
 #include "net/causality.h"
 
-namespace vorel {
+namespace vorel::net {
 
 EdgeHistory::EdgeHistory(const StgPrefix& prefix, const std::vector<Event*>& order)
     : prefix_{prefix},
       order_{order},
       position_(prefix.events.size()),
-      rank_(prefix.signals.size(), no_index),
+      rank_(prefix.signals.size(), base::no_index),
       seen_(prefix.events.size()),
       rows_(prefix.events.size()),
       depth_(prefix.events.size() + 1),
@@ -29,7 +29,7 @@ void EdgeHistory::list_signals() {
     Signal* const signal = event->transition->signal;
     if (signal->is_dummy()) continue;
     std::uint32_t& rank = rank_[*signal];
-    if (rank == no_index) {
+    if (rank == base::no_index) {
       rank = static_cast<std::uint32_t>(signals_.size());
       signals_.push_back(signal);
       edges_of_.emplace_back();
@@ -133,4 +133,4 @@ void EdgeHistory::recount_signal(const Signal& signal) {
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::net

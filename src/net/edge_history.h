@@ -19,7 +19,7 @@
 #include "base/indexed_by.h"
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::net {
 
 class EdgeHistory {
  public:
@@ -53,19 +53,19 @@ class EdgeHistory {
   // Edges are event numbers + 1; the tables below are indexed by them, entry 0 is the root.
   const StgPrefix& prefix_;
   const std::vector<Event*>& order_;
-  IndexedBy<Event, std::uint32_t> position_;   // in the order
-  std::vector<Signal*> signals_;               // with edges, by first edge
-  std::vector<std::vector<Event*>> edges_of_;  // by position in signals_
-  IndexedBy<Signal, std::uint32_t> rank_;      // position in signals_
-  std::uint32_t block_ = 0, block_end_ = 0;    // the block being visited, positions in signals_
+  base::IndexedBy<Event, std::uint32_t> position_;  // in the order
+  std::vector<Signal*> signals_;                    // with edges, by first edge
+  std::vector<std::vector<Event*>> edges_of_;       // by position in signals_
+  base::IndexedBy<Signal, std::uint32_t> rank_;     // position in signals_
+  std::uint32_t block_ = 0, block_end_ = 0;  // the block being visited, positions in signals_
 
-  MarkSet<Event> seen_;
+  base::MarkSet<Event> seen_;
   std::vector<Row> rows_;                // by event number, all 0 between blocks
   std::vector<std::uint32_t> depth_;     // number of edges of the chain that ends here
   std::vector<std::uint32_t> previous_;  // the edge before, 0 for the first
   std::vector<std::uint32_t> jump_;      // some edge further back: levels are found in log steps
-  IndexedBy<Event, std::uint32_t> edges_before_;
+  base::IndexedBy<Event, std::uint32_t> edges_before_;
   std::optional<Disorder> disorder_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::net

@@ -12,7 +12,7 @@
 #include "net/causality.h"
 #include "net/edge_history.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 using Event = StgPrefix::Event;
@@ -40,13 +40,14 @@ class InitialValuePass {
     for (std::uint32_t i = prefix_.internals_end; i < prefix_.signals.size(); ++i) {
       Signal& signal = *prefix_.signals[i];
       if (signal.initial_value == unknown_value) continue;
-      print_warning("dummy signal " + signal.name + " has an initial value distinct from '?'");
+      base::print_warning("dummy signal " + signal.name +
+                          " has an initial value distinct from '?'");
       signal.initial_value = unknown_value;
     }
     for (const Event* event : order_) {
       StgTransition& transition = *event->transition;
       if (!transition.signal->is_dummy() || transition.sign == Sign::toggle) continue;
-      print_warning("dummy transition " + transition.name + " cannot have sign");
+      base::print_warning("dummy transition " + transition.name + " cannot have sign");
       transition.sign = Sign::toggle;
     }
   }
@@ -76,27 +77,27 @@ class InitialValuePass {
 
   // The trace goes through the events, with `last` (if any) put to the end.
   void refuse(const Signal& signal, std::vector<Event*> events, const Event* last) const {
-    IndexedBy<Event, std::uint32_t> position(prefix_.events.size(), no_index);
+    base::IndexedBy<Event, std::uint32_t> position(prefix_.events.size(), base::no_index);
     std::uint32_t next = 0;
-    for (const Event* event : order_) position[*event] = event == last ? no_index : next++;
+    for (const Event* event : order_) position[*event] = event == last ? base::no_index : next++;
     std::ranges::sort(events, {}, [&](const Event* event) { return position[*event]; });
     std::string trace;
     for (const Event* event : events) {
       if (!trace.empty()) trace += ", ";
       trace += event->transition->name;
     }
-    print_error("the STG is inconsistent, signal " + signal.name + "; trace:\n" + trace);
+    base::print_error("the STG is inconsistent, signal " + signal.name + "; trace:\n" + trace);
   }
 
   // First the signals that only toggle, then those without events.
   void settle_unknown_values() {
-    IndexedBy<Signal, bool> has_events(prefix_.signals.size());
+    base::IndexedBy<Signal, bool> has_events(prefix_.signals.size());
     for (const Event* event : order_) has_events[*event->transition->signal] = true;
     const auto settle = [&](bool with_events, const char* verdict) {
       for (std::uint32_t i = 0; i < prefix_.internals_end; ++i) {
         Signal& signal = *prefix_.signals[i];
         if (signal.initial_value != unknown_value || has_events[signal] != with_events) continue;
-        print_warning("signal " + signal.name + verdict);
+        base::print_warning("signal " + signal.name + verdict);
         signal.initial_value = 0;
       }
     };
@@ -112,4 +113,4 @@ class InitialValuePass {
 
 bool find_initial_values(StgPrefix& prefix) { return InitialValuePass(prefix).run(); }
 
-}  // namespace vorel
+}  // namespace vorel::net

@@ -5,11 +5,11 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::net {
 
 // Sets each signal's initial_value to 0 or 1 (dummies to unknown_value). Signals must be sorted.
 // False after the error "the STG is inconsistent, signal ..." with a trace that shows it. Warns of
 // dummies with a sign or a value, of signals whose value nothing fixes, and of dead signals.
 bool find_initial_values(StgPrefix& prefix);
 
-}  // namespace vorel
+}  // namespace vorel::net

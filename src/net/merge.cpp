@@ -8,7 +8,7 @@
 #include "net/clone_net.h"
 #include "net/occurrence_depth.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 using Numbers = std::vector<std::uint32_t>;
@@ -22,7 +22,7 @@ void make_set(Numbers& numbers) {
 // Sequences of numbers, each once. An open-addressing table over one array that has them all.
 class SequenceTable {
  public:
-  SequenceTable() : slots_(smallest_slot_count, no_index) {}
+  SequenceTable() : slots_(smallest_slot_count, base::no_index) {}
 
   std::uint32_t size() const { return static_cast<std::uint32_t>(hashes_.size()); }
   std::span<const std::uint32_t> operator[](std::uint32_t number) const {
@@ -34,7 +34,7 @@ class SequenceTable {
     if (2 * hashes_.size() >= slots_.size()) grow();
     const std::uint64_t hash = hash_of(sequence);
     std::uint32_t& slot = slots_[slot_of(sequence, hash)];
-    if (slot == no_index) {
+    if (slot == base::no_index) {
       slot = size();
       hashes_.push_back(hash);
       items_.insert(items_.end(), sequence.begin(), sequence.end());
@@ -59,7 +59,7 @@ class SequenceTable {
   std::size_t slot_of(std::span<const std::uint32_t> sequence, std::uint64_t hash) const {
     const std::size_t mask = slots_.size() - 1;
     std::size_t slot = hash & mask;
-    while (slots_[slot] != no_index) {
+    while (slots_[slot] != base::no_index) {
       const std::uint32_t number = slots_[slot];
       if (hashes_[number] == hash && std::ranges::equal((*this)[number], sequence)) break;
       slot = (slot + 1) & mask;
@@ -68,11 +68,11 @@ class SequenceTable {
   }
 
   void grow() {
-    slots_.assign(2 * slots_.size(), no_index);
+    slots_.assign(2 * slots_.size(), base::no_index);
     const std::size_t mask = slots_.size() - 1;
     for (std::uint32_t number = 0; number < size(); ++number) {
       std::size_t slot = hashes_[number] & mask;
-      while (slots_[slot] != no_index) slot = (slot + 1) & mask;
+      while (slots_[slot] != base::no_index) slot = (slot + 1) & mask;
       slots_[slot] = number;
     }
   }
@@ -111,7 +111,7 @@ class Merger {
     for (const auto& place : merged_.places) {
       const std::uint32_t largest = first_of_place_[place->index + 1];
       for (std::uint32_t depth = 1; depth <= largest; ++depth) {
-        auto& condition = append_new(merged_.conditions);
+        auto& condition = base::append_new(merged_.conditions);
         condition.place = place.get();
         condition.occurrence_depth = static_cast<std::int32_t>(depth);
       }
@@ -158,7 +158,7 @@ class Merger {
     for (std::uint32_t number = 0; number < keys_.size(); ++number) {
       const std::span<const std::uint32_t> key = keys_[number];
       const auto preset = key.subspan(2, key[1]), postset = key.subspan(2 + key[1]);
-      auto& event = append_new(merged_.events);
+      auto& event = base::append_new(merged_.events);
       event.transition = merged_.transitions[key[0]].get();
       event.cut_off = is_cut_off_[number];
       event.preset.reserve(static_cast<std::uint32_t>(preset.size()));
@@ -187,4 +187,4 @@ MergedProcessOf<N> merge(const PrefixOf<N>& prefix) {
 template NetMergedProcess merge<Net>(const NetPrefix&);
 template StgMergedProcess merge<Stg>(const StgPrefix&);
 
-}  // namespace vorel
+}  // namespace vorel::net

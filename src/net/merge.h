@@ -9,7 +9,7 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::net {
 
 // The result owns a net of its own, with the numbers of the net of the prefix. The prefix must have
 // passed the structural checks (net/sanity_checks.h), or come from the unfolder. Apart from the
@@ -17,4 +17,4 @@ namespace vorel {
 template <class N>
 MergedProcessOf<N> merge(const PrefixOf<N>& prefix);
 
-}  // namespace vorel
+}  // namespace vorel::net

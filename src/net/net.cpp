@@ -3,18 +3,18 @@
 #include <algorithm>
 #include <tuple>
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 template <class T>
-void sort_list_by_name(OwnedList<T>& list) {
+void sort_list_by_name(base::OwnedList<T>& list) {
   std::ranges::stable_sort(
       list, [](const auto& a, const auto& b) { return name_less(a->name, b->name); });
-  renumber(list);
+  base::renumber(list);
 }
 
 template <class T>
-void sort_neighbours(OwnedList<T>& list) {
+void sort_neighbours(base::OwnedList<T>& list) {
   for (const auto& node : list) {
     sort_by_index(node->preset);
     sort_by_index(node->postset);
@@ -63,7 +63,7 @@ void sort_signals(Stg& stg) {
   std::ranges::stable_sort(stg.signals, [](const auto& a, const auto& b) {
     return a->kind != b->kind ? a->kind < b->kind : name_less(a->name, b->name);
   });
-  renumber(stg.signals);
+  base::renumber(stg.signals);
   const auto first_above = [&stg](SignalKind kind) {
     const auto above = std::ranges::find_if(
         stg.signals, [kind](const auto& signal) { return signal->kind > kind; });
@@ -75,10 +75,10 @@ void sort_signals(Stg& stg) {
 }
 
 Signal& add_signal(Stg& stg, std::string name, SignalKind kind) {
-  Signal& signal = append_new(stg.signals);
+  Signal& signal = base::append_new(stg.signals);
   signal.name = std::move(name);
   signal.kind = kind;
   return signal;
 }
 
-}  // namespace vorel
+}  // namespace vorel::net

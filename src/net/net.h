@@ -16,24 +16,24 @@
 
 #include "base/ptr_list.h"
 
-namespace vorel {
+namespace vorel::net {
 
 // `T` is the transition class of the net that the place belongs to.
 template <class T>
 struct PlaceOf {
-  std::uint32_t index = no_index;
+  std::uint32_t index = base::no_index;
   std::string name;                   // unique within the net after loading
-  PtrList<T> preset;                  // transitions that produce on this place, by index
+  base::PtrList<T> preset;            // transitions that produce on this place, by index
   std::uint32_t initial_marking = 0;  // tokens at the start
-  PtrList<T> postset;                 // transitions that consume from this place, by index
+  base::PtrList<T> postset;           // transitions that consume from this place, by index
 };
 
 template <class T>
 struct TransitionOf {
-  std::uint32_t index = no_index;
+  std::uint32_t index = base::no_index;
   std::string name;
-  PtrList<PlaceOf<T>> preset;   // input places, by index
-  PtrList<PlaceOf<T>> postset;  // output places, by index
+  base::PtrList<PlaceOf<T>> preset;   // input places, by index
+  base::PtrList<PlaceOf<T>> postset;  // output places, by index
 };
 
 struct Transition : TransitionOf<Transition> {};
@@ -47,7 +47,7 @@ enum class Sign : std::uint32_t { plus = 0, minus = 1, toggle = 2 };  // written
 inline constexpr std::uint8_t unknown_value = 2;  // an initial value not known, written "?"
 
 struct Signal {
-  std::uint32_t index = no_index;
+  std::uint32_t index = base::no_index;
   std::string name;  // without prefix, sign or instance number
   SignalKind kind = SignalKind::dummy;
   std::uint8_t initial_value = unknown_value;  // 0, 1 or unknown_value
@@ -66,8 +66,8 @@ struct NetOf {
   using Transition = T;
   using Place = PlaceOf<T>;
 
-  OwnedList<Place> places;
-  OwnedList<T> transitions;
+  base::OwnedList<Place> places;
+  base::OwnedList<T> transitions;
 };
 
 struct Net : NetOf<Transition> {
@@ -79,7 +79,7 @@ struct Stg : NetOf<StgTransition> {
 
   // Sorted by kind, then by the order of names, so that each kind is a range of indices. The three
   // bounds are positions in `signals`; whoever adds a signal calls sort_signals() afterwards.
-  OwnedList<Signal> signals;
+  base::OwnedList<Signal> signals;
   std::uint32_t inputs_end = 0;     // first signal that is not an input
   std::uint32_t outputs_end = 0;    // first signal that is neither input nor output
   std::uint32_t internals_end = 0;  // first dummy; the dummies run to the end
@@ -108,7 +108,7 @@ Signal& add_signal(Stg& stg, std::string name, SignalKind kind);
 
 // Sorts a list of pointers by the index of what they point at.
 template <class T>
-void sort_by_index(PtrList<T>& list) {
+void sort_by_index(base::PtrList<T>& list) {
   const auto less = [](const T* a, const T* b) { return a->index < b->index; };
   if (!std::is_sorted(list.begin(), list.end(), less)) std::sort(list.begin(), list.end(), less);
 }
@@ -125,4 +125,4 @@ void add_arc(T& transition, PlaceOf<T>& place) {
   transition.postset.push_back(&place);
 }
 
-}  // namespace vorel
+}  // namespace vorel::net

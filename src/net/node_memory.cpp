@@ -7,7 +7,7 @@
 
 #include "base/memory_overflow.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 constexpr std::size_t huge_page = std::size_t{1} << 21;
@@ -16,10 +16,10 @@ constexpr std::size_t huge_page = std::size_t{1} << 21;
 
 void* allocate_node_block(std::size_t size) {
   assert(size > 0);
-  if (size < huge_page) return reallocate_block(nullptr, size);
+  if (size < huge_page) return base::reallocate_block(nullptr, size);
   const std::size_t rounded = (size + huge_page - 1) / huge_page * huge_page;
   void* const block = std::aligned_alloc(huge_page, rounded);
-  if (block == nullptr) memory_overflow();
+  if (block == nullptr) base::memory_overflow();
 #ifdef MADV_HUGEPAGE
   madvise(block, rounded, MADV_HUGEPAGE);  // a hint: without it all is just slower
 #endif
@@ -28,4 +28,4 @@ void* allocate_node_block(std::size_t size) {
 
 void free_node_block(void* block) { std::free(block); }
 
-}  // namespace vorel
+}  // namespace vorel::net

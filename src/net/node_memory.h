@@ -6,10 +6,10 @@
 
 #include <cstddef>
 
-namespace vorel {
+namespace vorel::net {
 
 // Never null: ends in memory_overflow().
 void* allocate_node_block(std::size_t size);
 void free_node_block(void* block);
 
-}  // namespace vorel
+}  // namespace vorel::net

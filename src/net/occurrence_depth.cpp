@@ -8,7 +8,7 @@
 
 #include "net/causality.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 // The number of conditions of each place of a block on the paths to an event, at most.
@@ -132,7 +132,7 @@ template <class N>
 class PlaceNumbers {
  public:
   explicit PlaceNumbers(const PrefixOf<N>& prefix)
-      : number_(prefix.places.size(), no_index), uses_(prefix.places.size()) {
+      : number_(prefix.places.size(), base::no_index), uses_(prefix.places.size()) {
     for (const auto& condition : prefix.conditions) {
       if (condition->is_initial()) note(*condition);
     }
@@ -159,8 +159,8 @@ class PlaceNumbers {
     uses.is_consumed = uses.is_consumed || !condition.postset.empty();
   }
 
-  IndexedBy<typename N::Place, std::uint32_t> number_;
-  IndexedBy<typename N::Place, Uses> uses_;
+  base::IndexedBy<typename N::Place, std::uint32_t> number_;
+  base::IndexedBy<typename N::Place, Uses> uses_;
   std::uint32_t count_ = 0;
 };
 
@@ -185,7 +185,7 @@ CountingTask counting_task(const PrefixOf<N>& prefix, VisitSlots visit_slots) {
   const auto order = topological_order(prefix);
   assert(order.size() == prefix.events.size() && "a prefix has no causal cycles");
   const PlaceNumbers<N> places(prefix);
-  IndexedBy<EventOf<N>, std::uint32_t> producer(prefix.events.size());
+  base::IndexedBy<EventOf<N>, std::uint32_t> producer(prefix.events.size());
   CountingTask task;
   task.place_count = places.count();
   task.first_link.reserve(order.size() + 1);
@@ -202,7 +202,7 @@ CountingTask counting_task(const PrefixOf<N>& prefix, VisitSlots visit_slots) {
     }
     visit_slots(event, [&](const ConditionOf<N>& condition, std::uint32_t slot) {
       const std::uint32_t place = places[*condition.place];
-      if (place != no_index) task.produced.push_back({position, place, slot});
+      if (place != base::no_index) task.produced.push_back({position, place, slot});
     });
   }
   task.first_link.push_back(static_cast<std::uint32_t>(task.links.size()));
@@ -226,7 +226,8 @@ void OccurrenceDepths<N>::number_slots(const PrefixOf<N>& prefix) {
   auto slot = static_cast<std::uint32_t>(prefix.conditions.size());
   for (const auto& event : prefix.events) {
     first_left_out_[*event] = slot;
-    for (const Condition* condition : event->postset) slot += condition->index == no_index ? 1 : 0;
+    for (const Condition* condition : event->postset)
+      slot += condition->index == base::no_index ? 1 : 0;
   }
   depth_.assign(slot, 1);
 }
@@ -234,4 +235,4 @@ void OccurrenceDepths<N>::number_slots(const PrefixOf<N>& prefix) {
 template class OccurrenceDepths<Net>;
 template class OccurrenceDepths<Stg>;
 
-}  // namespace vorel
+}  // namespace vorel::net

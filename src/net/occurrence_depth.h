@@ -19,7 +19,7 @@
 #include "base/indexed_by.h"
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::net {
 
 template <class N>
 class OccurrenceDepths {
@@ -47,13 +47,13 @@ class OccurrenceDepths {
   void visit_slots(const Event& event, Visit visit) const {
     std::uint32_t left_out = first_left_out_[event];
     for (const Condition* condition : event.postset) {
-      visit(*condition, condition->index == no_index ? left_out++ : condition->index);
+      visit(*condition, condition->index == base::no_index ? left_out++ : condition->index);
     }
   }
   void number_slots(const PrefixOf<N>& prefix);
 
-  std::vector<std::uint32_t> depth_;                // by slot
-  IndexedBy<Event, std::uint32_t> first_left_out_;  // slot of the first left-out condition
+  std::vector<std::uint32_t> depth_;                      // by slot
+  base::IndexedBy<Event, std::uint32_t> first_left_out_;  // slot of the first left-out condition
 };
 
-}  // namespace vorel
+}  // namespace vorel::net

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 template <Process P>
@@ -54,7 +54,7 @@ void print_statistics(const P& process, std::ostream& stream) {
     if (!event->is_cut_off()) continue;
     ++cut_offs;
     left_out += static_cast<std::uint64_t>(std::ranges::count_if(
-        event->postset, [](const auto* condition) { return condition->index == no_index; }));
+        event->postset, [](const auto* condition) { return condition->index == base::no_index; }));
   }
   stream << "\n |B|=" << process.conditions.size() + left_out << " |E|=" << process.events.size()
          << " |C|=" << cut_offs << " |BE|=" << consumed << " |EB|=" << produced + left_out
@@ -69,4 +69,4 @@ void print_statistics(const P& process, std::ostream& stream) {
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::net

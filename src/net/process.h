@@ -21,7 +21,7 @@
 
 #include "net/net.h"
 
-namespace vorel {
+namespace vorel::net {
 
 template <class N>
 struct EventOf;
@@ -33,10 +33,10 @@ struct ConditionOf {
 
   // no_index for a condition after a cut-off that its producer left out of the list: a valid object
   // with a place, reached only through its event's postset.
-  std::uint32_t index = no_index;
+  std::uint32_t index = base::no_index;
   Event* pre_event = nullptr;  // null for a condition of the initial cut
   typename N::Place* place = nullptr;
-  PtrList<Event> postset;  // by index
+  base::PtrList<Event> postset;  // by index
 
   bool is_initial() const { return pre_event == nullptr; }
   // The producers as a list, as in a merged process: one event or none.
@@ -107,11 +107,11 @@ class CutOffInfo {
 // An occurrence of a transition in a prefix.
 template <class N>
 struct EventOf {
-  std::uint32_t index = no_index;
-  PtrList<ConditionOf<N>> preset;  // consumed, by index
+  std::uint32_t index = base::no_index;
+  base::PtrList<ConditionOf<N>> preset;  // consumed, by index
   typename N::Transition* transition = nullptr;
   CutOffInfo<EventOf> cut_off;
-  PtrList<ConditionOf<N>> postset;  // produced, by index
+  base::PtrList<ConditionOf<N>> postset;  // produced, by index
 
   bool is_cut_off() const { return cut_off.is_cut_off(); }
   // For readers that know no more than the fact.
@@ -126,12 +126,12 @@ template <class N>
 struct MpConditionOf {
   using Event = MpEventOf<N>;
 
-  std::uint32_t index = no_index;
-  PtrList<Event> preset;  // all mp-events that produce it
+  std::uint32_t index = base::no_index;
+  base::PtrList<Event> preset;  // all mp-events that produce it
   typename N::Place* place = nullptr;
   std::int32_t occurrence_depth = -1;  // at least 1 once set
   std::uint32_t initial_marking = 0;
-  PtrList<Event> postset;  // all mp-events that consume it
+  base::PtrList<Event> postset;  // all mp-events that consume it
 
   bool is_initial() const { return initial_marking != 0; }
   std::span<Event* const> producers() const { return preset; }
@@ -139,11 +139,11 @@ struct MpConditionOf {
 
 template <class N>
 struct MpEventOf {
-  std::uint32_t index = no_index;
-  PtrList<MpConditionOf<N>> preset;
+  std::uint32_t index = base::no_index;
+  base::PtrList<MpConditionOf<N>> preset;
   typename N::Transition* transition = nullptr;
   bool cut_off = false;  // no correspondent is kept
-  PtrList<MpConditionOf<N>> postset;
+  base::PtrList<MpConditionOf<N>> postset;
 
   bool is_cut_off() const { return cut_off; }
   void mark_cut_off() { cut_off = true; }
@@ -156,8 +156,8 @@ struct PrefixOf : N {
   using Event = EventOf<N>;
   static constexpr bool is_merged = false;
 
-  OwnedList<Condition> conditions;
-  OwnedList<Event> events;
+  base::OwnedList<Condition> conditions;
+  base::OwnedList<Event> events;
 };
 
 template <class N>
@@ -167,8 +167,8 @@ struct MergedProcessOf : N {
   using Event = MpEventOf<N>;
   static constexpr bool is_merged = true;
 
-  OwnedList<Condition> conditions;
-  OwnedList<Event> events;
+  base::OwnedList<Condition> conditions;
+  base::OwnedList<Event> events;
 };
 
 using NetPrefix = PrefixOf<Net>;
@@ -182,9 +182,10 @@ concept Process = std::is_same_v<P, NetPrefix> || std::is_same_v<P, StgPrefix> |
 
 // For the explicit instantiations: every template over processes is declared in a header, defined
 // in a .cpp file and instantiated there from this list.
-#define VOREL_FOR_EACH_PROCESS(X) X(NetPrefix) X(StgPrefix) X(NetMergedProcess) X(StgMergedProcess)
-#define VOREL_FOR_EACH_PREFIX(X) X(NetPrefix) X(StgPrefix)
-#define VOREL_FOR_EACH_MERGED_PROCESS(X) X(NetMergedProcess) X(StgMergedProcess)
+#define VOREL_FOR_EACH_PROCESS(X) \
+  X(net::NetPrefix) X(net::StgPrefix) X(net::NetMergedProcess) X(net::StgMergedProcess)
+#define VOREL_FOR_EACH_PREFIX(X) X(net::NetPrefix) X(net::StgPrefix)
+#define VOREL_FOR_EACH_MERGED_PROCESS(X) X(net::NetMergedProcess) X(net::StgMergedProcess)
 
 // Enter a link on both sides. A second producer of a condition of a prefix is refused with false;
 // nothing is changed then.
@@ -232,4 +233,4 @@ void count_initial_marking(P& process);
 template <Process P>
 void print_statistics(const P& process, std::ostream& stream);
 
-}  // namespace vorel
+}  // namespace vorel::net

@@ -7,13 +7,14 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::net {
 
 using FullVariant = std::variant<NetPrefix, StgPrefix, NetMergedProcess, StgMergedProcess>;
 using NoStgMergedVariant = std::variant<NetPrefix, StgPrefix, NetMergedProcess>;
 using StgPrefixVariant = std::variant<StgPrefix>;
 
-#define VOREL_FOR_EACH_SHAPE(X) X(FullVariant) X(NoStgMergedVariant) X(StgPrefixVariant)
+#define VOREL_FOR_EACH_SHAPE(X) \
+  X(net::FullVariant) X(net::NoStgMergedVariant) X(net::StgPrefixVariant)
 
 template <class Shape, class P>
 inline constexpr bool shape_accepts = false;
@@ -21,4 +22,4 @@ template <class P, class... Alternatives>
 inline constexpr bool shape_accepts<std::variant<Alternatives...>, P> =
     (std::is_same_v<P, Alternatives> || ...);
 
-}  // namespace vorel
+}  // namespace vorel::net

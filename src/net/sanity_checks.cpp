@@ -10,12 +10,12 @@
 #include "base/messages.h"
 #include "net/causality.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 // All elements of the list that satisfy the predicate, as "c1, c5, c7"; their number in `count`.
 template <class T, class Predicate>
-std::string labels_where(const OwnedList<T>& list, char letter, Predicate holds,
+std::string labels_where(const base::OwnedList<T>& list, char letter, Predicate holds,
                          std::uint64_t& count) {
   std::string labels;
   count = 0;
@@ -29,7 +29,7 @@ std::string labels_where(const OwnedList<T>& list, char letter, Predicate holds,
 
 // True when each of `links` is among `others`; `marks` is scratch.
 template <class T, class Links, class Others>
-bool all_among(const Links& links, const Others& others, MarkSet<T>& marks) {
+bool all_among(const Links& links, const Others& others, base::MarkSet<T>& marks) {
   marks.clear();
   for (const T* element : others) marks.insert(*element);
   return std::ranges::all_of(links, [&](const T* element) { return marks.contains(*element); });
@@ -59,7 +59,7 @@ class LinkComparison {
   using Event = typename P::Event;
 
   template <class T>
-  static bool is_listed(const OwnedList<T>& list, const T* element) {
+  static bool is_listed(const base::OwnedList<T>& list, const T* element) {
     return element->index < list.size() && list[element->index].get() == element;
   }
 
@@ -101,11 +101,11 @@ class LinkComparison {
   const P& process_;
   std::vector<std::uint32_t> first_;
   std::vector<const Condition*> conditions_;
-  MarkSet<Condition> in_event_;
+  base::MarkSet<Condition> in_event_;
 };
 
 template <class T>
-bool positions_are_indices(const OwnedList<T>& list) {
+bool positions_are_indices(const base::OwnedList<T>& list) {
   std::uint32_t position = 0;
   return std::ranges::all_of(
       list, [&position](const auto& element) { return element->index == position++; });
@@ -132,13 +132,14 @@ bool is_acyclic(const P& process) {
   if constexpr (!P::is_merged) {
     const auto order = topological_order(process);
     if (order.size() == process.events.size()) return true;
-    IndexedBy<typename P::Event, bool> ordered(process.events.size());
+    base::IndexedBy<typename P::Event, bool> ordered(process.events.size());
     for (const auto* event : order) ordered[*event] = true;
     std::uint64_t count = 0;
     const std::string labels = labels_where(
         process.events, 'e', [&](const auto& e) { return !ordered[e]; }, count);
-    print_error(format_message("the prefix contains %llu event(s) on or after a causal cycle: %s",
-                               static_cast<unsigned long long>(count), labels.c_str()));
+    base::print_error(
+        base::format_message("the prefix contains %llu event(s) on or after a causal cycle: %s",
+                             static_cast<unsigned long long>(count), labels.c_str()));
     return false;
   }
   return true;
@@ -155,8 +156,9 @@ bool events_match_transitions(const P& process) {
     std::ranges::sort(places);
     const auto place_index = [](const auto* place) { return place->index; };
     if (std::ranges::equal(places, event->transition->preset, {}, {}, place_index)) continue;
-    print_error("event e" + std::to_string(event->index) +
-                " does not consume from the places of its transition " + event->transition->name);
+    base::print_error("event e" + std::to_string(event->index) +
+                      " does not consume from the places of its transition " +
+                      event->transition->name);
     return false;
   }
   return true;
@@ -169,7 +171,7 @@ bool is_safe_initially(const P& process) {
     const std::string labels = labels_where(
         process.conditions, 'c', [](const auto& c) { return c.initial_marking > 1; }, count);
     if (count == 0) return true;
-    print_error("the initial marking is not safe: place(s) " + labels);
+    base::print_error("the initial marking is not safe: place(s) " + labels);
     return false;
   }
   return true;
@@ -177,7 +179,8 @@ bool is_safe_initially(const P& process) {
 
 // "the net contains COUNT WHAT: LABELS", or an empty text if no element satisfies the predicate.
 template <class T, class Predicate>
-std::string finding(const OwnedList<T>& list, char letter, std::string_view what, Predicate holds) {
+std::string finding(const base::OwnedList<T>& list, char letter, std::string_view what,
+                    Predicate holds) {
   std::uint64_t count = 0;
   const std::string labels = labels_where(list, letter, holds, count);
   if (count == 0) return {};
@@ -185,21 +188,21 @@ std::string finding(const OwnedList<T>& list, char letter, std::string_view what
 }
 
 void warn_if_any(const std::string& text) {
-  if (!text.empty()) print_warning(text);
+  if (!text.empty()) base::print_warning(text);
 }
 
 template <Process P>
 void warn_of_self_loops(const P& process) {
-  MarkSet<typename P::Condition> marks(process.conditions.size());
+  base::MarkSet<typename P::Condition> marks(process.conditions.size());
   for (const auto& event : process.events) {
     if (event->preset.size() > event->postset.size()) continue;
     if (!all_among(event->preset, event->postset, marks)) continue;
     if (event->preset.size() == event->postset.size()) {
-      print_warning(
-          format_message("*T=T* for transition e%u; |*T|=%u", event->index, event->preset.size()));
+      base::print_warning(base::format_message("*T=T* for transition e%u; |*T|=%u", event->index,
+                                               event->preset.size()));
     } else {
-      print_warning(
-          format_message("*T<T* for transition e%u; the net may be unbounded", event->index));
+      base::print_warning(
+          base::format_message("*T<T* for transition e%u; the net may be unbounded", event->index));
     }
   }
 }
@@ -207,7 +210,8 @@ void warn_of_self_loops(const P& process) {
 // An unmarked condition all of whose producers also consume, and there are not more of them than
 // consumers: nothing ever brings the first token.
 template <class Condition>
-bool has_no_real_producer(const Condition& condition, MarkSet<typename Condition::Event>& marks) {
+bool has_no_real_producer(const Condition& condition,
+                          base::MarkSet<typename Condition::Event>& marks) {
   const auto producers = condition.producers();
   return !condition.is_initial() && !producers.empty() &&
          producers.size() <= condition.postset.size() &&
@@ -221,7 +225,7 @@ void warn_of_odd_structure(const P& process) {
   warn_of_self_loops(process);
   warn_if_any(finding(process.conditions, 'c', "isolated place(s)",
                       [](const auto& c) { return c.producers().empty() && c.postset.empty(); }));
-  MarkSet<typename P::Event> marks(process.events.size());
+  base::MarkSet<typename P::Event> marks(process.events.size());
   warn_if_any(finding(process.conditions, 'c', "unmarked place(s) with no producing arcs",
                       [&marks](const auto& c) { return has_no_real_producer(c, marks); }));
 }
@@ -231,14 +235,14 @@ void warn_of_odd_structure(const P& process) {
 template <Process P>
 bool passes_sanity_checks(const P& process) {
   bool passes = is_consistent(process);
-  if (!passes) note_silent_failure("its links contradict each other");
+  if (!passes) base::note_silent_failure("its links contradict each other");
   // Links that contradict each other mean nothing beyond that.
   if (passes) passes = is_acyclic(process) && events_match_transitions(process);
   passes = is_safe_initially(process) && passes;
   const std::string empty_presets = finding(process.events, 'e', "transition(s) with empty preset",
                                             [](const auto& e) { return e.preset.empty(); });
   if (!empty_presets.empty()) {
-    print_error(empty_presets);
+    base::print_error(empty_presets);
     passes = false;
   }
   warn_of_odd_structure(process);
@@ -249,4 +253,4 @@ bool passes_sanity_checks(const P& process) {
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::net

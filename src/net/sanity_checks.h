@@ -6,7 +6,7 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::net {
 
 // Runs all checks, in order, whatever the earlier ones said. False when the process is refused:
 // without an error if its links contradict each other; after an error if a prefix has a causal
@@ -15,4 +15,4 @@ namespace vorel {
 template <Process P>
 bool passes_sanity_checks(const P& process);
 
-}  // namespace vorel
+}  // namespace vorel::net

@@ -8,7 +8,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 constexpr std::array<std::string_view, signal_kind_count> kind_prefixes = {"i.", "O.", "I.", "d."};
@@ -42,13 +42,13 @@ class Labelling {
 
  private:
   static bool fail(std::string_view before, std::string_view name, std::string_view after = "") {
-    print_error(std::string(before).append(name).append(after));
+    base::print_error(std::string(before).append(name).append(after));
     return false;
   }
 
   static void set_sign(StgTransition& transition, const TransitionLabel& parts) {
     if (parts.sign != Sign::toggle && parts.kind == SignalKind::dummy) {
-      print_warning("dummy transition " + transition.name + " cannot have sign");
+      base::print_warning("dummy transition " + transition.name + " cannot have sign");
     } else {
       transition.sign = parts.sign;
     }
@@ -106,4 +106,4 @@ bool label_transitions(Stg& stg) {
   return true;
 }
 
-}  // namespace vorel
+}  // namespace vorel::net

@@ -1,13 +1,14 @@
 // net/transition_label.h - the signal information that legacy formats keep in transition names.
 // Here:      splitting a name, [prefix.]identifier[+|-][/number]; labelling a net; the prefixes.
-// Not here:  the formats themselves (formats/mci_reader.h, formats/mp_reader.h, formats/mci_writer.h).
+// Not here:  the formats themselves (formats/mci_reader.h, formats/mp_reader.h,
+// formats/mci_writer.h).
 #pragma once
 
 #include <string_view>
 
 #include "net/net.h"
 
-namespace vorel {
+namespace vorel::net {
 
 // The parts of a name; the texts point into it.
 struct TransitionLabel {
@@ -28,4 +29,4 @@ std::string_view without_kind_prefix(std::string_view name);
 // The net itself is left to be sorted by the new names. False after an error.
 bool label_transitions(Stg& stg);
 
-}  // namespace vorel
+}  // namespace vorel::net

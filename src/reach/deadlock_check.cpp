@@ -4,15 +4,15 @@
 #include <cassert>
 
 #include "base/messages.h"
-#include "reach/deadlock_encoding.h"
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
 #include "configuration/validation.h"
+#include "reach/deadlock_encoding.h"
 
-namespace vorel {
+namespace vorel::reach {
 namespace {
 
-Params without_dummy_rules(Params params) {
+base::Params without_dummy_rules(base::Params params) {
   params.set("no_max_dummies", 0);
   params.set("enable_via_dummies", 0);
   return params;
@@ -20,25 +20,25 @@ Params without_dummy_rules(Params params) {
 
 }  // namespace
 
-template <Process P>
-DeadlockCheck<P>::DeadlockCheck(const P& process, const Params& params)
-    : SearchEngine<P>(process, without_dummy_rules(params),
-                      {"the system has a deadlock", "the system is deadlock-free"}) {
+template <net::Process P>
+DeadlockCheck<P>::DeadlockCheck(const P& process, const base::Params& params)
+    : configuration::SearchEngine<P>(process, without_dummy_rules(params),
+                                     {"the system has a deadlock", "the system is deadlock-free"}) {
   const auto is_cut_off = [](const auto& event) { return event->is_cut_off(); };
   if (std::ranges::none_of(process.events, is_cut_off)) {
-    print_warning(
+    base::print_warning(
         "the prefix has no cut-off events; if they were discarded by the unfolder then false "
         "deadlocks could have been introduced");
   }
   if constexpr (P::NetType::has_signals) {
-    if (has_dummy_cutoffs(process)) {
-      print_warning("there are dummy cut-offs; the result will not be reliable");
+    if (configuration::has_dummy_cutoffs(process)) {
+      base::print_warning("there are dummy cut-offs; the result will not be reliable");
     }
   }
 }
 
-template <Process P>
-void DeadlockCheck<P>::encode(ClauseGroup group) {
+template <net::Process P>
+void DeadlockCheck<P>::encode(sat::ClauseGroup group) {
   auto& vars = this->configuration(0);
   this->encode_configuration(vars, group);
   if (this->params().get("method") == 1) {
@@ -48,15 +48,16 @@ void DeadlockCheck<P>::encode(ClauseGroup group) {
   }
 }
 
-template <Process P>
-bool DeadlockCheck<P>::validate(const Solution& solution) const {
+template <net::Process P>
+bool DeadlockCheck<P>::validate(const results::Solution& solution) const {
   assert(solution.traces.size() == 1);
-  return SearchEngine<P>::validate(solution) &&
-         check_deadlock<P>(this->process(), events_of(this->process(), solution.traces.front()));
+  return configuration::SearchEngine<P>::validate(solution) &&
+         configuration::check_deadlock<P>(
+             this->process(), configuration::events_of(this->process(), solution.traces.front()));
 }
 
 #define INSTANTIATE(P) template class DeadlockCheck<P>;
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::reach

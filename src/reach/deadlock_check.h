@@ -5,22 +5,22 @@
 
 #include "configuration/search_engine.h"
 
-namespace vorel {
+namespace vorel::reach {
 
 // Every reachable marking of the net is the final marking of a configuration without cut-offs of a
 // complete prefix, and what it enables is an event of the prefix, perhaps a cut-off [McM-1993]. So
 // a deadlock of the net is a deadlock here, and the other way round. The same holds of the merged
 // process of such a prefix [KKKV-2006].
-template <Process P>
-class DeadlockCheck : public SearchEngine<P> {
+template <net::Process P>
+class DeadlockCheck : public configuration::SearchEngine<P> {
  public:
   // Dummies are transitions like any other here. Warns of a prefix without cut-offs, which may have
   // lost them, and of dummy cut-offs.
-  DeadlockCheck(const P& process, const Params& params);
+  DeadlockCheck(const P& process, const base::Params& params);
 
  protected:
-  void encode(ClauseGroup group) override;
-  bool validate(const Solution& solution) const override;
+  void encode(sat::ClauseGroup group) override;
+  bool validate(const results::Solution& solution) const override;
 };
 
-}  // namespace vorel
+}  // namespace vorel::reach

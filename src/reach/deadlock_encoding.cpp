@@ -5,18 +5,18 @@
 
 #include "configuration/sorted_links.h"
 
-namespace vorel {
+namespace vorel::reach {
 namespace {
 
 template <class Consumer>
 class Domination {
  public:
-  explicit Domination(const OwnedList<Consumer>& consumers)
+  explicit Domination(const base::OwnedList<Consumer>& consumers)
       : consumers_{consumers},
         presets_{consumers, &Consumer::preset},
         dominated_(consumers.size()) {}
 
-  IndexedBy<Consumer, bool> run() && {
+  base::IndexedBy<Consumer, bool> run() && {
     for (const auto& consumer : consumers_) {
       // What a dominated one dominates, its own dominator does too.
       if (!dominated_[*consumer] && !consumer->preset.empty()) visit(*consumer);
@@ -46,18 +46,18 @@ class Domination {
     });
   }
 
-  const OwnedList<Consumer>& consumers_;
-  const SortedLinks<Consumer, Resource> presets_;
-  IndexedBy<Consumer, bool> dominated_;
+  const base::OwnedList<Consumer>& consumers_;
+  const configuration::SortedLinks<Consumer, Resource> presets_;
+  base::IndexedBy<Consumer, bool> dominated_;
 };
 
 // The complements of the literals of the preset; false if one of its conditions is never produced.
-template <Process P>
-bool append_unproduced(ConfigurationVars<P>& vars, const typename P::Event& event,
-                       ClauseGroup group, Lits& clause) {
+template <net::Process P>
+bool append_unproduced(configuration::ConfigurationVars<P>& vars, const typename P::Event& event,
+                       sat::ClauseGroup group, sat::Lits& clause) {
   for (const auto* condition : event.preset) {
-    const Lit produced = produced_lit(vars, *condition, group, -1);
-    if (produced == LitFalse) return false;
+    const sat::Lit produced = configuration::produced_lit(vars, *condition, group, -1);
+    if (produced == sat::LitFalse) return false;
     clause.push_back(~produced);
   }
   return true;
@@ -65,22 +65,23 @@ bool append_unproduced(ConfigurationVars<P>& vars, const typename P::Event& even
 
 // An event whose preset nobody else consumes fires once that has been produced, or the final state
 // would enable it; a cut-off in this position forbids its causal past.
-template <Process P>
-void encode_progress(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
-  Lits clause;
+template <net::Process P>
+void encode_progress(const P& process, configuration::ConfigurationVars<P>& vars,
+                     sat::ClauseGroup group) {
+  sat::Lits clause;
   for (const auto& event : process.events) {
     const bool is_sole_consumer = std::ranges::all_of(
         event->preset, [](const auto* condition) { return condition->postset.size() == 1; });
     clause.clear();
     if (!is_sole_consumer || !append_unproduced(vars, *event, group, clause)) continue;
-    if (!event->is_cut_off()) clause.push_back(event_lit(vars, *event));
+    if (!event->is_cut_off()) clause.push_back(configuration::event_lit(vars, *event));
     vars.formula.add_clause(clause, group);
   }
 }
 
 // The conditions of each place, as one flat list; those that only cut-offs produce are left out, as
 // they are in no final cut.
-template <Process P>
+template <net::Process P>
 class PlaceInstances {
  public:
   explicit PlaceInstances(const P& process) : first_(process.places.size() + 1) {
@@ -112,9 +113,9 @@ class PlaceInstances {
   std::vector<const typename P::Condition*> conditions_;
 };
 
-template <Process P>
-IndexedBy<typename P::NetType::Transition, bool> transitions_with_events(const P& process) {
-  IndexedBy<typename P::NetType::Transition, bool> occurs(process.transitions.size());
+template <net::Process P>
+base::IndexedBy<typename P::NetType::Transition, bool> transitions_with_events(const P& process) {
+  base::IndexedBy<typename P::NetType::Transition, bool> occurs(process.transitions.size());
   for (const auto& event : process.events) occurs[*event->transition] = true;
   return occurs;
 }
@@ -122,22 +123,22 @@ IndexedBy<typename P::NetType::Transition, bool> transitions_with_events(const P
 // Literals one of which is true exactly if the condition has been consumed. Each of n rivals for a
 // condition has a clause that holds them all: where there are many they share one literal, or the
 // clauses would have n * n literals.
-template <Process P>
+template <net::Process P>
 class ConsumedLits {
  public:
-  ConsumedLits(const P& process, ConfigurationVars<P>& vars, ClauseGroup group)
+  ConsumedLits(const P& process, configuration::ConfigurationVars<P>& vars, sat::ClauseGroup group)
       : vars_{vars}, group_{group}, shared_(process.conditions.size()) {}
 
-  void append(const typename P::Condition& condition, Lits& clause) {
+  void append(const typename P::Condition& condition, sat::Lits& clause) {
     if (condition.postset.size() <= max_listed) {
       append_consumers(condition, clause);
       return;
     }
-    LitCell& cell = shared_[condition];
+    sat::LitCell& cell = shared_[condition];
     if (!cell.serves(+1)) {
       consumers_.clear();
       append_consumers(condition, consumers_);
-      vars_.formula.define_gate(cell, GateOr, consumers_, group_, +1);
+      vars_.formula.define_gate(cell, sat::GateOr, consumers_, group_, +1);
     }
     clause.push_back(cell.lit);
   }
@@ -145,24 +146,25 @@ class ConsumedLits {
  private:
   static constexpr std::size_t max_listed = 32;
 
-  void append_consumers(const typename P::Condition& condition, Lits& lits) {
+  void append_consumers(const typename P::Condition& condition, sat::Lits& lits) {
     for (const auto* consumer : condition.postset) {
-      if (!consumer->is_cut_off()) lits.push_back(event_lit(vars_, *consumer));
+      if (!consumer->is_cut_off()) lits.push_back(configuration::event_lit(vars_, *consumer));
     }
   }
 
-  ConfigurationVars<P>& vars_;
-  const ClauseGroup group_;
-  IndexedBy<typename P::Condition, LitCell> shared_;
-  Lits consumers_;  // scratch
+  configuration::ConfigurationVars<P>& vars_;
+  const sat::ClauseGroup group_;
+  base::IndexedBy<typename P::Condition, sat::LitCell> shared_;
+  sat::Lits consumers_;  // scratch
 };
 
 // No event is enabled by the final cut.
-template <Process P>
-void encode_dead_cut(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void encode_dead_cut(const P& process, configuration::ConfigurationVars<P>& vars,
+                     sat::ClauseGroup group) {
   const auto dominated = Domination(process.events).run();
   ConsumedLits<P> consumed(process, vars, group);
-  Lits clause;
+  sat::Lits clause;
   for (const auto& event : process.events) {
     clause.clear();
     if (dominated[*event] || !append_unproduced(vars, *event, group, clause)) continue;
@@ -172,17 +174,18 @@ void encode_dead_cut(const P& process, ConfigurationVars<P>& vars, ClauseGroup g
 }
 
 // No transition is enabled by the final marking.
-template <Process P>
-void encode_dead_marking(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void encode_dead_marking(const P& process, configuration::ConfigurationVars<P>& vars,
+                         sat::ClauseGroup group) {
   const auto dominated = Domination(process.transitions).run();
   const auto occurs = transitions_with_events(process);
   const PlaceInstances<P> instances(process);
-  Lits clause;
+  sat::Lits clause;
   for (const auto& transition : process.transitions) {
     if (dominated[*transition] || !occurs[*transition]) continue;
     clause.clear();
     for (const auto* place : transition->preset) {
-      clause.push_back(~place_lit(vars, *place, instances.of(*place), group));
+      clause.push_back(~configuration::place_lit(vars, *place, instances.of(*place), group));
     }
     vars.formula.add_clause(clause, group);
   }
@@ -191,34 +194,43 @@ void encode_dead_marking(const P& process, ConfigurationVars<P>& vars, ClauseGro
 }  // namespace
 
 template <class Consumer>
-IndexedBy<Consumer, bool> dominated_consumers(const OwnedList<Consumer>& consumers) {
+base::IndexedBy<Consumer, bool> dominated_consumers(const base::OwnedList<Consumer>& consumers) {
   return Domination<Consumer>(consumers).run();
 }
 
-template <Process P>
-void encode_deadlock_with_cutoffs(const P& process, ConfigurationVars<P>& vars, ClauseGroup group) {
+template <net::Process P>
+void encode_deadlock_with_cutoffs(const P& process, configuration::ConfigurationVars<P>& vars,
+                                  sat::ClauseGroup group) {
   encode_dead_cut(process, vars, group);
   if constexpr (P::is_merged) encode_dead_marking(process, vars, group);
 }
 
-template <Process P>
-void encode_deadlock_ignoring_cutoffs(const P& process, ConfigurationVars<P>& vars,
-                                      ClauseGroup group) {
+template <net::Process P>
+void encode_deadlock_ignoring_cutoffs(const P& process, configuration::ConfigurationVars<P>& vars,
+                                      sat::ClauseGroup group) {
   encode_dead_marking(process, vars, group);
   encode_progress(process, vars, group);
 }
 
-#define INSTANTIATE(P)                                                                         \
-  template void encode_deadlock_with_cutoffs<P>(const P&, ConfigurationVars<P>&, ClauseGroup); \
-  template void encode_deadlock_ignoring_cutoffs<P>(const P&, ConfigurationVars<P>&, ClauseGroup);
+#define INSTANTIATE(P)                                                                          \
+  template void encode_deadlock_with_cutoffs<P>(const P&, configuration::ConfigurationVars<P>&, \
+                                                sat::ClauseGroup);                              \
+  template void encode_deadlock_ignoring_cutoffs<P>(                                            \
+      const P&, configuration::ConfigurationVars<P>&, sat::ClauseGroup);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-template IndexedBy<Transition, bool> dominated_consumers(const OwnedList<Transition>&);
-template IndexedBy<StgTransition, bool> dominated_consumers(const OwnedList<StgTransition>&);
-template IndexedBy<EventOf<Net>, bool> dominated_consumers(const OwnedList<EventOf<Net>>&);
-template IndexedBy<EventOf<Stg>, bool> dominated_consumers(const OwnedList<EventOf<Stg>>&);
-template IndexedBy<MpEventOf<Net>, bool> dominated_consumers(const OwnedList<MpEventOf<Net>>&);
-template IndexedBy<MpEventOf<Stg>, bool> dominated_consumers(const OwnedList<MpEventOf<Stg>>&);
+template base::IndexedBy<net::Transition, bool> dominated_consumers(
+    const base::OwnedList<net::Transition>&);
+template base::IndexedBy<net::StgTransition, bool> dominated_consumers(
+    const base::OwnedList<net::StgTransition>&);
+template base::IndexedBy<net::EventOf<net::Net>, bool> dominated_consumers(
+    const base::OwnedList<net::EventOf<net::Net>>&);
+template base::IndexedBy<net::EventOf<net::Stg>, bool> dominated_consumers(
+    const base::OwnedList<net::EventOf<net::Stg>>&);
+template base::IndexedBy<net::MpEventOf<net::Net>, bool> dominated_consumers(
+    const base::OwnedList<net::MpEventOf<net::Net>>&);
+template base::IndexedBy<net::MpEventOf<net::Stg>, bool> dominated_consumers(
+    const base::OwnedList<net::MpEventOf<net::Stg>>&);
 
-}  // namespace vorel
+}  // namespace vorel::reach

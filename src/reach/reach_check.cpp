@@ -4,19 +4,19 @@
 #include <span>
 #include <string>
 
+#include "base/input_text.h"
 #include "base/messages.h"
 #include "base/run_state.h"
-#include "base/input_text.h"
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
 #include "reachlang/parser.h"
 #include "reachlang/predicate_check.h"
 #include "reachlang/predicate_encoding.h"
 
-namespace vorel {
+namespace vorel::reach {
 namespace {
 
-Params adapted(Params params, FinalState final_state) {
+base::Params adapted(base::Params params, FinalState final_state) {
   if (final_state == FinalState::marking) {
     params.set("no_max_dummies", 0);
     params.set("enable_via_dummies", 0);
@@ -29,69 +29,71 @@ Params adapted(Params params, FinalState final_state) {
 }
 
 // Stands for the property until one has been read.
-std::unique_ptr<ReachExpr> missing_property() {
-  auto expr = std::make_unique<ReachExpr>();
-  const ReachNodeId text = expr->add_constant(ReachValue(std::string("predicate is not specified")),
-                                              {BaseType::string, 0});
-  expr->add({.op = ReachOp::fail}, std::span(&text, 1));
+std::unique_ptr<reachlang::ReachExpr> missing_property() {
+  auto expr = std::make_unique<reachlang::ReachExpr>();
+  const reachlang::ReachNodeId text =
+      expr->add_constant(reachlang::ReachValue(std::string("predicate is not specified")),
+                         {reachlang::BaseType::string, 0});
+  expr->add({.op = reachlang::ReachOp::fail}, std::span(&text, 1));
   return expr;
 }
 
 // The argument of -d, or the text of the file that it names after "@". False after an error.
 bool read_property_text(std::string& text) {
-  text = run_state().mode_data;
+  text = base::run_state().mode_data;
   if (!text.starts_with('@')) return true;
   const std::string file_name = text.substr(1);
   text.clear();
-  return read_whole_file(file_name, text);
+  return base::read_whole_file(file_name, text);
 }
 
-std::unique_ptr<ReachExpr> read_property() {
+std::unique_ptr<reachlang::ReachExpr> read_property() {
   std::string text;
   if (!read_property_text(text)) return nullptr;
-  auto property = parse_reach(text);
-  if (property == nullptr) print_error("Failed to read the property");
+  auto property = reachlang::parse_reach(text);
+  if (property == nullptr) base::print_error("Failed to read the property");
   return property;
 }
 
 }  // namespace
 
-template <Process P>
-ReachCheck<P>::ReachCheck(const P& process, const Params& params, FinalState final_state)
-    : SearchEngine<P>(process, adapted(params, final_state),
-                      {"there is a reachable state satisfying the predicate",
-                       "no reachable state satisfies the predicate"}),
+template <net::Process P>
+ReachCheck<P>::ReachCheck(const P& process, const base::Params& params, FinalState final_state)
+    : configuration::SearchEngine<P>(process, adapted(params, final_state),
+                                     {"there is a reachable state satisfying the predicate",
+                                      "no reachable state satisfies the predicate"}),
       via_dummies_{this->params().get("enable_via_dummies") != 0},
       property_{missing_property()} {
   if (auto property = read_property()) property_ = std::move(property);
   if constexpr (P::NetType::has_signals && !P::is_merged) {
     if (final_state == FinalState::marking) return;
-    if (has_dummy_cutoffs(process)) {
-      print_warning("there are dummy cut-offs; the result will not be reliable");
-    } else if (has_edges_cut_at_dummies(process)) {
-      print_warning(
+    if (configuration::has_dummy_cutoffs(process)) {
+      base::print_warning("there are dummy cut-offs; the result will not be reliable");
+    } else if (configuration::has_edges_cut_at_dummies(process)) {
+      base::print_warning(
           "there are cut-offs that correspond to dummies; the result may not be reliable");
     }
   }
 }
 
-template <Process P>
-void ReachCheck<P>::encode(ClauseGroup group) {
+template <net::Process P>
+void ReachCheck<P>::encode(sat::ClauseGroup group) {
   auto& vars = this->configuration(0);
   this->encode_configuration(vars, group);
-  normal_form_ = encode_predicate(*property_, this->process(), vars, via_dummies_, group);
+  normal_form_ =
+      reachlang::encode_predicate(*property_, this->process(), vars, via_dummies_, group);
 }
 
-template <Process P>
-bool ReachCheck<P>::validate(const Solution& solution) const {
+template <net::Process P>
+bool ReachCheck<P>::validate(const results::Solution& solution) const {
   assert(solution.traces.size() == 1 && normal_form_);
-  if (!SearchEngine<P>::validate(solution)) return false;
-  const auto events = events_of(this->process(), solution.traces.front());
-  return check_predicate<P>(*normal_form_, this->process(), events, via_dummies_);
+  if (!configuration::SearchEngine<P>::validate(solution)) return false;
+  const auto events = configuration::events_of(this->process(), solution.traces.front());
+  return reachlang::check_predicate<P>(*normal_form_, this->process(), events, via_dummies_);
 }
 
 #define INSTANTIATE(P) template class ReachCheck<P>;
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::reach

@@ -8,7 +8,7 @@
 
 #include "reachlang/reach_type.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 enum class BuiltinSet : std::uint8_t {
   conditions,
@@ -45,4 +45,4 @@ inline constexpr BuiltinSetRow builtin_sets[] = {
     {BuiltinSet::local, "LOCAL", BaseType::signal},
 };
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

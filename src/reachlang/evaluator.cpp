@@ -7,7 +7,7 @@
 
 #include "reachlang/builtin_sets.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 // An operator applied to values, in source form.
@@ -95,13 +95,13 @@ bool compares(ReachOp op, const ReachValue& a, const ReachValue& b) {
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 Evaluator<P>::Evaluator(const ReachExpr& expr, const P& process)
     : expr_{expr}, operators_{process} {
   environment_.resize(std::size(builtin_sets));
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate(const ReachNode& node) {
   assert(!node.is_dynamic);
   switch (node.op) {
@@ -146,7 +146,7 @@ ReachValue Evaluator<P>::evaluate(const ReachNode& node) {
 }
 
 // Built-in sets are made when they are first named.
-template <Process P>
+template <net::Process P>
 const ReachValue& Evaluator<P>::value_of(std::uint32_t binding) {
   ReachValue& value = environment_[binding].value;
   const bool is_missing = value.is_fail() && value.fail().message == nullptr;
@@ -154,7 +154,7 @@ const ReachValue& Evaluator<P>::value_of(std::uint32_t binding) {
   return value;
 }
 
-template <Process P>
+template <net::Process P>
 auto Evaluator<P>::for_each_binding(const ReachNode& node, const Body& body)
     -> std::optional<ReachValue> {
   std::optional<ReachValue> fault;
@@ -163,7 +163,7 @@ auto Evaluator<P>::for_each_binding(const ReachNode& node, const Body& body)
 }
 
 // Binds the variables from this one on; the domains of later ones may speak of it.
-template <Process P>
+template <net::Process P>
 auto Evaluator<P>::bind_from(const ReachNode& node, std::size_t variable, const Body& body,
                              std::optional<ReachValue>& fault) -> Flow {
   if (variable == expr_.declared_count(node)) {
@@ -191,7 +191,7 @@ auto Evaluator<P>::bind_from(const ReachNode& node, std::size_t variable, const 
   return flow;
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_prefix(const ReachNode& node) {
   const ReachValue operand = evaluate(expr_.operand(node, 0));
   if (operand.is_fail()) return operand;
@@ -215,7 +215,7 @@ ReachValue Evaluator<P>::evaluate_prefix(const ReachNode& node) {
 }
 
 // From left to right, and no further than the value needs: what is left out may fail.
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_connective(const ReachNode& node) {
   ReachValue value;
   bool parity = false;
@@ -231,7 +231,7 @@ ReachValue Evaluator<P>::evaluate_connective(const ReachNode& node) {
   return node.op == ReachOp::iff ? ReachValue(!parity) : value;
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_chain(const ReachNode& node) {
   std::vector<ReachValue> operands;
   operands.reserve(node.operand_count);
@@ -242,7 +242,7 @@ ReachValue Evaluator<P>::evaluate_chain(const ReachNode& node) {
   return node.op == ReachOp::plus ? sum(operands) : product(operands);
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_pair(const ReachNode& node) {
   const ReachValue a = evaluate(expr_.operand(node, 0));
   if (a.is_fail()) return a;
@@ -256,7 +256,7 @@ ReachValue Evaluator<P>::evaluate_pair(const ReachNode& node) {
 
 // Indices count from 0, and the last one is included. The empty text before an index counts as in
 // range: s[0..-1], s[len s..].
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_substring(const ReachNode& node) {
   std::vector<ReachValue> operands;
   for (const ReachNodeId operand : expr_.operands(node)) {
@@ -276,7 +276,7 @@ ReachValue Evaluator<P>::evaluate_substring(const ReachNode& node) {
       text.substr(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first + 1)));
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_set(const ReachNode& node) {
   ReachElements elements;
   for (const ReachNodeId operand : expr_.operands(node)) {
@@ -286,7 +286,7 @@ ReachValue Evaluator<P>::evaluate_set(const ReachNode& node) {
   return ReachValue::set_of(std::move(elements));
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_threshold_list(const ReachNode& node) {
   const ReachValue least = evaluate(expr_.operand(node, 0));
   if (least.is_fail()) return least;
@@ -299,7 +299,7 @@ ReachValue Evaluator<P>::evaluate_threshold_list(const ReachNode& node) {
   return ReachValue(trues >= least.number());
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_quantifier(const ReachNode& node) {
   const bool is_threshold = node.op == ReachOp::threshold;
   const ReachValue least =
@@ -320,7 +320,7 @@ ReachValue Evaluator<P>::evaluate_quantifier(const ReachNode& node) {
   return ReachValue((counted >= least.number()) != counts_false);
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_gather(const ReachNode& node) {
   ReachElements elements;
   const auto fault = for_each_binding(node, [&] {
@@ -333,7 +333,7 @@ ReachValue Evaluator<P>::evaluate_gather(const ReachNode& node) {
 }
 
 // A definition that depends on the state is of no use to a body that does not, and has no value.
-template <Process P>
+template <net::Process P>
 ReachValue Evaluator<P>::evaluate_let(const ReachNode& node) {
   const std::size_t outer = environment_.size();
   ReachValue value;
@@ -351,4 +351,4 @@ ReachValue Evaluator<P>::evaluate_let(const ReachNode& node) {
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -12,7 +12,7 @@
 #include "reachlang/node_operators.h"
 #include "reachlang/reach_expr.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 // What a variable stands for: a value, or, for one that depends on the state, a node of the normal
 // form.
@@ -24,7 +24,7 @@ struct Binding {
 // The bindings in the order of their numbers; the built-in sets are the first.
 using Environment = std::vector<Binding>;
 
-template <Process P>
+template <net::Process P>
 class Evaluator {
  public:
   // Keeps references to both.
@@ -64,4 +64,4 @@ class Evaluator {
   Environment environment_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

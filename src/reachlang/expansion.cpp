@@ -5,10 +5,10 @@
 
 #include "reachlang/evaluator.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
-template <Process P>
+template <net::Process P>
 class Expansion {
  public:
   Expansion(const ReachExpr& expr, const P& process, FormulaBuilder& builder)
@@ -236,7 +236,7 @@ class Expansion {
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 std::optional<NormalForm> normalise(const ReachExpr& property, const P& process,
                                     std::string& fault) {
   NormalForm result;
@@ -255,4 +255,4 @@ std::optional<NormalForm> normalise(const ReachExpr& property, const P& process,
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -11,7 +11,7 @@
 #include "reachlang/formula_builder.h"
 #include "reachlang/reach_expr.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 struct NormalForm {
   FormulaBuilder formula;
@@ -19,8 +19,8 @@ struct NormalForm {
 };
 
 // A Boolean expression, normalised. Empty if it has no value on this process: `fault` says why.
-template <Process P>
+template <net::Process P>
 std::optional<NormalForm> normalise(const ReachExpr& property, const P& process,
                                     std::string& fault);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

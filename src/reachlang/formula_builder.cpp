@@ -5,7 +5,7 @@
 
 #include "base/hashing.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 constexpr ReachType a_bool{BaseType::boolean, 0};
@@ -86,7 +86,7 @@ ReachNodeId FormulaBuilder::Junction::result() {
 
 ReachNodeId FormulaBuilder::shared(ReachOp op, std::span<const ReachNodeId> operands) {
   std::uint64_t hash = static_cast<std::uint64_t>(op);
-  for (const ReachNodeId operand : operands) hash = combine_hash(hash, operand);
+  for (const ReachNodeId operand : operands) hash = base::combine_hash(hash, operand);
   const auto [first, last] = nodes_.equal_range(hash);
   for (auto entry = first; entry != last; ++entry) {
     const ReachNode& node = expr_.node(entry->second);
@@ -103,4 +103,4 @@ ReachNodeId FormulaBuilder::number(std::int64_t value) {
   return found->second;
 }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

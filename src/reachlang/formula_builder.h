@@ -15,7 +15,7 @@
 
 #include "reachlang/reach_expr.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 class FormulaBuilder {
  public:
@@ -70,4 +70,4 @@ class FormulaBuilder {
   std::uint32_t stamp_ = 0;
 };
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 // Library functions recurse over the pattern and over the automaton that it becomes: both are kept
@@ -90,4 +90,4 @@ std::optional<NamePattern> NamePattern::compile(const std::string& pattern, std:
   return {};
 }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

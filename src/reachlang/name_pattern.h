@@ -7,7 +7,7 @@
 #include <regex>
 #include <string>
 
-namespace vorel {
+namespace vorel::reachlang {
 
 class NamePattern {
  public:
@@ -25,4 +25,4 @@ class NamePattern {
   std::regex regex_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -6,7 +6,7 @@
 #include "net/transition_label.h"
 #include "reachlang/name_pattern.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 BaseType kind_named_by(ReachOp op) {
@@ -76,7 +76,7 @@ template <class List>
 void append_indices(const List& list, std::vector<std::uint32_t>& result) {
   for (const auto* element : list) {
     // A condition behind a cut-off may have been left out of the process.
-    if (element->index != no_index) result.push_back(element->index);
+    if (element->index != base::no_index) result.push_back(element->index);
   }
 }
 
@@ -88,7 +88,7 @@ std::string applied(ReachOp op, const ReachValue& operand) {
   return to_string(expr, expr.node(expr.add({.op = op, .detail = 1}, std::span(&constant, 1))));
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::apply(ReachOp op, const ReachValue& operand) {
   if (!has_signals && needs_signals(op, operand)) {
     return ReachValue::failure("Valid only in STGs: " + applied(op, operand));
@@ -127,7 +127,7 @@ ReachValue NodeOperators<P>::apply(ReachOp op, const ReachValue& operand) {
   }
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::builtin_set(BuiltinSet set) {
   const auto all_of = [this](BaseType kind) { return set_of_range(kind, 0, count(kind)); };
   if (set == BuiltinSet::conditions) return all_of(BaseType::condition);
@@ -159,7 +159,7 @@ ReachValue NodeOperators<P>::builtin_set(BuiltinSet set) {
                              std::string(builtin_sets[static_cast<std::size_t>(set)].name));
 }
 
-template <Process P>
+template <net::Process P>
 ReachNodeRef NodeOperators<P>::node(BaseType kind, std::uint32_t index) const {
   const std::string* name = nullptr;
   if (kind == BaseType::place) name = &process_.places[index]->name;
@@ -171,7 +171,7 @@ ReachNodeRef NodeOperators<P>::node(BaseType kind, std::uint32_t index) const {
 }
 
 // Nodes are numbered from 1.
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::node_at(ReachOp op, const ReachValue& operand) {
   const BaseType kind = kind_named_by(op);
   std::uint32_t index = 0;
@@ -186,7 +186,7 @@ ReachValue NodeOperators<P>::node_at(ReachOp op, const ReachValue& operand) {
   return ReachValue(node(kind, index));
 }
 
-template <Process P>
+template <net::Process P>
 bool NodeOperators<P>::find(BaseType kind, const std::string& name, std::uint32_t& index) {
   if (kind == BaseType::transition) return find_transition(name, index);
   std::optional<std::uint32_t> found;
@@ -199,21 +199,21 @@ bool NodeOperators<P>::find(BaseType kind, const std::string& name, std::uint32_
 }
 
 // Files of the older formats keep the kind of a signal in front of the names of its transitions.
-template <Process P>
+template <net::Process P>
 bool NodeOperators<P>::find_transition(const std::string& name, std::uint32_t& index) {
   std::optional<std::uint32_t> found = index_.find_transition(name);
-  if (without_kind_prefix(name) == name) {
-    constexpr SignalKind kinds[] = {SignalKind::input, SignalKind::output, SignalKind::internal,
-                                    SignalKind::dummy};
-    for (const SignalKind kind : kinds) {
-      if (!found) found = index_.find_transition(std::string(kind_prefix(kind)) + name);
+  if (net::without_kind_prefix(name) == name) {
+    constexpr net::SignalKind kinds[] = {net::SignalKind::input, net::SignalKind::output,
+                                         net::SignalKind::internal, net::SignalKind::dummy};
+    for (const net::SignalKind kind : kinds) {
+      if (!found) found = index_.find_transition(std::string(net::kind_prefix(kind)) + name);
     }
   }
   if (found) index = *found;
   return found.has_value();
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::matching(ReachOp op, const ReachValue& operand) {
   std::string fault;
   const auto pattern = NamePattern::compile(operand.text(), fault);
@@ -229,19 +229,19 @@ ReachValue NodeOperators<P>::matching(ReachOp op, const ReachValue& operand) {
   return set_of(kind, std::move(found));
 }
 
-template <Process P>
+template <net::Process P>
 bool NodeOperators<P>::matches(BaseType kind, std::uint32_t index,
                                const NamePattern& pattern) const {
   const std::string& name = *node(kind, index).name;
   if (pattern.matches(name)) return true;
   if (kind != BaseType::transition) return false;
-  const std::string_view bare = without_kind_prefix(name);
+  const std::string_view bare = net::without_kind_prefix(name);
   return bare.size() < name.size() && pattern.matches(std::string(bare));
 }
 
 // Of a set, all that its elements lead to. A step that leads to one node has that node as its
 // value.
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::related(ReachOp op, const ReachValue& operand) {
   Indices result;
   if (operand.is_set()) {
@@ -259,7 +259,7 @@ ReachValue NodeOperators<P>::related(ReachOp op, const ReachValue& operand) {
   return set_of(kind_reached(op, from), std::move(result));
 }
 
-template <Process P>
+template <net::Process P>
 void NodeOperators<P>::append_related(ReachOp op, const ReachNodeRef& node, Indices& result) {
   switch (op) {
     case ReachOp::pre:
@@ -295,7 +295,7 @@ void NodeOperators<P>::append_related(ReachOp op, const ReachNodeRef& node, Indi
   }
 }
 
-template <Process P>
+template <net::Process P>
 void NodeOperators<P>::append_neighbours(ReachOp op, const ReachNodeRef& node,
                                          Indices& result) const {
   const bool is_pre = op == ReachOp::pre;
@@ -316,7 +316,7 @@ void NodeOperators<P>::append_neighbours(ReachOp op, const ReachNodeRef& node,
   append_indices(is_pre ? transition.preset : transition.postset, result);
 }
 
-template <Process P>
+template <net::Process P>
 void NodeOperators<P>::append_instances(const ReachNodeRef& node, Indices& result) {
   const auto append = [&](std::uint32_t transition) {
     const auto events = index_.events_of(transition);
@@ -328,7 +328,7 @@ void NodeOperators<P>::append_instances(const ReachNodeRef& node, Indices& resul
   }
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::causes(const ReachValue& operand) {
   Indices result;
   for (const auto* condition : process_.events[operand.node().index]->preset) {
@@ -338,7 +338,7 @@ ReachValue NodeOperators<P>::causes(const ReachValue& operand) {
   return set_of(BaseType::event, std::move(result));
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::past_of(const ReachValue& operand) {
   std::vector<bool> is_in(process_.events.size());
   Indices past;  // what follows the position of the loop is still to be looked at
@@ -360,7 +360,7 @@ ReachValue NodeOperators<P>::past_of(const ReachValue& operand) {
   return set_of(BaseType::event, std::move(past));
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::is_initial(const ReachValue& operand) const {
   const ReachNodeRef& node = operand.node();
   const auto is_minimal = [](const auto* condition) { return condition->producers().empty(); };
@@ -376,13 +376,13 @@ ReachValue NodeOperators<P>::is_initial(const ReachValue& operand) const {
     return ReachValue(std::ranges::all_of(process_.transitions[node.index]->preset, is_marked));
   }
   if constexpr (has_signals) {
-    const Signal& signal = *process_.signals[node.index];
+    const net::Signal& signal = *process_.signals[node.index];
     if (!signal.is_dummy()) return ReachValue(signal.initial_value == 1);
   }
   return ReachValue::failure("Cannot refer to the initial state of a dummy signal: " + *node.name);
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::attribute(ReachOp op, const ReachValue& operand) const {
   const ReachNodeRef& node = operand.node();
   if (op == ReachOp::is_cutoff) return ReachValue(process_.events[node.index]->is_cut_off());
@@ -391,14 +391,16 @@ ReachValue NodeOperators<P>::attribute(ReachOp op, const ReachValue& operand) co
       const auto* transition = node.kind == BaseType::event
                                    ? process_.events[node.index]->transition
                                    : process_.transitions[node.index].get();
-      return ReachValue(transition->sign == (op == ReachOp::is_plus ? Sign::plus : Sign::minus));
+      return ReachValue(transition->sign ==
+                        (op == ReachOp::is_plus ? net::Sign::plus : net::Sign::minus));
     }
-    const SignalKind kind = process_.signals[node.index]->kind;
-    const bool is_output = kind == SignalKind::output, is_internal = kind == SignalKind::internal;
-    if (op == ReachOp::is_input) return ReachValue(kind == SignalKind::input);
+    const net::SignalKind kind = process_.signals[node.index]->kind;
+    const bool is_output = kind == net::SignalKind::output,
+               is_internal = kind == net::SignalKind::internal;
+    if (op == ReachOp::is_input) return ReachValue(kind == net::SignalKind::input);
     if (op == ReachOp::is_output) return ReachValue(is_output);
     if (op == ReachOp::is_internal) return ReachValue(is_internal);
-    if (op == ReachOp::is_dummy) return ReachValue(kind == SignalKind::dummy);
+    if (op == ReachOp::is_dummy) return ReachValue(kind == net::SignalKind::dummy);
     assert(op == ReachOp::is_local);
     return ReachValue(is_output || is_internal);
   }
@@ -406,7 +408,7 @@ ReachValue NodeOperators<P>::attribute(ReachOp op, const ReachValue& operand) co
   return {};
 }
 
-template <Process P>
+template <net::Process P>
 std::uint32_t NodeOperators<P>::count(BaseType kind) const {
   const auto size_of = [](const auto& list) { return static_cast<std::uint32_t>(list.size()); };
   if (kind == BaseType::condition) return size_of(process_.conditions);
@@ -417,7 +419,7 @@ std::uint32_t NodeOperators<P>::count(BaseType kind) const {
   return 0;
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::set_of(BaseType kind, Indices indices) const {
   ReachElements elements;
   elements.reserve(indices.size());
@@ -425,7 +427,7 @@ ReachValue NodeOperators<P>::set_of(BaseType kind, Indices indices) const {
   return ReachValue::set_of(std::move(elements));
 }
 
-template <Process P>
+template <net::Process P>
 ReachValue NodeOperators<P>::set_of_range(BaseType kind, std::uint32_t first,
                                           std::uint32_t last) const {
   ReachElements elements;
@@ -438,4 +440,4 @@ ReachValue NodeOperators<P>::set_of_range(BaseType kind, std::uint32_t first,
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

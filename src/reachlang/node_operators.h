@@ -11,9 +11,9 @@
 #include "reachlang/process_index.h"
 #include "reachlang/reach_expr.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
-template <Process P>
+template <net::Process P>
 class NodeOperators {
  public:
   explicit NodeOperators(const P& process) : process_{process}, index_{process} {}
@@ -57,4 +57,4 @@ class NodeOperators {
 // An operator applied to a value, in source form, for messages.
 std::string applied(ReachOp op, const ReachValue& operand);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

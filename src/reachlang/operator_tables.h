@@ -6,7 +6,7 @@
 #include "reachlang/reach_expr.h"
 #include "reachlang/token.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 // All hold their operand tighter than any binary operator.
 struct PrefixRow {
@@ -87,4 +87,4 @@ inline constexpr BinaryRow binary_rows[] = {
     {TokenKind::percent, ReachOp::modulo, 11, Associativity::left},
 };
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -14,7 +14,7 @@
 #include "reachlang/scanner.h"
 #include "reachlang/type_rules.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 const BinaryRow* binary_row(TokenKind token) {
@@ -449,7 +449,7 @@ class Parser {
   MaybePart refuse_depth() { return report("memory exhausted", token_.position); }
 
   MaybePart report(const std::string& message, const TextPosition& position) {
-    print_error("incorrect syntax of the expression: " + message + located_at(position));
+    base::print_error("incorrect syntax of the expression: " + message + located_at(position));
     return {};
   }
 
@@ -466,4 +466,4 @@ class Parser {
 
 std::unique_ptr<ReachExpr> parse_reach(std::string_view text) { return Parser(text).run(); }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -8,10 +8,10 @@
 
 #include "reachlang/reach_expr.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 // The tree of a Boolean expression; null after the first error, which is reported with its line and
 // column.
 std::unique_ptr<ReachExpr> parse_reach(std::string_view text);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

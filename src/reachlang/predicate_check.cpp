@@ -9,10 +9,10 @@
 #include "configuration/decoding.h"
 #include "reachlang/process_index.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
-template <Process P>
+template <net::Process P>
 class FinalStateView {
  public:
   using Event = typename P::Event;
@@ -25,7 +25,8 @@ class FinalStateView {
         has_fired_(process.events.size()),
         is_marked_(process.conditions.size()) {
     for (const Event* event : events) has_fired_[*event] = true;
-    for (const Condition* condition : final_cut<P>(process, events)) is_marked_[*condition] = true;
+    for (const Condition* condition : configuration::final_cut<P>(process, events))
+      is_marked_[*condition] = true;
   }
 
   bool value_of(ReachOp op, const ReachNodeRef& node) {
@@ -93,7 +94,7 @@ class FinalStateView {
   // in conflict.
   bool can_fire_after_dummies(const Event& target) const {
     if (has_fired_[target]) return false;
-    MarkSet<Event> is_awaited(process_.events.size());
+    base::MarkSet<Event> is_awaited(process_.events.size());
     std::vector<const Event*> awaited{&target};
     is_awaited.insert(target);
     for (std::size_t i = 0; i < awaited.size(); ++i) {
@@ -116,8 +117,8 @@ class FinalStateView {
   const P& process_;
   ProcessIndex<P> index_;
   const bool via_dummies_;
-  IndexedBy<Event, bool> has_fired_;
-  IndexedBy<Condition, bool> is_marked_;
+  base::IndexedBy<Event, bool> has_fired_;
+  base::IndexedBy<Condition, bool> is_marked_;
 };
 
 // The values of the nodes up to the root, operands first.
@@ -160,7 +161,7 @@ bool value_of(const ReachExpr& expr, ReachNodeId root, ValueOfAtom value_of_atom
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 bool holds_after(const NormalForm& property, const P& process,
                  std::span<const typename P::Event* const> events, bool via_dummies) {
   FinalStateView<P> state(process, events, via_dummies);
@@ -170,11 +171,11 @@ bool holds_after(const NormalForm& property, const P& process,
   return value_of(property.formula.expr(), property.root, value_of_atom);
 }
 
-template <Process P>
+template <net::Process P>
 bool check_predicate(const NormalForm& property, const P& process,
                      std::span<const typename P::Event* const> events, bool via_dummies) {
   const bool holds = holds_after(property, process, events, via_dummies);
-  if (!holds) print_error("predicate check failed");
+  if (!holds) base::print_error("predicate check failed");
   return holds;
 }
 
@@ -186,4 +187,4 @@ bool check_predicate(const NormalForm& property, const P& process,
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -8,17 +8,17 @@
 #include "net/process.h"
 #include "reachlang/expansion.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 // Whether the property holds after the events, which make up a configuration. With `via_dummies`,
 // what can fire after further dummies counts as enabled.
-template <Process P>
+template <net::Process P>
 bool holds_after(const NormalForm& property, const P& process,
                  std::span<const typename P::Event* const> events, bool via_dummies);
 
 // The same; a property that does not hold is reported as an error.
-template <Process P>
+template <net::Process P>
 bool check_predicate(const NormalForm& property, const P& process,
                      std::span<const typename P::Event* const> events, bool via_dummies);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

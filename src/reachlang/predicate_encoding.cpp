@@ -12,15 +12,16 @@
 #include "reachlang/process_index.h"
 #include "sat/integer_circuit.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 // The literals of the atoms. Each is asked for once for every polarity; the cells of conditions,
 // events and transitions are shared by the atoms that speak of them.
-template <Process P>
+template <net::Process P>
 class AtomEncoder {
  public:
-  AtomEncoder(const P& process, ConfigurationVars<P>& vars, bool via_dummies, ClauseGroup group)
+  AtomEncoder(const P& process, configuration::ConfigurationVars<P>& vars, bool via_dummies,
+              sat::ClauseGroup group)
       : process_{process},
         index_{process},
         vars_{vars},
@@ -29,25 +30,25 @@ class AtomEncoder {
         enabled_events_(process.events.size()),
         is_visited_(process.events.size()) {}
 
-  Lit literal_of(ReachOp op, const ReachNodeRef& node, Polarity polarity) {
+  sat::Lit literal_of(ReachOp op, const ReachNodeRef& node, sat::Polarity polarity) {
     if (op == ReachOp::state) return state_of(node, polarity);
     if (op == ReachOp::enabled) return enabledness_of(node, polarity);
     assert(op == ReachOp::next_state && node.kind == BaseType::signal);
-    const Lit now = state_of(node, default_polarity);
-    const Lit changes = enabledness_of(node, default_polarity);
-    return vars_.formula.make_gate({GateXor, {now, changes}}, group_, polarity);
+    const sat::Lit now = state_of(node, sat::default_polarity);
+    const sat::Lit changes = enabledness_of(node, sat::default_polarity);
+    return vars_.formula.make_gate({sat::GateXor, {now, changes}}, group_, polarity);
   }
 
  private:
   using Event = typename P::Event;
 
-  Lit state_of(const ReachNodeRef& node, Polarity polarity) {
+  sat::Lit state_of(const ReachNodeRef& node, sat::Polarity polarity) {
     switch (node.kind) {
       case BaseType::condition:
-        return marked_lit(vars_, *process_.conditions[node.index], group_, polarity);
+        return configuration::marked_lit(vars_, *process_.conditions[node.index], group_, polarity);
       case BaseType::event: {
         const Event& event = *process_.events[node.index];
-        return event.is_cut_off() ? LitFalse : event_lit(vars_, event);
+        return event.is_cut_off() ? sat::LitFalse : configuration::event_lit(vars_, event);
       }
       case BaseType::place:
         return marked_place(node.index, polarity);
@@ -57,86 +58,87 @@ class AtomEncoder {
     }
   }
 
-  Lit marked_place(std::uint32_t place, Polarity polarity) {
-    LitCell& cell = vars_.places[*process_.places[place]];
+  sat::Lit marked_place(std::uint32_t place, sat::Polarity polarity) {
+    sat::LitCell& cell = vars_.places[*process_.places[place]];
     if (cell.serves(polarity)) return cell.lit;
-    Lits marked;
+    sat::Lits marked;
     for (const std::uint32_t condition : index_.conditions_of(place)) {
-      marked.push_back(marked_lit(vars_, *process_.conditions[condition], group_, polarity));
+      marked.push_back(
+          configuration::marked_lit(vars_, *process_.conditions[condition], group_, polarity));
     }
-    return vars_.formula.define_gate(cell, GateOr, marked, group_, polarity);
+    return vars_.formula.define_gate(cell, sat::GateOr, marked, group_, polarity);
   }
 
   // The initial value, changed by every edge that has happened.
-  Lit signal_value(std::uint32_t signal, Polarity polarity) {
+  sat::Lit signal_value(std::uint32_t signal, sat::Polarity polarity) {
     if constexpr (P::NetType::has_signals) {
-      Lits edges;
+      sat::Lits edges;
       for (const std::uint32_t transition : index_.transitions_of(signal)) {
         for (const std::uint32_t event : index_.events_of(transition)) {
           const Event& edge = *process_.events[event];
-          if (!edge.is_cut_off()) edges.push_back(event_lit(vars_, edge));
+          if (!edge.is_cut_off()) edges.push_back(configuration::event_lit(vars_, edge));
         }
       }
       const bool is_high = process_.signals[signal]->initial_value == 1;
       // The complement has the other half of the definition.
-      const Polarity inner = is_high ? -polarity : polarity;
-      return vars_.formula.make_gate({GateXor, edges}, group_, inner) ^ is_high;
+      const sat::Polarity inner = is_high ? -polarity : polarity;
+      return vars_.formula.make_gate({sat::GateXor, edges}, group_, inner) ^ is_high;
     }
-    return LitUninit;
+    return sat::LitUninit;
   }
 
-  Lit enabledness_of(const ReachNodeRef& node, Polarity polarity) {
+  sat::Lit enabledness_of(const ReachNodeRef& node, sat::Polarity polarity) {
     if (node.kind == BaseType::event) return enabled_event(*process_.events[node.index], polarity);
     if (node.kind == BaseType::transition) return enabled_transition(node.index, polarity);
-    Lits enabled;
+    sat::Lits enabled;
     if constexpr (P::NetType::has_signals) {
       for (const std::uint32_t transition : index_.transitions_of(node.index)) {
         enabled.push_back(enabled_transition(transition, polarity));
       }
     }
-    return vars_.formula.make_gate({GateOr, enabled}, group_, polarity);
+    return vars_.formula.make_gate({sat::GateOr, enabled}, group_, polarity);
   }
 
-  Lit enabled_transition(std::uint32_t transition, Polarity polarity) {
-    LitCell& cell = vars_.transitions[*process_.transitions[transition]];
+  sat::Lit enabled_transition(std::uint32_t transition, sat::Polarity polarity) {
+    sat::LitCell& cell = vars_.transitions[*process_.transitions[transition]];
     if (cell.serves(polarity)) return cell.lit;
     if constexpr (P::is_merged) {
       // A configuration may go on behind a cut-off, where what is enabled has no event.
-      Lits marked;
+      sat::Lits marked;
       for (const auto* place : process_.transitions[transition]->preset) {
         marked.push_back(marked_place(place->index, polarity));
       }
-      return vars_.formula.define_gate(cell, GateAnd, marked, group_, polarity);
+      return vars_.formula.define_gate(cell, sat::GateAnd, marked, group_, polarity);
     }
-    Lits enabled;
+    sat::Lits enabled;
     for (const std::uint32_t event : index_.events_of(transition)) {
       enabled.push_back(enabled_event(*process_.events[event], polarity));
     }
-    return vars_.formula.define_gate(cell, GateOr, enabled, group_, polarity);
+    return vars_.formula.define_gate(cell, sat::GateOr, enabled, group_, polarity);
   }
 
-  Lit enabled_event(const Event& event, Polarity polarity) {
-    LitCell& cell = enabled_events_[event];
+  sat::Lit enabled_event(const Event& event, sat::Polarity polarity) {
+    sat::LitCell& cell = enabled_events_[event];
     if (cell.serves(polarity)) return cell.lit;
-    Lits needed;
+    sat::Lits needed;
     if (via_dummies_) {
       append_needs_before_dummies(event, needed);
     } else {
       for (const auto* condition : event.preset) {
-        needed.push_back(marked_lit(vars_, *condition, group_, polarity));
+        needed.push_back(configuration::marked_lit(vars_, *condition, group_, polarity));
       }
     }
-    return vars_.formula.define_gate(cell, GateAnd, needed, group_, polarity);
+    return vars_.formula.define_gate(cell, sat::GateAnd, needed, group_, polarity);
   }
 
   // Dummies alone lead to the event if the edges that they and the event wait for have happened,
   // while neither the event nor a rival for any condition on the way has. The dummies themselves
   // may have fired or not.
-  void append_needs_before_dummies(const Event& target, Lits& needed) {
+  void append_needs_before_dummies(const Event& target, sat::Lits& needed) {
     if constexpr (P::NetType::has_signals && !P::is_merged) {
       std::vector<const Event*> stack{&target}, visited{&target};
       is_visited_[target] = true;
-      if (!target.is_cut_off()) needed.push_back(~event_lit(vars_, target));
+      if (!target.is_cut_off()) needed.push_back(~configuration::event_lit(vars_, target));
       while (!stack.empty()) {
         const Event& event = *stack.back();
         stack.pop_back();
@@ -148,12 +150,12 @@ class AtomEncoder {
             if (producer->transition->signal->is_dummy()) {
               stack.push_back(producer);
             } else {
-              needed.push_back(event_lit(vars_, *producer));
+              needed.push_back(configuration::event_lit(vars_, *producer));
             }
           }
           for (const Event* rival : condition->postset) {
             const bool counts = rival != &event && !rival->is_cut_off();
-            if (counts) needed.push_back(~event_lit(vars_, *rival));
+            if (counts) needed.push_back(~configuration::event_lit(vars_, *rival));
           }
         }
       }
@@ -163,20 +165,21 @@ class AtomEncoder {
 
   const P& process_;
   ProcessIndex<P> index_;
-  ConfigurationVars<P>& vars_;
+  configuration::ConfigurationVars<P>& vars_;
   const bool via_dummies_;
-  const ClauseGroup group_;
-  IndexedBy<Event, LitCell> enabled_events_;
-  IndexedBy<Event, bool> is_visited_;  // scratch, all false between walks
+  const sat::ClauseGroup group_;
+  base::IndexedBy<Event, sat::LitCell> enabled_events_;
+  base::IndexedBy<Event, bool> is_visited_;  // scratch, all false between walks
 };
 
 // A node gets its literal after its operands, and only the half of its definition that what uses it
 // asks for; both passes are loops, so that no depth of nesting matters.
-template <Process P>
+template <net::Process P>
 class PredicateEncoder {
  public:
-  PredicateEncoder(const ReachExpr& expr, const P& process, ConfigurationVars<P>& vars,
-                   bool via_dummies, ClauseGroup group)
+  PredicateEncoder(const ReachExpr& expr, const P& process,
+                   configuration::ConfigurationVars<P>& vars, bool via_dummies,
+                   sat::ClauseGroup group)
       : expr_{expr},
         formula_{vars.formula},
         group_{group},
@@ -185,7 +188,7 @@ class PredicateEncoder {
         literals_(expr.size()) {}
 
   // The literal is defined in the direction that makes it a constraint when asserted.
-  Lit run(ReachNodeId root) {
+  sat::Lit run(ReachNodeId root) {
     uses_[root] = used_positively;
     for (ReachNodeId id = root + 1; id-- > 0;) hand_down(id);
     for (ReachNodeId id = 0; id <= root; ++id) {
@@ -197,7 +200,7 @@ class PredicateEncoder {
  private:
   enum Use : std::uint8_t { used_positively = 1, used_negatively = 2, used_both_ways = 3 };
 
-  static Polarity polarity_of(std::uint8_t uses) {
+  static sat::Polarity polarity_of(std::uint8_t uses) {
     if (uses == used_both_ways) return 0;
     return uses == used_positively ? +1 : -1;
   }
@@ -234,25 +237,26 @@ class PredicateEncoder {
     }
   }
 
-  Lit lit_of(const ReachNode& node, Polarity polarity) {
+  sat::Lit lit_of(const ReachNode& node, sat::Polarity polarity) {
     const auto operands = expr_.operands(node);
     switch (node.op) {
       case ReachOp::constant:
         // The number of a threshold has no literal.
-        return node.type.is_boolean() ? constant_lit(expr_.value(node).boolean()) : LitUninit;
+        return node.type.is_boolean() ? sat::constant_lit(expr_.value(node).boolean())
+                                      : sat::LitUninit;
       case ReachOp::not_:
         return ~literals_[operands[0]];
       case ReachOp::and_:
-        return gate(GateAnd, operands, polarity);
+        return gate(sat::GateAnd, operands, polarity);
       case ReachOp::or_:
-        return gate(GateOr, operands, polarity);
+        return gate(sat::GateOr, operands, polarity);
       case ReachOp::xor_:
-        return gate(GateXor, operands, polarity);
+        return gate(sat::GateXor, operands, polarity);
       case ReachOp::choice: {
         // if a then c else b
-        const Lit inputs[] = {literals_[operands[0]], literals_[operands[2]],
-                              literals_[operands[1]]};
-        return formula_.make_gate({GateMux, inputs}, group_, polarity);
+        const sat::Lit inputs[] = {literals_[operands[0]], literals_[operands[2]],
+                                   literals_[operands[1]]};
+        return formula_.make_gate({sat::GateMux, inputs}, group_, polarity);
       }
       case ReachOp::threshold_list:
         return threshold(node, polarity);
@@ -261,54 +265,54 @@ class PredicateEncoder {
     }
   }
 
-  Lit gate(GateType type, std::span<const ReachNodeId> operands, Polarity polarity) {
+  sat::Lit gate(sat::GateType type, std::span<const ReachNodeId> operands, sat::Polarity polarity) {
     return formula_.make_gate({type, literals_of(operands)}, group_, polarity);
   }
 
   // At least k of them is more than k - 1.
-  Lit threshold(const ReachNode& node, Polarity polarity) {
+  sat::Lit threshold(const ReachNode& node, sat::Polarity polarity) {
     const std::int64_t least = expr_.value(expr_.operand(node, 0)).number();
     assert(least >= 1 && "smaller ones are always true");
-    return IntegerCircuit(formula_).threshold(literals_of(expr_.operands(node).subspan(1)),
-                                              static_cast<std::uint64_t>(least - 1), group_,
-                                              polarity);
+    return sat::IntegerCircuit(formula_).threshold(literals_of(expr_.operands(node).subspan(1)),
+                                                   static_cast<std::uint64_t>(least - 1), group_,
+                                                   polarity);
   }
 
-  Lits literals_of(std::span<const ReachNodeId> nodes) const {
-    Lits lits;
+  sat::Lits literals_of(std::span<const ReachNodeId> nodes) const {
+    sat::Lits lits;
     lits.reserve(nodes.size());
     for (const ReachNodeId node : nodes) lits.push_back(literals_[node]);
     return lits;
   }
 
   const ReachExpr& expr_;
-  CnfFormula& formula_;
-  const ClauseGroup group_;
+  sat::CnfFormula& formula_;
+  const sat::ClauseGroup group_;
   AtomEncoder<P> atoms_;
   std::vector<std::uint8_t> uses_;  // by node
-  Lits literals_;                   // by node
+  sat::Lits literals_;              // by node
 };
 
 void show(std::string_view title, const ReachExpr& expr, const ReachNode& node) {
-  if (verbosity() >= 3) std::cerr << title << to_string(expr, node) << std::flush;
+  if (base::verbosity() >= 3) std::cerr << title << to_string(expr, node) << std::flush;
 }
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 std::optional<NormalForm> encode_predicate(const ReachExpr& property, const P& process,
-                                           ConfigurationVars<P>& vars, bool via_dummies,
-                                           ClauseGroup group) {
+                                           configuration::ConfigurationVars<P>& vars,
+                                           bool via_dummies, sat::ClauseGroup group) {
   show("\n Predicate before normalisation: ", property, property.root());
   std::string fault;
   auto normal = normalise(property, process, fault);
   if (!normal) {
-    print_error("failed to expand reachability expression:\n" + fault);
+    base::print_error("failed to expand reachability expression:\n" + fault);
     return {};
   }
   const ReachExpr& expr = normal->formula.expr();
   show("\n Predicate after normalisation: ", expr, expr.node(normal->root));
-  if (verbosity() >= 3) std::cerr << '\n';
+  if (base::verbosity() >= 3) std::cerr << '\n';
   if (normal->formula.is_constant(normal->root)) {
     std::cout << "\n Trivial case\n";
     if (!normal->formula.is_true(normal->root)) vars.formula.add_clause({}, group);
@@ -321,8 +325,8 @@ std::optional<NormalForm> encode_predicate(const ReachExpr& property, const P& p
 
 #define INSTANTIATE(P)                                    \
   template std::optional<NormalForm> encode_predicate<P>( \
-      const ReachExpr&, const P&, ConfigurationVars<P>&, bool, ClauseGroup);
+      const ReachExpr&, const P&, configuration::ConfigurationVars<P>&, bool, sat::ClauseGroup);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

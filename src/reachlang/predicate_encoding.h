@@ -9,15 +9,15 @@
 #include "configuration/configuration_vars.h"
 #include "reachlang/expansion.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 // Asserts the property of the final state of the configuration. With `via_dummies`, what becomes
 // enabled after dummies alone counts as enabled; only prefixes of STGs have dummies. A constant
 // property is told of on the standard output. Returns what was asserted; empty after a reported
 // error.
-template <Process P>
+template <net::Process P>
 std::optional<NormalForm> encode_predicate(const ReachExpr& property, const P& process,
-                                           ConfigurationVars<P>& vars, bool via_dummies,
-                                           ClauseGroup group);
+                                           configuration::ConfigurationVars<P>& vars,
+                                           bool via_dummies, sat::ClauseGroup group);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

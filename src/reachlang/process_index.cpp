@@ -1,6 +1,6 @@
 #include "reachlang/process_index.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 // Of two elements of one name, the first.
@@ -15,14 +15,14 @@ std::optional<std::uint32_t> find_in(Names& names, const List& list, std::string
 }
 
 template <class List, class KeyOf>
-Grouping grouped(std::size_t groups, const List& list, KeyOf key_of) {
-  return Grouping(groups, static_cast<std::uint32_t>(list.size()),
-                  [&](std::uint32_t i) { return key_of(*list[i])->index; });
+base::Grouping grouped(std::size_t groups, const List& list, KeyOf key_of) {
+  return base::Grouping(groups, static_cast<std::uint32_t>(list.size()),
+                        [&](std::uint32_t i) { return key_of(*list[i])->index; });
 }
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 auto ProcessIndex<P>::conditions_of(std::uint32_t place) -> Indices {
   if (conditions_.empty()) {
     conditions_ = grouped(process_.places.size(), process_.conditions,
@@ -31,7 +31,7 @@ auto ProcessIndex<P>::conditions_of(std::uint32_t place) -> Indices {
   return conditions_[place];
 }
 
-template <Process P>
+template <net::Process P>
 auto ProcessIndex<P>::events_of(std::uint32_t transition) -> Indices {
   if (events_.empty()) {
     events_ = grouped(process_.transitions.size(), process_.events,
@@ -40,7 +40,7 @@ auto ProcessIndex<P>::events_of(std::uint32_t transition) -> Indices {
   return events_[transition];
 }
 
-template <Process P>
+template <net::Process P>
 auto ProcessIndex<P>::transitions_of(std::uint32_t signal)
     -> Indices requires P::NetType::has_signals {
   if (transitions_.empty()) {
@@ -50,17 +50,17 @@ auto ProcessIndex<P>::transitions_of(std::uint32_t signal)
   return transitions_[signal];
 }
 
-template <Process P>
+template <net::Process P>
 std::optional<std::uint32_t> ProcessIndex<P>::find_place(std::string_view name) {
   return find_in(place_names_, process_.places, name);
 }
 
-template <Process P>
+template <net::Process P>
 std::optional<std::uint32_t> ProcessIndex<P>::find_transition(std::string_view name) {
   return find_in(transition_names_, process_.transitions, name);
 }
 
-template <Process P>
+template <net::Process P>
 std::optional<std::uint32_t> ProcessIndex<P>::find_signal(
     std::string_view name) requires P::NetType::has_signals {
   return find_in(signal_names_, process_.signals, name);
@@ -70,4 +70,4 @@ std::optional<std::uint32_t> ProcessIndex<P>::find_signal(
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -12,10 +12,10 @@
 #include "base/grouping.h"
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 // Refers to a process, which must not change meanwhile. All results are sorted numbers.
-template <Process P>
+template <net::Process P>
 class ProcessIndex {
  public:
   using Indices = std::span<const std::uint32_t>;
@@ -36,8 +36,8 @@ class ProcessIndex {
   using Names = std::unordered_map<std::string_view, std::uint32_t>;
 
   const P& process_;
-  Grouping conditions_, events_, transitions_;  // by place, transition, signal
+  base::Grouping conditions_, events_, transitions_;  // by place, transition, signal
   Names place_names_, transition_names_, signal_names_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

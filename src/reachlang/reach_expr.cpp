@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace vorel {
+namespace vorel::reachlang {
 
 ReachNodeId ReachExpr::add(ReachNode node, std::span<const ReachNodeId> operands) {
   const auto id = static_cast<ReachNodeId>(nodes_.size());
@@ -30,4 +30,4 @@ std::uint32_t ReachExpr::add_name(std::string_view name) {
   return static_cast<std::uint32_t>(names_.size() - 1);
 }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -18,7 +18,7 @@
 #include "reachlang/reach_type.h"
 #include "reachlang/reach_value.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 enum class ReachOp : std::uint8_t {
   constant,
@@ -172,4 +172,4 @@ class ReachExpr {
 // max_reach_depth, is cut short with "...".
 std::string to_string(const ReachExpr& expr, const ReachNode& node);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -5,7 +5,7 @@
 
 #include "reachlang/reach_expr.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 // How tightly an operator holds its operands.
@@ -280,4 +280,4 @@ std::string to_string(const ReachExpr& expr, const ReachNode& node) {
   return Printer(expr).run(node);
 }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

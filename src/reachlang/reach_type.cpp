@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 constexpr std::string_view base_names[] = {"fail",   "condition", "event",  "place", "transition",
@@ -38,4 +38,4 @@ std::string list_of(BaseTypes types, bool and_sets) {
   return text;
 }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

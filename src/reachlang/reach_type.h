@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-namespace vorel {
+namespace vorel::reachlang {
 
 enum class BaseType : std::uint8_t {
   fail = 0,
@@ -50,4 +50,4 @@ constexpr bool contains(BaseTypes types, BaseType base) { return (types & one_ty
 // "condition, event or place"; with `and_sets`, "condition, event, place or set thereof".
 std::string list_of(BaseTypes types, bool and_sets);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

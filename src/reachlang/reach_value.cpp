@@ -7,7 +7,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 bool comes_before(const ReachValue& a, const ReachValue& b) { return compare(a, b) < 0; }
@@ -92,7 +92,7 @@ std::string quoted(const std::string& text) {
       result += '\\';
       result += c;
     } else if (byte < ' ' || byte == 127) {
-      result += format_message("\\%03o", byte);
+      result += base::format_message("\\%03o", byte);
     } else {
       result += c;
     }
@@ -121,4 +121,4 @@ bool contains(const ReachValue& set, const ReachValue& element) {
   return std::ranges::binary_search(set.elements(), element, comes_before);
 }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -14,7 +14,7 @@
 
 #include "reachlang/reach_type.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 class ReachValue;
 
@@ -89,4 +89,4 @@ ReachValue intersect(const ReachValue& a, const ReachValue& b);
 ReachValue subtract(const ReachValue& a, const ReachValue& b);
 bool contains(const ReachValue& set, const ReachValue& element);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

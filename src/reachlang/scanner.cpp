@@ -6,7 +6,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
@@ -46,7 +46,7 @@ char control_character(char letter) {
 }  // namespace
 
 std::string located_at(const TextPosition& position) {
-  return format_message(" (located at line %u, column %u)", position.line, position.column);
+  return base::format_message(" (located at line %u, column %u)", position.line, position.column);
 }
 
 bool Scanner::next(Token& token) {
@@ -88,7 +88,7 @@ bool Scanner::skip_blanks_and_comments() {
 bool Scanner::skip_block_comment() {
   const std::size_t end = text_.find("*/", offset_ + 2);
   if (end == std::string_view::npos) {
-    print_error("run-away comment: " + beginning_of(rest()) + located_at(position_));
+    base::print_error("run-away comment: " + beginning_of(rest()) + located_at(position_));
     return false;
   }
   advance(end + 2 - offset_);
@@ -102,8 +102,8 @@ bool Scanner::scan_number(Token& token) {
   for (const char c : rest().substr(0, length)) {
     const std::uint64_t digit = value_of_digit(c);
     if (token.number > (limit - digit) / 10) {
-      print_error("incorrect syntax of the expression: the number " + beginning_of(rest()) +
-                  " is too large" + located_at(position_));
+      base::print_error("incorrect syntax of the expression: the number " + beginning_of(rest()) +
+                        " is too large" + located_at(position_));
       return false;
     }
     token.number = token.number * 10 + digit;
@@ -141,7 +141,8 @@ bool Scanner::scan_string(Token& token) {
     const bool runs_away =
         at_end() || is_line_end(look()) || (look() == '\\' && rest().size() == 1);
     if (runs_away) {
-      print_error("run-away quoted name: " + beginning_of(whole) + located_at(token.position));
+      base::print_error("run-away quoted name: " + beginning_of(whole) +
+                        located_at(token.position));
       return false;
     }
     if (look() == '\\') {
@@ -181,9 +182,9 @@ bool Scanner::append_numbered(std::string& result, std::size_t prefix, std::size
     value = std::min(value * base + digit, 256u);
   }
   if (is_bad || value > 255) {
-    print_error("bad escape sequence in a std::string: " +
-                std::string(rest().substr(0, prefix + std::min<std::size_t>(digits, 20))) +
-                located_at(position_));
+    base::print_error("bad escape sequence in a std::string: " +
+                      std::string(rest().substr(0, prefix + std::min<std::size_t>(digits, 20))) +
+                      located_at(position_));
     return false;
   }
   result += static_cast<char>(value);
@@ -205,4 +206,4 @@ void Scanner::advance(std::size_t count) {
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

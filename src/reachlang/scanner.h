@@ -8,7 +8,7 @@
 
 #include "reachlang/token.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 class Scanner {
  public:
@@ -46,4 +46,4 @@ class Scanner {
 // " (located at line 2, column 7)".
 std::string located_at(const TextPosition& position);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

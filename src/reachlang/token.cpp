@@ -6,7 +6,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 // What tokens look like, and what they are called where a sign is not quoted.
@@ -121,7 +121,8 @@ std::string name_of(TokenKind kind) {
 std::string name_of(const Token& token) {
   if (token.kind != TokenKind::unknown) return name_of(token.kind);
   const auto byte = static_cast<unsigned char>(token.text.front());
-  return byte > ' ' && byte < 127 ? '\'' + token.text + '\'' : format_message("'\\x%02x'", byte);
+  return byte > ' ' && byte < 127 ? '\'' + token.text + '\''
+                                  : base::format_message("'\\x%02x'", byte);
 }
 
 TokenKind kind_of_word(std::string_view word) {
@@ -140,4 +141,4 @@ TokenKind kind_of_sign(std::string_view text, std::size_t& length) {
   return TokenKind::end;
 }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

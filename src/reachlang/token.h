@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace vorel {
+namespace vorel::reachlang {
 
 enum class TokenKind : std::uint8_t {
   end,
@@ -118,4 +118,4 @@ TokenKind kind_of_word(std::string_view word);
 // The longest sign that the text begins with; end if there is none. Its length goes to `length`.
 TokenKind kind_of_sign(std::string_view text, std::size_t& length);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -4,7 +4,7 @@
 #include <cassert>
 #include <iterator>
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 using enum BaseType;
@@ -364,4 +364,4 @@ TypedOperand type_of_binding(ReachOp op, const TypedOperand& body) {
   return op == ReachOp::gather ? TypedOperand{set_of(body.type), false} : body;
 }
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -10,7 +10,7 @@
 
 #include "reachlang/reach_expr.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 
 struct TypedOperand {
   ReachType type;
@@ -42,4 +42,4 @@ std::string check_property(const TypedOperand& root);
 // The type of a binding operator over a body that is right.
 TypedOperand type_of_binding(ReachOp op, const TypedOperand& body);
 
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -9,22 +9,22 @@
 #include "base/output_file.h"
 #include "base/run_state.h"
 
-namespace vorel {
+namespace vorel::results {
 namespace {
 
 constexpr std::string_view write_failure = "cannot write a file";
 
 // True if the stream took all; an error is reported else.
 bool check_written(bool written) {
-  if (!written) print_error(write_failure);
+  if (!written) base::print_error(write_failure);
   return written;
 }
 
 void deliver_to_text_file(const Report& report, const VerdictMessages& messages,
                           const std::string& file_name) {
-  OutputFile file(file_name);
+  base::OutputFile file(file_name);
   if (!file.is_open()) {
-    print_warning(cannot_open_for_output(file_name));
+    base::print_warning(base::cannot_open_for_output(file_name));
     report.print(std::cerr, messages);
     return;
   }
@@ -34,7 +34,7 @@ void deliver_to_text_file(const Report& report, const VerdictMessages& messages,
 }
 
 // Leaves the compressed text where the file is written until it is committed.
-bool print_compressed(const OutputFile& file, const XmlDocument& document) {
+bool print_compressed(const base::OutputFile& file, const XmlDocument& document) {
   assert(file.is_open());
   ogzstream stream;  // opened afterwards: its constructor forgets a failure
   stream.open(file.written_path().c_str());
@@ -79,9 +79,9 @@ bool save_results(const Report& report, const VerdictMessages& messages,
   assert(!file_name.empty());
   XmlDocument document;
   document.append_node(report.to_xml(document, messages));
-  OutputFile file(file_name);
+  base::OutputFile file(file_name);
   if (!file.is_open()) {
-    print_error(cannot_open_for_output(file_name));
+    base::print_error(base::cannot_open_for_output(file_name));
     return false;
   }
   if (file_name.ends_with(".gz")) {
@@ -92,7 +92,7 @@ bool save_results(const Report& report, const VerdictMessages& messages,
 }
 
 void deliver(const Report& report, const VerdictMessages& messages) {
-  const std::string& file_name = run_state().output_file_name;
+  const std::string& file_name = base::run_state().output_file_name;
   if (file_name.empty() || file_name == "cerr") {
     report.print(std::cout, messages);  // whether all got there is seen at the end of the run
   } else if (file_name.ends_with(".xml")) {
@@ -102,4 +102,4 @@ void deliver(const Report& report, const VerdictMessages& messages) {
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::results

@@ -11,7 +11,7 @@
 
 #include "results/solution.h"
 
-namespace vorel {
+namespace vorel::results {
 
 // The two sentences of a mode.
 struct VerdictMessages {
@@ -42,4 +42,4 @@ void deliver(const Report& report, const VerdictMessages& messages);
 bool save_results(const Report& report, const VerdictMessages& messages,
                   const std::string& file_name);
 
-}  // namespace vorel
+}  // namespace vorel::results

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <numeric>
 
-namespace vorel {
+namespace vorel::results {
 
 bool is_standard_output(const std::ostream& stream) { return &stream == &std::cout; }
 
@@ -71,4 +71,4 @@ XmlNode* Solution::to_xml(XmlDocument& document) const {
   return element;
 }
 
-}  // namespace vorel
+}  // namespace vorel::results

@@ -11,7 +11,7 @@
 
 #include "results/xml_document.h"
 
-namespace vorel {
+namespace vorel::results {
 
 // One event of a trace. The name belongs to the transition in the process, which outlives results.
 struct TraceStep {
@@ -59,4 +59,4 @@ class Solution {
   bool output_configurations_;  // print event numbers rather than transition names
 };
 
-}  // namespace vorel
+}  // namespace vorel::results

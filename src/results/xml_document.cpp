@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-namespace vorel {
+namespace vorel::results {
 namespace {
 
 constexpr std::string_view replacement_character = "\xEF\xBF\xBD";  // U+FFFD
@@ -101,4 +101,4 @@ void print_xml(std::ostream& stream, const XmlDocument& document) {
   rapidxml::print(stream, document);
 }
 
-}  // namespace vorel
+}  // namespace vorel::results

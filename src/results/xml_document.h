@@ -6,7 +6,7 @@
 #include <rapidxml/rapidxml.hpp>
 #include <string_view>
 
-namespace vorel {
+namespace vorel::results {
 
 using XmlDocument = rapidxml::xml_document<char>;
 using XmlNode = rapidxml::xml_node<char>;
@@ -23,4 +23,4 @@ void xml_attribute(XmlDocument& document, XmlNode& node, std::string_view name,
 // Indented by tabs. Failures show in the state of the stream.
 void print_xml(std::ostream& stream, const XmlDocument& document);
 
-}  // namespace vorel
+}  // namespace vorel::results

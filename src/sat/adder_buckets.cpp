@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-namespace vorel {
+namespace vorel::sat {
 
 SumAndCarry half_adder(CnfFormula& formula, Lit a, Lit b, ClauseGroup group, Polarity polarity) {
   if (b.is_constant()) std::swap(a, b);
@@ -93,4 +93,4 @@ Lits AdderBuckets::sum(ClauseGroup group, Polarity polarity) {
   return bits;
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

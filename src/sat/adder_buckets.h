@@ -8,7 +8,7 @@
 
 #include "sat/cnf_formula.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 struct SumAndCarry {
   Lit sum, carry;
@@ -38,4 +38,4 @@ class AdderBuckets {
   std::vector<Lits> buckets_;  // by weight
 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -5,7 +5,7 @@
 
 #include "sat/cnf_formula.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 // Up to here the pairs are fewer clauses than the chain, or not many more, and need no variables.
@@ -83,4 +83,4 @@ void AtMostOneEncoder::add(CnfFormula& formula, std::span<const Lit> lits, Claus
     add_chain(formula, singles_, group);
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

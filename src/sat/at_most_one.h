@@ -9,7 +9,7 @@
 
 #include "sat/literal.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 class CnfFormula;
 
@@ -28,4 +28,4 @@ class AtMostOneEncoder {
   std::uint32_t truths_ = 0;  // how many members of the list are true in any case
 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -12,7 +12,7 @@
 
 #include "sat/cnf_formula.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 // An edge of a BDD: the node it leads to and whether the function is complemented. The children
 // are the node's own, whatever the complement of the edge. An uncomplemented constant is true.
@@ -80,4 +80,4 @@ Lit define_bdd(CnfFormula& formula, const Edge& root, std::span<const Lit> varia
   return BddDefinition<Edge>(formula, variable_literals, group).define(root);
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -11,7 +11,7 @@
 #include "sat/minisat_solver.h"
 #include "sat/zchaff_solver.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 constexpr std::uint32_t default_group_count = 3;
@@ -22,14 +22,14 @@ const char* const formula_file_name = "formula.cnf";
 std::unique_ptr<SatSolver> make_solver(int number) {
   if (number == zchaff_number) return std::make_unique<ZChaffSolver>();
   if (number != minisat_number)
-    print_warning(
-        format_message("there is no SAT solver %d; the default SAT solver is used", number));
+    base::print_warning(
+        base::format_message("there is no SAT solver %d; the default SAT solver is used", number));
   return std::make_unique<MiniSatSolver>();
 }
 
 }  // namespace
 
-CnfParams CnfParams::of(const Params& params) {
+CnfParams CnfParams::of(const base::Params& params) {
   return {.solver = params.get("solver"),
           .restrict_branching = params.get("restrict_branching") != 0,
           .store_cnf_formula = params.get("store_cnf_formula") != 0};
@@ -149,24 +149,24 @@ void CnfFormula::add_at_most_one(std::span<const Lit> lits, ClauseGroup group) {
 
 bool CnfFormula::solve() {
   if (store_cnf_formula_) store_formula();
-  const std::uint64_t start = ticks_now();
+  const std::uint64_t start = base::ticks_now();
   const SolveStatus status = solver_->solve(true, true);
-  run_state().sat_ticks += ticks_now() - start;
+  base::run_state().sat_ticks += base::ticks_now() - start;
   switch (status) {
     case SolveStatus::unsat:
       return false;
     case SolveStatus::sat:
       return true;
     case SolveStatus::timeout:
-      print_error("SAT solver timeout");
+      base::print_error("SAT solver timeout");
       return false;
     case SolveStatus::memory:
-      print_error("memory overflow");
+      base::print_error("memory overflow");
       return false;
     case SolveStatus::error:
       break;
   }
-  print_error("error while solving a SAT instance");
+  base::print_error("error while solving a SAT instance");
   return false;
 }
 
@@ -179,13 +179,14 @@ ModelValue CnfFormula::value(Lit lit) const {
 }
 
 void CnfFormula::store_formula() const {
-  OutputFile file(formula_file_name);
+  base::OutputFile file(formula_file_name);
   if (!file.is_open()) {
-    print_warning(cannot_open_for_output(formula_file_name));
+    base::print_warning(base::cannot_open_for_output(formula_file_name));
     return;
   }
   write_dimacs(file.stream(), *solver_);
-  if (!file.commit()) print_warning(format_message("cannot write \"%s\"", formula_file_name));
+  if (!file.commit())
+    base::print_warning(base::format_message("cannot write \"%s\"", formula_file_name));
 }
 
 void CnfFormula::print_size(std::ostream& stream) const {
@@ -193,4 +194,4 @@ void CnfFormula::print_size(std::ostream& stream) const {
          << '/' << solver_->num_literals();
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -21,7 +21,7 @@
 #include "sat/literal.h"
 #include "sat/sat_solver.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 struct CnfParams {
   // Number of the back end: 0 the core with native groups, 1 MiniSat; others get a warning and 1.
@@ -29,7 +29,7 @@ struct CnfParams {
   bool restrict_branching = false;  // no decisions on the outputs of small gates either
   bool store_cnf_formula = false;   // write formula.cnf before every solve
 
-  static CnfParams of(const Params& params);
+  static CnfParams of(const base::Params& params);
 };
 
 class CnfFormula {
@@ -117,4 +117,4 @@ using SolveStep = std::function<bool()>;
 // Sorts a clause, removes duplicates and false constants. False if the clause is always true.
 bool normalise_clause(Lits& clause);
 
-}  // namespace vorel
+}  // namespace vorel::sat

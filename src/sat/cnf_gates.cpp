@@ -4,7 +4,7 @@
 #include "sat/cnf_formula.h"
 #include "sat/gate_clauses.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 constexpr bool wants_forward(Polarity polarity) { return polarity >= 0; }
@@ -152,4 +152,4 @@ Lit CnfFormula::define_gate(LitCell& cell, GateType type, std::span<const Lit> l
   return cell.lit;
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

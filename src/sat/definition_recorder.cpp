@@ -3,7 +3,7 @@
 #include <cassert>
 #include <limits>
 
-namespace vorel {
+namespace vorel::sat {
 
 void DefinitionRecorder::record_gate(Var output, const Gate& gate, ClauseGroup group) {
   assert(gate.type() != GateConst && gate.type() != GateBuf);
@@ -35,4 +35,4 @@ bool DefinitionRecorder::occurs(Var variable, ClauseGroup group) const {
   return occurrences_.contains({group, variable});
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

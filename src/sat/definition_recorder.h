@@ -12,7 +12,7 @@
 #include "sat/gate.h"
 #include "sat/literal.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 class DefinitionRecorder {
  public:
@@ -38,4 +38,4 @@ class DefinitionRecorder {
   std::set<std::pair<ClauseGroup, Var>> occurrences_;  // by group: a group is one range
 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

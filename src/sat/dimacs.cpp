@@ -3,7 +3,7 @@
 #include <charconv>
 #include <string>
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 constexpr std::size_t flush_size = 1 << 16;
@@ -41,4 +41,4 @@ void write_dimacs(std::ostream& stream, const SatSolver& solver) {
   stream << text;
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -5,10 +5,10 @@
 
 #include "sat/sat_solver.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 // Variable v is written as v + 1. The numbers of the header are those of what follows, so strict
 // readers take the file too; they count assumptions and fixed variables as clauses.
 void write_dimacs(std::ostream& stream, const SatSolver& solver);
 
-}  // namespace vorel
+}  // namespace vorel::sat

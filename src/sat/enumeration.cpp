@@ -4,7 +4,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 CubeValue cube_value(const CnfFormula& formula, Lit lit) {
@@ -25,7 +25,7 @@ Lit literal_for(Lit lit, CubeValue value) { return lit ^ (value == CubeValue::no
 void enumerate_sets(CnfFormula& formula, std::span<const Lit> lits, std::vector<LiteralCube>& cubes,
                     ClauseGroup group, CubeValue listed) {
   Lits clause;
-  while (!run_failed() && formula.solve()) {
+  while (!base::run_failed() && formula.solve()) {
     LiteralCube cube(lits.size(), listed);
     clause.clear();
     for (std::size_t i = 0; i < lits.size(); ++i) {
@@ -46,7 +46,7 @@ void enumerate(CnfFormula& formula, std::span<const Lit> lits, ClauseGroup group
                const CubeCallback& callback, std::uint64_t limit, const SolveStep& solve) {
   const auto has_model = [&] { return solve ? solve() : formula.solve(); };
   Lits clause;
-  for (; limit > 0 && !run_failed() && has_model(); --limit) {
+  for (; limit > 0 && !base::run_failed() && has_model(); --limit) {
     LiteralCube cube(lits.size(), CubeValue::any);
     clause.clear();
     for (std::size_t i = 0; i < lits.size(); ++i) {
@@ -81,4 +81,4 @@ void require_cubes(CnfFormula& formula, std::span<const LiteralCube> cubes,
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

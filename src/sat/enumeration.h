@@ -12,7 +12,7 @@
 #include "sat/cnf_formula.h"
 #include "sat/literal_cube.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 using CubeCallback = std::function<void(const LiteralCube&)>;
 
@@ -34,4 +34,4 @@ void enumerate_true(CnfFormula& formula, std::span<const Lit> lits, std::vector<
 void require_cubes(CnfFormula& formula, std::span<const LiteralCube> cubes,
                    std::span<const Lit> lits, ClauseGroup group);
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -5,7 +5,7 @@
 #include <bit>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 // Truth tables of functions of up to four inputs: bit i is the output for the inputs whose values
@@ -189,4 +189,4 @@ bool normalise_fixed_gate(Gate& gate) {
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

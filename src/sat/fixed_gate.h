@@ -6,9 +6,9 @@
 
 #include "sat/gate.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 // normalise() for GateMaj to GateCmpXor.
 bool normalise_fixed_gate(Gate& gate);
 
-}  // namespace vorel
+}  // namespace vorel::sat

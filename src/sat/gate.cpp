@@ -6,7 +6,7 @@
 
 #include "sat/fixed_gate.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 constexpr std::array<std::string_view, gate_type_count> gate_names = {
@@ -146,4 +146,4 @@ std::string to_string(const Gate& gate) {
   return gate.arity() == 0 ? text : text + ")";
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

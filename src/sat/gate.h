@@ -11,7 +11,7 @@
 
 #include "sat/literal.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 // The output as a function of the inputs a, b, c, d or of any number of inputs.
 enum GateType : std::uint32_t {
@@ -74,4 +74,4 @@ bool normalise(Gate& gate);
 // "GateAnd(1, 2')", for messages of tests and diagnostics.
 std::string to_string(const Gate& gate);
 
-}  // namespace vorel
+}  // namespace vorel::sat

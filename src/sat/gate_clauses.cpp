@@ -4,7 +4,7 @@
 #include <array>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 using Pattern = ClausePattern;
@@ -66,4 +66,4 @@ bool never_branches(std::uint32_t code) {
   return never_branching[code];
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -9,7 +9,7 @@
 
 #include "sat/gate.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 // A clause over the inputs 'a' to 'd' and the output 'o'; a capital letter is the complement.
 struct ClausePattern {
@@ -29,4 +29,4 @@ GateClauses gate_clauses(std::uint32_t code);
 // are branched on unless the run restricts branching.
 bool never_branches(std::uint32_t code);
 
-}  // namespace vorel
+}  // namespace vorel::sat

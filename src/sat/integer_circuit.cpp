@@ -8,7 +8,7 @@
 
 #include "sat/adder_buckets.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 constexpr std::size_t value_bits = 64;
@@ -245,4 +245,4 @@ Lits IntegerCircuit::decode(std::span<const Lit> bits, std::uint64_t n, ClauseGr
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -11,7 +11,7 @@
 
 #include "sat/cnf_formula.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 class IntegerCircuit {
  public:
@@ -65,4 +65,4 @@ class IntegerCircuit {
   CnfFormula& formula_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -4,7 +4,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 constexpr std::uint32_t attempt_group = 2;
@@ -16,7 +16,7 @@ class Descent {
       : formula_{formula}, bits_{bits}, values_{values}, resolve_{resolve} {}
 
   void run() {
-    for (std::size_t i = bits_.size(); i-- > 0 && !run_failed();) {
+    for (std::size_t i = bits_.size(); i-- > 0 && !base::run_failed();) {
       const Lit bit = bits_[i];
       if (!values_[i]) {
         assert(bit != LitTrue);
@@ -56,7 +56,8 @@ class Descent {
 
 bool resolve_cost(CnfFormula& formula, std::span<const Lit> bits, std::vector<bool>& values,
                   const std::function<void()>& record, const SolveStep& solve) {
-  if (run_failed() || !(solve ? solve() : formula.solve()) || run_failed()) return false;
+  if (base::run_failed() || !(solve ? solve() : formula.solve()) || base::run_failed())
+    return false;
   record();
   values.assign(bits.size(), false);
   for (std::size_t i = 0; i < bits.size(); ++i) values[i] = formula.is_true(bits[i]);
@@ -69,4 +70,4 @@ void minimise_cost(CnfFormula& formula, std::span<const Lit> bits, std::vector<b
   Descent(formula, bits, values, resolve).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

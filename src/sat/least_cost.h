@@ -9,7 +9,7 @@
 
 #include "sat/cnf_formula.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 // Solves. With a model, stores the solution in place of the last one, and the values of the bits.
 // A failed attempt changes nothing.
@@ -27,4 +27,4 @@ bool resolve_cost(CnfFormula& formula, std::span<const Lit> bits, std::vector<bo
 void minimise_cost(CnfFormula& formula, std::span<const Lit> bits, std::vector<bool>& values,
                    const Resolve& resolve);
 
-}  // namespace vorel
+}  // namespace vorel::sat

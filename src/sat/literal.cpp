@@ -1,6 +1,6 @@
 #include "sat/literal.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 std::string to_string(Var variable) {
   if (variable == var_uninit) return "UNINIT";
@@ -15,4 +15,4 @@ std::string to_string(Lit literal) {
   return to_string(literal.variable()) + (literal.negated() ? "'" : "");
 }
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace vorel {
+namespace vorel::sat {
 
 // A variable's number, counted from 0 by the solver.
 enum class Var : std::uint32_t {};
@@ -91,4 +91,4 @@ struct LitCell {
 // A variable's or a literal's value in a model.
 enum class ModelValue : std::uint8_t { yes = 0, no = 1, undefined = 2 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace vorel {
+namespace vorel::sat {
 
 enum class CubeValue : std::uint8_t { no = 0, yes = 1, any = 2 };
 
@@ -37,4 +37,4 @@ class LiteralCube {
   std::vector<std::uint64_t> words_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -8,7 +8,7 @@
 
 #include "base/memory_overflow.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 using Minisat::lbool;
@@ -35,7 +35,7 @@ auto guarded(const Step& step) {
   try {
     return step();
   } catch (const Minisat::OutOfMemoryException&) {
-    memory_overflow();
+    base::memory_overflow();
   }
 }
 
@@ -256,4 +256,4 @@ std::uint64_t MiniSatSolver::num_clauses() const {
 
 std::uint64_t MiniSatSolver::num_literals() const { return state_->core.clauses_literals; }
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -11,7 +11,7 @@
 
 #include "sat/sat_solver.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 struct MiniSatParams {
   // Subsumption before the first solve, and elimination of variables that are not frozen. Off:
@@ -48,4 +48,4 @@ class MiniSatSolver final : public SatSolver {
   std::unique_ptr<State> state_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

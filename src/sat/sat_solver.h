@@ -11,7 +11,7 @@
 
 #include "sat/literal.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 enum class SolveStatus : std::uint8_t { unsat = 0, sat = 1, timeout = 2, memory = 3, error = 4 };
 
@@ -55,4 +55,4 @@ class SatSolver {
   virtual std::uint64_t num_literals() const = 0;
 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -7,7 +7,7 @@
 #include "base/messages.h"
 #include "base/run_state.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 zchaff::Literal to_core(Lit lit) {
@@ -73,7 +73,7 @@ void ZChaffSolver::add_clause(std::span<const Lit> lits, ClauseGroup group) {
 SolveStatus ZChaffSolver::solve(bool, bool) {
   if (state_ == State::failed) return SolveStatus::error;
   if (state_ == State::solved) {
-    if (verbosity() >= 1) print_formatted(std::cerr, "\nSolving the same SAT instance");
+    if (base::verbosity() >= 1) base::print_formatted(std::cerr, "\nSolving the same SAT instance");
     core_->reset_search();
   }
   const zchaff::Outcome outcome = core_->solve();
@@ -118,4 +118,4 @@ std::uint32_t ZChaffSolver::num_vars() const { return core_->variable_count(); }
 std::uint64_t ZChaffSolver::num_clauses() const { return core_->clause_count(); }
 std::uint64_t ZChaffSolver::num_literals() const { return core_->literal_count(); }
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -13,7 +13,7 @@
 #include "sat/sat_solver.h"
 #include "zchaff/solver_core.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 class ZChaffSolver final : public SatSolver {
  public:
@@ -53,4 +53,4 @@ class ZChaffSolver final : public SatSolver {
   std::vector<zchaff::Literal> clause_;  // scratch
 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

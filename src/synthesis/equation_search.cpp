@@ -14,10 +14,10 @@
 #include "toolkit/factor.h"
 #include "toolkit/minimise.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
-Params adapted(Params params, SynthesisStyle style) {
+base::Params adapted(base::Params params, SynthesisStyle style) {
   params.set("synthesis_type", static_cast<std::int32_t>(style));
   params.set("method", 0);
   params.set("all_solutions", 0x7FFFFFFF);
@@ -43,8 +43,8 @@ std::string_view suffix_of(FunctionPhase phase) {
 
 }  // namespace
 
-EquationSearch::EquationSearch(const StgPrefix& prefix, const Params& params, SynthesisStyle style,
-                               std::size_t max_codes)
+EquationSearch::EquationSearch(const net::StgPrefix& prefix, const base::Params& params,
+                               SynthesisStyle style, std::size_t max_codes)
     : prefix_{prefix},
       params_{adapted(params, style)},
       style_{style},
@@ -52,8 +52,8 @@ EquationSearch::EquationSearch(const StgPrefix& prefix, const Params& params, Sy
       triggers_{structure_},
       support_search_{structure_, params_, style},
       state_search_{structure_, params_, style, max_codes} {
-  if (has_dummy_cutoffs(prefix)) {
-    print_warning("there are dummy cut-offs; the result will not be reliable");
+  if (configuration::has_dummy_cutoffs(prefix)) {
+    base::print_warning("there are dummy cut-offs; the result will not be reliable");
   }
 }
 
@@ -77,9 +77,9 @@ bool EquationSearch::derive(std::uint32_t signal, FunctionPhase phase) {
       prefix_.signals[signal]->name + std::string(suffix_of(phase)), names_of(triggers));
   for (const SignalList& support : support_search_.supports(signal, phase, triggers)) {
     solution->alternatives.push_back(implementation(signal, phase, support));
-    if (run_failed()) break;
+    if (base::run_failed()) break;
   }
-  if (run_failed()) return false;
+  if (base::run_failed()) return false;
   assert(!solution->alternatives.empty());
   std::ranges::stable_sort(solution->alternatives, is_better);
   report_.add(std::move(solution));
@@ -92,22 +92,22 @@ SignalImplementation EquationSearch::implementation(std::uint32_t signal, Functi
   result.context = names_of(support);
   result.self = std::ranges::binary_search(support, signal);
   const StateSets sets = state_search_.collect(signal, phase, support);
-  if (run_failed()) return result;
+  if (base::run_failed()) return result;
   if (style_ == SynthesisStyle::four_sets) result.covers = sets.four_sets;
-  const Cover on = minimised(sets.on, sets.off, sets.arcs);
-  const Cover off = minimised(sets.off, sets.on, reversed(sets.arcs));
-  LogicExpr straight = factor(on, result.context, false);
-  LogicExpr inverted = factor(off, result.context, true);
-  const bool takes_inverted = literal_count(straight) > literal_count(inverted);
+  const toolkit::Cover on = minimised(sets.on, sets.off, sets.arcs);
+  const toolkit::Cover off = minimised(sets.off, sets.on, reversed(sets.arcs));
+  toolkit::LogicExpr straight = toolkit::factor(on, result.context, false);
+  toolkit::LogicExpr inverted = toolkit::factor(off, result.context, true);
+  const bool takes_inverted = toolkit::literal_count(straight) > toolkit::literal_count(inverted);
   result.equation = takes_inverted ? std::move(inverted) : std::move(straight);
-  result.cost = literal_count(result.equation);
+  result.cost = toolkit::literal_count(result.equation);
   return result;
 }
 
-Cover EquationSearch::minimised(const Cover& on, const Cover& off,
-                                const std::vector<CodeArc>& arcs) const {
+toolkit::Cover EquationSearch::minimised(const toolkit::Cover& on, const toolkit::Cover& off,
+                                         const std::vector<CodeArc>& arcs) const {
   if (style_ == SynthesisStyle::standard_c) return monotonic_cover(on, off, arcs);
-  return minimise(on, off);
+  return toolkit::minimise(on, off);
 }
 
 std::vector<std::string> EquationSearch::names_of(const SignalList& signals) const {
@@ -117,21 +117,21 @@ std::vector<std::string> EquationSearch::names_of(const SignalList& signals) con
   return names;
 }
 
-VerdictMessages EquationSearch::messages() const {
+results::VerdictMessages EquationSearch::messages() const {
   std::uint64_t cost = 0;
   for (const auto& solution : report_.solutions) cost += solution->cost();
   return {"Equations derived (literals=" + std::to_string(cost) + ')', "Cannot derive equation"};
 }
 
 void EquationSearch::report() const {
-  const std::string& file_name = run_state().output_file_name;
+  const std::string& file_name = base::run_state().output_file_name;
   const bool is_document = file_name.ends_with(".xml");
   // A failed run makes no document.
-  if (!file_name.ends_with(".v") && !(is_document && run_failed())) {
-    deliver(report_, messages());
+  if (!file_name.ends_with(".v") && !(is_document && base::run_failed())) {
+    results::deliver(report_, messages());
     return;
   }
-  const VerdictMessages sentences = messages();
+  const results::VerdictMessages sentences = messages();
   std::cout << '\n' << (report_.solutions.empty() ? sentences.empty : sentences.found) << '\n';
   if (is_document) return;
   std::vector<const SignalSolution*> solutions;
@@ -139,12 +139,12 @@ void EquationSearch::report() const {
     solutions.push_back(static_cast<const SignalSolution*>(solution.get()));
   }
   std::cout.flush();  // the file can be the standard output, by another name
-  OutputFile file(file_name);
+  base::OutputFile file(file_name);
   if (!file.is_open()) {
-    print_warning(cannot_open_for_output(file_name));
+    base::print_warning(base::cannot_open_for_output(file_name));
     write_verilog(std::cerr, prefix_, style_, solutions);
   } else if (write_verilog(file.stream(), prefix_, style_, solutions) && !file.commit()) {
-    print_error("cannot write a file");
+    base::print_error("cannot write a file");
   }
 }
 
@@ -153,4 +153,4 @@ void EquationSearch::print_statistics(std::ostream& stream) const {
   support_search_.print_size(stream);
 }
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

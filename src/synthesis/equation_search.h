@@ -16,13 +16,13 @@
 #include "synthesis/support_search.h"
 #include "synthesis/trigger_table.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 
 class EquationSearch {
  public:
   // Refers to the prefix; warns of dummy cut-offs. Functions of more codes than allowed are found
   // as cubes (StateSetSearch).
-  EquationSearch(const StgPrefix& prefix, const Params& params, SynthesisStyle style,
+  EquationSearch(const net::StgPrefix& prefix, const base::Params& params, SynthesisStyle style,
                  std::size_t max_codes = StateSetSearch::usual_max_codes);
 
   // Without a conflict of codes that stands in the way every signal gets its solutions; else the
@@ -33,7 +33,7 @@ class EquationSearch {
   void print_statistics(std::ostream& stream) const;
 
   // By signal; SET before RESET.
-  const Report& found() const { return report_; }
+  const results::Report& found() const { return report_; }
   std::uint64_t solve_calls() const {
     return support_search_.solve_calls() + state_search_.solve_calls();
   }
@@ -42,18 +42,19 @@ class EquationSearch {
   bool derive(std::uint32_t signal, FunctionPhase phase);
   SignalImplementation implementation(std::uint32_t signal, FunctionPhase phase,
                                       const SignalList& support);
-  Cover minimised(const Cover& on, const Cover& off, const std::vector<CodeArc>& arcs) const;
+  toolkit::Cover minimised(const toolkit::Cover& on, const toolkit::Cover& off,
+                           const std::vector<CodeArc>& arcs) const;
   std::vector<std::string> names_of(const SignalList& signals) const;
-  VerdictMessages messages() const;
+  results::VerdictMessages messages() const;
 
-  const StgPrefix& prefix_;
-  const Params params_;
+  const net::StgPrefix& prefix_;
+  const base::Params params_;
   const SynthesisStyle style_;
-  const StateStructure structure_;
+  const configuration::StateStructure structure_;
   const TriggerTable triggers_;
   SupportSearch support_search_;
   StateSetSearch state_search_;
-  Report report_;
+  results::Report report_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace vorel {
+namespace vorel::synthesis {
 
 // Values of the option `synthesis_type` [CKKLY-2002].
 enum class SynthesisStyle : std::uint8_t {
@@ -25,4 +25,4 @@ constexpr bool has_two_functions(SynthesisStyle style) {
   return style == SynthesisStyle::generalised_c || style == SynthesisStyle::standard_c;
 }
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

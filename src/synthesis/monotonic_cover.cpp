@@ -7,40 +7,42 @@
 
 #include "toolkit/minimise.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
-bool contains(const Cube& large, const Cube& small) {
+bool contains(const toolkit::Cube& large, const toolkit::Cube& small) {
   for (std::size_t i = 0; i < large.size(); ++i) {
-    if (large[i] != Ternary::dash && large[i] != small[i]) return false;
+    if (large[i] != toolkit::Ternary::dash && large[i] != small[i]) return false;
   }
   return true;
 }
 
-bool covers(const Cover& cover, const Cube& code) {
-  return std::ranges::any_of(cover, [&code](const Cube& cube) { return contains(cube, code); });
+bool covers(const toolkit::Cover& cover, const toolkit::Cube& code) {
+  return std::ranges::any_of(cover,
+                             [&code](const toolkit::Cube& cube) { return contains(cube, code); });
 }
 
 // Codes with arcs that are neither in ON nor in OFF are free, as long as no arc leads from one that
 // is false to one that is true.
 class MonotonicCoverSolver {
  public:
-  MonotonicCoverSolver(const Cover& on, const Cover& off, const std::vector<CodeArc>& arcs) {
+  MonotonicCoverSolver(const toolkit::Cover& on, const toolkit::Cover& off,
+                       const std::vector<CodeArc>& arcs) {
     number_codes(arcs);
     Sides sides{on, off, std::vector<Value>(codes_.size(), Value::open)};
-    for (const Cube& code : off) decide(code, Value::no, sides);
-    for (const Cube& code : on) decide(code, Value::yes, sides);
+    for (const toolkit::Cube& code : off) decide(code, Value::no, sides);
+    for (const toolkit::Cube& code : on) decide(code, Value::yes, sides);
     given_ = std::move(sides);
   }
 
-  Cover run() { return solve(given_); }
+  toolkit::Cover run() { return solve(given_); }
 
  private:
   enum class Value : std::uint8_t { open, yes, no };
   using Neighbours = std::vector<std::vector<std::uint32_t>>;  // by code
 
   struct Sides {
-    Cover on, off;
+    toolkit::Cover on, off;
     std::vector<Value> values;  // by code
   };
 
@@ -55,13 +57,13 @@ class MonotonicCoverSolver {
     }
   }
 
-  std::uint32_t number_of(const Cube& code) {
+  std::uint32_t number_of(const toolkit::Cube& code) {
     const auto [found, is_new] = numbers_.emplace(code, static_cast<std::uint32_t>(codes_.size()));
     if (is_new) codes_.push_back(code);
     return found->second;
   }
 
-  void decide(const Cube& code, Value value, Sides& sides) const {
+  void decide(const toolkit::Cube& code, Value value, Sides& sides) const {
     const auto found = numbers_.find(code);
     if (found == numbers_.end() || sides.values[found->second] == value) return;
     assert(sides.values[found->second] == Value::open && "no arc leads from OFF to ON");
@@ -93,22 +95,22 @@ class MonotonicCoverSolver {
   }
 
   // The cheaper of the covers that come of either value for the code that hurts most.
-  Cover solve(const Sides& sides) {
+  toolkit::Cover solve(const Sides& sides) {
     ++calls_;
-    Cover cover = minimise(sides.on, sides.off);
+    toolkit::Cover cover = toolkit::minimise(sides.on, sides.off);
     const std::uint32_t worst = worst_rise(cover);
     if (worst == none) return cover;
-    Cover without = solve(with(sides, worst, Value::no));
+    toolkit::Cover without = solve(with(sides, worst, Value::no));
     // Beyond a number of trials, the value that never leads to another rise must do.
     constexpr std::size_t max_calls = 500;
     if (calls_ > max_calls) return without;
-    Cover cover_with = solve(with(sides, worst, Value::yes));
+    toolkit::Cover cover_with = solve(with(sides, worst, Value::yes));
     return cover_with.literal_count() < without.literal_count() ? cover_with : without;
   }
 
   // The code at which the cover rises along most arcs; of several, the one with most arcs. `none`
   // if it never rises. Such a code is free: what comes before one that is true is true.
-  std::uint32_t worst_rise(const Cover& cover) const {
+  std::uint32_t worst_rise(const toolkit::Cover& cover) const {
     std::vector<bool> is_covered(codes_.size());
     for (std::size_t i = 0; i < codes_.size(); ++i) is_covered[i] = covers(cover, codes_[i]);
     std::uint32_t worst = none;
@@ -127,8 +129,8 @@ class MonotonicCoverSolver {
 
   static constexpr std::uint32_t none = ~std::uint32_t{0};
 
-  std::map<Cube, std::uint32_t> numbers_;
-  std::vector<Cube> codes_;  // that have arcs, by number
+  std::map<toolkit::Cube, std::uint32_t> numbers_;
+  std::vector<toolkit::Cube> codes_;  // that have arcs, by number
   Neighbours next_, previous_;
   Sides given_;
   std::size_t calls_ = 0;
@@ -136,8 +138,9 @@ class MonotonicCoverSolver {
 
 }  // namespace
 
-Cover monotonic_cover(const Cover& on, const Cover& off, const std::vector<CodeArc>& arcs) {
+toolkit::Cover monotonic_cover(const toolkit::Cover& on, const toolkit::Cover& off,
+                               const std::vector<CodeArc>& arcs) {
   return MonotonicCoverSolver(on, off, arcs).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

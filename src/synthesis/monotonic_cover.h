@@ -8,12 +8,13 @@
 #include "synthesis/state_sets.h"
 #include "toolkit/cover.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 
 // A cover of ON and of nothing of OFF that, where it is false at the start of an arc, is false at
 // its end too: so along a path of arcs it falls at most once and never rises, and the gate that
 // computes it has no hazard there [KKLVY-1994] [BMM-1998]. No arc leads from OFF to ON, not even
 // through others.
-Cover monotonic_cover(const Cover& on, const Cover& off, const std::vector<CodeArc>& arcs);
+toolkit::Cover monotonic_cover(const toolkit::Cover& on, const toolkit::Cover& off,
+                               const std::vector<CodeArc>& arcs);
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

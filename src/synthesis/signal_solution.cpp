@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
 void print_names(std::ostream& stream, const std::vector<std::string>& names) {
@@ -11,21 +11,23 @@ void print_names(std::ostream& stream, const std::vector<std::string>& names) {
 }
 
 // An element with one `signal` child for each name.
-XmlNode* signal_list(XmlDocument& document, std::string_view element,
-                     const std::vector<std::string>& names) {
-  XmlNode* list = xml_element(document, element);
-  for (const std::string& name : names) list->append_node(xml_element(document, "signal", name));
+results::XmlNode* signal_list(results::XmlDocument& document, std::string_view element,
+                              const std::vector<std::string>& names) {
+  results::XmlNode* list = results::xml_element(document, element);
+  for (const std::string& name : names)
+    list->append_node(results::xml_element(document, "signal", name));
   return list;
 }
 
-XmlNode* implementation_element(XmlDocument& document, const SignalImplementation& alternative) {
-  XmlNode* node = xml_element(document, "implementation");
-  xml_attribute(document, *node, "cost", alternative.cost);
+results::XmlNode* implementation_element(results::XmlDocument& document,
+                                         const SignalImplementation& alternative) {
+  results::XmlNode* node = results::xml_element(document, "implementation");
+  results::xml_attribute(document, *node, "cost", alternative.cost);
   node->append_node(signal_list(document, "context", alternative.context));
-  const std::string text = to_string(alternative.equation);
-  node->append_node(xml_element(document, "text", text));
-  XmlNode* equation = xml_element(document, "equation");
-  equation->append_node(xml_element(document, "text", text));
+  const std::string text = toolkit::to_string(alternative.equation);
+  node->append_node(results::xml_element(document, "text", text));
+  results::XmlNode* equation = results::xml_element(document, "equation");
+  equation->append_node(results::xml_element(document, "text", text));
   node->append_node(equation);
   return node;
 }
@@ -40,15 +42,16 @@ void SignalSolution::print(std::ostream& stream) const {
   for (const SignalImplementation& alternative : alternatives) {
     stream << "\nContext:";
     print_names(stream, alternative.context);
-    stream << "\nEquation (" << alternative.cost << " lits): " << to_string(alternative.equation);
+    stream << "\nEquation (" << alternative.cost
+           << " lits): " << toolkit::to_string(alternative.equation);
   }
 }
 
-XmlNode* SignalSolution::to_xml(XmlDocument& document) const {
-  XmlNode* node = xml_element(document, "solution");
-  xml_attribute(document, *node, "cost", cost());
-  xml_attribute(document, *node, "message", "alternative implementations of " + name_);
-  node->append_node(xml_element(document, "signal", name_));
+results::XmlNode* SignalSolution::to_xml(results::XmlDocument& document) const {
+  results::XmlNode* node = results::xml_element(document, "solution");
+  results::xml_attribute(document, *node, "cost", cost());
+  results::xml_attribute(document, *node, "message", "alternative implementations of " + name_);
+  node->append_node(results::xml_element(document, "signal", name_));
   node->append_node(signal_list(document, "triggers", triggers_));
   for (const SignalImplementation& alternative : alternatives) {
     node->append_node(implementation_element(document, alternative));
@@ -65,4 +68,4 @@ void SignalSolution::trim(std::size_t first, std::size_t last) {
   alternatives.resize(end);
 }
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

@@ -11,27 +11,29 @@
 #include "toolkit/cover.h"
 #include "toolkit/logic_expr.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 
 struct SignalImplementation {
   std::vector<std::string> context;  // the support, by the order of signals
-  LogicExpr equation;
-  std::array<Cover, 4> covers;  // ER+, QR+, ER-, QR-; of width 0 where they are not kept
-  std::uint64_t cost = 0;       // literals of the equation
-  bool self = false;            // the signal is in its own support
+  toolkit::LogicExpr equation;
+  std::array<toolkit::Cover, 4> covers;  // ER+, QR+, ER-, QR-; of width 0 where they are not kept
+  std::uint64_t cost = 0;                // literals of the equation
+  bool self = false;                     // the signal is in its own support
 };
 
-class SignalSolution : public Solution {
+class SignalSolution : public results::Solution {
  public:
   // `name`: of the signal, with " SET" or " RESET" behind it for such a function.
   SignalSolution(bool output_configurations, std::string name, std::vector<std::string> triggers)
-      : Solution(output_configurations), name_{std::move(name)}, triggers_{std::move(triggers)} {}
+      : results::Solution(output_configurations),
+        name_{std::move(name)},
+        triggers_{std::move(triggers)} {}
 
   // The first alternative's.
   std::uint64_t cost() const override;
   // The same on any stream. The last line has no end: what follows begins with one.
   void print(std::ostream& stream) const override;
-  XmlNode* to_xml(XmlDocument& document) const override;
+  results::XmlNode* to_xml(results::XmlDocument& document) const override;
 
   // Keeps the alternatives up to number `first`, counted from 0, and of those after it up to number
   // `last` the ones that cost as much.
@@ -48,4 +50,4 @@ class SignalSolution : public Solution {
   std::vector<std::string> triggers_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

@@ -5,12 +5,13 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
-bool meet(const Cube& a, const Cube& b) {
+bool meet(const toolkit::Cube& a, const toolkit::Cube& b) {
   for (std::size_t i = 0; i < a.size(); ++i) {
-    const bool differ = a[i] != Ternary::dash && b[i] != Ternary::dash && a[i] != b[i];
+    const bool differ =
+        a[i] != toolkit::Ternary::dash && b[i] != toolkit::Ternary::dash && a[i] != b[i];
     if (differ) return false;
   }
   return true;
@@ -18,11 +19,11 @@ bool meet(const Cube& a, const Cube& b) {
 
 // The cube without one literal after the other, as far as `is_allowed` agrees.
 template <class IsAllowed>
-Cube expanded(Cube cube, IsAllowed is_allowed) {
+toolkit::Cube expanded(toolkit::Cube cube, IsAllowed is_allowed) {
   for (std::size_t i = 0; i < cube.size(); ++i) {
-    const Ternary literal = cube[i];
-    if (literal == Ternary::dash) continue;
-    cube.set(i, Ternary::dash);
+    const toolkit::Ternary literal = cube[i];
+    if (literal == toolkit::Ternary::dash) continue;
+    cube.set(i, toolkit::Ternary::dash);
     if (!is_allowed(cube)) cube.set(i, literal);
   }
   return cube;
@@ -39,7 +40,7 @@ StateSets StateSetSearch::collect(std::uint32_t signal, FunctionPhase phase,
   const bool is_bounded = style_ != SynthesisStyle::four_sets;
   codes_left_ = is_bounded ? max_codes_ : ~std::size_t{0};
   StateSets sets = empty_sets(support);
-  if (collect_codes(signal, phase, support, sets) || run_failed()) return sets;
+  if (collect_codes(signal, phase, support, sets) || base::run_failed()) return sets;
   sets = empty_sets(support);
   collect_cubes(signal, phase, support, sets);
   return sets;
@@ -47,7 +48,7 @@ StateSets StateSetSearch::collect(std::uint32_t signal, FunctionPhase phase,
 
 StateSets StateSetSearch::empty_sets(const SignalList& support) const {
   StateSets sets;
-  sets.on = sets.off = Cover(support.size(), false);
+  sets.on = sets.off = toolkit::Cover(support.size(), false);
   sets.four_sets.fill(sets.on);
   return sets;
 }
@@ -69,10 +70,10 @@ bool StateSetSearch::collect_codes(std::uint32_t signal, FunctionPhase phase,
 }
 
 bool StateSetSearch::collect_all(std::uint32_t signal, const SignalList& support, StateSets& sets) {
-  const ClauseGroup blocked = states_.formula().new_group();
-  const bool is_complete =
-      enumerate(signal, support, blocked, [&sets](const Cube& code, Region region) {
-        (next_value(region) ? sets.on : sets.off).add(code);
+  const sat::ClauseGroup blocked = states_.formula().new_group();
+  const bool is_complete = enumerate(
+      signal, support, blocked, [&sets](const toolkit::Cube& code, configuration::Region region) {
+        (configuration::next_value(region) ? sets.on : sets.off).add(code);
       });
   states_.formula().remove_group(blocked);
   return is_complete;
@@ -82,16 +83,16 @@ bool StateSetSearch::collect_all(std::uint32_t signal, const SignalList& support
 // keep it.
 bool StateSetSearch::collect_four_sets(std::uint32_t signal, const SignalList& support,
                                        StateSets& sets) {
-  CnfFormula& formula = states_.formula();
-  const ClauseGroup blocked = formula.new_group();
-  const Lit excited = states_.state(0).excited(signal);
-  const auto visit = [&sets](const Cube& code, Region region) {
+  sat::CnfFormula& formula = states_.formula();
+  const sat::ClauseGroup blocked = formula.new_group();
+  const sat::Lit excited = states_.state(0).excited(signal);
+  const auto visit = [&sets](const toolkit::Cube& code, configuration::Region region) {
     sets.four_sets[static_cast<std::size_t>(region)].add(code);
-    (next_value(region) ? sets.on : sets.off).add(code);
+    (configuration::next_value(region) ? sets.on : sets.off).add(code);
   };
   bool is_complete = true;
-  for (const Lit wanted : {excited, ~excited}) {
-    const ClauseGroup group = formula.new_group();
+  for (const sat::Lit wanted : {excited, ~excited}) {
+    const sat::ClauseGroup group = formula.new_group();
     formula.add_unit(wanted, group);
     is_complete = is_complete && enumerate(signal, support, blocked, visit);
     formula.remove_group(group);
@@ -103,18 +104,21 @@ bool StateSetSearch::collect_four_sets(std::uint32_t signal, const SignalList& s
 // Where the signal stays at the value that the function drives it to, the function is free.
 bool StateSetSearch::collect_excited_and_opposite(std::uint32_t signal, FunctionPhase phase,
                                                   const SignalList& support, StateSets& sets) {
-  CnfFormula& formula = states_.formula();
+  sat::CnfFormula& formula = states_.formula();
   const bool target = phase == FunctionPhase::set;
-  const ClauseGroup blocked = formula.new_group();
-  const ClauseGroup excited = formula.new_group();
+  const sat::ClauseGroup blocked = formula.new_group();
+  const sat::ClauseGroup excited = formula.new_group();
   states_.add_excited(0, signal, target, excited);
   bool is_complete =
-      enumerate(signal, support, blocked, [&sets](const Cube& code, Region) { sets.on.add(code); });
+      enumerate(signal, support, blocked,
+                [&sets](const toolkit::Cube& code, configuration::Region) { sets.on.add(code); });
   formula.remove_group(excited);
-  const ClauseGroup opposite = formula.new_group();
+  const sat::ClauseGroup opposite = formula.new_group();
   formula.add_unit(states_.state(0).next_value(signal) ^ target, opposite);
   is_complete = is_complete && enumerate(signal, support, blocked,
-                                         [&sets](const Cube& code, Region) { sets.off.add(code); });
+                                         [&sets](const toolkit::Cube& code, configuration::Region) {
+                                           sets.off.add(code);
+                                         });
   formula.remove_group(opposite);
   formula.remove_group(blocked);
   return is_complete;
@@ -124,30 +128,31 @@ bool StateSetSearch::collect_excited_and_opposite(std::uint32_t signal, Function
 // with a further excited signal.
 bool StateSetSearch::collect_arcs(std::uint32_t signal, FunctionPhase phase,
                                   const SignalList& support, StateSets& sets) {
-  CnfFormula& formula = states_.formula();
-  StateLiterals& state = states_.state(0);
+  sat::CnfFormula& formula = states_.formula();
+  configuration::StateLiterals& state = states_.state(0);
   const bool value = phase == FunctionPhase::set;
-  const ClauseGroup group = formula.new_group();
+  const sat::ClauseGroup group = formula.new_group();
   formula.add_unit(state.code(signal) ^ !value, group);
   states_.add_not_excited(0, signal, !value, group);
-  Lits changes;
+  sat::Lits changes;
   for (const std::uint32_t other : support) {
     if (other != signal) changes.push_back(state.excited(other));
   }
   formula.add_clause(changes, group);
-  while (!run_failed() && codes_left_ > 0 && solve()) {
+  while (!base::run_failed() && codes_left_ > 0 && solve()) {
     --codes_left_;
-    const Cube code = code_of_model(support);
-    Lits clause = other_code(support);
+    const toolkit::Cube code = code_of_model(support);
+    sat::Lits clause = other_code(support);
     for (std::size_t i = 0; i < support.size(); ++i) {
       if (support[i] == signal) continue;
-      const Lit excited = state.excited(support[i]);
+      const sat::Lit excited = state.excited(support[i]);
       if (!formula.is_true(excited)) {
         clause.push_back(excited);
         continue;
       }
-      Cube next = code;
-      next.set(i, code[i] == Ternary::one ? Ternary::zero : Ternary::one);
+      toolkit::Cube next = code;
+      next.set(i,
+               code[i] == toolkit::Ternary::one ? toolkit::Ternary::zero : toolkit::Ternary::one);
       sets.arcs.emplace_back(code, std::move(next));
     }
     formula.add_clause(clause, group);
@@ -156,9 +161,9 @@ bool StateSetSearch::collect_arcs(std::uint32_t signal, FunctionPhase phase,
   return codes_left_ > 0;
 }
 
-bool StateSetSearch::enumerate(std::uint32_t signal, const SignalList& support, ClauseGroup blocked,
-                               const Visit& visit) {
-  while (!run_failed() && codes_left_ > 0 && solve()) {
+bool StateSetSearch::enumerate(std::uint32_t signal, const SignalList& support,
+                               sat::ClauseGroup blocked, const Visit& visit) {
+  while (!base::run_failed() && codes_left_ > 0 && solve()) {
     --codes_left_;
     visit(code_of_model(support), states_.region(0, signal));
     states_.formula().add_clause(other_code(support), blocked);
@@ -170,13 +175,13 @@ bool StateSetSearch::enumerate(std::uint32_t signal, const SignalList& support, 
 void StateSetSearch::collect_cubes(std::uint32_t signal, FunctionPhase phase,
                                    const SignalList& support, StateSets& sets) {
   const bool target = phase != FunctionPhase::reset;
-  const Lit next = states_.state(0).next_value(signal) ^ !target;
+  const sat::Lit next = states_.state(0).next_value(signal) ^ !target;
   const bool has_two = has_two_functions(style_);
-  const Constraint on = [&, this](ClauseGroup group) {
+  const Constraint on = [&, this](sat::ClauseGroup group) {
     if (has_two) return states_.add_excited(0, signal, target, group);
     states_.formula().add_unit(next, group);
   };
-  const Constraint off = [&, this](ClauseGroup group) {
+  const Constraint off = [&, this](sat::ClauseGroup group) {
     if (style_ == SynthesisStyle::standard_c) {
       return states_.add_not_excited(0, signal, target, group);
     }
@@ -186,23 +191,25 @@ void StateSetSearch::collect_cubes(std::uint32_t signal, FunctionPhase phase,
   sets.off = cubes_outside(support, off, sets.on);
 }
 
-Cover StateSetSearch::cubes_without(const SignalList& support, const Constraint& wanted,
-                                    const Constraint& others) {
-  CnfFormula& formula = states_.formula();
-  const ClauseGroup blocked = formula.new_group();
-  Cover cover(support.size(), false);
-  std::vector<Cube> refused;  // codes of others that stood in the way: likely to do so again
-  const auto is_allowed = [&](const Cube& cube) {
-    const auto is_inside = [&cube](const Cube& code) { return meet(cube, code); };
+toolkit::Cover StateSetSearch::cubes_without(const SignalList& support, const Constraint& wanted,
+                                             const Constraint& others) {
+  sat::CnfFormula& formula = states_.formula();
+  const sat::ClauseGroup blocked = formula.new_group();
+  toolkit::Cover cover(support.size(), false);
+  std::vector<toolkit::Cube>
+      refused;  // codes of others that stood in the way: likely to do so again
+  const auto is_allowed = [&](const toolkit::Cube& cube) {
+    const auto is_inside = [&cube](const toolkit::Cube& code) { return meet(cube, code); };
     if (std::ranges::any_of(refused, is_inside)) return false;
     auto code = state_in(cube, support, others);
     if (code) refused.push_back(std::move(*code));
     return !code;
   };
-  while (!run_failed()) {
-    const auto code = state_in(Cube(support.size(), Ternary::dash), support, wanted);
+  while (!base::run_failed()) {
+    const auto code =
+        state_in(toolkit::Cube(support.size(), toolkit::Ternary::dash), support, wanted);
     if (!code) break;
-    Cube cube = expanded(*code, is_allowed);
+    toolkit::Cube cube = expanded(*code, is_allowed);
     formula.add_clause(outside_of(cube, support), blocked);
     cover.add(std::move(cube));
   }
@@ -210,17 +217,18 @@ Cover StateSetSearch::cubes_without(const SignalList& support, const Constraint&
   return cover;
 }
 
-Cover StateSetSearch::cubes_outside(const SignalList& support, const Constraint& wanted,
-                                    const Cover& cover) {
-  CnfFormula& formula = states_.formula();
-  const ClauseGroup group = formula.new_group();
+toolkit::Cover StateSetSearch::cubes_outside(const SignalList& support, const Constraint& wanted,
+                                             const toolkit::Cover& cover) {
+  sat::CnfFormula& formula = states_.formula();
+  const sat::ClauseGroup group = formula.new_group();
   wanted(group);
-  Cover result(support.size(), false);
-  const auto is_allowed = [&cover](const Cube& cube) {
-    return std::ranges::none_of(cover, [&cube](const Cube& other) { return meet(cube, other); });
+  toolkit::Cover result(support.size(), false);
+  const auto is_allowed = [&cover](const toolkit::Cube& cube) {
+    return std::ranges::none_of(cover,
+                                [&cube](const toolkit::Cube& other) { return meet(cube, other); });
   };
-  while (!run_failed() && solve()) {
-    Cube cube = expanded(code_of_model(support), is_allowed);
+  while (!base::run_failed() && solve()) {
+    toolkit::Cube cube = expanded(code_of_model(support), is_allowed);
     formula.add_clause(outside_of(cube, support), group);
     result.add(std::move(cube));
   }
@@ -228,38 +236,39 @@ Cover StateSetSearch::cubes_outside(const SignalList& support, const Constraint&
   return result;
 }
 
-std::optional<Cube> StateSetSearch::state_in(const Cube& cube, const SignalList& support,
-                                             const Constraint& constraint) {
-  CnfFormula& formula = states_.formula();
-  const ClauseGroup group = formula.new_group();
+std::optional<toolkit::Cube> StateSetSearch::state_in(const toolkit::Cube& cube,
+                                                      const SignalList& support,
+                                                      const Constraint& constraint) {
+  sat::CnfFormula& formula = states_.formula();
+  const sat::ClauseGroup group = formula.new_group();
   constraint(group);
-  for (const Lit lit : outside_of(cube, support)) formula.add_unit(~lit, group);
-  std::optional<Cube> code;
+  for (const sat::Lit lit : outside_of(cube, support)) formula.add_unit(~lit, group);
+  std::optional<toolkit::Cube> code;
   if (solve()) code = code_of_model(support);
   formula.remove_group(group);
   return code;
 }
 
-Cube StateSetSearch::code_of_model(const SignalList& support) {
-  Cube code(support.size(), Ternary::dash);
+toolkit::Cube StateSetSearch::code_of_model(const SignalList& support) {
+  toolkit::Cube code(support.size(), toolkit::Ternary::dash);
   for (std::size_t i = 0; i < support.size(); ++i) {
-    const ModelValue value = states_.formula().value(states_.state(0).code(support[i]));
-    if (value == ModelValue::undefined) continue;
-    code.set(i, value == ModelValue::yes ? Ternary::one : Ternary::zero);
+    const sat::ModelValue value = states_.formula().value(states_.state(0).code(support[i]));
+    if (value == sat::ModelValue::undefined) continue;
+    code.set(i, value == sat::ModelValue::yes ? toolkit::Ternary::one : toolkit::Ternary::zero);
   }
   return code;
 }
 
-Lits StateSetSearch::other_code(const SignalList& support) {
+sat::Lits StateSetSearch::other_code(const SignalList& support) {
   return outside_of(code_of_model(support), support);
 }
 
 // The literals one of which is true outside of the cube.
-Lits StateSetSearch::outside_of(const Cube& cube, const SignalList& support) {
-  Lits lits;
+sat::Lits StateSetSearch::outside_of(const toolkit::Cube& cube, const SignalList& support) {
+  sat::Lits lits;
   for (std::size_t i = 0; i < support.size(); ++i) {
-    if (cube[i] == Ternary::dash) continue;
-    lits.push_back(states_.state(0).code(support[i]) ^ (cube[i] == Ternary::one));
+    if (cube[i] == toolkit::Ternary::dash) continue;
+    lits.push_back(states_.state(0).code(support[i]) ^ (cube[i] == toolkit::Ternary::one));
   }
   return lits;
 }
@@ -269,4 +278,4 @@ bool StateSetSearch::solve() {
   return states_.formula().solve();
 }
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

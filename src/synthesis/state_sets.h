@@ -11,29 +11,29 @@
 #include <utility>
 #include <vector>
 
-#include "synthesis/function_phase.h"
 #include "configuration/state_formula.h"
+#include "synthesis/function_phase.h"
 #include "synthesis/support_search.h"
 #include "toolkit/cover.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 
 // From a code to the code after one edge of a signal of the support.
-using CodeArc = std::pair<Cube, Cube>;
+using CodeArc = std::pair<toolkit::Cube, toolkit::Cube>;
 
 // Covers over the signals of a support, in ascending order: position i is the i-th of them.
 struct StateSets {
-  Cover on, off;                   // where the function is true, where it is false
-  std::vector<CodeArc> arcs;       // within the region where the signal is stable; standard-C only
-  std::array<Cover, 4> four_sets;  // ER+, QR+, ER-, QR-; for the style that keeps them
+  toolkit::Cover on, off;     // where the function is true, where it is false
+  std::vector<CodeArc> arcs;  // within the region where the signal is stable; standard-C only
+  std::array<toolkit::Cover, 4> four_sets;  // ER+, QR+, ER-, QR-; for the style that keeps them
 };
 
 class StateSetSearch {
  public:
   static constexpr std::size_t usual_max_codes = 1000;
 
-  StateSetSearch(const StateStructure& structure, const Params& params, SynthesisStyle style,
-                 std::size_t max_codes = usual_max_codes)
+  StateSetSearch(const configuration::StateStructure& structure, const base::Params& params,
+                 SynthesisStyle style, std::size_t max_codes = usual_max_codes)
       : states_{structure, params, 1}, style_{style}, max_codes_{max_codes} {}
 
   // The support must be one of the function. Incomplete after a reported error. Up to max_codes
@@ -45,12 +45,12 @@ class StateSetSearch {
   std::uint64_t solve_calls() const { return solve_calls_; }
 
  private:
-  using Visit = std::function<void(const Cube& code, Region region)>;
-  using Constraint = std::function<void(ClauseGroup)>;
+  using Visit = std::function<void(const toolkit::Cube& code, configuration::Region region)>;
+  using Constraint = std::function<void(sat::ClauseGroup)>;
 
   // Each code of a state that satisfies the clauses of the groups, once; those visited before with
   // the same `blocked` group are left out. False when there are too many.
-  bool enumerate(std::uint32_t signal, const SignalList& support, ClauseGroup blocked,
+  bool enumerate(std::uint32_t signal, const SignalList& support, sat::ClauseGroup blocked,
                  const Visit& visit);
   bool collect_all(std::uint32_t signal, const SignalList& support, StateSets& sets);
   bool collect_four_sets(std::uint32_t signal, const SignalList& support, StateSets& sets);
@@ -63,25 +63,26 @@ class StateSetSearch {
   void collect_cubes(std::uint32_t signal, FunctionPhase phase, const SignalList& support,
                      StateSets& sets);
   // Covers the codes of the states that satisfy `wanted` by cubes without a code of the others.
-  Cover cubes_without(const SignalList& support, const Constraint& wanted,
-                      const Constraint& others);
+  toolkit::Cover cubes_without(const SignalList& support, const Constraint& wanted,
+                               const Constraint& others);
   // Covers the codes of the states that satisfy `wanted` by cubes that miss those of the cover.
-  Cover cubes_outside(const SignalList& support, const Constraint& wanted, const Cover& cover);
+  toolkit::Cover cubes_outside(const SignalList& support, const Constraint& wanted,
+                               const toolkit::Cover& cover);
   // The code of a state inside the cube that satisfies the constraint.
-  std::optional<Cube> state_in(const Cube& cube, const SignalList& support,
-                               const Constraint& constraint);
-  Cube code_of_model(const SignalList& support);
+  std::optional<toolkit::Cube> state_in(const toolkit::Cube& cube, const SignalList& support,
+                                        const Constraint& constraint);
+  toolkit::Cube code_of_model(const SignalList& support);
   // The clause that excludes the code of the model, without what is undefined in it.
-  Lits other_code(const SignalList& support);
-  Lits outside_of(const Cube& cube, const SignalList& support);
+  sat::Lits other_code(const SignalList& support);
+  sat::Lits outside_of(const toolkit::Cube& cube, const SignalList& support);
   bool solve();
   StateSets empty_sets(const SignalList& support) const;
 
-  StateFormula states_;
+  configuration::StateFormula states_;
   const SynthesisStyle style_;
   const std::size_t max_codes_;
   std::size_t codes_left_ = 0;  // to be listed for the current function
   std::uint64_t solve_calls_ = 0;
 };
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

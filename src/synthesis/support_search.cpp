@@ -6,7 +6,7 @@
 #include "base/messages.h"
 #include "toolkit/complement.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
 // Takes out the sets that the new one makes superfluous, and adds it.
@@ -18,37 +18,38 @@ void add_minimal(std::vector<SignalList>& sets, SignalList fresh) {
 
 // A support meets every difference: the complement of the sum of their products, whose literals are
 // negated. All those with the fewest signals and with one signal more, unless they are very many.
-Cover supports_meeting(const std::vector<SignalList>& differences, std::size_t width) {
+toolkit::Cover supports_meeting(const std::vector<SignalList>& differences, std::size_t width) {
   constexpr std::size_t max_supports = 100;
-  Cover cover(width, false);
+  toolkit::Cover cover(width, false);
   for (const SignalList& difference : differences) {
-    Cube cube(width, Ternary::dash);
-    for (const std::uint32_t signal : difference) cube.set(signal, Ternary::zero);
+    toolkit::Cube cube(width, toolkit::Ternary::dash);
+    for (const std::uint32_t signal : difference) cube.set(signal, toolkit::Ternary::zero);
     cover.add(std::move(cube));
   }
   std::size_t fewest = 1;
-  while (unate_complement(cover, {.max_literals = fewest, .max_products = 1}).empty()) ++fewest;
-  Cover larger =
-      unate_complement(cover, {.max_literals = fewest + 1, .max_products = max_supports});
+  while (toolkit::unate_complement(cover, {.max_literals = fewest, .max_products = 1}).empty())
+    ++fewest;
+  toolkit::Cover larger =
+      toolkit::unate_complement(cover, {.max_literals = fewest + 1, .max_products = max_supports});
   if (larger.size() < max_supports) return larger;
-  return unate_complement(cover, {.max_literals = fewest, .max_products = max_supports});
+  return toolkit::unate_complement(cover, {.max_literals = fewest, .max_products = max_supports});
 }
 
-bool is_smaller(const Cube& a, const Cube& b) {
+bool is_smaller(const toolkit::Cube& a, const toolkit::Cube& b) {
   const std::size_t size_a = a.literal_count(), size_b = b.literal_count();
   return size_a != size_b ? size_a < size_b : a < b;
 }
 
-std::vector<Cube> smallest_first(const Cover& cover) {
-  std::vector<Cube> cubes(cover.begin(), cover.end());
+std::vector<toolkit::Cube> smallest_first(const toolkit::Cover& cover) {
+  std::vector<toolkit::Cube> cubes(cover.begin(), cover.end());
   std::ranges::sort(cubes, is_smaller);
   return cubes;
 }
 
-SignalList with_triggers(const Cube& cube, const SignalList& triggers) {
+SignalList with_triggers(const toolkit::Cube& cube, const SignalList& triggers) {
   SignalList support = triggers;
   for (std::uint32_t signal = 0; signal < cube.size(); ++signal) {
-    if (cube[signal] == Ternary::one) support.push_back(signal);
+    if (cube[signal] == toolkit::Ternary::one) support.push_back(signal);
   }
   std::ranges::sort(support);
   return support;
@@ -56,17 +57,17 @@ SignalList with_triggers(const Cube& cube, const SignalList& triggers) {
 
 }  // namespace
 
-SupportSearch::SupportSearch(const StateStructure& structure, const Params& params,
-                             SynthesisStyle style)
+SupportSearch::SupportSearch(const configuration::StateStructure& structure,
+                             const base::Params& params, SynthesisStyle style)
     : states_{structure, params, 2}, style_{style} {
-  CnfFormula& formula = states_.formula();
+  sat::CnfFormula& formula = states_.formula();
   for (std::uint32_t signal = 0; signal < structure.prefix().internals_end; ++signal) {
     // The solver prefers to make variables false: the values of few signals will differ.
-    const Lit same(formula.new_var(false), true);
-    const Lit a = states_.state(0).code(signal), b = states_.state(1).code(signal);
-    const Lit not_above[] = {~a, b, ~same}, not_below[] = {a, ~b, ~same};
-    formula.add_clause(not_above, PermanentGroup);
-    formula.add_clause(not_below, PermanentGroup);
+    const sat::Lit same(formula.new_var(false), true);
+    const sat::Lit a = states_.state(0).code(signal), b = states_.state(1).code(signal);
+    const sat::Lit not_above[] = {~a, b, ~same}, not_below[] = {a, ~b, ~same};
+    formula.add_clause(not_above, sat::PermanentGroup);
+    formula.add_clause(not_below, sat::PermanentGroup);
     same_.push_back(same);
   }
 }
@@ -76,10 +77,10 @@ std::vector<SignalList> SupportSearch::supports(std::uint32_t signal, FunctionPh
   assert(std::ranges::is_sorted(triggers));
   std::vector<SignalList> differences;
   const bool has_support = find_differences(signal, phase, triggers, differences);
-  if (run_failed()) return {};
+  if (base::run_failed()) return {};
   if (!has_support) {
-    print_error("CSC conflict for output signal " + states_.prefix().signals[signal]->name +
-                ": cannot derive equation");
+    base::print_error("CSC conflict for output signal " + states_.prefix().signals[signal]->name +
+                      ": cannot derive equation");
     return {};
   }
   std::vector<SignalList> supports;
@@ -87,7 +88,7 @@ std::vector<SignalList> SupportSearch::supports(std::uint32_t signal, FunctionPh
     supports.push_back(triggers);
     return supports;
   }
-  for (const Cube& cube : smallest_first(supports_meeting(differences, signal_count()))) {
+  for (const toolkit::Cube& cube : smallest_first(supports_meeting(differences, signal_count()))) {
     supports.push_back(with_triggers(cube, triggers));
   }
   return supports;
@@ -96,18 +97,18 @@ std::vector<SignalList> SupportSearch::supports(std::uint32_t signal, FunctionPh
 bool SupportSearch::find_differences(std::uint32_t signal, FunctionPhase phase,
                                      const SignalList& triggers,
                                      std::vector<SignalList>& differences) {
-  CnfFormula& formula = states_.formula();
-  const ClauseGroup group = formula.new_group();
+  sat::CnfFormula& formula = states_.formula();
+  const sat::ClauseGroup group = formula.new_group();
   for (const std::uint32_t trigger : triggers) formula.add_unit(same_[trigger], group);
   add_difference_in_function(signal, phase, group);
   bool has_support = true;
-  while (has_support && !run_failed()) {
+  while (has_support && !base::run_failed()) {
     ++solve_calls_;
     if (!formula.solve()) break;
     SignalList difference = difference_in_model();
     has_support = !difference.empty();
     if (!has_support) break;
-    Lits one_is_same;
+    sat::Lits one_is_same;
     for (const std::uint32_t other : difference) one_is_same.push_back(same_[other]);
     formula.add_clause(one_is_same, group);
     add_minimal(differences, std::move(difference));
@@ -118,8 +119,8 @@ bool SupportSearch::find_differences(std::uint32_t signal, FunctionPhase phase,
 
 // The function is true in the one state and false in the other.
 void SupportSearch::add_difference_in_function(std::uint32_t signal, FunctionPhase phase,
-                                               ClauseGroup group) {
-  CnfFormula& formula = states_.formula();
+                                               sat::ClauseGroup group) {
+  sat::CnfFormula& formula = states_.formula();
   if (!has_two_functions(style_)) {
     formula.add_unit(~states_.state(0).next_value(signal), group);
     formula.add_unit(states_.state(1).next_value(signal), group);
@@ -135,7 +136,7 @@ void SupportSearch::add_difference_in_function(std::uint32_t signal, FunctionPha
 }
 
 SignalList SupportSearch::difference_in_model() {
-  const CnfFormula& formula = states_.formula();
+  const sat::CnfFormula& formula = states_.formula();
   SignalList difference;
   for (std::uint32_t signal = 0; signal < signal_count(); ++signal) {
     const bool one = formula.is_true(states_.state(0).code(signal));
@@ -145,4 +146,4 @@ SignalList SupportSearch::difference_in_model() {
   return difference;
 }
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

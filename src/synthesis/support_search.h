@@ -6,10 +6,10 @@
 #include <cstdint>
 #include <vector>
 
-#include "synthesis/function_phase.h"
 #include "configuration/state_formula.h"
+#include "synthesis/function_phase.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 
 using SignalList = std::vector<std::uint32_t>;  // numbers of signals, ascending
 
@@ -19,7 +19,8 @@ using SignalList = std::vector<std::uint32_t>;  // numbers of signals, ascending
 // without a state graph.
 class SupportSearch {
  public:
-  SupportSearch(const StateStructure& structure, const Params& params, SynthesisStyle style);
+  SupportSearch(const configuration::StateStructure& structure, const base::Params& params,
+                SynthesisStyle style);
 
   // The supports of the function of the signal that hold all triggers: the smallest ones, and those
   // with one signal more, smallest first. None after a reported error; a signal without any support
@@ -35,14 +36,15 @@ class SupportSearch {
   // Sets of signals none of which contains another; false if one is empty.
   bool find_differences(std::uint32_t signal, FunctionPhase phase, const SignalList& triggers,
                         std::vector<SignalList>& differences);
-  void add_difference_in_function(std::uint32_t signal, FunctionPhase phase, ClauseGroup group);
+  void add_difference_in_function(std::uint32_t signal, FunctionPhase phase,
+                                  sat::ClauseGroup group);
   SignalList difference_in_model();
   std::uint32_t signal_count() const { return static_cast<std::uint32_t>(same_.size()); }
 
-  StateFormula states_;
+  configuration::StateFormula states_;
   const SynthesisStyle style_;
-  Lits same_;  // by signal: if true, its values in the two states are equal
+  sat::Lits same_;  // by signal: if true, its values in the two states are equal
   std::uint64_t solve_calls_ = 0;
 };
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

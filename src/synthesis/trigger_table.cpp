@@ -4,7 +4,7 @@
 
 #include "configuration/triggers.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
 void sort_unique(SignalList& signals) {
@@ -15,10 +15,10 @@ void sort_unique(SignalList& signals) {
 
 }  // namespace
 
-TriggerTable::TriggerTable(const StateStructure& structure)
+TriggerTable::TriggerTable(const configuration::StateStructure& structure)
     : entries_(structure.prefix().internals_end) {
-  const StgPrefix& prefix = structure.prefix();
-  TriggerFinder finder(prefix);
+  const net::StgPrefix& prefix = structure.prefix();
+  configuration::TriggerFinder finder(prefix);
   for (std::uint32_t signal = prefix.inputs_end; signal < prefix.internals_end; ++signal) {
     Entry& entry = entries_[signal];
     const bool starts_high = prefix.signals[signal]->initial_value == 1;
@@ -43,4 +43,4 @@ const SignalList& TriggerTable::triggers(std::uint32_t signal, FunctionPhase pha
   return phase == FunctionPhase::set ? entry.rising : entry.falling;
 }
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

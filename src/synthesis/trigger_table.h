@@ -7,13 +7,13 @@
 #include "synthesis/function_phase.h"
 #include "synthesis/support_search.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 
 // The triggers of a signal's edges: the signals of the last edges before them, dummies looked
 // through. A signal can be its own trigger. Inputs have no entry.
 class TriggerTable {
  public:
-  explicit TriggerTable(const StateStructure& structure);
+  explicit TriggerTable(const configuration::StateStructure& structure);
 
   // Of the rising edges, of the falling ones, or of both.
   const SignalList& triggers(std::uint32_t signal, FunctionPhase phase) const;
@@ -25,4 +25,4 @@ class TriggerTable {
   std::vector<Entry> entries_;  // by signal number
 };
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

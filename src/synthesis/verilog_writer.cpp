@@ -9,12 +9,13 @@
 #include "base/messages.h"
 #include "base/unique_names.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
 using InitialValues = std::unordered_map<std::string_view, bool>;
 
-std::string joined(const OwnedList<Signal>& signals, std::uint32_t first, std::uint32_t end) {
+std::string joined(const base::OwnedList<net::Signal>& signals, std::uint32_t first,
+                   std::uint32_t end) {
   std::string text;
   for (std::uint32_t i = first; i < end; ++i) {
     if (i > first) text += ", ";
@@ -23,28 +24,31 @@ std::string joined(const OwnedList<Signal>& signals, std::uint32_t first, std::u
   return text;
 }
 
-LogicExpr literal(const std::string& name) { return {LogicExpr::Literal{name, false}}; }
+toolkit::LogicExpr literal(const std::string& name) {
+  return {toolkit::LogicExpr::Literal{name, false}};
+}
 
 // False after the error that a name has no value.
-bool evaluate(const LogicExpr& expression, const InitialValues& values, bool& result) {
-  if (const auto* constant = std::get_if<LogicExpr::Const>(&expression.node)) {
+bool evaluate(const toolkit::LogicExpr& expression, const InitialValues& values, bool& result) {
+  if (const auto* constant = std::get_if<toolkit::LogicExpr::Const>(&expression.node)) {
     result = constant->value;
     return true;
   }
-  if (const auto* leaf = std::get_if<LogicExpr::Literal>(&expression.node)) {
+  if (const auto* leaf = std::get_if<toolkit::LogicExpr::Literal>(&expression.node)) {
     const auto found = values.find(leaf->name);
     if (found == values.end()) {
-      print_error("invalid unordered_map<K, T> key");
+      base::print_error("invalid unordered_map<K, T> key");
       return false;
     }
     result = found->second != leaf->negated;
     return true;
   }
-  const auto* conjunction = std::get_if<LogicExpr::And>(&expression.node);
-  const auto& operands = conjunction != nullptr ? conjunction->operands
-                                                : std::get<LogicExpr::Or>(expression.node).operands;
+  const auto* conjunction = std::get_if<toolkit::LogicExpr::And>(&expression.node);
+  const auto& operands = conjunction != nullptr
+                             ? conjunction->operands
+                             : std::get<toolkit::LogicExpr::Or>(expression.node).operands;
   result = conjunction != nullptr;
-  for (const LogicExpr& operand : operands) {
+  for (const toolkit::LogicExpr& operand : operands) {
     bool value = false;
     if (!evaluate(operand, values, value)) return false;
     if (conjunction != nullptr ? !value : value) result = value;
@@ -54,7 +58,7 @@ bool evaluate(const LogicExpr& expression, const InitialValues& values, bool& re
 
 class VerilogWriter {
  public:
-  VerilogWriter(std::ostream& stream, const Stg& stg, SynthesisStyle style,
+  VerilogWriter(std::ostream& stream, const net::Stg& stg, SynthesisStyle style,
                 std::span<const SignalSolution* const> solutions)
       : stream_{stream}, stg_{stg}, style_{style}, solutions_{solutions} {}
 
@@ -125,7 +129,8 @@ class VerilogWriter {
     const char* comment = "";
     for (const SignalImplementation& alternative : solution.alternatives) {
       stream_ << "    " << comment << "assign " << target << " = "
-              << to_verilog(alternative.equation) << "; // cost=" << alternative.cost << '\n';
+              << toolkit::to_verilog(alternative.equation) << "; // cost=" << alternative.cost
+              << '\n';
       comment = "// ";
     }
   }
@@ -141,10 +146,11 @@ class VerilogWriter {
       const char* comment = "";
       for (const SignalImplementation& set : solutions_[2 * pair]->alternatives) {
         for (const SignalImplementation& reset : solutions_[2 * pair + 1]->alternatives) {
-          stream_ << "    // SET=" << to_verilog(set.equation)
-                  << ", RESET=" << to_verilog(reset.equation) << ", cost=" << set.cost + reset.cost
-                  << "\n    " << comment << "assign " << signal << " = "
-                  << to_verilog(gc_equation(signal, set, reset)) << ";\n";
+          stream_ << "    // SET=" << toolkit::to_verilog(set.equation)
+                  << ", RESET=" << toolkit::to_verilog(reset.equation)
+                  << ", cost=" << set.cost + reset.cost << "\n    " << comment << "assign "
+                  << signal << " = " << toolkit::to_verilog(gc_equation(signal, set, reset))
+                  << ";\n";
           comment = "// ";
         }
       }
@@ -152,14 +158,15 @@ class VerilogWriter {
   }
 
   // set + z reset'
-  static LogicExpr gc_equation(const std::string& signal, const SignalImplementation& set,
-                               const SignalImplementation& reset) {
-    LogicExpr hold{LogicExpr::And{{literal(signal), negate(reset.equation)}}};
-    return {LogicExpr::Or{{set.equation, std::move(hold)}}};
+  static toolkit::LogicExpr gc_equation(const std::string& signal, const SignalImplementation& set,
+                                        const SignalImplementation& reset) {
+    toolkit::LogicExpr hold{
+        toolkit::LogicExpr::And{{literal(signal), toolkit::negate(reset.equation)}}};
+    return {toolkit::LogicExpr::Or{{set.equation, std::move(hold)}}};
   }
 
   bool write_standard_c() {
-    UniqueNames names;
+    base::UniqueNames names;
     for (const auto& signal : stg_.signals) names.take(signal->name);
     for (std::size_t pair = 0; 2 * pair < solutions_.size(); ++pair) {
       const std::string& signal = signal_of_pair(pair);
@@ -189,7 +196,7 @@ class VerilogWriter {
   }
 
   std::ostream& stream_;
-  const Stg& stg_;
+  const net::Stg& stg_;
   const SynthesisStyle style_;
   const std::span<const SignalSolution* const> solutions_;
   InitialValues values_;        // of the signals
@@ -198,7 +205,7 @@ class VerilogWriter {
 
 }  // namespace
 
-bool write_verilog(std::ostream& stream, const Stg& stg, SynthesisStyle style,
+bool write_verilog(std::ostream& stream, const net::Stg& stg, SynthesisStyle style,
                    std::span<const SignalSolution* const> solutions) {
   if (solutions.empty()) {
     stream << "\nFailed to synthesise the specification\n";
@@ -209,4 +216,4 @@ bool write_verilog(std::ostream& stream, const Stg& stg, SynthesisStyle style,
   return VerilogWriter(stream, stg, style, solutions).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

@@ -9,12 +9,12 @@
 #include "synthesis/function_phase.h"
 #include "synthesis/signal_solution.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 
 // The first alternative of each function makes the circuit, the others follow as comments. For the
 // styles with two functions the solutions come in pairs, SET before RESET, of the non-input signals
 // in their order. Without solutions the text says so. False after an error.
-bool write_verilog(std::ostream& stream, const Stg& stg, SynthesisStyle style,
+bool write_verilog(std::ostream& stream, const net::Stg& stg, SynthesisStyle style,
                    std::span<const SignalSolution* const> solutions);
 
-}  // namespace vorel
+}  // namespace vorel::synthesis

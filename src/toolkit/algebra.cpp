@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 bool equal(ConstRow a, ConstRow b) { return std::ranges::equal(a, b); }
@@ -139,4 +139,4 @@ void for_each_kernel(const Cover& cover,
   });
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

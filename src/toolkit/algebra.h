@@ -11,7 +11,7 @@
 #include "toolkit/cover.h"
 #include "toolkit/packed_cover.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // dividend = divisor * quotient + remainder, where the quotient is the largest one that has no
 // variable of the divisor, and the remainder has the dividend's cubes that the product has not.
@@ -40,4 +40,4 @@ std::vector<Word> common_cube(const PackedCover& cover);
 // The rows that have all literals of the cube, without them.
 PackedCover divide_by_cube(const PackedCover& cover, ConstRow cube);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

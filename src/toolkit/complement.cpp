@@ -8,7 +8,7 @@
 #include "toolkit/tautology.h"
 #include "toolkit/transversals.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 // Splits until the rows are unate, where the complement or a simpler cover of the same points is
@@ -150,23 +150,23 @@ Cover sorted_cover(const PackedCover& rows) {
 }  // namespace
 
 Cover complement(const Cover& cover) {
-  if (verbosity() >= 6) std::cerr << "\nCover to be complemented:\n" << to_string(cover);
+  if (base::verbosity() >= 6) std::cerr << "\nCover to be complemented:\n" << to_string(cover);
   PackedCover rows = UnateRecursion(PackedCover(cover), UnateRecursion::Goal::complement).run();
   constexpr std::size_t most_rows_compared = 10'000;  // each with each
   if (rows.size() <= most_rows_compared) remove_contained(rows);
   const Cover result = sorted_cover(rows);
-  if (verbosity() >= 6) std::cerr << "\nComplemented cover:\n" << to_string(result);
+  if (base::verbosity() >= 6) std::cerr << "\nComplemented cover:\n" << to_string(result);
   return result;
 }
 
 Cover unate_complement(const Cover& cover, const ProductBounds& bounds) {
-  if (verbosity() >= 6) std::cerr << "\nCover before complement:\n" << to_string(cover);
+  if (base::verbosity() >= 6) std::cerr << "\nCover before complement:\n" << to_string(cover);
   const PackedCover rows(cover);
   assert(is_unate(rows));
   const Cover result =
       sorted_cover(UnateRecursion(rows, UnateRecursion::Goal::complement, bounds).run());
   // The input once more: this has always been so, and logs are compared.
-  if (verbosity() >= 6) std::cerr << "\nCover after complement:\n" << to_string(cover);
+  if (base::verbosity() >= 6) std::cerr << "\nCover after complement:\n" << to_string(cover);
   return result;
 }
 
@@ -176,4 +176,4 @@ PackedCover simplify(const PackedCover& cover) {
   return result;
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -7,7 +7,7 @@
 #include "toolkit/cover.h"
 #include "toolkit/packed_cover.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // Exact; in cube order. At verbosity 6 both covers are printed on the standard error stream.
 Cover complement(const Cover& cover);
@@ -25,4 +25,4 @@ Cover unate_complement(const Cover& cover, const ProductBounds& bounds = {});
 // Another cover of the same points, often with fewer rows.
 PackedCover simplify(const PackedCover& cover);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace vorel {
+namespace vorel::toolkit {
 
 Cover::Cover(std::size_t width, bool value) : width_{width} {
   if (value) cubes_.emplace_back(width, Ternary::dash);
@@ -43,4 +43,4 @@ Cover reindex(const Cover& cover, std::span<const std::size_t> old_position) {
   return result;
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

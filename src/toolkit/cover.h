@@ -14,7 +14,7 @@
 
 #include "toolkit/cube.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 class Cover {
  public:
@@ -58,4 +58,4 @@ std::string to_string(const Cover& cover);
 // Of width old_position.size(): position i of each cube is its position old_position[i] before.
 Cover reindex(const Cover& cover, std::span<const std::size_t> old_position);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

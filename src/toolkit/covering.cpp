@@ -6,7 +6,7 @@
 
 #include "toolkit/covering_reduction.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 using Numbers = std::vector<std::uint32_t>;
@@ -195,4 +195,4 @@ std::vector<std::uint32_t> solve_covering(const CoveringProblem& problem,
   return chosen;
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

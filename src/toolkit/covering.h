@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace vorel {
+namespace vorel::toolkit {
 
 struct CoveringParams {
   // Steps of local search after the greedy choice, for each row that the reductions leave.
@@ -26,4 +26,4 @@ struct CoveringProblem {
 std::vector<std::uint32_t> solve_covering(const CoveringProblem& problem,
                                           const CoveringParams& params = {});
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 using Numbers = std::vector<std::uint32_t>;
@@ -122,4 +122,4 @@ CoveringProblem CoveringReduction::core() {
   return core;
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

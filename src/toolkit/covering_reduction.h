@@ -5,7 +5,7 @@
 
 #include "toolkit/covering.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 class CoveringReduction {
  public:
@@ -28,4 +28,4 @@ class CoveringReduction {
   std::vector<std::uint32_t> essential_, original_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -5,7 +5,7 @@
 
 #include "toolkit/value_hash.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 constexpr std::uint32_t low_bits = 0x55555555u;
@@ -58,4 +58,4 @@ std::uint32_t hash_of(const Cube& cube) {
   return hash;
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // How a cube mentions a variable: negated, plainly, or not at all.
 enum class Ternary : std::uint8_t { zero = 0, one = 1, dash = 2 };
@@ -70,9 +70,11 @@ std::string to_string(const Cube& cube);
 
 std::uint32_t hash_of(const Cube& cube);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit
 
 template <>
-struct std::hash<vorel::Cube> {
-  std::size_t operator()(const vorel::Cube& cube) const { return vorel::hash_of(cube); }
+struct std::hash<vorel::toolkit::Cube> {
+  std::size_t operator()(const vorel::toolkit::Cube& cube) const {
+    return vorel::toolkit::hash_of(cube);
+  }
 };

@@ -6,7 +6,7 @@
 
 #include "toolkit/algebra.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 using Words = std::vector<Word>;
@@ -77,4 +77,4 @@ Words sorted_words(const PackedCover& cover) {
 
 std::vector<PackedCover> divisors_of(const PackedCover& cover) { return Divisors(cover).run(); }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

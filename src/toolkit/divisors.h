@@ -7,7 +7,7 @@
 
 #include "toolkit/packed_cover.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // Kernels other than the cover itself, and what two of them have in common: by it the co-kernels of
 // both can be bracketed. All are different and have at least two rows without a common literal. A
@@ -17,4 +17,4 @@ std::vector<PackedCover> divisors_of(const PackedCover& cover);
 // The rows in ascending order, one behind the other: alike for the same rows in any order.
 std::vector<Word> sorted_words(const PackedCover& cover);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

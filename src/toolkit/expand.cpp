@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 // Beyond this many sets of literals to keep, the best one so far is good enough.
@@ -152,4 +152,4 @@ void Expander::for_each_prime(ConstRow row, const std::function<bool(ConstRow pr
   });
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

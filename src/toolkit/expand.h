@@ -10,7 +10,7 @@
 #include "toolkit/packed_cover.h"
 #include "toolkit/transversals.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // Holds the OFF-set by reference. A cube to be expanded must not meet it.
 class Expander {
@@ -45,4 +45,4 @@ class Expander {
   TransversalSearch transversals_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

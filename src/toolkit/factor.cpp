@@ -9,14 +9,14 @@
 #include "toolkit/divisors.h"
 #include "toolkit/factor_tree.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 using Node = FactorTree::Node;
 
 std::size_t literals_of(const PackedCover& cover) {
   std::size_t count = 0;
-  for (std::size_t i = 0; i < cover.size(); ++i) count += vorel::literals_of(cover[i]);
+  for (std::size_t i = 0; i < cover.size(); ++i) count += vorel::toolkit::literals_of(cover[i]);
   return count;
 }
 
@@ -154,7 +154,7 @@ std::vector<Split> Factoring::splits(const PackedCover& cover) {
     for (const PackedCover& divisor : divisors_of(cover))
       found.push_back(split_by_divisor(cover, divisor));
   for (Split& split : found)
-    split.literals = vorel::literals_of(split.cube) + literals_of(split.first) +
+    split.literals = vorel::toolkit::literals_of(split.cube) + literals_of(split.first) +
                      literals_of(split.second) + literals_of(split.rest);
   std::ranges::stable_sort(found, {}, &Split::literals);
   return found;
@@ -225,4 +225,4 @@ LogicExpr factor(const Cover& cover, std::span<const std::string> names, bool in
   return tree.expression(root, names, inverted);
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -10,7 +10,7 @@
 #include "toolkit/cover.h"
 #include "toolkit/logic_expr.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 struct FactorParams {
   // Other ways to divide than the most promising one are tried out until the covers so divided have
@@ -26,4 +26,4 @@ struct FactorParams {
 LogicExpr factor(const Cover& cover, std::span<const std::string> names = {}, bool inverted = false,
                  const FactorParams& params = {});
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -1,6 +1,6 @@
 #include "toolkit/factor_tree.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 FactorTree::Node FactorTree::add(NodeData data) {
   nodes_.push_back(std::move(data));
@@ -60,4 +60,4 @@ LogicExpr FactorTree::expression(Node node, std::span<const std::string> names,
   return {LogicExpr::Or{std::move(operands)}};
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

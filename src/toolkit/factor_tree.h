@@ -11,7 +11,7 @@
 #include "toolkit/logic_expr.h"
 #include "toolkit/packed_cover.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 class FactorTree {
  public:
@@ -41,4 +41,4 @@ class FactorTree {
   std::vector<NodeData> nodes_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

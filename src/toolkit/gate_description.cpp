@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 class GateMaker {
@@ -118,4 +118,4 @@ bool make_gate(const GateDescription& description, const GenlibCursor& cursor, L
   return GateMaker(description, cursor).run(gate);
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -6,11 +6,11 @@
 #include <string_view>
 #include <vector>
 
-#include "toolkit/library_gate.h"
 #include "toolkit/gate_expression.h"
 #include "toolkit/genlib_cursor.h"
+#include "toolkit/library_gate.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // Texts are parts of the library.
 struct GateDescription {
@@ -31,4 +31,4 @@ inline constexpr std::string_view any_pin = "*", no_feedback = "ANY";
 // False after an error, which the cursor has told.
 bool make_gate(const GateDescription& description, const GenlibCursor& cursor, LibraryGate& gate);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

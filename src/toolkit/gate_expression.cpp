@@ -2,7 +2,7 @@
 
 #include <unordered_map>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 class EquationParser {
@@ -112,4 +112,4 @@ bool parse_gate_equation(GenlibCursor& cursor, GateEquation& equation) {
   return EquationParser(cursor, equation).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -20,7 +20,7 @@
 #include "toolkit/gate_function.h"
 #include "toolkit/genlib_cursor.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 inline constexpr std::uint32_t most_gate_pins = 1000;
 inline constexpr std::uint32_t most_nested_brackets = 500;
@@ -34,4 +34,4 @@ struct GateEquation {
 // False after an error, which the cursor has told.
 bool parse_gate_equation(GenlibCursor& cursor, GateEquation& equation);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <span>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 constexpr std::uint32_t pins_in_word = 6;  // a word holds the values of 2^6 assignments
@@ -100,4 +100,4 @@ bool equal_up_to_pin_order(const TruthTable& a, const TruthTable& b, std::uint32
   return a == b || PinOrderSearch(a, b, pin_count).run();
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

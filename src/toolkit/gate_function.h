@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace vorel {
+namespace vorel::toolkit {
 
 enum class GateOperator : std::uint8_t {
   constant_0,
@@ -96,4 +96,4 @@ TruthTable truth_table(const GateFunction& function, std::uint32_t pin_count);
 // number of pins, at most most_tabled_pins.
 bool equal_up_to_pin_order(const TruthTable& a, const TruthTable& b, std::uint32_t pin_count);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -7,7 +7,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 constexpr std::size_t largest_excerpt = 60;
@@ -32,7 +32,8 @@ std::string GenlibCursor::quoted(std::string_view part) {
     if (is_printable(c) && static_cast<unsigned char>(c) < 0x80) {
       shown += c;
     } else {
-      shown += format_message("\\x%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+      shown +=
+          base::format_message("\\x%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
     }
   }
   return shown + (part.size() > largest_excerpt ? "...'" : "'");
@@ -116,8 +117,9 @@ bool GenlibCursor::fail_expected(std::string_view expected, std::string_view fou
 bool GenlibCursor::fail_at(std::string_view part, std::string_view fault) const {
   assert(text_.data() <= part.data() && part.data() <= text_.data() + text_.size());
   const auto line = 1 + std::count(text_.data(), part.data(), '\n');
-  note_silent_failure((std::string(name_) + ", line " + std::to_string(line) + ": ").append(fault));
+  base::note_silent_failure(
+      (std::string(name_) + ", line " + std::to_string(line) + ": ").append(fault));
   return false;
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace vorel {
+namespace vorel::toolkit {
 
 class GenlibCursor {
  public:
@@ -52,4 +52,4 @@ class GenlibCursor {
   std::string_view name_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

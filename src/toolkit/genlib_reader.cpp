@@ -8,7 +8,7 @@
 #include "base/messages.h"
 #include "toolkit/gate_description.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 struct LatchTypeRow {
@@ -161,11 +161,12 @@ constexpr GenlibReader::StatementRow GenlibReader::statement_table[] = {
 
 }  // namespace
 
-std::optional<std::vector<LibraryGate>> read_genlib(std::string_view text, const std::string& name) {
+std::optional<std::vector<LibraryGate>> read_genlib(std::string_view text,
+                                                    const std::string& name) {
   auto gates = GenlibReader(text, name).run();
-  if (!gates) print_error("incorrect syntax of " + name);
+  if (!gates) base::print_error("incorrect syntax of " + name);
   assert(!gates || !gates->empty());
   return gates;
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -23,11 +23,11 @@
 
 #include "toolkit/library_gate.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // In the order of the text. A gate that is described more than once, always with the same function,
 // is given once, with its smallest area. nullopt after the error `incorrect syntax of NAME`; what
 // is wrong, and where, is a note for those who ask for diagnostics.
 std::optional<std::vector<LibraryGate>> read_genlib(std::string_view text, const std::string& name);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -5,7 +5,7 @@
 
 #include "toolkit/tautology.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 using Numbers = std::vector<std::uint32_t>;
@@ -173,4 +173,4 @@ PackedCover irredundant(const PackedCover& primes, const PackedCover& on,
   return Irredundancy(primes, on).run(params);
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -7,11 +7,11 @@
 #include "toolkit/covering.h"
 #include "toolkit/packed_cover.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // The rows of `primes`, which contain `on` together, that stay; none of them can be left out. They
 // are few, and among equally many have few literals.
 PackedCover irredundant(const PackedCover& primes, const PackedCover& on,
                         const CoveringParams& params = {});
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 // For each name its place in the other list; nullopt unless that holds the same names. Neither list
@@ -36,4 +36,4 @@ bool have_same_function(const LibraryGate& a, const LibraryGate& b) {
          truth_table(a.function, a.pin_count()) == truth_table(b_function, a.pin_count());
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

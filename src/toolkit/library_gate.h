@@ -9,7 +9,7 @@
 
 #include "toolkit/gate_function.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 enum class GateClass : std::uint8_t {
   combinational,
@@ -35,4 +35,4 @@ struct LibraryGate {
 // Functions of more than most_tabled_pins are only the same if they are written alike.
 bool have_same_function(const LibraryGate& a, const LibraryGate& b);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

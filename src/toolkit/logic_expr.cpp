@@ -5,7 +5,7 @@
 
 #include "toolkit/value_hash.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 using And = LogicExpr::And;
@@ -118,4 +118,4 @@ std::uint32_t hash_of(const LogicExpr& expression) {
   return std::visit([](const auto& node) { return hash_node(node); }, expression.node);
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

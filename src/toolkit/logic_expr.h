@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-namespace vorel {
+namespace vorel::toolkit {
 
 struct LogicExpr {
   struct And {
@@ -52,9 +52,11 @@ LogicExpr negate(const LogicExpr& expression);
 
 std::uint32_t hash_of(const LogicExpr& expression);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit
 
 template <>
-struct std::hash<vorel::LogicExpr> {
-  std::size_t operator()(const vorel::LogicExpr& e) const { return vorel::hash_of(e); }
+struct std::hash<vorel::toolkit::LogicExpr> {
+  std::size_t operator()(const vorel::toolkit::LogicExpr& e) const {
+    return vorel::toolkit::hash_of(e);
+  }
 };

@@ -11,7 +11,7 @@
 #include "toolkit/reduce.h"
 #include "toolkit/tautology.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 struct Cost {
@@ -177,11 +177,11 @@ Cover minimise_quietly(const Cover& on, const Cover& off, const MinimiseParams& 
 
 Cover minimise(const Cover& on, const Cover& off, const MinimiseParams& params) {
   assert(on.width() == off.width());
-  if (verbosity() >= 6)
+  if (base::verbosity() >= 6)
     std::cerr << "\nMinimisation ON-set:\n" << to_string(on) << "\nOFF-set:\n" << to_string(off);
   Cover result = minimise_quietly(on, off, params);
-  if (verbosity() >= 6) std::cerr << "\nMinimisation result:\n" << to_string(result);
+  if (base::verbosity() >= 6) std::cerr << "\nMinimisation result:\n" << to_string(result);
   return result;
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -8,7 +8,7 @@
 #include "toolkit/cover.h"
 #include "toolkit/covering.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // Without the four passes that can be switched on, the result takes one expansion and one choice:
 // cheap, and not always the smallest.
@@ -30,4 +30,4 @@ struct MinimiseParams {
 // standard error stream.
 Cover minimise(const Cover& on, const Cover& off, const MinimiseParams& params = {});
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 // Word i of a row lies in words 2i and 2i+1 of a cube, whose low bits tell dashes.
@@ -64,4 +64,4 @@ void remove_contained(PackedCover& cover) {
   cover.filter(0, [&](std::size_t i) { return stays[i]; });
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -17,7 +17,7 @@
 
 #include "toolkit/cover.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 using Word = std::uint64_t;
 using Row = std::span<Word>;
@@ -131,4 +131,4 @@ class PackedCover {
 // Removes rows that another one contains; of equal rows the first stays.
 void remove_contained(PackedCover& cover);
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // Outside unate rows lies the point where each column has the value that no row asks for. The other
 // value of a column is outside too, unless its literal alone is a row.
@@ -56,4 +56,4 @@ bool Reducer::reduce(const PackedCover& cover, std::size_t i, std::vector<Word>&
   return std::ranges::any_of(joined_, [](Word word) { return word != 0; });
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

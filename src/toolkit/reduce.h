@@ -8,7 +8,7 @@
 #include "toolkit/packed_cover.h"
 #include "toolkit/tautology.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 class Reducer {
  public:
@@ -29,4 +29,4 @@ class Reducer {
   std::vector<Word> joined_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

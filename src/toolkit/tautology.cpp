@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 // The part of all points that lies in the rows, each counted by itself, is clearly less than one.
@@ -120,4 +120,4 @@ bool TautologyCheck::contains_cube(const PackedCover& cover, ConstRow cube,
   return is_tautology(0);
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -9,7 +9,7 @@
 
 #include "toolkit/packed_cover.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // What the columns of some rows look like.
 class ColumnSummary {
@@ -68,4 +68,4 @@ class TautologyCheck {
   std::vector<Word> unate_bits_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

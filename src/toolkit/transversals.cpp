@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 std::size_t size_of(ConstRow positions) {
@@ -141,4 +141,4 @@ void TransversalSearch::for_each(const Visit& visit, std::size_t max_size) {
   search(0, {0, set_words_, set_words_});
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -12,7 +12,7 @@
 
 #include "toolkit/packed_cover.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 class TransversalSearch {
  public:
@@ -57,4 +57,4 @@ class TransversalSearch {
   std::size_t max_size_ = unbounded;
 };
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

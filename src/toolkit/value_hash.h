@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace vorel {
+namespace vorel::toolkit {
 
 inline constexpr std::uint32_t hash_seed = 12345;
 
@@ -37,4 +37,4 @@ constexpr std::uint32_t combine_hashes(std::uint32_t hash, std::uint32_t value) 
   return hash ^ ((hash >> 2) + 0x9E3779B9u + (hash << 6) + value);
 }
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

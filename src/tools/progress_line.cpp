@@ -8,7 +8,7 @@
 
 #include "base/clock.h"
 
-namespace vorel {
+namespace vorel::tools {
 namespace {
 
 constexpr double seconds_between = 0.1;
@@ -27,8 +27,8 @@ ProgressLine::ProgressLine(bool wanted) : active_{wanted && ::isatty(STDERR_FILE
 
 void ProgressLine::show(const std::string& line) {
   if (!active_) return;
-  const std::uint64_t now = ticks_now();
-  if (shown_at_ != 0 && seconds_of(now - shown_at_) < seconds_between) return;
+  const std::uint64_t now = base::ticks_now();
+  if (shown_at_ != 0 && base::seconds_of(now - shown_at_) < seconds_between) return;
   shown_at_ = now;
   std::cerr << start_of_empty_line << line.substr(0, longest_line()) << std::flush;
 }
@@ -38,4 +38,4 @@ void ProgressLine::clear() {
   shown_at_ = 0;
 }
 
-}  // namespace vorel
+}  // namespace vorel::tools

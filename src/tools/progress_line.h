@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace vorel {
+namespace vorel::tools {
 
 class ProgressLine {
  public:
@@ -22,4 +22,4 @@ class ProgressLine {
   std::uint64_t shown_at_ = 0;  // ticks; 0: nothing is shown
 };
 
-}  // namespace vorel
+}  // namespace vorel::tools

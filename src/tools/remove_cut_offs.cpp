@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <vector>
 
-namespace vorel {
+namespace vorel::tools {
 
 template <class N>
-void remove_cut_offs(PrefixOf<N>& prefix) {
+void remove_cut_offs(net::PrefixOf<N>& prefix) {
   for (const auto& condition : prefix.conditions) {
     auto& consumers = condition->postset;
-    const auto is_cut_off = [](const EventOf<N>* event) { return event->is_cut_off(); };
+    const auto is_cut_off = [](const net::EventOf<N>* event) { return event->is_cut_off(); };
     consumers.erase(std::remove_if(consumers.begin(), consumers.end(), is_cut_off),
                     consumers.end());
   }
@@ -17,11 +17,11 @@ void remove_cut_offs(PrefixOf<N>& prefix) {
     return !condition->is_initial() && condition->pre_event->is_cut_off();
   });
   std::erase_if(prefix.events, [](const auto& event) { return event->is_cut_off(); });
-  renumber(prefix.conditions);
-  renumber(prefix.events);
+  base::renumber(prefix.conditions);
+  base::renumber(prefix.events);
 }
 
-template void remove_cut_offs<Net>(NetPrefix&);
-template void remove_cut_offs<Stg>(StgPrefix&);
+template void remove_cut_offs<net::Net>(net::NetPrefix&);
+template void remove_cut_offs<net::Stg>(net::StgPrefix&);
 
-}  // namespace vorel
+}  // namespace vorel::tools

@@ -3,10 +3,10 @@
 
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::tools {
 
 // Removes the cut-offs with the conditions that they produce; the rest keeps its order.
 template <class N>
-void remove_cut_offs(PrefixOf<N>& prefix);
+void remove_cut_offs(net::PrefixOf<N>& prefix);
 
-}  // namespace vorel
+}  // namespace vorel::tools

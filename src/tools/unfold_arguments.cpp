@@ -12,7 +12,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::tools {
 namespace {
 
 constexpr const char* description =
@@ -57,7 +57,7 @@ std::uint32_t preset_threads() { return std::clamp(std::thread::hardware_concurr
 
 std::vector<std::string> format_names() {
   std::vector<std::string> names;
-  for (const NetFormatRow& row : net_formats) names.emplace_back(row.name);
+  for (const formats::NetFormatRow& row : formats::net_formats) names.emplace_back(row.name);
   return names;
 }
 
@@ -100,14 +100,14 @@ class UnfoldArguments {
       app_.exit(what_is_asked);
       return std::nullopt;
     } catch (const CLI::ParseError& error) {
-      print_error(std::string(error.what()) + " (vorel-unfold --help tells more)");
+      base::print_error(std::string(error.what()) + " (vorel-unfold --help tells more)");
       return std::nullopt;
     }
-    for (const NetFormatRow& row : net_formats) {
+    for (const formats::NetFormatRow& row : formats::net_formats) {
       if (row.name == format_) request_.input_format = row.format;
     }
     assert(format_.empty() || request_.input_format);
-    request_.options.order = static_cast<AdequateOrder>(order_);
+    request_.options.order = static_cast<unfolder::AdequateOrder>(order_);
     request_.progress = !no_progress_ && !request_.quiet;
     return std::move(request_);
   }
@@ -128,7 +128,7 @@ class UnfoldArguments {
   }
 
   void add_unfolding() {
-    UnfoldOptions& options = request_.options;
+    unfolder::UnfoldOptions& options = request_.options;
     app_.add_option("--order", order_,
                     "order that decides about cut-offs: 0 inclusion, 1 size,\n"
                     "2 then lists of transitions, 3 then Foata normal forms\n"
@@ -183,7 +183,7 @@ class UnfoldArguments {
 
   UnfoldRequest request_;
   std::string format_;
-  std::uint32_t order_ = static_cast<std::uint32_t>(UnfoldOptions{}.order);
+  std::uint32_t order_ = static_cast<std::uint32_t>(unfolder::UnfoldOptions{}.order);
   bool no_progress_ = false;
   CLI::App app_{description, "vorel-unfold"};
 };
@@ -194,4 +194,4 @@ std::optional<UnfoldRequest> parse_unfold_arguments(int argc, char** argv) {
   return UnfoldArguments().parse(argc, argv);
 }
 
-}  // namespace vorel
+}  // namespace vorel::tools

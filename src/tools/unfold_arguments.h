@@ -7,9 +7,9 @@
 
 #include "tools/unfold_request.h"
 
-namespace vorel {
+namespace vorel::tools {
 
 // nullopt where nothing is left to do: after --help, --version or a reported error.
 std::optional<UnfoldRequest> parse_unfold_arguments(int argc, char** argv);
 
-}  // namespace vorel
+}  // namespace vorel::tools

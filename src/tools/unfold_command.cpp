@@ -9,9 +9,9 @@
 #include "base/clock.h"
 #include "base/messages.h"
 #include "base/program.h"
+#include "formats/prefix_dot.h"
 #include "net/initial_values.h"
 #include "net/merge.h"
-#include "formats/prefix_dot.h"
 #include "tools/progress_line.h"
 #include "tools/remove_cut_offs.h"
 #include "tools/unfold_arguments.h"
@@ -19,19 +19,19 @@
 #include "tools/unfold_report.h"
 #include "unfolder/unfolder.h"
 
-namespace vorel {
+namespace vorel::tools {
 namespace {
 
 // Seconds from one reading to the next.
 class StopWatch {
  public:
   double lap() {
-    const std::uint64_t before = std::exchange(ticks_, ticks_now());
-    return seconds_of(ticks_ - before);
+    const std::uint64_t before = std::exchange(ticks_, base::ticks_now());
+    return base::seconds_of(ticks_ - before);
   }
 
  private:
-  std::uint64_t ticks_ = ticks_now();
+  std::uint64_t ticks_ = base::ticks_now();
 };
 
 class UnfoldRun {
@@ -55,9 +55,9 @@ class UnfoldRun {
     if (request_.options.no_cutoffs) remove_cut_offs(*prefix);
     count_elements(*prefix);
     figures_.unfolding_seconds = watch_.lap();
-    if (!request_.drawing.empty() && !save_dot(*prefix, request_.drawing)) return;
+    if (!request_.drawing.empty() && !formats::save_dot(*prefix, request_.drawing)) return;
     if (request_.merge) {
-      const auto merged = merge(*prefix);
+      const auto merged = net::merge(*prefix);
       if (write_merged(merged, request_)) tell_success(merged);
     } else {
       if (write_prefix(*prefix, request_)) tell_success(*prefix);
@@ -66,13 +66,13 @@ class UnfoldRun {
 
   // The unfolder gives back its memory before the prefix is written.
   template <class N>
-  std::optional<PrefixOf<N>> unfold(N net) {
-    UnfoldOptions options = request_.options;
+  std::optional<net::PrefixOf<N>> unfold(N net) {
+    unfolder::UnfoldOptions options = request_.options;
     options.no_cutoffs = false;
     ProgressLine progress(request_.progress);
-    UnfoldingLoop::Callback callback;
+    unfolder::UnfoldingLoop::Callback callback;
     if (progress.is_active()) callback = [&](const std::string& line) { progress.show(line); };
-    Unfolder<N> unfolder(std::move(net), options, callback);
+    unfolder::Unfolder<N> unfolder(std::move(net), options, callback);
     if (!unfolder.unfold()) return std::nullopt;
     progress.clear();
     unfolder.warn_if_no_events();
@@ -80,11 +80,11 @@ class UnfoldRun {
     return std::move(unfolder).result();
   }
 
-  static bool is_consistent(const NetPrefix&) { return true; }
-  static bool is_consistent(StgPrefix& prefix) { return find_initial_values(prefix); }
+  static bool is_consistent(const net::NetPrefix&) { return true; }
+  static bool is_consistent(net::StgPrefix& prefix) { return net::find_initial_values(prefix); }
 
   template <class N>
-  void count_elements(const PrefixOf<N>& prefix) {
+  void count_elements(const net::PrefixOf<N>& prefix) {
     const auto count_where = [](const auto& list, auto holds) {
       return static_cast<std::uint64_t>(std::ranges::count_if(list, holds));
     };
@@ -95,11 +95,11 @@ class UnfoldRun {
         count_where(prefix.conditions, [](const auto& c) { return c->is_initial(); });
   }
 
-  template <Process P>
+  template <net::Process P>
   void tell_success(const P& process) {
     figures_.writing_seconds = watch_.lap();
     if (request_.quiet) return;
-    print_statistics(process, messages_);
+    net::print_statistics(process, messages_);
     if (request_.stats) print_figures(figures_, request_.options, messages_);
     if (request_.output != standard_stream) messages_ << "\nwrote " << request_.output;
     messages_ << std::endl;
@@ -114,10 +114,10 @@ class UnfoldRun {
 }  // namespace
 
 int run_unfold_command(int argc, char** argv) {
-  start_program();
+  base::start_program();
   auto request = parse_unfold_arguments(argc, argv);
   if (request && settle_files(*request)) UnfoldRun(*request).run();
-  return finish_program();
+  return base::finish_program();
 }
 
-}  // namespace vorel
+}  // namespace vorel::tools

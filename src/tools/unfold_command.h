@@ -4,9 +4,9 @@
 //            (tools/unfold_arguments.h, tools/unfold_files.h).
 #pragma once
 
-namespace vorel {
+namespace vorel::tools {
 
 // The body of main. Returns the exit code: 0 clean, 1 warnings, 2 errors.
 int run_unfold_command(int argc, char** argv);
 
-}  // namespace vorel
+}  // namespace vorel::tools

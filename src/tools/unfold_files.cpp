@@ -9,19 +9,19 @@
 #include <iostream>
 #include <string>
 
+#include "base/input_text.h"
 #include "base/messages.h"
 #include "formats/g_writer.h"
-#include "base/input_text.h"
 #include "formats/mp_writer.h"
 #include "formats/pnml_writer.h"
 
-namespace vorel {
+namespace vorel::tools {
 namespace {
 
 namespace fs = std::filesystem;
 
 bool fail(const std::string& text) {
-  print_error(text);
+  base::print_error(text);
   return false;
 }
 
@@ -40,12 +40,12 @@ bool settle_input_format(UnfoldRequest& request) {
   if (request.input_format) return true;
   if (request.input == standard_stream) {
     return fail("the standard input needs --format, one of " +
-                enumerate(net_formats, &NetFormatRow::name));
+                enumerate(formats::net_formats, &formats::NetFormatRow::name));
   }
-  request.input_format = net_format_of(request.input);
+  request.input_format = formats::net_format_of(request.input);
   if (request.input_format) return true;
   return fail("the ending of \"" + request.input + "\" tells no format; known are " +
-              enumerate(net_formats, &NetFormatRow::ending) +
+              enumerate(formats::net_formats, &formats::NetFormatRow::ending) +
               ", each also with .gz behind, and --format tells the format of other names");
 }
 
@@ -53,7 +53,7 @@ bool settle_input_format(UnfoldRequest& request) {
 std::string stem_of(const std::string& input) {
   fs::path name = fs::path(input).filename();
   if (name.extension() == ".gz") name.replace_extension();
-  for (const NetFormatRow& row : net_formats) {
+  for (const formats::NetFormatRow& row : formats::net_formats) {
     if (name.native().ends_with(row.ending)) return name.stem().string();
   }
   return name.string();
@@ -114,7 +114,7 @@ bool outputs_are_writable(const UnfoldRequest& request) {
     if (is_same_file(name, request.input)) {
       return fail("\"" + name + "\" is the input, which is not to be overwritten");
     }
-    if (!is_writable(name)) return fail(cannot_open_for_output(name));
+    if (!is_writable(name)) return fail(base::cannot_open_for_output(name));
   }
   if (!request.drawing.empty() && is_same_file(request.drawing, request.output)) {
     return fail("--dot and the output are the same file \"" + request.output + "\"");
@@ -129,40 +129,42 @@ bool settle_files(UnfoldRequest& request) {
          settle_output_format(request) && outputs_are_writable(request);
 }
 
-std::optional<AnyNet> read_net(const UnfoldRequest& request) {
+std::optional<formats::AnyNet> read_net(const UnfoldRequest& request) {
   assert(request.input_format);
-  if (request.input != standard_stream) return read_net_file(request.input, *request.input_format);
-  const std::string text = read_whole_stream(std::cin);
+  if (request.input != standard_stream)
+    return formats::read_net_file(request.input, *request.input_format);
+  const std::string text = base::read_whole_stream(std::cin);
   if (std::cin.bad()) {
-    print_error("cannot read the standard input");
+    base::print_error("cannot read the standard input");
     return std::nullopt;
   }
-  return read_net_text(text, *request.input_format, "standard input");
+  return formats::read_net_text(text, *request.input_format, "standard input");
 }
 
 template <class N>
-bool write_prefix(const PrefixOf<N>& prefix, const UnfoldRequest& request) {
+bool write_prefix(const net::PrefixOf<N>& prefix, const UnfoldRequest& request) {
   assert(!request.output.empty() && !request.merge);
-  if (request.output == standard_stream) return write_pnml(prefix, std::cout);
-  if (request.output_format == ProcessFormat::mci) return save_mci(prefix, request.output);
+  if (request.output == standard_stream) return formats::write_pnml(prefix, std::cout);
+  if (request.output_format == ProcessFormat::mci) return formats::save_mci(prefix, request.output);
   assert(request.output_format == ProcessFormat::pnml);
-  return save_pnml(prefix, request.output);
+  return formats::save_pnml(prefix, request.output);
 }
 
 template <class N>
-bool write_merged(const MergedProcessOf<N>& process, const UnfoldRequest& request) {
+bool write_merged(const net::MergedProcessOf<N>& process, const UnfoldRequest& request) {
   assert(!request.output.empty() && request.merge);
-  if (request.output == standard_stream) return write_pnml(process, std::cout);
-  if (request.output_format == ProcessFormat::mp) return save_mp<N>(process, request.output);
+  if (request.output == standard_stream) return formats::write_pnml(process, std::cout);
+  if (request.output_format == ProcessFormat::mp)
+    return formats::save_mp<N>(process, request.output);
   assert(request.output_format == ProcessFormat::pnml);
-  return save_pnml(process, request.output);
+  return formats::save_pnml(process, request.output);
 }
 
-#define INSTANTIATE(N)                                                     \
-  template bool write_prefix<N>(const PrefixOf<N>&, const UnfoldRequest&); \
-  template bool write_merged<N>(const MergedProcessOf<N>&, const UnfoldRequest&);
-INSTANTIATE(Net)
-INSTANTIATE(Stg)
+#define INSTANTIATE(N)                                                          \
+  template bool write_prefix<N>(const net::PrefixOf<N>&, const UnfoldRequest&); \
+  template bool write_merged<N>(const net::MergedProcessOf<N>&, const UnfoldRequest&);
+INSTANTIATE(net::Net)
+INSTANTIATE(net::Stg)
 #undef INSTANTIATE
 
-}  // namespace vorel
+}  // namespace vorel::tools

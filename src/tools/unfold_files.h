@@ -9,19 +9,19 @@
 #include "net/process.h"
 #include "tools/unfold_request.h"
 
-namespace vorel {
+namespace vorel::tools {
 
 // Sets the formats and the name of the output. False after an error: an ending or a combination
 // that nothing can be made of, or an output that cannot be written.
 bool settle_files(UnfoldRequest& request);
 
 // nullopt after an error.
-std::optional<AnyNet> read_net(const UnfoldRequest& request);
+std::optional<formats::AnyNet> read_net(const UnfoldRequest& request);
 
 // Write the result, after settle_files(). False after an error.
 template <class N>
-bool write_prefix(const PrefixOf<N>& prefix, const UnfoldRequest& request);
+bool write_prefix(const net::PrefixOf<N>& prefix, const UnfoldRequest& request);
 template <class N>
-bool write_merged(const MergedProcessOf<N>& process, const UnfoldRequest& request);
+bool write_merged(const net::MergedProcessOf<N>& process, const UnfoldRequest& request);
 
-}  // namespace vorel
+}  // namespace vorel::tools

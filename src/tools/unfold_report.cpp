@@ -4,10 +4,10 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::tools {
 namespace {
 
-const char* fate_of_relation(const UnfoldFigures& figures, const UnfoldOptions& options) {
+const char* fate_of_relation(const UnfoldFigures& figures, const unfolder::UnfoldOptions& options) {
   if (options.conc_rel_size <= figures.initial_conditions) return "not used";
   return figures.unfolding.relation_dropped ? "dropped" : "kept";
 }
@@ -20,17 +20,17 @@ double peak_megabytes() {
 
 }  // namespace
 
-void print_figures(const UnfoldFigures& figures, const UnfoldOptions& options,
+void print_figures(const UnfoldFigures& figures, const unfolder::UnfoldOptions& options,
                    std::ostream& stream) {
   stream << "\n conditions: " << figures.conditions << "\n events: " << figures.events
          << "\n cut-offs: " << figures.cut_offs << "\n batches: " << figures.unfolding.batches
          << "\n largest batch: " << figures.unfolding.largest_batch
          << "\n comparisons: " << figures.unfolding.comparisons
          << "\n concurrency relation: " << fate_of_relation(figures, options);
-  print_formatted(stream, "\n seconds reading: %.4f\n seconds unfolding: %.4f",
-                  figures.reading_seconds, figures.unfolding_seconds);
-  print_formatted(stream, "\n seconds writing: %.4f\n peak megabytes: %.1f",
-                  figures.writing_seconds, peak_megabytes());
+  base::print_formatted(stream, "\n seconds reading: %.4f\n seconds unfolding: %.4f",
+                        figures.reading_seconds, figures.unfolding_seconds);
+  base::print_formatted(stream, "\n seconds writing: %.4f\n peak megabytes: %.1f",
+                        figures.writing_seconds, peak_megabytes());
 }
 
-}  // namespace vorel
+}  // namespace vorel::tools

@@ -6,17 +6,17 @@
 
 #include "tools/unfold_request.h"
 
-namespace vorel {
+namespace vorel::tools {
 
 struct UnfoldFigures {
   std::uint64_t conditions = 0, events = 0, cut_offs = 0;  // of the prefix
   std::uint64_t initial_conditions = 0;
-  UnfoldStats unfolding;
+  unfolder::UnfoldStats unfolding;
   double reading_seconds = 0, unfolding_seconds = 0, writing_seconds = 0;
 };
 
 // A line for each figure, "\n NAME: VALUE", with the peak memory of the process so far.
-void print_figures(const UnfoldFigures& figures, const UnfoldOptions& options,
+void print_figures(const UnfoldFigures& figures, const unfolder::UnfoldOptions& options,
                    std::ostream& stream);
 
-}  // namespace vorel
+}  // namespace vorel::tools

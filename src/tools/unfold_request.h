@@ -11,7 +11,7 @@
 #include "formats/net_file.h"
 #include "unfolder/unfold_options.h"
 
-namespace vorel {
+namespace vorel::tools {
 
 // The name of the standard input and of the standard output.
 inline constexpr std::string_view standard_stream = "-";
@@ -32,15 +32,15 @@ inline constexpr std::array<ProcessFormatRow, 4> process_formats = {{
 
 struct UnfoldRequest {
   std::string input;
-  std::string output;                     // empty: named after the input
-  std::string drawing;                    // empty: none
-  std::optional<NetFormat> input_format;  // none: told by the name
+  std::string output;                              // empty: named after the input
+  std::string drawing;                             // empty: none
+  std::optional<formats::NetFormat> input_format;  // none: told by the name
   ProcessFormat output_format = ProcessFormat::pnml;
   bool merge = false;
   bool stats = false;
   bool progress = true;  // where the standard error stream is a terminal
   bool quiet = false;
-  UnfoldOptions options;
+  unfolder::UnfoldOptions options;
 };
 
-}  // namespace vorel
+}  // namespace vorel::tools

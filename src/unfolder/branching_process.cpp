@@ -4,7 +4,7 @@
 
 #include "base/memory_overflow.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 BranchingProcess::BranchingProcess(const FlatNet& net)
     : net_{net},
@@ -15,7 +15,7 @@ BranchingProcess::BranchingProcess(const FlatNet& net)
 
 EventId BranchingProcess::add_event(const UnfoldedEvent& event, PresetRoom& room) {
   const EventId id = event_count_.fetch_add(1, std::memory_order_relaxed);
-  if (id >= chunk_size * (max_chunks - 1)) memory_overflow();
+  if (id >= chunk_size * (max_chunks - 1)) base::memory_overflow();
   const std::uint32_t number = id / chunk_size;
   if (chunks_[number].load(std::memory_order_acquire) == nullptr) make_chunk(number);
   UnfoldedEvent& stored = this->event(id);
@@ -55,4 +55,4 @@ void BranchingProcess::add_condition(PlaceId place, EventId producer) {
   producer_.push_back(producer);
 }
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

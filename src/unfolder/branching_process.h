@@ -19,7 +19,7 @@
 
 #include "unfolder/flat_net.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 using EventId = std::uint32_t;
 using ConditionId = std::uint32_t;
@@ -101,4 +101,4 @@ class BranchingProcess {
   std::vector<std::vector<ConditionId>> of_place_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

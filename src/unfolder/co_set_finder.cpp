@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::unfolder {
 
 CoSetFinder::CoSetFinder(const BranchingProcess& process, Found found,
                          std::function<bool()> must_stop)
@@ -162,4 +162,4 @@ void CoSetFinder::report(ConditionId last) {
   found_(transition_, sorted_);
 }
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -20,7 +20,7 @@
 #include "unfolder/marked_past.h"
 #include "unfolder/stop_check.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 class CoSetFinder {
  public:
@@ -74,4 +74,4 @@ class CoSetFinder {
   List sorted_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

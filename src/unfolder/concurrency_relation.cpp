@@ -4,7 +4,7 @@
 #include <cassert>
 #include <utility>
 
-namespace vorel {
+namespace vorel::unfolder {
 namespace {
 
 using Row = ConcurrencyRelation::Row;
@@ -61,7 +61,7 @@ void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
   });
   pool_.run(pool_.size(), [&](std::uint32_t, std::uint32_t part) { extend_rows(part, batch); });
   for (Hits& hits : hits_) word_count_ += std::exchange(hits.new_words, 0);
-  for (const Consumer& consumer : consumers_) first_consumer_[consumer.condition] = no_index;
+  for (const Consumer& consumer : consumers_) first_consumer_[consumer.condition] = base::no_index;
 }
 
 void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
@@ -70,7 +70,7 @@ void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
     for (const ConditionId c : process_.event(batch[i]).preset()) consumers_.push_back({c, i});
   }
   std::ranges::stable_sort(consumers_, {}, &Consumer::condition);
-  first_consumer_.resize(process_.condition_count(), no_index);
+  first_consumer_.resize(process_.condition_count(), base::no_index);
   for (std::uint32_t k = 0; k < consumers_.size(); ++k) {
     std::uint32_t& first = first_consumer_[consumers_[k].condition];
     first = std::min(first, k);
@@ -163,4 +163,4 @@ void ConcurrencyRelation::append(Row& row, ConditionId first, ConditionId last) 
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -17,7 +17,7 @@
 #include "unfolder/branching_process.h"
 #include "unfolder/worker_pool.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 class ConcurrencyRelation {
  public:
@@ -88,4 +88,4 @@ class ConcurrencyRelation {
   std::vector<std::uint32_t> first_consumer_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -4,7 +4,7 @@
 #include <array>
 #include <cassert>
 
-namespace vorel {
+namespace vorel::unfolder {
 namespace {
 
 int sign_of(std::int64_t difference) { return difference < 0 ? -1 : (difference > 0 ? 1 : 0); }
@@ -114,7 +114,7 @@ bool ConfigurationOrder::differences_cancel() {
   // Each entry is cleared at its first mention; later mentions of it find 0.
   clear(false);
   for_each_side([&](TransitionId t, std::int32_t change) {
-    if (net_.signal[t] != no_index) count(net_.signal[t], change);
+    if (net_.signal[t] != base::no_index) count(net_.signal[t], change);
   });
   clear(true);
   return equal;
@@ -152,7 +152,7 @@ int ConfigurationOrder::by_counts(std::span<const EventId> e_part,
   };
   count(e_part, 1);
   count(f_part, -1);
-  std::uint32_t first = no_index;
+  std::uint32_t first = base::no_index;
   int result = 0;
   for (const TransitionId t : touched_) {
     if (balance_[t] == 0 || t >= first) continue;
@@ -201,4 +201,4 @@ int ConfigurationOrder::respecting_dummies(EventId e, EventId f, int order) cons
   return adds_only_dummies ? order : 0;
 }
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

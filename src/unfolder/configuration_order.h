@@ -12,7 +12,7 @@
 #include "unfolder/past_difference.h"
 #include "unfolder/unfold_options.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 // Scratch of one worker.
 class ConfigurationOrder {
@@ -60,4 +60,4 @@ class ConfigurationOrder {
   std::uint64_t comparisons_ = 0;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -4,7 +4,7 @@
 #include <cassert>
 #include <utility>
 
-namespace vorel {
+namespace vorel::unfolder {
 namespace {
 
 constexpr std::size_t first_capacity = 16;
@@ -110,4 +110,4 @@ void FinalStateTable::grow(Stripe& stripe) {
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -15,7 +15,7 @@
 
 #include "unfolder/configuration_order.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 class FinalStateTable {
  public:
@@ -57,4 +57,4 @@ class FinalStateTable {
   std::array<Stripe, stripe_count> stripes_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

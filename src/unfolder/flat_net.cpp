@@ -1,6 +1,6 @@
 #include "unfolder/flat_net.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 namespace {
 
 // A well-mixed word for each number (the finaliser of splitmix64).
@@ -22,7 +22,8 @@ StateHash hash_of_firing(const FlatNet& net, TransitionId t) {
   StateHash hash;
   for (const PlaceId p : net.preset[t]) hash.tokens -= random_word(p);
   for (const PlaceId p : net.postset[t]) hash.tokens += random_word(p);
-  if (net.signal[t] != no_index) hash.parity = random_word(std::uint64_t{1} << 40 | net.signal[t]);
+  if (net.signal[t] != base::no_index)
+    hash.parity = random_word(std::uint64_t{1} << 40 | net.signal[t]);
   return hash;
 }
 
@@ -37,7 +38,7 @@ FlatNet flatten(const N& net) {
     flat.consumers.append_list(numbers_of(place->postset));
     if (place->initial_marking != 0) flat.marked.push_back(place->index);
   }
-  flat.signal.assign(flat.transition_count, no_index);
+  flat.signal.assign(flat.transition_count, base::no_index);
   flat.is_dummy.assign(flat.transition_count, 0);
   for (const auto& transition : net.transitions) {
     flat.preset.append_list(numbers_of(transition->preset));
@@ -53,7 +54,7 @@ FlatNet flatten(const N& net) {
   return flat;
 }
 
-template FlatNet flatten<Net>(const Net&);
-template FlatNet flatten<Stg>(const Stg&);
+template FlatNet flatten<net::Net>(const net::Net&);
+template FlatNet flatten<net::Stg>(const net::Stg&);
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

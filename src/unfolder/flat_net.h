@@ -11,7 +11,7 @@
 
 #include "net/net.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 using PlaceId = std::uint32_t;
 using TransitionId = std::uint32_t;
@@ -61,4 +61,4 @@ struct FlatNet {
 template <class N>
 FlatNet flatten(const N& net);
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -2,7 +2,7 @@
 
 #include <cassert>
 
-namespace vorel {
+namespace vorel::unfolder {
 
 void MarkedPast::start(EventId e) {
   // Twice what is needed: the vectors grow rarely.
@@ -109,4 +109,4 @@ EventId MarkedPast::unknown_cause(EventId e, bool& fits) const {
   return unknown;
 }
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

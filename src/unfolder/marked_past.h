@@ -13,7 +13,7 @@
 
 #include "unfolder/branching_process.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 class MarkedPast {
  public:
@@ -53,4 +53,4 @@ class MarkedPast {
   std::uint64_t choice_ = 0;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

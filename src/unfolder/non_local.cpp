@@ -4,7 +4,7 @@
 #include <array>
 #include <set>
 
-namespace vorel {
+namespace vorel::unfolder {
 
 bool NonLocalSearch::find(EventId event, std::vector<EventId>& correspondents) {
   event_ = event;
@@ -73,4 +73,4 @@ bool NonLocalSearch::accept() {
   return comparison.equal_states && comparison.order > 0;
 }
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -17,7 +17,7 @@
 #include "unfolder/marked_past.h"
 #include "unfolder/stop_check.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 // All events of the corresponding configuration, by cut-off.
 using NonLocalCorrespondents = std::map<EventId, std::vector<EventId>>;
@@ -48,4 +48,4 @@ class NonLocalSearch {
   std::vector<EventId> configuration_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -14,7 +14,7 @@
 
 #include "unfolder/branching_process.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 enum class Side : std::uint8_t { first = 1, second = 2 };
 
@@ -78,4 +78,4 @@ class PastDifference {
   std::uint32_t alone_ = 0;  // members of the heap that one past alone has
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -7,7 +7,7 @@
 #include <functional>
 #include <utility>
 
-namespace vorel {
+namespace vorel::unfolder {
 
 class StopCheck {
  public:
@@ -25,4 +25,4 @@ class StopCheck {
   bool stopped_ = false;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

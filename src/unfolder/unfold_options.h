@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace vorel {
+namespace vorel::unfolder {
 
 // The adequate orders, by the number that the option `order` holds. Each refines inclusion and is
 // preserved by finite extensions; the last one is total on the local configurations of a safe net.
@@ -35,4 +35,4 @@ struct UnfoldStats {
   double seconds = 0;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -6,7 +6,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 namespace {
 
 template <class List, class Predicate>
@@ -48,7 +48,7 @@ Unfolder<N>::Unfolder(N net, const UnfoldOptions& options, UnfoldingLoop::Callba
 template <class N>
 bool Unfolder<N>::unfold() {
   if (!has_presets() || !is_initially_safe()) return false;
-  if (flat_.marked.empty()) print_warning("the initial marking is empty");
+  if (flat_.marked.empty()) base::print_warning("the initial marking is empty");
   return report(loop_.run());
 }
 
@@ -58,8 +58,8 @@ bool Unfolder<N>::has_presets() const {
   const std::string names = names_where(
       net_.transitions, [](const auto& t) { return t.preset.empty(); }, count);
   if (count == 0) return true;
-  print_error("the net contains " + std::to_string(count) +
-              " transition(s) with empty preset: " + names);
+  base::print_error("the net contains " + std::to_string(count) +
+                    " transition(s) with empty preset: " + names);
   return false;
 }
 
@@ -69,7 +69,7 @@ bool Unfolder<N>::is_initially_safe() const {
   const std::string names = names_where(
       net_.places, [](const auto& p) { return p.initial_marking > 1; }, count);
   if (count == 0) return true;
-  print_error("the initial marking is not safe: place(s) " + names);
+  base::print_error("the initial marking is not safe: place(s) " + names);
   return false;
 }
 
@@ -82,16 +82,17 @@ bool Unfolder<N>::report(UnfoldOutcome outcome) const {
       report_unsafe();
       return false;
     case UnfoldOutcome::too_many_events:
-      print_error("the prefix has more than " + std::to_string(options_.max_events) + " events");
+      base::print_error("the prefix has more than " + std::to_string(options_.max_events) +
+                        " events");
       return false;
     case UnfoldOutcome::out_of_time:
-      print_error(
-          format_message("the prefix is not complete after %g seconds", options_.max_seconds));
+      base::print_error(base::format_message("the prefix is not complete after %g seconds",
+                                             options_.max_seconds));
       return false;
     case UnfoldOutcome::too_few_threads:
       break;
   }
-  print_error("cannot start " + std::to_string(options_.number_of_threads) + " threads");
+  base::print_error("cannot start " + std::to_string(options_.number_of_threads) + " threads");
   return false;
 }
 
@@ -104,7 +105,8 @@ void Unfolder<N>::report_unsafe() const {
     trace += net_.transitions[process.event(e).transition]->name;
   }
   const PlaceId place = process.place(loop_.unsafe_pair().first);
-  print_error("the net is not safe, place " + net_.places[place]->name + "; trace:\n" + trace);
+  base::print_error("the net is not safe, place " + net_.places[place]->name + "; trace:\n" +
+                    trace);
 }
 
 template <class N>
@@ -112,30 +114,30 @@ void Unfolder<N>::warn_if_no_events() const {
   const bool all_cut_off = std::ranges::all_of(loop_.entered(), [this](EventId e) {
     return loop_.process().event(e).correspondent != not_cut_off;
   });
-  if (all_cut_off) print_warning("the prefix contains no non-cut-off events");
+  if (all_cut_off) base::print_warning("the prefix contains no non-cut-off events");
 }
 
 template <class N>
-PrefixOf<N> Unfolder<N>::result() && {
+net::PrefixOf<N> Unfolder<N>::result() && {
   const BranchingProcess& process = loop_.process();
-  PrefixOf<N> prefix;
+  net::PrefixOf<N> prefix;
   static_cast<N&>(prefix) = std::move(net_);
   prefix.conditions.reserve(process.condition_count());
   for (ConditionId c = 0; c < process.condition_count(); ++c) {
-    append_new(prefix.conditions).place = prefix.places[process.place(c)].get();
+    base::append_new(prefix.conditions).place = prefix.places[process.place(c)].get();
   }
-  std::vector<std::uint32_t> numbers(process.event_count(), no_index);
+  std::vector<std::uint32_t> numbers(process.event_count(), base::no_index);
   prefix.events.reserve(loop_.entered().size());
   for (const EventId e : loop_.entered()) {
     const UnfoldedEvent& unfolded = process.event(e);
-    EventOf<N>& event = append_new(prefix.events);
+    net::EventOf<N>& event = base::append_new(prefix.events);
     numbers[e] = event.index;
     event.transition = prefix.transitions[unfolded.transition].get();
     event.preset.reserve(static_cast<std::uint32_t>(unfolded.preset().size()));
     event.postset.reserve(unfolded.postset_size);
-    for (const ConditionId c : unfolded.preset()) add_link(*prefix.conditions[c], event);
+    for (const ConditionId c : unfolded.preset()) net::add_link(*prefix.conditions[c], event);
     for (std::uint32_t k = 0; k < unfolded.postset_size; ++k) {
-      add_link(event, *prefix.conditions[unfolded.first_condition + k]);
+      net::add_link(event, *prefix.conditions[unfolded.first_condition + k]);
     }
   }
   for (const EventId e : loop_.entered()) {
@@ -145,12 +147,12 @@ PrefixOf<N> Unfolder<N>::result() && {
 }
 
 template <class N>
-void Unfolder<N>::set_cut_off(EventOf<N>& event, EventId id,
+void Unfolder<N>::set_cut_off(net::EventOf<N>& event, EventId id,
                               const std::vector<std::uint32_t>& numbers,
-                              PrefixOf<N>& prefix) const {
+                              net::PrefixOf<N>& prefix) const {
   const EventId correspondent = loop_.process().event(id).correspondent;
   if (correspondent == not_cut_off) return;
-  std::vector<EventOf<N>*> events;
+  std::vector<net::EventOf<N>*> events;
   if (const auto several = loop_.non_local().find(id); several != loop_.non_local().end()) {
     for (const EventId e : several->second) events.push_back(prefix.events[numbers[e]].get());
   } else if (correspondent != initial_state) {
@@ -159,7 +161,7 @@ void Unfolder<N>::set_cut_off(EventOf<N>& event, EventId id,
   event.cut_off.set_correspondents(events);
 }
 
-template class Unfolder<Net>;
-template class Unfolder<Stg>;
+template class Unfolder<net::Net>;
+template class Unfolder<net::Stg>;
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -15,7 +15,7 @@
 #include "unfolder/unfold_options.h"
 #include "unfolder/unfolding_loop.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 // N is Net or Stg. The final state of a configuration is its marking and, for an STG, the code.
 template <class N>
@@ -30,7 +30,7 @@ class Unfolder {
   // Warns of a prefix all of whose events are cut-offs.
   void warn_if_no_events() const;
   // After a successful run.
-  PrefixOf<N> result() &&;
+  net::PrefixOf<N> result() &&;
 
   const UnfoldStats& stats() const { return loop_.stats(); }
 
@@ -39,8 +39,8 @@ class Unfolder {
   bool is_initially_safe() const;
   bool report(UnfoldOutcome outcome) const;
   void report_unsafe() const;
-  void set_cut_off(EventOf<N>& event, EventId id, const std::vector<std::uint32_t>& numbers,
-                   PrefixOf<N>& prefix) const;
+  void set_cut_off(net::EventOf<N>& event, EventId id, const std::vector<std::uint32_t>& numbers,
+                   net::PrefixOf<N>& prefix) const;
 
   N net_;
   const UnfoldOptions options_;
@@ -48,4 +48,4 @@ class Unfolder {
   UnfoldingLoop loop_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

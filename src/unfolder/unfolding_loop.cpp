@@ -6,7 +6,7 @@
 
 #include "base/clock.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 UnfoldingLoop::Worker::Worker(UnfoldingLoop& owner)
     : loop{owner},
@@ -50,7 +50,7 @@ UnfoldingLoop::~UnfoldingLoop() = default;
 
 UnfoldOutcome UnfoldingLoop::run() {
   if (pool_.size() < options_.number_of_threads) return UnfoldOutcome::too_few_threads;
-  start_ticks_ = ticks_now();
+  start_ticks_ = base::ticks_now();
   extend_with(*workers_.front(), no_event);
   collect_batch();
   bool stopped = should_stop();
@@ -70,7 +70,7 @@ UnfoldOutcome UnfoldingLoop::run() {
     for (; !batch_.empty(); collect_batch()) add_batch();
   }
   on_finish();
-  stats_.seconds = seconds_of(ticks_now() - start_ticks_);
+  stats_.seconds = base::seconds_of(base::ticks_now() - start_ticks_);
   return outcome_;
 }
 
@@ -86,7 +86,7 @@ bool UnfoldingLoop::must_give_up() {
   if (options_.max_events != 0 && process_.event_count() > options_.max_events) {
     give_up(UnfoldOutcome::too_many_events);
   } else if (options_.max_seconds > 0 &&
-             seconds_of(ticks_now() - start_ticks_) > options_.max_seconds) {
+             base::seconds_of(base::ticks_now() - start_ticks_) > options_.max_seconds) {
     give_up(UnfoldOutcome::out_of_time);
   }
   return outcome_ != UnfoldOutcome::complete;
@@ -266,4 +266,4 @@ void UnfoldingLoop::on_finish() {
   for (const auto& worker : workers_) stats_.comparisons += worker->order.comparisons();
 }
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -24,7 +24,7 @@
 #include "unfolder/unfold_options.h"
 #include "unfolder/worker_pool.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 
 enum class UnfoldOutcome : std::uint8_t {
   complete,
@@ -109,4 +109,4 @@ class UnfoldingLoop {
   std::unique_ptr<CoSetFinder::UnsafePair> unsafe_;  // guarded by unsafe_mutex_ in a phase
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -3,7 +3,7 @@
 #include <cassert>
 #include <system_error>
 
-namespace vorel {
+namespace vorel::unfolder {
 
 WorkerPool::WorkerPool(std::uint32_t worker_count) {
   assert(worker_count >= 1);
@@ -66,4 +66,4 @@ void WorkerPool::take_items(std::uint32_t worker) {
   }
 }
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

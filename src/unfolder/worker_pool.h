@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-namespace vorel {
+namespace vorel::unfolder {
 
 class WorkerPool {
  public:
@@ -44,4 +44,4 @@ class WorkerPool {
   std::vector<std::thread> threads_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::unfolder

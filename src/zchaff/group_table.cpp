@@ -6,7 +6,7 @@ namespace vorel::zchaff {
 namespace {
 
 void report(const char* what, const char* where) {
-  print_error(format_message("%s (%s, zchaff_dbase)", what, where));
+  base::print_error(base::format_message("%s (%s, zchaff_dbase)", what, where));
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ constexpr std::uint64_t no_deadline = ~std::uint64_t{0};
 constexpr std::uint64_t conflicts_per_look = 64;  // at the clock
 
 std::uint64_t deadline_in(double seconds) {
-  return seconds > 0 ? ticks_now() + static_cast<std::uint64_t>(seconds * 1e9) : no_deadline;
+  return seconds > 0 ? base::ticks_now() + static_cast<std::uint64_t>(seconds * 1e9) : no_deadline;
 }
 
 }  // namespace
@@ -80,7 +80,7 @@ Outcome SolverCore::search(std::uint64_t deadline) {
     if (conflict != no_clause) {
       if (!learn_from(conflict)) return Outcome::memory_out;
       if (deadline != no_deadline && policy_.conflicts() % conflicts_per_look == 0 &&
-          ticks_now() > deadline)
+          base::ticks_now() > deadline)
         return Outcome::timeout;
     } else if (policy_.is_restart_due() || policy_.is_reduction_due()) {
       restart();

@@ -139,7 +139,7 @@ class SolverCore {
   bool out_of_memory_ = false;
   std::vector<Literal> clause_;  // scratch of add_clause
   std::vector<Truth> model_;     // by the codes of literals
-  SolverCoreStats stats_;              // those not counted elsewhere
+  SolverCoreStats stats_;        // those not counted elsewhere
 };
 
 }  // namespace vorel::zchaff

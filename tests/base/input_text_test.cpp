@@ -9,22 +9,22 @@
 #include "support/pnml_text.h"
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 struct InputText : testing::Test {
-  TemporaryFolder folder;
+  support::TemporaryFolder folder;
 };
 
 std::string compressed(const std::string& text, const std::string& file_name) {
   gzFile file = gzopen(file_name.c_str(), "wb");
   gzwrite(file, text.data(), static_cast<unsigned>(text.size()));
   gzclose(file);
-  return read_text(file_name);
+  return support::read_text(file_name);
 }
 
 std::string messages_of_reading(const std::string& file_name, std::string* text) {
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   const bool read = read_whole_file(file_name, *text);
   EXPECT_EQ(read, messages.text().empty());
   return messages.text();
@@ -56,7 +56,7 @@ TEST_F(InputText, WhatCannotBeOpenedIsAnError) {
 }
 
 TEST_F(InputText, ACompressedFileCutShortIsNotTakenForAShorterText) {
-  const std::string bytes = compressed(net_prefix_text, folder.path("x.gz"));
+  const std::string bytes = compressed(support::net_prefix_text, folder.path("x.gz"));
   std::string text;
   for (const std::size_t size : {bytes.size() - 1, bytes.size() - 8, bytes.size() / 2}) {
     EXPECT_EQ(messages_of_reading(folder.write("cut.gz", bytes.substr(0, size)), &text),
@@ -65,7 +65,7 @@ TEST_F(InputText, ACompressedFileCutShortIsNotTakenForAShorterText) {
 }
 
 TEST_F(InputText, ADamagedCompressedFileIsAnError) {
-  const std::string bytes = compressed(net_prefix_text, folder.path("x.gz"));
+  const std::string bytes = compressed(support::net_prefix_text, folder.path("x.gz"));
   std::string text;
   for (std::size_t at = 10; at < bytes.size(); at += 5) {  // behind the header
     std::string damaged = bytes;
@@ -77,15 +77,15 @@ TEST_F(InputText, ADamagedCompressedFileIsAnError) {
 }
 
 TEST_F(InputText, ACompressedDocumentIsReadAsThePlainOneIs) {
-  compressed(net_prefix_text, folder.path("x.pnml.gz"));
+  compressed(support::net_prefix_text, folder.path("x.pnml.gz"));
   for (const std::string& name :
-       {folder.path("x.pnml.gz"), folder.write("x.pnml", net_prefix_text)}) {
-    const auto result = read_file(name);
+       {folder.path("x.pnml.gz"), folder.write("x.pnml", support::net_prefix_text)}) {
+    const auto result = support::read_file(name);
     ASSERT_NE(result.input, nullptr) << result.messages;
-    EXPECT_EQ(describe(std::get<NetPrefix>(*result.input)),
-              describe(read_as<NetPrefix>(net_prefix_text)));
+    EXPECT_EQ(support::describe(std::get<net::NetPrefix>(*result.input)),
+              support::describe(support::read_as<net::NetPrefix>(support::net_prefix_text)));
   }
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::base

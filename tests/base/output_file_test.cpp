@@ -11,7 +11,7 @@
 
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 namespace fs = std::filesystem;
@@ -33,12 +33,12 @@ uid_t owner_of(const std::string& name) {
 class OutputFileTest : public testing::Test {
  protected:
   std::string path(const std::string& name) const { return folder_.path(name); }
-  std::string get(const std::string& name) const { return read_text(path(name)); }
+  std::string get(const std::string& name) const { return support::read_text(path(name)); }
   std::ptrdiff_t entry_count() const {
     return std::distance(fs::directory_iterator(folder_.path()), {});
   }
 
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
 };
 
 TEST_F(OutputFileTest, ACommittedFileHoldsTheTextAndNothingElseIsLeft) {
@@ -169,4 +169,4 @@ TEST_F(OutputFileTest, AFileIsReplacedOnlyWhereItsOwnerStaysAndItCouldBeWritten)
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::base

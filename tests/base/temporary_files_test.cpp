@@ -9,7 +9,7 @@
 #include "base/run_state.h"
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::base {
 namespace {
 
 class TemporaryFiles : public testing::Test {
@@ -23,7 +23,7 @@ class TemporaryFiles : public testing::Test {
     return testing::internal::GetCapturedStderr();
   }
 
-  TemporaryFolder folder;
+  support::TemporaryFolder folder;
 };
 
 TEST_F(TemporaryFiles, LieInTheChosenFolderCanBeReadBackAndAreGoneAfterwards) {
@@ -66,4 +66,4 @@ TEST_F(TemporaryFiles, ThatCannotBeCreatedGiveAnErrorWithTheirName) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::base

@@ -9,7 +9,7 @@
 #include "sat/bdd_definition.h"
 #include "support/seeds.h"
 
-namespace vorel {
+namespace vorel::bdd {
 namespace {
 
 using namespace oracle;
@@ -24,7 +24,7 @@ Bdd product_of(const std::vector<BddLiteral>& literals) {
 }
 
 TEST(BddStructure, AProductYieldsItsLiteralsSorted) {
-  for (auto [seed, end] = seeds(300); seed != end; ++seed) {
+  for (auto [seed, end] = support::seeds(300); seed != end; ++seed) {
     Random random(seed);
     std::vector<BddLiteral> literals;
     for (std::uint32_t v = 0; v < table_variables; ++v)
@@ -46,7 +46,7 @@ TEST(BddStructure, AProductYieldsItsLiteralsSorted) {
 
 TEST(BddStructure, NodesStandInTheOrderOfVariablesAboveTheConstant) {
   const BddManager& manager = BddManager::instance();
-  for (auto [seed, end] = seeds(100); seed != end; ++seed) {
+  for (auto [seed, end] = support::seeds(100); seed != end; ++seed) {
     Random random(seed);
     const Bdd f = random_function(random).bdd;
     const std::vector<Bdd> nodes = nodes_of(f);
@@ -67,24 +67,24 @@ TEST(BddStructure, NodesStandInTheOrderOfVariablesAboveTheConstant) {
 }
 
 TEST(BddStructure, ClausesOfADiagramFollowTheFunction) {
-  static_assert(BddEdge<Bdd>);
-  for (auto [seed, end] = seeds(10); seed != end; ++seed) {
+  static_assert(sat::BddEdge<Bdd>);
+  for (auto [seed, end] = support::seeds(10); seed != end; ++seed) {
     Random random(seed);
-    CnfFormula formula{CnfParams{}};
-    Lits variables;
+    sat::CnfFormula formula{sat::CnfParams{}};
+    sat::Lits variables;
     for (std::uint32_t v = 0; v < table_variables; ++v)
-      variables.push_back(Lit(formula.new_var(false), v % 3 == 0));
+      variables.push_back(sat::Lit(formula.new_var(false), v % 3 == 0));
     const Function f = random_function(random, 0x3D, 5);
-    const Lit output = define_bdd(formula, f.bdd, variables, PermanentGroup);
+    const sat::Lit output = sat::define_bdd(formula, f.bdd, variables, sat::PermanentGroup);
     ASSERT_LE(formula.solver().num_vars(), table_variables + node_count(f.bdd)) << "none twice";
     for (int sample = 0; sample < 40; ++sample) {
       const std::uint32_t a = random.below(table_size);
-      Lits units = {output ^ f.table[a]};  // the wrong value
+      sat::Lits units = {output ^ f.table[a]};  // the wrong value
       for (std::uint32_t v = 0; v < table_variables; ++v)
         units.push_back(variables[v] ^ (((a >> v) & 1u) == 0));
       for (const bool right : {false, true}) {
         if (right) units.front() = ~units.front();
-        const ClauseGroup question = formula.new_group();
+        const sat::ClauseGroup question = formula.new_group();
         formula.add_units(units, false, question);
         ASSERT_EQ(formula.solve(), right) << seed;
         formula.remove_group(question);
@@ -94,4 +94,4 @@ TEST(BddStructure, ClausesOfADiagramFollowTheFunction) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bdd

@@ -10,7 +10,7 @@
 #include "oracle/truth_tables.h"
 #include "support/seeds.h"
 
-namespace vorel {
+namespace vorel::bdd {
 namespace {
 
 using namespace oracle;
@@ -25,7 +25,7 @@ void reorder_at_random(Random& random) {
 }
 
 TEST(Bdd, OperationsAgreeWithTruthTables) {
-  for (auto [seed, end] = seeds(400); seed != end; ++seed) {
+  for (auto [seed, end] = support::seeds(400); seed != end; ++seed) {
     Random random(seed);
     if (seed % 8 == 0) reorder_at_random(random);
     const Function f = random_function(random), g = random_function(random),
@@ -43,7 +43,7 @@ TEST(Bdd, OperationsAgreeWithTruthTables) {
 }
 
 TEST(Bdd, CompositionReplacesAllVariablesAtOnce) {
-  for (auto [seed, end] = seeds(60); seed != end; ++seed) {
+  for (auto [seed, end] = support::seeds(60); seed != end; ++seed) {
     Random random(seed);
     const Function f = random_function(random);
     std::vector<Bdd> substitution;
@@ -65,7 +65,7 @@ TEST(Bdd, CompositionReplacesAllVariablesAtOnce) {
 
 TEST(Bdd, MintermSignatureCountsTheCofactors) {
   bdd_variable(table_variables - 1);  // the signature has an entry for each variable made so far
-  for (auto [seed, end] = seeds(100); seed != end; ++seed) {
+  for (auto [seed, end] = support::seeds(100); seed != end; ++seed) {
     Random random(seed);
     const Function f = random_function(random);
     const std::vector<double> signature = f.bdd.minterm_signature();
@@ -116,7 +116,7 @@ std::uint32_t hash_of(const Table& f) {
 }
 
 TEST(Bdd, OrderAndHashDependOnTheFunctionAlone) {
-  for (auto [seed, end] = seeds(10); seed != end; ++seed) {
+  for (auto [seed, end] = support::seeds(10); seed != end; ++seed) {
     Random random(seed);
     // Few variables in half of the runs, so that many functions share a support.
     const std::uint32_t mask = seed % 2 == 0 ? 0x0B4 : table_size - 1;
@@ -244,4 +244,4 @@ TEST(BddDeathTest, AFailedOperationEndsTheProcess) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bdd

@@ -10,40 +10,42 @@
 #include "oracle/truth_tables.h"
 #include "support/seeds.h"
 
-namespace vorel {
+namespace vorel::bdd {
 namespace {
 
 using namespace oracle;
 
-Table cube_table(const Cube& cube, const std::vector<Table>& variables) {
+Table cube_table(const toolkit::Cube& cube, const std::vector<Table>& variables) {
   Table product = ~Table();
   for (std::size_t i = 0; i < cube.size(); ++i)
-    if (cube[i] != Ternary::dash) product &= cube[i] == Ternary::one ? variables[i] : ~variables[i];
+    if (cube[i] != toolkit::Ternary::dash)
+      product &= cube[i] == toolkit::Ternary::one ? variables[i] : ~variables[i];
   return product;
 }
 
-Table cover_table(const Cover& cover, const std::vector<Table>& variables) {
+Table cover_table(const toolkit::Cover& cover, const std::vector<Table>& variables) {
   Table sum;
-  for (const Cube& cube : cover) sum |= cube_table(cube, variables);
+  for (const toolkit::Cube& cube : cover) sum |= cube_table(cube, variables);
   return sum;
 }
 
 // Names of variables are "x" and their numbers.
-Table expression_table(const LogicExpr& expression) {
-  if (const auto* const literal = std::get_if<LogicExpr::Literal>(&expression.node)) {
+Table expression_table(const toolkit::LogicExpr& expression) {
+  if (const auto* const literal = std::get_if<toolkit::LogicExpr::Literal>(&expression.node)) {
     const Table table =
         variable_table(static_cast<std::uint32_t>(std::stoul(literal->name.substr(1))));
     return literal->negated ? ~table : table;
   }
-  if (const auto* const constant = std::get_if<LogicExpr::Const>(&expression.node))
+  if (const auto* const constant = std::get_if<toolkit::LogicExpr::Const>(&expression.node))
     return constant->value ? ~Table() : Table();
   Table result;
-  if (const auto* const sum = std::get_if<LogicExpr::Or>(&expression.node)) {
-    for (const LogicExpr& operand : sum->operands) result |= expression_table(operand);
+  if (const auto* const sum = std::get_if<toolkit::LogicExpr::Or>(&expression.node)) {
+    for (const toolkit::LogicExpr& operand : sum->operands) result |= expression_table(operand);
     return result;
   }
   result.set();
-  for (const LogicExpr& operand : std::get<LogicExpr::And>(expression.node).operands)
+  for (const toolkit::LogicExpr& operand :
+       std::get<toolkit::LogicExpr::And>(expression.node).operands)
     result &= expression_table(operand);
   return result;
 }
@@ -58,21 +60,21 @@ std::vector<Table> tables_of(const std::vector<std::uint32_t>& variables) {
 void expect_prime_and_irredundant(const SupportCover& form, const Table& f) {
   const std::vector<Table> variables = tables_of(form.support);
   for (std::size_t i = 0; i < form.cover.size(); ++i) {
-    Cover others(form.cover.width(), false);
+    toolkit::Cover others(form.cover.width(), false);
     for (std::size_t j = 0; j < form.cover.size(); ++j)
       if (j != i) others.add(form.cover[j]);
     ASSERT_NE(cover_table(others, variables), f);
     for (std::size_t position = 0; position < form.cover.width(); ++position) {
-      if (form.cover[i][position] == Ternary::dash) continue;
-      Cube larger = form.cover[i];
-      larger.set(position, Ternary::dash);
+      if (form.cover[i][position] == toolkit::Ternary::dash) continue;
+      toolkit::Cube larger = form.cover[i];
+      larger.set(position, toolkit::Ternary::dash);
       ASSERT_TRUE((cube_table(larger, variables) & ~f).any());
     }
   }
 }
 
 TEST(CoverBdd, AFunctionBecomesAMinimisedCoverAndItsExpression) {
-  for (auto [seed, end] = seeds(200); seed != end; ++seed) {
+  for (auto [seed, end] = support::seeds(200); seed != end; ++seed) {
     Random random(seed);
     const Function f = random_function(random);
     const SupportCover form = cover_of(f.bdd);
@@ -83,7 +85,7 @@ TEST(CoverBdd, AFunctionBecomesAMinimisedCoverAndItsExpression) {
     ASSERT_NO_FATAL_FAILURE(expect_prime_and_irredundant(form, f.table)) << seed;
     ASSERT_EQ(bdd_of(form.cover, f.bdd.support_variables()), f.bdd);
 
-    const LogicExpr expression = expression_of(f.bdd);
+    const toolkit::LogicExpr expression = expression_of(f.bdd);
     ASSERT_EQ(expression_table(expression), f.table) << seed;
     ASSERT_EQ(literal_count(f.bdd), literal_count(expression));
     ASSERT_LE(literal_count(f.bdd), form.cover.literal_count());
@@ -94,29 +96,29 @@ TEST(CoverBdd, AFunctionOfMorePathsThanCubesBecomesACoverAllTheSame) {
   // One cube a pair; each pair more than doubles the paths.
   constexpr std::uint32_t pairs = 11;
   std::vector<Bdd> variables;
-  Cover sum(2 * pairs, false);
+  toolkit::Cover sum(2 * pairs, false);
   for (std::uint32_t i = 0; i < pairs; ++i) {
     variables.push_back(bdd_variable(2 * i));
     variables.push_back(bdd_variable(2 * i + 1));
-    Cube cube(2 * pairs, Ternary::dash);
-    cube.set(2 * i, Ternary::one);
-    cube.set(2 * i + 1, i % 2 == 0 ? Ternary::one : Ternary::zero);
+    toolkit::Cube cube(2 * pairs, toolkit::Ternary::dash);
+    cube.set(2 * i, toolkit::Ternary::one);
+    cube.set(2 * i + 1, i % 2 == 0 ? toolkit::Ternary::one : toolkit::Ternary::zero);
     sum.add(cube);
   }
   sum.sort();
   EXPECT_EQ(cover_of(bdd_of(sum, variables)).cover, sum);
 
-  for (auto [seed, end] = seeds(30); seed != end; ++seed) {
+  for (auto [seed, end] = support::seeds(30); seed != end; ++seed) {
     Random random(seed);
     const Function f = random_function(random);
     const std::vector<std::uint32_t> support = f.bdd.support();
-    const Cover cover = irredundant_sum(f.bdd, support);
+    const toolkit::Cover cover = irredundant_sum(f.bdd, support);
     ASSERT_EQ(cover_table(cover, tables_of(support)), f.table) << seed;
   }
 }
 
 TEST(CoverBdd, PositionsOfACoverStandForAnyFunctions) {
-  for (auto [seed, end] = seeds(60); seed != end; ++seed) {
+  for (auto [seed, end] = support::seeds(60); seed != end; ++seed) {
     Random random(seed);
     const std::size_t width = random.below(8);
     std::vector<Bdd> bdds;
@@ -126,16 +128,17 @@ TEST(CoverBdd, PositionsOfACoverStandForAnyFunctions) {
       bdds.push_back(f.bdd);
       tables.push_back(f.table);
     }
-    Cover cover(width, false);
+    toolkit::Cover cover(width, false);
     for (std::uint32_t n = random.below(12); n > 0; --n) {
-      Cube cube(width);
-      for (std::size_t i = 0; i < width; ++i) cube.set(i, static_cast<Ternary>(random.below(3)));
+      toolkit::Cube cube(width);
+      for (std::size_t i = 0; i < width; ++i)
+        cube.set(i, static_cast<toolkit::Ternary>(random.below(3)));
       cover.add(cube);
     }
     ASSERT_EQ(table_of(bdd_of(cover, bdds)), cover_table(cover, tables)) << seed;
   }
-  EXPECT_TRUE(bdd_of(Cover(0, true), {}).is_true());
-  EXPECT_TRUE(bdd_of(Cover(0, false), {}).is_false());
+  EXPECT_TRUE(bdd_of(toolkit::Cover(0, true), {}).is_true());
+  EXPECT_TRUE(bdd_of(toolkit::Cover(0, false), {}).is_false());
 }
 
 TEST(BDDCover, TextTellsWhatIsSpecified) {
@@ -156,4 +159,4 @@ TEST(BDDCover, SubstitutionAndSupportConcernAllFourSets) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::bdd

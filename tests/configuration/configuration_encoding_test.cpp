@@ -7,45 +7,44 @@
 #include <functional>
 #include <set>
 
-#include "oracle/random.h"
-#include "oracle/random_net.h"
-#include "reach/deadlock_encoding.h"
 #include "configuration/decoding.h"
 #include "configuration/implied_conflicts.h"
 #include "configuration/validation.h"
+#include "oracle/random.h"
+#include "oracle/random_net.h"
 #include "sat/enumeration.h"
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 using EventNumbers = std::set<std::uint32_t>;
 
 // All sets of events that the clauses allow.
 std::set<EventNumbers> models_of(
-    const StgPrefix& process,
-    const std::function<void(ConfigurationVars<StgPrefix>&)>& encode_more) {
-  CnfFormula formula({});
-  ConfigurationVars<StgPrefix> vars(process, formula);
-  encode_causality(process, vars, PermanentGroup);
-  encode_conflicts(process, vars, PermanentGroup);
+    const net::StgPrefix& process,
+    const std::function<void(ConfigurationVars<net::StgPrefix>&)>& encode_more) {
+  sat::CnfFormula formula({});
+  ConfigurationVars<net::StgPrefix> vars(process, formula);
+  encode_causality(process, vars, sat::PermanentGroup);
+  encode_conflicts(process, vars, sat::PermanentGroup);
   encode_more(vars);
-  Lits lits;
+  sat::Lits lits;
   for (const auto& event : process.events) {
     if (!event->is_cut_off()) lits.push_back(event_lit(vars, *event));
   }
   std::set<EventNumbers> models;
-  const auto record = [&](const LiteralCube&) {
+  const auto record = [&](const sat::LiteralCube&) {
     EventNumbers numbers;
     for (const auto* event : decode_events(process, vars)) numbers.insert(event->index);
     EXPECT_TRUE(models.insert(numbers).second) << "a model is listed twice";
   };
-  enumerate(formula, lits, formula.group(0), record, 100'000);
+  sat::enumerate(formula, lits, formula.group(0), record, 100'000);
   return models;
 }
 
 TEST(ConfigurationEncoding, ADummyIsFollowedByAnEventThatIsNoCutOff) {
-  ProcessBuilder<StgPrefix> b;
+  support::ProcessBuilder<net::StgPrefix> b;
   auto& p = b.condition("p");
   auto& q = b.condition("q");
   auto& r = b.condition("r");
@@ -56,22 +55,22 @@ TEST(ConfigurationEncoding, ADummyIsFollowedByAnEventThatIsNoCutOff) {
   b.event("b+", {&s}, {&b.condition("t")});
   b.finish();
   const auto models = models_of(*b.process, [&b](auto& vars) {
-    encode_no_max_dummies<StgPrefix>(*b.process, vars, PermanentGroup, [](const auto& event) {
-      return event.transition->signal->is_dummy();
-    });
+    encode_no_max_dummies<net::StgPrefix>(
+        *b.process, vars, sat::PermanentGroup,
+        [](const auto& event) { return event.transition->signal->is_dummy(); });
   });
   EXPECT_EQ(models, (std::set<EventNumbers>{{}, {2, 3}}));
 }
 
 // Initial conditions and events that consume some of them, each by the bits of a random number.
-std::unique_ptr<NetPrefix> random_conflicts(oracle::Random& random) {
-  ProcessBuilder<NetPrefix> b;
+std::unique_ptr<net::NetPrefix> random_conflicts(oracle::Random& random) {
+  support::ProcessBuilder<net::NetPrefix> b;
   for (int i = 0; i < 6; ++i) b.condition("p" + std::to_string(i));
   for (int i = 0; i < 8; ++i) {
     auto& event = b.event("t" + std::to_string(i), {}, {}, random.below(5) == 0);
     const std::uint64_t preset = 1 + random.below(63);
     for (const auto& condition : b.process->conditions) {
-      if ((preset >> condition->index & 1u) != 0) add_link(*condition, event);
+      if ((preset >> condition->index & 1u) != 0) net::add_link(*condition, event);
     }
   }
   b.finish();
@@ -82,7 +81,7 @@ TEST(SkippableConditions, AreThoseWhoseConflictsAreAmongThoseOfAnother) {
   oracle::Random random(61);
   for (int round = 0; round < 300; ++round) {
     const auto prefix = random_conflicts(random);
-    const auto consumers = [](const NetPrefix::Condition& condition) {
+    const auto consumers = [](const net::NetPrefix::Condition& condition) {
       EventNumbers numbers;
       for (const auto* event : condition.postset) {
         if (!event->is_cut_off()) numbers.insert(event->index);
@@ -101,34 +100,15 @@ TEST(SkippableConditions, AreThoseWhoseConflictsAreAmongThoseOfAnother) {
   }
 }
 
-TEST(DominatedConsumers, AreThoseWhosePresetContainsAnother) {
-  for (std::uint64_t seed = 1; seed <= 100; ++seed) {
-    const Net net = oracle::random_net(seed);
-    const auto dominated = dominated_consumers(net.transitions);
-    const auto preset = [](const Transition& t) {
-      std::set<std::uint32_t> places;
-      for (const Place* place : t.preset) places.insert(place->index);
-      return places;
-    };
-    for (const auto& t : net.transitions) {
-      const bool expected = std::ranges::any_of(net.transitions, [&](const auto& u) {
-        const auto small = preset(*u), large = preset(*t);
-        return std::ranges::includes(large, small) && (small != large || u->index < t->index);
-      });
-      EXPECT_EQ(dominated[*t], expected) << "seed " << seed << ", transition " << t->name;
-    }
-  }
-}
-
 TEST(Validation, NamesTheConditionAtWhichAReplayFails) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   auto& p = b.condition("p");
   auto& q = b.condition("q");
   auto& first = b.event("t", {&p}, {&q});
   auto& second = b.event("u", {&q}, {&b.condition("r")});
   auto& rival = b.event("v", {&q}, {&b.condition("s")}, true);
   b.finish();
-  using Sequence = std::vector<const NetPrefix::Event*>;
+  using Sequence = std::vector<const net::NetPrefix::Event*>;
   struct Row {
     Sequence sequence;
     std::string message;
@@ -140,14 +120,14 @@ TEST(Validation, NamesTheConditionAtWhichAReplayFails) {
   // A failed check raises the severity, which never falls again: each runs in a process of its own.
   const auto outcome = [](bool passes) { std::exit(passes ? 0 : 1); };
   for (const Row& row : table) {
-    EXPECT_EXIT(outcome(check_safe_run<NetPrefix>(*b.process, row.sequence)),
+    EXPECT_EXIT(outcome(check_safe_run<net::NetPrefix>(*b.process, row.sequence)),
                 testing::ExitedWithCode(row.message.empty() ? 0 : 1), row.message);
   }
-  EXPECT_EXIT(outcome(check_deadlock<NetPrefix>(*b.process, Sequence{&first, &second})),
+  EXPECT_EXIT(outcome(check_deadlock<net::NetPrefix>(*b.process, Sequence{&first, &second})),
               testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(outcome(check_deadlock<NetPrefix>(*b.process, Sequence{&first})),
+  EXPECT_EXIT(outcome(check_deadlock<net::NetPrefix>(*b.process, Sequence{&first})),
               testing::ExitedWithCode(1), "\nError: deadlock check failed\n");
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::configuration

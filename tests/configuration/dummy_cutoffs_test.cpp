@@ -6,7 +6,7 @@
 
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::configuration {
 namespace {
 
 // The dummies d.k and d.l, where d.l has a signal's event in its past, and an event aside.
@@ -30,7 +30,7 @@ TEST(DummyCutOffs, AreThoseWhoseCorrespondentsDoNotExplainTheirPast) {
                        {edge, std::nullopt, false},
                        {aside, Numbers{first}, false}};
   for (const Row& row : table) {
-    ProcessBuilder<StgPrefix> b;
+    support::ProcessBuilder<net::StgPrefix> b;
     auto& p = b.condition("p");
     auto& q = b.condition("q");
     auto& r = b.condition("r");
@@ -43,7 +43,7 @@ TEST(DummyCutOffs, AreThoseWhoseCorrespondentsDoNotExplainTheirPast) {
     b.finish();
     const auto& events = b.process->events;
     auto& cut_off = events[row.cut_off]->cut_off;
-    std::vector<StgPrefix::Event*> correspondents;
+    std::vector<net::StgPrefix::Event*> correspondents;
     for (const std::size_t number : row.correspondents.value_or(Numbers{}))
       correspondents.push_back(events[number].get());
     if (row.correspondents.has_value())
@@ -55,4 +55,4 @@ TEST(DummyCutOffs, AreThoseWhoseCorrespondentsDoNotExplainTheirPast) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::configuration

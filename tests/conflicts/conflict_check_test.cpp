@@ -11,7 +11,7 @@
 #include "conflicts/usc_check.h"
 #include "oracle/parse_g.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 namespace {
 
 using conflicts_support::drop_output;
@@ -19,20 +19,21 @@ using conflicts_support::for_each_encoding;
 using conflicts_support::Subject;
 
 struct Found {
-  EventSet first, second;
+  configuration::EventSet first, second;
   std::string signal;
 };
 
 template <class Check>
 class Probe : public Check {
  public:
-  Probe(const StgPrefix& prefix, const Params& params) : Check(prefix, params) {
+  Probe(const net::StgPrefix& prefix, const base::Params& params) : Check(prefix, params) {
     this->run();
     for (const auto& solution : this->found().solutions) {
       EXPECT_TRUE(this->validate(*solution));
       const auto& pair = static_cast<const ConflictSolution&>(*solution);
       const auto events = [&](int i) {
-        return event_set(events_of<StgPrefix>(prefix, pair.traces.at(i)));
+        return configuration::event_set(
+            configuration::events_of<net::StgPrefix>(prefix, pair.traces.at(i)));
       };
       results.push_back({events(0), events(1), pair.signal()});
     }
@@ -56,8 +57,8 @@ struct UscTruth {
   }
 };
 
-EventSet visible(const Subject& subject, const EventSet& set) {
-  EventSet result;
+configuration::EventSet visible(const Subject& subject, const configuration::EventSet& set) {
+  configuration::EventSet result;
   for (const std::uint32_t event : set) {
     if (!subject.prefix.events[event]->transition->signal->is_dummy()) result.push_back(event);
   }
@@ -89,7 +90,8 @@ class Comparison {
 
  private:
   void enter(const oracle::Configuration& one, const oracle::Configuration& other) {
-    const EventSet sum = visible(subject_, symmetric_difference(one.events, other.events));
+    const configuration::EventSet sum =
+        visible(subject_, configuration::symmetric_difference(one.events, other.events));
     equal_codes_.insert(sum);
     if (!Truth::differ(subject_, one.state, other.state)) return;
     conflicts_.insert(sum);
@@ -119,7 +121,7 @@ class Comparison {
     const auto keep = [&](const Core& core) { return probe.is_conflict(core.first, core.second); };
     sums_.clear();
     for (const Found& found : probe.results) check_pair(found);
-    std::set<EventSet> full;
+    std::set<configuration::EventSet> full;
     for (const Core& core : probe.seen_pairs()) {
       EXPECT_TRUE(full.insert(core.sum).second) << "two pairs with one core";
       sums_.insert(visible(subject_, core.sum));
@@ -128,25 +130,25 @@ class Comparison {
       }
     }
     explained_.clear();
-    for (const EventSet& sum : conflicts_) EXPECT_TRUE(is_explained(sum));
+    for (const configuration::EventSet& sum : conflicts_) EXPECT_TRUE(is_explained(sum));
   }
 
   // A core that was found, or one next to a difference that is explained or makes no conflict.
-  bool is_explained(const EventSet& sum) {
+  bool is_explained(const configuration::EventSet& sum) {
     if (sum.empty() || sums_.contains(sum)) return true;
     const auto [known, is_new] = explained_.emplace(sum, false);
     if (!is_new) return known->second;
-    return known->second = std::ranges::any_of(sums_, [&](const EventSet& part) {
-             if (!includes(sum, part)) return false;
-             const EventSet rest = set_difference(sum, part);
+    return known->second = std::ranges::any_of(sums_, [&](const configuration::EventSet& part) {
+             if (!configuration::includes(sum, part)) return false;
+             const configuration::EventSet rest = configuration::set_difference(sum, part);
              return equal_codes_.contains(rest) &&
                     (!conflicts_.contains(rest) || is_explained(rest));
            });
   }
 
   const Subject& subject_;
-  std::set<EventSet> equal_codes_, conflicts_, sums_;
-  std::map<EventSet, bool> explained_;
+  std::set<configuration::EventSet> equal_codes_, conflicts_, sums_;
+  std::map<configuration::EventSet, bool> explained_;
   std::size_t least_cost_ = SIZE_MAX;
 };
 
@@ -154,9 +156,9 @@ struct Tally {
   std::size_t compared = 0, with_csc = 0, with_usc = 0;
 };
 
-void compare(const Stg& stg, Tally& tally) {
+void compare(const net::Stg& stg, Tally& tally) {
   const auto subject = Subject::make(stg);
-  if (!subject || has_dummy_cutoffs(subject->prefix)) return;
+  if (!subject || configuration::has_dummy_cutoffs(subject->prefix)) return;
   Comparison<CscTruth> csc(*subject);
   csc.run();
   Comparison<UscTruth> usc(*subject);
@@ -168,11 +170,11 @@ void compare(const Stg& stg, Tally& tally) {
   ++tally.compared;
   tally.with_csc += csc.has_conflict() ? 1 : 0;
   tally.with_usc += usc.has_conflict() ? 1 : 0;
-  EXPECT_FALSE(run_failed());
+  EXPECT_FALSE(base::run_failed());
 }
 
 void compare_on_seeds(const oracle::RandomStgParams& params) {
-  const auto [first, end] = seeds(30);
+  const auto [first, end] = support::seeds(30);
   testing::internal::CaptureStdout();  // notes on the optimised method
   Tally tally;
   for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
@@ -216,4 +218,4 @@ TEST(ConflictCheck, AgreesWithAllPairsOfConfigurationsOfAWideChoice) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -8,7 +8,7 @@
 #include "oracle/write_files.h"
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 namespace {
 
 struct ExampleRow {
@@ -29,7 +29,8 @@ constexpr ExampleRow example_table[] = {
 class Examples : public testing::TestWithParam<ExampleRow> {
  protected:
   void expect(const char* mode, const char* option, const std::string& text) const {
-    const auto run = run_vorel({mode, option, example(std::string(GetParam().name) + ".unf.pnml")});
+    const auto run = support::run_vorel(
+        {mode, option, support::example(std::string(GetParam().name) + ".unf.pnml")});
     EXPECT_EQ(run.exit_code, 0) << run.err;
     EXPECT_EQ(run.err, "");
     EXPECT_NE(run.out.find(text), std::string::npos) << mode << " " << option << "\n" << run.out;
@@ -63,11 +64,13 @@ INSTANTIATE_TEST_SUITE_P(All, Examples, testing::ValuesIn(example_table),
 
 // The start tags of the document of an example, but for the steps.
 std::string tags_of(const char* mode, const char* name) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string file = folder.path("result.xml");
-  EXPECT_EQ(run_vorel({mode, example(std::string(name) + ".unf.pnml"), file}).exit_code, 0);
+  EXPECT_EQ(
+      support::run_vorel({mode, support::example(std::string(name) + ".unf.pnml"), file}).exit_code,
+      0);
   std::string text;
-  std::istringstream lines(read_text(file));
+  std::istringstream lines(support::read_text(file));
   for (std::string line; std::getline(lines >> std::ws, line);) {
     if (!line.starts_with("</") && !line.starts_with("<step ")) text += line;
   }
@@ -110,7 +113,7 @@ TEST(ConflictDocument, TellsTheKindOfEachConflict) {
   }
 }
 
-std::string file_of(const char* circuit, const TemporaryFolder& folder) {
+std::string file_of(const char* circuit, const support::TemporaryFolder& folder) {
   const auto prefix = oracle::unfold(oracle::parse_g(circuit).value());
   return folder.write("net.pnml", oracle::pnml_text(prefix.value()));
 }
@@ -124,8 +127,8 @@ TEST(NormalcyCommand, TakesForTriggersWhatChangesTheNextValue) {
       "z+/1 a-/1\na-/1 z-/1\nz-/1 b+\nb+ s\n.marking { s }\n.end\n",
   };
   for (const char* circuit : circuits) {
-    const TemporaryFolder folder;
-    const auto run = run_vorel({"-N", file_of(circuit, folder)});
+    const support::TemporaryFolder folder;
+    const auto run = support::run_vorel({"-N", file_of(circuit, folder)});
     EXPECT_NE(run.out.find("\nthere are no normalcy violations\n"), std::string::npos) << run.out;
   }
 }
@@ -163,10 +166,10 @@ TEST(ConflictCommand, TellsWhatMakesItsAnswersDoubtful) {
       {choice, {"-U", "-l-"}, 0, ""},
   };
   for (const MessageRow& row : table) {
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     auto arguments = row.arguments;
     arguments.push_back(file_of(row.circuit, folder));
-    const auto run = run_vorel(arguments);
+    const auto run = support::run_vorel(arguments);
     EXPECT_EQ(run.exit_code, row.exit_code) << row.circuit << run.out << run.err;
     EXPECT_NE(run.err.find(row.message), std::string::npos) << run.err;
     const std::string message = row.message;
@@ -179,4 +182,4 @@ TEST(ConflictCommand, TellsWhatMakesItsAnswersDoubtful) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::conflicts

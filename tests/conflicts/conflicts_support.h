@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
+#include "configuration/decoding.h"
+#include "configuration/dummy_cutoffs.h"
 #include "net/initial_values.h"
 #include "oracle/coding.h"
 #include "oracle/configurations.h"
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
-#include "configuration/decoding.h"
-#include "configuration/dummy_cutoffs.h"
 #include "support/default_params.h"
 #include "support/seeds.h"
 
@@ -26,8 +26,8 @@ inline void drop_output() {
 }
 
 struct Subject {
-  StgPrefix prefix;
-  oracle::StateGraph<Stg> graph;
+  net::StgPrefix prefix;
+  oracle::StateGraph<net::Stg> graph;
   oracle::Values initial;
   std::vector<oracle::Configuration> configurations;
   // By state.
@@ -36,13 +36,13 @@ struct Subject {
   bool conflict_free = true;
 
   // Nullopt when the prefix has too many configurations to try all pairs.
-  static std::optional<Subject> make(const Stg& stg) {
+  static std::optional<Subject> make(const net::Stg& stg) {
     auto prefix = oracle::unfold(stg);
     if (!prefix) return std::nullopt;
     Subject subject;
     subject.prefix = std::move(*prefix);
-    find_initial_values(subject.prefix);
-    subject.graph = oracle::explore<Stg>(subject.prefix);
+    net::find_initial_values(subject.prefix);
+    subject.graph = oracle::explore<net::Stg>(subject.prefix);
     subject.initial = *oracle::find_initial_values(subject.prefix, subject.graph);
     auto all = oracle::configurations(subject.prefix, subject.graph, 120);
     if (!all) return std::nullopt;
@@ -106,10 +106,10 @@ void for_each_encoding(const Subject& subject, Run run) {
     for (const int inclusion : inclusions) {
       SCOPED_TRACE("method " + std::to_string(method) + " inclusion " + std::to_string(inclusion));
       run([&](const char* key, int value) {
-        return default_params({{"method", method},
-                               {"inclusion_constraints", inclusion},
-                               {key, value},
-                               {"solver", method == 2 ? 0 : 1}});
+        return support::default_params({{"method", method},
+                                        {"inclusion_constraints", inclusion},
+                                        {key, value},
+                                        {"solver", method == 2 ? 0 : 1}});
       });
     }
   }

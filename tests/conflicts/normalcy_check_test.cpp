@@ -9,7 +9,7 @@
 #include "conflicts/conflicts_support.h"
 #include "oracle/history.h"
 
-namespace vorel {
+namespace vorel::conflicts {
 namespace {
 
 using conflicts_support::drop_output;
@@ -18,7 +18,9 @@ using conflicts_support::Subject;
 
 class Probe : public NormalcyCheck {
  public:
-  Probe(const StgPrefix& prefix, const Params& params) : NormalcyCheck(prefix, params) { run(); }
+  Probe(const net::StgPrefix& prefix, const base::Params& params) : NormalcyCheck(prefix, params) {
+    run();
+  }
 
   std::vector<const NormalcySolution*> results() const {
     std::vector<const NormalcySolution*> list;
@@ -98,13 +100,15 @@ class Comparison {
   }
 
   // The next value of the signal changes with each trigger.
-  void check_evidence(std::uint32_t z, const Trace& trace, const Trace& triggers,
+  void check_evidence(std::uint32_t z, const results::Trace& trace, const results::Trace& triggers,
                       std::set<bool>& same_sign) const {
-    EventSet past = event_set(events_of<StgPrefix>(subject_.prefix, trace));
-    past = set_difference(past, {trace.back().event});
+    configuration::EventSet past =
+        configuration::event_set(configuration::events_of<net::StgPrefix>(subject_.prefix, trace));
+    past = configuration::set_difference(past, {trace.back().event});
     const std::uint32_t after = subject_.state_after(past);
-    for (const TraceStep& trigger : triggers) {
-      const std::uint32_t before = subject_.state_after(set_difference(past, {trigger.event}));
+    for (const results::TraceStep& trigger : triggers) {
+      const std::uint32_t before =
+          subject_.state_after(configuration::set_difference(past, {trigger.event}));
       EXPECT_NE(next(before, z), next(after, z));
       const std::uint32_t x = subject_.prefix.events[trigger.event]->transition->signal->index;
       same_sign.insert((subject_.codes[after][x] == 1) == next(after, z));
@@ -125,8 +129,8 @@ class Comparison {
 
   // The least total size of a pair with equal codes, or with any, that refutes a hypothesis.
   std::size_t least_pair(bool equal_codes) const {
-    const SignalEvents events(subject_.prefix);
-    const FinalStates states(subject_.prefix, events);
+    const configuration::SignalEvents events(subject_.prefix);
+    const configuration::FinalStates states(subject_.prefix, events);
     NormalcyHypothesis hypothesis(subject_.prefix, states);
     EXPECT_TRUE(hypothesis.make());
     std::size_t least = SIZE_MAX;
@@ -170,7 +174,7 @@ bool has_evidence(const Subject& subject, std::uint32_t z) {
   const bool is_excited_initially = subject.excited[0].contains(z);
   return std::ranges::any_of(subject.prefix.events, [&](const auto& event) {
     if (event->transition->signal->index != z) return false;
-    const auto past = oracle::local_configuration<Stg>(*event);
+    const auto past = oracle::local_configuration<net::Stg>(*event);
     return !is_excited_initially || std::ranges::any_of(past, [&](const auto* cause) {
       return cause != event.get() && cause->transition->signal->index == z;
     });
@@ -178,14 +182,14 @@ bool has_evidence(const Subject& subject, std::uint32_t z) {
 }
 
 void compare_on_seeds(const oracle::RandomStgParams& params) {
-  const auto [first, end] = seeds(30);
+  const auto [first, end] = support::seeds(30);
   testing::internal::CaptureStdout();
   std::size_t compared = 0, violated = 0;
   std::set<NormalcyViolation> kinds;
   for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const auto subject = Subject::make(oracle::random_stg(seed, params));
-    if (!subject || has_dummy_cutoffs(subject->prefix)) continue;
+    if (!subject || configuration::has_dummy_cutoffs(subject->prefix)) continue;
     bool all_have_evidence = true;
     for (std::uint32_t z = subject->prefix.inputs_end; z < subject->prefix.internals_end; ++z)
       all_have_evidence &= has_evidence(*subject, z);
@@ -195,7 +199,7 @@ void compare_on_seeds(const oracle::RandomStgParams& params) {
     kinds.merge(comparison.kinds);
     ++compared;
     violated += comparison.is_violated() ? 1 : 0;
-    EXPECT_FALSE(run_failed());
+    EXPECT_FALSE(base::run_failed());
   }
   drop_output();
   testing::Test::RecordProperty("compared", static_cast<int>(compared));
@@ -219,4 +223,4 @@ TEST(NormalcyCheck, AgreesWithAllPairsOfConfigurationsThatEndInNoDummy) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::conflicts

@@ -5,7 +5,7 @@
 #include "decomposition/gate_library.h"
 #include "toolkit/genlib_reader.h"
 
-namespace vorel {
+namespace vorel::decomposition {
 namespace {
 
 struct BoolAlgebra {
@@ -20,14 +20,15 @@ struct BoolAlgebra {
 };
 
 // An excited output is one that the gate's function is about to change.
-void expect_covers_of_its_function(const LibraryGate& gate) {
-  const BDDCover covers = covers_of(gate);
+void expect_covers_of_its_function(const toolkit::LibraryGate& gate) {
+  const bdd::BDDCover covers = covers_of(gate);
   const std::uint32_t inputs = gate.input_count();
   for (std::uint32_t values = 0; values < 1u << inputs; ++values) {
     std::vector<int> point(64, 0);
     for (std::uint32_t pin = 0; pin < inputs; ++pin) point[pin] = (values >> pin) % 2;
     const auto next_after = [&](bool output) {
-      return value_of<bool>(gate.function, BoolAlgebra{values | (output ? 1u << inputs : 0u)});
+      return toolkit::value_of<bool>(gate.function,
+                                     BoolAlgebra{values | (output ? 1u << inputs : 0u)});
     };
     EXPECT_EQ(covers.er_plus.evaluate(point), next_after(false)) << gate.name << ' ' << values;
     EXPECT_EQ(covers.qr_plus.evaluate(point), next_after(true)) << gate.name << ' ' << values;
@@ -35,7 +36,7 @@ void expect_covers_of_its_function(const LibraryGate& gate) {
     EXPECT_EQ(covers.qr_minus.evaluate(point), !next_after(false)) << gate.name << ' ' << values;
   }
   for (const std::uint32_t variable : covers.support()) EXPECT_LT(variable, inputs) << gate.name;
-  EXPECT_TRUE(gate.has_feedback || covers == BDDCover(covers.er_plus)) << gate.name;
+  EXPECT_TRUE(gate.has_feedback || covers == bdd::BDDCover(covers.er_plus)) << gate.name;
 }
 
 TEST(GateCovers, EveryBuiltInGateIsExcitedWhereItsFunctionChangesTheOutput) {
@@ -49,18 +50,19 @@ TEST(GateCovers, EveryBuiltInGateIsExcitedWhereItsFunctionChangesTheOutput) {
 TEST(GateCovers, KnownGatesHaveTheirTextbookCovers) {
   const auto library = GateLibrary::read("");
   ASSERT_TRUE(library);
-  const Bdd a = bdd_variable(0), b = bdd_variable(1), c = bdd_variable(2), d = bdd_variable(3);
+  const bdd::Bdd a = bdd::bdd_variable(0), b = bdd::bdd_variable(1), c = bdd::bdd_variable(2),
+                 d = bdd::bdd_variable(3);
   const struct {
     const char* name;
-    BDDCover covers;
+    bdd::BDDCover covers;
   } rows[] = {
-      {"const0:combinational", BDDCover(Bdd(false))},
-      {"const1:combinational", BDDCover(Bdd(true))},
-      {"inv:combinational", BDDCover(~a)},
-      {"oai12:combinational", BDDCover(~(a & (b | c)))},
-      {"aoi22:combinational", BDDCover(~((a & b) | (c & d)))},
-      {"delay:asynch", BDDCover(a)},
-      {"delay_inv:asynch", BDDCover(~a)},
+      {"const0:combinational", bdd::BDDCover(bdd::Bdd(false))},
+      {"const1:combinational", bdd::BDDCover(bdd::Bdd(true))},
+      {"inv:combinational", bdd::BDDCover(~a)},
+      {"oai12:combinational", bdd::BDDCover(~(a & (b | c)))},
+      {"aoi22:combinational", bdd::BDDCover(~((a & b) | (c & d)))},
+      {"delay:asynch", bdd::BDDCover(a)},
+      {"delay_inv:asynch", bdd::BDDCover(~a)},
       {"c_element0:asynch", {a & b, a | b, ~a & ~b, ~a | ~b}},
       {"sr_nor:asynch", {a, a | ~b, ~a & b, ~a}},
       {"rs_nor:asynch", {a & ~b, ~b, b, ~a | b}},
@@ -71,7 +73,7 @@ TEST(GateCovers, KnownGatesHaveTheirTextbookCovers) {
   };
   for (const auto& row : rows) {
     EXPECT_EQ(covers_of(library->gate(row.name)), row.covers)
-        << row.name << ' ' << to_string(covers_of(library->gate(row.name)));
+        << row.name << ' ' << bdd::to_string(covers_of(library->gate(row.name)));
   }
 }
 
@@ -82,17 +84,17 @@ TEST(GateCovers, WideGatesTakeLittleRoom) {
   } rows[] = {{"*", "CONST1"}, {"^", "CONST0"}};
   for (const auto& row : rows) {
     std::string text = std::string("GATE g 1 o=!(") + row.start;
-    Bdd expected(row.sign[0] == '*');
+    bdd::Bdd expected(row.sign[0] == '*');
     for (std::uint32_t i = 0; i < 60; i += 2) {
       text += row.sign + ("(a" + std::to_string(i) + "+a" + std::to_string(i + 1) + ")");
-      const Bdd either = bdd_variable(i) | bdd_variable(i + 1);
+      const bdd::Bdd either = bdd::bdd_variable(i) | bdd::bdd_variable(i + 1);
       expected = row.sign[0] == '*' ? expected & either : expected ^ either;
     }
-    const auto gates = read_genlib(text + ");PIN * UNKNOWN 1 1 1 1 1 1", "wide");
+    const auto gates = toolkit::read_genlib(text + ");PIN * UNKNOWN 1 1 1 1 1 1", "wide");
     ASSERT_TRUE(gates);
-    EXPECT_EQ(covers_of(gates->front()), BDDCover(~expected));
+    EXPECT_EQ(covers_of(gates->front()), bdd::BDDCover(~expected));
   }
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::decomposition

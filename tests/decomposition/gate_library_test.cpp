@@ -8,7 +8,7 @@
 
 #include "base/messages.h"
 
-namespace vorel {
+namespace vorel::decomposition {
 namespace {
 
 struct Reading {
@@ -157,7 +157,7 @@ TEST(GateLibrary, TheBuiltInLibraryHasItsGatesInOrder) {
 
   std::string all;
   for (const std::string& name : library.gate_list(2147483647, true)) {
-    all += name.substr(0, name.find(':')) + format_message(" %g ", library.area(name));
+    all += name.substr(0, name.find(':')) + base::format_message(" %g ", library.area(name));
   }
   EXPECT_EQ(all,
             "delay 0 const0 8 const1 8 inv 16 delay_inv 16 nand2 24 nand2_1 24 nor2 24 "
@@ -174,4 +174,4 @@ TEST(GateLibrary, TheBuiltInLibraryHasItsGatesInOrder) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::decomposition

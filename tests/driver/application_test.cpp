@@ -6,7 +6,7 @@
 
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 using Arguments = std::vector<std::string>;
@@ -39,7 +39,7 @@ struct Outcome {
 };
 
 void expect_outcome(const Outcome& row) {
-  const ProgramRun run = run_vorel(row.arguments);
+  const support::ProgramRun run = support::run_vorel(row.arguments);
   SCOPED_TRACE(row.arguments.at(0) + " " + row.arguments.back());
   EXPECT_EQ(run.exit_code, row.exit_code) << run.err;
   EXPECT_TRUE(run.out.starts_with(row.out_start)) << run.out;
@@ -47,7 +47,7 @@ void expect_outcome(const Outcome& row) {
 }
 
 TEST(Application, ReportsFilesThatItCannotRead) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const auto unexpected = [](const std::string& extension) {
     return "\nError: unexpected file extension: \"" + extension + "\"\n";
   };
@@ -73,17 +73,17 @@ TEST(Application, ReportsFilesThatItCannotRead) {
 }
 
 TEST(Application, ReadsALegacyFileAsAPlainNetWhereThatIsAccepted) {
-  const TemporaryFolder folder;
-  std::string bytes = read_text(example("philosophers4.mci"));
+  const support::TemporaryFolder folder;
+  std::string bytes = support::read_text(support::example("philosophers4.mci"));
   for (const auto& [from, to] : {std::pair{"take0", "O.abc"}, std::pair{"take1", "I.abc"}}) {
     ASSERT_NE(bytes.find(from), std::string::npos);
     bytes.replace(bytes.find(from), 5, to);
   }
   const std::string file = folder.write("labelled.mci", bytes);
-  const ProgramRun plain = run_vorel({"-D", file});
+  const support::ProgramRun plain = support::run_vorel({"-D", file});
   EXPECT_EQ(plain.exit_code, 1) << plain.err;  // the format is deprecated
   EXPECT_NE(plain.out.find("O.abc"), std::string::npos) << plain.out << plain.err;
-  const ProgramRun stg = run_vorel({"-C", file});
+  const support::ProgramRun stg = support::run_vorel({"-C", file});
   EXPECT_EQ(stg.exit_code, 2);
   EXPECT_NE(stg.err.find("removing prefix from a transition name causes a collision"),
             std::string::npos)
@@ -91,7 +91,7 @@ TEST(Application, ReadsALegacyFileAsAPlainNetWhereThatIsAccepted) {
 }
 
 TEST(Application, RefusesAModeWithoutEngineOnlyAfterReadingAndCheckingItsInput) {
-  const std::string stg = example("vme_read.unf.pnml");
+  const std::string stg = support::example("vme_read.unf.pnml");
   const std::string start = "\nfile: " + stg + "\n |B|=15 |E|=12 |C|=1 |BE|=14 |EB|=13";
   for (const char* mode : {"-R", "-T"}) {
     expect_outcome({{mode, stg}, 2, start, not_supported});
@@ -105,19 +105,21 @@ TEST(Application, RefusesAModeWithoutEngineOnlyAfterReadingAndCheckingItsInput) 
 }
 
 TEST(Application, AWarningGivesExitCodeOneAndTheAnswer) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string file =
-      folder.write("isolated.pnml", with_isolated_place(read_text(example("celement.unf.pnml"))));
-  const ProgramRun run = run_vorel({"-D", file});
+      folder.write("isolated.pnml",
+                   with_isolated_place(support::read_text(support::example("celement.unf.pnml"))));
+  const support::ProgramRun run = support::run_vorel({"-D", file});
   EXPECT_EQ(run.exit_code, 1);
   EXPECT_TRUE(run.err.starts_with("\nWarning: the net contains 1 isolated place(s): ")) << run.err;
   EXPECT_NE(run.out.find("\nthe system is deadlock-free\n"), std::string::npos) << run.out;
 }
 
 TEST(Application, WaitsForEnterAsTheOptionSays) {
-  const TemporaryFolder folder;
-  const std::string clean = example("celement.unf.pnml");
-  const std::string warning = folder.write("isolated.pnml", with_isolated_place(read_text(clean)));
+  const support::TemporaryFolder folder;
+  const std::string clean = support::example("celement.unf.pnml");
+  const std::string warning =
+      folder.write("isolated.pnml", with_isolated_place(support::read_text(clean)));
   const std::string error = folder.path("missing.pnml");
   const struct {
     const char* option;
@@ -127,20 +129,22 @@ TEST(Application, WaitsForEnterAsTheOptionSays) {
       {"-w3", true, true, true},    {"-w", true, true, true},
   };
   const auto prompts = [](const char* option, const std::string& file) {
-    return run_vorel({"-D", option, file}, {.input = "line\nline\n"}).out.ends_with(prompt);
+    return support::run_vorel({"-D", option, file}, {.input = "line\nline\n"})
+        .out.ends_with(prompt);
   };
   for (const auto& row : table) {
     EXPECT_EQ(prompts(row.option, clean), row.after_success) << row.option;
     EXPECT_EQ(prompts(row.option, warning), row.after_warning) << row.option;
     EXPECT_EQ(prompts(row.option, error), row.after_error) << row.option;
   }
-  EXPECT_EQ(run_vorel({"-D", "-w3", error}, {.input = ""}).exit_code, 2) << "no standard input";
+  EXPECT_EQ(support::run_vorel({"-D", "-w3", error}, {.input = ""}).exit_code, 2)
+      << "no standard input";
 }
 
 TEST(Application, FailsWhenItsOutputIsLost) {
-  const std::string file = example("celement.unf.pnml");
+  const std::string file = support::example("celement.unf.pnml");
   for (const Arguments& arguments : {Arguments{}, Arguments{"-h"}, Arguments{"-D", file}}) {
-    const ProgramRun run = run_vorel(arguments, {.output_path = "/dev/full"});
+    const support::ProgramRun run = support::run_vorel(arguments, {.output_path = "/dev/full"});
     EXPECT_EQ(run.exit_code, 2);
     EXPECT_TRUE(run.err.starts_with("\nError: cannot write ")) << run.err;
     EXPECT_EQ(run.err.find("Error", 10), std::string::npos) << run.err;
@@ -148,19 +152,19 @@ TEST(Application, FailsWhenItsOutputIsLost) {
 }
 
 TEST(Application, AClosedStandardOutputIsAnErrorAndNeverMixesWithAFile) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string command = "\"$0\" -D \"$1\" \"$2\" >&-";
-  EXPECT_EQ(run_program({"/bin/sh", "-c", command, VOREL_BINARY, example("celement.unf.pnml"),
-                         folder.path("answer")})
+  EXPECT_EQ(support::run_program({"/bin/sh", "-c", command, VOREL_BINARY,
+                                  support::example("celement.unf.pnml"), folder.path("answer")})
                 .exit_code,
             2);
-  EXPECT_EQ(read_text(folder.path("answer")), "NO\n");
+  EXPECT_EQ(support::read_text(folder.path("answer")), "NO\n");
 }
 
 // A file that the caller redirected the output to: neither may overwrite the other.
 TEST(Application, AnAnswerSentToTheStandardOutputByNameStandsBetweenStatisticsAndTimes) {
-  const std::string name = example("philosophers4.unf.pnml");
-  const ProgramRun run = run_vorel({"-D", name, "/dev/stdout"});
+  const std::string name = support::example("philosophers4.unf.pnml");
+  const support::ProgramRun run = support::run_vorel({"-D", name, "/dev/stdout"});
   EXPECT_EQ(run.exit_code, 0) << "an answer never shows there";
   EXPECT_EQ(run.err, "");
   const std::string start = "\nfile: " + name + "\n |B|=28 |E|=12 |C|=4 |BE|=20 |EB|=20\n";
@@ -172,10 +176,11 @@ TEST(Application, AnAnswerSentToTheStandardOutputByNameStandsBetweenStatisticsAn
 
 #ifndef VOREL_SANITIZED
 TEST(Application, MemoryOverflowIsReportedOnceWithItsOwnExitCode) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string file = folder.path("large.pnml");
   std::ofstream(file) << "<pnml>" << std::string(std::size_t{64} << 20, ' ') << "</pnml>";
-  const ProgramRun run = run_vorel({"-D", "-w3", file}, {.address_space = std::size_t{48} << 20});
+  const support::ProgramRun run =
+      support::run_vorel({"-D", "-w3", file}, {.address_space = std::size_t{48} << 20});
   EXPECT_EQ(run.exit_code, 5);
   EXPECT_EQ(run.err, "\nError: memory overflow\n");
   EXPECT_EQ(run.out, "\nfile: " + file);
@@ -183,4 +188,4 @@ TEST(Application, MemoryOverflowIsReportedOnceWithItsOwnExitCode) {
 #endif
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -8,25 +8,25 @@
 #include "base/run_state.h"
 #include "driver/option_table.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 // 3 inputs, 2 outputs, 1 internal signal, 4 dummies, 5 places, 7 transitions.
 class Coefficients : public testing::Test {
  protected:
   Coefficients() {
-    const std::pair<SignalKind, int> counts[] = {{SignalKind::input, 3},
-                                                 {SignalKind::output, 2},
-                                                 {SignalKind::internal, 1},
-                                                 {SignalKind::dummy, 4}};
+    const std::pair<net::SignalKind, int> counts[] = {{net::SignalKind::input, 3},
+                                                      {net::SignalKind::output, 2},
+                                                      {net::SignalKind::internal, 1},
+                                                      {net::SignalKind::dummy, 4}};
     for (const auto& [kind, count] : counts) {
       for (int i = 0; i < count; ++i)
-        add_signal(stg, std::string(1u + stg.signals.size(), 's'), kind);
+        net::add_signal(stg, std::string(1u + stg.signals.size(), 's'), kind);
     }
-    sort_signals(stg);
-    for (int i = 0; i < 5; ++i) append_new(stg.places);
-    for (int i = 0; i < 7; ++i) append_new(stg.transitions);
-    run_state() = {};
+    net::sort_signals(stg);
+    for (int i = 0; i < 5; ++i) base::append_new(stg.places);
+    for (int i = 0; i < 7; ++i) base::append_new(stg.transitions);
+    base::run_state() = {};
   }
 
   std::string errors_of(const std::string& text) {
@@ -35,7 +35,7 @@ class Coefficients : public testing::Test {
     return testing::internal::GetCapturedStderr();
   }
 
-  Stg stg;
+  net::Stg stg;
 };
 
 TEST_F(Coefficients, FollowTheUsualPrecedenceAndWrap) {
@@ -137,7 +137,7 @@ TEST_F(Coefficients, AgreeWithWiderArithmeticOnRandomExpressions) {
 }
 
 TEST_F(Coefficients, OfTheDefaultTextsAreStoredUnderTheirKeys) {
-  Params params = default_params();
+  base::Params params = default_params();
   evaluate_coefficients(stg, params);
   const std::pair<const char*, int> table[] = {
       {"coeff_CSC_cores", 48},
@@ -152,10 +152,10 @@ TEST_F(Coefficients, OfTheDefaultTextsAreStoredUnderTheirKeys) {
 }
 
 TEST_F(Coefficients, EachReportItsOwnError) {
-  run_state().coefficients.csc = "1-2";
-  run_state().coefficients.conc = "(";
-  run_state().coefficients.lock = "0-3";
-  Params params = default_params();
+  base::run_state().coefficients.csc = "1-2";
+  base::run_state().coefficients.conc = "(";
+  base::run_state().coefficients.lock = "0-3";
+  base::Params params = default_params();
   testing::internal::CaptureStderr();
   evaluate_coefficients(stg, params);
   const std::string text = testing::internal::GetCapturedStderr();
@@ -165,4 +165,4 @@ TEST_F(Coefficients, EachReportItsOwnError) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -9,16 +9,16 @@
 #include "driver/option_table.h"
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 using Arguments = std::vector<std::string>;
 
-std::unique_ptr<Params> parse(Arguments arguments) {
+std::unique_ptr<base::Params> parse(Arguments arguments) {
   arguments.insert(arguments.begin(), "vorel");
   std::vector<char*> pointers;
   for (std::string& argument : arguments) pointers.push_back(argument.data());
-  run_state() = {};
+  base::run_state() = {};
   return parse_command_line(static_cast<int>(pointers.size()), pointers.data());
 }
 
@@ -67,23 +67,23 @@ TEST(CommandLine, StoresWhatTheOptionsSay) {
     const auto params = parse(row.arguments);
     ASSERT_NE(params, nullptr);
     EXPECT_EQ(params->get(row.key), row.value);
-    EXPECT_EQ(run_state().input_file_name, "net.pnml");
-    EXPECT_EQ(run_state().output_file_name, "");
+    EXPECT_EQ(base::run_state().input_file_name, "net.pnml");
+    EXPECT_EQ(base::run_state().output_file_name, "");
   }
 }
 
 TEST(CommandLine, TakesFileNamesAfterTheOptionsAndIgnoresTheRest) {
   ASSERT_NE(parse({"-F", "-d", "-x", "net.mci", "-a", "extra"}), nullptr);
-  EXPECT_EQ(run_state().mode_data, "-x");
-  EXPECT_EQ(run_state().input_file_name, "net.mci");
-  EXPECT_EQ(run_state().output_file_name, "-a");
+  EXPECT_EQ(base::run_state().mode_data, "-x");
+  EXPECT_EQ(base::run_state().input_file_name, "net.mci");
+  EXPECT_EQ(base::run_state().output_file_name, "-a");
   ASSERT_NE(parse({"-D", "", "-D"}), nullptr);
-  EXPECT_EQ(run_state().input_file_name, "");
+  EXPECT_EQ(base::run_state().input_file_name, "");
 }
 
 std::string texts_after(const Arguments& arguments) {
   EXPECT_NE(parse(arguments), nullptr);
-  const CoefficientTexts& t = run_state().coefficients;
+  const base::CoefficientTexts& t = base::run_state().coefficients;
   return t.csc + ' ' + t.usc + ' ' + t.del + ' ' + t.trig + ' ' + t.seq + ' ' + t.conc + ' ' +
          t.lock;
 }
@@ -156,7 +156,7 @@ const Refusal refusals[] = {
 
 TEST(CommandLine, RefusesWithOneMessageAndNoOtherOutput) {
   for (const Refusal& row : refusals) {
-    const ProgramRun run = run_vorel(row.arguments);
+    const support::ProgramRun run = support::run_vorel(row.arguments);
     EXPECT_EQ(run.exit_code, 2) << row.error;
     EXPECT_EQ(run.err, "\nError: " + row.error + "\n");
     EXPECT_EQ(run.out, "") << row.error;
@@ -164,4 +164,4 @@ TEST(CommandLine, RefusesWithOneMessageAndNoOtherOutput) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -5,7 +5,7 @@
 
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 std::size_t occurrences(const std::string& text, const std::string& part) {
@@ -18,7 +18,7 @@ std::size_t occurrences(const std::string& text, const std::string& part) {
 
 // "spin" and "spill" wait for each other, and only what "spill" leaves could stop the loop of "go".
 TEST(DeadlockCommand, DoesNotTakeEventsThatWaitForEachOtherForARun) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string circle = folder.write("circle.mp",
                                           "6 4 5 4\n"
                                           "1 1 1\n2 1 0\n3 1 0\n4 1 0\n5 1 0\n1 2 0\n"
@@ -26,7 +26,7 @@ TEST(DeadlockCommand, DoesNotTakeEventsThatWaitForEachOtherForARun) {
                                           "5\nready\na\nb\nc\nstopped\n"
                                           "spin\nspill\nstop\ngo\n");
   for (const char* search : {"-v3", "-a", "-f"}) {
-    const ProgramRun at_once = run_vorel({"-D", search, circle});
+    const support::ProgramRun at_once = support::run_vorel({"-D", search, circle});
     EXPECT_EQ(at_once.exit_code, 1) << "the format is deprecated";
     EXPECT_NE(at_once.out.find("\nthe system is deadlock-free\n"), std::string::npos);
     EXPECT_EQ(occurrences(at_once.err, "\nInstance size: cl/vars/lits="), 1u);
@@ -36,7 +36,7 @@ TEST(DeadlockCommand, DoesNotTakeEventsThatWaitForEachOtherForARun) {
                           "|SCC|=2, threshold=0"),
               std::string(search) == "-v3" ? 1u : 0u);
 
-    const ProgramRun in_steps = run_vorel({"-D", "-+", search, circle});
+    const support::ProgramRun in_steps = support::run_vorel({"-D", "-+", search, circle});
     EXPECT_NE(in_steps.out.find("\nthe system is deadlock-free\n"), std::string::npos);
     EXPECT_EQ(occurrences(in_steps.err, "\nInstance size: cl/vars/lits="), 2u);
     EXPECT_EQ(occurrences(in_steps.err,
@@ -48,21 +48,21 @@ TEST(DeadlockCommand, DoesNotTakeEventsThatWaitForEachOtherForARun) {
 
 // Its places are not entered in the order of their depths, or not once at each.
 TEST(DeadlockCommand, RefusesAMergedProcessWithTwoConditionsOfOnePlaceAndDepth) {
-  const TemporaryFolder folder;
-  const ProgramRun run =
-      run_vorel({"-D", folder.write("twice.mp", "2 1 1 1\n1 1 1\n1 1 0\n1 0 1 1 0 1\n1\np\nt\n")});
+  const support::TemporaryFolder folder;
+  const support::ProgramRun run = support::run_vorel(
+      {"-D", folder.write("twice.mp", "2 1 1 1\n1 1 1\n1 1 0\n1 0 1 1 0 1\n1\np\nt\n")});
   EXPECT_EQ(run.exit_code, 2);
   EXPECT_NE(run.err.find("place p has two conditions at occurrence depth 1"), std::string::npos);
   EXPECT_EQ(run.out.find("the system"), std::string::npos);
 }
 
 TEST(DeadlockCommand, WarnsOfPrefixesThatMayHaveLostTheirCutOffs) {
-  const TemporaryFolder folder;
-  const ProgramRun empty =
-      run_vorel({"-D", folder.write("net.pnml",
-                                    "<pnml><net type='branching_process:low_level_net'>"
-                                    "<original_net><net type='low_level_net'><page/></net>"
-                                    "</original_net><page/></net></pnml>")});
+  const support::TemporaryFolder folder;
+  const support::ProgramRun empty =
+      support::run_vorel({"-D", folder.write("net.pnml",
+                                             "<pnml><net type='branching_process:low_level_net'>"
+                                             "<original_net><net type='low_level_net'><page/></net>"
+                                             "</original_net><page/></net></pnml>")});
   EXPECT_EQ(empty.exit_code, 1);
   EXPECT_NE(empty.err.find("the prefix has no cut-off events; if they were discarded by the "
                            "unfolder then false deadlocks could have been introduced"),
@@ -72,4 +72,4 @@ TEST(DeadlockCommand, WarnsOfPrefixesThatMayHaveLostTheirCutOffs) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::driver

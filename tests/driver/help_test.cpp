@@ -6,7 +6,7 @@
 #include "driver/option_table.h"
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 using Parts = std::vector<std::string>;
@@ -51,7 +51,7 @@ std::string entry_of(const OptionRow& row) {
 }
 
 TEST(Help, WithoutArgumentsIsBrief) {
-  const ProgramRun run = run_vorel({});
+  const support::ProgramRun run = support::run_vorel({});
   EXPECT_EQ(run.exit_code, 0);
   EXPECT_EQ(run.err, "");
   expect_in_order(run.out, common_parts());
@@ -62,7 +62,7 @@ TEST(Help, WithoutArgumentsIsBrief) {
 }
 
 TEST(Help, InFullExplainsEveryOptionWithTheCurrentDefaults) {
-  const ProgramRun run = run_vorel({"-h", "x", "y"});
+  const support::ProgramRun run = support::run_vorel({"-h", "x", "y"});
   EXPECT_EQ(run.exit_code, 0);
   EXPECT_EQ(run.err, "");
   Parts parts = common_parts();
@@ -90,4 +90,4 @@ TEST(Help, InFullExplainsEveryOptionWithTheCurrentDefaults) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::driver

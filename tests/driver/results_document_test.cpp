@@ -7,7 +7,7 @@
 
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 TEST(ResultsDocument, OfEveryModeKeepsToTheSchema) {
@@ -25,24 +25,24 @@ TEST(ResultsDocument, OfEveryModeKeepsToTheSchema) {
       {"-G"},
       {"-S"},
   };
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   std::size_t count = 0;
   for (const auto& entry : std::filesystem::directory_iterator(VOREL_EXAMPLES)) {
     if (!entry.path().string().ends_with(".pnml")) continue;
     for (std::vector<std::string> arguments : table) {
       arguments.push_back(entry.path());
       arguments.push_back(folder.path(std::to_string(count) + ".xml"));
-      run_vorel(arguments);
+      support::run_vorel(arguments);
       count += std::filesystem::exists(arguments.back()) ? 1 : 0;
     }
   }
   EXPECT_GT(count, 70u) << "conflicts and inputs that a mode does not take leave no document";
-  const std::string schema = example("../docs/results.xsd");
-  const ProgramRun run =
-      run_program({"/bin/sh", "-c", "xmllint --noout --schema '" + schema + "' *.xml"},
-                  {.directory = folder.path()});
+  const std::string schema = support::example("../docs/results.xsd");
+  const support::ProgramRun run =
+      support::run_program({"/bin/sh", "-c", "xmllint --noout --schema '" + schema + "' *.xml"},
+                           {.directory = folder.path()});
   EXPECT_EQ(run.exit_code, 0) << run.err;
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -7,7 +7,7 @@
 
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::driver {
 namespace {
 
 constexpr const char* failure = "\nFailed to synthesise the specification\n";
@@ -26,15 +26,15 @@ constexpr const char* dead_output =
 constexpr const char* without_outputs =
     ".inputs i\n.graph\ni+ i-\ni- i+\n.marking { <i-,i+> }\n.end\n";
 
-std::string unfolded(const TemporaryFolder& folder, const std::string& g_text) {
+std::string unfolded(const support::TemporaryFolder& folder, const std::string& g_text) {
   const std::string file = folder.path("stg.unf.pnml");
-  EXPECT_LT(run_vorel_unfold({folder.write("stg.g", g_text), file}).exit_code, 2);
+  EXPECT_LT(support::run_vorel_unfold({folder.write("stg.g", g_text), file}).exit_code, 2);
   return file;
 }
 
 // What comes between the statistics of the prefix and those of the formula, and after a failure to
 // the end.
-std::string answer(const ProgramRun& run) {
+std::string answer(const support::ProgramRun& run) {
   const std::size_t start = run.out.find(" |EB|=");
   if (start == std::string::npos) return "no statistics: " + run.out;
   const std::size_t first = run.out.find('\n', start);
@@ -46,8 +46,8 @@ std::string answer(const ProgramRun& run) {
 }
 
 TEST(SynthesisCommand, TellsTriggersContextAndEquationOfEachAlternative) {
-  const TemporaryFolder folder;
-  const ProgramRun run = run_vorel({"-G", "-@", unfolded(folder, two_choices)});
+  const support::TemporaryFolder folder;
+  const support::ProgramRun run = support::run_vorel({"-G", "-@", unfolded(folder, two_choices)});
   EXPECT_EQ(run.exit_code, 0);
   const std::string set =
       "Signal z SET (cost 2)\nTriggers (approximation): i\nContext: i w\nEquation (2 lits): i' w\n"
@@ -58,15 +58,15 @@ TEST(SynthesisCommand, TellsTriggersContextAndEquationOfEachAlternative) {
                              "\nEquations derived (literals=3)\n");
 
   const std::string text = folder.path("out.txt");
-  EXPECT_EQ(answer(run_vorel({"-G", folder.path("stg.unf.pnml"), text})), "");
-  EXPECT_EQ(read_text(text), "\nYES\n" + set + "\nYES\n" + reset);
+  EXPECT_EQ(answer(support::run_vorel({"-G", folder.path("stg.unf.pnml"), text})), "");
+  EXPECT_EQ(support::read_text(text), "\nYES\n" + set + "\nYES\n" + reset);
 }
 
 TEST(SynthesisCommand, WritesADocument) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string file = folder.path("out.xml");
-  run_vorel({"-E", example("mutex2.unf.pnml"), file});
-  const std::string document = read_text(file);
+  support::run_vorel({"-E", support::example("mutex2.unf.pnml"), file});
+  const std::string document = support::read_text(file);
   EXPECT_TRUE(document.starts_with(
       "<result status=\"success\" message=\"Equations derived (literals=4)\">\n\t<solutions>\n"
       "\t\t<solution cost=\"2\" message=\"alternative implementations of g1\">\n"
@@ -131,27 +131,28 @@ const VerilogRow verilog_table[] = {
 TEST(SynthesisCommand, WritesAVerilogModule) {
   for (const VerilogRow& row : verilog_table) {
     SCOPED_TRACE(row.mode + row.stg);
-    const TemporaryFolder folder;
+    const support::TemporaryFolder folder;
     const std::string prefix = unfolded(folder, row.stg);
-    const ProgramRun run = run_vorel({row.mode, prefix, folder.path(".v")});
+    const support::ProgramRun run = support::run_vorel({row.mode, prefix, folder.path(".v")});
     EXPECT_LT(run.exit_code, 2) << run.err;
     EXPECT_EQ(answer(run), std::string("\n") + row.status + '\n');
-    EXPECT_EQ(read_text(folder.path(".v")), row.text);
+    EXPECT_EQ(support::read_text(folder.path(".v")), row.text);
   }
 }
 
 TEST(SynthesisCommand, WritesVerilogToTheErrorStreamWhereTheFileCannotBeOpened) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string file = folder.path("no/such.v");
-  const ProgramRun run = run_vorel({"-E", unfolded(folder, without_inputs), file});
+  const support::ProgramRun run =
+      support::run_vorel({"-E", unfolded(folder, without_inputs), file});
   EXPECT_EQ(run.exit_code, 1);
   EXPECT_EQ(run.err,
             "\nWarning: cannot open \"" + file + "\" for output\n" + verilog_table[0].text);
 }
 
 TEST(SynthesisCommand, AConflictLeavesAMessageAndNoEquation) {
-  const TemporaryFolder folder;
-  const std::string stg = example("vme_read.unf.pnml");
+  const support::TemporaryFolder folder;
+  const std::string stg = support::example("vme_read.unf.pnml");
   const std::string status = "\nCannot derive equation\n";
   const struct {
     const char *mode, *file;
@@ -162,13 +163,14 @@ TEST(SynthesisCommand, AConflictLeavesAMessageAndNoEquation) {
   };
   for (const auto& row : table) {
     SCOPED_TRACE(std::string(row.mode) + ' ' + row.file);
-    const ProgramRun run = run_vorel({row.mode, stg, row.file}, {.directory = folder.path()});
+    const support::ProgramRun run =
+        support::run_vorel({row.mode, stg, row.file}, {.directory = folder.path()});
     EXPECT_EQ(run.exit_code, 2);
     EXPECT_EQ(run.err, conflict);
     EXPECT_EQ(answer(run), row.out);
     std::string written;
     for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
-      written = read_text(entry.path());
+      written = support::read_text(entry.path());
       std::filesystem::remove(entry.path());
     }
     EXPECT_EQ(written, row.text);
@@ -176,4 +178,4 @@ TEST(SynthesisCommand, AConflictLeavesAMessageAndNoEquation) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::driver

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "formats/net_reading.h"
 #include "oracle/parse_g.h"
 #include "oracle/state_graph.h"
-#include "formats/net_reading.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 NetReading read_g(const std::string& text) { return read_text(text, NetFormat::g); }
@@ -177,13 +177,13 @@ TEST(GReader, WhatIsOnlyOddIsReadWithOneWarning) {
 class GExamples : public testing::TestWithParam<const char*> {};
 
 TEST_P(GExamples, AreTheNetsThatTheReferenceReads) {
-  const std::string text = example_bytes(std::string(GetParam()) + ".g");
+  const std::string text = support::example_bytes(std::string(GetParam()) + ".g");
   const NetReading reading = read_g(text);
   ASSERT_TRUE(reading.net && reading.messages.empty()) << reading.messages;
   const auto expected = oracle::parse_g(text);
   ASSERT_TRUE(expected);
   EXPECT_EQ(reading.description(), describe_net(*expected));
-  const Stg& stg = std::get<Stg>(*reading.net);
+  const net::Stg& stg = std::get<net::Stg>(*reading.net);
   EXPECT_EQ(oracle::explore(stg).states.size(), oracle::explore(*expected).states.size());
 }
 
@@ -193,4 +193,4 @@ INSTANTIATE_TEST_SUITE_P(All, GExamples,
                                          "vme_read_csc"));
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

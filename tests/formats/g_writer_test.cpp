@@ -15,7 +15,7 @@
 #include "support/legacy_files.h"
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 // A transition of an output; its label, such as "x+", is its name as well where none is given.
@@ -24,14 +24,14 @@ struct Arcs {
   std::vector<std::string> from, to;
   std::string name = label;
 };
-Stg stg_of(const std::vector<Arcs>& rows, const std::vector<std::string>& marked) {
-  oracle::NetBuilder<Stg> builder;
-  std::map<std::string, Signal*> signals;
+net::Stg stg_of(const std::vector<Arcs>& rows, const std::vector<std::string>& marked) {
+  oracle::NetBuilder<net::Stg> builder;
+  std::map<std::string, net::Signal*> signals;
   for (const Arcs& row : rows) {
     const std::string name = row.label.substr(0, row.label.size() - 1);
-    Signal*& signal = signals[name];
-    if (signal == nullptr) signal = &builder.add_signal(name, SignalKind::output);
-    const auto sign = static_cast<Sign>(std::string("+-~").find(row.label.back()));
+    net::Signal*& signal = signals[name];
+    if (signal == nullptr) signal = &builder.add_signal(name, net::SignalKind::output);
+    const auto sign = static_cast<net::Sign>(std::string("+-~").find(row.label.back()));
     builder.add_transition(row.name).label(*signal, sign);
     for (const std::string& place : row.from) builder.consume(place);
     for (const std::string& place : row.to) builder.produce(place);
@@ -40,7 +40,7 @@ Stg stg_of(const std::vector<Arcs>& rows, const std::vector<std::string>& marked
   return builder.finish();
 }
 
-std::string written(const Stg& stg) {
+std::string written(const net::Stg& stg) {
   std::ostringstream stream;
   EXPECT_TRUE(write_g(stg, stream));
   return stream.str();
@@ -52,14 +52,14 @@ struct Sizes {
   std::multiset<std::string> arcs;  // labels along all arcs of the state graph
   bool operator==(const Sizes&) const = default;
 };
-Sizes sizes_of(const Stg& stg) {
+Sizes sizes_of(const net::Stg& stg) {
   Sizes sizes;
   const auto graph = oracle::explore(stg);
   sizes.states = graph.states.size();
   for (const auto& state : graph.states) {
     sizes.deadlocks += state.is_deadlock() ? 1 : 0;
     for (const auto& arc : state.arcs) {
-      const StgTransition& t = *arc.transition;
+      const net::StgTransition& t = *arc.transition;
       sizes.arcs.insert(t.signal->name + "+-~"[static_cast<std::size_t>(t.sign)] +
                         "io_d"[static_cast<std::size_t>(t.signal->kind)]);
     }
@@ -70,7 +70,7 @@ Sizes sizes_of(const Stg& stg) {
   return sizes;
 }
 
-void expect_same_when_read(const Stg& stg) {
+void expect_same_when_read(const net::Stg& stg) {
   const std::string text = written(stg);
   const auto again = oracle::parse_g(text);
   ASSERT_TRUE(again) << text;
@@ -78,18 +78,18 @@ void expect_same_when_read(const Stg& stg) {
 }
 
 TEST(GWriter, TheTextIsThatOfTheFormat) {
-  oracle::NetBuilder<Stg> b;
-  Signal& x = b.add_signal("x", SignalKind::output);
-  Signal& a = b.add_signal("a", SignalKind::input);
-  Signal& d = b.add_signal("d", SignalKind::dummy);
-  b.add_signal("bb", SignalKind::input);
-  b.add_transition("x+").label(x, Sign::plus).consume("p").produce("q").produce("sink");
-  b.add_transition("i.a-/2").label(a, Sign::minus).consume("q").produce("r");
-  b.add_transition("d").label(d, Sign::toggle).consume("r").consume("p").produce("p");
+  oracle::NetBuilder<net::Stg> b;
+  net::Signal& x = b.add_signal("x", net::SignalKind::output);
+  net::Signal& a = b.add_signal("a", net::SignalKind::input);
+  net::Signal& d = b.add_signal("d", net::SignalKind::dummy);
+  b.add_signal("bb", net::SignalKind::input);
+  b.add_transition("x+").label(x, net::Sign::plus).consume("p").produce("q").produce("sink");
+  b.add_transition("i.a-/2").label(a, net::Sign::minus).consume("q").produce("r");
+  b.add_transition("d").label(d, net::Sign::toggle).consume("r").consume("p").produce("p");
   b.mark("p");
   b.mark("q");
   b.mark("alone");
-  Stg stg = b.finish();
+  net::Stg stg = b.finish();
   stg.places.back()->initial_marking = 2;
   ASSERT_EQ(stg.places.back()->name, "alone");
   EXPECT_EQ(written(stg),
@@ -113,11 +113,11 @@ TEST(GWriter, RandomStgsAreReadBackWithTheSameBehaviour) {
 TEST(GWriter, TheExamplesAreReadBackAsTheCircuitsThatTheyAre) {
   for (const std::string name : {"celement", "dummy_fork", "fork_join", "latch_ctrl", "muller3",
                                  "mutex2", "sequencer", "toggle", "vme_read", "vme_read_csc"}) {
-    const auto circuit = oracle::parse_g(read_text(example(name + ".g")));
-    const CaughtMessages warnings;
-    const auto prefix = read_pnml<StgPrefixVariant>(example(name + ".unf.pnml"));
+    const auto circuit = oracle::parse_g(support::read_text(support::example(name + ".g")));
+    const support::CaughtMessages warnings;
+    const auto prefix = read_pnml<net::StgPrefixVariant>(support::example(name + ".unf.pnml"));
     ASSERT_TRUE(circuit && prefix) << name;
-    const Stg& stg = std::get<StgPrefix>(*prefix);
+    const net::Stg& stg = std::get<net::StgPrefix>(*prefix);
     EXPECT_TRUE(sizes_of(stg) == sizes_of(*circuit)) << name;
     expect_same_when_read(stg);
   }
@@ -125,7 +125,7 @@ TEST(GWriter, TheExamplesAreReadBackAsTheCircuitsThatTheyAre) {
 
 // The second of two parallel places keeps its own marking by keeping its name.
 TEST(GWriter, OfParallelPlacesAllButOneAreWrittenByName) {
-  const Stg stg =
+  const net::Stg stg =
       stg_of({{"x+", {"p"}, {"q", "r", "s"}}, {"x-", {"q", "r", "s"}, {"p"}}}, {"p", "s"});
   const std::string text = written(stg);
   EXPECT_NE(text.find("\nr x-\ns x-\nx+ x- r s\nx- x+\n"), std::string::npos) << text;
@@ -134,7 +134,8 @@ TEST(GWriter, OfParallelPlacesAllButOneAreWrittenByName) {
 }
 
 TEST(GWriter, TheOneOfParallelPlacesWithTheNameOfThePairIsImplicit) {
-  const Stg stg = stg_of({{"x+", {"p"}, {"q", "<x+,x->"}}, {"x-", {"q", "<x+,x->"}, {"p"}}}, {"p"});
+  const net::Stg stg =
+      stg_of({{"x+", {"p"}, {"q", "<x+,x->"}}, {"x-", {"q", "<x+,x->"}, {"p"}}}, {"p"});
   EXPECT_NE(written(stg).find("\n.graph\nq x-\nx+ q x-\n"), std::string::npos) << written(stg);
   expect_same_when_read(stg);
 }
@@ -142,12 +143,12 @@ TEST(GWriter, TheOneOfParallelPlacesWithTheNameOfThePairIsImplicit) {
 // "<x+,x->" has two consumers and must be written; so the place between x+ and x- must be, too. It
 // is called as if it were between y+ and y-, so that those two have no implicit place either.
 TEST(GWriter, APlaceMakesRoomForAWrittenOneOfTheNameThatItWouldHave) {
-  const Stg stg = stg_of({{"x+", {"p"}, {"<y+,y->"}},
-                          {"x-", {"<y+,y->"}, {"<x+,x->"}},
-                          {"y+", {"<x+,x->"}, {"q"}},
-                          {"y-", {"q"}, {"p"}},
-                          {"y~", {"<x+,x->"}, {"p"}}},
-                         {"<y+,y->"});
+  const net::Stg stg = stg_of({{"x+", {"p"}, {"<y+,y->"}},
+                               {"x-", {"<y+,y->"}, {"<x+,x->"}},
+                               {"y+", {"<x+,x->"}, {"q"}},
+                               {"y-", {"q"}, {"p"}},
+                               {"y~", {"<x+,x->"}, {"p"}}},
+                              {"<y+,y->"});
   const std::string text = written(stg);
   EXPECT_NE(text.find("\nq y-"), std::string::npos) << text;
   EXPECT_NE(text.find("\n<x+,x-> y+ y~"), std::string::npos) << text;
@@ -166,12 +167,12 @@ TEST(GWriter, TransitionsWhoseNamesDoNotTellThemApartGetNewInstances) {
       {"x+/", "x+/1"},    {"x+ /3", "x+/1"}, {"x+/#", "x+/1"},
       {"x+/a,b", "x+/1"}, {"x+y", "x+/1"},   {"I.x+/1", "x+/1"}};
   for (const auto& [name, expected] : rows) {
-    const Stg stg = stg_of({{"x+", {"p"}, {"q"}},
-                            {"x+", {"p"}, {"r"}, name},
-                            {"x-", {"q"}, {}},
-                            {"x-", {"r"}, {}, "x-/2"}},
-                           {"p"});
-    const CaughtMessages messages;
+    const net::Stg stg = stg_of({{"x+", {"p"}, {"q"}},
+                                 {"x+", {"p"}, {"r"}, name},
+                                 {"x-", {"q"}, {}},
+                                 {"x-", {"r"}, {}, "x-/2"}},
+                                {"p"});
+    const support::CaughtMessages messages;
     const std::string text = written(stg);
     EXPECT_NE(text.find("\n" + expected + " x-/2\n"), std::string::npos) << text;
     EXPECT_EQ(messages.text().empty(), name == "I.x+/1") << messages.text();
@@ -182,11 +183,11 @@ TEST(GWriter, TransitionsWhoseNamesDoNotTellThemApartGetNewInstances) {
 TEST(GWriter, PlacesThatWouldBeTakenForSomethingElseGetNewNames) {
   for (const std::string name :
        {"", "a b", "x", "x+", "x-/7", "x/1", "z+", "p#1", ".end", "a=2", "{", "\x01", "<a", "\\"}) {
-    const Stg stg = stg_of({{"x+", {name, "place_1"}, {"q"}},
-                            {"x-", {"q"}, {name, "place_1"}},
-                            {"x-", {"q"}, {name, "place_1"}, "x-/2"}},
-                           {name, "place_1"});
-    const CaughtMessages messages;
+    const net::Stg stg = stg_of({{"x+", {name, "place_1"}, {"q"}},
+                                 {"x-", {"q"}, {name, "place_1"}},
+                                 {"x-", {"q"}, {name, "place_1"}, "x-/2"}},
+                                {name, "place_1"});
+    const support::CaughtMessages messages;
     EXPECT_NE(written(stg).find("\nplace_1 x+\n"), std::string::npos);
     EXPECT_EQ(messages.text(), "\nWarning: 1 name(s) of places do not suit the .g format; \"" +
                                    name + "\" is written as \"place_2\"\n");
@@ -196,8 +197,8 @@ TEST(GWriter, PlacesThatWouldBeTakenForSomethingElseGetNewNames) {
 
 TEST(GWriter, ASignalWhoseNameDoesNotSuitTheFormatIsAnErrorAndNothingIsWritten) {
   for (const std::string name : {"", "a b", "a+", "a/b", "<a", "a,b", "#"}) {
-    const Stg stg = stg_of({{name + "+", {"p"}, {}}}, {});
-    const CaughtMessages messages;
+    const net::Stg stg = stg_of({{name + "+", {"p"}, {}}}, {});
+    const support::CaughtMessages messages;
     std::ostringstream stream;
     EXPECT_FALSE(write_g(stg, stream));
     EXPECT_EQ(stream.str(), "");
@@ -213,7 +214,7 @@ TEST(GWriter, AFileThatCannotBeWrittenIsAnError) {
       {"/dev/full", "\nError: cannot write a file\n"},
       {"/absent/x", "\nError: cannot open \"/absent/x\" for output\n"}};
   for (const auto& [name, error] : rows) {
-    const CaughtMessages messages;
+    const support::CaughtMessages messages;
     EXPECT_FALSE(save_g(*prefix, name));
     EXPECT_EQ(messages.text(), error);
     EXPECT_FALSE(save_mci(*prefix, name));
@@ -222,4 +223,4 @@ TEST(GWriter, AFileThatCannotBeWrittenIsAnError) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "oracle/parse_g.h"
 #include "formats/net_reading.h"
+#include "oracle/parse_g.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 NetReading read_ll_net(const std::string& text) { return read_text(text, NetFormat::ll_net); }
@@ -88,10 +88,10 @@ TEST(LlNetReader, BenchmarkNetsAreTheOnesThatTheReferenceReads) {
     std::size_t places, transitions;
   } rows[] = {{"bds_1.sync.ll_net", 87, 66}, {"key_3.ll_net", 129, 133}};
   for (const auto& row : rows) {
-    const std::string text = example_bytes(row.name);
+    const std::string text = support::example_bytes(row.name);
     const NetReading reading = read_ll_net(text);
     ASSERT_TRUE(reading.net && reading.messages.empty()) << row.name << reading.messages;
-    const Net& net = std::get<Net>(*reading.net);
+    const net::Net& net = std::get<net::Net>(*reading.net);
     EXPECT_EQ(net.places.size(), row.places);
     EXPECT_EQ(net.transitions.size(), row.transitions);
     const auto expected = oracle::parse_ll_net(text);
@@ -101,4 +101,4 @@ TEST(LlNetReader, BenchmarkNetsAreTheOnesThatTheReferenceReads) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

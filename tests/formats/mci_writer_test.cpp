@@ -10,7 +10,7 @@
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 using Random = std::mt19937;
@@ -18,14 +18,14 @@ std::uint32_t below(std::uint32_t bound, Random& random) {
   return std::uniform_int_distribution<std::uint32_t>(0, bound - 1)(random);
 }
 
-void add_random_event(ProcessBuilder<NetPrefix>& b, Random& random) {
+void add_random_event(support::ProcessBuilder<net::NetPrefix>& b, Random& random) {
   auto& event = b.event("t" + std::to_string(below(12, random)), {}, {});
   const auto condition_count = static_cast<std::uint32_t>(b.process->conditions.size());
   for (std::uint32_t i = 0; i < condition_count; ++i) {
-    if (below(condition_count, random) < 2) add_link(*b.process->conditions[i], event);
+    if (below(condition_count, random) < 2) net::add_link(*b.process->conditions[i], event);
   }
   for (std::uint32_t i = below(4, random); i > 0; --i) {
-    add_link(event, b.condition("p" + std::to_string(below(15, random))));
+    net::add_link(event, b.condition("p" + std::to_string(below(15, random))));
   }
   const std::uint32_t form = below(6, random);
   if (form == 0) event.cut_off.set_unknown();
@@ -38,43 +38,44 @@ void add_random_event(ProcessBuilder<NetPrefix>& b, Random& random) {
 }
 
 template <class N>
-std::string written(const PrefixOf<N>& prefix) {
-  const CaughtMessages messages;
+std::string written(const net::PrefixOf<N>& prefix) {
+  const support::CaughtMessages messages;
   std::ostringstream stream;
   EXPECT_TRUE(write_mci(prefix, stream));
-  EXPECT_EQ(messages.text(), deprecation("*.mci"));
+  EXPECT_EQ(messages.text(), support::deprecation("*.mci"));
   return stream.str();
 }
 
 TEST(MciWriter, WhatIsWrittenIsReadBackAsTheSamePrefix) {
   for (unsigned seed = 0; seed < 100; ++seed) {
     Random random(seed);
-    ProcessBuilder<NetPrefix> b;
+    support::ProcessBuilder<net::NetPrefix> b;
     for (std::uint32_t i = below(6, random); i > 0; --i) b.condition("p" + std::to_string(i));
     for (std::uint32_t i = below(25, random); i > 0; --i) add_random_event(b, random);
-    const NetPrefix& prefix = b.finish();
-    const auto again = read_bytes(read_mci_net, written(prefix)).process;
+    const net::NetPrefix& prefix = b.finish();
+    const auto again = support::read_bytes(read_mci_net, written(prefix)).process;
     ASSERT_NE(again, nullptr) << "seed " << seed;
-    EXPECT_EQ(describe(*again), describe(prefix)) << "seed " << seed;
+    EXPECT_EQ(support::describe(*again), support::describe(prefix)) << "seed " << seed;
   }
 }
 
 TEST(MciWriter, TheBytesAreThoseOfTheFormat) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   auto& p = b.condition("p");
   auto& q = b.condition("qq");
   b.event("t", {&p}, {&q}).cut_off.set_correspondents({});
-  EXPECT_EQ(written(b.finish()), words({2, 1, 1, 1, 0, 1, 0, 2, 1, 0, 1, 0, 0, 0, 2, 1, 2}) +
-                                     names({"p", "qq", "", "t", ""}));
+  EXPECT_EQ(written(b.finish()),
+            support::words({2, 1, 1, 1, 0, 1, 0, 2, 1, 0, 1, 0, 0, 0, 2, 1, 2}) +
+                support::names({"p", "qq", "", "t", ""}));
 }
 
 TEST(MciWriter, SeveralCorrespondentsBecomeAnUnknownOne) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   auto& p = b.condition("p");
   auto& t = b.event("t", {&p}, {});
   auto& u = b.event("u", {&p}, {});
   u.cut_off.set_correspondents(std::array{&t, &u});
-  const auto again = read_bytes(read_mci_net, written(b.finish())).process;
+  const auto again = support::read_bytes(read_mci_net, written(b.finish())).process;
   ASSERT_NE(again, nullptr);
   EXPECT_TRUE(again->events[1]->cut_off.is_unknown());
 }
@@ -82,12 +83,12 @@ TEST(MciWriter, SeveralCorrespondentsBecomeAnUnknownOne) {
 // In memory the order is t, x+, y-; with prefixes it is d.t, O.y-, i.x+.
 TEST(MciWriter, AnStgIsWrittenWithItsKindsAndReadBackTheSame) {
   const std::string bytes =
-      words({4, 3, 3, 2, 1, 1, 0, 1, 0, 1, 1, 2, 0, 1, 2, 3, 0, 1, 3, 0, 0, 0, 1, 3, 4}) +
-      names({"p", "", "d.t", "O.y-", "i.x+", ""});
-  const auto prefix = read_bytes(read_mci_stg, bytes).process;
+      support::words({4, 3, 3, 2, 1, 1, 0, 1, 0, 1, 1, 2, 0, 1, 2, 3, 0, 1, 3, 0, 0, 0, 1, 3, 4}) +
+      support::names({"p", "", "d.t", "O.y-", "i.x+", ""});
+  const auto prefix = support::read_bytes(read_mci_stg, bytes).process;
   ASSERT_NE(prefix, nullptr);
   EXPECT_EQ(prefix->transitions[1]->name, "x+");
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   std::ostringstream stream;
   ASSERT_TRUE(write_stg_mci(*prefix, stream));
   EXPECT_EQ(stream.str(), bytes);
@@ -95,24 +96,24 @@ TEST(MciWriter, AnStgIsWrittenWithItsKindsAndReadBackTheSame) {
 }
 
 TEST(MciWriter, AFailingStreamIsAnError) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   b.condition("p");
-  const NetPrefix& prefix = b.finish();
+  const net::NetPrefix& prefix = b.finish();
   std::ofstream full("/dev/full");
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   EXPECT_FALSE(write_mci(prefix, full));
-  EXPECT_EQ(messages.text(), deprecation("*.mci") + "\nError: cannot write a file\n");
+  EXPECT_EQ(messages.text(), support::deprecation("*.mci") + "\nError: cannot write a file\n");
 }
 
 TEST(MciWriter, ANameThatTheFormatCannotHoldIsAnErrorRatherThanAnotherNet) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   b.condition(std::string("a\0b", 3));
-  const NetPrefix& prefix = b.finish();
+  const net::NetPrefix& prefix = b.finish();
   std::ostringstream stream;
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   EXPECT_FALSE(write_mci(prefix, stream));
   EXPECT_EQ(stream.str(), "");
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

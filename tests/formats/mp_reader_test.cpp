@@ -4,25 +4,25 @@
 
 #include "support/legacy_files.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 std::string syntax_error(std::uint64_t line) {
-  return deprecation("*.mp") + "\nError: syntax error (file FILE, line " + std::to_string(line) +
-         ")\n";
+  return support::deprecation("*.mp") + "\nError: syntax error (file FILE, line " +
+         std::to_string(line) + ")\n";
 }
 
 TEST(MpReader, EverythingKeepsTheOrderOfTheFile) {
-  const auto [process, messages] = read_bytes(read_mp_net,
-                                              "4 3 3 2\n"
-                                              "2 1 1\n1 1 0\n1 2 0\n3 1 2\n"
-                                              "2 0 2 2 3 0 2 1\n1 1 1 0 1\n2 0 1 1 0 2\n"
-                                              "3\n"
-                                              "p10\np9\np9\n"
-                                              "t2\nt1");
+  const auto [process, messages] = support::read_bytes(read_mp_net,
+                                                       "4 3 3 2\n"
+                                                       "2 1 1\n1 1 0\n1 2 0\n3 1 2\n"
+                                                       "2 0 2 2 3 0 2 1\n1 1 1 0 1\n2 0 1 1 0 2\n"
+                                                       "3\n"
+                                                       "p10\np9\np9\n"
+                                                       "t2\nt1");
   ASSERT_NE(process, nullptr);
-  EXPECT_EQ(messages, deprecation("*.mp"));
-  EXPECT_EQ(describe(*process),
+  EXPECT_EQ(messages, support::deprecation("*.mp"));
+  EXPECT_EQ(support::describe(*process),
             "place p10 marked 0 <- 1 1 -> 0\n"
             "place p9 marked 1 <- -> 1\n"
             "place p9 marked 2 <- -> 1\n"
@@ -39,7 +39,8 @@ TEST(MpReader, EverythingKeepsTheOrderOfTheFile) {
 
 TEST(MpReader, RecordsEndInAnyLineEndButNamesOnlyInLf) {
   const auto process =
-      read_bytes(read_mp_net, "\t1 1  2 1\r1 1\t1\r\n 1 0 1 0 0\r007\r\na\r\n\nx\r y \n").process;
+      support::read_bytes(read_mp_net, "\t1 1  2 1\r1 1\t1\r\n 1 0 1 0 0\r007\r\na\r\n\nx\r y \n")
+          .process;
   ASSERT_NE(process, nullptr);
   EXPECT_EQ(process->places[0]->name, "a\r");
   EXPECT_EQ(process->places[1]->name, "");
@@ -76,11 +77,11 @@ TEST(MpReader, AFaultIsReportedWithTheLineOfItsRecord) {
       {"4294967295 4294967295 4294967295 4294967295\n1 1 1\n", 3},
   };
   for (const auto& row : rows) {
-    const auto [process, messages] = read_bytes(read_mp_net, row.text);
+    const auto [process, messages] = support::read_bytes(read_mp_net, row.text);
     EXPECT_EQ(process, nullptr) << row.text;
     EXPECT_EQ(messages, syntax_error(row.line)) << row.text;
   }
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

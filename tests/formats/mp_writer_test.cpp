@@ -11,15 +11,15 @@
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 template <class N>
-std::string written(const MergedProcessOf<N>& process) {
-  const CaughtMessages messages;
+std::string written(const net::MergedProcessOf<N>& process) {
+  const support::CaughtMessages messages;
   std::ostringstream stream;
   EXPECT_TRUE(write_mp(process, stream));
-  EXPECT_EQ(messages.text(), deprecation("*.mp"));
+  EXPECT_EQ(messages.text(), support::deprecation("*.mp"));
   return stream.str();
 }
 
@@ -28,19 +28,19 @@ TEST(MpWriter, RandomMergedProcessesAreReadBackTheSame) {
     SCOPED_TRACE(seed);
     const auto prefix = oracle::unfold(oracle::random_net(seed), 500);
     if (!prefix) continue;
-    const NetMergedProcess merged = oracle::merge(*prefix);
+    const net::NetMergedProcess merged = oracle::merge(*prefix);
     const std::string text = written(merged);
     EXPECT_EQ(text, oracle::mp_text(merged));
-    const auto again = read_bytes(read_mp_net, text).process;
+    const auto again = support::read_bytes(read_mp_net, text).process;
     ASSERT_NE(again, nullptr);
     // The arcs of transitions that never fire are lost.
-    EXPECT_EQ(statistics(*again), statistics(merged));
+    EXPECT_EQ(support::statistics(*again), support::statistics(merged));
     EXPECT_EQ(oracle::mp_text(*again), text);
   }
 }
 
 // The format keeps the arcs of those transitions only that have events.
-void forget_arcs_of_dead_transitions(StgMergedProcess& process) {
+void forget_arcs_of_dead_transitions(net::StgMergedProcess& process) {
   const auto clear = [](const auto& list) {
     for (const auto& node : list) {
       node->preset.clear();
@@ -49,8 +49,8 @@ void forget_arcs_of_dead_transitions(StgMergedProcess& process) {
   };
   clear(process.places);
   clear(process.transitions);
-  rebuild_arcs(process);
-  sort_adjacency(process);
+  net::rebuild_arcs(process);
+  net::sort_adjacency(process);
 }
 
 TEST(MpWriter, AnStgIsReadBackWithItsSignals) {
@@ -58,34 +58,34 @@ TEST(MpWriter, AnStgIsReadBackWithItsSignals) {
     SCOPED_TRACE(seed);
     const auto prefix = oracle::unfold(oracle::random_stg(seed, {.dummies = true}), 500);
     if (!prefix) continue;
-    StgMergedProcess merged = oracle::merge(*prefix);
-    const auto again = read_bytes(read_mp_stg, written(merged)).process;
+    net::StgMergedProcess merged = oracle::merge(*prefix);
+    const auto again = support::read_bytes(read_mp_stg, written(merged)).process;
     ASSERT_NE(again, nullptr);
     forget_arcs_of_dead_transitions(merged);
-    EXPECT_EQ(describe(*again), describe(merged));
+    EXPECT_EQ(support::describe(*again), support::describe(merged));
   }
 }
 
 TEST(MpWriter, WhatTheFormatCannotHoldIsAnErrorAndNothingIsWritten) {
-  ProcessBuilder<NetMergedProcess> line_feed, deep_token, empty_preset;
+  support::ProcessBuilder<net::NetMergedProcess> line_feed, deep_token, empty_preset;
   line_feed.condition("a\nb", 1);
   deep_token.condition("p", 1, 2);
   empty_preset.event("t", {}, {&empty_preset.condition("p")});
-  const std::pair<const NetMergedProcess*, std::string> rows[] = {
+  const std::pair<const net::NetMergedProcess*, std::string> rows[] = {
       {&line_feed.finish(), "a line feed is in the name \"a\nb\""},
       {&deep_token.finish(), "c0 is marked at depth 2"},
       {&empty_preset.finish(), "e0 has an empty preset"}};
   for (const auto& [process, reason] : rows) {
-    const CaughtMessages messages;
+    const support::CaughtMessages messages;
     std::ostringstream stream;
     EXPECT_FALSE(write_mp(*process, stream));
     EXPECT_EQ(stream.str(), "");
     EXPECT_EQ(messages.text(),
-              deprecation("*.mp") +
+              support::deprecation("*.mp") +
                   "\nError: the merged process cannot be written in the *.mp format: " + reason +
                   "\n");
   }
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-#include "support/run_program.h"
 #include "formats/net_reading.h"
+#include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 TEST(NetFile, TheFormatIsToldByTheEnding) {
@@ -19,18 +19,18 @@ TEST(NetFile, TheFormatIsToldByTheEnding) {
 }
 
 TEST(NetFile, AFileIsReadWithItsNameInMessagesCompressedOrNot) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const std::string text = "PL\n\"p\"M1\nTR\n\"t\"\nPT\n1>1\n";
   const std::string plain = folder.write("x.ll_net", text), compressed = folder.path("x.ll_net.gz");
   const gzFile file = gzopen(compressed.c_str(), "wb");
   ASSERT_EQ(gzwrite(file, text.data(), static_cast<unsigned>(text.size())), int(text.size()));
   ASSERT_EQ(gzclose(file), Z_OK);
   const std::string bad = folder.write("bad.g", "x");
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   for (const std::string& name : {plain, compressed}) {
     const auto net = read_net_file(name, NetFormat::ll_net);
     ASSERT_TRUE(net) << name;
-    EXPECT_EQ(describe_net(std::get<Net>(*net)), "marked p; t: p ->");
+    EXPECT_EQ(describe_net(std::get<net::Net>(*net)), "marked p; t: p ->");
   }
   EXPECT_EQ(messages.text(), "");
   EXPECT_FALSE(read_net_file(bad, NetFormat::g));
@@ -52,4 +52,4 @@ TEST(NetFile, NamesMayBeLongButMessagesAreNot) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -7,21 +7,21 @@
 #include <string>
 #include <utility>
 
-#include "support/legacy_files.h"
 #include "formats/net_file.h"
+#include "support/legacy_files.h"
 
-namespace vorel {
+namespace vorel::formats {
 
 namespace describing {
 
-inline void add_label(std::ostream&, const Transition&) {}
-inline void add_label(std::ostream& out, const StgTransition& transition) {
+inline void add_label(std::ostream&, const net::Transition&) {}
+inline void add_label(std::ostream& out, const net::StgTransition& transition) {
   const char sign = "+-~"[static_cast<std::size_t>(transition.sign)];
   out << " = " << transition.signal->name << sign;
 }
 
-inline void add_signals(std::ostream&, const Net&) {}
-inline void add_signals(std::ostream& out, const Stg& stg) {
+inline void add_signals(std::ostream&, const net::Net&) {}
+inline void add_signals(std::ostream& out, const net::Stg& stg) {
   for (const auto& signal : stg.signals) {
     out << "iord"[static_cast<std::size_t>(signal->kind)] << '.' << signal->name << '='
         << "01?"[signal->initial_value] << ' ';
@@ -70,7 +70,7 @@ inline std::string without_empty_lines(const std::string& text) {
 }
 
 inline NetReading read_text(const std::string& text, NetFormat format) {
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   auto net = read_net_text(text, format, "FILE");
   return {std::move(net), without_empty_lines(messages.text())};
 }
@@ -80,4 +80,4 @@ inline std::string at(int line, int column) {
   return "(file FILE, line " + std::to_string(line) + ", column " + std::to_string(column) + ")";
 }
 
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -3,7 +3,7 @@
 
 #include "support/pnml_text.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 std::string error(const std::string& text) { return "\nError: " + text + "\n"; }
@@ -28,31 +28,32 @@ TEST(PnmlErrors, OfTheWholeDocument) {
       {"<pnml a=b/>", "syntax error in an XML file: expected ' or \" (b/>)"},
   };
   for (const auto& [text, message] : table) {
-    const auto result = read_document(text);
+    const auto result = support::read_document(text);
     EXPECT_EQ(result.input, nullptr);
     EXPECT_EQ(result.messages, error(message));
   }
 }
 
 TEST(PnmlErrors, AZeroByteIsNotTakenForTheEnd) {
-  std::string text = net_prefix_text;
+  std::string text = support::net_prefix_text;
   text.push_back('\0');
   text += "<pnml/>";
-  const auto result = read_document(text);
+  const auto result = support::read_document(text);
   EXPECT_EQ(result.input, nullptr);
   EXPECT_EQ(result.messages, error("syntax error in an XML file: zero byte at offset " +
-                                   std::to_string(net_prefix_text.size()) + " ()"));
+                                   std::to_string(support::net_prefix_text.size()) + " ()"));
 }
 
 TEST(PnmlErrors, TheExcerptOfALongTextIsCut) {
-  const auto result = read_document("x" + std::string(100000, 'y'));
+  const auto result = support::read_document("x" + std::string(100000, 'y'));
   EXPECT_EQ(result.messages,
             error("syntax error in an XML file: expected < (x" + std::string(4095, 'y') + "...)"));
 }
 
 // Each kind of fault once, though most can occur in several elements.
 TEST(PnmlErrors, OfThePartsOfADocument) {
-  const std::string &net = net_prefix_text, &stg = stg_prefix_text, &merged = net_merged_text;
+  const std::string &net = support::net_prefix_text, &stg = support::stg_prefix_text,
+                    &merged = support::net_merged_text;
   const std::string one = "<text>1</text>", depth = "<text>2</text>", cut_off = "<correspondent/>";
   const std::string twice = R"(<signal id="s3" type="input"><name><text>a</text></name></signal>)";
   const std::string value = " of XML node \"signal\" has incorrect value ";
@@ -108,15 +109,17 @@ TEST(PnmlErrors, OfThePartsOfADocument) {
       {merged, "<text> 1 </text>", depth, "the initial marking is not safe: place(s) c0"},
   };
   for (const auto& fault : faults) {
-    const auto result = read_document(with(fault.text, fault.old_part, fault.new_part));
+    const auto result =
+        support::read_document(support::with(fault.text, fault.old_part, fault.new_part));
     EXPECT_EQ(result.input, nullptr) << fault.new_part;
     EXPECT_EQ(result.messages, fault.message.empty() ? "" : error(fault.message)) << fault.new_part;
   }
 }
 
 TEST(PnmlErrors, WhatTheChecksOfEveryInputRefuseIsRefused) {
-  const std::string without_arc = with(net_prefix_text, R"(<arc source="c0" target="e0"/>)", "");
-  const auto result = read_document(without_arc);
+  const std::string without_arc =
+      support::with(support::net_prefix_text, R"(<arc source="c0" target="e0"/>)", "");
+  const auto result = support::read_document(without_arc);
   EXPECT_EQ(result.input, nullptr);
   EXPECT_NE(result.messages.find(error("the net contains 1 transition(s) with empty preset: e0")),
             std::string::npos);
@@ -124,9 +127,10 @@ TEST(PnmlErrors, WhatTheChecksOfEveryInputRefuseIsRefused) {
 
 TEST(PnmlErrors, ADummyWithAnInitialValueIsWarnedOfWhileReadingAndByTheConsistencyPass) {
   const std::string warning = "\nWarning: dummy signal d has an initial value distinct from '?'\n";
-  read_as<StgPrefix>(with(stg_prefix_text, "type=\"dummy\"", "type=\"dummy\" initialValue=\"1\""),
-                     warning + warning);
+  support::read_as<net::StgPrefix>(support::with(support::stg_prefix_text, "type=\"dummy\"",
+                                                 "type=\"dummy\" initialValue=\"1\""),
+                                   warning + warning);
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -2,7 +2,7 @@
 
 #include "formats/net_reading.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 NetReading read_pnml_net(const std::string& text) { return read_text(text, NetFormat::pnml); }
@@ -143,4 +143,4 @@ TEST(PnmlNetReader, ALongChainOfReferencesIsFollowedOnce) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

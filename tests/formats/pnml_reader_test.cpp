@@ -5,11 +5,11 @@
 #include "base/run_state.h"
 #include "support/pnml_text.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 TEST(PnmlReader, ReadsAPrefixOfANet) {
-  EXPECT_EQ(describe(read_as<NetPrefix>(net_prefix_text)),
+  EXPECT_EQ(support::describe(support::read_as<net::NetPrefix>(support::net_prefix_text)),
             "place q marked 0 <- 0 -> 1\n"
             "place the p marked 1 <- 1 -> 0\n"
             "transition t <- 1 -> 0\n"
@@ -22,7 +22,7 @@ TEST(PnmlReader, ReadsAPrefixOfANet) {
 }
 
 TEST(PnmlReader, ReadsAPrefixOfAnStg) {
-  EXPECT_EQ(describe(read_as<StgPrefix>(stg_prefix_text)),
+  EXPECT_EQ(support::describe(support::read_as<net::StgPrefix>(support::stg_prefix_text)),
             "place p marked 1 <- -> 1\n"
             "place q marked 0 <- 1 -> 0\n"
             "place r marked 0 <- 0 ->\n"
@@ -36,7 +36,7 @@ TEST(PnmlReader, ReadsAPrefixOfAnStg) {
 }
 
 TEST(PnmlReader, ReadsAMergedProcess) {
-  EXPECT_EQ(describe(read_as<NetMergedProcess>(net_merged_text)),
+  EXPECT_EQ(support::describe(support::read_as<net::NetMergedProcess>(support::net_merged_text)),
             "place p marked 1 <- 0 -> 0\n"
             "transition t <- 0 -> 0\n"
             "condition p depth 1 marked 1 <- -> 0\n"
@@ -55,7 +55,7 @@ TEST(PnmlReader, AShapeTakesItsOwnKindsOnly) {
   const auto answers = [&types]<class Shape>(std::type_identity<Shape>) {
     std::string marks;
     for (const std::string& type : types) {
-      const auto result = read_document<Shape>("<pnml><net type='" + type + "'/></pnml>");
+      const auto result = support::read_document<Shape>("<pnml><net type='" + type + "'/></pnml>");
       EXPECT_EQ(result.input, nullptr);
       const bool unexpected = result.messages == "\nError: unexpected net type: " + type + "\n";
       EXPECT_TRUE(unexpected || result.messages.empty()) << result.messages;
@@ -63,9 +63,9 @@ TEST(PnmlReader, AShapeTakesItsOwnKindsOnly) {
     }
     return marks;
   };
-  EXPECT_EQ(answers(std::type_identity<FullVariant>()), "....xx");
-  EXPECT_EQ(answers(std::type_identity<NoStgMergedVariant>()), "...xxx");
-  EXPECT_EQ(answers(std::type_identity<StgPrefixVariant>()), "x.xxxx");
+  EXPECT_EQ(answers(std::type_identity<net::FullVariant>()), "....xx");
+  EXPECT_EQ(answers(std::type_identity<net::NoStgMergedVariant>()), "...xxx");
+  EXPECT_EQ(answers(std::type_identity<net::StgPrefixVariant>()), "x.xxxx");
 }
 
 TEST(PnmlReader, TheCorrespondentsOfACutOffAreTakenInDocumentOrder) {
@@ -79,25 +79,26 @@ TEST(PnmlReader, TheCorrespondentsOfACutOffAreTakenInDocumentOrder) {
       {"<cut-off><correspondent ref='e1' id='c' ref='e0'/></cut-off>", " cut-off of 1 0"},
   };
   for (const auto& [text, cut_off] : table) {
-    const std::string description =
-        describe(read_as<NetPrefix>(with(net_prefix_text, written, text)));
+    const std::string description = support::describe(
+        support::read_as<net::NetPrefix>(support::with(support::net_prefix_text, written, text)));
     EXPECT_TRUE(description.ends_with("event u <- 1 -> 2" + cut_off + "\n")) << description;
   }
 }
 
 TEST(PnmlReader, ARepeatedArcIsSkippedWithAWarningPerRepetition) {
-  const std::string repeated = with(
-      with(
-          net_prefix_text, R"(<arc source="c0" target="e0"/>)",
+  const std::string repeated = support::with(
+      support::with(
+          support::net_prefix_text, R"(<arc source="c0" target="e0"/>)",
           R"(<arc source="c0" target="e0"/><arc source="e1" target="c2"/><arc source="c0" target="e0"/>)"),
       R"(<arc source="q" target="u"/>)",
       R"(<arc source="q" target="u"/><arc source="q" target="u"/><arc source="q" target="u"/>)");
-  EXPECT_EQ(describe(read_as<NetPrefix>(repeated,
-                                        "\nWarning: ignoring duplicate arc: q --> u\n"
-                                        "\nWarning: ignoring duplicate arc: q --> u\n"
-                                        "\nWarning: ignoring duplicate arc: c0 --> e0\n"
-                                        "\nWarning: ignoring duplicate arc: e1 --> c2\n")),
-            describe(read_as<NetPrefix>(net_prefix_text)));
+  EXPECT_EQ(support::describe(
+                support::read_as<net::NetPrefix>(repeated,
+                                                 "\nWarning: ignoring duplicate arc: q --> u\n"
+                                                 "\nWarning: ignoring duplicate arc: q --> u\n"
+                                                 "\nWarning: ignoring duplicate arc: c0 --> e0\n"
+                                                 "\nWarning: ignoring duplicate arc: e1 --> c2\n")),
+            support::describe(support::read_as<net::NetPrefix>(support::net_prefix_text)));
 }
 
 TEST(PnmlReader, NamesAreTakenAsTheyAre) {
@@ -114,7 +115,8 @@ TEST(PnmlReader, NamesAreTakenAsTheyAre) {
       {long_name, long_name},
   };
   for (const auto& [text, name] : table) {
-    const auto process = read_as<NetPrefix>(with(net_prefix_text, "the p", text));
+    const auto process =
+        support::read_as<net::NetPrefix>(support::with(support::net_prefix_text, "the p", text));
     ASSERT_EQ(process.conditions.size(), 3u);
     EXPECT_EQ(process.conditions[0]->place->name, name);
   }
@@ -123,9 +125,9 @@ TEST(PnmlReader, NamesAreTakenAsTheyAre) {
 TEST(PnmlReader, ANumberIsWhatTheTextStartsWith) {
   const std::string written = "<text> 1 </text></initialMarking></place>\n    <place id=\"c1\">";
   const auto marking_of = [&written](const std::string& text) {
-    const auto process = read_as<NetMergedProcess>(
-        with(net_merged_text, written,
-             "<text>" + text + "</text></initialMarking></place><place id=\"c1\">"));
+    const auto process = support::read_as<net::NetMergedProcess>(
+        support::with(support::net_merged_text, written,
+                      "<text>" + text + "</text></initialMarking></place><place id=\"c1\">"));
     return process.conditions.at(0)->initial_marking;
   };
   EXPECT_EQ(marking_of("x"), 0u);
@@ -134,26 +136,29 @@ TEST(PnmlReader, ANumberIsWhatTheTextStartsWith) {
 }
 
 TEST(PnmlReader, WhatTheFormatDoesNotNameIsIgnored) {
-  const std::string extended = with(
-      with(net_prefix_text, "<pnml>", "<!DOCTYPE pnml [<!ELEMENT pnml ANY>]><pnml note='>'>x"),
+  const std::string extended = support::with(
+      support::with(support::net_prefix_text, "<pnml>",
+                    "<!DOCTYPE pnml [<!ELEMENT pnml ANY>]><pnml note='>'>x"),
       R"(<place id="c1">)", R"(<graphics><place/></graphics>text<place colour="red" id="c1">)");
-  EXPECT_EQ(describe(read_as<NetPrefix>(extended)), describe(read_as<NetPrefix>(net_prefix_text)));
+  EXPECT_EQ(support::describe(support::read_as<net::NetPrefix>(extended)),
+            support::describe(support::read_as<net::NetPrefix>(support::net_prefix_text)));
 }
 
 TEST(PnmlReader, TheTokensOfTheNetAreThoseOfTheProcess) {
-  const std::string unmarked =
-      with(net_prefix_text, "<initialMarking><text>1</text></initialMarking>", "");
-  EXPECT_EQ(describe(read_as<NetPrefix>(unmarked)), describe(read_as<NetPrefix>(net_prefix_text)));
+  const std::string unmarked = support::with(support::net_prefix_text,
+                                             "<initialMarking><text>1</text></initialMarking>", "");
+  EXPECT_EQ(support::describe(support::read_as<net::NetPrefix>(unmarked)),
+            support::describe(support::read_as<net::NetPrefix>(support::net_prefix_text)));
 }
 
 TEST(PnmlReader, ASilentFailureIsExplainedToThoseWhoAskForDiagnostics) {
   const std::string without_net = "<pnml><net type='branching_process:STG'><page/></net></pnml>";
-  EXPECT_EQ(read_document(without_net).messages, "");
-  run_state().verbosity = 1;
-  EXPECT_EQ(read_document(without_net).messages,
+  EXPECT_EQ(support::read_document(without_net).messages, "");
+  base::run_state().verbosity = 1;
+  EXPECT_EQ(support::read_document(without_net).messages,
             "\nthe input is not read: it has no original net\n");
-  run_state().verbosity = 0;
+  base::run_state().verbosity = 0;
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

@@ -16,10 +16,10 @@
 #include "support/process_builder.h"
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
-template <Process P>
+template <net::Process P>
 std::string written(const P& process) {
   std::ostringstream stream;
   EXPECT_TRUE(write_pnml(process, stream));
@@ -27,16 +27,17 @@ std::string written(const P& process) {
 }
 
 // As `describe` tells it; a text without meaning if the document is refused or of another kind.
-template <Process P>
-std::string description_of(std::unique_ptr<FullVariant> variant) {
+template <net::Process P>
+std::string description_of(std::unique_ptr<net::FullVariant> variant) {
   if (variant == nullptr || !std::holds_alternative<P>(*variant)) return "not read";
-  return describe(std::get<P>(*variant));
+  return support::describe(std::get<P>(*variant));
 }
 
-template <Process P>
+template <net::Process P>
 void expect_same_when_read(const P& process) {
-  const CaughtMessages warnings;
-  EXPECT_EQ(description_of<P>(read_pnml_text<FullVariant>(written(process))), describe(process));
+  const support::CaughtMessages warnings;
+  EXPECT_EQ(description_of<P>(read_pnml_text<net::FullVariant>(written(process))),
+            support::describe(process));
 }
 
 const std::string hard_names[] = {"",       " ",        "  a  b  ", "\r",    "a\r\nb\r", "\tx\n",
@@ -45,11 +46,12 @@ const std::string hard_names[] = {"",       " ",        "  a  b  ", "\r",    "a\
 
 template <class P>
 class PnmlWriterOf : public ::testing::Test {};
-using Kinds = ::testing::Types<NetPrefix, StgPrefix, NetMergedProcess, StgMergedProcess>;
+using Kinds =
+    ::testing::Types<net::NetPrefix, net::StgPrefix, net::NetMergedProcess, net::StgMergedProcess>;
 TYPED_TEST_SUITE(PnmlWriterOf, Kinds);
 
 TYPED_TEST(PnmlWriterOf, NamesOfAnyCharactersAreReadBack) {
-  ProcessBuilder<TypeParam> b;
+  support::ProcessBuilder<TypeParam> b;
   for (const std::string& name : hard_names) {
     auto& before = b.condition(name, 1);
     b.event(name, {&before}, {&b.condition(name + "'", 0)});
@@ -57,22 +59,22 @@ TYPED_TEST(PnmlWriterOf, NamesOfAnyCharactersAreReadBack) {
   TypeParam& process = b.finish();
   if constexpr (TypeParam::NetType::has_signals) {  // as the reader finds them
     for (const auto& transition : process.transitions) {
-      transition->signal->initial_value = transition->sign == Sign::minus ? 1 : 0;
+      transition->signal->initial_value = transition->sign == net::Sign::minus ? 1 : 0;
     }
   }
   expect_same_when_read(process);
 }
 
 TYPED_TEST(PnmlWriterOf, AProcessWithoutEventsIsReadBack) {
-  ProcessBuilder<TypeParam> b;
+  support::ProcessBuilder<TypeParam> b;
   b.condition("p", 1);
   expect_same_when_read(b.finish());
 }
 
 TYPED_TEST(PnmlWriterOf, AZeroByteInANameIsAnErrorAndNothingIsWritten) {
-  ProcessBuilder<TypeParam> b;
+  support::ProcessBuilder<TypeParam> b;
   b.condition(std::string("a\0b", 3));
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   std::ostringstream stream;
   EXPECT_FALSE(write_pnml(b.finish(), stream));
   EXPECT_EQ(stream.str(), "");
@@ -80,7 +82,7 @@ TYPED_TEST(PnmlWriterOf, AZeroByteInANameIsAnErrorAndNothingIsWritten) {
 }
 
 TEST(PnmlWriter, TheFiveCasesOfCutOffsAreReadBack) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   for (const char* name : {"a", "b", "c", "d", "e"}) b.event(name, {&b.condition(name)}, {});
   auto& events = b.process->events;
   events[1]->cut_off.set_correspondents({});
@@ -91,22 +93,22 @@ TEST(PnmlWriter, TheFiveCasesOfCutOffsAreReadBack) {
 }
 
 TEST(PnmlWriter, InitialValuesAndSignsOfAllKindsAreReadBack) {
-  ProcessBuilder<StgPrefix> b;
+  support::ProcessBuilder<net::StgPrefix> b;
   for (const char* name : {"i.a+", "x-", "y~", "d.d/1"}) b.event(name, {&b.condition(name)}, {});
-  StgPrefix& prefix = b.finish();
-  prefix.signals[0]->kind = SignalKind::internal;
-  sort_signals(prefix);
+  net::StgPrefix& prefix = b.finish();
+  prefix.signals[0]->kind = net::SignalKind::internal;
+  net::sort_signals(prefix);
   for (std::uint8_t i = 0; i < 3; ++i) prefix.signals[i]->initial_value = i % 2;
   for (const auto& transition : prefix.transitions) {
-    if (transition->sign == Sign::toggle) continue;
-    transition->signal->initial_value = transition->sign == Sign::minus ? 1 : 0;
+    if (transition->sign == net::Sign::toggle) continue;
+    transition->signal->initial_value = transition->sign == net::Sign::minus ? 1 : 0;
   }
   expect_same_when_read(prefix);
 }
 
 // All that the format knows of a merged process, and its letters.
 TEST(PnmlWriter, TheTextIsThatOfTheFormat) {
-  ProcessBuilder<NetMergedProcess> b;
+  support::ProcessBuilder<net::NetMergedProcess> b;
   auto& p = b.condition("p", 1);
   auto& q = b.condition("q", 0, 2);
   b.event("t", {&p}, {&q}, true);
@@ -131,17 +133,17 @@ TEST(PnmlWriter, TheTextIsThatOfTheFormat) {
 }
 
 TEST(PnmlWriter, ConditionsLeftOutAfterCutOffsGetNumbersBehindTheOthers) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   auto& p = b.condition("p");
   auto& t = b.event("t", {&p}, {});
   t.cut_off.set_correspondents({});
-  NetPrefix& prefix = b.finish();
-  ConditionOf<Net> left_out;
+  net::NetPrefix& prefix = b.finish();
+  net::ConditionOf<net::Net> left_out;
   left_out.place = p.place;
-  add_link(t, left_out);
-  add_arc(*t.transition, *p.place);
-  const CaughtMessages warnings;
-  EXPECT_EQ(description_of<NetPrefix>(read_pnml_text<FullVariant>(written(prefix))),
+  net::add_link(t, left_out);
+  net::add_arc(*t.transition, *p.place);
+  const support::CaughtMessages warnings;
+  EXPECT_EQ(description_of<net::NetPrefix>(read_pnml_text<net::FullVariant>(written(prefix))),
             "place p marked 1 <- 0 -> 0\n"
             "transition t <- 0 -> 0\n"
             "condition p <- -> 0\n"
@@ -152,7 +154,7 @@ TEST(PnmlWriter, ConditionsLeftOutAfterCutOffsGetNumbersBehindTheOthers) {
 TEST(PnmlWriter, RandomPrefixesAndTheirMergedProcessesAreReadBack) {
   for (std::uint64_t seed = 0; seed < 40; ++seed) {
     const auto prefix = oracle::unfold(oracle::random_net(seed), 500);
-    Stg stg = oracle::random_stg(seed, {.dummies = seed % 2 == 0, .toggles = seed % 3 == 0});
+    net::Stg stg = oracle::random_stg(seed, {.dummies = seed % 2 == 0, .toggles = seed % 3 == 0});
     ASSERT_TRUE(oracle::assign_initial_values(stg));
     const auto stg_prefix = oracle::unfold(stg, 500);
     SCOPED_TRACE(seed);
@@ -169,10 +171,10 @@ TEST(PnmlWriter, RandomPrefixesAndTheirMergedProcessesAreReadBack) {
 
 TEST(PnmlWriter, TheExamplesAreReadBack) {
   int read = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(example(""))) {
+  for (const auto& entry : std::filesystem::directory_iterator(support::example(""))) {
     if (entry.path().extension() != ".pnml") continue;
-    const CaughtMessages warnings;
-    const auto variant = read_pnml<FullVariant>(entry.path());
+    const support::CaughtMessages warnings;
+    const auto variant = read_pnml<net::FullVariant>(entry.path());
     ASSERT_NE(variant, nullptr) << entry.path();
     std::visit([](const auto& process) { expect_same_when_read(process); }, *variant);
     ++read;
@@ -181,25 +183,25 @@ TEST(PnmlWriter, TheExamplesAreReadBack) {
 }
 
 TEST(PnmlWriter, AFileIsCompressedIfItsNameSaysSo) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const auto prefix = oracle::unfold(oracle::random_net(1));
   ASSERT_TRUE(prefix);
   for (const char* name : {"x.pnml", "x.pnml.gz"}) {
     ASSERT_TRUE(save_pnml(*prefix, folder.path(name)));
-    const CaughtMessages warnings;
-    EXPECT_EQ(description_of<NetPrefix>(read_pnml<FullVariant>(folder.path(name))),
-              describe(*prefix));
+    const support::CaughtMessages warnings;
+    EXPECT_EQ(description_of<net::NetPrefix>(read_pnml<net::FullVariant>(folder.path(name))),
+              support::describe(*prefix));
   }
-  EXPECT_EQ(read_text(folder.path("x.pnml")), written(*prefix));
-  EXPECT_TRUE(read_text(folder.path("x.pnml.gz")).starts_with("\x1f\x8b"));
+  EXPECT_EQ(support::read_text(folder.path("x.pnml")), written(*prefix));
+  EXPECT_TRUE(support::read_text(folder.path("x.pnml.gz")).starts_with("\x1f\x8b"));
 }
 
 // More than any buffer holds, so that writing fails in the middle and not only at the end.
 TEST(PnmlWriter, AFileThatCannotBeWrittenIsAnErrorAndLeavesNothingBehind) {
-  const TemporaryFolder folder;
-  ProcessBuilder<NetPrefix> b;
+  const support::TemporaryFolder folder;
+  support::ProcessBuilder<net::NetPrefix> b;
   for (int i = 0; i < 3000; ++i) b.event("t", {&b.condition("p")}, {&b.condition("p")});
-  const NetPrefix& prefix = b.finish();
+  const net::NetPrefix& prefix = b.finish();
   std::filesystem::create_symlink("/dev/full", folder.path("full.pnml"));
   std::filesystem::create_symlink("/dev/full", folder.path("full.pnml.gz"));
   const std::string absent = folder.path("absent/x.pnml");
@@ -209,7 +211,7 @@ TEST(PnmlWriter, AFileThatCannotBeWrittenIsAnErrorAndLeavesNothingBehind) {
       {absent, "\nError: cannot open \"" + absent + "\" for output\n"},
       {absent + ".gz", "\nError: cannot open \"" + absent + ".gz\" for output\n"}};
   for (const auto& [name, error] : rows) {
-    const CaughtMessages messages;
+    const support::CaughtMessages messages;
     EXPECT_FALSE(save_pnml(prefix, name)) << name;
     EXPECT_EQ(messages.text(), error) << name;
   }
@@ -217,4 +219,4 @@ TEST(PnmlWriter, AFileThatCannotBeWrittenIsAnErrorAndLeavesNothingBehind) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

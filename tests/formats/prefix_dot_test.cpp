@@ -5,11 +5,11 @@
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 template <class N>
-std::string drawn(const PrefixOf<N>& prefix) {
+std::string drawn(const net::PrefixOf<N>& prefix) {
   std::ostringstream stream;
   EXPECT_TRUE(write_dot(prefix, stream));
   return stream.str();
@@ -40,7 +40,7 @@ int statement_count(const std::string& text) {
 }
 
 TEST(PrefixDot, AnStgIsDrawnWithTheColoursOfItsSignals) {
-  ProcessBuilder<StgPrefix> b;
+  support::ProcessBuilder<net::StgPrefix> b;
   auto &p = b.condition("p"), &q = b.condition("q");
   b.event("i.a+", {&p}, {&q});
   b.event("x-", {&q}, {&b.condition("p")}, true);
@@ -72,7 +72,7 @@ TEST(PrefixDot, HardNamesStayInsideTheirQuotes) {
                                                       {"<b>", R"("<b>")"},
                                                       {"{[//", R"("{[//")"}};
   for (const auto& [name, label] : rows) {
-    ProcessBuilder<NetPrefix> b;
+    support::ProcessBuilder<net::NetPrefix> b;
     b.event(name, {&b.condition(name)}, {});
     const std::string text = drawn(b.finish());
     EXPECT_NE(text.find("label=" + label + "]"), std::string::npos) << text;
@@ -81,13 +81,13 @@ TEST(PrefixDot, HardNamesStayInsideTheirQuotes) {
 }
 
 TEST(PrefixDot, ConditionsLeftOutAfterCutOffsAreDrawn) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   auto& p = b.condition("p");
   auto& t = b.event("t", {&p}, {}, true);
-  const NetPrefix& prefix = b.finish();
-  ConditionOf<Net> left_out;
+  const net::NetPrefix& prefix = b.finish();
+  net::ConditionOf<net::Net> left_out;
   left_out.place = p.place;
-  add_link(t, left_out);
+  net::add_link(t, left_out);
   const std::string text = drawn(prefix);
   EXPECT_NE(text.find("  c1 [shape=circle, label=\"p\"];\n  e0 -> c1 [color=black];\n"),
             std::string::npos)
@@ -95,4 +95,4 @@ TEST(PrefixDot, ConditionsLeftOutAfterCutOffsAreDrawn) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

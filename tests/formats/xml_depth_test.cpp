@@ -9,7 +9,7 @@
 
 #include "support/pnml_text.h"
 
-namespace vorel {
+namespace vorel::formats {
 namespace {
 
 std::string nested(std::uint32_t depth, const std::string& innermost) {
@@ -77,12 +77,12 @@ TEST(XmlDepth, AgreesWithTheParserOnRandomMarkup) {
 
 TEST(XmlDepth, ADocumentMayNestAThousandLevelsAndNoMore) {
   const std::string other_root = "XML node \"ROOT\" must have a child \"pnml\"\n";
-  EXPECT_EQ(read_document(nested(1000, "")).messages, "\nError: " + other_root);
-  EXPECT_EQ(read_document(nested(1000, "<c/>")).messages,
+  EXPECT_EQ(support::read_document(nested(1000, "")).messages, "\nError: " + other_root);
+  EXPECT_EQ(support::read_document(nested(1000, "<c/>")).messages,
             "\nError: syntax error in an XML file: elements are nested more than 1000 deep (<c/>" +
                 nested(1000, "").substr(3000) + ")\n");
-  EXPECT_EQ(read_document(nested(1000000, "")).input, nullptr);
+  EXPECT_EQ(support::read_document(nested(1000000, "")).input, nullptr);
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::formats

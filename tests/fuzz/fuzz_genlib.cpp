@@ -17,7 +17,7 @@ std::string written(const std::string& name) {
 }
 
 struct TextAlgebra {
-  const LibraryGate& gate;
+  const toolkit::LibraryGate& gate;
   std::string constant(bool value) const { return value ? "CONST1" : "0"; }
   std::string pin(std::uint32_t p) const { return written(gate.pins[p]); }
   std::string negation(const std::string& a) const { return "!" + a; }
@@ -32,35 +32,35 @@ struct TextAlgebra {
   }
 };
 
-std::string text_of(const LibraryGate& gate) {
-  const bool is_latch = gate.gate_class != GateClass::combinational;
+std::string text_of(const toolkit::LibraryGate& gate) {
+  const bool is_latch = gate.gate_class != toolkit::GateClass::combinational;
   std::string text = (is_latch ? "LATCH " : "GATE ") + written(gate.name) +
-                     format_message(" %.17g ", gate.area) + written(gate.output) + "=" +
-                     value_of<std::string>(gate.function, TextAlgebra{gate}) + ";";
+                     base::format_message(" %.17g ", gate.area) + written(gate.output) + "=" +
+                     toolkit::value_of<std::string>(gate.function, TextAlgebra{gate}) + ";";
   for (const std::string& pin : gate.pins) text += "PIN " + written(pin) + " INV 1 2 3 4 5 6 ";
   if (is_latch) {
     text += "SEQ " + written(gate.output) + " " +
             (gate.has_feedback ? written(gate.pins.back()) : "ANY") +
-            (gate.gate_class == GateClass::clocked_latch ? " ACTIVE_LOW " : " ASYNCH ");
+            (gate.gate_class == toolkit::GateClass::clocked_latch ? " ACTIVE_LOW " : " ASYNCH ");
   }
   return text + "\n";
 }
 
-void require_sound(const LibraryGate& gate) {
+void require_sound(const toolkit::LibraryGate& gate) {
   require(gate.area >= 0 && !gate.name.empty() && !gate.output.empty());
   const std::set<std::string> names(gate.pins.begin(), gate.pins.end());
   require(names.size() == gate.pins.size());
   std::set<std::uint32_t> mentioned;
-  for (const GateStep& step : gate.function.steps) {
-    if (step.op == GateOperator::pin) mentioned.insert(step.pin);
+  for (const toolkit::GateStep& step : gate.function.steps) {
+    if (step.op == toolkit::GateOperator::pin) mentioned.insert(step.pin);
   }
   require(mentioned.size() == gate.pins.size());
   require(mentioned.empty() || *mentioned.rbegin() + 1 == gate.pins.size());
-  require(!gate.has_feedback || gate.gate_class != GateClass::combinational);
+  require(!gate.has_feedback || gate.gate_class != toolkit::GateClass::combinational);
 }
 
 // A pin whose name is that of all pins can only be declared with the others.
-bool can_be_written(const LibraryGate& gate) {
+bool can_be_written(const toolkit::LibraryGate& gate) {
   return gate.function.steps.size() <= most_steps &&
          std::ranges::find(gate.pins, "*") == gate.pins.end();
 }
@@ -68,18 +68,18 @@ bool can_be_written(const LibraryGate& gate) {
 }  // namespace
 
 void fuzz_genlib(const std::string& bytes) {
-  const auto gates =
-      read_or_refuse(bytes, [](const std::string& text) { return read_genlib(text, "input"); });
+  const auto gates = read_or_refuse(
+      bytes, [](const std::string& text) { return toolkit::read_genlib(text, "input"); });
   if (!gates) return;
-  for (const LibraryGate& gate : *gates) {
+  for (const toolkit::LibraryGate& gate : *gates) {
     require_sound(gate);
     if (!can_be_written(gate)) continue;
-    const auto again = read_genlib(text_of(gate), "input");
+    const auto again = toolkit::read_genlib(text_of(gate), "input");
     require(again && again->size() == 1);
-    const LibraryGate& copy = again->front();
+    const toolkit::LibraryGate& copy = again->front();
     require(copy.name == gate.name && copy.area == gate.area && copy.output == gate.output);
     require(copy.pins == gate.pins && copy.function == gate.function);
-    require(have_same_function(copy, gate));
+    require(toolkit::have_same_function(copy, gate));
   }
 }
 

@@ -1,14 +1,14 @@
 // Any bytes as a PNML document, of every kind of process.
 #include <algorithm>
 
-#include "fuzz/fuzzing.h"
 #include "formats/pnml_reader.h"
+#include "fuzz/fuzzing.h"
 
 namespace vorel::fuzzing {
 namespace {
 
 template <class T>
-void require_numbering(const OwnedList<T>& list) {
+void require_numbering(const base::OwnedList<T>& list) {
   for (std::size_t i = 0; i < list.size(); ++i) require(list[i]->index == i);
 }
 
@@ -27,7 +27,7 @@ bool contains(const List& list, const T& element) {
   return std::find(list.begin(), list.end(), &element) != list.end();
 }
 
-template <Process P>
+template <net::Process P>
 void require_sound(const P& process) {
   require_numbering(process.places);
   require_numbering(process.transitions);
@@ -51,7 +51,7 @@ void require_sound(const P& process) {
 
 // Some documents are refused without a word.
 void fuzz_pnml(const std::string& bytes) {
-  const auto input = read_pnml_text<FullVariant>(bytes);
+  const auto input = formats::read_pnml_text<net::FullVariant>(bytes);
   if (input != nullptr) std::visit([](const auto& process) { require_sound(process); }, *input);
 }
 

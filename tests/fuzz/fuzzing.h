@@ -27,7 +27,7 @@ inline void require(bool fact) {
 // brings into messages must not look like errors themselves.
 template <class Read>
 auto read_or_refuse(const std::string& bytes, const Read& read) {
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   auto result = read(bytes);
   const std::string text = messages.text(), error = "\nError: ";
   if (bytes.find(error) != std::string::npos) return result;
@@ -45,7 +45,7 @@ void try_round_trip(const std::string& bytes, const Read& read, const Write& wri
   };
   const auto process = read_or_refuse(bytes, read_from);
   if (process == nullptr) return;
-  passes_sanity_checks(*process);
+  net::passes_sanity_checks(*process);
   std::ostringstream first, second;
   require(write(*process, first));
   const auto again = read_from(first.str());

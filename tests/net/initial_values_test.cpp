@@ -12,10 +12,10 @@
 #include "net/edge_history.h"
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
-using Builder = ProcessBuilder<StgPrefix>;
+using Builder = support::ProcessBuilder<StgPrefix>;
 
 // Independent chains of events, each named by its transition; "*" before a name joins the chains
 // that came before it.
@@ -159,4 +159,4 @@ TEST(EdgeHistory, CountsTheEdgesOfEachLocalConfiguration) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::net

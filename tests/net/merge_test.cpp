@@ -14,7 +14,7 @@
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 using Occurrence = std::pair<std::string, int>;  // place and depth
@@ -22,7 +22,7 @@ using Occurrences = std::set<Occurrence>;
 using MergedEvent = std::tuple<std::string, bool, Occurrences, Occurrences>;
 
 template <class N>
-Occurrences occurrences(const PtrList<MpConditionOf<N>>& conditions) {
+Occurrences occurrences(const base::PtrList<MpConditionOf<N>>& conditions) {
   Occurrences result;
   for (const auto* c : conditions) result.emplace(c->place->name, c->occurrence_depth);
   return result;
@@ -39,7 +39,7 @@ struct Content {
       events.emplace(e->transition->name, e->is_cut_off(), occurrences<N>(e->preset),
                      occurrences<N>(e->postset));
     }
-    const std::string text = describe(process);
+    const std::string text = support::describe(process);
     net = text.substr(0, text.find("condition "));
   }
   bool operator==(const Content&) const = default;
@@ -51,7 +51,7 @@ struct Content {
 
 template <class N>
 void expect_same_as_reference(const PrefixOf<N>& prefix) {
-  EXPECT_TRUE(Content<N>(vorel::merge(prefix)) == Content<N>(oracle::merge(prefix)));
+  EXPECT_TRUE(Content<N>(net::merge(prefix)) == Content<N>(oracle::merge(prefix)));
 }
 
 TEST(Merge, RandomNetsAndStgsMergeAsByDefinition) {
@@ -69,7 +69,7 @@ TEST(Merge, RandomNetsAndStgsMergeAsByDefinition) {
 }
 
 TEST(Merge, ConditionsAreNumberedByPlaceAndDepthAndEventsByTheirFirst) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<NetPrefix> b;
   auto& q = b.condition("q");
   auto& p = b.condition("p");
   auto &p1 = b.condition("p"), &p2 = b.condition("p"), &r = b.condition("r");
@@ -78,21 +78,22 @@ TEST(Merge, ConditionsAreNumberedByPlaceAndDepthAndEventsByTheirFirst) {
   b.event("u", {&p}, {&b.condition("p")});
   b.event("v", {&p2, &q}, {&b.condition("p"), &r}, true);
   b.event("t", {&p1}, {&b.condition("p")});
-  EXPECT_EQ(describe(merge(b.finish())).substr(describe(*b.process).find("condition ")),
-            "condition p depth 1 marked 1 <- -> 0 1\n"
-            "condition p depth 2 marked 0 <- 0 1 -> 2 3\n"
-            "condition p depth 3 marked 0 <- 2 3 ->\n"
-            "condition q depth 1 marked 1 <- -> 2\n"
-            "condition r depth 1 marked 0 <- 2 ->\n"
-            "event u <- 0 -> 1\n"
-            "event t <- 0 -> 1\n"
-            "event v <- 1 3 -> 2 4 cut-off\n"
-            "event t <- 1 -> 2\n");
+  EXPECT_EQ(
+      support::describe(merge(b.finish())).substr(support::describe(*b.process).find("condition ")),
+      "condition p depth 1 marked 1 <- -> 0 1\n"
+      "condition p depth 2 marked 0 <- 0 1 -> 2 3\n"
+      "condition p depth 3 marked 0 <- 2 3 ->\n"
+      "condition q depth 1 marked 1 <- -> 2\n"
+      "condition r depth 1 marked 0 <- 2 ->\n"
+      "event u <- 0 -> 1\n"
+      "event t <- 0 -> 1\n"
+      "event v <- 1 3 -> 2 4 cut-off\n"
+      "event t <- 1 -> 2\n");
 }
 
 // Counts beyond a byte, and more places than are counted at a time.
 TEST(Merge, LongRunsAndManyPlacesAreCountedInFull) {
-  ProcessBuilder<NetPrefix> deep, broad;
+  support::ProcessBuilder<NetPrefix> deep, broad;
   auto *p = &deep.condition("p"), *q = &deep.condition("q");
   for (int i = 0; i < 400; ++i) {
     auto *next = &deep.condition("p"), *other = i % 2 == 0 ? &deep.condition("q") : q;
@@ -117,7 +118,7 @@ TEST(Merge, LongRunsAndManyPlacesAreCountedInFull) {
 }
 
 TEST(Merge, EventsMayBeNumberedAgainstTheirCausalOrder) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<NetPrefix> b;
   auto &p = b.condition("p"), &p1 = b.condition("p"), &p2 = b.condition("p");
   b.event("t", {&p1}, {&p2});
   b.event("t", {&p}, {&p1});
@@ -125,7 +126,7 @@ TEST(Merge, EventsMayBeNumberedAgainstTheirCausalOrder) {
 }
 
 TEST(Merge, ConditionsLeftOutAfterCutOffsAreMergedLikeTheOthers) {
-  ProcessBuilder<NetPrefix> listed, left_out;
+  support::ProcessBuilder<NetPrefix> listed, left_out;
   auto& p = listed.condition("p");
   listed.event("t", {&p}, {&listed.condition("p"), &listed.condition("q")}, true);
   auto& same_p = left_out.condition("p");
@@ -141,8 +142,8 @@ TEST(Merge, ConditionsLeftOutAfterCutOffsAreMergedLikeTheOthers) {
     add_link(t, conditions[i]);
     add_arc(*t.transition, *conditions[i].place);
   }
-  EXPECT_EQ(describe(merge(prefix)), describe(merge(*listed.process)));
+  EXPECT_EQ(support::describe(merge(prefix)), support::describe(merge(*listed.process)));
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::net

@@ -7,11 +7,11 @@
 #include "base/run_state.h"
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 template <Process P>
-bool check(const ProcessBuilder<P>& builder, std::string* messages) {
+bool check(const support::ProcessBuilder<P>& builder, std::string* messages) {
   testing::internal::CaptureStderr();
   const bool passes = passes_sanity_checks(*builder.process);
   *messages = testing::internal::GetCapturedStderr();
@@ -19,7 +19,7 @@ bool check(const ProcessBuilder<P>& builder, std::string* messages) {
 }
 
 TEST(SanityChecks, ASoundPrefixPassesWithoutAWord) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<NetPrefix> b;
   auto& p = b.condition("p");
   auto& q = b.condition("q");
   auto& p2 = b.condition("p");
@@ -41,23 +41,23 @@ TEST(SanityChecks, ContradictingLinksRefuseSilentlyButForANoteToThoseWhoAsk) {
       [](Condition& p, Condition& q, Event&) { std::swap(p.index, q.index); },
   };
   for (const auto damage : damages) {
-    ProcessBuilder<NetMergedProcess> b;
+    support::ProcessBuilder<NetMergedProcess> b;
     auto &p = b.condition("p", 1), &q = b.condition("q");
     auto& e = b.event("t", {&p}, {&q});
     b.finish();
     damage(p, q, e);
     std::string silent, asked;
     EXPECT_FALSE(check(b, &silent));
-    run_state().verbosity = 1;
+    base::run_state().verbosity = 1;
     EXPECT_FALSE(check(b, &asked));
-    run_state().verbosity = 0;
+    base::run_state().verbosity = 0;
     EXPECT_EQ(asked, "\nthe input is not read: its links contradict each other\n" + silent);
     EXPECT_EQ(silent.find("Error"), std::string::npos);
   }
 }
 
 TEST(SanityChecks, ACausalCycleOfAPrefixIsRefusedWithItsEvents) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<NetPrefix> b;
   auto& i = b.condition("i");
   auto& o = b.condition("o");
   auto& p = b.condition("p");
@@ -73,7 +73,7 @@ TEST(SanityChecks, ACausalCycleOfAPrefixIsRefusedWithItsEvents) {
 }
 
 TEST(SanityChecks, AnEventThatDisagreesWithItsTransitionIsRefused) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<NetPrefix> b;
   auto& p = b.condition("p");
   auto& q = b.condition("q");
   b.event("t", {&p}, {&b.condition("r")});
@@ -85,7 +85,7 @@ TEST(SanityChecks, AnEventThatDisagreesWithItsTransitionIsRefused) {
 }
 
 TEST(SanityChecks, EmptyPresetsAndUnsafeMarkingsAreErrorsAndTheOtherChecksStillRun) {
-  ProcessBuilder<NetMergedProcess> b;
+  support::ProcessBuilder<NetMergedProcess> b;
   auto& p = b.condition("p", 2);
   auto& q = b.condition("q");
   auto& r = b.condition("r", 1);
@@ -107,7 +107,7 @@ TEST(SanityChecks, EmptyPresetsAndUnsafeMarkingsAreErrorsAndTheOtherChecksStillR
 }
 
 TEST(SanityChecks, SelfLoopsAndPlacesWithoutRealProducersAreWarnedOf) {
-  ProcessBuilder<NetMergedProcess> b;
+  support::ProcessBuilder<NetMergedProcess> b;
   auto& p = b.condition("p", 1);
   auto& q = b.condition("q");
   b.event("t", {&p}, {&p});
@@ -124,4 +124,4 @@ TEST(SanityChecks, SelfLoopsAndPlacesWithoutRealProducersAreWarnedOf) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::net

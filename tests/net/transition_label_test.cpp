@@ -4,12 +4,12 @@
 
 #include "support/legacy_files.h"
 
-namespace vorel {
+namespace vorel::net {
 namespace {
 
 Stg stg_with(std::initializer_list<std::string> transition_names) {
   Stg stg;
-  for (const std::string& name : transition_names) append_new(stg.transitions).name = name;
+  for (const std::string& name : transition_names) base::append_new(stg.transitions).name = name;
   return stg;
 }
 
@@ -31,7 +31,7 @@ TEST(TransitionLabel, ANameGivesKindSignalAndSignAndLosesItsPrefix) {
   const std::string kinds[] = {"inp", "out", "int", "dum"};
   for (const auto& [full, expected] : rows) {
     Stg stg = stg_with({full});
-    const CaughtMessages messages;
+    const support::CaughtMessages messages;
     ASSERT_TRUE(label_transitions(stg)) << full;
     const StgTransition& t = *stg.transitions[0];
     EXPECT_EQ(t.name + " " + t.signal->name + " " + kinds[int(t.signal->kind)] + "+-~"[int(t.sign)],
@@ -57,7 +57,7 @@ TEST(TransitionLabel, NamesThatContradictEachOtherAreRefused) {
   };
   for (const auto& row : rows) {
     Stg stg = stg_with(row.names);
-    const CaughtMessages messages;
+    const support::CaughtMessages messages;
     EXPECT_FALSE(label_transitions(stg)) << row.error;
     EXPECT_EQ(messages.text(), "\nError: " + std::string(row.error) + "\n");
   }
@@ -65,11 +65,11 @@ TEST(TransitionLabel, NamesThatContradictEachOtherAreRefused) {
 
 TEST(TransitionLabel, ASignOnADummyIsDroppedWithAWarning) {
   Stg stg = stg_with({"d.x+/1"});
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   ASSERT_TRUE(label_transitions(stg));
   EXPECT_EQ(stg.transitions[0]->sign, Sign::toggle);
   EXPECT_EQ(messages.text(), "\nWarning: dummy transition x+/1 cannot have sign\n");
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::net

@@ -7,7 +7,7 @@
 namespace vorel::oracle {
 namespace {
 
-using Graph = StateGraph<Stg>;
+using Graph = StateGraph<net::Stg>;
 
 struct CircuitState {
   std::uint32_t environment;  // state of the graph
@@ -17,8 +17,8 @@ struct CircuitState {
 
 class Explorer {
  public:
-  Explorer(const Stg& stg, const Graph& graph, const Values& initial,
-           const std::vector<const SignalSolution*>& solutions)
+  Explorer(const net::Stg& stg, const Graph& graph, const Values& initial,
+           const std::vector<const synthesis::SignalSolution*>& solutions)
       : stg_{stg}, graph_{graph}, solutions_{solutions} {
     for (const auto& state : graph.states) codes_.push_back(code_of(state, initial));
   }
@@ -83,7 +83,7 @@ class Explorer {
       result.emplace_back("output " + stg_.signals[signal_of(p)]->name, next);
     }
     for (const auto& arc : graph_.states[state.environment].arcs) {
-      if (arc.transition->signal->kind != SignalKind::input) continue;
+      if (arc.transition->signal->kind != net::SignalKind::input) continue;
       result.emplace_back("input " + arc.transition->name, CircuitState{arc.target, state.gates});
     }
     return result;
@@ -108,7 +108,7 @@ class Explorer {
     }
     for (const auto& arc : graph_.states[state.environment].arcs) {
       const std::uint32_t signal = arc.transition->signal->index;
-      if (arc.transition->signal->kind == SignalKind::input) continue;
+      if (arc.transition->signal->kind == net::SignalKind::input) continue;
       const bool now = codes_[state.environment][signal] != 0;
       if (driven(state, signal - stg_.inputs_end) == now) return arc.transition->name;
     }
@@ -119,7 +119,7 @@ class Explorer {
     for (const auto& state : graph_.states) {
       for (const auto& output : state.arcs) {
         const std::uint32_t signal = output.transition->signal->index;
-        if (output.transition->signal->kind == SignalKind::input) continue;
+        if (output.transition->signal->kind == net::SignalKind::input) continue;
         for (const auto& other : state.arcs) {
           if (other.transition->signal->index == signal) continue;
           const auto& after = graph_.states[other.target].arcs;
@@ -133,50 +133,51 @@ class Explorer {
     return false;
   }
 
-  const Stg& stg_;
+  const net::Stg& stg_;
   const Graph& graph_;
-  const std::vector<const SignalSolution*>& solutions_;
+  const std::vector<const synthesis::SignalSolution*>& solutions_;
   std::vector<Values> codes_;  // by state of the graph
 };
 
 template <class Visit>
-void for_each_operand(const LogicExpr& expression, Visit visit) {
-  if (const auto* both = std::get_if<LogicExpr::And>(&expression.node)) {
+void for_each_operand(const toolkit::LogicExpr& expression, Visit visit) {
+  if (const auto* both = std::get_if<toolkit::LogicExpr::And>(&expression.node)) {
     std::ranges::for_each(both->operands, visit);
-  } else if (const auto* either = std::get_if<LogicExpr::Or>(&expression.node)) {
+  } else if (const auto* either = std::get_if<toolkit::LogicExpr::Or>(&expression.node)) {
     std::ranges::for_each(either->operands, visit);
   }
 }
 
 }  // namespace
 
-std::set<std::string> names_in(const LogicExpr& expression) {
-  if (const auto* leaf = std::get_if<LogicExpr::Literal>(&expression.node)) return {leaf->name};
+std::set<std::string> names_in(const toolkit::LogicExpr& expression) {
+  if (const auto* leaf = std::get_if<toolkit::LogicExpr::Literal>(&expression.node))
+    return {leaf->name};
   std::set<std::string> names;
   for_each_operand(expression,
-                   [&names](const LogicExpr& operand) { names.merge(names_in(operand)); });
+                   [&names](const toolkit::LogicExpr& operand) { names.merge(names_in(operand)); });
   return names;
 }
 
-bool value_of(const LogicExpr& expression, const Stg& stg, const Values& code) {
-  if (const auto* constant = std::get_if<LogicExpr::Const>(&expression.node))
+bool value_of(const toolkit::LogicExpr& expression, const net::Stg& stg, const Values& code) {
+  if (const auto* constant = std::get_if<toolkit::LogicExpr::Const>(&expression.node))
     return constant->value;
-  if (const auto* leaf = std::get_if<LogicExpr::Literal>(&expression.node)) {
+  if (const auto* leaf = std::get_if<toolkit::LogicExpr::Literal>(&expression.node)) {
     const auto signal = std::ranges::find(
         stg.signals, leaf->name, [](const auto& s) -> const auto& { return s->name; });
     return (code[(*signal)->index] != 0) != leaf->negated;
   }
-  const bool is_and = std::holds_alternative<LogicExpr::And>(expression.node);
+  const bool is_and = std::holds_alternative<toolkit::LogicExpr::And>(expression.node);
   bool result = is_and;
-  for_each_operand(expression, [&](const LogicExpr& operand) {
+  for_each_operand(expression, [&](const toolkit::LogicExpr& operand) {
     const bool value = value_of(operand, stg, code);
     result = is_and ? result && value : result || value;
   });
   return result;
 }
 
-std::string find_hazard(const Stg& stg, const Graph& graph, const Values& initial,
-                        const std::vector<const SignalSolution*>& solutions) {
+std::string find_hazard(const net::Stg& stg, const Graph& graph, const Values& initial,
+                        const std::vector<const synthesis::SignalSolution*>& solutions) {
   return Explorer(stg, graph, initial, solutions).run();
 }
 

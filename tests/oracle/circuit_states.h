@@ -11,17 +11,18 @@
 namespace vorel::oracle {
 
 // The names of its literals.
-std::set<std::string> names_in(const LogicExpr& expression);
+std::set<std::string> names_in(const toolkit::LogicExpr& expression);
 
 // The value of an equation under a code.
-bool value_of(const LogicExpr& expression, const Stg& stg, const Values& code);
+bool value_of(const toolkit::LogicExpr& expression, const net::Stg& stg, const Values& code);
 
 // Explores the circuit in which each output and internal signal is the output of a C-element driven
 // by two gates, SET and RESET, of any delay each, with the STG as environment and as what the
 // outputs are to conform to. Empty, or what goes wrong: a gate or C-element that is excited and not
 // any more, a signal that changes where the STG does not let it, or one that never will where it
 // should. An STG in which an output can be disabled is a hazard of its own: it is passed over.
-std::string find_hazard(const Stg& stg, const StateGraph<Stg>& graph, const Values& initial,
-                        const std::vector<const SignalSolution*>& solutions);
+std::string find_hazard(const net::Stg& stg, const StateGraph<net::Stg>& graph,
+                        const Values& initial,
+                        const std::vector<const synthesis::SignalSolution*>& solutions);
 
 }  // namespace vorel::oracle

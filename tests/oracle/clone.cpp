@@ -19,17 +19,17 @@ void copy_arcs(const N& from, N& to) {
   }
 }
 
-void copy_labels(const Net&, Net&) {}
+void copy_labels(const net::Net&, net::Net&) {}
 
-void copy_labels(const Stg& from, Stg& to) {
+void copy_labels(const net::Stg& from, net::Stg& to) {
   for (const auto& signal : from.signals) {
-    add_signal(to, signal->name, signal->kind).initial_value = signal->initial_value;
+    net::add_signal(to, signal->name, signal->kind).initial_value = signal->initial_value;
   }
   to.inputs_end = from.inputs_end;
   to.outputs_end = from.outputs_end;
   to.internals_end = from.internals_end;
   for (const auto& transition : from.transitions) {
-    StgTransition& copy = *to.transitions[transition->index];
+    net::StgTransition& copy = *to.transitions[transition->index];
     assert(transition->signal != nullptr && transition->signal->index < to.signals.size());
     copy.signal = to.signals[transition->signal->index].get();
     copy.sign = transition->sign;
@@ -42,12 +42,12 @@ template <class N>
 N clone(const N& net) {
   N copy;
   for (const auto& place : net.places) {
-    auto& new_place = append_new(copy.places);
+    auto& new_place = base::append_new(copy.places);
     new_place.name = place->name;
     new_place.initial_marking = place->initial_marking;
   }
   for (const auto& transition : net.transitions) {
-    append_new(copy.transitions).name = transition->name;
+    base::append_new(copy.transitions).name = transition->name;
   }
   assert(copy.places.size() == net.places.size());
   copy_arcs(net, copy);
@@ -55,7 +55,7 @@ N clone(const N& net) {
   return copy;
 }
 
-template Net clone(const Net&);
-template Stg clone(const Stg&);
+template net::Net clone(const net::Net&);
+template net::Stg clone(const net::Stg&);
 
 }  // namespace vorel::oracle

@@ -9,16 +9,16 @@ namespace {
 // False when it contradicts what is known.
 bool learn(std::uint8_t& value, bool is_one) {
   const std::uint8_t wanted = is_one ? 1 : 0;
-  if (value == unknown_value) value = wanted;
+  if (value == net::unknown_value) value = wanted;
   return value == wanted;
 }
 
-bool learn_from_arcs(const StateGraph<Stg>::State& state, Values& values) {
+bool learn_from_arcs(const StateGraph<net::Stg>::State& state, Values& values) {
   for (const auto& arc : state.arcs) {
-    const StgTransition& transition = *arc.transition;
-    if (transition.signal->is_dummy() || transition.sign == Sign::toggle) continue;
+    const net::StgTransition& transition = *arc.transition;
+    if (transition.signal->is_dummy() || transition.sign == net::Sign::toggle) continue;
     const std::uint32_t signal = transition.signal->index;
-    const bool is_one_before = transition.sign == Sign::minus;
+    const bool is_one_before = transition.sign == net::Sign::minus;
     if (!learn(values[signal], is_one_before != state.parity[signal])) return false;
   }
   return true;
@@ -31,14 +31,14 @@ bool covers(const Values& large, const Values& small) {
   return true;
 }
 
-bool next_value(const StateGraph<Stg>& graph, std::uint32_t state, const Values& code,
+bool next_value(const StateGraph<net::Stg>& graph, std::uint32_t state, const Values& code,
                 std::uint32_t signal) {
   return (code[signal] == 1) != enabled_through_dummies(graph, state).contains(signal);
 }
 
 }  // namespace
 
-std::optional<Values> find_initial_values(const Stg& stg, const StateGraph<Stg>& graph) {
+std::optional<Values> find_initial_values(const net::Stg& stg, const StateGraph<net::Stg>& graph) {
   assert(graph.outcome == Exploration::complete);
   Values values;
   for (const auto& signal : stg.signals) {
@@ -48,13 +48,13 @@ std::optional<Values> find_initial_values(const Stg& stg, const StateGraph<Stg>&
     if (!learn_from_arcs(state, values)) return std::nullopt;
   }
   for (std::uint8_t& value : values) {
-    if (value == unknown_value) value = 0;
+    if (value == net::unknown_value) value = 0;
   }
   return values;
 }
 
-bool assign_initial_values(Stg& stg, std::size_t max_states) {
-  const StateGraph<Stg> graph = explore(stg, max_states);
+bool assign_initial_values(net::Stg& stg, std::size_t max_states) {
+  const StateGraph<net::Stg> graph = explore(stg, max_states);
   if (graph.outcome != Exploration::complete) return false;
   const auto values = find_initial_values(stg, graph);
   if (!values) return false;
@@ -64,7 +64,7 @@ bool assign_initial_values(Stg& stg, std::size_t max_states) {
   return true;
 }
 
-Values code_of(const StateGraph<Stg>::State& state, const Values& initial) {
+Values code_of(const StateGraph<net::Stg>::State& state, const Values& initial) {
   assert(initial.size() == state.parity.size());
   Values code = initial;
   for (std::size_t i = 0; i < code.size(); ++i) {
@@ -73,7 +73,7 @@ Values code_of(const StateGraph<Stg>::State& state, const Values& initial) {
   return code;
 }
 
-SignalSet enabled_through_dummies(const StateGraph<Stg>& graph, std::uint32_t state) {
+SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32_t state) {
   SignalSet signals;
   std::set<std::uint32_t> seen{state};
   std::vector<std::uint32_t> open{state};
@@ -81,7 +81,7 @@ SignalSet enabled_through_dummies(const StateGraph<Stg>& graph, std::uint32_t st
     const std::uint32_t current = open.back();
     open.pop_back();
     for (const auto& arc : graph.states[current].arcs) {
-      const Signal& signal = *arc.transition->signal;
+      const net::Signal& signal = *arc.transition->signal;
       if (!signal.is_dummy()) {
         signals.insert(signal.index);
       } else if (seen.insert(arc.target).second) {
@@ -92,7 +92,7 @@ SignalSet enabled_through_dummies(const StateGraph<Stg>& graph, std::uint32_t st
   return signals;
 }
 
-bool has_usc_conflict(const StateGraph<Stg>& graph, const Values& initial) {
+bool has_usc_conflict(const StateGraph<net::Stg>& graph, const Values& initial) {
   std::map<Values, Marking> marking_of;
   for (const auto& state : graph.states) {
     const auto [known, is_new] = marking_of.emplace(code_of(state, initial), state.marking);
@@ -101,7 +101,7 @@ bool has_usc_conflict(const StateGraph<Stg>& graph, const Values& initial) {
   return false;
 }
 
-SignalSet csc_conflict_signals(const Stg& stg, const StateGraph<Stg>& graph,
+SignalSet csc_conflict_signals(const net::Stg& stg, const StateGraph<net::Stg>& graph,
                                const Values& initial) {
   std::map<Values, std::vector<SignalSet>> enabled_at;
   for (std::uint32_t i = 0; i < graph.states.size(); ++i) {
@@ -118,7 +118,8 @@ SignalSet csc_conflict_signals(const Stg& stg, const StateGraph<Stg>& graph,
   return conflicts;
 }
 
-Normalcy normalcy_of(const StateGraph<Stg>& graph, const Values& initial, std::uint32_t signal) {
+Normalcy normalcy_of(const StateGraph<net::Stg>& graph, const Values& initial,
+                     std::uint32_t signal) {
   // One pair of a code and a next value stands for all states that have both.
   std::set<std::pair<Values, bool>> pairs;
   for (std::uint32_t i = 0; i < graph.states.size(); ++i) {

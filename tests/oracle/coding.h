@@ -16,30 +16,32 @@ using Values = std::vector<std::uint8_t>;  // by signal index; 0 for a dummy
 
 // The values that the signs of the transitions imply together with the values already known; 0
 // where nothing implies one. Nullopt when they contradict each other: the STG is inconsistent.
-std::optional<Values> find_initial_values(const Stg& stg, const StateGraph<Stg>& graph);
+std::optional<Values> find_initial_values(const net::Stg& stg, const StateGraph<net::Stg>& graph);
 
 // Explores the STG and writes the values into its signals (dummies stay unknown). False, and
 // nothing written, when the graph is not complete or not consistent.
-bool assign_initial_values(Stg& stg, std::size_t max_states = 100'000);
+bool assign_initial_values(net::Stg& stg, std::size_t max_states = 100'000);
 
 // Value of each signal in the state.
-Values code_of(const StateGraph<Stg>::State& state, const Values& initial);
+Values code_of(const StateGraph<net::Stg>::State& state, const Values& initial);
 
 // The non-dummy signals with an edge enabled in the state itself, or after firing dummies only.
 using SignalSet = std::set<std::uint32_t>;
-SignalSet enabled_through_dummies(const StateGraph<Stg>& graph, std::uint32_t state);
+SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32_t state);
 
 // Two states with one code and different markings.
-bool has_usc_conflict(const StateGraph<Stg>& graph, const Values& initial);
+bool has_usc_conflict(const StateGraph<net::Stg>& graph, const Values& initial);
 
 // The outputs and internal signals that are enabled in only one of two states with one code. With
 // dummies, enabledness counts through them.
-SignalSet csc_conflict_signals(const Stg& stg, const StateGraph<Stg>& graph, const Values& initial);
+SignalSet csc_conflict_signals(const net::Stg& stg, const StateGraph<net::Stg>& graph,
+                               const Values& initial);
 
 // Whether the next-state function of the signal is monotonic (p) or antitonic (n) in the code.
 struct Normalcy {
   bool p = true, n = true;
 };
-Normalcy normalcy_of(const StateGraph<Stg>& graph, const Values& initial, std::uint32_t signal);
+Normalcy normalcy_of(const StateGraph<net::Stg>& graph, const Values& initial,
+                     std::uint32_t signal);
 
 }  // namespace vorel::oracle

@@ -7,8 +7,8 @@
 
 namespace vorel::oracle {
 
-std::optional<std::vector<Configuration>> configurations(const StgPrefix& prefix,
-                                                         const StateGraph<Stg>& graph,
+std::optional<std::vector<Configuration>> configurations(const net::StgPrefix& prefix,
+                                                         const StateGraph<net::Stg>& graph,
                                                          std::size_t max_configurations) {
   const auto all = configuration_states(prefix, StateKind::no_dummies, max_configurations);
   if (!all) return std::nullopt;

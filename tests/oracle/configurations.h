@@ -19,8 +19,8 @@ struct Configuration {
 };
 
 // Nullopt when there are more configurations than allowed.
-std::optional<std::vector<Configuration>> configurations(const StgPrefix& prefix,
-                                                         const StateGraph<Stg>& graph,
+std::optional<std::vector<Configuration>> configurations(const net::StgPrefix& prefix,
+                                                         const StateGraph<net::Stg>& graph,
                                                          std::size_t max_configurations);
 
 }  // namespace vorel::oracle

@@ -6,19 +6,19 @@ namespace vorel::oracle {
 namespace {
 
 template <class N>
-bool index_less(const EventOf<N>* a, const EventOf<N>* b) {
+bool index_less(const net::EventOf<N>* a, const net::EventOf<N>* b) {
   return a->index < b->index;
 }
 
 template <class N>
-void add_with_causes(const EventOf<N>* event, EventSet<N>& events) {
+void add_with_causes(const net::EventOf<N>* event, EventSet<N>& events) {
   if (event == nullptr || !events.insert(event).second) return;
   for (const auto* condition : event->preset) add_with_causes(condition->pre_event, events);
 }
 
 template <class N>
-std::set<const ConditionOf<N>*> consumed_by(const EventSet<N>& events) {
-  std::set<const ConditionOf<N>*> consumed;
+std::set<const net::ConditionOf<N>*> consumed_by(const EventSet<N>& events) {
+  std::set<const net::ConditionOf<N>*> consumed;
   for (const auto* event : events) consumed.insert(event->preset.begin(), event->preset.end());
   return consumed;
 }
@@ -33,7 +33,7 @@ EventSet<N> causes_of(ConditionSpan<N> conditions) {
 }
 
 template <class N>
-EventSet<N> local_configuration(const EventOf<N>& event) {
+EventSet<N> local_configuration(const net::EventOf<N>& event) {
   EventSet<N> events(index_less<N>);
   add_with_causes(&event, events);
   return events;
@@ -58,10 +58,11 @@ bool is_co_set(ConditionSpan<N> conditions) {
 }
 
 template <class N>
-std::optional<FinalState> final_state(const PrefixOf<N>& prefix, const EventSet<N>& configuration) {
+std::optional<FinalState> final_state(const net::PrefixOf<N>& prefix,
+                                      const EventSet<N>& configuration) {
   assert(is_conflict_free<N>(configuration));
   FinalState state{Marking(prefix.places.size()), initial_parity<N>(prefix)};
-  std::set<const ConditionOf<N>*> produced;
+  std::set<const net::ConditionOf<N>*> produced;
   for (const auto& condition : prefix.conditions) {
     if (condition->is_initial()) produced.insert(condition.get());
   }
@@ -78,14 +79,14 @@ std::optional<FinalState> final_state(const PrefixOf<N>& prefix, const EventSet<
   return state;
 }
 
-#define INSTANTIATE(N)                                         \
-  template EventSet<N> causes_of<N>(ConditionSpan<N>);         \
-  template EventSet<N> local_configuration(const EventOf<N>&); \
-  template bool is_conflict_free<N>(const EventSet<N>&);       \
-  template bool is_co_set<N>(ConditionSpan<N>);                \
-  template std::optional<FinalState> final_state(const PrefixOf<N>&, const EventSet<N>&);
-INSTANTIATE(Net)
-INSTANTIATE(Stg)
+#define INSTANTIATE(N)                                              \
+  template EventSet<N> causes_of<N>(ConditionSpan<N>);              \
+  template EventSet<N> local_configuration(const net::EventOf<N>&); \
+  template bool is_conflict_free<N>(const EventSet<N>&);            \
+  template bool is_co_set<N>(ConditionSpan<N>);                     \
+  template std::optional<FinalState> final_state(const net::PrefixOf<N>&, const EventSet<N>&);
+INSTANTIATE(net::Net)
+INSTANTIATE(net::Stg)
 #undef INSTANTIATE
 
 }  // namespace vorel::oracle

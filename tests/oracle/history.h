@@ -15,16 +15,17 @@
 namespace vorel::oracle {
 
 template <class N>
-using EventSet = std::set<const EventOf<N>*, bool (*)(const EventOf<N>*, const EventOf<N>*)>;
+using EventSet =
+    std::set<const net::EventOf<N>*, bool (*)(const net::EventOf<N>*, const net::EventOf<N>*)>;
 template <class N>
-using ConditionSpan = std::span<ConditionOf<N>* const>;
+using ConditionSpan = std::span<net::ConditionOf<N>* const>;
 
 // The events that must happen before all of these conditions are there, by index.
 template <class N>
 EventSet<N> causes_of(ConditionSpan<N> conditions);
 // The event and all its causes.
 template <class N>
-EventSet<N> local_configuration(const EventOf<N>& event);
+EventSet<N> local_configuration(const net::EventOf<N>& event);
 
 // No condition is consumed twice. The set must hold the causes of its events.
 template <class N>
@@ -43,6 +44,7 @@ struct FinalState {
 };
 // Nullopt when the cut has two conditions of one place: the net is not safe.
 template <class N>
-std::optional<FinalState> final_state(const PrefixOf<N>& prefix, const EventSet<N>& configuration);
+std::optional<FinalState> final_state(const net::PrefixOf<N>& prefix,
+                                      const EventSet<N>& configuration);
 
 }  // namespace vorel::oracle

@@ -20,7 +20,7 @@ class NetBuilder {
   Place& place(const std::string& name) {
     Place*& place = places_[name];
     if (place == nullptr) {
-      place = &append_new(net_.places);
+      place = &base::append_new(net_.places);
       place->name = name;
     }
     return *place;
@@ -29,34 +29,34 @@ class NetBuilder {
 
   // The transition that consume(), produce() and label() speak of from now on.
   NetBuilder& add_transition(const std::string& name) {
-    current_ = &append_new(net_.transitions);
+    current_ = &base::append_new(net_.transitions);
     current_->name = name;
     return *this;
   }
   NetBuilder& consume(const std::string& name) {
     assert(current_ != nullptr);
-    add_arc(place(name), *current_);
+    net::add_arc(place(name), *current_);
     return *this;
   }
   NetBuilder& produce(const std::string& name) {
     assert(current_ != nullptr);
-    add_arc(*current_, place(name));
+    net::add_arc(*current_, place(name));
     return *this;
   }
 
-  Signal& add_signal(const std::string& name, SignalKind kind) {
-    return vorel::add_signal(net_, name, kind);
+  net::Signal& add_signal(const std::string& name, net::SignalKind kind) {
+    return vorel::net::add_signal(net_, name, kind);
   }
-  NetBuilder& label(Signal& signal, Sign sign) {
+  NetBuilder& label(net::Signal& signal, net::Sign sign) {
     current_->signal = &signal;
-    current_->sign = signal.is_dummy() ? Sign::toggle : sign;
+    current_->sign = signal.is_dummy() ? net::Sign::toggle : sign;
     return *this;
   }
 
   // Sorted and numbered as after loading. The builder is empty then.
   N finish() {
-    if constexpr (N::has_signals) sort_signals(net_);
-    sort_net(net_);
+    if constexpr (N::has_signals) net::sort_signals(net_);
+    net::sort_net(net_);
     places_.clear();
     current_ = nullptr;
     return std::move(net_);

@@ -25,8 +25,8 @@ constexpr TrapNet trap_table[] = {
 
 }  // namespace
 
-Net net_from(std::string_view text) {
-  NetBuilder<Net> builder;
+net::Net net_from(std::string_view text) {
+  NetBuilder<net::Net> builder;
   std::istringstream clauses{std::string(text)};
   for (std::string clause; std::getline(clauses, clause, ';');) {
     std::istringstream words(clause);
@@ -53,8 +53,8 @@ Net net_from(std::string_view text) {
   return builder.finish();
 }
 
-Net philosophers(std::uint32_t n) {
-  NetBuilder<Net> builder;
+net::Net philosophers(std::uint32_t n) {
+  NetBuilder<net::Net> builder;
   for (std::uint32_t i = 0; i < n; ++i) {
     const std::string own = std::to_string(i), next = std::to_string((i + 1) % n);
     builder.mark("fork" + own);
@@ -69,9 +69,9 @@ Net philosophers(std::uint32_t n) {
   return builder.finish();
 }
 
-Net token_ring(std::uint32_t n, std::uint32_t tokens) {
+net::Net token_ring(std::uint32_t n, std::uint32_t tokens) {
   assert(n >= 2 && tokens <= n);
-  NetBuilder<Net> builder;
+  NetBuilder<net::Net> builder;
   for (std::uint32_t i = 0; i < n; ++i) {
     const std::string own = std::to_string(i), next = std::to_string((i + 1) % n);
     builder.mark((i < tokens ? "full" : "free") + own);

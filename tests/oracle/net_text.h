@@ -12,14 +12,14 @@
 
 namespace vorel::oracle {
 
-Net net_from(std::string_view text);
+net::Net net_from(std::string_view text);
 
 // n forks and n philosophers who take one fork, then the other: deadlocks with all holding one.
-Net philosophers(std::uint32_t n);
+net::Net philosophers(std::uint32_t n);
 
 // n places in a ring, with tokens that move on when the next place is free; no token and no free
 // place both mean that the initial marking is dead.
-Net token_ring(std::uint32_t n, std::uint32_t tokens);
+net::Net token_ring(std::uint32_t n, std::uint32_t tokens);
 
 // Small nets on which shortcuts are known to go wrong: an event that reproduces its own preset
 // while others compete for it, a cycle of length two, choices whose branches meet again.

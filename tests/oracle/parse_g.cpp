@@ -21,7 +21,7 @@ Words split(const std::string& line) {
 
 class GParser {
  public:
-  std::optional<Stg> run(const std::string& text) {
+  std::optional<net::Stg> run(const std::string& text) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
       const Words words = split(line);
@@ -39,10 +39,11 @@ class GParser {
   };
 
   bool take_line(const Words& words) {
-    static const std::map<std::string, SignalKind> kinds{{".inputs", SignalKind::input},
-                                                         {".outputs", SignalKind::output},
-                                                         {".internal", SignalKind::internal},
-                                                         {".dummy", SignalKind::dummy}};
+    static const std::map<std::string, net::SignalKind> kinds{
+        {".inputs", net::SignalKind::input},
+        {".outputs", net::SignalKind::output},
+        {".internal", net::SignalKind::internal},
+        {".dummy", net::SignalKind::dummy}};
     const std::string& head = words.front();
     if (head == ".model") return words.size() == 2;
     if (const auto kind = kinds.find(head); kind != kinds.end()) {
@@ -81,15 +82,17 @@ class GParser {
     return true;
   }
 
-  static Sign sign_of(const std::string& node) {
+  static net::Sign sign_of(const std::string& node) {
     const std::size_t end = signal_of(node).size();
-    if (end == node.size()) return Sign::toggle;
-    return node[end] == '+' ? Sign::plus : node[end] == '-' ? Sign::minus : Sign::toggle;
+    if (end == node.size()) return net::Sign::toggle;
+    return node[end] == '+'   ? net::Sign::plus
+           : node[end] == '-' ? net::Sign::minus
+                              : net::Sign::toggle;
   }
 
-  Stg finish() {
-    NetBuilder<Stg> builder;
-    std::map<std::string, Signal*> built;
+  net::Stg finish() {
+    NetBuilder<net::Stg> builder;
+    std::map<std::string, net::Signal*> built;
     for (const auto& [name, kind] : signals_) built[name] = &builder.add_signal(name, kind);
     for (const auto& [name, arcs] : transitions_) {
       builder.add_transition(name).label(*built[signal_of(name)], sign_of(name));
@@ -101,19 +104,19 @@ class GParser {
   }
 
   bool in_graph_ = false;
-  std::map<std::string, SignalKind> signals_;
+  std::map<std::string, net::SignalKind> signals_;
   std::map<std::string, Node> transitions_;
   Names marked_;
 };
 
 }  // namespace
 
-std::optional<Stg> parse_g(const std::string& text) { return GParser().run(text); }
+std::optional<net::Stg> parse_g(const std::string& text) { return GParser().run(text); }
 
-std::optional<Net> parse_ll_net(const std::string& text) {
+std::optional<net::Net> parse_ll_net(const std::string& text) {
   static const std::regex heading("[A-Z]{2}"), node(R"x(\d*"([^"]*)"(.*))x"), quoted(R"("[^"]*")"),
       arc(R"((\d+)([<>])(\d+).*)");
-  Net net;
+  net::Net net;
   std::istringstream lines(text);
   std::string section;
   std::smatch part;
@@ -121,23 +124,23 @@ std::optional<Net> parse_ll_net(const std::string& text) {
     if (std::regex_match(line, heading)) {
       section = line;
     } else if (section == "PL" && std::regex_match(line, part, node)) {
-      auto& place = append_new(net.places);
+      auto& place = base::append_new(net.places);
       place.name = part[1];
       const std::string attributes = std::regex_replace(part.str(2), quoted, "");
       place.initial_marking = attributes.find("M1") == std::string::npos ? 0 : 1;
     } else if (section == "TR" && std::regex_match(line, part, node)) {
-      append_new(net.transitions).name = part[1];
+      base::append_new(net.transitions).name = part[1];
     } else if ((section == "TP" || section == "PT") && std::regex_match(line, part, arc)) {
       const bool produces = part[2] == "<";  // TRANSITION<PLACE or PLACE>TRANSITION
       auto& place = *net.places.at(std::stoul(part[produces ? 3 : 1]) - 1);
       auto& transition = *net.transitions.at(std::stoul(part[produces ? 1 : 3]) - 1);
-      produces ? add_arc(transition, place) : add_arc(place, transition);
+      produces ? net::add_arc(transition, place) : net::add_arc(place, transition);
     } else if (section == "PL" || section == "TR" || section == "TP" || section == "PT") {
       return std::nullopt;
     }
   }
   if (section.empty()) return std::nullopt;
-  sort_net(net);
+  net::sort_net(net);
   return net;
 }
 

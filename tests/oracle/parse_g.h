@@ -13,11 +13,11 @@ namespace vorel::oracle {
 
 // Sections .inputs, .outputs, .internal, .dummy, .graph and .marking. An arc between transitions
 // "a+" and "b-" goes through a place named "<a+,b->".
-std::optional<Stg> parse_g(const std::string& text);
+std::optional<net::Stg> parse_g(const std::string& text);
 
 // Sections PL, TR, TP and PT; others are passed over. Numbers count from 1 in the order of the
 // lines.
-std::optional<Net> parse_ll_net(const std::string& text);
+std::optional<net::Net> parse_ll_net(const std::string& text);
 
 // The whole file; nullopt when it cannot be read.
 std::optional<std::string> read_file(const std::string& path);

@@ -12,7 +12,7 @@ namespace vorel::oracle {
 namespace {
 
 template <class N>
-using Cut = std::set<const ConditionOf<N>*>;
+using Cut = std::set<const net::ConditionOf<N>*>;
 
 template <class List>
 std::vector<std::uint32_t> sorted_places(const List& conditions) {
@@ -31,13 +31,13 @@ std::vector<std::uint32_t> sorted_indices(const Places& places) {
 }
 
 template <class N>
-bool matches_arcs(const EventOf<N>& event) {
+bool matches_arcs(const net::EventOf<N>& event) {
   return sorted_places(event.preset) == sorted_indices(event.transition->preset) &&
          sorted_places(event.postset) == sorted_indices(event.transition->postset);
 }
 
 template <class N>
-bool matches_initial_marking(const PrefixOf<N>& prefix) {
+bool matches_initial_marking(const net::PrefixOf<N>& prefix) {
   Marking marked(prefix.places.size());
   for (const auto& condition : prefix.conditions) {
     if (!condition->is_initial()) continue;
@@ -48,14 +48,14 @@ bool matches_initial_marking(const PrefixOf<N>& prefix) {
 }
 
 template <class N>
-bool lies_after_cut_off(const EventOf<N>& event) {
+bool lies_after_cut_off(const net::EventOf<N>& event) {
   return std::ranges::any_of(event.preset, [](const auto* condition) {
     return !condition->is_initial() && condition->pre_event->is_cut_off();
   });
 }
 
 template <class N>
-std::string cut_off_fault(const PrefixOf<N>& prefix, const EventOf<N>& event) {
+std::string cut_off_fault(const net::PrefixOf<N>& prefix, const net::EventOf<N>& event) {
   if (!event.is_cut_off() || event.cut_off.is_unknown()) return "";
   const auto state = final_state(prefix, local_configuration(event));
   if (event.cut_off.is_initial_marking()) {
@@ -75,7 +75,7 @@ std::string cut_off_fault(const PrefixOf<N>& prefix, const EventOf<N>& event) {
 }
 
 template <class N>
-std::string event_fault(const PrefixOf<N>& prefix, const EventOf<N>& event) {
+std::string event_fault(const net::PrefixOf<N>& prefix, const net::EventOf<N>& event) {
   if (!matches_arcs(event)) return "differs from its transition";
   if (lies_after_cut_off(event)) return "lies after a cut-off";
   if (!is_conflict_free<N>(local_configuration(event))) return "has a history with a conflict";
@@ -87,7 +87,7 @@ std::string event_fault(const PrefixOf<N>& prefix, const EventOf<N>& event) {
 template <class N>
 class ConfigurationWalk {
  public:
-  ConfigurationWalk(const PrefixOf<N>& prefix, std::size_t max_configurations)
+  ConfigurationWalk(const net::PrefixOf<N>& prefix, std::size_t max_configurations)
       : prefix_{prefix}, max_configurations_{max_configurations} {}
 
   std::string run() {
@@ -131,8 +131,8 @@ class ConfigurationWalk {
     return "";
   }
 
-  std::set<const EventOf<N>*> events_at(const Cut<N>& cut) const {
-    std::set<const EventOf<N>*> events;
+  std::set<const net::EventOf<N>*> events_at(const Cut<N>& cut) const {
+    std::set<const net::EventOf<N>*> events;
     for (const auto* condition : cut) {
       for (const auto* event : condition->postset) {
         const bool is_enabled_here = std::ranges::all_of(
@@ -143,7 +143,7 @@ class ConfigurationWalk {
     return events;
   }
 
-  void step(Cut<N> cut, Parity parity, const EventOf<N>& event) {
+  void step(Cut<N> cut, Parity parity, const net::EventOf<N>& event) {
     if (event.is_cut_off()) return;
     for (const auto* condition : event.preset) cut.erase(condition);
     cut.insert(event.postset.begin(), event.postset.end());
@@ -151,7 +151,7 @@ class ConfigurationWalk {
     visit(std::move(cut), std::move(parity));
   }
 
-  const PrefixOf<N>& prefix_;
+  const net::PrefixOf<N>& prefix_;
   std::size_t max_configurations_;
   std::vector<std::pair<Cut<N>, Parity>> open_;
   std::set<Cut<N>> seen_;
@@ -161,12 +161,12 @@ class ConfigurationWalk {
 }  // namespace
 
 template <class N>
-std::string branching_fault(const PrefixOf<N>& prefix) {
+std::string branching_fault(const net::PrefixOf<N>& prefix) {
   if (!matches_initial_marking(prefix)) return "the initial conditions differ from the marking";
-  std::set<std::pair<const void*, std::vector<const ConditionOf<N>*>>> known;
+  std::set<std::pair<const void*, std::vector<const net::ConditionOf<N>*>>> known;
   for (const auto& event : prefix.events) {
     std::string fault = event_fault(prefix, *event);
-    std::vector<const ConditionOf<N>*> preset(event->preset.begin(), event->preset.end());
+    std::vector<const net::ConditionOf<N>*> preset(event->preset.begin(), event->preset.end());
     std::ranges::sort(preset);
     if (!known.emplace(event->transition, std::move(preset)).second) fault = "occurs twice";
     if (!fault.empty()) return "event " + std::to_string(event->index) + " " + fault;
@@ -175,7 +175,7 @@ std::string branching_fault(const PrefixOf<N>& prefix) {
 }
 
 template <class N>
-std::string completeness_fault(const PrefixOf<N>& prefix, const StateGraph<N>& graph,
+std::string completeness_fault(const net::PrefixOf<N>& prefix, const StateGraph<N>& graph,
                                std::size_t max_configurations) {
   assert(graph.outcome == Exploration::complete);
   ConfigurationWalk<N> walk(prefix, max_configurations);
@@ -187,9 +187,11 @@ std::string completeness_fault(const PrefixOf<N>& prefix, const StateGraph<N>& g
          std::to_string(reachable.size());
 }
 
-template std::string branching_fault(const NetPrefix&);
-template std::string branching_fault(const StgPrefix&);
-template std::string completeness_fault(const NetPrefix&, const StateGraph<Net>&, std::size_t);
-template std::string completeness_fault(const StgPrefix&, const StateGraph<Stg>&, std::size_t);
+template std::string branching_fault(const net::NetPrefix&);
+template std::string branching_fault(const net::StgPrefix&);
+template std::string completeness_fault(const net::NetPrefix&, const StateGraph<net::Net>&,
+                                        std::size_t);
+template std::string completeness_fault(const net::StgPrefix&, const StateGraph<net::Stg>&,
+                                        std::size_t);
 
 }  // namespace vorel::oracle

@@ -17,13 +17,13 @@ namespace vorel::oracle {
 // occurs twice, no initial condition is missing, nothing lies after a cut-off, and each cut-off
 // reaches the state of its correspondents, which together are one configuration.
 template <class N>
-std::string branching_fault(const PrefixOf<N>& prefix);
+std::string branching_fault(const net::PrefixOf<N>& prefix);
 
 // Every reachable state is reached by a configuration without cut-offs, and every transition
 // enabled there has an event there, be it a cut-off. Tries all configurations: a prefix with more
 // of them than allowed is a fault too.
 template <class N>
-std::string completeness_fault(const PrefixOf<N>& prefix, const StateGraph<N>& graph,
+std::string completeness_fault(const net::PrefixOf<N>& prefix, const StateGraph<N>& graph,
                                std::size_t max_configurations = 100'000);
 
 }  // namespace vorel::oracle

@@ -13,8 +13,8 @@ Nodes numbers_of(const List& list) {
   return numbers;
 }
 
-bool is_dummy(const Transition&) { return false; }
-bool is_dummy(const StgTransition& transition) { return transition.signal->is_dummy(); }
+bool is_dummy(const net::Transition&) { return false; }
+bool is_dummy(const net::StgTransition& transition) { return transition.signal->is_dummy(); }
 
 // Markings and edges that dummies alone lead to, the first among them.
 template <class N>
@@ -83,7 +83,7 @@ class Configurations {
  public:
   using State = std::pair<EventNumbers, PropertyState>;
 
-  Configurations(const PrefixOf<N>& prefix, StateKind kind) : prefix_{prefix}, kind_{kind} {}
+  Configurations(const net::PrefixOf<N>& prefix, StateKind kind) : prefix_{prefix}, kind_{kind} {}
 
   bool collect(std::size_t most, std::vector<State>& result) {
     std::set<EventNumbers> seen{{}};
@@ -110,8 +110,8 @@ class Configurations {
   }
 
  private:
-  using Event = EventOf<N>;
-  using Cut = std::set<const ConditionOf<N>*>;
+  using Event = net::EventOf<N>;
+  using Cut = std::set<const net::ConditionOf<N>*>;
 
   static bool can_follow(const Event& event, const Cut& cut) {
     return std::ranges::all_of(event.preset, [&](const auto* c) { return cut.contains(c); });
@@ -158,14 +158,14 @@ class Configurations {
     return state;
   }
 
-  const PrefixOf<N>& prefix_;
+  const net::PrefixOf<N>& prefix_;
   const StateKind kind_;
 };
 
 }  // namespace
 
 template <class N>
-ProcessModel model_of(const PrefixOf<N>& prefix) {
+ProcessModel model_of(const net::PrefixOf<N>& prefix) {
   ProcessModel model{.has_signals = N::has_signals, .nodes = {}};
   const auto number = [](const auto* element) { return std::int64_t{element->index} + 1; };
   for (const auto& p : prefix.places) {
@@ -234,19 +234,19 @@ std::vector<PropertyState> states_of(const N& net, StateKind kind) {
 
 template <class N>
 std::optional<std::vector<std::pair<EventNumbers, PropertyState>>> configuration_states(
-    const PrefixOf<N>& prefix, StateKind kind, std::size_t most) {
+    const net::PrefixOf<N>& prefix, StateKind kind, std::size_t most) {
   std::vector<std::pair<EventNumbers, PropertyState>> result;
   if (!Configurations<N>(prefix, kind).collect(most, result)) return {};
   return result;
 }
 
 #define INSTANTIATE(N)                                                        \
-  template ProcessModel model_of(const PrefixOf<N>&);                         \
+  template ProcessModel model_of(const net::PrefixOf<N>&);                    \
   template std::vector<PropertyState> states_of(const N&, StateKind);         \
   template std::optional<std::vector<std::pair<EventNumbers, PropertyState>>> \
-  configuration_states(const PrefixOf<N>&, StateKind, std::size_t);
-INSTANTIATE(Net)
-INSTANTIATE(Stg)
+  configuration_states(const net::PrefixOf<N>&, StateKind, std::size_t);
+INSTANTIATE(net::Net)
+INSTANTIATE(net::Stg)
 #undef INSTANTIATE
 
 }  // namespace vorel::oracle

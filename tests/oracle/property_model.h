@@ -26,8 +26,8 @@ struct NodeFacts {
   Nodes pre = {}, post = {};
   std::int64_t origin = 0;  // the place of a condition, transition of an event, signal of those
   bool is_init = false, is_cutoff = false;
-  Sign sign = Sign::toggle;             // of events and transitions
-  SignalKind kind = SignalKind::dummy;  // of signals
+  net::Sign sign = net::Sign::toggle;             // of events and transitions
+  net::SignalKind kind = net::SignalKind::dummy;  // of signals
 };
 
 struct ProcessModel {
@@ -48,7 +48,7 @@ struct PropertyState {
 
 // The prefix of an STG has initial values.
 template <class N>
-ProcessModel model_of(const PrefixOf<N>& prefix);
+ProcessModel model_of(const net::PrefixOf<N>& prefix);
 
 // What the states of a net are.
 enum class StateKind : std::uint8_t {
@@ -67,6 +67,6 @@ std::vector<PropertyState> states_of(const N& net, StateKind kind);
 using EventNumbers = std::set<std::uint32_t>;
 template <class N>
 std::optional<std::vector<std::pair<EventNumbers, PropertyState>>> configuration_states(
-    const PrefixOf<N>& prefix, StateKind kind, std::size_t most);
+    const net::PrefixOf<N>& prefix, StateKind kind, std::size_t most);
 
 }  // namespace vorel::oracle

@@ -20,7 +20,7 @@ class MachinesGenerator {
 
   explicit MachinesGenerator(Random& random) : random_{random} {}
 
-  Net run() {
+  net::Net run() {
     const std::uint32_t count = random_.between(2, 6);
     for (std::uint32_t i = 0; i < count; ++i) state_counts_.push_back(random_.between(2, 7));
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -72,7 +72,7 @@ class MachinesGenerator {
   }
 
   Random& random_;
-  NetBuilder<Net> builder_;
+  NetBuilder<net::Net> builder_;
   std::vector<std::uint32_t> state_counts_;  // by machine
   std::uint32_t transitions_ = 0;
 };
@@ -85,7 +85,7 @@ class ForkJoinGenerator {
 
   explicit ForkJoinGenerator(Random& random) : random_{random} {}
 
-  Net run() {
+  net::Net run() {
     builder_.mark("start");
     add_block("start", "end", random_.between(2, 4));
     if (random_.chance(50)) add_step("end", "start");
@@ -142,16 +142,16 @@ class ForkJoinGenerator {
   }
 
   Random& random_;
-  NetBuilder<Net> builder_;
+  NetBuilder<net::Net> builder_;
   std::uint32_t places_ = 0, transitions_ = 0;
 };
 
 template <class Generator>
-Net first_small_net(std::uint64_t seed, const RandomNetParams& params) {
+net::Net first_small_net(std::uint64_t seed, const RandomNetParams& params) {
   Random random(seed);
   while (true) {
-    Net net = Generator(random).run();
-    const StateGraph<Net> graph = explore(net, params.max_states);
+    net::Net net = Generator(random).run();
+    const StateGraph<net::Net> graph = explore(net, params.max_states);
     const bool is_interesting = graph.states.size() >= Generator::least_states;
     if (graph.outcome == Exploration::complete && is_interesting) return net;
   }
@@ -159,7 +159,7 @@ Net first_small_net(std::uint64_t seed, const RandomNetParams& params) {
 
 }  // namespace
 
-Net random_net(std::uint64_t seed, const RandomNetParams& params) {
+net::Net random_net(std::uint64_t seed, const RandomNetParams& params) {
   Random random(seed);
   switch (random.below(8)) {
     case 0: {

@@ -16,6 +16,6 @@ struct RandomNetParams {
 };
 
 // Mostly synchronised machines, and some of each other family. About half the nets have a deadlock.
-Net random_net(std::uint64_t seed, const RandomNetParams& params = {});
+net::Net random_net(std::uint64_t seed, const RandomNetParams& params = {});
 
 }  // namespace vorel::oracle

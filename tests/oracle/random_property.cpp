@@ -13,13 +13,13 @@ namespace {
 
 using Fact = bool (*)(const NodeFacts&);
 
-template <SignalKind kind>
+template <net::SignalKind kind>
 bool is_kind(const NodeFacts& f) {
   return f.kind == kind;
 }
-bool is_dummy(const NodeFacts& f) { return f.kind == SignalKind::dummy; }
+bool is_dummy(const NodeFacts& f) { return f.kind == net::SignalKind::dummy; }
 bool is_local(const NodeFacts& f) {
-  return f.kind == SignalKind::output || f.kind == SignalKind::internal;
+  return f.kind == net::SignalKind::output || f.kind == net::SignalKind::internal;
 }
 
 // What is told of the nodes of a kind: by an operator, and by a set that holds those that have it;
@@ -31,8 +31,8 @@ struct FactRow {
 };
 bool is_any(const NodeFacts&) { return true; }
 bool is_init(const NodeFacts& f) { return f.is_init; }
-bool is_plus(const NodeFacts& f) { return f.sign == Sign::plus; }
-bool is_minus(const NodeFacts& f) { return f.sign == Sign::minus; }
+bool is_plus(const NodeFacts& f) { return f.sign == net::Sign::plus; }
+bool is_minus(const NodeFacts& f) { return f.sign == net::Sign::minus; }
 constexpr FactRow fact_rows[] = {
     {"is_init", nullptr, condition, is_init},
     {"is_init", nullptr, event, is_init},
@@ -44,9 +44,9 @@ constexpr FactRow fact_rows[] = {
     {"is_plus", nullptr, transition, is_plus},
     {"is_minus", nullptr, event, is_minus},
     {"is_minus", nullptr, transition, is_minus},
-    {"is_input", "INPUTS", signal, is_kind<SignalKind::input>},
-    {"is_output", "OUTPUTS", signal, is_kind<SignalKind::output>},
-    {"is_internal", "INTERNAL", signal, is_kind<SignalKind::internal>},
+    {"is_input", "INPUTS", signal, is_kind<net::SignalKind::input>},
+    {"is_output", "OUTPUTS", signal, is_kind<net::SignalKind::output>},
+    {"is_internal", "INTERNAL", signal, is_kind<net::SignalKind::internal>},
     {"is_dummy", "DUMMY", signal, is_dummy},
     {"is_local", "LOCAL", signal, is_local},
     {nullptr, "CONDITIONS", condition, is_any},

@@ -18,7 +18,7 @@ constexpr std::size_t least_states = 5;  // fewer are of no interest
 
 struct Edge {
   std::uint32_t signal;
-  Sign sign;
+  net::Sign sign;
   auto operator<=>(const Edge&) const = default;
 };
 
@@ -44,7 +44,7 @@ struct Component {
 
 struct SignalPlan {
   std::string name;
-  SignalKind kind;
+  net::SignalKind kind;
   bool starts_at_one;
   bool toggles_only;
 };
@@ -53,7 +53,7 @@ class StgGenerator {
  public:
   StgGenerator(Random& random, const RandomStgParams& params) : random_{random}, params_{params} {}
 
-  Stg run() {
+  net::Stg run() {
     const std::uint32_t count = random_.between(1, 4);
     for (std::uint32_t i = 0; i < count; ++i) plan_component();
     for (Component& component : components_) fill(component);
@@ -82,7 +82,7 @@ class StgGenerator {
 
   std::uint32_t plan_signal() {
     const auto kind =
-        signals_.empty() ? SignalKind::output : static_cast<SignalKind>(random_.below(3));
+        signals_.empty() ? net::SignalKind::output : static_cast<net::SignalKind>(random_.below(3));
     const auto number = static_cast<std::uint32_t>(signals_.size());
     // Names of two lengths: the order of names is by length first.
     const std::string name = (random_.chance(30) ? "ack" : "z") + std::to_string(number);
@@ -92,7 +92,7 @@ class StgGenerator {
 
   std::uint32_t plan_dummy() {
     const auto number = static_cast<std::uint32_t>(signals_.size());
-    signals_.push_back({"dum" + std::to_string(number), SignalKind::dummy, false, true});
+    signals_.push_back({"dum" + std::to_string(number), net::SignalKind::dummy, false, true});
     return number;
   }
 
@@ -114,8 +114,8 @@ class StgGenerator {
   }
 
   Edge next_edge(std::uint32_t signal, bool is_one) const {
-    if (signals_[signal].toggles_only) return {signal, Sign::toggle};
-    return {signal, is_one ? Sign::minus : Sign::plus};
+    if (signals_[signal].toggles_only) return {signal, net::Sign::toggle};
+    return {signal, is_one ? net::Sign::minus : net::Sign::plus};
   }
 
   // Each signal's edges alternate; the signals are interleaved at random.
@@ -174,13 +174,14 @@ class StgGenerator {
     return edges;
   }
 
-  Stg compose() {
+  net::Stg compose() {
     for (const SignalPlan& plan : signals_) {
       built_signals_.push_back(&builder_.add_signal(plan.name, plan.kind));
     }
     for (std::uint32_t i = 0; i < components_.size(); ++i) builder_.mark(place_name(i, 0));
     for (std::uint32_t signal = 0; signal < signals_.size(); ++signal) {
-      for (const Sign sign : {Sign::plus, Sign::minus, Sign::toggle}) join({signal, sign});
+      for (const net::Sign sign : {net::Sign::plus, net::Sign::minus, net::Sign::toggle})
+        join({signal, sign});
     }
     return builder_.finish();
   }
@@ -216,7 +217,7 @@ class StgGenerator {
                     const std::vector<std::uint32_t>& involved, const std::vector<Arc>& arcs) {
     const SignalPlan& plan = signals_[edge.signal];
     std::string name = plan.name;
-    if (plan.kind != SignalKind::dummy) name += "+-~"[static_cast<std::size_t>(edge.sign)];
+    if (plan.kind != net::SignalKind::dummy) name += "+-~"[static_cast<std::size_t>(edge.sign)];
     if (number > 0) name += "/" + std::to_string(number);
     builder_.add_transition(name).label(*built_signals_[edge.signal], edge.sign);
     assert(arcs.size() == involved.size());
@@ -230,22 +231,22 @@ class StgGenerator {
   const RandomStgParams& params_;
   std::vector<SignalPlan> signals_;
   std::vector<Component> components_;
-  NetBuilder<Stg> builder_;
-  std::vector<Signal*> built_signals_;
+  NetBuilder<net::Stg> builder_;
+  std::vector<net::Signal*> built_signals_;
 };
 
-bool is_good(const Stg& stg, const RandomStgParams& params) {
-  const StateGraph<Stg> graph = explore(stg, params.max_states);
+bool is_good(const net::Stg& stg, const RandomStgParams& params) {
+  const StateGraph<net::Stg> graph = explore(stg, params.max_states);
   return graph.outcome == Exploration::complete && graph.states.size() >= least_states &&
          find_initial_values(stg, graph).has_value();
 }
 
 }  // namespace
 
-Stg random_stg(std::uint64_t seed, const RandomStgParams& params) {
+net::Stg random_stg(std::uint64_t seed, const RandomStgParams& params) {
   Random random(seed);
   while (true) {
-    Stg stg = StgGenerator(random, params).run();
+    net::Stg stg = StgGenerator(random, params).run();
     if (is_good(stg, params)) return stg;
   }
 }

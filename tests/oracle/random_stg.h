@@ -19,6 +19,6 @@ struct RandomStgParams {
   std::size_t max_states = 300;
 };
 
-Stg random_stg(std::uint64_t seed, const RandomStgParams& params = {});
+net::Stg random_stg(std::uint64_t seed, const RandomStgParams& params = {});
 
 }  // namespace vorel::oracle

@@ -16,7 +16,7 @@ template <class N>
 class PathCounter {
  public:
   // The most conditions of the place that a path to this condition can have.
-  std::int32_t most(const ConditionOf<N>& condition, const typename N::Place& place) {
+  std::int32_t most(const net::ConditionOf<N>& condition, const typename N::Place& place) {
     const auto known = known_.find({&condition, &place});
     if (known != known_.end()) return known->second;
     std::int32_t count = 0;
@@ -30,35 +30,35 @@ class PathCounter {
   }
 
  private:
-  std::map<std::pair<const ConditionOf<N>*, const typename N::Place*>, std::int32_t> known_;
+  std::map<std::pair<const net::ConditionOf<N>*, const typename N::Place*>, std::int32_t> known_;
 };
 
 template <class N>
 class Merger {
  public:
-  explicit Merger(const PrefixOf<N>& prefix) : prefix_{prefix} {
+  explicit Merger(const net::PrefixOf<N>& prefix) : prefix_{prefix} {
     static_cast<N&>(merged_) = clone<N>(prefix);
   }
 
-  MergedProcessOf<N> run() {
+  net::MergedProcessOf<N> run() {
     for (const auto& condition : prefix_.conditions) add(*condition);
     for (const auto& event : prefix_.events) add(*event);
     assert(merged_.conditions.size() <= prefix_.conditions.size());
     assert(merged_.events.size() <= prefix_.events.size());
-    sort_links(merged_);
+    net::sort_links(merged_);
     return std::move(merged_);
   }
 
  private:
   using Numbers = std::set<std::uint32_t>;
 
-  void add(const ConditionOf<N>& condition) {
+  void add(const net::ConditionOf<N>& condition) {
     const std::uint32_t place = condition.place->index;
     const std::int32_t depth = depth_of(condition);
     const auto next = static_cast<std::uint32_t>(merged_.conditions.size());
     const auto [known, is_new] = conditions_.emplace(std::pair{place, depth}, next);
     if (is_new) {
-      auto& merged = append_new(merged_.conditions);
+      auto& merged = base::append_new(merged_.conditions);
       merged.place = merged_.places[place].get();
       merged.occurrence_depth = depth;
     }
@@ -66,11 +66,11 @@ class Merger {
     if (condition.is_initial()) ++merged_.conditions[known->second]->initial_marking;
   }
 
-  std::int32_t depth_of(const ConditionOf<N>& condition) {
+  std::int32_t depth_of(const net::ConditionOf<N>& condition) {
     return counter_.most(condition, *condition.place);
   }
 
-  Numbers classes_of(const PtrList<ConditionOf<N>>& conditions) {
+  Numbers classes_of(const base::PtrList<net::ConditionOf<N>>& conditions) {
     Numbers classes;
     for (const auto* condition : conditions) {
       classes.insert(conditions_.at({condition->place->index, depth_of(*condition)}));
@@ -78,7 +78,7 @@ class Merger {
     return classes;
   }
 
-  void add(const EventOf<N>& event) {
+  void add(const net::EventOf<N>& event) {
     const Numbers preset = classes_of(event.preset), postset = classes_of(event.postset);
     const std::uint32_t transition = event.transition->index;
     const auto next = static_cast<std::uint32_t>(merged_.events.size());
@@ -88,15 +88,15 @@ class Merger {
       merged.cut_off = merged.cut_off && event.is_cut_off();
       return;
     }
-    auto& merged = append_new(merged_.events);
+    auto& merged = base::append_new(merged_.events);
     merged.transition = merged_.transitions[transition].get();
     merged.cut_off = event.is_cut_off();
-    for (const std::uint32_t number : preset) add_link(*merged_.conditions[number], merged);
-    for (const std::uint32_t number : postset) add_link(merged, *merged_.conditions[number]);
+    for (const std::uint32_t number : preset) net::add_link(*merged_.conditions[number], merged);
+    for (const std::uint32_t number : postset) net::add_link(merged, *merged_.conditions[number]);
   }
 
-  const PrefixOf<N>& prefix_;
-  MergedProcessOf<N> merged_;
+  const net::PrefixOf<N>& prefix_;
+  net::MergedProcessOf<N> merged_;
   PathCounter<N> counter_;
   std::map<std::pair<std::uint32_t, std::int32_t>, std::uint32_t> conditions_;
   std::map<std::tuple<std::uint32_t, Numbers, Numbers>, std::uint32_t> events_;
@@ -105,11 +105,11 @@ class Merger {
 }  // namespace
 
 template <class N>
-MergedProcessOf<N> merge(const PrefixOf<N>& prefix) {
+net::MergedProcessOf<N> merge(const net::PrefixOf<N>& prefix) {
   return Merger<N>(prefix).run();
 }
 
-template NetMergedProcess merge(const NetPrefix&);
-template StgMergedProcess merge(const StgPrefix&);
+template net::NetMergedProcess merge(const net::NetPrefix&);
+template net::StgMergedProcess merge(const net::StgPrefix&);
 
 }  // namespace vorel::oracle

@@ -10,6 +10,6 @@
 namespace vorel::oracle {
 
 template <class N>
-MergedProcessOf<N> merge(const PrefixOf<N>& prefix);
+net::MergedProcessOf<N> merge(const net::PrefixOf<N>& prefix);
 
 }  // namespace vorel::oracle

@@ -44,19 +44,19 @@ class Unfolder {
     static_cast<N&>(prefix_) = clone(net);
   }
 
-  std::optional<PrefixOf<N>> run() {
+  std::optional<net::PrefixOf<N>> run() {
     add_initial_conditions();
     while (!candidates_.empty()) {
       if (prefix_.events.size() == max_events_) return std::nullopt;
       insert_smallest();
     }
-    sort_links(prefix_);
+    net::sort_links(prefix_);
     return std::move(prefix_);
   }
 
  private:
-  using Condition = ConditionOf<N>;
-  using Event = EventOf<N>;
+  using Condition = net::ConditionOf<N>;
+  using Event = net::EventOf<N>;
   using Transition = typename N::Transition;
   using Conditions = std::vector<Condition*>;
 
@@ -80,19 +80,19 @@ class Unfolder {
   }
 
   Condition& add_condition(typename N::Place& place) {
-    Condition& condition = append_new(prefix_.conditions);
+    Condition& condition = base::append_new(prefix_.conditions);
     condition.place = &place;
     return condition;
   }
 
   void insert_smallest() {
     const Candidate candidate = std::move(candidates_.extract(candidates_.begin()).value());
-    Event& event = append_new(prefix_.events);
+    Event& event = base::append_new(prefix_.events);
     event.transition = candidate.transition;
     std::size_t depth = 0;
     for (const std::uint32_t number : candidate.preset) {
       Condition& condition = *prefix_.conditions[number];
-      add_link(condition, event);
+      net::add_link(condition, event);
       depth = std::max(depth, depth_after(condition));
     }
     assert(event.preset.size() == event.transition->preset.size());
@@ -100,7 +100,7 @@ class Unfolder {
     Conditions produced;
     for (auto* place : event.transition->postset) {
       produced.push_back(&add_condition(*place));
-      add_link(event, *produced.back());
+      net::add_link(event, *produced.back());
     }
     if (!test_cut_off(event)) find_extensions(produced);
   }
@@ -167,7 +167,7 @@ class Unfolder {
   }
 
   std::size_t max_events_;
-  PrefixOf<N> prefix_;
+  net::PrefixOf<N> prefix_;
   std::set<Candidate> candidates_;
   std::vector<Conditions> open_conditions_;  // by place; those that no cut-off produces
   std::vector<std::size_t> depth_;           // by event: length of the longest chain up to it
@@ -177,11 +177,11 @@ class Unfolder {
 }  // namespace
 
 template <class N>
-std::optional<PrefixOf<N>> unfold(const N& net, std::size_t max_events) {
+std::optional<net::PrefixOf<N>> unfold(const N& net, std::size_t max_events) {
   return Unfolder<N>(net, max_events).run();
 }
 
-template std::optional<NetPrefix> unfold(const Net&, std::size_t);
-template std::optional<StgPrefix> unfold(const Stg&, std::size_t);
+template std::optional<net::NetPrefix> unfold(const net::Net&, std::size_t);
+template std::optional<net::StgPrefix> unfold(const net::Stg&, std::size_t);
 
 }  // namespace vorel::oracle

@@ -18,6 +18,6 @@ namespace vorel::oracle {
 
 // Nullopt when the prefix would have more events. The net must be safe, no preset empty.
 template <class N>
-std::optional<PrefixOf<N>> unfold(const N& net, std::size_t max_events = 5'000);
+std::optional<net::PrefixOf<N>> unfold(const N& net, std::size_t max_events = 5'000);
 
 }  // namespace vorel::oracle

@@ -90,9 +90,9 @@ std::optional<Marking> fire(Marking marking, const T& transition) {
   return marking;
 }
 
-void count_edge(Parity&, const Transition&) {}
+void count_edge(Parity&, const net::Transition&) {}
 
-void count_edge(Parity& parity, const StgTransition& transition) {
+void count_edge(Parity& parity, const net::StgTransition& transition) {
   assert(transition.signal != nullptr);
   if (!transition.signal->is_dummy()) parity[transition.signal->index].flip();
 }
@@ -161,8 +161,8 @@ bool is_dead(const N& net, const Marking& marking) {
   template StateGraph<N> explore(const N&, std::size_t);                          \
   template std::optional<Marking> replay(const N&, std::span<const std::string>); \
   template bool is_dead(const N&, const Marking&);
-INSTANTIATE(Net)
-INSTANTIATE(Stg)
+INSTANTIATE(net::Net)
+INSTANTIATE(net::Stg)
 #undef INSTANTIATE
 
 }  // namespace vorel::oracle

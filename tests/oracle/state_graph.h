@@ -32,8 +32,8 @@ template <class T>
 std::optional<Marking> fire(Marking marking, const T& transition);
 
 // Flips the signal of the transition; nothing to do for a dummy or in a plain net.
-void count_edge(Parity& parity, const Transition& transition);
-void count_edge(Parity& parity, const StgTransition& transition);
+void count_edge(Parity& parity, const net::Transition& transition);
+void count_edge(Parity& parity, const net::StgTransition& transition);
 
 template <class N>
 Parity initial_parity(const N& net);

@@ -11,7 +11,7 @@ constexpr const char* module_name = "VOREL_unmapped_implementation";
 
 class Testbench {
  public:
-  Testbench(const std::string& module, const Stg& stg, const StateGraph<Stg>& graph,
+  Testbench(const std::string& module, const net::Stg& stg, const StateGraph<net::Stg>& graph,
             const TestbenchParams& params)
       : stg_{stg}, graph_{graph}, number_{std::to_string(params.number)}, params_{params} {
     std::istringstream lines(module);
@@ -148,8 +148,8 @@ class Testbench {
              "  end\nendmodule\n";
   }
 
-  const Stg& stg_;
-  const StateGraph<Stg>& graph_;
+  const net::Stg& stg_;
+  const StateGraph<net::Stg>& graph_;
   const std::string number_;
   const TestbenchParams params_;
   std::vector<std::string> nodes_;  // to which something is assigned: signals, SET and RESET
@@ -160,8 +160,8 @@ class Testbench {
 
 }  // namespace
 
-std::string with_testbench(const std::string& module, const Stg& stg, const StateGraph<Stg>& graph,
-                           const TestbenchParams& params) {
+std::string with_testbench(const std::string& module, const net::Stg& stg,
+                           const StateGraph<net::Stg>& graph, const TestbenchParams& params) {
   return Testbench(module, stg, graph, params).run(module);
 }
 

@@ -22,7 +22,7 @@ struct TestbenchParams {
 // edges", or "NUMBER: ..." with the first signal that changes when the STG does not let it, or does
 // not when nothing else is left to happen. The STG has no dummies, and in no state two different
 // edges of one signal.
-std::string with_testbench(const std::string& module, const Stg& stg, const StateGraph<Stg>& graph,
-                           const TestbenchParams& params);
+std::string with_testbench(const std::string& module, const net::Stg& stg,
+                           const StateGraph<net::Stg>& graph, const TestbenchParams& params);
 
 }  // namespace vorel::oracle

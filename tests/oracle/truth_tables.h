@@ -27,7 +27,7 @@ inline Table variable_table(std::uint32_t v) {
   return table_from([v](std::uint32_t a) { return ((a >> v) & 1u) != 0; });
 }
 
-inline Table table_of(const Bdd& f) {
+inline Table table_of(const bdd::Bdd& f) {
   std::vector<int> inputs(table_variables);
   return table_from([&](std::uint32_t a) {
     for (std::uint32_t v = 0; v < table_variables; ++v) inputs[v] = static_cast<int>((a >> v) & 1u);
@@ -49,7 +49,7 @@ inline std::vector<std::uint32_t> support_of(const Table& f) {
 
 // The same function twice.
 struct Function {
-  Bdd bdd;
+  bdd::Bdd bdd;
   Table table;
 };
 
@@ -59,10 +59,10 @@ inline Function random_function(Random& random, std::uint32_t mask, int depth) {
     const std::uint32_t v = random.below(table_variables);
     if (((mask >> v) & 1u) == 0) {
       const bool value = random.chance(50);
-      return {Bdd(value), table_from([&](std::uint32_t) { return value; })};
+      return {bdd::Bdd(value), table_from([&](std::uint32_t) { return value; })};
     }
-    if (random.chance(50)) return {~bdd_variable(v), ~variable_table(v)};
-    return {bdd_variable(v), variable_table(v)};
+    if (random.chance(50)) return {~bdd::bdd_variable(v), ~variable_table(v)};
+    return {bdd::bdd_variable(v), variable_table(v)};
   }
   const Function a = random_function(random, mask, depth - 1);
   const Function b = random_function(random, mask, depth - 1);

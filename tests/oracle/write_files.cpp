@@ -30,14 +30,14 @@ std::string arc(const std::string& source, const std::string& target) {
   return "<arc source=\"" + source + "\" target=\"" + target + "\"/>\n";
 }
 
-std::string signal_reference(const Transition&) { return ""; }
-std::string signal_reference(const StgTransition& transition) {
+std::string signal_reference(const net::Transition&) { return ""; }
+std::string signal_reference(const net::StgTransition& transition) {
   const char sign = "+-~"[static_cast<std::size_t>(transition.sign)];
   return "<signal ref=\"" + id('s', transition.signal->index) + "\" sign=\"" + sign + "\"/>";
 }
 
-std::string signal_elements(const Net&) { return ""; }
-std::string signal_elements(const Stg& stg) {
+std::string signal_elements(const net::Net&) { return ""; }
+std::string signal_elements(const net::Stg& stg) {
   constexpr const char* kinds[] = {"input", "output", "internal", "dummy"};
   std::string text;
   for (const auto& signal : stg.signals) {
@@ -67,17 +67,17 @@ std::string net_page(const N& net) {
 }
 
 template <class N>
-std::string condition_details(const ConditionOf<N>&) {
+std::string condition_details(const net::ConditionOf<N>&) {
   return "";
 }
 template <class N>
-std::string condition_details(const MpConditionOf<N>& condition) {
+std::string condition_details(const net::MpConditionOf<N>& condition) {
   return named("occurrence_depth", std::to_string(condition.occurrence_depth)) +
          marking_element(condition.initial_marking);
 }
 
 template <class N>
-std::string cut_off_element(const EventOf<N>& event) {
+std::string cut_off_element(const net::EventOf<N>& event) {
   if (!event.is_cut_off()) return "";
   if (event.cut_off.is_unknown()) return "<cut-off/>";
   std::string text = "<cut-off><correspondent";
@@ -87,7 +87,7 @@ std::string cut_off_element(const EventOf<N>& event) {
   return text + "/></cut-off>";
 }
 template <class N>
-std::string cut_off_element(const MpEventOf<N>& event) {
+std::string cut_off_element(const net::MpEventOf<N>& event) {
   return event.is_cut_off() ? "<cut-off/>" : "";
 }
 
@@ -95,14 +95,15 @@ std::string original_node(char letter, std::uint32_t index) {
   return "<originalNode ref=\"" + id(letter, index) + "\"/>";
 }
 
-template <Process P>
+template <net::Process P>
 bool lists_all_conditions(const P& process) {
   return std::ranges::all_of(process.events, [](const auto& event) {
-    return std::ranges::all_of(event->postset, [](const auto* c) { return c->index != no_index; });
+    return std::ranges::all_of(event->postset,
+                               [](const auto* c) { return c->index != base::no_index; });
   });
 }
 
-template <Process P>
+template <net::Process P>
 std::string process_page(const P& process) {
   assert(lists_all_conditions(process));
   std::string text = "<page>\n";
@@ -127,8 +128,8 @@ void add_word(std::string& out, std::uint32_t word) {
   for (int shift = 0; shift < 32; shift += 8) out += static_cast<char>((word >> shift) & 0xFFu);
 }
 
-std::string file_name_of(const Transition& transition) { return transition.name; }
-std::string file_name_of(const StgTransition& transition) {
+std::string file_name_of(const net::Transition& transition) { return transition.name; }
+std::string file_name_of(const net::StgTransition& transition) {
   constexpr const char* prefixes[] = {"i.", "O.", "I.", "d."};
   return prefixes[static_cast<std::size_t>(transition.signal->kind)] + transition.name;
 }
@@ -140,7 +141,7 @@ class FileOrder {
   explicit FileOrder(const N& net) : position_(net.transitions.size()) {
     for (const auto& transition : net.transitions) in_order_.push_back(transition.get());
     std::ranges::sort(in_order_, [](const auto* a, const auto* b) {
-      return name_less(file_name_of(*a), file_name_of(*b));
+      return net::name_less(file_name_of(*a), file_name_of(*b));
     });
     for (std::uint32_t i = 0; i < in_order_.size(); ++i) position_[in_order_[i]->index] = i;
   }
@@ -161,7 +162,7 @@ std::size_t longest_name(const N& net) {
 }
 
 template <class N>
-void add_condition_record(std::string& out, const ConditionOf<N>& condition) {
+void add_condition_record(std::string& out, const net::ConditionOf<N>& condition) {
   add_word(out, condition.place->index + 1);
   add_word(out, condition.is_initial() ? 0 : condition.pre_event->index + 1);
   for (const auto* event : condition.postset) add_word(out, event->index + 1);
@@ -169,7 +170,7 @@ void add_condition_record(std::string& out, const ConditionOf<N>& condition) {
 }
 
 template <class N>
-void add_cut_off_record(std::string& out, const EventOf<N>& event) {
+void add_cut_off_record(std::string& out, const net::EventOf<N>& event) {
   add_word(out, event.index + 1);
   if (event.cut_off.is_unknown() || event.cut_off.correspondents().size() > 1) {
     add_word(out, 0xFFFFFFFFu);
@@ -190,7 +191,7 @@ std::string row(std::initializer_list<std::size_t> numbers) {
 
 }  // namespace
 
-template <Process P>
+template <net::Process P>
 std::string pnml_text(const P& process) {
   using N = typename P::NetType;
   const std::string net_kind = N::has_signals ? "STG" : "low_level_net";
@@ -202,7 +203,7 @@ std::string pnml_text(const P& process) {
 }
 
 template <class N>
-std::string mci_text(const PrefixOf<N>& prefix) {
+std::string mci_text(const net::PrefixOf<N>& prefix) {
   const FileOrder<N> order(prefix);
   assert(lists_all_conditions(prefix));
   std::string out;
@@ -226,7 +227,7 @@ std::string mci_text(const PrefixOf<N>& prefix) {
 }
 
 template <class N>
-std::string mp_text(const MergedProcessOf<N>& process) {
+std::string mp_text(const net::MergedProcessOf<N>& process) {
   assert(lists_all_conditions(process));
   std::string text = row({process.conditions.size(), process.events.size(), process.places.size(),
                           process.transitions.size()}) +
@@ -257,13 +258,13 @@ void write_file(const std::string& path, const std::string& content) {
   std::abort();
 }
 
-template std::string pnml_text(const NetPrefix&);
-template std::string pnml_text(const StgPrefix&);
-template std::string pnml_text(const NetMergedProcess&);
-template std::string pnml_text(const StgMergedProcess&);
-template std::string mci_text(const NetPrefix&);
-template std::string mci_text(const StgPrefix&);
-template std::string mp_text(const NetMergedProcess&);
-template std::string mp_text(const StgMergedProcess&);
+template std::string pnml_text(const net::NetPrefix&);
+template std::string pnml_text(const net::StgPrefix&);
+template std::string pnml_text(const net::NetMergedProcess&);
+template std::string pnml_text(const net::StgMergedProcess&);
+template std::string mci_text(const net::NetPrefix&);
+template std::string mci_text(const net::StgPrefix&);
+template std::string mp_text(const net::NetMergedProcess&);
+template std::string mp_text(const net::StgMergedProcess&);
 
 }  // namespace vorel::oracle

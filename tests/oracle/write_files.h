@@ -10,16 +10,16 @@
 
 namespace vorel::oracle {
 
-template <Process P>
+template <net::Process P>
 std::string pnml_text(const P& process);
 
 // The transitions of an STG get the prefix of their signal's kind, such as "O.z+/1", and are
 // numbered in the order of these names.
 template <class N>
-std::string mci_text(const PrefixOf<N>& prefix);
+std::string mci_text(const net::PrefixOf<N>& prefix);
 
 template <class N>
-std::string mp_text(const MergedProcessOf<N>& process);
+std::string mp_text(const net::MergedProcessOf<N>& process);
 
 // Ends the test when the file cannot be written.
 void write_file(const std::string& path, const std::string& content);

@@ -19,22 +19,22 @@
 #include "support/process_builder.h"
 #include "support/seeds.h"
 
-namespace vorel {
+namespace vorel::reach {
 namespace {
 
 using oracle::Marking;
 
-template <Process P>
+template <net::Process P>
 class Probe : public DeadlockCheck<P> {
  public:
-  Probe(const P& process, const Params& params) : DeadlockCheck<P>(process, params) {
+  Probe(const P& process, const base::Params& params) : DeadlockCheck<P>(process, params) {
     this->run();
     for (const auto& solution : this->found().solutions) {
       EXPECT_TRUE(this->validate(*solution));
       traces.push_back(solution->traces.at(0));
     }
   }
-  std::vector<Trace> traces;
+  std::vector<results::Trace> traces;
 };
 
 // What the explicit state graph says of a net.
@@ -51,27 +51,27 @@ Truth truth_of(const N& net) {
 }
 
 // Replays a trace by the names of its transitions; the marking that it ends in.
-template <Process P>
-Marking end_of(const P& process, const Trace& trace) {
+template <net::Process P>
+Marking end_of(const P& process, const results::Trace& trace) {
   std::vector<std::string> names;
-  for (const TraceStep& step : trace) names.push_back(*step.transition);
+  for (const results::TraceStep& step : trace) names.push_back(*step.transition);
   const auto marking = oracle::replay<typename P::NetType>(process, names);
   EXPECT_TRUE(marking.has_value()) << "a trace that does not replay";
   return marking.value_or(Marking{});
 }
 
-template <Process P>
-std::set<Marking> ends_of(const P& process, const std::vector<Trace>& traces) {
+template <net::Process P>
+std::set<Marking> ends_of(const P& process, const std::vector<results::Trace>& traces) {
   std::set<Marking> ends;
-  for (const Trace& trace : traces) ends.insert(end_of(process, trace));
+  for (const results::Trace& trace : traces) ends.insert(end_of(process, trace));
   return ends;
 }
 
-std::set<std::set<std::uint32_t>> event_sets_of(const std::vector<Trace>& traces) {
+std::set<std::set<std::uint32_t>> event_sets_of(const std::vector<results::Trace>& traces) {
   std::set<std::set<std::uint32_t>> sets;
-  for (const Trace& trace : traces) {
+  for (const results::Trace& trace : traces) {
     std::set<std::uint32_t> events;
-    for (const TraceStep& step : trace) events.insert(step.event);
+    for (const results::TraceStep& step : trace) events.insert(step.event);
     sets.insert(events);
   }
   return sets;
@@ -79,7 +79,7 @@ std::set<std::set<std::uint32_t>> event_sets_of(const std::vector<Trace>& traces
 
 // Tries all configurations without cut-offs, or as many as allowed. In a merged process the
 // occurrences of a place follow each other by their depths.
-template <Process P>
+template <net::Process P>
 class Configurations {
  public:
   explicit Configurations(const P& process, std::size_t most = 100'000)
@@ -131,9 +131,9 @@ class Configurations {
 };
 
 // The ways to encode the question that ought to have the same answer.
-template <Process P>
-std::vector<Options> encodings() {
-  std::vector<Options> result;
+template <net::Process P>
+std::vector<support::Options> encodings() {
+  std::vector<support::Options> result;
   for (const int method : {1, 2}) {
     for (const int variant : {0, 1}) {
       if (P::is_merged) {
@@ -150,17 +150,17 @@ std::vector<Options> encodings() {
   return result;
 }
 
-template <Process P>
+template <net::Process P>
 void expect_right_answers(const P& process, const Truth& truth) {
   const bool has_deadlock = !truth.deadlocks.empty();
-  for (Options options : encodings<P>()) {
-    const Probe<P> one(process, default_params(options));
+  for (support::Options options : encodings<P>()) {
+    const Probe<P> one(process, support::default_params(options));
     EXPECT_EQ(!one.traces.empty(), has_deadlock) << "method " << options[0].second;
-    for (const Trace& trace : one.traces) {
+    for (const results::Trace& trace : one.traces) {
       EXPECT_TRUE(truth.deadlocks.contains(end_of(process, trace)));
     }
     options.emplace_back("min_cost", 1);
-    const Probe<P> shortest(process, default_params(options));
+    const Probe<P> shortest(process, support::default_params(options));
     ASSERT_EQ(!shortest.traces.empty(), has_deadlock);
     if (has_deadlock) {
       EXPECT_EQ(shortest.traces[0].size(), truth.shortest);
@@ -168,22 +168,22 @@ void expect_right_answers(const P& process, const Truth& truth) {
   }
 }
 
-template <Process P>
+template <net::Process P>
 void expect_all_solutions(const P& process, const Truth& truth) {
   const std::size_t expected = Configurations<P>(process).dead_count();
-  for (Options options : encodings<P>()) {
+  for (support::Options options : encodings<P>()) {
     options.emplace_back("all_solutions", -1);
-    const Probe<P> all(process, default_params(options));
+    const Probe<P> all(process, support::default_params(options));
     EXPECT_EQ(all.traces.size(), expected);
     EXPECT_EQ(event_sets_of(all.traces).size(), expected) << "a solution is listed twice";
     EXPECT_EQ(ends_of(process, all.traces), truth.deadlocks);
     options.back().second = 2;
-    const Probe<P> some(process, default_params(options));
+    const Probe<P> some(process, support::default_params(options));
     EXPECT_EQ(some.traces.size(), std::min<std::size_t>(2, expected));
   }
 }
 
-template <Process P>
+template <net::Process P>
 void compare(const P& process, const Truth& truth) {
   expect_right_answers(process, truth);
   const auto lasting =
@@ -198,13 +198,13 @@ void compare_with_state_graph(const N& net, std::size_t& with_deadlock) {
   ASSERT_TRUE(prefix.has_value());
   with_deadlock += truth.deadlocks.empty() ? 0 : 1;
   compare(*prefix, truth);
-  compare(merge(*prefix), truth);
-  EXPECT_FALSE(run_failed());
+  compare(net::merge(*prefix), truth);
+  EXPECT_FALSE(base::run_failed());
 }
 
 template <class Make>
 void compare_on_seeds(Make make) {
-  const auto [first, end] = seeds(100);
+  const auto [first, end] = support::seeds(100);
   testing::internal::CaptureStderr();  // warnings of prefixes without cut-offs
   std::size_t with_deadlock = 0;
   for (std::uint64_t seed = first; seed < end; ++seed) {
@@ -235,11 +235,11 @@ TEST(DeadlockCheck, AgreesWithTheStateGraphWhereShortcutsGoWrong) {
 
 // Nets whose prefixes fold much: an event of the merged process stands for many. Four parts each,
 // and either an end or none.
-using Builder = oracle::NetBuilder<Net>;
+using Builder = oracle::NetBuilder<net::Net>;
 std::string numbered(const char* name, int i) { return name + std::to_string(i); }
 
 // Bit i is set when all lower ones are cleared.
-Net counter(bool ends) {
+net::Net counter(bool ends) {
   Builder b;
   for (int i = 0; i < (ends ? 4 : 5); ++i) {
     b.add_transition(numbered("carry", i));
@@ -253,7 +253,7 @@ Net counter(bool ends) {
 }
 
 // Choices in any order, each of them once or again and again.
-Net choices_in_any_order(bool ends) {
+net::Net choices_in_any_order(bool ends) {
   Builder b;
   b.mark("hub");
   for (int i = 0; i < 4; ++i) {
@@ -268,7 +268,7 @@ Net choices_in_any_order(bool ends) {
 }
 
 // A loop of choices that meet again; one that ends remembers them.
-Net loop_of_choices(bool ends) {
+net::Net loop_of_choices(bool ends) {
   Builder b;
   b.mark("at0");
   for (int i = 0; i < 4; ++i) {
@@ -296,9 +296,9 @@ TEST(DeadlockCheck, AgreesWithTheStateGraphWhereMuchIsMerged) {
 }
 
 // Lists all configurations.
-class Lister : public SearchEngine<NetMergedProcess> {
+class Lister : public configuration::SearchEngine<net::NetMergedProcess> {
  public:
-  Lister(const NetMergedProcess& process, const Params& params)
+  Lister(const net::NetMergedProcess& process, const base::Params& params)
       : SearchEngine(process, params, {"some", "none"}) {
     run();
     for (const auto& solution : found().solutions) EXPECT_TRUE(validate(*solution));
@@ -306,22 +306,22 @@ class Lister : public SearchEngine<NetMergedProcess> {
   std::size_t count() const { return found().solutions.size(); }
 
  protected:
-  void encode(ClauseGroup group) override { encode_configuration(configuration(0), group); }
+  void encode(sat::ClauseGroup group) override { encode_configuration(configuration(0), group); }
 };
 
 // Among them are nets with sets of events that can fire, but not in the order of the depths.
 TEST(DeadlockCheck, ConfigurationsOfAMergedProcessAreTheSetsThatFireInTheOrderOfTheDepths) {
-  const auto [first, end] = seeds(30);
+  const auto [first, end] = support::seeds(30);
   testing::internal::CaptureStderr();
   for (std::uint64_t seed = 250 + first; seed < 250 + end; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    const auto merged = merge(*oracle::unfold(oracle::random_net(seed)));
+    const auto merged = net::merge(*oracle::unfold(oracle::random_net(seed)));
     constexpr std::size_t most = 400;
-    const std::size_t expected = Configurations<NetMergedProcess>(merged, most).count();
+    const std::size_t expected = Configurations<net::NetMergedProcess>(merged, most).count();
     if (expected == most) continue;
     for (const int in_steps : {0, 1}) {
-      const Params params =
-          default_params({{"all_solutions", -1}, {"incremental_acyclic_constraint", in_steps}});
+      const base::Params params = support::default_params(
+          {{"all_solutions", -1}, {"incremental_acyclic_constraint", in_steps}});
       EXPECT_EQ(Lister(merged, params).count(), expected);
     }
   }
@@ -330,7 +330,7 @@ TEST(DeadlockCheck, ConfigurationsOfAMergedProcessAreTheSetsThatFireInTheOrderOf
 
 // So many rivals that their constraints share what they have in common.
 TEST(DeadlockCheck, AgreesWithTheStateGraphOfAWideChoice) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   auto& choice = b.condition("choice");
   auto& other = b.condition("other");
   for (int i = 0; i < 40; ++i) {
@@ -342,7 +342,7 @@ TEST(DeadlockCheck, AgreesWithTheStateGraphOfAWideChoice) {
   }
   b.finish();
   testing::internal::CaptureStderr();  // no cut-offs
-  const Truth truth = truth_of<Net>(*b.process);
+  const Truth truth = truth_of<net::Net>(*b.process);
   EXPECT_EQ(truth.deadlocks.size(), 40u);
   expect_right_answers(*b.process, truth);
   expect_all_solutions(*b.process, truth);
@@ -356,4 +356,4 @@ TEST(DeadlockCheck, AgreesWithTheStateGraphOfRandomStgs) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::reach

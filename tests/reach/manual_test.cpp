@@ -11,7 +11,7 @@
 
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::reach {
 namespace {
 
 const std::string root = VOREL_EXAMPLES "/..";
@@ -30,7 +30,7 @@ std::vector<std::string> lines_of(const std::string& text) {
 
 // What stands between a line "```language" and the next line "```".
 std::vector<Block> blocks_of(const std::string& language) {
-  const std::vector<std::string> lines = lines_of(read_text(root + "/docs/reach.md"));
+  const std::vector<std::string> lines = lines_of(support::read_text(root + "/docs/reach.md"));
   std::vector<Block> blocks;
   for (std::size_t i = 0; i < lines.size(); ++i) {
     if (lines[i] != "```" + language) continue;
@@ -46,7 +46,7 @@ std::string trimmed(std::string_view text) {
   return std::string(text);
 }
 
-std::string text_of_answer(const ProgramRun& run) {
+std::string text_of_answer(const support::ProgramRun& run) {
   return "\nThe program writes:\n" + run.out + run.err;
 }
 
@@ -87,22 +87,22 @@ class Predicates {
   }
 
  private:
-  ProgramRun run_with(const std::string& predicate) {
+  support::ProgramRun run_with(const std::string& predicate) {
     folder_.write("p", predicate);
-    return run_vorel(arguments_);
+    return support::run_vorel(arguments_);
   }
 
   void check(const std::string& predicate, const std::string& answer) {
     for (const std::string kind : {"= ", "fails: "}) {
       if (!answer.starts_with(kind)) continue;
-      const ProgramRun run = run_with("true ? fail string (" + predicate + ") : true");
+      const support::ProgramRun run = run_with("true ? fail string (" + predicate + ") : true");
       const std::string value = answer.substr(kind.size());
       const std::string message = "Error: failed to expand reachability expression:\n" + value;
       EXPECT_TRUE(run.err.ends_with(message + "\n")) << run.err;
       EXPECT_EQ(run.exit_code, 2);
       return;
     }
-    const ProgramRun run = run_with(predicate);
+    const support::ProgramRun run = run_with(predicate);
     if (answer.starts_with("error: ")) {
       EXPECT_NE(run.err.find(answer.substr(7)), std::string::npos) << text_of_answer(run);
       EXPECT_EQ(run.exit_code, 2);
@@ -113,7 +113,7 @@ class Predicates {
   }
 
   // In the form of the answer: "after" a trace, or a number of steps.
-  static std::string verdict_of(const ProgramRun& run, const std::string& answer) {
+  static std::string verdict_of(const support::ProgramRun& run, const std::string& answer) {
     const auto has = [&](std::string_view text) { return run.out.find(text) != std::string::npos; };
     const bool is_there = has("\nthere is a reachable state satisfying the predicate\n");
     const bool is_not_there = has("\nno reachable state satisfies the predicate\n");
@@ -131,7 +131,7 @@ class Predicates {
   }
 
   const Block& block_;
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
   std::vector<std::string> arguments_;
 };
 
@@ -139,7 +139,7 @@ class Predicates {
 void run_commands(const Block& block) {
   const std::string shell = "PATH=" + std::filesystem::path(VOREL_BINARY).parent_path().string() +
                             ":$PATH; cd '" + root + "' && ";
-  ProgramRun run;
+  support::ProgramRun run;
   std::vector<std::string> printed;
   auto next = printed.begin();
   for (std::size_t i = 0; i < block.lines.size(); ++i) {
@@ -150,7 +150,7 @@ void run_commands(const Block& block) {
       while (std::ranges::count(command, '\'') % 2 != 0 && ++i < block.lines.size()) {
         command += "\n" + block.lines[i];
       }
-      run = run_program({"/bin/sh", "-c", shell + command});
+      run = support::run_program({"/bin/sh", "-c", shell + command});
       printed = lines_of(run.out + "\n" + run.err);
       next = printed.begin();
     } else if (!trimmed(line).empty()) {
@@ -173,4 +173,4 @@ TEST(ReachManual, EveryCommandPrintsWhatIsShown) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::reach

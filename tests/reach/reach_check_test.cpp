@@ -9,6 +9,7 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
+#include "configuration/dummy_cutoffs.h"
 #include "net/merge.h"
 #include "oracle/clone.h"
 #include "oracle/coding.h"
@@ -17,11 +18,10 @@
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
 #include "oracle/state_graph.h"
-#include "configuration/dummy_cutoffs.h"
 #include "support/default_params.h"
 #include "support/seeds.h"
 
-namespace vorel {
+namespace vorel::reach {
 namespace {
 
 using Configuration = oracle::EventNumbers;
@@ -31,24 +31,24 @@ using oracle::StateKind;
 enum class Search { one, shortest, all };
 
 // Both solvers shall have the same answers.
-Params params_for(Search search) {
-  return default_params({{"method", 2},
-                         {"solver", search == Search::shortest ? 1 : 0},
-                         {"all_solutions", search == Search::all ? -1 : 0},
-                         {"min_cost", search == Search::shortest ? 1 : 0}});
+base::Params params_for(Search search) {
+  return support::default_params({{"method", 2},
+                                  {"solver", search == Search::shortest ? 1 : 0},
+                                  {"all_solutions", search == Search::all ? -1 : 0},
+                                  {"min_cost", search == Search::shortest ? 1 : 0}});
 }
 
-template <Process P>
+template <net::Process P>
 class Probe : public ReachCheck<P> {
  public:
   Probe(const P& process, FinalState final_state, Search search)
       : ReachCheck<P>(process, params_for(search), final_state) {
-    if (run_failed()) return;
+    if (base::run_failed()) return;
     this->run();
     for (const auto& solution : this->found().solutions) {
       EXPECT_TRUE(this->validate(*solution));
       Configuration events;
-      for (const TraceStep& step : solution->traces.at(0)) events.insert(step.event);
+      for (const results::TraceStep& step : solution->traces.at(0)) events.insert(step.event);
       EXPECT_EQ(events.size(), solution->traces[0].size());
       configurations.push_back(events);
     }
@@ -66,7 +66,7 @@ struct Tally {
 template <class N>
 class Comparison {
  public:
-  using P = PrefixOf<N>;
+  using P = net::PrefixOf<N>;
 
   Comparison(const N& net, FinalState final_state)
       : prefix_{oracle::unfold(net).value()},
@@ -97,7 +97,7 @@ class Comparison {
         seed, model_,
         {.depth = 3 + static_cast<int>(seed / 2 % 4), .tells_instances = tells_instances});
     SCOPED_TRACE("property " + property.text);
-    run_state().mode_data = ' ' + property.text;  // a text that begins with @ is a file name
+    base::run_state().mode_data = ' ' + property.text;  // a text that begins with @ is a file name
     std::optional<std::uint32_t> least;
     const auto count = [&](const PropertyState& state) {
       if (property.holds(state)) least = std::min(least.value_or(~0u), state.distance);
@@ -116,7 +116,7 @@ class Comparison {
       }
     }
     const Probe<P> one(prefix_, final_state_, Search::one);
-    ASSERT_FALSE(run_failed());
+    ASSERT_FALSE(base::run_failed());
     EXPECT_EQ(!one.configurations.empty(), least.has_value());
     expect_to_hold(one.configurations, property.holds);
     const Probe<P> shortest(prefix_, final_state_, Search::shortest);
@@ -139,10 +139,10 @@ class Comparison {
 
   // What names no instances has the same answers on the merged process.
   void expect_of_merged(std::optional<std::uint32_t> least) const {
-    const auto merged = merge(prefix_);
-    const Probe<MergedProcessOf<N>> one(merged, final_state_, Search::one);
+    const auto merged = net::merge(prefix_);
+    const Probe<net::MergedProcessOf<N>> one(merged, final_state_, Search::one);
     EXPECT_EQ(!one.configurations.empty(), least.has_value());
-    const Probe<MergedProcessOf<N>> shortest(merged, final_state_, Search::shortest);
+    const Probe<net::MergedProcessOf<N>> shortest(merged, final_state_, Search::shortest);
     ASSERT_EQ(!shortest.configurations.empty(), least.has_value());
     EXPECT_TRUE(!least || shortest.configurations[0].size() == *least);
   }
@@ -177,22 +177,23 @@ class Comparison {
 
 template <class Make>
 Tally compare_on_seeds(Make make, FinalState final_state) {
-  const auto [first, end] = seeds(40);
+  const auto [first, end] = support::seeds(40);
   testing::internal::CaptureStderr();  // prefixes without cut-offs are warned of
   testing::internal::CaptureStdout();  // trivial cases are told
   Tally tally;
   for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     Comparison comparison(make(seed), final_state);
-    if constexpr (std::is_same_v<decltype(make(seed)), Stg>) {
-      if (final_state == FinalState::stg_state && has_dummy_cutoffs(comparison.prefix())) {
+    if constexpr (std::is_same_v<decltype(make(seed)), net::Stg>) {
+      if (final_state == FinalState::stg_state &&
+          configuration::has_dummy_cutoffs(comparison.prefix())) {
         ++tally.unreliable;
         continue;
       }
       const bool hides = comparison.hides_states();
       tally.hidden += hides ? 1 : 0;
       if (hides && final_state == FinalState::stg_state) {
-        EXPECT_TRUE(has_edges_cut_at_dummies(comparison.prefix()));
+        EXPECT_TRUE(configuration::has_edges_cut_at_dummies(comparison.prefix()));
       }
     }
     for (std::uint64_t i = 0; i < 6 && !testing::Test::HasFailure(); ++i) {
@@ -208,8 +209,8 @@ Tally compare_on_seeds(Make make, FinalState final_state) {
   return tally;
 }
 
-Stg stg_for(std::uint64_t seed, bool dummies) {
-  Stg stg = oracle::random_stg(
+net::Stg stg_for(std::uint64_t seed, bool dummies) {
+  net::Stg stg = oracle::random_stg(
       seed,
       {.dummies = dummies, .toggles = seed % 4 == 0, .max_states = seed % 3 == 0 ? 300u : 40u});
   EXPECT_TRUE(oracle::assign_initial_values(stg));
@@ -229,14 +230,14 @@ TEST(ReachCheck, AgreesWithTheStateGraphOfRandomNets) {
 // would look stuck there.
 TEST(ReachCheck, FindsMergedProcessesStuckExactlyWhereTheirNetsAre) {
   testing::internal::CaptureStderr();  // processes without cut-offs are warned of
-  run_state().mode_data = "forall t in TRANSITIONS { ~@t }";
-  const auto [first, end] = seeds(100);
+  base::run_state().mode_data = "forall t in TRANSITIONS { ~@t }";
+  const auto [first, end] = support::seeds(100);
   std::vector<std::uint64_t> cases{479};  // one of those
   for (std::uint64_t seed = first; seed < end; ++seed) cases.push_back(seed);
   for (const std::uint64_t seed : cases) {
-    const Net net = oracle::random_net(seed);
-    const auto merged = merge(oracle::unfold(net).value());
-    const Probe<NetMergedProcess> stuck(merged, FinalState::marking, Search::one);
+    const net::Net net = oracle::random_net(seed);
+    const auto merged = net::merge(oracle::unfold(net).value());
+    const Probe<net::NetMergedProcess> stuck(merged, FinalState::marking, Search::one);
     EXPECT_EQ(!stuck.configurations.empty(), oracle::explore(net).has_deadlock()) << seed;
   }
   testing::internal::GetCapturedStderr();
@@ -259,4 +260,4 @@ TEST(ReachCheck, AgreesOnStgStatesThatDummiesLeadTo) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::reach

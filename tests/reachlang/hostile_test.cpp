@@ -10,7 +10,7 @@
 #include "support/caught_messages.h"
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 std::string repeated(const std::string& text, std::size_t count) {
@@ -19,8 +19,8 @@ std::string repeated(const std::string& text, std::size_t count) {
   return result;
 }
 
-std::string outcome_of(const std::string& text, const NetPrefix& prefix) {
-  const CaughtMessages messages;
+std::string outcome_of(const std::string& text, const net::NetPrefix& prefix) {
+  const support::CaughtMessages messages;
   const auto property = parse_reach(text);
   std::string fault;
   if (property == nullptr) {
@@ -47,7 +47,7 @@ class HostileText : public testing::Test {
   void expect(const std::string& outcome, const std::string& text) const {
     EXPECT_EQ(outcome_of(text, *b_.process), outcome) << text.substr(0, 60);
   }
-  ProcessBuilder<NetPrefix> b_;
+  support::ProcessBuilder<net::NetPrefix> b_;
 };
 
 TEST_F(HostileText, IsRefusedWhereItIsNestedTooDeeply) {
@@ -147,12 +147,11 @@ TEST_F(HostileText, MayHoldAnyRegularExpression) {
     const std::string outcome = matches(pattern);
     EXPECT_TRUE(outcome.starts_with("Error in a regular expression \"")) << outcome;
   }
-  for (const char* const pattern :
-       {"(a*)*b", "(a|a)*b", "(a|aa)+b", "(.*)*.*[^a]b"}) {
+  for (const char* const pattern : {"(a*)*b", "(a|a)*b", "(a|aa)+b", "(.*)*.*[^a]b"}) {
     EXPECT_EQ(matches(pattern), "true") << pattern;
   }
   expect("true", "card PP\"(a*)*|(\\177|q)+\" = 2");
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -8,7 +8,7 @@
 #include "support/caught_messages.h"
 #include "support/process_builder.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 TEST(ReachSyntax, ErrorsTellWhatWasFoundAndWhere) {
@@ -48,7 +48,7 @@ TEST(ReachSyntax, ErrorsTellWhatWasFoundAndWhere) {
       {"9223372036854775808 = 1", number + "9223372036854775808 ... is too large", 1, 1},
       {"$P 1 &\n  $$P", syntax + "end of file", 2, 6}};
   for (const Row& row : table) {
-    const CaughtMessages messages;
+    const support::CaughtMessages messages;
     const bool is_property = parse_reach(row.text) != nullptr;
     std::string expected = "\nError: " + row.message + " (located at line " +
                            std::to_string(row.line) + ", column " + std::to_string(row.column) +
@@ -60,8 +60,8 @@ TEST(ReachSyntax, ErrorsTellWhatWasFoundAndWhere) {
 }
 
 // x+ with prefixes of two kinds, the dummy d.k between them; i.x+ is a cut-off.
-std::unique_ptr<StgPrefix> small_stg() {
-  ProcessBuilder<StgPrefix> b;
+std::unique_ptr<net::StgPrefix> small_stg() {
+  support::ProcessBuilder<net::StgPrefix> b;
   auto& p = b.condition("p");
   auto& q = b.condition("q");
   auto& r = b.condition("r");
@@ -74,9 +74,9 @@ std::unique_ptr<StgPrefix> small_stg() {
 }
 
 // "true", "false" or "depends", or why there is no value.
-template <Process P>
+template <net::Process P>
 std::string value_of(const std::string& text, const P& process) {
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   const auto property = parse_reach(text);
   if (property == nullptr) return messages.text();
   std::string fault;
@@ -125,7 +125,7 @@ TEST(ReachValues, ErrorsOfEvaluationShowTheExpression) {
 }
 
 TEST(ReachValues, PlainNetsHaveNoSignals) {
-  ProcessBuilder<NetPrefix> b;
+  support::ProcessBuilder<net::NetPrefix> b;
   b.event("t", {&b.condition("p")}, {&b.condition("q")});
   b.finish();
   for (const std::string set : {"SIGNALS", "INPUTS", "OUTPUTS", "INTERNAL", "DUMMY", "LOCAL"}) {
@@ -144,4 +144,4 @@ TEST(ReachValues, PlainNetsHaveNoSignals) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::reachlang

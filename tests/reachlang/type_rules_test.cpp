@@ -9,12 +9,12 @@
 #include "reachlang/parser.h"
 #include "support/caught_messages.h"
 
-namespace vorel {
+namespace vorel::reachlang {
 namespace {
 
 // What the parser says of a text; nothing if it is a property.
 std::string fault_in(const std::string& text) {
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   const auto property = parse_reach(text);
   EXPECT_EQ(property == nullptr, !messages.text().empty()) << text;
   return messages.text();
@@ -231,4 +231,4 @@ TEST(TypeRules, AllOthersNameThePartThatDoesNotFit) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::reachlang

@@ -12,7 +12,7 @@
 #include "base/run_state.h"
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::results {
 namespace {
 
 namespace fs = std::filesystem;
@@ -21,7 +21,7 @@ const VerdictMessages messages = {"the system has a deadlock", "the system is de
 
 class ReportTest : public testing::Test {
  protected:
-  ~ReportTest() override { run_state().output_file_name.clear(); }
+  ~ReportTest() override { base::run_state().output_file_name.clear(); }
 
   // Adds a solution whose traces are given by event numbers; event i is named after names_[i].
   void add(std::vector<std::vector<std::uint32_t>> traces, bool output_configurations = false) {
@@ -34,29 +34,29 @@ class ReportTest : public testing::Test {
   }
 
   std::string printed(std::ostream& stream) const {
-    const CaughtMessages text(stream);
+    const support::CaughtMessages text(stream);
     report_.print(stream, messages);
     return text.text();
   }
 
   // Delivers to a name and keeps what comes out on the two standard streams.
   void deliver_to(const std::string& name) {
-    const CaughtMessages out(std::cout), err;
-    run_state().output_file_name = name;
+    const support::CaughtMessages out(std::cout), err;
+    base::run_state().output_file_name = name;
     deliver(report_, messages);
     out_ = out.text();
     err_ = err.text();
   }
 
   std::string path(const std::string& name) const { return folder_.path(name); }
-  std::string get(const std::string& name) const { return read_text(path(name)); }
+  std::string get(const std::string& name) const { return support::read_text(path(name)); }
   bool is_well_formed(const std::string& name) const {
     return std::system(("xmllint --noout '" + path(name) + "'").c_str()) == 0;
   }
 
   std::vector<std::string> names_ = {"a+", "b-", "c~/2"};
   Report report_;
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
   std::string out_, err_;
 };
 
@@ -163,7 +163,7 @@ TEST_F(ReportTest, ACompressedDocumentHoldsTheSameText) {
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), get("a.xml"));
   EXPECT_EQ(get("a.xml.gz").substr(0, 2), "\x1F\x8B");
 
-  const CaughtMessages err;
+  const support::CaughtMessages err;
   fs::create_symlink("/dev/full", path("full.xml.gz"));
   EXPECT_FALSE(save_results(report_, messages, path("full.xml.gz")));
   EXPECT_EQ(err.text(), "\nError: cannot write a file\n");
@@ -212,4 +212,4 @@ TEST_F(ReportTest, NamesSurviveTheWayThroughXmlAsFarAsXmlCanHoldThem) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::results

@@ -2,7 +2,7 @@
 
 #include "sat/sat_testing.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 void expect_at_most_one(const Lits& lits, std::uint32_t variables) {
@@ -57,4 +57,4 @@ TEST(AtMostOne, TakesPairsUpToSixLiteralsAndAChainFromSevenOn) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::sat

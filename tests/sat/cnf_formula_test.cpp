@@ -9,7 +9,7 @@
 #include "base/run_state.h"
 #include "sat/sat_testing.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 TEST(CnfFormula, ClausesMeanWhatTheirLiteralsSay) {
@@ -77,9 +77,9 @@ TEST(CnfFormula, TellsItsSizeAndAddsToTheTicksOfTheRun) {
   std::ostringstream out;
   f.formula.print_size(out);
   EXPECT_EQ(out.str(), "Original Num Var/Cl/Lit\t\t\t3/1/2");
-  const std::uint64_t before = run_state().sat_ticks;
+  const std::uint64_t before = base::run_state().sat_ticks;
   f.formula.solve();
-  EXPECT_GT(run_state().sat_ticks, before);
+  EXPECT_GT(base::run_state().sat_ticks, before);
 }
 
 // A folder of its own to write formula.cnf into.
@@ -207,4 +207,4 @@ TEST(DefinitionRecorder, FirstDefinitionOfAVariableStays) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::sat

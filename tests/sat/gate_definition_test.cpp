@@ -2,7 +2,7 @@
 
 #include "sat/sat_testing.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 // Each half of a definition forbids one value of the output, where the function has the other.
@@ -67,4 +67,4 @@ TEST(GateDefinition, SecondRequestAddsTheOtherHalfAndNoVariable) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -6,7 +6,7 @@
 
 #include "sat/sat_testing.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 constexpr std::uint32_t variable_count = 4;
@@ -111,4 +111,4 @@ TEST(GateNormalForm, EqualGatesGetEqualForms) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::sat

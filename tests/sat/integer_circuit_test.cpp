@@ -7,7 +7,7 @@
 
 #include "sat/sat_testing.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 std::uint64_t number_of(std::span<const Lit> bits, Assignment assignment) {
@@ -233,4 +233,4 @@ TEST(IntegerCircuit, ConstantsHaveNoLeadingZeros) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -6,7 +6,7 @@
 
 #include "sat/sat_testing.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 // The same operations on lists of clauses, answered by trying all assignments.
@@ -125,4 +125,4 @@ TEST(MiniSatSolver, DeletingALargeGroupGivesItsClausesBack) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::sat

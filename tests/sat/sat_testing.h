@@ -10,7 +10,7 @@
 #include "oracle/random.h"
 #include "sat/cnf_formula.h"
 
-namespace vorel {
+namespace vorel::sat {
 
 // Bit v is the value of variable v.
 using Assignment = std::uint32_t;
@@ -113,4 +113,4 @@ struct FormulaOf {
   std::uint32_t inputs;
 };
 
-}  // namespace vorel
+}  // namespace vorel::sat

@@ -8,7 +8,7 @@
 #include "sat/least_cost.h"
 #include "sat/sat_testing.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 constexpr std::uint64_t no_limit = ~std::uint64_t{0};
@@ -62,7 +62,7 @@ TEST(Enumeration, StopsWhenTheCallbackReportsAnError) {
   const auto run = [] {
     FormulaOf f(3);
     int calls = 0;
-    const auto fail = [&](const LiteralCube&) { ++calls, print_error("failed on purpose"); };
+    const auto fail = [&](const LiteralCube&) { ++calls, base::print_error("failed on purpose"); };
     enumerate(f.formula, fixing(3, 0), f.formula.group(0), fail, no_limit);
     std::exit(calls);
   };
@@ -185,4 +185,4 @@ TEST(LeastCost, DescentEndsAtTheMinimumOfAnyBits) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::sat

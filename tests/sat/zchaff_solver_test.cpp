@@ -12,7 +12,7 @@
 #include "sat/sat_testing.h"
 #include "support/seeds.h"
 
-namespace vorel {
+namespace vorel::sat {
 namespace {
 
 // Gives the same operations to both solvers, keeps the clauses, and compares all answers.
@@ -183,7 +183,7 @@ void start(Pair& pair, Random& random, std::uint32_t variables) {
 }
 
 TEST(ZChaffSolver, AnswersAsMiniSatWhileGroupsComeAndGo) {
-  const auto [first, end] = seeds(2000);
+  const auto [first, end] = support::seeds(2000);
   for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     Random random(static_cast<std::uint32_t>(seed));
@@ -277,7 +277,7 @@ TEST(ZChaffSolver, AtMost32GroupsAreAlive) {
     ZChaffSolver solver;
     bool good = true;
     for (int number = 1; number <= 32; ++number) good &= solver.new_group() == ClauseGroup{number};
-    good &= !run_failed() && solver.new_group() == removed_group && run_failed();
+    good &= !base::run_failed() && solver.new_group() == removed_group && base::run_failed();
     solver.delete_group(ClauseGroup{7});
     good &= solver.new_group() == ClauseGroup{7};
     good &= solver.solve(true, true) == SolveStatus::sat;
@@ -292,7 +292,7 @@ TEST(ZChaffSolver, UnknownGroupIsNotDeleted) {
   for (const ClauseGroup group : {ClauseGroup{1}, ClauseGroup{33}, removed_group, PermanentGroup}) {
     const auto run = [group] {
       ZChaffSolver().delete_group(group);
-      std::exit(run_failed() ? 0 : 1);
+      std::exit(base::run_failed() ? 0 : 1);
     };
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "Can't free unallocated GID");
   }
@@ -303,17 +303,17 @@ TEST(ZChaffSolver, SolvingAgainIsNotedAndGivesTheSameAnswer) {
   for (int v = 0; v < 2; ++v) solver.new_var(v == 1);
   solver.add_clause(Lits{lit_of(0), lit_of(0)}, PermanentGroup);
   EXPECT_EQ(solver.unit_literals(), Lits{lit_of(0)});
-  run_state().verbosity = 1;
+  base::run_state().verbosity = 1;
   testing::internal::CaptureStderr();
   EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   testing::internal::CaptureStderr();
   EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "\nSolving the same SAT instance");
-  run_state().verbosity = 0;
+  base::run_state().verbosity = 0;
   EXPECT_EQ(solver.value(Var{0}), ModelValue::yes);
   EXPECT_EQ(solver.value(Var{1}), ModelValue::undefined) << "neither decided on nor implied";
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::sat

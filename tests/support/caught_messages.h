@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-namespace vorel {
+namespace vorel::support {
 
 // Catches what is written to a standard stream, usually that of messages, while it lives. Errors of
 // the stream end with it.
@@ -25,4 +25,4 @@ class CaughtMessages {
   std::streambuf* before_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::support

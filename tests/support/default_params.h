@@ -6,13 +6,13 @@
 
 #include "base/params.h"
 
-namespace vorel {
+namespace vorel::support {
 
 using Options = std::vector<std::pair<const char*, int>>;
 
 // What an engine may ask for, and what the given options say instead.
-inline Params default_params(const Options& options) {
-  Params params;
+inline base::Params default_params(const Options& options) {
+  base::Params params;
   for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations",
                           "all_solutions", "method", "min_cost", "incremental_acyclic_constraint"})
     params.set(key, 0);
@@ -24,4 +24,4 @@ inline Params default_params(const Options& options) {
   return params;
 }
 
-}  // namespace vorel
+}  // namespace vorel::support

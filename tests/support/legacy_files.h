@@ -14,7 +14,7 @@
 #include "net/process.h"
 #include "support/caught_messages.h"
 
-namespace vorel {
+namespace vorel::support {
 
 // Little-endian words, and zero-terminated names.
 inline std::string words(std::initializer_list<std::uint32_t> values) {
@@ -107,7 +107,7 @@ void add_condition(std::ostream& out, const C& condition) {
 }  // namespace describing
 
 // Everything in the process, a line per element; neighbours by number.
-template <Process P>
+template <net::Process P>
 std::string describe(const P& process) {
   std::ostringstream out;
   for (const auto& place : process.places) {
@@ -122,11 +122,11 @@ std::string describe(const P& process) {
   return out.str();
 }
 
-template <Process P>
+template <net::Process P>
 std::string statistics(const P& process) {
   std::ostringstream out;
-  print_statistics(process, out);
+  net::print_statistics(process, out);
   return out.str();
 }
 
-}  // namespace vorel
+}  // namespace vorel::support

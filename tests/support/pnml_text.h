@@ -12,7 +12,7 @@
 #include "formats/pnml_reader.h"
 #include "support/legacy_files.h"
 
-namespace vorel {
+namespace vorel::support {
 
 // The text with the only occurrence of `old_part` replaced.
 inline std::string with(std::string text, const std::string& old_part,
@@ -103,22 +103,22 @@ struct PnmlResult {
   std::string messages;
 };
 
-template <class Shape = FullVariant>
+template <class Shape = net::FullVariant>
 PnmlResult<Shape> read_document(const std::string& text) {
   const CaughtMessages messages;
-  auto input = read_pnml_text<Shape>(text);
+  auto input = formats::read_pnml_text<Shape>(text);
   return {std::move(input), messages.text()};
 }
 
-template <class Shape = FullVariant>
+template <class Shape = net::FullVariant>
 PnmlResult<Shape> read_file(const std::string& file_name) {
   const CaughtMessages messages;
-  auto input = read_pnml<Shape>(file_name);
+  auto input = formats::read_pnml<Shape>(file_name);
   return {std::move(input), messages.text()};
 }
 
 // The process of a text that has to be of this kind, with no messages but these.
-template <Process P>
+template <net::Process P>
 P read_as(const std::string& text, const std::string& messages = "") {
   auto result = read_document(text);
   EXPECT_EQ(result.messages, messages);
@@ -129,4 +129,4 @@ P read_as(const std::string& text, const std::string& messages = "") {
   return std::get<P>(std::move(*result.input));
 }
 
-}  // namespace vorel
+}  // namespace vorel::support

@@ -9,9 +9,9 @@
 #include "net/net.h"
 #include "net/process.h"
 
-namespace vorel {
+namespace vorel::support {
 
-template <Process P>
+template <net::Process P>
 class ProcessBuilder {
  public:
   using Condition = typename P::Condition;
@@ -19,7 +19,7 @@ class ProcessBuilder {
 
   // A condition of the named place; in a prefix it is initial until an event produces it.
   Condition& condition(const std::string& place, std::uint32_t marking = 0, int depth = 1) {
-    Condition& c = append_new(process->conditions);
+    Condition& c = base::append_new(process->conditions);
     c.place = &named(process->places, place);
     if constexpr (P::is_merged) {
       c.initial_marking = marking;
@@ -31,10 +31,10 @@ class ProcessBuilder {
   // In an STG the name carries the label, as in "O.x+/1"; it is kept without its prefix.
   Event& event(const std::string& transition, std::initializer_list<Condition*> preset,
                std::initializer_list<Condition*> postset, bool cut_off = false) {
-    Event& e = append_new(process->events);
+    Event& e = base::append_new(process->events);
     e.transition = &named(process->transitions, transition);
-    for (Condition* c : preset) add_link(*c, e);
-    for (Condition* c : postset) add_link(e, *c);
+    for (Condition* c : preset) net::add_link(*c, e);
+    for (Condition* c : postset) net::add_link(e, *c);
     if (cut_off) e.mark_cut_off();
     return e;
   }
@@ -42,10 +42,10 @@ class ProcessBuilder {
   // Numbers and sorts everything as a reader would.
   P& finish() {
     if constexpr (P::NetType::has_signals) label();
-    sort_net(*process);
-    rebuild_arcs(*process);
-    sort_adjacency(*process);
-    count_initial_marking(*process);
+    net::sort_net(*process);
+    net::rebuild_arcs(*process);
+    net::sort_adjacency(*process);
+    net::count_initial_marking(*process);
     return *process;
   }
 
@@ -53,11 +53,11 @@ class ProcessBuilder {
 
  private:
   template <class T>
-  static T& named(OwnedList<T>& list, const std::string& name) {
+  static T& named(base::OwnedList<T>& list, const std::string& name) {
     for (const auto& element : list) {
       if (element->name == name) return *element;
     }
-    T& element = append_new(list);
+    T& element = base::append_new(list);
     element.name = name;
     return element;
   }
@@ -66,18 +66,18 @@ class ProcessBuilder {
     for (const auto& transition : process->transitions) {
       const auto mark = transition->name.find_first_of("+-~/");
       std::string signal = transition->name.substr(0, mark);
-      SignalKind kind = SignalKind::output;
-      if (signal.starts_with("i.")) kind = SignalKind::input;
-      if (signal.starts_with("d.")) kind = SignalKind::dummy;
-      Signal& found = named(process->signals, signal);
+      net::SignalKind kind = net::SignalKind::output;
+      if (signal.starts_with("i.")) kind = net::SignalKind::input;
+      if (signal.starts_with("d.")) kind = net::SignalKind::dummy;
+      net::Signal& found = named(process->signals, signal);
       found.kind = kind;
       transition->signal = &found;
       if (mark == std::string::npos) continue;
-      if (transition->name[mark] == '+') transition->sign = Sign::plus;
-      if (transition->name[mark] == '-') transition->sign = Sign::minus;
+      if (transition->name[mark] == '+') transition->sign = net::Sign::plus;
+      if (transition->name[mark] == '-') transition->sign = net::Sign::minus;
     }
-    sort_signals(*process);
+    net::sort_signals(*process);
   }
 };
 
-}  // namespace vorel
+}  // namespace vorel::support

@@ -20,7 +20,7 @@
 
 #include "support/caught_messages.h"
 
-namespace vorel {
+namespace vorel::support {
 
 struct ProgramRun {
   int exit_code = -1;  // minus the number of the signal that ended the program
@@ -159,4 +159,4 @@ inline std::string read_text(const std::string& name) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-}  // namespace vorel
+}  // namespace vorel::support

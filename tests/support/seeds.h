@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-namespace vorel {
+namespace vorel::support {
 
 struct Seeds {
   std::uint64_t first, end;
@@ -20,4 +20,4 @@ inline Seeds seeds(std::uint64_t usual_count) {
   return {first, first + number("VOREL_SEEDS", usual_count)};
 }
 
-}  // namespace vorel
+}  // namespace vorel::support

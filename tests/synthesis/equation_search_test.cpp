@@ -12,7 +12,7 @@
 #include "oracle/circuit_states.h"
 #include "support/legacy_files.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
 using conflicts_support::Subject;
@@ -22,7 +22,7 @@ class Derivation {
   Derivation(const Subject& subject, SynthesisStyle style, int solver, std::size_t max_codes)
       : subject_{subject},
         style_{style},
-        engine_{subject.prefix, default_params({{"solver", solver}}), style, max_codes} {
+        engine_{subject.prefix, support::default_params({{"solver", solver}}), style, max_codes} {
     for (const auto& configuration : subject.configurations) states_.insert(configuration.state);
   }
 
@@ -95,10 +95,11 @@ class Derivation {
                   std::uint32_t state) const {
     const bool next = next_value(signal, state);
     const bool is_excited = subject_.excited[state].contains(signal);
-    Cube code(alternative.context.size());
+    toolkit::Cube code(alternative.context.size());
     for (std::size_t i = 0; i < code.size(); ++i) {
       const std::uint32_t other = subject_.signal_named(alternative.context[i]);
-      code.set(i, subject_.codes[state][other] != 0 ? Ternary::one : Ternary::zero);
+      code.set(i,
+               subject_.codes[state][other] != 0 ? toolkit::Ternary::one : toolkit::Ternary::zero);
     }
     const auto holds = [&](std::size_t set) {
       return std::ranges::find(alternative.covers[set], code) != alternative.covers[set].end();
@@ -127,7 +128,7 @@ constexpr SynthesisStyle styles[] = {SynthesisStyle::complex_gate, SynthesisStyl
 
 void expect_right_equations(const Subject& subject, SynthesisStyle style, int solver,
                             std::size_t max_codes) {
-  const CaughtMessages messages;
+  const support::CaughtMessages messages;
   Derivation derivation(subject, style, solver, max_codes);
   const auto solutions = derivation.run();
   ASSERT_EQ(messages.text(), "");
@@ -146,21 +147,21 @@ void expect_conflict_told(const Subject& subject, SynthesisStyle style, int solv
     names += (names.empty() ? "" : "|") + subject.prefix.signals[signal]->name;
   }
   const auto derive = [&] {
-    std::exit(Derivation(subject, style, solver, 1).run().empty() ? raise_severity(0) : 0);
+    std::exit(Derivation(subject, style, solver, 1).run().empty() ? base::raise_severity(0) : 0);
   };
   EXPECT_EXIT(
-      derive(), testing::ExitedWithCode(severity_error),
+      derive(), testing::ExitedWithCode(base::severity_error),
       "^\nError: CSC conflict for output signal (" + names + "): cannot derive equation\n$");
 }
 
 void expect_right_equations_of_random_stgs(const oracle::RandomStgParams& params,
                                            std::uint64_t count) {
-  const Seeds range = seeds(count);
+  const support::Seeds range = support::seeds(count);
   std::size_t judged = 0;
   for (std::uint64_t seed = range.first; seed < range.end; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     const auto subject = Subject::make(oracle::random_stg(seed, params));
-    if (!subject || has_dummy_cutoffs(subject->prefix)) continue;
+    if (!subject || configuration::has_dummy_cutoffs(subject->prefix)) continue;
     // What dummies decide can be a conflict or none, by how the state is reached.
     const bool has_conflict = !subject->csc_conflicts().empty();
     if (has_conflict && subject->csc_conflicts_that_no_dummy_decides().empty()) continue;
@@ -194,4 +195,4 @@ TEST(EquationSearch, EquationsOfRandomStgsWithTogglesAreRightInAllReachableState
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::synthesis

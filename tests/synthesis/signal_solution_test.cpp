@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
 TEST(SignalSolution, TrimmingKeepsWhatTiesWithTheFirstAlternativeThatMayBeTheLast) {
@@ -32,4 +32,4 @@ TEST(SignalSolution, TrimmingKeepsWhatTiesWithTheFirstAlternativeThatMayBeTheLas
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::synthesis

@@ -18,7 +18,7 @@
 #include "synthesis/equation_search.h"
 #include "synthesis/verilog_writer.h"
 
-namespace vorel {
+namespace vorel::synthesis {
 namespace {
 
 constexpr SynthesisStyle styles[] = {SynthesisStyle::complex_gate, SynthesisStyle::generalised_c,
@@ -26,11 +26,11 @@ constexpr SynthesisStyle styles[] = {SynthesisStyle::complex_gate, SynthesisStyl
 
 struct Subject {
   std::string name;
-  StgPrefix prefix;
-  oracle::StateGraph<Stg> graph;
+  net::StgPrefix prefix;
+  oracle::StateGraph<net::Stg> graph;
 
   std::string module(SynthesisStyle style) const {
-    EquationSearch engine(prefix, default_params({}), style);
+    EquationSearch engine(prefix, support::default_params({}), style);
     engine.run();
     std::vector<const SignalSolution*> solutions;
     for (const auto& solution : engine.found().solutions) {
@@ -63,12 +63,12 @@ struct Subject {
 };
 
 // Nothing of an STG with dummies or conflicts of codes.
-void add_subject(std::vector<Subject>& subjects, const std::string& name, const Stg& stg) {
+void add_subject(std::vector<Subject>& subjects, const std::string& name, const net::Stg& stg) {
   auto prefix = oracle::unfold(stg);
   if (!prefix || prefix->internals_end < prefix->signals.size()) return;
-  const CaughtMessages warnings;
-  find_initial_values(*prefix);
-  auto graph = oracle::explore<Stg>(*prefix);
+  const support::CaughtMessages warnings;
+  net::find_initial_values(*prefix);
+  auto graph = oracle::explore<net::Stg>(*prefix);
   const auto initial = oracle::find_initial_values(*prefix, graph);
   if (!initial || !oracle::csc_conflict_signals(*prefix, graph, *initial).empty()) return;
   subjects.push_back({name, std::move(*prefix), std::move(graph)});
@@ -88,9 +88,9 @@ std::vector<Subject> examples() {
 
 std::vector<Subject> random_subjects(std::uint64_t count) {
   std::vector<Subject> subjects;
-  const Seeds range = seeds(count);
+  const support::Seeds range = support::seeds(count);
   for (std::uint64_t seed = range.first; seed < range.end; ++seed) {
-    const Stg stg = oracle::random_stg(seed, {.toggles = seed % 2 == 0, .max_states = 60});
+    const net::Stg stg = oracle::random_stg(seed, {.toggles = seed % 2 == 0, .max_states = 60});
     add_subject(subjects, "seed " + std::to_string(seed), stg);
   }
   EXPECT_GT(subjects.size(), count / 4);
@@ -105,14 +105,15 @@ class Verilog : public testing::Test {
     }
   }
 
-  ProgramRun shell(const std::string& command) const {
-    return run_program({"/bin/sh", "-c", command}, {.directory = folder_.path()});
+  support::ProgramRun shell(const std::string& command) const {
+    return support::run_program({"/bin/sh", "-c", command}, {.directory = folder_.path()});
   }
 
   // All in one run. The lines that the testbenches print, by their numbers.
   std::map<std::uint32_t, std::string> simulate(const std::string& modules) const {
     folder_.write("test.v", modules);
-    const ProgramRun run = shell("ulimit -t 20; iverilog -o test.vvp test.v && vvp -n test.vvp");
+    const support::ProgramRun run =
+        shell("ulimit -t 20; iverilog -o test.vvp test.v && vvp -n test.vvp");
     EXPECT_EQ(run.exit_code, 0) << run.err;
     std::map<std::uint32_t, std::string> lines;
     std::istringstream out(run.out);
@@ -135,7 +136,7 @@ class Verilog : public testing::Test {
         const auto number = static_cast<std::uint32_t>(titles.size());
         modules += oracle::with_testbench(
             module, subject.prefix, subject.graph,
-            {.number = number, .seed = seeds(1).first + number, .prompt_wires = prompt});
+            {.number = number, .seed = support::seeds(1).first + number, .prompt_wires = prompt});
         titles.push_back(subject.name + ":\n" + module);
       }
     }
@@ -148,7 +149,7 @@ class Verilog : public testing::Test {
     }
   }
 
-  TemporaryFolder folder_;
+  support::TemporaryFolder folder_;
 };
 
 // Its form of constants is not Verilog's.
@@ -165,7 +166,7 @@ TEST_F(Verilog, CompilesEveryModuleWithoutConstants) {
     }
   }
   folder_.write("all.v", modules);
-  const ProgramRun run = shell("iverilog -t null all.v");
+  const support::ProgramRun run = shell("iverilog -t null all.v");
   EXPECT_EQ(run.exit_code, 0);
   EXPECT_EQ(run.err, "");
 }
@@ -197,4 +198,4 @@ TEST_F(Verilog, SimulationTellsAWrongGate) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::synthesis

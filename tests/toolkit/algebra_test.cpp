@@ -12,7 +12,7 @@
 #include "support/seeds.h"
 #include "toolkit/toolkit_testing.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 // A cube as the set of its literals: twice the position, plus the value.
@@ -67,7 +67,7 @@ Sum quotient_by_definition(const Sum& dividend, const Sum& divisor) {
 }
 
 TEST(Division, FollowsItsDefinition) {
-  const Seeds cases = seeds(3000);
+  const support::Seeds cases = support::seeds(3000);
   std::size_t divided = 0;
   for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
     RandomCovers random(seed);
@@ -120,7 +120,7 @@ std::map<Product, Sum> kernels_by_definition(const Sum& sum, std::size_t width) 
 }
 
 TEST(Kernels, AreThoseOfTheDefinitionEachCoKernelOnce) {
-  const Seeds cases = seeds(600);
+  const support::Seeds cases = support::seeds(600);
   for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = 1 + random.below(6);
@@ -137,4 +137,4 @@ TEST(Kernels, AreThoseOfTheDefinitionEachCoKernelOnce) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -9,7 +9,7 @@
 #include "toolkit/minimise.h"
 #include "toolkit/toolkit_testing.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 const std::vector<std::string> letters = {"a", "b", "c", "d", "e", "f", "g"};
@@ -65,7 +65,7 @@ bool is_tidy(const LogicExpr& e) {
 }
 
 TEST(Factor, KeepsTheFunctionAndNeverAddsLiterals) {
-  const Seeds cases = seeds(1500);
+  const support::Seeds cases = support::seeds(1500);
   for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 30 == 0 ? 11 : 7);
@@ -133,4 +133,4 @@ TEST(Factor, ConstantsAndNames) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -2,10 +2,10 @@
 #include <gtest/gtest.h>
 
 #include "toolkit/cover.h"
-#include "toolkit/value_hash.h"
 #include "toolkit/logic_expr.h"
+#include "toolkit/value_hash.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 LogicExpr literal(const char* name, bool negated = false) {
@@ -73,4 +73,4 @@ TEST(Hashes, OfOperandsGoFromTheLastToTheFirst) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::toolkit

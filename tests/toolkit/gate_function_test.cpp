@@ -8,7 +8,7 @@
 
 #include "support/seeds.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 using Order = std::vector<std::uint32_t>;
@@ -58,7 +58,7 @@ TruthTable random_table(std::mt19937_64& random, std::uint32_t pin_count) {
 }
 
 TEST(GateFunction, EqualityUpToPinOrderIsThatOfAllOrders) {
-  const auto [first, end] = seeds(100);
+  const auto [first, end] = support::seeds(100);
   for (std::uint64_t seed = first; seed < end; ++seed) {
     std::mt19937_64 random(seed);
     const auto pin_count = static_cast<std::uint32_t>(random() % 6);
@@ -79,4 +79,4 @@ TEST(GateFunction, EqualityUpToPinOrderIsThatOfAllOrders) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::toolkit

@@ -8,7 +8,7 @@
 #include "base/run_state.h"
 #include "support/seeds.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 struct Reading {
@@ -18,10 +18,10 @@ struct Reading {
 
 // With diagnostics.
 Reading read(const std::string& text) {
-  run_state().verbosity = 1;
+  base::run_state().verbosity = 1;
   testing::internal::CaptureStderr();
   auto gates = read_genlib(text, "FILE");
-  run_state().verbosity = 0;
+  base::run_state().verbosity = 0;
   return {std::move(gates), testing::internal::GetCapturedStderr()};
 }
 
@@ -43,7 +43,7 @@ struct TextAlgebra {
 
 // "nand2 24 O(A B) = !(A*B)"; the feedback of a latch stands behind a ";".
 std::string describe(const LibraryGate& gate) {
-  std::string text = gate.name + format_message(" %g ", gate.area) + gate.output + "(";
+  std::string text = gate.name + base::format_message(" %g ", gate.area) + gate.output + "(";
   for (std::uint32_t pin = 0; pin < gate.pin_count(); ++pin) {
     text += (pin == 0 ? "" : " ") + std::string(gate.is_feedback(pin) ? "; " : "") + gate.pins[pin];
   }
@@ -230,7 +230,7 @@ class RandomExpression {
 };
 
 TEST(GenlibReader, AnEquationHasTheValuesOfItsExpression) {
-  const auto [first, end] = seeds(2000);
+  const auto [first, end] = support::seeds(2000);
   for (std::uint64_t seed = first; seed < end; ++seed) {
     const auto expression = RandomExpression(seed).sum(4);
     const Reading reading = read("GATE g 1 o=" + expression.text + ";PIN * INV" + timing);
@@ -248,4 +248,4 @@ TEST(GenlibReader, AnEquationHasTheValuesOfItsExpression) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::toolkit

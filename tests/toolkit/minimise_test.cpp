@@ -7,13 +7,13 @@
 #include <sstream>
 
 #include "base/run_state.h"
+#include "oracle/exact_minimum.h"
 #include "support/seeds.h"
 #include "toolkit/complement.h"
-#include "oracle/exact_minimum.h"
 #include "toolkit/tautology.h"
 #include "toolkit/toolkit_testing.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 namespace {
 
 // Some rows of a bigger function: random cubes without those of ON that meet one of OFF.
@@ -79,7 +79,7 @@ void expect_minimised(const Cover& on, const Cover& off, const MinimiseParams& p
 }
 
 TEST(Minimise, GivesPrimeAndIrredundantCoversBetweenOnAndNotOff) {
-  const Seeds cases = seeds(1500);
+  const support::Seeds cases = support::seeds(1500);
   for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
     SCOPED_TRACE(seed);
     RandomCovers random(seed);
@@ -107,12 +107,13 @@ std::uint64_t word_of(const Cover& points) {
 
 TEST(Minimise, StaysWithinTwoPercentOfTheSmallestCovers) {
   oracle::CoverCost exact, found;
-  const Seeds cases = seeds(200);
+  const support::Seeds cases = support::seeds(200);
   for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
     RandomCovers random(seed);
     const auto [on, off] = random.points(3 + seed % 3, 10 + random.below(50), 30);
     if (on.empty() || off.empty()) continue;
-    const oracle::CoverCost smallest = oracle::ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
+    const oracle::CoverCost smallest =
+        oracle::ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
     const Cover result = minimise(on, off);
     exact = {exact.cubes + smallest.cubes, exact.literals + smallest.literals};
     found = {found.cubes + result.size(), found.literals + result.literal_count()};
@@ -168,7 +169,7 @@ TEST(Minimise, WideCoversTakeNoRecursionDeeperThanTheirWidth) {
 }
 
 TEST(Complement, IsExactAlsoForUnateCovers) {
-  const Seeds cases = seeds(2000);
+  const support::Seeds cases = support::seeds(2000);
   for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 20 == 0 ? 11 : 7);
@@ -199,7 +200,7 @@ TEST(Complement, IsExactAlsoForUnateCovers) {
 }
 
 TEST(Tautology, IsToldFromAllButOnePoint) {
-  const Seeds cases = seeds(2000);
+  const support::Seeds cases = support::seeds(2000);
   for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(9);
@@ -221,9 +222,9 @@ TEST(Diagnostics, ShowTheCoversAtVerbositySix) {
   const auto shown = [](int level, const auto& action) {
     std::ostringstream text;
     std::streambuf* const before = std::cerr.rdbuf(text.rdbuf());
-    run_state().verbosity = level;
+    base::run_state().verbosity = level;
     action();
-    run_state().verbosity = 0;
+    base::run_state().verbosity = 0;
     std::cerr.rdbuf(before);
     return text.str();
   };
@@ -241,4 +242,4 @@ TEST(Diagnostics, ShowTheCoversAtVerbositySix) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::toolkit

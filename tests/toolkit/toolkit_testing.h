@@ -7,35 +7,36 @@
 
 #include "toolkit/cover.h"
 
-namespace vorel {
+namespace vorel::toolkit {
 
 // Position i of a cube is bit i of a point.
-inline bool contains_point(const Cube& cube, std::uint32_t point) {
+inline bool contains_point(const toolkit::Cube& cube, std::uint32_t point) {
   for (std::size_t i = 0; i < cube.size(); ++i)
-    if (cube[i] != Ternary::dash && (cube[i] == Ternary::one) != ((point >> i & 1) != 0))
+    if (cube[i] != toolkit::Ternary::dash &&
+        (cube[i] == toolkit::Ternary::one) != ((point >> i & 1) != 0))
       return false;
   return true;
 }
 
-inline bool value_at(const Cover& cover, std::uint32_t point) {
-  for (const Cube& cube : cover)
+inline bool value_at(const toolkit::Cover& cover, std::uint32_t point) {
+  for (const toolkit::Cube& cube : cover)
     if (contains_point(cube, point)) return true;
   return false;
 }
 
 using TruthTable = std::vector<bool>;
 
-inline TruthTable table_of(const Cover& cover) {
+inline TruthTable table_of(const toolkit::Cover& cover) {
   TruthTable table(std::size_t{1} << cover.width());
   for (std::uint32_t point = 0; point < table.size(); ++point)
     table[point] = value_at(cover, point);
   return table;
 }
 
-inline Cube point_cube(std::size_t width, std::uint32_t point) {
-  Cube cube(width);
+inline toolkit::Cube point_cube(std::size_t width, std::uint32_t point) {
+  toolkit::Cube cube(width);
   for (std::size_t i = 0; i < width; ++i)
-    if ((point >> i & 1) != 0) cube.set(i, Ternary::one);
+    if ((point >> i & 1) != 0) cube.set(i, toolkit::Ternary::one);
   return cube;
 }
 
@@ -46,20 +47,23 @@ class RandomCovers {
   std::size_t below(std::size_t bound) { return random_() % bound; }
 
   // Each position a dash with this chance in percent.
-  Cube cube(std::size_t width, std::size_t dashes) {
-    Cube result(width);
+  toolkit::Cube cube(std::size_t width, std::size_t dashes) {
+    toolkit::Cube result(width);
     for (std::size_t i = 0; i < width; ++i)
-      result.set(i, below(100) < dashes ? Ternary::dash : static_cast<Ternary>(below(2)));
+      result.set(i, below(100) < dashes ? toolkit::Ternary::dash
+                                        : static_cast<toolkit::Ternary>(below(2)));
     return result;
   }
-  Cover cover(std::size_t width, std::size_t cubes, std::size_t dashes) {
-    Cover result(width, false);
+  toolkit::Cover cover(std::size_t width, std::size_t cubes, std::size_t dashes) {
+    toolkit::Cover result(width, false);
     for (std::size_t i = 0; i < cubes; ++i) result.add(cube(width, dashes));
     return result;
   }
   // Points, each in ON, in OFF or in neither, with these chances in percent.
-  std::pair<Cover, Cover> points(std::size_t width, std::size_t on, std::size_t off) {
-    std::pair<Cover, Cover> result{Cover(width, false), Cover(width, false)};
+  std::pair<toolkit::Cover, toolkit::Cover> points(std::size_t width, std::size_t on,
+                                                   std::size_t off) {
+    std::pair<toolkit::Cover, toolkit::Cover> result{toolkit::Cover(width, false),
+                                                     Cover(width, false)};
     for (std::uint32_t point = 0; point < 1u << width; ++point) {
       const std::size_t dice = below(100);
       if (dice < on)
@@ -74,4 +78,4 @@ class RandomCovers {
   std::mt19937_64 random_;
 };
 
-}  // namespace vorel
+}  // namespace vorel::toolkit

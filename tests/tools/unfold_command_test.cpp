@@ -8,7 +8,7 @@
 
 #include "tools/unfold_testing.h"
 
-namespace vorel {
+namespace vorel::tools {
 namespace {
 
 using Arguments = std::vector<std::string>;
@@ -23,22 +23,23 @@ std::vector<std::string> circuits() {
   return stems;
 }
 
-std::string written_by(Arguments arguments, const TemporaryFolder& folder) {
+std::string written_by(Arguments arguments, const support::TemporaryFolder& folder) {
   arguments.push_back(folder.path("written.pnml"));
-  const ProgramRun run = run_vorel_unfold(arguments);
+  const support::ProgramRun run = support::run_vorel_unfold(arguments);
   EXPECT_EQ(run.exit_code, 0) << run.err;
-  return read_text(folder.path("written.pnml"));
+  return support::read_text(folder.path("written.pnml"));
 }
 
 TEST(UnfoldCommand, CircuitsUnfoldToTheSizesAndTheVerdictOfTheirPrefixes) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   ASSERT_GE(circuits().size(), 10u);
   for (const std::string& name : circuits()) {
-    const std::string expected = answer_about(example(name + ".unf.pnml"));
+    const std::string expected = answer_about(support::example(name + ".unf.pnml"));
     ASSERT_TRUE(expected.starts_with(" |B|=") && expected.ends_with("deadlock-free")) << expected;
     for (const std::string ending : {".pnml", ".pnml.gz", ".mci"}) {
       const std::string output = folder.path(name + ending);
-      const ProgramRun run = run_vorel_unfold({example(name + ".g"), output});
+      const support::ProgramRun run =
+          support::run_vorel_unfold({support::example(name + ".g"), output});
       EXPECT_EQ(run.exit_code, ending == ".mci" ? 1 : 0) << run.err;
       EXPECT_EQ(run.out,
                 "\n" + expected.substr(0, expected.find(';')) + "\nwrote " + output + "\n");
@@ -48,34 +49,36 @@ TEST(UnfoldCommand, CircuitsUnfoldToTheSizesAndTheVerdictOfTheirPrefixes) {
 }
 
 TEST(UnfoldCommand, MergedProcessesHaveTheSizesOfTheExamples) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   for (const std::string input : {"muller3.g", "vme_read.g", "philosophers4.ll_net"}) {
     const std::string name = input.substr(0, input.find('.'));
-    const std::string expected = sizes_in(run_vorel({"-D", example(name + ".merged.pnml")}));
+    const std::string expected =
+        sizes_in(support::run_vorel({"-D", support::example(name + ".merged.pnml")}));
     ASSERT_NE(expected, "");
     for (const std::string ending : {".pnml", ".mp"}) {
       const std::string output = folder.path(name + ending);
-      const ProgramRun run = run_vorel_unfold({"--merge", example(input), output});
+      const support::ProgramRun run =
+          support::run_vorel_unfold({"--merge", support::example(input), output});
       EXPECT_EQ(run.exit_code, ending == ".mp" ? 1 : 0) << run.err;
       EXPECT_EQ(sizes_in(run), expected);
-      EXPECT_EQ(sizes_in(run_vorel({"-D", output})), expected) << output;
+      EXPECT_EQ(sizes_in(support::run_vorel({"-D", output})), expected) << output;
     }
   }
 }
 
 TEST(UnfoldCommand, StandardStreamsCarryTheSameAsFiles) {
-  const TemporaryFolder folder;
-  const std::string expected = written_by({example("vme_read.g")}, folder);
-  const ProgramRun run =
-      run_vorel_unfold({"--format", "g", "-", "-"}, {.input = read_text(example("vme_read.g"))});
+  const support::TemporaryFolder folder;
+  const std::string expected = written_by({support::example("vme_read.g")}, folder);
+  const support::ProgramRun run = support::run_vorel_unfold(
+      {"--format", "g", "-", "-"}, {.input = support::read_text(support::example("vme_read.g"))});
   EXPECT_EQ(run.exit_code, 0);
   EXPECT_EQ(run.out, expected);
   EXPECT_EQ(run.err, "\n |B|=15 |E|=12 |C|=1 |BE|=14 |EB|=13\n") << "out of the way of the data";
 }
 
 TEST(UnfoldCommand, TheOutputIsNamedAfterTheInputInTheWorkingDirectory) {
-  const TemporaryFolder folder;
-  const std::string text = read_text(example("philosophers4.ll_net"));
+  const support::TemporaryFolder folder;
+  const std::string text = support::read_text(support::example("philosophers4.ll_net"));
   const gzFile file = gzopen(folder.path("x.y.ll_net.gz").c_str(), "wb");
   ASSERT_EQ(gzwrite(file, text.data(), static_cast<unsigned>(text.size())), int(text.size()));
   ASSERT_EQ(gzclose(file), Z_OK);
@@ -83,11 +86,13 @@ TEST(UnfoldCommand, TheOutputIsNamedAfterTheInputInTheWorkingDirectory) {
     Arguments arguments;
     std::string name;
   };
-  const Row table[] = {{{example("vme_read.g")}, "vme_read.unf.pnml"},
-                       {{"--merge", example("philosophers4.ll_net")}, "philosophers4.merged.pnml"},
-                       {{"./x.y.ll_net.gz"}, "x.y.unf.pnml"}};
+  const Row table[] = {
+      {{support::example("vme_read.g")}, "vme_read.unf.pnml"},
+      {{"--merge", support::example("philosophers4.ll_net")}, "philosophers4.merged.pnml"},
+      {{"./x.y.ll_net.gz"}, "x.y.unf.pnml"}};
   for (const Row& row : table) {
-    const ProgramRun run = run_vorel_unfold(row.arguments, {.directory = folder.path()});
+    const support::ProgramRun run =
+        support::run_vorel_unfold(row.arguments, {.directory = folder.path()});
     EXPECT_TRUE(run.out.ends_with("\nwrote " + row.name + "\n")) << run.out << run.err;
     EXPECT_TRUE(std::filesystem::exists(folder.path(row.name)));
   }
@@ -129,18 +134,18 @@ TEST(UnfoldCommand, OptionsOfTheUnfolderReachIt) {
   for (const Row& row : table) {
     Arguments arguments{"--format", row.format, "-", "-"};
     arguments.insert(arguments.end(), row.options.begin(), row.options.end());
-    const ProgramRun run = run_vorel_unfold(arguments, {.input = row.input});
+    const support::ProgramRun run = support::run_vorel_unfold(arguments, {.input = row.input});
     EXPECT_NE(run.err.find(" " + row.sizes + " "), std::string::npos)
         << run.err << testing::PrintToString(row.options);
   }
 }
 
 TEST(UnfoldCommand, DrawsThePrefix) {
-  const TemporaryFolder folder;
-  const ProgramRun run =
-      run_vorel_unfold({"--dot", folder.path("x.dot"), example("mutex2.g"), folder.path("x.pnml")});
+  const support::TemporaryFolder folder;
+  const support::ProgramRun run = support::run_vorel_unfold(
+      {"--dot", folder.path("x.dot"), support::example("mutex2.g"), folder.path("x.pnml")});
   EXPECT_EQ(run.exit_code, 0) << run.err;
-  const std::string drawing = read_text(folder.path("x.dot"));
+  const std::string drawing = support::read_text(folder.path("x.dot"));
   const auto count = [&drawing](const std::string& text) {
     int found = 0;
     for (std::size_t at = drawing.find(text); at != std::string::npos;
@@ -157,8 +162,8 @@ TEST(UnfoldCommand, DrawsThePrefix) {
 
 TEST(UnfoldCommand, TellsFiguresWhereAsked) {
   const auto figures = [](Arguments options) {
-    options.insert(options.end(), {"--stats", example("key_3.ll_net"), "-"});
-    return run_vorel_unfold(options).err;
+    options.insert(options.end(), {"--stats", support::example("key_3.ll_net"), "-"});
+    return support::run_vorel_unfold(options).err;
   };
   const std::string usual = figures({});
   EXPECT_EQ(line_starting(usual, " conditions"), " conditions: 13941");
@@ -177,8 +182,9 @@ TEST(UnfoldCommand, TellsFiguresWhereAsked) {
 }
 
 TEST(UnfoldCommand, IsQuietWhereAskedButForWarnings) {
-  const TemporaryFolder folder;
-  const ProgramRun run = run_vorel_unfold({"-q", example("mutex2.g"), folder.path("x.mci")});
+  const support::TemporaryFolder folder;
+  const support::ProgramRun run =
+      support::run_vorel_unfold({"-q", support::example("mutex2.g"), folder.path("x.mci")});
   EXPECT_EQ(run.exit_code, 1);
   EXPECT_EQ(run.out, "");
   EXPECT_TRUE(run.err.starts_with("\nWarning: the legacy *.mci format")) << run.err;
@@ -212,10 +218,10 @@ TEST(UnfoldCommand, ShowsProgressOnATerminalOnly) {
   const Terminal terminal;
   // What the program wrote can be read as long as somebody has the terminal open.
   const int kept_open = ::open(terminal.path().c_str(), O_RDWR | O_NOCTTY);
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   const auto run = [&](Arguments arguments, const std::string& error_path) {
-    arguments.insert(arguments.end(), {example("key_3.ll_net"), folder.path("x.pnml")});
-    return run_vorel_unfold(arguments, {.error_path = error_path});
+    arguments.insert(arguments.end(), {support::example("key_3.ll_net"), folder.path("x.pnml")});
+    return support::run_vorel_unfold(arguments, {.error_path = error_path});
   };
   EXPECT_EQ(run({"--progress"}, "").err, "") << "in a pipe or file";
   run({}, terminal.path());
@@ -230,7 +236,8 @@ TEST(UnfoldCommand, ShowsProgressOnATerminalOnly) {
 }
 
 TEST(UnfoldCommand, HelpAndVersionGoToTheStandardOutput) {
-  const ProgramRun help = run_vorel_unfold({"--help"}), version = run_vorel_unfold({"--version"});
+  const support::ProgramRun help = support::run_vorel_unfold({"--help"}),
+                            version = support::run_vorel_unfold({"--version"});
   EXPECT_EQ(help.exit_code, 0);
   for (const std::string word : {"--order", "--merge", ".ll_net", ".pnml.gz", "Exit code"}) {
     EXPECT_NE(help.out.find(word), std::string::npos) << word;
@@ -239,4 +246,4 @@ TEST(UnfoldCommand, HelpAndVersionGoToTheStandardOutput) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::tools

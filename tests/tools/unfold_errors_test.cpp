@@ -6,7 +6,7 @@
 
 #include "tools/unfold_testing.h"
 
-namespace vorel {
+namespace vorel::tools {
 namespace {
 
 using Arguments = std::vector<std::string>;
@@ -22,16 +22,17 @@ struct Refusal {
 // Run in a folder with nothing but the input.
 void expect_refusal(const Refusal& row) {
   SCOPED_TRACE(row.input_name + " " + testing::PrintToString(row.options));
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   folder.write(row.input_name, row.input_text);
   Arguments arguments{row.input_name};
   arguments.insert(arguments.end(), row.options.begin(), row.options.end());
-  const ProgramRun run = run_vorel_unfold(arguments, {.directory = folder.path()});
+  const support::ProgramRun run =
+      support::run_vorel_unfold(arguments, {.directory = folder.path()});
   EXPECT_EQ(run.exit_code, 2);
   EXPECT_EQ(run.out, "");
   EXPECT_EQ(run.err, "\nError: " + row.message + "\n");
   EXPECT_EQ(names_in(folder.path()), Arguments{row.input_name});
-  EXPECT_EQ(read_text(folder.path(row.input_name)), row.input_text);
+  EXPECT_EQ(support::read_text(folder.path(row.input_name)), row.input_text);
 }
 
 TEST(UnfoldErrors, NetsThatAreNotSafeOrNotConsistent) {
@@ -118,7 +119,7 @@ TEST(UnfoldErrors, OptionsThatMakeNoSense) {
 }
 
 TEST(UnfoldErrors, InputsThatAreNotThere) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   struct Row {
     Arguments arguments;
     std::string message;
@@ -132,7 +133,8 @@ TEST(UnfoldErrors, InputsThatAreNotThere) {
       {{"--format", "g", "-"}, "no output file is given, and the standard input gives it no name"},
   };
   for (const Row& row : table) {
-    const ProgramRun run = run_vorel_unfold(row.arguments, {.directory = folder.path()});
+    const support::ProgramRun run =
+        support::run_vorel_unfold(row.arguments, {.directory = folder.path()});
     EXPECT_EQ(run.exit_code, 2);
     EXPECT_EQ(run.err, "\nError: " + row.message + "\n");
     EXPECT_EQ(names_in(folder.path()), Arguments{"d.g"});
@@ -140,20 +142,20 @@ TEST(UnfoldErrors, InputsThatAreNotThere) {
 }
 
 TEST(UnfoldErrors, OutputsThatCannotBeWritten) {
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   std::filesystem::create_directory(folder.path("d.pnml"));
   std::filesystem::create_symlink("/dev/full", folder.path("full.pnml"));
   const auto message_about = [&](const std::string& name) {
-    const ProgramRun run =
-        run_vorel_unfold({example("vme_read.g"), name}, {.directory = folder.path()});
+    const support::ProgramRun run = support::run_vorel_unfold(
+        {support::example("vme_read.g"), name}, {.directory = folder.path()});
     EXPECT_EQ(run.exit_code, 2) << name;
     EXPECT_EQ(run.out, "") << name;
     return run.err;
   };
   EXPECT_EQ(message_about("d.pnml"), "\nError: cannot open \"d.pnml\" for output\n");
   EXPECT_EQ(message_about("full.pnml"), "\nError: cannot write a file\n");
-  const ProgramRun run =
-      run_vorel_unfold({example("vme_read.g"), "-"}, {.output_path = "/dev/full"});
+  const support::ProgramRun run = support::run_vorel_unfold({support::example("vme_read.g"), "-"},
+                                                            {.output_path = "/dev/full"});
   EXPECT_EQ(run.exit_code, 2);
   EXPECT_NE(run.err.find("\nError: cannot write a file\n"), std::string::npos) << run.err;
   EXPECT_EQ(names_in(folder.path()).size(), 2u);
@@ -163,21 +165,21 @@ TEST(UnfoldErrors, MemoryThatRunsOutEndsWithAnExitCodeOfItsOwn) {
 #ifdef VOREL_SANITIZED
   GTEST_SKIP() << "sanitizers need more address space than any limit";
 #endif
-  const TemporaryFolder folder;
+  const support::TemporaryFolder folder;
   folder.write("x.ll_net", wide_join_net(40));
-  const ProgramRun run =
-      run_vorel_unfold({"--order", "0", "--threads", "1", "x.ll_net"},
-                       {.directory = folder.path(), .address_space = std::size_t{100} << 20});
+  const support::ProgramRun run = support::run_vorel_unfold(
+      {"--order", "0", "--threads", "1", "x.ll_net"},
+      {.directory = folder.path(), .address_space = std::size_t{100} << 20});
   EXPECT_EQ(run.exit_code, 5);
   EXPECT_EQ(run.err, "\nError: memory overflow\n");
   // Stacks take all there is, and sometimes so much that nothing is left for the other report.
-  const ProgramRun many =
-      run_vorel_unfold({"--threads", "200", example("vme_read.g"), folder.path("y.pnml")},
-                       {.address_space = std::size_t{400} << 20});
+  const support::ProgramRun many = support::run_vorel_unfold(
+      {"--threads", "200", support::example("vme_read.g"), folder.path("y.pnml")},
+      {.address_space = std::size_t{400} << 20});
   EXPECT_TRUE(many.err == "\nError: cannot start 200 threads\n" || many.exit_code == 5) << many.err;
   EXPECT_GE(many.exit_code, 2);
   EXPECT_EQ(names_in(folder.path()), Arguments{"x.ll_net"});
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::tools

@@ -8,7 +8,7 @@
 
 #include "support/run_program.h"
 
-namespace vorel {
+namespace vorel::tools {
 
 // The first line that starts with the text, without what follows its end; else "".
 inline std::string line_starting(const std::string& text, const std::string& start) {
@@ -17,11 +17,13 @@ inline std::string line_starting(const std::string& text, const std::string& sta
   return text.substr(position, text.find('\n', position) - position);
 }
 
-inline std::string sizes_in(const ProgramRun& run) { return line_starting(run.out, " |B|="); }
+inline std::string sizes_in(const support::ProgramRun& run) {
+  return line_starting(run.out, " |B|=");
+}
 
 // Sizes and verdict of vorel -D.
 inline std::string answer_about(const std::string& file) {
-  const ProgramRun run = run_vorel({"-D", file});
+  const support::ProgramRun run = support::run_vorel({"-D", file});
   return sizes_in(run) + "; " + line_starting(run.out, "the system ");
 }
 
@@ -91,4 +93,4 @@ inline std::string wide_join_net(int choices) {
   return net.text();
 }
 
-}  // namespace vorel
+}  // namespace vorel::tools

@@ -15,13 +15,13 @@
 #include "oracle/write_files.h"
 #include "support/seeds.h"
 
-namespace vorel {
+namespace vorel::unfolder {
 namespace {
 
 template <class N>
 struct Unfolding {
   bool succeeded = false;
-  PrefixOf<N> prefix;
+  net::PrefixOf<N> prefix;
   UnfoldStats stats;
   std::string messages;
 };
@@ -42,13 +42,13 @@ Unfolding<N> unfold(const N& net, const UnfoldOptions& options = {}) {
 }
 
 template <class N>
-std::size_t cut_off_count(const PrefixOf<N>& prefix) {
+std::size_t cut_off_count(const net::PrefixOf<N>& prefix) {
   return static_cast<std::size_t>(
       std::ranges::count_if(prefix.events, [](const auto& event) { return event->is_cut_off(); }));
 }
 
 template <class N>
-void expect_sound_and_complete(const N& net, const PrefixOf<N>& prefix) {
+void expect_sound_and_complete(const N& net, const net::PrefixOf<N>& prefix) {
   EXPECT_TRUE(passes_sanity_checks(prefix));
   EXPECT_EQ(oracle::branching_fault(prefix), "");
   const auto lasting = prefix.events.size() - cut_off_count(prefix);
@@ -65,7 +65,7 @@ void compare_with_reference(const N& net) {
   options.dummy_cutoffs = true;  // the reference makes no difference between events
   const auto unfolding = unfold(net, options);
   ASSERT_TRUE(unfolding.succeeded);
-  const PrefixOf<N>& prefix = unfolding.prefix;
+  const net::PrefixOf<N>& prefix = unfolding.prefix;
   EXPECT_EQ(prefix.events.size(), reference->events.size());
   EXPECT_EQ(prefix.conditions.size(), reference->conditions.size());
   EXPECT_EQ(cut_off_count(prefix), cut_off_count(*reference));
@@ -73,7 +73,7 @@ void compare_with_reference(const N& net) {
 }
 
 TEST(Unfolder, MakesPrefixesOfTheSizeOfTheReference) {
-  for (auto [seed, end] = seeds(150); seed < end; ++seed) {
+  for (auto [seed, end] = support::seeds(150); seed < end; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     compare_with_reference(oracle::random_net(seed));
     compare_with_reference(
@@ -104,18 +104,18 @@ std::size_t expect_same_text_whatever_the_threads(const N& net) {
 
 TEST(Unfolder, ThreadsAndTheRelationLeaveNoMarkOnTheResult) {
   std::size_t dropped = 0;
-  for (auto [seed, end] = seeds(60); seed < end; ++seed) {
+  for (auto [seed, end] = support::seeds(60); seed < end; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     dropped += expect_same_text_whatever_the_threads(oracle::random_net(seed));
-    const Stg stg = oracle::random_stg(seed, {.dummies = seed % 2 == 0});
+    const net::Stg stg = oracle::random_stg(seed, {.dummies = seed % 2 == 0});
     dropped += expect_same_text_whatever_the_threads(stg);
   }
   EXPECT_GT(dropped, 0u);
 }
 
 TEST(Unfolder, EveryOrderGivesACompletePrefix) {
-  for (auto [seed, end] = seeds(60); seed < end; ++seed) {
-    const Net net = oracle::random_net(seed);
+  for (auto [seed, end] = support::seeds(60); seed < end; ++seed) {
+    const net::Net net = oracle::random_net(seed);
     for (const auto order : {AdequateOrder::size, AdequateOrder::parikh}) {
       const auto unfolding = unfold(net, {.order = order, .max_events = 3000});
       if (unfolding.succeeded) expect_sound_and_complete(net, unfolding.prefix);
@@ -127,9 +127,9 @@ TEST(Unfolder, EveryOrderGivesACompletePrefix) {
 
 TEST(Unfolder, NonLocalCorrespondentsCutEarlier) {
   std::size_t local = 0, non_local = 0;
-  for (auto [seed, end] = seeds(60); seed < end; ++seed) {
+  for (auto [seed, end] = support::seeds(60); seed < end; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    const Net net = oracle::random_net(seed);
+    const net::Net net = oracle::random_net(seed);
     const auto unfolding = unfold(net, {.non_local_correspondents = true});
     ASSERT_TRUE(unfolding.succeeded);
     expect_sound_and_complete(net, unfolding.prefix);
@@ -140,7 +140,7 @@ TEST(Unfolder, NonLocalCorrespondentsCutEarlier) {
 }
 
 TEST(Unfolder, LeavesOutCutOffsWhereAsked) {
-  const Net net = oracle::philosophers(3);
+  const net::Net net = oracle::philosophers(3);
   const auto all = unfold(net), lasting = unfold(net, {.no_cutoffs = true});
   EXPECT_EQ(lasting.prefix.events.size(), all.prefix.events.size() - cut_off_count(all.prefix));
   EXPECT_EQ(cut_off_count(lasting.prefix), 0u);
@@ -188,8 +188,8 @@ TEST(Unfolder, WarnsWhereThereIsNothingToUnfold) {
 
 // A dummy that closes a cycle with other events is kept, and so is what follows it.
 TEST(Unfolder, CutsNoDummyUnlessAllItAddsAreDummies) {
-  for (auto [seed, end] = seeds(100); seed < end; ++seed) {
-    const Stg stg = oracle::random_stg(seed, {.dummies = true});
+  for (auto [seed, end] = support::seeds(100); seed < end; ++seed) {
+    const net::Stg stg = oracle::random_stg(seed, {.dummies = true});
     const auto unfolding = unfold(stg, {.max_events = 5000});
     if (!unfolding.succeeded) continue;
     expect_sound_and_complete(stg, unfolding.prefix);
@@ -225,4 +225,4 @@ TEST(Unfolder, HandlesWidePresetsAndConflicts) {
 }
 
 }  // namespace
-}  // namespace vorel
+}  // namespace vorel::unfolder

@@ -21,12 +21,12 @@ TEST(Corpus, DamagedInputsAreReadOrRefused) {
   for (const auto& [name, target] : targets) {
     std::vector<std::string> seeds;
     for (const auto& file : std::filesystem::directory_iterator(VOREL_CORPUS "/" + name)) {
-      seeds.push_back(read_text(file.path()));
+      seeds.push_back(support::read_text(file.path()));
     }
     ASSERT_FALSE(seeds.empty()) << name;
     std::ranges::sort(seeds);
     std::mt19937 random(1);
-    const CaughtMessages ignored;
+    const support::CaughtMessages ignored;
     for (const std::string& seed : seeds) {
       EXPECT_NO_THROW(target(seed)) << name << ": " << testing::PrintToString(seed);
       for (std::size_t i = 0; i < 500 && !seed.empty(); ++i) {

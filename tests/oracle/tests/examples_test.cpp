@@ -24,7 +24,7 @@ void PrintTo(const PrefixSizes& s, std::ostream* out) {
 }
 
 template <class N>
-PrefixSizes sizes_of(const PrefixOf<N>& prefix) {
+PrefixSizes sizes_of(const net::PrefixOf<N>& prefix) {
   PrefixSizes sizes{prefix.conditions.size(), prefix.events.size()};
   for (const auto& event : prefix.events) {
     sizes.cut_offs += event->is_cut_off() ? 1 : 0;
@@ -56,20 +56,20 @@ constexpr ExampleRow example_table[] = {
     {"muller3", 32, {29, 16, 1, 25, 25}, false, "", nullptr},
 };
 
-Stg example(const std::string& name) {
+net::Stg example(const std::string& name) {
   const auto text = read_file(VOREL_EXAMPLES "/" + name + ".g");
   EXPECT_TRUE(text) << name;
   auto stg = text ? parse_g(*text) : std::nullopt;
   EXPECT_TRUE(stg) << name;
-  return stg ? std::move(*stg) : Stg{};
+  return stg ? std::move(*stg) : net::Stg{};
 }
 
 class Examples : public testing::TestWithParam<ExampleRow> {};
 
 TEST_P(Examples, HaveTheirKnownStatesAndPrefixes) {
   const ExampleRow& row = GetParam();
-  const Stg stg = example(row.name);
-  const StateGraph<Stg> graph = explore(stg);
+  const net::Stg stg = example(row.name);
+  const StateGraph<net::Stg> graph = explore(stg);
   ASSERT_EQ(graph.outcome, Exploration::complete);
   EXPECT_EQ(graph.states.size(), row.states);
   EXPECT_FALSE(graph.has_deadlock());
@@ -80,8 +80,8 @@ TEST_P(Examples, HaveTheirKnownStatesAndPrefixes) {
 
 TEST_P(Examples, HaveTheirKnownCodingProperties) {
   const ExampleRow& row = GetParam();
-  const Stg stg = example(row.name);
-  const StateGraph<Stg> graph = explore(stg);
+  const net::Stg stg = example(row.name);
+  const StateGraph<net::Stg> graph = explore(stg);
   const auto initial = find_initial_values(stg, graph);
   ASSERT_TRUE(initial);
   EXPECT_EQ(*initial, Values(stg.signals.size(), 0));
@@ -105,21 +105,21 @@ INSTANTIATE_TEST_SUITE_P(All, Examples, testing::ValuesIn(example_table),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Philosophers, FourOfThemHaveTheirKnownStatesPrefixAndMergedProcess) {
-  const Net net = philosophers(4);
-  const StateGraph<Net> graph = explore(net);
+  const net::Net net = philosophers(4);
+  const StateGraph<net::Net> graph = explore(net);
   EXPECT_EQ(graph.states.size(), 34u);
   EXPECT_EQ(graph.deadlocks().size(), 1u);
   EXPECT_EQ(graph.shortest_deadlock(), 4u);
   const auto prefix = unfold(net);
   ASSERT_TRUE(prefix);
   EXPECT_EQ(sizes_of(*prefix), (PrefixSizes{28, 12, 4, 20, 20}));
-  const NetMergedProcess merged = merge(*prefix);
+  const net::NetMergedProcess merged = merge(*prefix);
   EXPECT_EQ(merged.conditions.size(), 24u);
   EXPECT_EQ(merged.events.size(), 12u);
 }
 
 TEST(Muller3, MergesNothing) {
-  const StgMergedProcess merged = merge(*unfold(example("muller3")));
+  const net::StgMergedProcess merged = merge(*unfold(example("muller3")));
   EXPECT_EQ(merged.conditions.size(), 29u);
   EXPECT_EQ(merged.events.size(), 16u);
 }

@@ -13,7 +13,7 @@ namespace vorel::oracle {
 namespace {
 
 TEST(StateGraph, TellsAnUnsafeNet) {
-  const Net net = net_from("marked p q; a: p -> r; b: q -> r; c: r -> s");
+  const net::Net net = net_from("marked p q; a: p -> r; b: q -> r; c: r -> s");
   EXPECT_EQ(explore(net).outcome, Exploration::unsafe);
 }
 
@@ -23,12 +23,12 @@ TEST(StateGraph, TellsANetWithTooManyStates) {
 }
 
 TEST(StateGraph, FindsTheNearestDeadlockByCountingFirings) {
-  const Net net = net_from("marked p; a: p -> q; b: q -> r; c: r -> x; d: q -> y; e: x -> p");
+  const net::Net net = net_from("marked p; a: p -> q; b: q -> r; c: r -> x; d: q -> y; e: x -> p");
   EXPECT_EQ(explore(net).shortest_deadlock(), 2u);
 }
 
 TEST(Replay, FollowsEnabledTransitionsOnly) {
-  const Net net = net_from("marked p; a: p -> q; b: q -> r");
+  const net::Net net = net_from("marked p; a: p -> q; b: q -> r");
   const auto replays = [&](const std::vector<std::string>& names) { return replay(net, names); };
   ASSERT_TRUE(replays({"a", "b"}));
   EXPECT_TRUE(is_dead(net, *replays({"a", "b"})));
@@ -65,9 +65,9 @@ TEST(StateOfAnStg, IsTheMarkingAndTheCode) {
 }
 
 TEST(Completeness, IsMissedWhenAnEventIsWronglyACutOff) {
-  const Net net = net_from("marked p; a: p -> q; b: q -> r; c: r -> p");
+  const net::Net net = net_from("marked p; a: p -> q; b: q -> r; c: r -> p");
   auto prefix = unfold(net);
-  const StateGraph<Net> graph = explore(net);
+  const StateGraph<net::Net> graph = explore(net);
   ASSERT_EQ(completeness_fault(*prefix, graph), "");
   prefix->events[1]->mark_cut_off();
   EXPECT_NE(completeness_fault(*prefix, graph), "");
@@ -75,9 +75,9 @@ TEST(Completeness, IsMissedWhenAnEventIsWronglyACutOff) {
 }
 
 TEST(Completeness, IsMissedWhenAnEventIsNotThere) {
-  const Net net = net_from("marked p q; a: p -> r; b: q -> s");
+  const net::Net net = net_from("marked p q; a: p -> r; b: q -> s");
   auto prefix = unfold(net);
-  EventOf<Net>& last = *prefix->events.back();
+  net::EventOf<net::Net>& last = *prefix->events.back();
   last.preset.front()->postset.clear();
   EXPECT_EQ(completeness_fault(*prefix, explore(net)), "no event for b where it is enabled");
 }
@@ -85,7 +85,7 @@ TEST(Completeness, IsMissedWhenAnEventIsNotThere) {
 TEST(BranchingFault, SeesAWrongCorrespondent) {
   auto prefix = unfold(net_from("marked p; a: p -> q; b: q -> r; c: r -> q"));
   ASSERT_EQ(branching_fault(*prefix), "");
-  EventOf<Net>* wrong = prefix->events[1].get();
+  net::EventOf<net::Net>* wrong = prefix->events[1].get();
   prefix->events[2]->cut_off.set_correspondents({&wrong, 1});
   EXPECT_EQ(branching_fault(*prefix), "event 2 does not reach the state of its correspondent");
 }
@@ -93,14 +93,14 @@ TEST(BranchingFault, SeesAWrongCorrespondent) {
 TEST(BranchingFault, SeesConflictInAHistory) {
   auto prefix = unfold(net_from("marked p; a: p -> q; b: p -> r; c: q -> s; d: r -> t"));
   ASSERT_EQ(prefix->events.size(), 4u);
-  add_link(*prefix->events[1]->postset.front(), *prefix->events[2]);
-  add_arc(*prefix->events[1]->postset.front()->place, *prefix->events[2]->transition);
+  net::add_link(*prefix->events[1]->postset.front(), *prefix->events[2]);
+  net::add_arc(*prefix->events[1]->postset.front()->place, *prefix->events[2]->transition);
   EXPECT_EQ(branching_fault(*prefix), "event 2 has a history with a conflict");
 }
 
 TEST(Merger, JoinsOccurrencesOfTheSamePlaceAndDepthOnly) {
   // Both branches reach q at depth 1; the loop reaches it at depth 2, by a cut-off.
-  const NetMergedProcess merged =
+  const net::NetMergedProcess merged =
       merge(*unfold(net_from("marked p; a: p -> q; b: p -> q; c: q -> r; d: r -> q")));
   std::string depths;
   for (const auto& condition : merged.conditions) {
@@ -124,7 +124,7 @@ TEST(Writers, WriteEachFormOfCutOffInPnml) {
   };
   EXPECT_TRUE(has("<correspondent/></cut-off>"));
   EXPECT_TRUE(has("<correspondent ref=\"e0\"/></cut-off>"));
-  std::vector<EventOf<Net>*> several{prefix->events[0].get(), prefix->events[1].get()};
+  std::vector<net::EventOf<net::Net>*> several{prefix->events[0].get(), prefix->events[1].get()};
   prefix->events[2]->cut_off.set_correspondents(several);
   EXPECT_TRUE(has("<correspondent ref=\"e0\" ref=\"e1\"/></cut-off>"));
 }

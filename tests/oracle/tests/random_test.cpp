@@ -60,8 +60,8 @@ TEST(Merger, KeepsArcsAndLeavesNoTwoClassesAlike) {
   for (std::uint64_t seed = 0; seed < net_seeds; ++seed) {
     SCOPED_TRACE(seed);
     const auto prefix = unfold(random_net(seed));
-    const NetMergedProcess merged = merge(*prefix);
-    std::set<std::pair<const Place*, std::int32_t>> classes;
+    const net::NetMergedProcess merged = merge(*prefix);
+    std::set<std::pair<const net::Place*, std::int32_t>> classes;
     for (const auto& c : merged.conditions) {
       EXPECT_TRUE(classes.emplace(c->place, c->occurrence_depth).second);
       EXPECT_EQ(c->is_initial(), c->occurrence_depth == 1 && c->place->initial_marking == 1);
@@ -94,15 +94,15 @@ TEST(RandomStgs, AreConsistentWithAndWithoutConflictsAndDeadlocks) {
   int with_csc_conflict = 0, with_deadlock = 0, with_dummies = 0, with_toggles = 0;
   for (std::uint64_t seed = 0; seed < 3 * stg_seeds; ++seed) {
     const RandomStgParams params{.dummies = seed % 3 == 1, .toggles = seed % 3 == 2};
-    const Stg stg = random_stg(seed, params);
-    const StateGraph<Stg> graph = explore(stg);
+    const net::Stg stg = random_stg(seed, params);
+    const StateGraph<net::Stg> graph = explore(stg);
     const auto initial = find_initial_values(stg, graph);
     ASSERT_TRUE(initial) << seed;
     with_csc_conflict += csc_conflict_signals(stg, graph, *initial).empty() ? 0 : 1;
     with_deadlock += graph.has_deadlock() ? 1 : 0;
     with_dummies += stg.internals_end < stg.signals.size() ? 1 : 0;
     with_toggles += std::ranges::any_of(stg.transitions, [](const auto& t) {
-      return t->sign == Sign::toggle && !t->signal->is_dummy();
+      return t->sign == net::Sign::toggle && !t->signal->is_dummy();
     });
   }
   EXPECT_GT(with_csc_conflict, 60);
