@@ -7,7 +7,6 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
-#include "configuration/configuration_encoding.h"
 
 namespace vorel::configuration {
 namespace {
@@ -19,10 +18,9 @@ constexpr std::uint64_t always_walked = 200'000;
 }  // namespace
 
 template <net::Process P>
-Acyclicity<P>::Acyclicity(const P& process, ConfigurationVars<P>& vars)
-    : process_{process},
-      vars_{vars},
-      graph_{CausalGraph::of(process)},
+Acyclicity<P>::Acyclicity(ConfigurationVars<P>& vars)
+    : vars_{vars},
+      graph_{CausalGraph::of(vars.process())},
       finder_{graph_.forward},
       part_of_(graph_.forward.node_count(), 0),
       in_model_(part_of_.size(), no_part),
@@ -163,21 +161,21 @@ void Acyclicity<P>::split_at(std::uint32_t root) {
 template <net::Process P>
 void Acyclicity<P>::forbid_return(std::uint32_t event, std::uint32_t root) {
   collect_neighbours(event, root);
-  const sat::Lit fired = event_lit(vars_, *process_.events[event]);
+  const sat::Lit fired = vars_.event_lit(base::Id<Event>{event});
   sat::Lits clause;
   const auto lead = [&](sat::Lit from, sat::Lit to) {
     clause.assign({~fired, ~from, to});
-    vars_.formula.add_clause(clause, sat::PermanentGroup);
+    vars_.formula().add_clause(clause, sat::PermanentGroup);
   };
   const auto lit_of = [this, root](std::uint32_t node, sat::Lit of_root) {
     return node == root ? of_root : reached(node);
   };
   // One literal in the middle where that saves clauses.
   if (before_.size() > 1 && after_.size() > 1 && before_.size() + after_.size() > 4) {
-    const sat::Lit middle(vars_.formula.new_var(true), false);
+    const sat::Lit middle(vars_.formula().new_var(true), false);
     for (const std::uint32_t node : before_) lead(lit_of(node, sat::LitTrue), middle);
     for (const std::uint32_t node : after_) {
-      vars_.formula.add_binary(~middle, lit_of(node, sat::LitFalse), sat::PermanentGroup);
+      vars_.formula().add_binary(~middle, lit_of(node, sat::LitFalse), sat::PermanentGroup);
     }
     return;
   }
@@ -205,7 +203,7 @@ void Acyclicity<P>::collect_neighbours(std::uint32_t event, std::uint32_t root) 
 // The solver need not decide on it: whatever is not forced to be reached is not.
 template <net::Process P>
 sat::Lit Acyclicity<P>::reached(std::uint32_t node) {
-  if (reached_[node].is_uninit()) reached_[node] = sat::Lit(vars_.formula.new_var(true), false);
+  if (reached_[node].is_uninit()) reached_[node] = sat::Lit(vars_.formula().new_var(true), false);
   return reached_[node];
 }
 

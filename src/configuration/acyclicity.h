@@ -1,7 +1,7 @@
 // configuration/acyclicity.h - keeps causal cycles out of the configurations of a merged process.
 // Here:      the clauses that exclude cycles, all at once or after a model that has one.
 // Not here:  the graph (configuration/causal_graph.h), the other rules of a configuration
-//            (configuration/configuration_encoding.h, configuration/merged_encoding.h).
+//            (configuration/configuration_encoding.h).
 //
 // A set of mp-events in which every condition has its producer can consist of events that wait for
 // each other in a circle [KKKV-2006]. Only strongly connected components of the causal graph can
@@ -28,9 +28,9 @@ class Acyclicity {
  public:
   using Event = typename P::Event;
 
-  // Prepares the graph and its components; adds no clause. Keeps references to the process and to
-  // the encoded configuration. The clauses are permanent.
-  Acyclicity(const P& process, ConfigurationVars<P>& vars);
+  // Prepares the graph and its components; adds no clause. Keeps a reference to the encoded
+  // configuration. The clauses are permanent.
+  explicit Acyclicity(ConfigurationVars<P>& vars);
 
   // Excludes the cycles of all components, in time and clauses nearly linear in their arcs: where
   // that is too few for the walks of a large component, the rest is left to refine().
@@ -55,7 +55,6 @@ class Acyclicity {
   void collect_neighbours(std::uint32_t event, std::uint32_t root);
   sat::Lit reached(std::uint32_t node);
 
-  const P& process_;
   ConfigurationVars<P>& vars_;
   const CausalGraph graph_;
   ComponentFinder finder_;

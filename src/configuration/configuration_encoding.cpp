@@ -1,136 +1,94 @@
 #include "configuration/configuration_encoding.h"
 
-#include <algorithm>
 #include <cassert>
 
+#include "base/messages.h"
+#include "configuration/causal_graph.h"
 #include "configuration/implied_conflicts.h"
 
 namespace vorel::configuration {
-namespace {
-
-template <class T>
-void sort_unique(std::vector<T*>& list) {
-  std::ranges::sort(list, {}, &T::index);
-  const auto repeated = std::ranges::unique(list);
-  list.erase(repeated.begin(), repeated.end());
-}
-
-}  // namespace
 
 template <net::Process P>
-sat::Lit event_lit(ConfigurationVars<P>& vars, const typename P::Event& event) {
-  assert(!event.is_cut_off() && "a cut-off is in no configuration");
-  sat::LitCell& cell = vars.events[event];
-  if (cell.lit.is_uninit()) cell.lit = sat::Lit(vars.formula.new_var(vars.no_branch), false);
-  return cell.lit;
+void ConfigurationEncoding<P>::collect(const base::PtrList<Event>& events) {
+  lits_.clear();
+  for (const Event* event : events) lits_.push_back(vars_.event_lit(*event));
 }
 
 template <net::Process P>
-sat::Lit produced_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
-                      sat::ClauseGroup group, sat::Polarity polarity) {
-  sat::LitCell& cell = vars.produced[condition];
-  if (cell.serves(polarity)) return cell.lit;
-  if (condition.is_initial()) return cell.lit = sat::LitTrue;
-  const auto producers = condition.producers();
-  if (producers.size() == 1) {
-    const auto& producer = *producers.front();
-    return cell.lit = producer.is_cut_off() ? sat::LitFalse : event_lit(vars, producer);
-  }
-  sat::Lits lits;
-  for (const auto* event : producers) {
-    if (!event->is_cut_off()) lits.push_back(event_lit(vars, *event));
-  }
-  return vars.formula.define_gate(cell, sat::GateType::GateOr, lits, group, polarity);
-}
-
-template <net::Process P>
-sat::Lit marked_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
-                    sat::ClauseGroup group, sat::Polarity polarity) {
-  sat::LitCell& cell = vars.marked[condition];
-  if (cell.serves(polarity)) return cell.lit;
-  sat::Lits lits{produced_lit(vars, condition, group, polarity)};
-  for (const auto* event : condition.postset) {
-    if (!event->is_cut_off()) lits.push_back(~event_lit(vars, *event));
-  }
-  return vars.formula.define_gate(cell, sat::GateType::GateAnd, lits, group, polarity);
-}
-
-template <net::Process P>
-sat::Lit place_lit(ConfigurationVars<P>& vars, const typename P::NetType::Place& place,
-                   std::span<const typename P::Condition* const> instances,
-                   sat::ClauseGroup group) {
-  sat::LitCell& cell = vars.places[place];
-  assert((cell.lit.is_uninit() || cell.polarity == -1) && "one direction is all that is defined");
-  if (!cell.lit.is_uninit()) return cell.lit;
-  cell = {sat::Lit(vars.formula.new_var(false), false), -1};
-  sat::Lits clause;
-  for (const auto* condition : instances) {
-    clause.assign({cell.lit, ~produced_lit(vars, *condition, group, -1)});
-    for (const auto* event : condition->postset) {
-      if (!event->is_cut_off()) clause.push_back(event_lit(vars, *event));
-    }
-    vars.formula.add_clause(clause, group);
-  }
-  return cell.lit;
-}
-
-template <net::Process P>
-void encode_causality(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group) {
-  for (const auto& event : process.events) {
-    if (event->is_cut_off()) continue;
-    const sat::Lit lit = event_lit(vars, *event);
+void ConfigurationEncoding<P>::encode_causality() {
+  for (const auto& event : process_.events) {
+    const sat::Lit fired = vars_.event_lit(*event);
+    if (fired == sat::LitFalse) continue;
     for (const auto* condition : event->preset) {
-      vars.formula.add_binary(~lit, produced_lit(vars, *condition, group, +1), group);
+      formula_.add_binary(~fired, vars_.produced_lit(*condition, +1), group_);
     }
   }
 }
 
 template <net::Process P>
-void encode_conflicts(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group) {
-  const auto skip = skippable_conditions(process);
-  sat::Lits consumers;
-  for (const auto& condition : process.conditions) {
+void ConfigurationEncoding<P>::encode_conflicts() {
+  const auto skip = skippable_conditions(process_);
+  for (const auto& condition : process_.conditions) {
     if (skip[*condition]) continue;
-    consumers.clear();
-    for (const auto* event : condition->postset) {
-      if (!event->is_cut_off()) consumers.push_back(event_lit(vars, *event));
-    }
-    vars.formula.add_at_most_one(consumers, group);
+    collect(condition->postset);
+    formula_.add_at_most_one(lits_, group_);
   }
 }
 
 template <net::Process P>
-void encode_no_max_dummies(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group,
-                           const std::function<bool(const typename P::Event&)>& predicate) {
-  std::vector<typename P::Event*> successors;
-  sat::Lits clause;
-  for (const auto& event : process.events) {
-    if (event->is_cut_off() || !predicate(*event)) continue;
-    successors.clear();
+void ConfigurationEncoding<P>::encode_no_max_dummies() requires P::NetType::has_signals {
+  for (const auto& event : process_.events) {
+    if (event->is_cut_off() || !event->transition->signal->is_dummy()) continue;
+    lits_.assign({~vars_.event_lit(*event)});
     for (const auto* condition : event->postset) {
-      successors.insert(successors.end(), condition->postset.begin(), condition->postset.end());
+      for (const Event* next : condition->postset) lits_.push_back(vars_.event_lit(*next));
     }
-    sort_unique(successors);
-    clause.assign({~event_lit(vars, *event)});
-    for (const auto* successor : successors) {
-      if (!successor->is_cut_off()) clause.push_back(event_lit(vars, *successor));
-    }
-    vars.formula.add_clause(clause, group);
+    formula_.add_clause(lits_, group_);
   }
 }
 
-#define INSTANTIATE(P)                                                                            \
-  template sat::Lit event_lit<P>(ConfigurationVars<P>&, const P::Event&);                         \
-  template sat::Lit produced_lit<P>(ConfigurationVars<P>&, const P::Condition&, sat::ClauseGroup, \
-                                    sat::Polarity);                                               \
-  template sat::Lit marked_lit<P>(ConfigurationVars<P>&, const P::Condition&, sat::ClauseGroup,   \
-                                  sat::Polarity);                                                 \
-  template sat::Lit place_lit<P>(ConfigurationVars<P>&, const P::NetType::Place&,                 \
-                                 std::span<const P::Condition* const>, sat::ClauseGroup);         \
-  template void encode_causality<P>(const P&, ConfigurationVars<P>&, sat::ClauseGroup);           \
-  template void encode_conflicts<P>(const P&, ConfigurationVars<P>&, sat::ClauseGroup);           \
-  template void encode_no_max_dummies<P>(const P&, ConfigurationVars<P>&, sat::ClauseGroup,       \
-                                         const std::function<bool(const P::Event&)>&);
+template <net::Process P>
+void ConfigurationEncoding<P>::encode_backward_conflicts() requires P::is_merged {
+  const auto implied = implied_backward_conflicts(process_);
+  for (const auto& condition : process_.conditions) {
+    if (implied[*condition]) continue;
+    collect(condition->preset);
+    formula_.add_at_most_one(lits_, group_);
+  }
+}
+
+template <net::Process P>
+void ConfigurationEncoding<P>::encode_initial_conditions() requires P::is_merged {
+  for (const auto& condition : process_.conditions) {
+    if (!condition->is_initial()) continue;
+    collect(condition->preset);
+    formula_.add_units(lits_, true, group_);
+  }
+}
+
+// Both clauses say the same in a safe net, where a place is left before it is entered again; each
+// spares the solver a search where the other one does not propagate.
+template <net::Process P>
+void ConfigurationEncoding<P>::encode_no_gaps() requires P::is_merged {
+  const auto conditions = conditions_by_depth(process_);
+  for (std::size_t i = 1; i < conditions.size(); ++i) {
+    const auto &earlier = *conditions[i - 1], &later = *conditions[i];
+    if (earlier.place != later.place) continue;
+    if (earlier.occurrence_depth == later.occurrence_depth) {
+      base::print_error(base::format_message("place %s has two conditions at occurrence depth %d",
+                                             later.place->name.c_str(), later.occurrence_depth));
+      return;
+    }
+    assert(earlier.occurrence_depth < later.occurrence_depth);
+    const sat::Lit entered_again = vars_.produced_lit(later, -1);
+    formula_.add_binary(vars_.produced_lit(earlier, +1), ~entered_again, group_);
+    collect(earlier.postset);
+    lits_.push_back(~entered_again);
+    formula_.add_clause(lits_, group_);
+  }
+}
+
+#define INSTANTIATE(P) template class ConfigurationEncoding<P>;
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 

@@ -1,49 +1,54 @@
 // configuration/configuration_encoding.h - clauses whose models are the configurations of a
-// process. Here:      literals of events, conditions and places; causality, conflicts, maximal
-// dummies. Not here:  properties of the final state (reach/deadlock_encoding.h).
+// process. Here:      causality, conflicts, maximal dummies; what merged processes need beyond
+// them. Not here:  literals (configuration/configuration_vars.h), cycles of merged processes
+//            (configuration/acyclicity.h), properties of the final state.
 //
 // A configuration is a set of events, cut-offs excluded, that contains the producers of what it
-// consumes and consumes nothing twice. Cut-off events never get a variable here.
+// consumes and consumes nothing twice. That is all in a prefix [McM-1993]. In a merged process the
+// conditions must also be produced once, and the occurrences of a place be used without gaps: then
+// the sets of mp-events are those into which the configurations of the unfolding merge [KKKV-2006],
+// and their final markings are reachable. Some of them merge from configurations that go on behind
+// a cut-off of the prefix.
 #pragma once
-
-#include <functional>
 
 #include "configuration/configuration_vars.h"
 
 namespace vorel::configuration {
 
-// The literal of a non-cut-off event; a new variable at first use.
+// Says the rules of one configuration, in the group of its literals; each rule is said once.
 template <net::Process P>
-sat::Lit event_lit(ConfigurationVars<P>& vars, const typename P::Event& event);
+class ConfigurationEncoding {
+ public:
+  explicit ConfigurationEncoding(ConfigurationVars<P>& vars)
+      : vars_{vars}, process_{vars.process()}, formula_{vars.formula()}, group_{vars.group()} {}
 
-// True when a non-cut-off producer has fired, or when the condition is there from the start.
-template <net::Process P>
-sat::Lit produced_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
-                      sat::ClauseGroup group, sat::Polarity polarity);
+  // An event needs the producers of its preset.
+  void encode_causality();
+  // A condition is consumed at most once.
+  void encode_conflicts();
+  // A dummy is not maximal: one of its direct successors is in the configuration too.
+  void encode_no_max_dummies() requires P::NetType::has_signals;
 
-// True when the condition is in the final cut.
-template <net::Process P>
-sat::Lit marked_lit(ConfigurationVars<P>& vars, const typename P::Condition& condition,
-                    sat::ClauseGroup group, sat::Polarity polarity);
+  // At most one producer of a condition fires. Redundant in a merged process of a safe net.
+  void encode_backward_conflicts() requires P::is_merged;
+  // Nobody produces what is there from the start. Redundant in a merged process of a safe net,
+  // where no event could.
+  void encode_initial_conditions() requires P::is_merged;
+  // An occurrence of a place is produced only if the one before it is, and has been consumed. Two
+  // conditions of one place and depth are an error.
+  void encode_no_gaps() requires P::is_merged;
 
-// A literal that is true if one of the instances (conditions of the place) is in the final cut; the
-// other direction is not implied.
-template <net::Process P>
-sat::Lit place_lit(ConfigurationVars<P>& vars, const typename P::NetType::Place& place,
-                   std::span<const typename P::Condition* const> instances, sat::ClauseGroup group);
+ private:
+  using Event = typename P::Event;
 
-// An event needs the producers of its preset.
-template <net::Process P>
-void encode_causality(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group);
+  // The literals of the events into the scratch list, which is emptied before.
+  void collect(const base::PtrList<Event>& events);
 
-// A condition is consumed at most once.
-template <net::Process P>
-void encode_conflicts(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group);
-
-// An event for which the predicate holds (a dummy) is not maximal: one of its direct successors
-// is in the configuration too. Cut-off successors do not count, as they are in no configuration.
-template <net::Process P>
-void encode_no_max_dummies(const P& process, ConfigurationVars<P>& vars, sat::ClauseGroup group,
-                           const std::function<bool(const typename P::Event&)>& predicate);
+  ConfigurationVars<P>& vars_;
+  const P& process_;
+  sat::CnfFormula& formula_;
+  const sat::ClauseGroup group_;
+  sat::Lits lits_;  // scratch
+};
 
 }  // namespace vorel::configuration

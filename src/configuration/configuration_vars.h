@@ -1,7 +1,9 @@
 // configuration/configuration_vars.h - the literals of one encoded configuration.
-// Here:      the tables from objects of a process to literals, filled lazily.
+// Here:      the tables from objects of a process to literals, filled lazily; what a literal of an
+//            event or a condition means.
 // Not here:  the clauses that make a model a configuration
-// (configuration/configuration_encoding.h).
+// (configuration/configuration_encoding.h),
+//            the state that it ends in (configuration/state_literals.h).
 #pragma once
 
 #include "base/indexed_by.h"
@@ -12,32 +14,50 @@ namespace vorel::configuration {
 
 // Several of these stand side by side in a search over several configurations; they share the
 // formula. An object that no constraint mentions costs a cell and nothing else. Valid as long as
-// the formula is not reset.
+// the formula is not reset. A cut-off is in no configuration: its literal is LitFalse, so that
+// encoders need not tell cut-offs from other events.
 template <net::Process P>
-struct ConfigurationVars {
+class ConfigurationVars {
+ public:
   using Event = typename P::Event;
   using Condition = typename P::Condition;
   using Place = typename P::NetType::Place;
   using Transition = typename P::NetType::Transition;
 
-  ConfigurationVars(const P& process, sat::CnfFormula& cnf)
-      : formula{cnf},
-        events(process.events.size()),
-        produced(process.conditions.size()),
-        marked(process.conditions.size()),
-        places(process.places.size()),
-        transitions(process.transitions.size()) {}
+  // What is defined goes into the group. Refers to the process and the formula.
+  ConfigurationVars(const P& process, sat::CnfFormula& formula,
+                    sat::ClauseGroup group = sat::PermanentGroup);
 
-  sat::CnfFormula& formula;
+  const P& process() const { return process_; }
+  sat::CnfFormula& formula() const { return formula_; }
+  sat::ClauseGroup group() const { return group_; }
+
+  // The event is in the configuration; a new variable at first use.
+  sat::Lit event_lit(const Event& event);
+  sat::Lit event_lit(base::Id<Event> event) { return event_lit(*process_.events[event.value]); }
+  // The condition is there from the start, or a producer is in the configuration.
+  sat::Lit produced_lit(const Condition& condition, sat::Polarity polarity);
+  // The condition is in the final cut.
+  sat::Lit marked_lit(const Condition& condition, sat::Polarity polarity);
+
+  // What the solver has said: false for an event that was never mentioned.
+  bool is_in_model(const Event& event) const;
+  // The literal of the event if it has one that is a variable, LitUninit otherwise.
+  sat::Lit variable_of(const Event& event) const;
+
   bool no_branch = false;  // given to the variables of events
 
-  base::IndexedBy<Event, sat::LitCell> events;  // the event is in the configuration
-  base::IndexedBy<Event, sat::LitCell>
-      event_aux;  // a second cell for engines that need one; they size it
-  base::IndexedBy<Condition, sat::LitCell> produced;  // the condition has been produced
-  base::IndexedBy<Condition, sat::LitCell> marked;    // the condition is in the final cut
-  base::IndexedBy<Place, sat::LitCell> places;        // the place is marked after the configuration
+  base::IndexedBy<Event, sat::LitCell> event_aux;  // a second cell for engines that size it
+  base::IndexedBy<Place, sat::LitCell> places;     // the place is marked after the configuration
   base::IndexedBy<Transition, sat::LitCell> transitions;  // the transition is enabled after it
+
+ private:
+  const P& process_;
+  sat::CnfFormula& formula_;
+  const sat::ClauseGroup group_;
+  base::IndexedBy<Event, sat::LitCell> events_;
+  base::IndexedBy<Condition, sat::LitCell> produced_, marked_;
+  sat::Lits scratch_;
 };
 
 }  // namespace vorel::configuration

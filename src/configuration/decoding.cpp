@@ -21,13 +21,10 @@ void for_each_successor(const Event& event, const Inside& inside, Function funct
 }  // namespace
 
 template <net::Process P>
-std::vector<const typename P::Event*> decode_events(const P& process,
-                                                    const ConfigurationVars<P>& vars) {
+std::vector<const typename P::Event*> decode_events(const ConfigurationVars<P>& vars) {
   std::vector<const typename P::Event*> events;
-  for (const auto& event : process.events) {
-    if (event->is_cut_off()) continue;
-    const sat::Lit lit = vars.events[*event].lit;
-    if (!lit.is_uninit() && vars.formula.is_true(lit)) events.push_back(event.get());
+  for (const auto& event : vars.process().events) {
+    if (vars.is_in_model(*event)) events.push_back(event.get());
   }
   return events;
 }
@@ -77,11 +74,11 @@ std::vector<const typename P::Condition*> final_cut(
   return cut;
 }
 
-#define INSTANTIATE(P)                                                                           \
-  template std::vector<const P::Event*> decode_events<P>(const P&, const ConfigurationVars<P>&); \
-  template std::vector<const P::Event*> firing_sequence<P>(const P&,                             \
-                                                           std::span<const P::Event* const>);    \
-  template std::vector<const P::Condition*> final_cut<P>(const P&,                               \
+#define INSTANTIATE(P)                                                                        \
+  template std::vector<const P::Event*> decode_events<P>(const ConfigurationVars<P>&);        \
+  template std::vector<const P::Event*> firing_sequence<P>(const P&,                          \
+                                                           std::span<const P::Event* const>); \
+  template std::vector<const P::Condition*> final_cut<P>(const P&,                            \
                                                          std::span<const P::Event* const>);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE

@@ -13,8 +13,7 @@ namespace vorel::configuration {
 
 // The events of the configuration, in the order of the list of events. After a solve with a model.
 template <net::Process P>
-std::vector<const typename P::Event*> decode_events(const P& process,
-                                                    const ConfigurationVars<P>& vars);
+std::vector<const typename P::Event*> decode_events(const ConfigurationVars<P>& vars);
 
 // The same events in an order in which they can fire: topological, first come first served among
 // those that are ready, so the same events always give the same sequence. Events on a causal cycle
@@ -34,6 +33,12 @@ results::Trace trace_of(std::span<const Event* const> events) {
   trace.reserve(events.size());
   for (const Event* event : events) trace.push_back({event->index, &event->transition->name});
   return trace;
+}
+
+// A trace of the configuration.
+template <net::Process P>
+results::Trace trace_to(const P& process, std::span<const typename P::Event* const> configuration) {
+  return trace_of<typename P::Event>(firing_sequence<P>(process, configuration));
 }
 
 template <net::Process P>

@@ -8,13 +8,14 @@ namespace vorel::configuration {
 namespace {
 
 using Event = net::StgPrefix::Event;
+using Membership = base::IndexedBy<Event, bool>;
 
 bool is_dummy(const Event& event) { return event.transition->signal->is_dummy(); }
 
-bool has_successor_in(const Event& event, const std::vector<bool>& inside) {
+bool has_successor_in(const Event& event, const Membership& inside) {
   return std::ranges::any_of(event.postset, [&inside](const auto* condition) {
     return std::ranges::any_of(condition->postset,
-                               [&inside](const Event* next) { return inside[next->index]; });
+                               [&inside](const Event* next) { return inside[*next]; });
   });
 }
 
@@ -23,7 +24,7 @@ bool has_successor_in(const Event& event, const std::vector<bool>& inside) {
 EventSet event_set(std::span<const Event* const> events) {
   EventSet set;
   set.reserve(events.size());
-  for (const Event* event : events) set.push_back(event->index);
+  for (const Event* event : events) set.push_back(base::id_of(*event));
   std::ranges::sort(set);
   return set;
 }
@@ -31,13 +32,13 @@ EventSet event_set(std::span<const Event* const> events) {
 std::vector<const Event*> events_of(const net::StgPrefix& prefix, const EventSet& set) {
   std::vector<const Event*> events;
   events.reserve(set.size());
-  for (const std::uint32_t number : set) events.push_back(prefix.events[number].get());
+  for (const StgEventId id : set) events.push_back(&base::element(prefix.events, id));
   return events;
 }
 
-std::vector<bool> membership(const net::StgPrefix& prefix, const EventSet& set) {
-  std::vector<bool> inside(prefix.events.size());
-  for (const std::uint32_t number : set) inside[number] = true;
+base::IndexedBy<Event, bool> membership(const net::StgPrefix& prefix, const EventSet& set) {
+  Membership inside(prefix.events.size());
+  for (const StgEventId id : set) inside[id] = true;
   return inside;
 }
 
@@ -65,37 +66,39 @@ EventSet symmetric_difference(const EventSet& a, const EventSet& b) {
 
 bool is_causally_closed(const net::StgPrefix& prefix, const EventSet& set) {
   assert(std::ranges::is_sorted(set));
-  return std::ranges::all_of(set, [&](std::uint32_t number) {
-    return std::ranges::all_of(prefix.events[number]->preset, [&set](const auto* condition) {
-      return condition->is_initial() ||
-             std::ranges::binary_search(set, condition->pre_event->index);
-    });
+  return std::ranges::all_of(set, [&](StgEventId id) {
+    return std::ranges::all_of(
+        base::element(prefix.events, id).preset, [&set](const auto* condition) {
+          return condition->is_initial() ||
+                 std::ranges::binary_search(set, base::id_of(*condition->pre_event));
+        });
   });
 }
 
 bool has_only_dummies(const net::StgPrefix& prefix, const EventSet& set) {
   return std::ranges::all_of(
-      set, [&prefix](std::uint32_t number) { return is_dummy(*prefix.events[number]); });
+      set, [&prefix](StgEventId id) { return is_dummy(base::element(prefix.events, id)); });
 }
 
 EventSet without_maximal_dummies(const net::StgPrefix& prefix, const EventSet& configuration) {
-  std::vector<bool> inside = membership(prefix, configuration);
+  Membership inside = membership(prefix, configuration);
   std::vector<const Event*> open;
-  for (const std::uint32_t number : configuration) {
-    if (is_dummy(*prefix.events[number])) open.push_back(prefix.events[number].get());
+  for (const StgEventId id : configuration) {
+    if (is_dummy(base::element(prefix.events, id)))
+      open.push_back(&base::element(prefix.events, id));
   }
   while (!open.empty()) {
     const Event& event = *open.back();
     open.pop_back();
-    if (!inside[event.index] || !is_dummy(event) || has_successor_in(event, inside)) continue;
-    inside[event.index] = false;
+    if (!inside[event] || !is_dummy(event) || has_successor_in(event, inside)) continue;
+    inside[event] = false;
     for (const auto* condition : event.preset) {  // dummies that this one has kept
       if (!condition->is_initial()) open.push_back(condition->pre_event);
     }
   }
   EventSet rest;
   std::ranges::copy_if(configuration, std::back_inserter(rest),
-                       [&inside](std::uint32_t number) { return inside[number]; });
+                       [&inside](StgEventId id) { return inside[id]; });
   return rest;
 }
 

@@ -3,21 +3,23 @@
 // Not here:  the state that a configuration ends in (configuration/final_state.h).
 #pragma once
 
-#include <cstdint>
 #include <span>
 #include <vector>
 
+#include "base/indexed_by.h"
 #include "net/process.h"
 
 namespace vorel::configuration {
 
-using EventSet = std::vector<std::uint32_t>;  // event numbers, ascending, each once
+using StgEventId = base::Id<net::StgPrefix::Event>;
+using EventSet = std::vector<StgEventId>;  // ascending, each once
 
 EventSet event_set(std::span<const net::StgPrefix::Event* const> events);
 std::vector<const net::StgPrefix::Event*> events_of(const net::StgPrefix& prefix,
                                                     const EventSet& set);
 // A flag per event of the prefix.
-std::vector<bool> membership(const net::StgPrefix& prefix, const EventSet& set);
+base::IndexedBy<net::StgPrefix::Event, bool> membership(const net::StgPrefix& prefix,
+                                                        const EventSet& set);
 
 bool includes(const EventSet& large, const EventSet& small);
 EventSet set_difference(const EventSet& a, const EventSet& b);

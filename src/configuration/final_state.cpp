@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <string>
 
 #include "base/messages.h"
 #include "configuration/decoding.h"
@@ -9,32 +10,17 @@
 namespace vorel::configuration {
 namespace {
 
-using Event = net::StgPrefix::Event;
-
-// Whether the event can fire after the configuration, perhaps after dummies: whatever it still
-// waits for is a dummy, and nothing that it or they consume is gone.
-bool can_fire(const Event& event, const std::vector<bool>& inside) {
-  if (inside[event.index]) return false;
-  std::vector<const Event*> missing{&event};
-  for (std::size_t next = 0; next < missing.size(); ++next) {
-    for (const auto* condition : missing[next]->preset) {
-      const bool is_consumed = std::ranges::any_of(
-          condition->postset, [&inside](const Event* rival) { return inside[rival->index]; });
-      if (is_consumed) return false;
-      if (condition->is_initial() || inside[condition->pre_event->index]) continue;
-      const Event& producer = *condition->pre_event;
-      if (!producer.transition->signal->is_dummy() || producer.is_cut_off()) return false;
-      if (std::ranges::find(missing, &producer) == missing.end()) missing.push_back(&producer);
-    }
-  }
-  return true;
+template <class Event>
+bool is_dummy(const Event& event) {
+  return event.transition->signal->is_dummy();
 }
 
-std::string unsafe_message(const net::StgPrefix& prefix, const net::StgPlace& place,
-                           std::span<const Event* const> events) {
+template <net::Process P>
+std::string unsafe_message(const P& process, const typename P::NetType::Place& place,
+                           std::span<const typename P::Event* const> events) {
   std::string text = "the net is not safe, place " + place.name + "; trace:\n";
   std::string_view separator;
-  for (const Event* event : firing_sequence<net::StgPrefix>(prefix, events)) {
+  for (const auto* event : firing_sequence<P>(process, events)) {
     text += separator;
     text += event->transition->name;
     separator = ", ";
@@ -44,67 +30,157 @@ std::string unsafe_message(const net::StgPrefix& prefix, const net::StgPlace& pl
 
 }  // namespace
 
-SignalEvents::SignalEvents(const net::StgPrefix& prefix) : first_(prefix.signals.size() + 1) {
-  const auto is_visible = [](const auto& event) { return !event->transition->signal->is_dummy(); };
-  for (const auto& event : prefix.events) {
-    if (is_visible(event)) ++first_[event->transition->signal->index + 1];
-  }
-  for (std::size_t i = 1; i < first_.size(); ++i) first_[i] += first_[i - 1];
-  events_.resize(first_.back());
-  std::vector<std::uint32_t> next(first_.begin(), first_.end() - 1);
-  for (const auto& event : prefix.events) {
-    if (is_visible(event)) events_[next[event->transition->signal->index]++] = event.get();
-  }
+template <net::Process P>
+FinalState<P>::FinalState(const StateStructure<P>& structure, std::span<const Event* const> events,
+                          Enabledness enabledness)
+    : structure_{structure}, enabledness_{enabledness}, has_fired_(process().events.size()) {
+  for (const Event* event : events) has_fired_[*event] = true;
 }
 
-std::span<const Event* const> SignalEvents::of(std::uint32_t signal) const {
-  assert(signal + 1 < first_.size());
-  return std::span(events_).subspan(first_[signal], first_[signal + 1] - first_[signal]);
+template <net::Process P>
+FinalState<P>::FinalState(const StateStructure<P>& structure, const EventSet& configuration,
+                          Enabledness enabledness) requires std::is_same_v<P, net::StgPrefix>
+    : structure_{structure},
+      enabledness_{enabledness},
+      has_fired_(membership(process(), configuration)) {}
+
+template <net::Process P>
+bool FinalState<P>::is_consumed(const Condition& condition) const {
+  return std::ranges::any_of(condition.postset,
+                             [this](const Event* event) { return has_fired_[*event]; });
 }
 
-std::vector<bool> FinalStates::code(const EventSet& configuration) const {
-  std::vector<bool> values(prefix_.internals_end);
-  for (std::uint32_t i = 0; i < prefix_.internals_end; ++i) {
-    values[i] = prefix_.signals[i]->initial_value == 1;
+template <net::Process P>
+bool FinalState<P>::is_produced(const Condition& condition) const {
+  return condition.is_initial() ||
+         std::ranges::any_of(condition.producers(),
+                             [this](const Event* event) { return has_fired_[*event]; });
+}
+
+template <net::Process P>
+bool FinalState<P>::is_marked(const Condition& condition) const {
+  return is_produced(condition) && !is_consumed(condition);
+}
+
+template <net::Process P>
+bool FinalState<P>::is_marked(const Place& place) const {
+  return std::ranges::any_of(structure_.instances().conditions_of(base::id_of(place)),
+                             [this](const auto* condition) { return is_marked(*condition); });
+}
+
+template <net::Process P>
+bool FinalState<P>::is_enabled(const Event& event) const {
+  if (enabledness_ == Enabledness::via_dummies) return is_enabled_after_dummies(event);
+  return std::ranges::all_of(event.preset,
+                             [this](const auto* condition) { return is_marked(*condition); });
+}
+
+// Whatever the event still waits for is a dummy, and nothing that it or they consume is gone. In a
+// prefix nothing else is needed: causes of one event are never in conflict.
+template <net::Process P>
+bool FinalState<P>::is_enabled_after_dummies(const Event& target) const {
+  if constexpr (std::is_same_v<P, net::StgPrefix>) {
+    if (has_fired_[target]) return false;
+    std::vector<const Event*> missing{&target};
+    for (std::size_t next = 0; next < missing.size(); ++next) {
+      for (const Condition* condition : missing[next]->preset) {
+        if (is_consumed(*condition)) return false;
+        if (is_produced(*condition)) continue;
+        const Event& producer = *condition->pre_event;
+        if (!is_dummy(producer) || producer.is_cut_off()) return false;
+        if (std::ranges::find(missing, &producer) == missing.end()) missing.push_back(&producer);
+      }
+    }
   }
-  for (const std::uint32_t number : configuration) {
-    const net::Signal& signal = *prefix_.events[number]->transition->signal;
-    if (!signal.is_dummy()) values[signal.index].flip();
+  return true;
+}
+
+template <net::Process P>
+bool FinalState<P>::is_enabled(const Transition& transition) const {
+  const auto events = structure_.instances().events_of(base::id_of(transition));
+  if constexpr (P::is_merged) {
+    // A configuration may go on behind a cut-off, where what is enabled has no event.
+    return !events.empty() && std::ranges::all_of(transition.preset, [this](const auto* place) {
+      return is_marked(*place);
+    });
+  }
+  return std::ranges::any_of(events, [this](const Event* event) { return is_enabled(*event); });
+}
+
+template <net::Process P>
+bool FinalState<P>::is_excited(net::SignalId signal) const requires P::NetType::has_signals {
+  if constexpr (P::is_merged) {
+    return std::ranges::any_of(
+        structure_.instances().transitions_of(signal),
+        [this](const Transition* transition) { return is_enabled(*transition); });
+  }
+  return std::ranges::any_of(structure_.instances().events_of(signal),
+                             [this](const Event* event) { return is_enabled(*event); });
+}
+
+template <net::Process P>
+bool FinalState<P>::value(net::SignalId signal) const requires P::NetType::has_signals {
+  const auto edges =
+      std::ranges::count_if(structure_.instances().events_of(signal),
+                            [this](const Event* event) { return has_fired_[*event]; });
+  return (base::element(process().signals, signal).initial_value == 1) != (edges % 2 != 0);
+}
+
+template <net::Process P>
+bool FinalState<P>::next_value(net::SignalId signal) const requires P::NetType::has_signals {
+  return value(signal) != is_excited(signal);
+}
+
+template <net::Process P>
+base::IndexedBy<net::Signal, bool> FinalState<P>::code() const requires P::NetType::has_signals {
+  base::IndexedBy<net::Signal, bool> values(process().internals_end);
+  for (const net::SignalId signal : process().visible_signals()) {
+    values[signal] = base::element(process().signals, signal).initial_value == 1;
+  }
+  for (const auto& event : process().events) {
+    if (has_fired_[*event] && !is_dummy(*event)) {
+      const net::SignalId signal = base::id_of(*event->transition->signal);
+      values[signal] = !values[signal];
+    }
   }
   return values;
 }
 
-bool FinalStates::is_excited(std::uint32_t signal, const std::vector<bool>& inside) const {
-  return std::ranges::any_of(events_.of(signal),
-                             [&inside](const Event* event) { return can_fire(*event, inside); });
-}
-
-std::vector<std::uint32_t> FinalStates::excited_signals(const EventSet& configuration) const {
-  const std::vector<bool> inside = membership(prefix_, configuration);
-  std::vector<std::uint32_t> signals;
-  for (std::uint32_t signal = prefix_.inputs_end; signal < prefix_.internals_end; ++signal) {
-    if (is_excited(signal, inside)) signals.push_back(signal);
+template <net::Process P>
+std::vector<net::SignalId> FinalState<P>::excited_signals() const requires P::NetType::has_signals {
+  std::vector<net::SignalId> signals;
+  for (const net::SignalId signal : process().driven_signals()) {
+    if (is_excited(signal)) signals.push_back(signal);
   }
   return signals;
 }
 
-bool FinalStates::next_value(std::uint32_t signal, const EventSet& configuration) const {
-  assert(signal < prefix_.internals_end);
-  return code(configuration)[signal] != is_excited(signal, membership(prefix_, configuration));
+template <net::Process P>
+std::vector<const typename P::Event*> FinalState<P>::fired_events() const {
+  std::vector<const Event*> events;
+  for (const auto& event : process().events) {
+    if (has_fired_[*event]) events.push_back(event.get());
+  }
+  return events;
 }
 
-std::optional<std::vector<std::uint32_t>> FinalStates::marking(
-    const EventSet& configuration) const {
-  const auto events = events_of(prefix_, configuration);
-  std::vector<std::uint32_t> places;
-  for (const auto* condition : final_cut<net::StgPrefix>(prefix_, events)) {
-    places.push_back(condition->place->index);
+template <net::Process P>
+std::optional<std::vector<base::Id<typename P::NetType::Place>>> FinalState<P>::marking() const {
+  const auto events = fired_events();
+  std::vector<base::Id<Place>> places;
+  for (const auto* condition : final_cut<P>(process(), events)) {
+    places.push_back(base::id_of(*condition->place));
   }
   std::ranges::sort(places);
   const auto repeated = std::ranges::adjacent_find(places);
   if (repeated == places.end()) return places;
-  base::print_error(unsafe_message(prefix_, *prefix_.places[*repeated], events));
+  base::print_error(
+      unsafe_message<P>(process(), base::element(process().places, *repeated), events));
   return std::nullopt;
 }
+
+#define INSTANTIATE(P) template class FinalState<P>;
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
+#undef INSTANTIATE
 
 }  // namespace vorel::configuration

@@ -1,47 +1,66 @@
 // configuration/final_state.h - the state that a configuration ends in, worked out by looking at
-// it. Here:      its code, which signals are excited in it, its marking; no clauses. Not here:  the
-// same as literals (configuration/state_literals.h), which is checked against this.
+// it. Here:      what is marked, enabled and excited, the code; no clauses. Not here:  the same as
+// literals (configuration/state_literals.h), which is checked against this.
 //
-// A signal is excited when one of its events can fire, perhaps after dummies. Dummies that lie at
-// the end of a configuration are best left out of it: what is excited after them is excited before.
+// A signal is excited when one of its events can fire. Dummies that lie at the end of a
+// configuration are best left out of it where what is enabled after dummies counts: what is excited
+// after them is excited before.
 #pragma once
 
 #include <optional>
+#include <vector>
 
-#include "configuration/event_set.h"
+#include "configuration/state_structure.h"
 
 namespace vorel::configuration {
 
-// The events of each signal that is not a dummy, cut-offs included, as one flat list.
-class SignalEvents {
+// Of one configuration, whose events must not change while this lives; nor must the structure,
+// which is referred to. Nothing is computed before it is asked for.
+template <net::Process P>
+class FinalState {
  public:
-  explicit SignalEvents(const net::StgPrefix& prefix);
-  std::span<const net::StgPrefix::Event* const> of(std::uint32_t signal) const;
+  using Event = typename P::Event;
+  using Condition = typename P::Condition;
+  using Place = typename P::NetType::Place;
+  using Transition = typename P::NetType::Transition;
 
- private:
-  std::vector<std::uint32_t> first_;  // by signal number, one more at the end
-  std::vector<const net::StgPrefix::Event*> events_;
-};
+  FinalState(const StateStructure<P>& structure, std::span<const Event* const> events,
+             Enabledness enabledness);
+  FinalState(const StateStructure<P>& structure, const EventSet& configuration,
+             Enabledness enabledness =
+                 Enabledness::via_dummies) requires std::is_same_v<P, net::StgPrefix>;
 
-class FinalStates {
- public:
-  // Both must outlive it.
-  FinalStates(const net::StgPrefix& prefix, const SignalEvents& events)
-      : prefix_{prefix}, events_{events} {}
+  const P& process() const { return structure_.process(); }
 
+  bool has_fired(const Event& event) const { return has_fired_[event]; }
+  bool is_marked(const Condition& condition) const;
+  bool is_marked(const Place& place) const;
+  bool is_enabled(const Event& event) const;
+  // One without events never is.
+  bool is_enabled(const Transition& transition) const;
+
+  // Whether an edge of the signal, or an event of the dummy, can fire.
+  bool is_excited(net::SignalId signal) const requires P::NetType::has_signals;
+  // The value of a signal that is not a dummy; that which it has or is about to take.
+  bool value(net::SignalId signal) const requires P::NetType::has_signals;
+  bool next_value(net::SignalId signal) const requires P::NetType::has_signals;
   // The values of the signals that are not dummies, by number.
-  std::vector<bool> code(const EventSet& configuration) const;
+  base::IndexedBy<net::Signal, bool> code() const requires P::NetType::has_signals;
   // The excited outputs and internal signals, ascending.
-  std::vector<std::uint32_t> excited_signals(const EventSet& configuration) const;
-  bool is_excited(std::uint32_t signal, const std::vector<bool>& inside) const;
-  // The value that the signal has or is about to take.
-  bool next_value(std::uint32_t signal, const EventSet& configuration) const;
+  std::vector<net::SignalId> excited_signals() const requires P::NetType::has_signals;
+
   // The numbers of the marked places, ascending; nullopt after the error "the net is not safe".
-  std::optional<std::vector<std::uint32_t>> marking(const EventSet& configuration) const;
+  std::optional<std::vector<base::Id<Place>>> marking() const;
 
  private:
-  const net::StgPrefix& prefix_;
-  const SignalEvents& events_;
+  bool is_consumed(const Condition& condition) const;
+  bool is_produced(const Condition& condition) const;
+  bool is_enabled_after_dummies(const Event& target) const;
+  std::vector<const Event*> fired_events() const;
+
+  const StateStructure<P>& structure_;
+  const Enabledness enabledness_;
+  base::IndexedBy<Event, bool> has_fired_;
 };
 
 }  // namespace vorel::configuration

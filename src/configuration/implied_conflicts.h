@@ -1,7 +1,6 @@
 // configuration/implied_conflicts.h - which conflicts between events go without saying.
 // Here:      conditions whose at-most-one constraint is implied by that of another condition.
-// Not here:  the constraints (configuration/configuration_encoding.h,
-// configuration/merged_encoding.h).
+// Not here:  the constraints (configuration/configuration_encoding.h).
 #pragma once
 
 #include "base/indexed_by.h"

@@ -1,13 +1,10 @@
-// configuration/state_formula.h - a SAT instance over one or two reachable states of a prefix.
-// Here:      the encoded configurations, what is known of a signal in the current model.
-// Not here:  the constraints that a derivation adds, in groups of its own.
+// configuration/state_formula.h - a SAT instance over the reachable states of a prefix that serves
+// many questions in turn.
+// Here:      the encoded states, where a signal stands in one of them, as clauses and in a model.
+// Not here:  the constraints that a question adds, in groups of its own.
 #pragma once
 
-#include <memory>
-#include <vector>
-
-#include "base/params.h"
-#include "configuration/state_literals.h"
+#include "configuration/search_instance.h"
 
 namespace vorel::configuration {
 
@@ -29,26 +26,24 @@ constexpr bool next_value(Region region) {
 // Encoded once; all later constraints are retractable, so that one instance serves all signals.
 class StateFormula {
  public:
-  // Keeps references to the structure and its prefix.
-  StateFormula(const StateStructure& structure, const base::Params& params, std::size_t states);
+  // Keeps a reference to the structure.
+  StateFormula(const StateStructure<net::StgPrefix>& structure, const EncodingOptions& options,
+               std::size_t states);
 
-  sat::CnfFormula& formula() { return formula_; }
-  const sat::CnfFormula& formula() const { return formula_; }
-  StateLiterals& state(std::size_t i) { return *literals_[i]; }
-  const net::StgPrefix& prefix() const { return structure_.prefix(); }
+  sat::CnfFormula& formula() { return instance_.formula(); }
+  const sat::CnfFormula& formula() const { return instance_.formula(); }
+  StateLiterals<net::StgPrefix>& state(std::size_t i) { return instance_.state(i); }
+  const net::StgPrefix& prefix() const { return instance_.process(); }
 
   // Clauses: the signal is excited and about to take the value; it is not.
-  void add_excited(std::size_t state, std::uint32_t signal, bool value, sat::ClauseGroup group);
-  void add_not_excited(std::size_t state, std::uint32_t signal, bool value, sat::ClauseGroup group);
+  void add_excited(std::size_t state, net::SignalId signal, bool value, sat::ClauseGroup group);
+  void add_not_excited(std::size_t state, net::SignalId signal, bool value, sat::ClauseGroup group);
 
   // In the current model; the literals have been asked for before the solve.
-  Region region(std::size_t state, std::uint32_t signal);
+  Region region(std::size_t state, net::SignalId signal);
 
  private:
-  const StateStructure& structure_;
-  sat::CnfFormula formula_;
-  std::vector<std::unique_ptr<ConfigurationVars<net::StgPrefix>>> configurations_;
-  std::vector<std::unique_ptr<StateLiterals>> literals_;
+  SearchInstance<net::StgPrefix> instance_;
 };
 
 }  // namespace vorel::configuration

@@ -1,181 +1,186 @@
+// A state is what the token game leaves behind, and every atom that a question needs of it is a
+// function of the events that have fired [KKY-2004]: a place is marked if one of its conditions is
+// in the final cut, a signal has changed as often as its events are in the configuration. In an STG
+// whose dummies count for nothing, what is enabled after dummies alone is enabled; that takes no
+// state but the one at hand, as the causes of one event are never in conflict.
 #include "configuration/state_literals.h"
 
 #include <algorithm>
 #include <cassert>
 
-#include "net/causality.h"
-#include "net/edge_history.h"
-
 namespace vorel::configuration {
 namespace {
 
-constexpr std::size_t max_listed = 32;
-
-// Its rivals are not listed: it has many, and is not produced by a dummy that may still fire.
-bool is_contested(const net::StgPrefix::Condition& condition) {
-  return condition.postset.size() > max_listed &&
-         (condition.is_initial() || !condition.pre_event->transition->signal->is_dummy());
-}
-
-void sort_unique(EventSet& set) {
-  std::ranges::sort(set);
-  const auto repeated = std::ranges::unique(set);
-  set.erase(repeated.begin(), repeated.end());
+template <net::Process P>
+std::size_t signal_count(const P& process) {
+  if constexpr (P::NetType::has_signals) return process.signals.size();
+  return 0;
 }
 
 }  // namespace
 
-StateStructure::StateStructure(const net::StgPrefix& prefix)
-    : prefix_{prefix},
-      signal_events_(prefix),
-      edges_before_(prefix.events.size()),
-      has_ordered_edges_(prefix.signals.size(), true) {
-  for (const auto& event : prefix.events) {
-    const net::StgTransition& transition = *event->transition;
-    if (transition.sign == net::Sign::toggle) has_ordered_edges_[transition.signal->index] = false;
-  }
-  count_edges();
-}
-
-void StateStructure::count_edges() {
-  const auto order = net::topological_order(prefix_);
-  net::EdgeHistory history(prefix_, order);
-  while (history.visit_next_block()) continue;
-  for (const Event* event : order) {
-    if (!event->transition->signal->is_dummy())
-      edges_before_[*event] = history.edges_before(*event);
-  }
-}
-
-bool StateStructure::has_only_ordered_edges() const {
-  std::vector<std::uint32_t> numbers;
-  for (std::uint32_t signal = 0; signal < prefix_.internals_end; ++signal) {
-    numbers.clear();
-    for (const Event* event : signal_events_.of(signal)) numbers.push_back(edges_before_[*event]);
-    std::ranges::sort(numbers);
-    if (std::ranges::adjacent_find(numbers) != numbers.end()) return false;
-  }
-  return true;
-}
-
-// Walks backwards from the event through the dummies that it may wait for. The dummies are left
-// free: those that are not in the configuration can fire too.
-StateStructure::Condition StateStructure::firing_condition(const Event& event) const {
-  Condition result;
-  if (!event.is_cut_off()) result.excluding.push_back(event.index);
-  std::vector<const Event*> waited_for{&event};
-  for (std::size_t i = 0; i < waited_for.size(); ++i) {
-    const Event& current = *waited_for[i];
-    for (const auto* condition : current.preset) {
-      if (&current == &event && is_contested(*condition)) {
-        result.marked.push_back(condition);
-        continue;
-      }
-      for (const Event* rival : condition->postset) {
-        if (rival != &current && !rival->is_cut_off()) result.excluding.push_back(rival->index);
-      }
-      if (condition->is_initial()) continue;
-      const Event& producer = *condition->pre_event;
-      if (producer.is_cut_off()) result.possible = false;
-      if (!producer.transition->signal->is_dummy()) {
-        result.needed.push_back(producer.index);
-      } else if (std::ranges::find(waited_for, &producer) == waited_for.end()) {
-        waited_for.push_back(&producer);
-      }
-    }
-  }
-  sort_unique(result.needed);
-  sort_unique(result.excluding);
-  return result;
-}
-
-StateLiterals::StateLiterals(const StateStructure& structure,
-                             ConfigurationVars<net::StgPrefix>& vars)
+template <net::Process P>
+StateLiterals<P>::StateLiterals(const StateStructure<P>& structure, ConfigurationVars<P>& vars,
+                                Enabledness enabledness)
     : structure_{structure},
       vars_{vars},
-      code_(structure.prefix().internals_end),
-      excited_(code_.size()),
-      next_(code_.size()) {}
-
-sat::Lit StateLiterals::event(std::uint32_t number) {
-  return event_lit(vars_, *structure_.prefix().events[number]);
+      enabledness_{enabledness},
+      code_(signal_count(structure.process())),
+      next_(code_.size()),
+      excited_(code_.size()) {
+  assert(&structure.process() == &vars.process());
+  assert((std::is_same_v<P, net::StgPrefix>) || enabledness == Enabledness::direct);
 }
 
-sat::Lit StateLiterals::code(std::uint32_t signal) {
+template <net::Process P>
+sat::Lit StateLiterals<P>::marked(const Place& place, sat::Polarity polarity) {
+  sat::LitCell& cell = vars_.places[place];
+  if (cell.serves(polarity)) return cell.lit;
+  sat::Lits lits;
+  for (const auto* condition : structure_.instances().conditions_of(base::id_of(place))) {
+    lits.push_back(vars_.marked_lit(*condition, polarity));
+  }
+  return formula().define_gate(cell, sat::GateOr, lits, vars_.group(), polarity);
+}
+
+template <net::Process P>
+sat::Lit StateLiterals<P>::marked_at_least(const Place& place) {
+  sat::LitCell& cell = vars_.places[place];
+  if (cell.serves(-1)) return cell.lit;
+  assert(cell.lit.is_uninit());
+  cell = {sat::Lit(formula().new_var(false), false), -1};
+  sat::Lits clause;
+  for (const auto* condition : structure_.instances().conditions_of(base::id_of(place))) {
+    clause.assign({cell.lit, ~vars_.produced_lit(*condition, -1)});
+    for (const auto* event : condition->postset) clause.push_back(vars_.event_lit(*event));
+    formula().add_clause(clause, vars_.group());
+  }
+  return cell.lit;
+}
+
+template <net::Process P>
+sat::Lits StateLiterals<P>::lits_before_firing(const Event& event, sat::Polarity polarity) {
+  sat::Lits lits;
+  if constexpr (std::is_same_v<P, net::StgPrefix>) {
+    if (enabledness_ == Enabledness::via_dummies) {
+      const auto condition = structure_.firing_condition(event);
+      for (const auto* needed : condition.needed) lits.push_back(vars_.event_lit(*needed));
+      for (const auto* excluded : condition.excluded) lits.push_back(~vars_.event_lit(*excluded));
+      for (const auto* contested : condition.marked) {
+        lits.push_back(vars_.marked_lit(*contested, polarity));
+      }
+      return lits;
+    }
+  }
+  for (const auto* condition : event.preset) lits.push_back(vars_.marked_lit(*condition, polarity));
+  return lits;
+}
+
+template <net::Process P>
+sat::Lit StateLiterals<P>::enabled(const Event& event, sat::Polarity polarity) {
+  if (enabled_.size() == 0) {
+    enabled_ = base::IndexedBy<Event, sat::LitCell>(process().events.size());
+  }
+  sat::LitCell& cell = enabled_[event];
+  if (cell.serves(polarity)) return cell.lit;
+  const sat::Lits lits = lits_before_firing(event, polarity);
+  return formula().define_gate(cell, sat::GateAnd, lits, vars_.group(), polarity);
+}
+
+// A configuration of a merged process may go on behind a cut-off, where what is enabled has no
+// event: there the marking decides.
+template <net::Process P>
+sat::Lit StateLiterals<P>::enabled(const Transition& transition, sat::Polarity polarity) {
+  sat::LitCell& cell = vars_.transitions[transition];
+  if (cell.serves(polarity)) return cell.lit;
+  const auto events = structure_.instances().events_of(base::id_of(transition));
+  if (events.empty()) return cell.lit = sat::LitFalse;
+  sat::Lits lits;
+  if constexpr (P::is_merged) {
+    for (const auto* place : transition.preset) lits.push_back(marked(*place, polarity));
+    return formula().define_gate(cell, sat::GateAnd, lits, vars_.group(), polarity);
+  }
+  for (const Event* event : events) lits.push_back(enabled(*event, polarity));
+  return formula().define_gate(cell, sat::GateOr, lits, vars_.group(), polarity);
+}
+
+template <net::Process P>
+sat::Lit StateLiterals<P>::code(net::SignalId signal) requires P::NetType::has_signals {
   sat::Lit& lit = code_[signal];
   if (lit.is_uninit()) {
-    lit = parity(signal) ^ (structure_.prefix().signals[signal]->initial_value == 1);
+    const bool is_high = base::element(process().signals, signal).initial_value == 1;
+    lit = parity(signal) ^ is_high;
   }
   return lit;
 }
 
-sat::Lit StateLiterals::parity(std::uint32_t signal) {
-  if (structure_.has_ordered_edges(signal)) return parity_of_ordered_edges(signal);
-  sat::Lits edges;
-  for (const auto* event : structure_.signal_events().of(signal)) {
-    if (!event->is_cut_off()) edges.push_back(event_lit(vars_, *event));
+template <net::Process P>
+sat::Lit StateLiterals<P>::parity(net::SignalId signal) requires P::NetType::has_signals {
+  if constexpr (!P::is_merged) {
+    if (structure_.has_ordered_edges(signal)) return parity_of_ordered_edges(signal);
   }
-  return vars_.formula.make_gate(sat::Gate(sat::GateXor, edges), sat::PermanentGroup);
+  sat::Lits edges;
+  for (const Event* event : structure_.instances().events_of(signal)) {
+    edges.push_back(vars_.event_lit(*event));
+  }
+  return formula().make_gate(sat::Gate(sat::GateXor, edges), vars_.group());
 }
 
 // Of the first edges of a signal at most one is in a configuration, of the second ones at most one,
 // and so on; each only after one of those before. Conjunctions over them propagate better than a
 // sum modulo 2.
-sat::Lit StateLiterals::parity_of_ordered_edges(std::uint32_t signal) {
+template <net::Process P>
+sat::Lit StateLiterals<P>::parity_of_ordered_edges(
+    net::SignalId signal) requires std::is_same_v<P, net::StgPrefix> {
   std::vector<sat::Lits> levels;
-  for (const auto* event : structure_.signal_events().of(signal)) {
-    if (event->is_cut_off()) continue;
+  for (const Event* event : structure_.instances().events_of(signal)) {
+    const sat::Lit fired = vars_.event_lit(*event);
+    if (fired == sat::LitFalse) continue;
     const std::uint32_t level = structure_.edges_before()[*event];
+    assert(level < process().events.size());
     if (levels.size() <= level) levels.resize(level + 1);
-    levels[level].push_back(event_lit(vars_, *event));
+    levels[level].push_back(fired);
   }
-  sat::CnfFormula& formula = vars_.formula;
   sat::Lit odd = sat::LitFalse;
   while (!levels.empty()) {
     const sat::Lit reached =
-        formula.make_gate(sat::Gate(sat::GateOr, levels.back()), sat::PermanentGroup);
-    odd = formula.make_gate(sat::Gate(sat::GateAnd, {reached, ~odd}), sat::PermanentGroup);
+        formula().make_gate(sat::Gate(sat::GateOr, levels.back()), vars_.group());
+    odd = formula().make_gate(sat::Gate(sat::GateAnd, {reached, ~odd}), vars_.group());
     levels.pop_back();
   }
   return odd;
 }
 
-sat::Lit StateLiterals::can_fire(const net::StgPrefix::Event& fired) {
-  const auto condition = structure_.firing_condition(fired);
-  if (!condition.possible) return sat::LitFalse;
+template <net::Process P>
+sat::Lit StateLiterals<P>::excited(net::SignalId signal,
+                                   sat::Polarity polarity) requires P::NetType::has_signals {
+  sat::LitCell& cell = excited_[signal];
+  if (cell.serves(polarity)) return cell.lit;
   sat::Lits lits;
-  for (const std::uint32_t number : condition.needed) lits.push_back(event(number));
-  for (const std::uint32_t number : condition.excluding) lits.push_back(~event(number));
-  for (const auto* contested : condition.marked) {
-    lits.push_back(marked_lit(vars_, *contested, sat::PermanentGroup, sat::default_polarity));
+  if constexpr (P::is_merged) {
+    for (const Transition* transition : structure_.instances().transitions_of(signal)) {
+      lits.push_back(enabled(*transition, polarity));
+    }
+  } else {
+    for (const Event* event : structure_.instances().events_of(signal)) {
+      lits.push_back(enabled(*event, polarity));
+    }
   }
-  return vars_.formula.make_gate(sat::Gate(sat::GateAnd, lits), sat::PermanentGroup);
+  return formula().define_gate(cell, sat::GateOr, lits, vars_.group(), polarity);
 }
 
-sat::Lit StateLiterals::excited(std::uint32_t signal) {
-  sat::Lit& lit = excited_[signal];
-  if (!lit.is_uninit()) return lit;
-  sat::Lits lits;
-  for (const auto* event : structure_.signal_events().of(signal)) lits.push_back(can_fire(*event));
-  return lit = vars_.formula.make_gate(sat::Gate(sat::GateOr, lits), sat::PermanentGroup);
-}
-
-sat::Lit StateLiterals::next_value(std::uint32_t signal) {
+template <net::Process P>
+sat::Lit StateLiterals<P>::next_value(net::SignalId signal) requires P::NetType::has_signals {
   sat::Lit& lit = next_[signal];
-  if (!lit.is_uninit()) return lit;
-  return lit = vars_.formula.make_gate(sat::Gate(sat::GateXor, {code(signal), excited(signal)}),
-                                       sat::PermanentGroup);
+  if (lit.is_uninit()) {
+    lit = formula().make_gate(sat::Gate(sat::GateXor, {code(signal), excited(signal)}),
+                              vars_.group());
+  }
+  return lit;
 }
 
-sat::Lit StateLiterals::marked(const net::StgPlace& place,
-                               std::span<const net::StgPrefix::Condition* const> instances) {
-  sat::LitCell& cell = vars_.places[place];
-  if (!cell.lit.is_uninit()) return cell.lit;
-  sat::Lits lits;
-  for (const auto* condition : instances) {
-    lits.push_back(marked_lit(vars_, *condition, sat::PermanentGroup, sat::default_polarity));
-  }
-  return vars_.formula.define_gate(cell, sat::GateOr, lits, sat::PermanentGroup);
-}
+#define INSTANTIATE(P) template class StateLiterals<P>;
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
+#undef INSTANTIATE
 
 }  // namespace vorel::configuration

@@ -1,72 +1,60 @@
 // configuration/state_literals.h - the state that an encoded configuration ends in, as literals.
-// Here:      codes, excitation through dummies, next values, markings of places; made on demand.
-// Not here:  the configuration itself (configuration/configuration_encoding.h).
-// All definitions go into the permanent group, in both directions, and are made once.
+// Here:      marked places, enabled events and transitions, codes, excitation, next values.
+// Not here:  the configuration itself (configuration/configuration_encoding.h), the same of a
+//            configuration at hand (configuration/final_state.h), which it is checked against.
 #pragma once
 
-#include "configuration/configuration_encoding.h"
-#include "configuration/final_state.h"
+#include "configuration/configuration_vars.h"
+#include "configuration/state_structure.h"
 
 namespace vorel::configuration {
 
-// What the literals of all configurations of a prefix have in common.
-class StateStructure {
- public:
-  using Event = net::StgPrefix::Event;
-
-  explicit StateStructure(const net::StgPrefix& prefix);
-
-  const net::StgPrefix& prefix() const { return prefix_; }
-  const SignalEvents& signal_events() const { return signal_events_; }
-
-  // How many edges of its signal come before each event.
-  const base::IndexedBy<Event, std::uint32_t>& edges_before() const { return edges_before_; }
-  // All edges of the signal have a sign, so that those of one configuration are totally ordered.
-  bool has_ordered_edges(std::uint32_t signal) const { return has_ordered_edges_[signal]; }
-  // In the whole prefix, which must be without conflicts, no two edges of a signal are concurrent.
-  bool has_only_ordered_edges() const;
-
-  // The event can fire after a configuration, perhaps after dummies, exactly if the configuration
-  // has all events of the first list and none of the second, and ends in the conditions, for which
-  // many events compete: listing all of them for each would take quadratic space.
-  struct Condition {
-    bool possible = true;  // false: it never can
-    EventSet needed, excluding;
-    std::vector<const net::StgPrefix::Condition*> marked;
-  };
-  Condition firing_condition(const Event& event) const;
-
- private:
-  void count_edges();
-
-  const net::StgPrefix& prefix_;
-  const SignalEvents signal_events_;
-  base::IndexedBy<Event, std::uint32_t> edges_before_;
-  std::vector<bool> has_ordered_edges_;  // by signal number
-};
-
+// Made on demand and once, in the group of the configuration's literals. A polarity says which half
+// of a definition is wanted; codes and next values, which are compared, are defined in both.
+template <net::Process P>
 class StateLiterals {
  public:
-  // Both must outlive it.
-  StateLiterals(const StateStructure& structure, ConfigurationVars<net::StgPrefix>& vars);
+  using Event = typename P::Event;
+  using Place = typename P::NetType::Place;
+  using Transition = typename P::NetType::Transition;
 
-  // By the number of a signal that is not a dummy.
-  sat::Lit code(std::uint32_t signal);
-  sat::Lit excited(std::uint32_t signal);
-  sat::Lit next_value(std::uint32_t signal);
-  // Whether some of the conditions (the instances of the place) is in the final cut.
-  sat::Lit marked(const net::StgPlace& place,
-                  std::span<const net::StgPrefix::Condition* const> instances);
+  // Both must outlive it.
+  StateLiterals(const StateStructure<P>& structure, ConfigurationVars<P>& vars,
+                Enabledness enabledness);
+
+  ConfigurationVars<P>& vars() { return vars_; }
+
+  sat::Lit marked(const Place& place, sat::Polarity polarity = sat::default_polarity);
+  // True if the place is marked; nothing follows if it is not. A variable more, and a clause for
+  // each condition, where marked() takes a gate for each.
+  sat::Lit marked_at_least(const Place& place);
+
+  // Whether the event, or some event of the transition, can fire. A transition without events
+  // never can.
+  sat::Lit enabled(const Event& event, sat::Polarity polarity = sat::default_polarity);
+  sat::Lit enabled(const Transition& transition, sat::Polarity polarity = sat::default_polarity);
+
+  // Of a signal that is not a dummy: its value, and the value that it has or is about to take.
+  sat::Lit code(net::SignalId signal) requires P::NetType::has_signals;
+  sat::Lit next_value(net::SignalId signal) requires P::NetType::has_signals;
+  // Whether an edge of the signal, or an event of the dummy, can fire.
+  sat::Lit excited(net::SignalId signal,
+                   sat::Polarity polarity = sat::default_polarity) requires P::NetType::has_signals;
 
  private:
-  sat::Lit parity(std::uint32_t signal);
-  sat::Lit parity_of_ordered_edges(std::uint32_t signal);
-  sat::Lit can_fire(const net::StgPrefix::Event& event);
-  sat::Lit event(std::uint32_t number);
+  sat::Lits lits_before_firing(const Event& event, sat::Polarity polarity);
+  sat::Lit parity(net::SignalId signal) requires P::NetType::has_signals;
+  sat::Lit parity_of_ordered_edges(net::SignalId signal) requires std::is_same_v<P, net::StgPrefix>;
 
-  const StateStructure& structure_;
-  ConfigurationVars<net::StgPrefix>& vars_;
-  std::vector<sat::Lit> code_, excited_, next_;  // by signal number, LitUninit until asked for
+  const P& process() const { return structure_.process(); }
+  sat::CnfFormula& formula() { return vars_.formula(); }
+
+  const StateStructure<P>& structure_;
+  ConfigurationVars<P>& vars_;
+  const Enabledness enabledness_;
+  base::IndexedBy<Event, sat::LitCell> enabled_;        // empty until asked for
+  base::IndexedBy<net::Signal, sat::Lit> code_, next_;  // LitUninit until asked for
+  base::IndexedBy<net::Signal, sat::LitCell> excited_;
 };
 
 }  // namespace vorel::configuration

@@ -5,7 +5,7 @@
 
 #include "base/indexed_by.h"
 #include "base/messages.h"
-#include "configuration/decoding.h"
+#include "configuration/final_state.h"
 
 namespace vorel::configuration {
 namespace {
@@ -47,18 +47,6 @@ class TokenGame {
   base::IndexedBy<Condition, bool> marked_, was_marked_;
 };
 
-// Whether the marking of the cut enables a transition that has events at all; in a merged process
-// it may have none at this cut.
-template <net::Process P>
-bool enables_transition(const P& process, std::span<const typename P::Condition* const> cut) {
-  base::IndexedBy<typename P::NetType::Place, bool> marked(process.places.size());
-  for (const auto* condition : cut) marked[*condition->place] = true;
-  return std::ranges::any_of(process.events, [&marked](const auto& event) {
-    return std::ranges::all_of(event->transition->preset,
-                               [&marked](const auto* place) { return marked[*place]; });
-  });
-}
-
 }  // namespace
 
 template <net::Process P>
@@ -75,15 +63,13 @@ bool check_safe_run(const P& process, std::span<const typename P::Event* const> 
 
 template <net::Process P>
 bool check_deadlock(const P& process, std::span<const typename P::Event* const> sequence) {
-  base::IndexedBy<typename P::Condition, bool> marked(process.conditions.size());
-  const auto cut = final_cut(process, sequence);
-  for (const auto* condition : cut) marked[*condition] = true;
-  const bool enables_an_event = std::ranges::any_of(process.events, [&marked](const auto& event) {
-    return std::ranges::all_of(event->preset, [&](const auto* condition) {
-      return condition->index != base::no_index && marked[*condition];
-    });
-  });
-  const bool is_dead = !enables_an_event && !(P::is_merged && enables_transition<P>(process, cut));
+  const StateStructure<P> structure(process);
+  const FinalState<P> state(structure, sequence, Enabledness::direct);
+  const auto is_enabled = [&state](const auto& node) { return state.is_enabled(*node); };
+  bool is_dead = std::ranges::none_of(process.events, is_enabled);
+  if constexpr (P::is_merged) {
+    is_dead = is_dead && std::ranges::none_of(process.transitions, is_enabled);
+  }
   if (!is_dead) base::print_error("deadlock check failed");
   return is_dead;
 }

@@ -18,9 +18,9 @@ std::string text_of(const Core& core) {
   for (const configuration::EventSet* set : {&core.first, &core.second}) {
     text += text.empty() ? "{" : ", {";
     std::string_view separator;
-    for (const std::uint32_t event : *set) {
+    for (const configuration::StgEventId event : *set) {
       text += separator;
-      text += std::to_string(event);
+      text += std::to_string(event.value);
       separator = ", ";
     }
     text += "}";
@@ -108,7 +108,7 @@ Core::Core(configuration::EventSet one, configuration::EventSet other)
 std::vector<Core> is_composite_due_to(const net::StgPrefix& prefix, const Core& candidate,
                                       const Core& known, const KeepCore& keep) {
   if (base::verbosity() >= verbosity_of_checks) {
-    base::print_formatted(std::cout, "\nChecking if the core\n%s\nis composite due to\n%s",
+    base::print_formatted(std::cerr, "\nChecking if the core\n%s\nis composite due to\n%s",
                           text_of(candidate).c_str(), text_of(known).c_str());
   }
   if (candidate.sum.size() <= known.sum.size() ||
@@ -120,18 +120,10 @@ std::vector<Core> is_composite_due_to(const net::StgPrefix& prefix, const Core& 
   return CoreSplit(prefix, candidate, known, keep).run();
 }
 
-std::size_t EventSetHash::operator()(const configuration::EventSet& set) const {
-  std::uint64_t hash = set.size();
-  for (const std::uint32_t event : set) {
-    hash = (hash ^ event) * 0x9E3779B97F4A7C15u;
-    hash ^= hash >> 29;
-  }
-  return hash;
-}
-
 bool MinimalCores::seed(Core core) {
   assert(!core.sum.empty());
   if (!met_.insert(core.sum).second) return false;
+  core.seeded = true;
   cores_.push_back(std::move(core));
   return true;
 }
@@ -146,8 +138,12 @@ std::vector<Core> MinimalCores::split_by_known(const Core& core) const {
 
 void MinimalCores::take_out_composites_of(const Core& core, std::vector<Core>& pending) {
   for (auto known = cores_.begin(); known != cores_.end();) {
-    auto parts = is_composite_due_to(prefix_, *known, core, keep_);
     const auto next = std::next(known);
+    if (known->seeded) {
+      known = next;
+      continue;
+    }
+    auto parts = is_composite_due_to(prefix_, *known, core, keep_);
     if (!parts.empty()) cores_.erase(known);
     std::ranges::move(parts, std::back_inserter(pending));
     known = next;

@@ -11,6 +11,7 @@
 #include <list>
 #include <unordered_set>
 
+#include "base/hashing.h"
 #include "configuration/event_set.h"
 
 namespace vorel::conflicts {
@@ -22,6 +23,7 @@ struct Core {
   configuration::EventSet first, second;
   configuration::EventSet sum;  // their symmetric difference; cores with one sum are one core
   bool nested = false;          // the first is a subset of the second
+  bool seeded = false;          // known from the start, and kept whatever else is found
 };
 
 // Whether two configurations are a conflict of the kind that is looked for.
@@ -32,17 +34,13 @@ using KeepCore = std::function<bool(const Core&)>;
 std::vector<Core> is_composite_due_to(const net::StgPrefix& prefix, const Core& candidate,
                                       const Core& known, const KeepCore& keep);
 
-struct EventSetHash {
-  std::size_t operator()(const configuration::EventSet& set) const;
-};
-
 // Cores none of which is composite due to another, in the order of insertion.
 class MinimalCores {
  public:
   MinimalCores(const net::StgPrefix& prefix, KeepCore keep)
       : prefix_{prefix}, keep_{std::move(keep)} {}
 
-  // Takes a core as it stands; false if it was there.
+  // Takes a core as it stands, for good; false if it was there.
   bool seed(Core core);
   // Enters the core, or the smaller ones that it falls into, and takes out known ones that turn out
   // to be composite. Gives all the cores that were not met before, be they kept or not.
@@ -58,7 +56,7 @@ class MinimalCores {
   const net::StgPrefix& prefix_;
   const KeepCore keep_;
   std::list<Core> cores_;
-  std::unordered_set<configuration::EventSet, EventSetHash>
+  std::unordered_set<configuration::EventSet, base::SequenceHash>
       met_;  // the sums of all cores ever entered
 };
 

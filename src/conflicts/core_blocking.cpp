@@ -3,31 +3,23 @@
 #include <algorithm>
 #include <cassert>
 
+#include "base/sort_unique.h"
+
 namespace vorel::conflicts {
 namespace {
 
 using Event = net::StgPrefix::Event;
 
-void sort_unique(configuration::EventSet& set) {
-  std::ranges::sort(set);
-  const auto repeated = std::ranges::unique(set);
-  set.erase(repeated.begin(), repeated.end());
-}
-
-// Direct neighbours are enough: two configurations that differ in an indirect one, with the core
-// between, differ in a direct one too.
 configuration::EventSet successors(const net::StgPrefix& prefix,
                                    const configuration::EventSet& side,
                                    const configuration::EventSet& sum) {
   configuration::EventSet set;
-  for (const std::uint32_t number : side) {
-    for (const auto* condition : prefix.events[number]->postset) {
-      for (const Event* next : condition->postset) {
-        if (!next->is_cut_off()) set.push_back(next->index);
-      }
+  for (const configuration::StgEventId id : side) {
+    for (const auto* condition : base::element(prefix.events, id).postset) {
+      for (const Event* next : condition->postset) set.push_back(base::id_of(*next));
     }
   }
-  sort_unique(set);
+  base::sort_unique(set);
   return configuration::set_difference(set, sum);
 }
 
@@ -35,12 +27,12 @@ configuration::EventSet predecessors(const net::StgPrefix& prefix,
                                      const configuration::EventSet& side,
                                      const configuration::EventSet& sum) {
   configuration::EventSet set;
-  for (const std::uint32_t number : side) {
-    for (const auto* condition : prefix.events[number]->preset) {
-      if (!condition->is_initial()) set.push_back(condition->pre_event->index);
+  for (const configuration::StgEventId id : side) {
+    for (const auto* condition : base::element(prefix.events, id).preset) {
+      if (!condition->is_initial()) set.push_back(base::id_of(*condition->pre_event));
     }
   }
-  sort_unique(set);
+  base::sort_unique(set);
   return configuration::set_difference(set, sum);
 }
 

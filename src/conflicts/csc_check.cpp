@@ -7,17 +7,16 @@
 
 namespace vorel::conflicts {
 
-CscCheck::CscCheck(const net::StgPrefix& prefix, const base::Params& params, Warnings warnings)
-    : ConflictCheck(prefix, params,
-                    {"CSC conflict has been detected", "there are no CSC conflicts"}) {
-  if (warnings == Warnings::given) warn_of_dummy_cutoffs();
-}
+CscCheck::CscCheck(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
+                   Notes notes)
+    : ConflictCheck(prefix, options,
+                    {"CSC conflict has been detected", "there are no CSC conflicts"}, notes) {}
 
 bool CscCheck::is_conflict(const configuration::EventSet& one,
                            const configuration::EventSet& other) const {
-  const configuration::FinalStates& states = final_states();
-  return states.code(one) == states.code(other) &&
-         states.excited_signals(one) != states.excited_signals(other);
+  const State state = state_after(one), other_state = state_after(other);
+  return state.code() == other_state.code() &&
+         state.excited_signals() != other_state.excited_signals();
 }
 
 // In turn, the first configuration is the one where the signal's next value is 0: which of the two
@@ -27,42 +26,51 @@ Inclusion CscCheck::inclusion() const {
 }
 
 void CscCheck::add_any_difference() {
-  for (std::uint32_t signal = first_candidate(); signal < end_candidate(); ++signal) {
+  for (const net::SignalId signal : process().driven_signals()) {
     next_values_.emplace_back(first().next_value(signal), second().next_value(signal));
   }
   add_any_of_differences(next_values_);
 }
 
 void CscCheck::add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) {
-  formula().add_unit(~first().next_value(candidate), group);
-  formula().add_unit(second().next_value(candidate), group);
+  formula().add_unit(~first().next_value(signal_of(candidate)), group);
+  formula().add_unit(second().next_value(signal_of(candidate)), group);
 }
 
-std::uint32_t CscCheck::signal_of_model() const {
-  if (takes_candidates_in_turn()) return candidate();
+net::SignalId CscCheck::signal_of_model() const {
+  if (takes_candidates_in_turn()) return signal_of(candidate());
   const auto is_different = [this](const auto& values) {
-    return model_value(values.first) != model_value(values.second);
+    return instance().formula().value(values.first) != instance().formula().value(values.second);
   };
   const auto found = std::ranges::find_if(next_values_, is_different);
   assert(found != next_values_.end());
-  return first_candidate() + static_cast<std::uint32_t>(found - next_values_.begin());
+  return signal_of(static_cast<std::uint32_t>(found - next_values_.begin()));
 }
 
-std::unique_ptr<results::Solution> CscCheck::solution_for(std::uint32_t signal) const {
-  return std::make_unique<ConflictSolution>(output_configurations(),
-                                            process().signals[signal]->name);
+std::unique_ptr<results::Solution> CscCheck::solution_for(net::SignalId signal) const {
+  return std::make_unique<ConflictSolution>(options().output_configurations,
+                                            base::element(process().signals, signal).name);
+}
+
+void CscCheck::record_solution() {
+  conflict_signal_ = signal_of_model();
+  ConflictCheck::record_solution();
 }
 
 std::unique_ptr<results::Solution> CscCheck::new_solution() const {
-  return solution_for(signal_of_model());
+  return solution_for(conflict_signal_);
 }
 
 // Two sorted lists that differ first differ in a signal that only one of them has: the smaller one.
 std::unique_ptr<results::Solution> CscCheck::solution_of_pair(const Core& core) const {
-  const auto signals = configuration::symmetric_difference(
-      final_states().excited_signals(core.first), final_states().excited_signals(core.second));
-  assert(!signals.empty() && "the pair is in conflict");
-  return with_traces(solution_for(signals.front()), core);
+  const auto one = state_after(core.first).excited_signals();
+  const auto other = state_after(core.second).excited_signals();
+  const auto [a, b] = std::ranges::mismatch(one, other);
+  assert((a != one.end() || b != other.end()) && "the pair is in conflict");
+  const bool is_in_one = b == other.end() || (a != one.end() && *a < *b);
+  auto solution = solution_for(is_in_one ? *a : *b);
+  add_traces(*solution, core.first, core.second);
+  return solution;
 }
 
 }  // namespace vorel::conflicts

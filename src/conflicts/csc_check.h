@@ -9,30 +9,35 @@ namespace vorel::conflicts {
 // has different next values after them.
 class CscCheck : public ConflictCheck {
  public:
-  enum class Warnings : std::uint8_t { given, left_out };
-
-  CscCheck(const net::StgPrefix& prefix, const base::Params& params,
-           Warnings warnings = Warnings::given);
+  CscCheck(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
+           Notes notes = Notes::given);
 
   bool is_conflict(const configuration::EventSet& one,
                    const configuration::EventSet& other) const override;
+
+  // After run() without `all_solutions`: the conflict, if there is one, and its signal.
   const results::Report& solutions() const { return found(); }
+  net::SignalId conflict_signal() const { return conflict_signal_; }
 
  protected:
   Inclusion inclusion() const override;
   void add_any_difference() override;
-  std::uint32_t first_candidate() const override { return process().inputs_end; }
-  std::uint32_t end_candidate() const override { return process().internals_end; }
+  std::uint32_t candidate_count() const override { return process().driven_signals().size(); }
   void add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) override;
+  void record_solution() override;
   std::unique_ptr<results::Solution> new_solution() const override;
   std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const override;
 
  private:
-  std::uint32_t signal_of_model() const;
-  std::unique_ptr<results::Solution> solution_for(std::uint32_t signal) const;
+  net::SignalId signal_of(std::uint32_t candidate) const {
+    return {process().inputs_end + candidate};
+  }
+  net::SignalId signal_of_model() const;
+  std::unique_ptr<results::Solution> solution_for(net::SignalId signal) const;
 
-  std::vector<std::pair<sat::Lit, sat::Lit>>
-      next_values_;  // of the outputs and internal signals, method 1
+  // Of the outputs and internal signals, method 1.
+  std::vector<std::pair<sat::Lit, sat::Lit>> next_values_;
+  net::SignalId conflict_signal_;
 };
 
 }  // namespace vorel::conflicts

@@ -4,31 +4,26 @@
 //
 // A signal is p-normal when its next value never falls as the code grows, n-normal when it never
 // rises; it is in order when it is one of them. The evidence behind a hypothesis excludes one type,
-// two configurations that refute it exclude the other.
+// two configurations that refute it exclude the other. Violations do not compose: no pair explains
+// another, so there are no cores.
 #pragma once
 
-#include "conflicts/conflict_check.h"
 #include "conflicts/normalcy_solution.h"
+#include "conflicts/pair_search.h"
 
 namespace vorel::conflicts {
 
-class NormalcyCheck : public ConflictCheck {
+class NormalcyCheck : public PairSearch {
  public:
   // Reports an error when there is no hypothesis; then nothing is searched.
-  NormalcyCheck(const net::StgPrefix& prefix, const base::Params& params);
-
-  // Violations do not compose: no pair explains another.
-  bool is_conflict(const configuration::EventSet&, const configuration::EventSet&) const override {
-    return false;
-  }
+  NormalcyCheck(const net::StgPrefix& prefix, const configuration::SearchOptions& options);
 
  protected:
   // The codes of the pair are ordered, so it cannot be turned round.
   Inclusion inclusion() const override { return Inclusion::either_in_other; }
   void add_code_constraint() override;
   void add_any_difference() override;
-  std::uint32_t first_candidate() const override { return process().inputs_end; }
-  std::uint32_t end_candidate() const override { return process().internals_end; }
+  std::uint32_t candidate_count() const override { return process().driven_signals().size(); }
   void add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) override;
 
   bool search_one() override;
@@ -36,24 +31,23 @@ class NormalcyCheck : public ConflictCheck {
   bool search_least_cost() override;
   void record_solution() override;
   void record_and_block() override;
-  void make_all_solutions() override {}
-  std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const override;
-  bool validate(const results::Solution& solution) const override;
 
  private:
   bool record_hypothesis_violation();
   bool record_csc_conflict();
   void add_evidence(NormalcySolution& solution, const TriggerEvidence& evidence) const;
   std::unique_ptr<NormalcySolution> make_solution(NormalcyViolation kind,
-                                                  std::uint32_t signal) const;
+                                                  net::SignalId signal) const;
+  net::SignalId signal_of(std::uint32_t candidate) const {
+    return {process().inputs_end + candidate};
+  }
   // The signals of which the current model shows a violation: of method 2, the candidate.
-  std::vector<std::uint32_t> signals_of_model();
-  void record_violation_of(std::uint32_t signal);
-  sat::Lit violation(std::uint32_t signal);
-  bool shows_violation(const NormalcySolution& solution) const;
+  std::vector<net::SignalId> signals_of_model();
+  void record_violation_of(net::SignalId signal);
+  sat::Lit violation(net::SignalId signal);
 
   NormalcyHypothesis hypothesis_;
-  std::vector<sat::Lit> violation_;  // by signal number, LitUninit until asked for
+  base::IndexedBy<net::Signal, sat::Lit> violation_;  // LitUninit until asked for
 };
 
 }  // namespace vorel::conflicts

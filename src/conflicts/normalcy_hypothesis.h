@@ -21,8 +21,8 @@ struct TriggerEvidence {
   std::vector<const net::StgPrefix::Event*> triggers;  // those that are evidence
 };
 
-// By signal number; for each signal the evidence with the smallest local configuration.
-using EvidenceTable = std::vector<std::optional<TriggerEvidence>>;
+// For each signal the evidence with the smallest local configuration.
+using EvidenceTable = base::IndexedBy<net::Signal, std::optional<TriggerEvidence>>;
 
 enum class NormalcyViolation : std::uint8_t {
   none = 0,
@@ -34,16 +34,16 @@ enum class NormalcyViolation : std::uint8_t {
 
 class NormalcyHypothesis {
  public:
-  // Both must outlive it.
-  NormalcyHypothesis(const net::StgPrefix& prefix, const configuration::FinalStates& states);
+  // The structure must outlive it.
+  explicit NormalcyHypothesis(const configuration::StateStructure<net::StgPrefix>& structure);
 
   // False after the error that there is no evidence for some output or internal signal.
   bool make();
 
   NormalcyViolation violation() const { return violation_; }
-  std::uint32_t violation_signal() const { return violation_signal_; }
+  net::SignalId violation_signal() const { return violation_signal_; }
   // Of a signal without a violation so far: p-normal, else n-normal.
-  bool is_p(std::uint32_t signal) const { return !opposite_sign_[signal]; }
+  bool is_p(net::SignalId signal) const { return !opposite_sign_[signal]; }
 
   const EvidenceTable& mixed() const { return mixed_; }
   const EvidenceTable& same_sign() const { return same_sign_; }          // not n-normal
@@ -67,12 +67,12 @@ class NormalcyHypothesis {
                                           const Event& trigger) const;
   void find_violation();
 
+  const configuration::StateStructure<net::StgPrefix>& structure_;
   const net::StgPrefix& prefix_;
-  const configuration::FinalStates& states_;
   configuration::TriggerFinder finder_;
   EvidenceTable mixed_, same_sign_, opposite_sign_;
   NormalcyViolation violation_ = NormalcyViolation::none;
-  std::uint32_t violation_signal_ = base::no_index;
+  net::SignalId violation_signal_;
 };
 
 }  // namespace vorel::conflicts

@@ -8,18 +8,17 @@ namespace vorel::conflicts {
 // Two configurations are in conflict when their codes are equal and their final markings are not.
 class UscCheck : public ConflictCheck {
  public:
-  UscCheck(const net::StgPrefix& prefix, const base::Params& params);
+  UscCheck(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
+           Notes notes = Notes::given);
 
   // Reports an error when a final marking shows that the net is not safe.
   bool is_conflict(const configuration::EventSet& one,
                    const configuration::EventSet& other) const override;
 
  protected:
-  void prepare_encoding() override;
   Inclusion inclusion() const override { return Inclusion::first_in_second; }
   void add_any_difference() override;
-  std::uint32_t first_candidate() const override { return 0; }
-  std::uint32_t end_candidate() const override {
+  std::uint32_t candidate_count() const override {
     return static_cast<std::uint32_t>(process().places.size());
   }
   void add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) override;
@@ -27,10 +26,7 @@ class UscCheck : public ConflictCheck {
   std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const override;
 
  private:
-  std::pair<sat::Lit, sat::Lit> marked(std::uint32_t place);
-
-  // By place number: its conditions but for those after cut-offs, which are in no final cut.
-  std::vector<std::vector<const net::StgPrefix::Condition*>> place_instances_;
+  std::pair<sat::Lit, sat::Lit> marked(const net::StgPlace& place);
 };
 
 }  // namespace vorel::conflicts

@@ -56,21 +56,21 @@ void report_not_supported() { base::print_error("This mode is currently not supp
 template <net::Process P>
 void run_deadlock(base::Params params, P& process) {
   if (!prepare_run(process, params)) return;
-  reach::DeadlockCheck<P> engine(process, params);
+  reach::DeadlockCheck<P> engine(process, configuration::SearchOptions::of(params));
   run_engine(engine);
 }
 
 template <net::Process P>
-void run_reach(base::Params params, P& process, reach::FinalState final_state) {
+void run_reach(base::Params params, P& process, configuration::Enabledness enabledness) {
   if (!prepare_run(process, params)) return;
-  reach::ReachCheck<P> engine(process, params, final_state);
+  reach::ReachCheck<P> engine(process, configuration::SearchOptions::of(params), enabledness);
   if (!base::run_failed()) run_engine(engine);
 }
 
 template <class Engine>
 void run_conflict_check(base::Params params, net::StgPrefix& prefix) {
   if (!prepare_run(prefix, params)) return;
-  Engine engine(prefix, params);
+  Engine engine(prefix, configuration::SearchOptions::of(params));
   if (!base::run_failed()) run_engine(engine);
 }
 
@@ -78,7 +78,7 @@ void run_conflict_check(base::Params params, net::StgPrefix& prefix) {
 template <synthesis::SynthesisStyle style>
 void run_synthesis(base::Params params, net::StgPrefix& prefix) {
   if (!prepare_run(prefix, params)) return;
-  synthesis::EquationSearch engine(prefix, params, style);
+  synthesis::EquationSearch engine(prefix, configuration::SearchOptions::of(params), style);
   if (base::run_failed()) return;
   const std::uint64_t start = base::ticks_now();
   engine.run();
@@ -112,12 +112,12 @@ void deadlock_mode(base::Params params) {
 
 void reach_mode(base::Params params) {
   run_mode(formats::read_no_stg_mp, std::move(params), [](base::Params copy, auto& process) {
-    run_reach(std::move(copy), process, reach::FinalState::marking);
+    run_reach(std::move(copy), process, configuration::Enabledness::direct);
   });
 }
 
 void run_reach_stg(base::Params params, net::StgPrefix& prefix) {
-  run_reach(std::move(params), prefix, reach::FinalState::stg_state);
+  run_reach(std::move(params), prefix, configuration::Enabledness::via_dummies);
 }
 
 // All the other modes take nothing but a prefix of an STG.

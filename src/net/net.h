@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/id.h"
 #include "base/ptr_list.h"
 
 namespace vorel::net {
@@ -55,6 +56,8 @@ struct Signal {
   bool is_dummy() const { return kind == SignalKind::dummy; }
 };
 
+using SignalId = base::Id<Signal>;
+
 struct StgTransition : TransitionOf<StgTransition> {
   Signal* signal = nullptr;  // set for every transition of a loaded STG
   Sign sign = Sign::toggle;  // stays so for a dummy
@@ -83,6 +86,10 @@ struct Stg : NetOf<StgTransition> {
   std::uint32_t inputs_end = 0;     // first signal that is not an input
   std::uint32_t outputs_end = 0;    // first signal that is neither input nor output
   std::uint32_t internals_end = 0;  // first dummy; the dummies run to the end
+
+  // The numbers of the signals that are not dummies, and of those that the circuit drives.
+  base::IdRange<Signal> visible_signals() const { return {0, internals_end}; }
+  base::IdRange<Signal> driven_signals() const { return {inputs_end, internals_end}; }
 };
 
 // The order of names that makes numbering independent of the file: shorter names first, names of

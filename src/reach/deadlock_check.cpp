@@ -12,17 +12,16 @@
 namespace vorel::reach {
 namespace {
 
-base::Params without_dummy_rules(base::Params params) {
-  params.set("no_max_dummies", 0);
-  params.set("enable_via_dummies", 0);
-  return params;
+configuration::SearchOptions adapted(configuration::SearchOptions options) {
+  options.encoding = options.encoding.without_dummy_rules();
+  return options;
 }
 
 }  // namespace
 
 template <net::Process P>
-DeadlockCheck<P>::DeadlockCheck(const P& process, const base::Params& params)
-    : configuration::SearchEngine<P>(process, without_dummy_rules(params),
+DeadlockCheck<P>::DeadlockCheck(const P& process, const configuration::SearchOptions& options)
+    : configuration::SearchEngine<P>(process, adapted(options),
                                      {"the system has a deadlock", "the system is deadlock-free"}) {
   const auto is_cut_off = [](const auto& event) { return event->is_cut_off(); };
   if (std::ranges::none_of(process.events, is_cut_off)) {
@@ -38,13 +37,14 @@ DeadlockCheck<P>::DeadlockCheck(const P& process, const base::Params& params)
 }
 
 template <net::Process P>
-void DeadlockCheck<P>::encode(sat::ClauseGroup group) {
-  auto& vars = this->configuration(0);
-  this->encode_configuration(vars, group);
-  if (this->params().get("method") == 1) {
-    encode_deadlock_with_cutoffs(this->process(), vars, group);
+void DeadlockCheck<P>::encode(sat::ClauseGroup) {
+  auto& instance = this->instance();
+  instance.add_configuration();
+  DeadlockEncoding<P> encoding(instance.state(0), this->structure());
+  if (this->options().method == 1) {
+    encoding.encode_deadlock_with_cutoffs();
   } else {
-    encode_deadlock_ignoring_cutoffs(this->process(), vars, group);
+    encoding.encode_deadlock_ignoring_cutoffs();
   }
 }
 

@@ -16,7 +16,7 @@ class DeadlockCheck : public configuration::SearchEngine<P> {
  public:
   // Dummies are transitions like any other here. Warns of a prefix without cut-offs, which may have
   // lost them, and of dummy cut-offs.
-  DeadlockCheck(const P& process, const base::Params& params);
+  DeadlockCheck(const P& process, const configuration::SearchOptions& options);
 
  protected:
   void encode(sat::ClauseGroup group) override;

@@ -51,146 +51,6 @@ class Domination {
   base::IndexedBy<Consumer, bool> dominated_;
 };
 
-// The complements of the literals of the preset; false if one of its conditions is never produced.
-template <net::Process P>
-bool append_unproduced(configuration::ConfigurationVars<P>& vars, const typename P::Event& event,
-                       sat::ClauseGroup group, sat::Lits& clause) {
-  for (const auto* condition : event.preset) {
-    const sat::Lit produced = configuration::produced_lit(vars, *condition, group, -1);
-    if (produced == sat::LitFalse) return false;
-    clause.push_back(~produced);
-  }
-  return true;
-}
-
-// An event whose preset nobody else consumes fires once that has been produced, or the final state
-// would enable it; a cut-off in this position forbids its causal past.
-template <net::Process P>
-void encode_progress(const P& process, configuration::ConfigurationVars<P>& vars,
-                     sat::ClauseGroup group) {
-  sat::Lits clause;
-  for (const auto& event : process.events) {
-    const bool is_sole_consumer = std::ranges::all_of(
-        event->preset, [](const auto* condition) { return condition->postset.size() == 1; });
-    clause.clear();
-    if (!is_sole_consumer || !append_unproduced(vars, *event, group, clause)) continue;
-    if (!event->is_cut_off()) clause.push_back(configuration::event_lit(vars, *event));
-    vars.formula.add_clause(clause, group);
-  }
-}
-
-// The conditions of each place, as one flat list; those that only cut-offs produce are left out, as
-// they are in no final cut.
-template <net::Process P>
-class PlaceInstances {
- public:
-  explicit PlaceInstances(const P& process) : first_(process.places.size() + 1) {
-    for (const auto& condition : process.conditions) {
-      if (can_be_marked(*condition)) ++first_[condition->place->index + 1];
-    }
-    for (std::size_t i = 1; i < first_.size(); ++i) first_[i] += first_[i - 1];
-    conditions_.resize(first_.back());
-    std::vector<std::uint32_t> next(first_.begin(), first_.end() - 1);
-    for (const auto& condition : process.conditions) {
-      if (can_be_marked(*condition)) {
-        conditions_[next[condition->place->index]++] = condition.get();
-      }
-    }
-  }
-
-  std::span<const typename P::Condition* const> of(const typename P::NetType::Place& place) const {
-    const std::uint32_t first = first_[place.index], last = first_[place.index + 1];
-    return std::span(conditions_).subspan(first, last - first);
-  }
-
- private:
-  static bool can_be_marked(const typename P::Condition& condition) {
-    return condition.is_initial() ||
-           !std::ranges::all_of(condition.producers(), &P::Event::is_cut_off);
-  }
-
-  std::vector<std::uint32_t> first_;  // by place number, one more at the end
-  std::vector<const typename P::Condition*> conditions_;
-};
-
-template <net::Process P>
-base::IndexedBy<typename P::NetType::Transition, bool> transitions_with_events(const P& process) {
-  base::IndexedBy<typename P::NetType::Transition, bool> occurs(process.transitions.size());
-  for (const auto& event : process.events) occurs[*event->transition] = true;
-  return occurs;
-}
-
-// Literals one of which is true exactly if the condition has been consumed. Each of n rivals for a
-// condition has a clause that holds them all: where there are many they share one literal, or the
-// clauses would have n * n literals.
-template <net::Process P>
-class ConsumedLits {
- public:
-  ConsumedLits(const P& process, configuration::ConfigurationVars<P>& vars, sat::ClauseGroup group)
-      : vars_{vars}, group_{group}, shared_(process.conditions.size()) {}
-
-  void append(const typename P::Condition& condition, sat::Lits& clause) {
-    if (condition.postset.size() <= max_listed) {
-      append_consumers(condition, clause);
-      return;
-    }
-    sat::LitCell& cell = shared_[condition];
-    if (!cell.serves(+1)) {
-      consumers_.clear();
-      append_consumers(condition, consumers_);
-      vars_.formula.define_gate(cell, sat::GateOr, consumers_, group_, +1);
-    }
-    clause.push_back(cell.lit);
-  }
-
- private:
-  static constexpr std::size_t max_listed = 32;
-
-  void append_consumers(const typename P::Condition& condition, sat::Lits& lits) {
-    for (const auto* consumer : condition.postset) {
-      if (!consumer->is_cut_off()) lits.push_back(configuration::event_lit(vars_, *consumer));
-    }
-  }
-
-  configuration::ConfigurationVars<P>& vars_;
-  const sat::ClauseGroup group_;
-  base::IndexedBy<typename P::Condition, sat::LitCell> shared_;
-  sat::Lits consumers_;  // scratch
-};
-
-// No event is enabled by the final cut.
-template <net::Process P>
-void encode_dead_cut(const P& process, configuration::ConfigurationVars<P>& vars,
-                     sat::ClauseGroup group) {
-  const auto dominated = Domination(process.events).run();
-  ConsumedLits<P> consumed(process, vars, group);
-  sat::Lits clause;
-  for (const auto& event : process.events) {
-    clause.clear();
-    if (dominated[*event] || !append_unproduced(vars, *event, group, clause)) continue;
-    for (const auto* condition : event->preset) consumed.append(*condition, clause);
-    vars.formula.add_clause(clause, group);
-  }
-}
-
-// No transition is enabled by the final marking.
-template <net::Process P>
-void encode_dead_marking(const P& process, configuration::ConfigurationVars<P>& vars,
-                         sat::ClauseGroup group) {
-  const auto dominated = Domination(process.transitions).run();
-  const auto occurs = transitions_with_events(process);
-  const PlaceInstances<P> instances(process);
-  sat::Lits clause;
-  for (const auto& transition : process.transitions) {
-    if (dominated[*transition] || !occurs[*transition]) continue;
-    clause.clear();
-    for (const auto* place : transition->preset) {
-      clause.push_back(~configuration::place_lit(vars, *place, instances.of(*place), group));
-    }
-    vars.formula.add_clause(clause, group);
-  }
-}
-
 }  // namespace
 
 template <class Consumer>
@@ -199,24 +59,101 @@ base::IndexedBy<Consumer, bool> dominated_consumers(const base::OwnedList<Consum
 }
 
 template <net::Process P>
-void encode_deadlock_with_cutoffs(const P& process, configuration::ConfigurationVars<P>& vars,
-                                  sat::ClauseGroup group) {
-  encode_dead_cut(process, vars, group);
-  if constexpr (P::is_merged) encode_dead_marking(process, vars, group);
+DeadlockEncoding<P>::DeadlockEncoding(configuration::StateLiterals<P>& state,
+                                      const configuration::StateStructure<P>& structure)
+    : state_{state},
+      vars_{state.vars()},
+      structure_{structure},
+      process_{structure.process()},
+      consumed_(process_.conditions.size()) {}
+
+// The clause starts with the complements of the literals of the preset; false if one of its
+// conditions is never produced.
+template <net::Process P>
+bool DeadlockEncoding<P>::start_with_unproduced(const Event& event) {
+  clause_.clear();
+  for (const auto* condition : event.preset) {
+    const sat::Lit produced = vars_.produced_lit(*condition, -1);
+    if (produced == sat::LitFalse) return false;
+    clause_.push_back(~produced);
+  }
+  return true;
 }
 
 template <net::Process P>
-void encode_deadlock_ignoring_cutoffs(const P& process, configuration::ConfigurationVars<P>& vars,
-                                      sat::ClauseGroup group) {
-  encode_dead_marking(process, vars, group);
-  encode_progress(process, vars, group);
+void DeadlockEncoding<P>::append_consumer_lits(const Condition& condition, sat::Lits& lits) {
+  for (const Event* consumer : condition.postset) lits.push_back(vars_.event_lit(*consumer));
 }
 
-#define INSTANTIATE(P)                                                                          \
-  template void encode_deadlock_with_cutoffs<P>(const P&, configuration::ConfigurationVars<P>&, \
-                                                sat::ClauseGroup);                              \
-  template void encode_deadlock_ignoring_cutoffs<P>(                                            \
-      const P&, configuration::ConfigurationVars<P>&, sat::ClauseGroup);
+// Literals one of which is true exactly if the condition has been consumed. Each of n rivals for a
+// condition has a clause that holds them all: where there are many they share one literal, or the
+// clauses would have n * n literals.
+template <net::Process P>
+void DeadlockEncoding<P>::append_consumers(const Condition& condition) {
+  constexpr std::size_t max_listed = 32;
+  if (condition.postset.size() <= max_listed) {
+    append_consumer_lits(condition, clause_);
+    return;
+  }
+  sat::LitCell& cell = consumed_[condition];
+  if (!cell.serves(+1)) {
+    sat::Lits consumers;
+    append_consumer_lits(condition, consumers);
+    vars_.formula().define_gate(cell, sat::GateOr, consumers, vars_.group(), +1);
+  }
+  clause_.push_back(cell.lit);
+}
+
+// An event whose preset nobody else consumes fires once that has been produced, or the final state
+// would enable it; a cut-off in this position forbids its causal past.
+template <net::Process P>
+void DeadlockEncoding<P>::encode_progress() {
+  for (const auto& event : process_.events) {
+    const bool is_sole_consumer = std::ranges::all_of(
+        event->preset, [](const auto* condition) { return condition->postset.size() == 1; });
+    if (!is_sole_consumer || !start_with_unproduced(*event)) continue;
+    clause_.push_back(vars_.event_lit(*event));
+    vars_.formula().add_clause(clause_, vars_.group());
+  }
+}
+
+// No event is enabled by the final cut.
+template <net::Process P>
+void DeadlockEncoding<P>::encode_dead_cut() {
+  const auto dominated = dominated_consumers(process_.events);
+  for (const auto& event : process_.events) {
+    if (dominated[*event] || !start_with_unproduced(*event)) continue;
+    for (const auto* condition : event->preset) append_consumers(*condition);
+    vars_.formula().add_clause(clause_, vars_.group());
+  }
+}
+
+// No transition is enabled by the final marking.
+template <net::Process P>
+void DeadlockEncoding<P>::encode_dead_marking() {
+  const auto dominated = dominated_consumers(process_.transitions);
+  for (const auto& transition : process_.transitions) {
+    const bool occurs = !structure_.instances().events_of(base::id_of(*transition)).empty();
+    if (dominated[*transition] || !occurs) continue;
+    clause_.clear();
+    for (const auto* place : transition->preset) clause_.push_back(~state_.marked_at_least(*place));
+    vars_.formula().add_clause(clause_, vars_.group());
+  }
+}
+
+template <net::Process P>
+void DeadlockEncoding<P>::encode_deadlock_with_cutoffs() {
+  encode_dead_cut();
+  if constexpr (P::is_merged) encode_dead_marking();
+}
+
+template <net::Process P>
+void DeadlockEncoding<P>::encode_deadlock_ignoring_cutoffs() {
+  encode_dead_marking();
+  encode_progress();
+}
+
+#define INSTANTIATE(P) template class DeadlockEncoding<P>;
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 

@@ -4,24 +4,46 @@
 //            (reach/deadlock_check.h).
 #pragma once
 
-#include "configuration/configuration_encoding.h"
+#include "configuration/state_literals.h"
 
 namespace vorel::reach {
 
-// Method 1: no event of the prefix is enabled by the final cut, be it a cut-off or not. Cut-offs
-// stand for what could go on after them; they are in no configuration themselves, so as members of
-// a clause they count as false. In a merged process that is not enough: a configuration may merge
-// from one that goes on behind a cut-off, and what its final state enables need not have an event
-// there. So the marking is looked at, too.
+// In the group of the configuration's literals; one of the methods is called, once.
 template <net::Process P>
-void encode_deadlock_with_cutoffs(const P& process, configuration::ConfigurationVars<P>& vars,
-                                  sat::ClauseGroup group);
+class DeadlockEncoding {
+ public:
+  explicit DeadlockEncoding(configuration::StateLiterals<P>& state,
+                            const configuration::StateStructure<P>& structure);
 
-// Method 2: no transition of the net is enabled by the final marking. Cut-offs are ignored but for
-// what they say of the completeness of the prefix.
-template <net::Process P>
-void encode_deadlock_ignoring_cutoffs(const P& process, configuration::ConfigurationVars<P>& vars,
-                                      sat::ClauseGroup group);
+  // Method 1: no event of the prefix is enabled by the final cut, be it a cut-off or not. Cut-offs
+  // stand for what could go on after them; they are in no configuration themselves, so as members
+  // of a clause they count as false. In a merged process that is not enough: a configuration may
+  // merge from one that goes on behind a cut-off, and what its final state enables need not have an
+  // event there. So the marking is looked at, too.
+  void encode_deadlock_with_cutoffs();
+
+  // Method 2: no transition of the net is enabled by the final marking. Cut-offs are ignored but
+  // for what they say of the completeness of the prefix.
+  void encode_deadlock_ignoring_cutoffs();
+
+ private:
+  using Event = typename P::Event;
+  using Condition = typename P::Condition;
+
+  void encode_dead_cut();
+  void encode_dead_marking();
+  void encode_progress();
+  bool start_with_unproduced(const Event& event);
+  void append_consumers(const Condition& condition);
+  void append_consumer_lits(const Condition& condition, sat::Lits& lits);
+
+  configuration::StateLiterals<P>& state_;
+  configuration::ConfigurationVars<P>& vars_;
+  const configuration::StateStructure<P>& structure_;
+  const P& process_;
+  base::IndexedBy<Condition, sat::LitCell> consumed_;  // of conditions with many rivals
+  sat::Lits clause_;                                   // scratch
+};
 
 // The consumers (events, or transitions of a net) whose preset contains that of another one, or
 // equals that of a lower-numbered one: disabled whenever the other one is.

@@ -9,6 +9,7 @@
 #include "base/run_state.h"
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
+#include "configuration/final_state.h"
 #include "reachlang/parser.h"
 #include "reachlang/predicate_check.h"
 #include "reachlang/predicate_encoding.h"
@@ -16,16 +17,11 @@
 namespace vorel::reach {
 namespace {
 
-base::Params adapted(base::Params params, FinalState final_state) {
-  if (final_state == FinalState::marking) {
-    params.set("no_max_dummies", 0);
-    params.set("enable_via_dummies", 0);
-  }
-  // There is one configuration: nothing to compare it with, unless the option asks for it.
-  const std::int32_t inclusion = params.get("inclusion_constraints");
-  params.set("inclusion_constraints", inclusion == -1 ? 0 : inclusion);
-  params.set("method", 0);
-  return params;
+configuration::SearchOptions adapted(configuration::SearchOptions options,
+                                     configuration::Enabledness enabledness) {
+  if (enabledness == configuration::Enabledness::direct)
+    options.encoding = options.encoding.without_dummy_rules();
+  return options;
 }
 
 // Stands for the property until one has been read.
@@ -58,15 +54,16 @@ std::unique_ptr<reachlang::ReachExpr> read_property() {
 }  // namespace
 
 template <net::Process P>
-ReachCheck<P>::ReachCheck(const P& process, const base::Params& params, FinalState final_state)
-    : configuration::SearchEngine<P>(process, adapted(params, final_state),
+ReachCheck<P>::ReachCheck(const P& process, const configuration::SearchOptions& options,
+                          configuration::Enabledness enabledness)
+    : configuration::SearchEngine<P>(process,
+                                     adapted(options, enabledness),
                                      {"there is a reachable state satisfying the predicate",
                                       "no reachable state satisfies the predicate"}),
-      via_dummies_{this->params().get("enable_via_dummies") != 0},
       property_{missing_property()} {
   if (auto property = read_property()) property_ = std::move(property);
   if constexpr (P::NetType::has_signals && !P::is_merged) {
-    if (final_state == FinalState::marking) return;
+    if (enabledness == configuration::Enabledness::direct) return;
     if (configuration::has_dummy_cutoffs(process)) {
       base::print_warning("there are dummy cut-offs; the result will not be reliable");
     } else if (configuration::has_edges_cut_at_dummies(process)) {
@@ -77,11 +74,9 @@ ReachCheck<P>::ReachCheck(const P& process, const base::Params& params, FinalSta
 }
 
 template <net::Process P>
-void ReachCheck<P>::encode(sat::ClauseGroup group) {
-  auto& vars = this->configuration(0);
-  this->encode_configuration(vars, group);
-  normal_form_ =
-      reachlang::encode_predicate(*property_, this->process(), vars, via_dummies_, group);
+void ReachCheck<P>::encode(sat::ClauseGroup) {
+  this->instance().add_configuration();
+  normal_form_ = reachlang::encode_predicate(*property_, this->instance().state(0));
 }
 
 template <net::Process P>
@@ -89,7 +84,9 @@ bool ReachCheck<P>::validate(const results::Solution& solution) const {
   assert(solution.traces.size() == 1 && normal_form_);
   if (!configuration::SearchEngine<P>::validate(solution)) return false;
   const auto events = configuration::events_of(this->process(), solution.traces.front());
-  return reachlang::check_predicate<P>(*normal_form_, this->process(), events, via_dummies_);
+  return reachlang::check_predicate(
+      *normal_form_, configuration::FinalState<P>(this->structure(), events,
+                                                  this->options().encoding.enabledness));
 }
 
 #define INSTANTIATE(P) template class ReachCheck<P>;

@@ -11,25 +11,18 @@
 
 namespace vorel::reach {
 
-// What a configuration ends in.
-enum class FinalState : std::uint8_t {
-  marking,    // -F: any configuration, whose last events may be dummies
-  stg_state,  // -Fs: none ends in a dummy, and what dummies lead to counts as enabled
-};
-
 template <net::Process P>
 class ReachCheck : public configuration::SearchEngine<P> {
  public:
   // Reads the property from the argument of -d, or from the file that it names. After a reported
   // error the engine must not be run. Only a prefix of an STG has STG states.
-  ReachCheck(const P& process, const base::Params& params, FinalState final_state);
+  ReachCheck(const P& process, const configuration::SearchOptions& options, configuration::Enabledness enabledness);
 
  protected:
   void encode(sat::ClauseGroup group) override;
   bool validate(const results::Solution& solution) const override;
 
  private:
-  const bool via_dummies_;
   std::unique_ptr<reachlang::ReachExpr> property_;
   std::optional<reachlang::NormalForm> normal_form_;  // what was encoded
 };

@@ -280,18 +280,14 @@ void NodeOperators<P>::append_related(ReachOp op, const ReachNodeRef& node, Indi
         return result.push_back(transition->signal->index);
       }
       break;
-    case ReachOp::conditions_of: {
-      const auto conditions = index_.conditions_of(node.index);
-      result.insert(result.end(), conditions.begin(), conditions.end());
-      return;
-    }
+    case ReachOp::conditions_of:
+      return append_indices(index_.instances().conditions_of({node.index}), result);
     default:
       assert(op == ReachOp::events_of);
       return append_instances(node, result);
   }
   if constexpr (has_signals) {
-    const auto transitions = index_.transitions_of(node.index);
-    result.insert(result.end(), transitions.begin(), transitions.end());
+    append_indices(index_.instances().transitions_of({node.index}), result);
   }
 }
 
@@ -318,13 +314,13 @@ void NodeOperators<P>::append_neighbours(ReachOp op, const ReachNodeRef& node,
 
 template <net::Process P>
 void NodeOperators<P>::append_instances(const ReachNodeRef& node, Indices& result) {
-  const auto append = [&](std::uint32_t transition) {
-    const auto events = index_.events_of(transition);
-    result.insert(result.end(), events.begin(), events.end());
-  };
-  if (node.kind == BaseType::transition) return append(node.index);
+  if (node.kind == BaseType::transition) {
+    return append_indices(
+        index_.instances().events_of(base::Id<typename P::NetType::Transition>{node.index}),
+        result);
+  }
   if constexpr (has_signals) {
-    for (const std::uint32_t transition : index_.transitions_of(node.index)) append(transition);
+    append_indices(index_.instances().events_of(net::SignalId{node.index}), result);
   }
 }
 

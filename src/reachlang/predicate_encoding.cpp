@@ -7,169 +7,55 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
-#include "configuration/configuration_encoding.h"
 #include "reachlang/expansion.h"
-#include "reachlang/process_index.h"
 #include "sat/integer_circuit.h"
 
 namespace vorel::reachlang {
 namespace {
 
-// The literals of the atoms. Each is asked for once for every polarity; the cells of conditions,
-// events and transitions are shared by the atoms that speak of them.
+// The literals of the atoms.
 template <net::Process P>
 class AtomEncoder {
  public:
-  AtomEncoder(const P& process, configuration::ConfigurationVars<P>& vars, bool via_dummies,
-              sat::ClauseGroup group)
-      : process_{process},
-        index_{process},
-        vars_{vars},
-        via_dummies_{via_dummies},
-        group_{group},
-        enabled_events_(process.events.size()),
-        is_visited_(process.events.size()) {}
+  explicit AtomEncoder(configuration::StateLiterals<P>& state)
+      : process_{state.vars().process()}, state_{state} {}
 
   sat::Lit literal_of(ReachOp op, const ReachNodeRef& node, sat::Polarity polarity) {
     if (op == ReachOp::state) return state_of(node, polarity);
     if (op == ReachOp::enabled) return enabledness_of(node, polarity);
     assert(op == ReachOp::next_state && node.kind == BaseType::signal);
-    const sat::Lit now = state_of(node, sat::default_polarity);
-    const sat::Lit changes = enabledness_of(node, sat::default_polarity);
-    return vars_.formula.make_gate({sat::GateXor, {now, changes}}, group_, polarity);
-  }
-
- private:
-  using Event = typename P::Event;
-
-  sat::Lit state_of(const ReachNodeRef& node, sat::Polarity polarity) {
-    switch (node.kind) {
-      case BaseType::condition:
-        return configuration::marked_lit(vars_, *process_.conditions[node.index], group_, polarity);
-      case BaseType::event: {
-        const Event& event = *process_.events[node.index];
-        return event.is_cut_off() ? sat::LitFalse : configuration::event_lit(vars_, event);
-      }
-      case BaseType::place:
-        return marked_place(node.index, polarity);
-      default:
-        assert(node.kind == BaseType::signal);
-        return signal_value(node.index, polarity);
-    }
-  }
-
-  sat::Lit marked_place(std::uint32_t place, sat::Polarity polarity) {
-    sat::LitCell& cell = vars_.places[*process_.places[place]];
-    if (cell.serves(polarity)) return cell.lit;
-    sat::Lits marked;
-    for (const std::uint32_t condition : index_.conditions_of(place)) {
-      marked.push_back(
-          configuration::marked_lit(vars_, *process_.conditions[condition], group_, polarity));
-    }
-    return vars_.formula.define_gate(cell, sat::GateOr, marked, group_, polarity);
-  }
-
-  // The initial value, changed by every edge that has happened.
-  sat::Lit signal_value(std::uint32_t signal, sat::Polarity polarity) {
-    if constexpr (P::NetType::has_signals) {
-      sat::Lits edges;
-      for (const std::uint32_t transition : index_.transitions_of(signal)) {
-        for (const std::uint32_t event : index_.events_of(transition)) {
-          const Event& edge = *process_.events[event];
-          if (!edge.is_cut_off()) edges.push_back(configuration::event_lit(vars_, edge));
-        }
-      }
-      const bool is_high = process_.signals[signal]->initial_value == 1;
-      // The complement has the other half of the definition.
-      const sat::Polarity inner = is_high ? -polarity : polarity;
-      return vars_.formula.make_gate({sat::GateXor, edges}, group_, inner) ^ is_high;
-    }
+    if constexpr (P::NetType::has_signals) return state_.next_value({node.index});
     return sat::LitUninit;
   }
 
+ private:
+  sat::Lit state_of(const ReachNodeRef& node, sat::Polarity polarity) {
+    switch (node.kind) {
+      case BaseType::condition:
+        return state_.vars().marked_lit(*process_.conditions[node.index], polarity);
+      case BaseType::event:
+        return state_.vars().event_lit(*process_.events[node.index]);
+      case BaseType::place:
+        return state_.marked(*process_.places[node.index], polarity);
+      default:
+        assert(node.kind == BaseType::signal);
+        if constexpr (P::NetType::has_signals) return state_.code({node.index});
+        return sat::LitUninit;
+    }
+  }
+
   sat::Lit enabledness_of(const ReachNodeRef& node, sat::Polarity polarity) {
-    if (node.kind == BaseType::event) return enabled_event(*process_.events[node.index], polarity);
-    if (node.kind == BaseType::transition) return enabled_transition(node.index, polarity);
-    sat::Lits enabled;
-    if constexpr (P::NetType::has_signals) {
-      for (const std::uint32_t transition : index_.transitions_of(node.index)) {
-        enabled.push_back(enabled_transition(transition, polarity));
-      }
+    if (node.kind == BaseType::event) return state_.enabled(*process_.events[node.index], polarity);
+    if (node.kind == BaseType::transition) {
+      return state_.enabled(*process_.transitions[node.index], polarity);
     }
-    return vars_.formula.make_gate({sat::GateOr, enabled}, group_, polarity);
-  }
-
-  sat::Lit enabled_transition(std::uint32_t transition, sat::Polarity polarity) {
-    sat::LitCell& cell = vars_.transitions[*process_.transitions[transition]];
-    if (cell.serves(polarity)) return cell.lit;
-    if constexpr (P::is_merged) {
-      // A configuration may go on behind a cut-off, where what is enabled has no event.
-      sat::Lits marked;
-      for (const auto* place : process_.transitions[transition]->preset) {
-        marked.push_back(marked_place(place->index, polarity));
-      }
-      return vars_.formula.define_gate(cell, sat::GateAnd, marked, group_, polarity);
-    }
-    sat::Lits enabled;
-    for (const std::uint32_t event : index_.events_of(transition)) {
-      enabled.push_back(enabled_event(*process_.events[event], polarity));
-    }
-    return vars_.formula.define_gate(cell, sat::GateOr, enabled, group_, polarity);
-  }
-
-  sat::Lit enabled_event(const Event& event, sat::Polarity polarity) {
-    sat::LitCell& cell = enabled_events_[event];
-    if (cell.serves(polarity)) return cell.lit;
-    sat::Lits needed;
-    if (via_dummies_) {
-      append_needs_before_dummies(event, needed);
-    } else {
-      for (const auto* condition : event.preset) {
-        needed.push_back(configuration::marked_lit(vars_, *condition, group_, polarity));
-      }
-    }
-    return vars_.formula.define_gate(cell, sat::GateAnd, needed, group_, polarity);
-  }
-
-  // Dummies alone lead to the event if the edges that they and the event wait for have happened,
-  // while neither the event nor a rival for any condition on the way has. The dummies themselves
-  // may have fired or not.
-  void append_needs_before_dummies(const Event& target, sat::Lits& needed) {
-    if constexpr (P::NetType::has_signals && !P::is_merged) {
-      std::vector<const Event*> stack{&target}, visited{&target};
-      is_visited_[target] = true;
-      if (!target.is_cut_off()) needed.push_back(~configuration::event_lit(vars_, target));
-      while (!stack.empty()) {
-        const Event& event = *stack.back();
-        stack.pop_back();
-        for (const auto* condition : event.preset) {
-          const Event* producer = condition->pre_event;
-          if (producer != nullptr && !is_visited_[*producer]) {
-            is_visited_[*producer] = true;
-            visited.push_back(producer);
-            if (producer->transition->signal->is_dummy()) {
-              stack.push_back(producer);
-            } else {
-              needed.push_back(configuration::event_lit(vars_, *producer));
-            }
-          }
-          for (const Event* rival : condition->postset) {
-            const bool counts = rival != &event && !rival->is_cut_off();
-            if (counts) needed.push_back(~configuration::event_lit(vars_, *rival));
-          }
-        }
-      }
-      for (const Event* event : visited) is_visited_[*event] = false;
-    }
+    assert(node.kind == BaseType::signal);
+    if constexpr (P::NetType::has_signals) return state_.excited({node.index}, polarity);
+    return sat::LitUninit;
   }
 
   const P& process_;
-  ProcessIndex<P> index_;
-  configuration::ConfigurationVars<P>& vars_;
-  const bool via_dummies_;
-  const sat::ClauseGroup group_;
-  base::IndexedBy<Event, sat::LitCell> enabled_events_;
-  base::IndexedBy<Event, bool> is_visited_;  // scratch, all false between walks
+  configuration::StateLiterals<P>& state_;
 };
 
 // A node gets its literal after its operands, and only the half of its definition that what uses it
@@ -177,13 +63,11 @@ class AtomEncoder {
 template <net::Process P>
 class PredicateEncoder {
  public:
-  PredicateEncoder(const ReachExpr& expr, const P& process,
-                   configuration::ConfigurationVars<P>& vars, bool via_dummies,
-                   sat::ClauseGroup group)
+  PredicateEncoder(const ReachExpr& expr, configuration::StateLiterals<P>& state)
       : expr_{expr},
-        formula_{vars.formula},
-        group_{group},
-        atoms_{process, vars, via_dummies, group},
+        formula_{state.vars().formula()},
+        group_{state.vars().group()},
+        atoms_{state},
         uses_(expr.size(), 0),
         literals_(expr.size()) {}
 
@@ -300,12 +184,12 @@ void show(std::string_view title, const ReachExpr& expr, const ReachNode& node) 
 }  // namespace
 
 template <net::Process P>
-std::optional<NormalForm> encode_predicate(const ReachExpr& property, const P& process,
-                                           configuration::ConfigurationVars<P>& vars,
-                                           bool via_dummies, sat::ClauseGroup group) {
+std::optional<NormalForm> encode_predicate(const ReachExpr& property,
+                                           configuration::StateLiterals<P>& state) {
   show("\n Predicate before normalisation: ", property, property.root());
+  configuration::ConfigurationVars<P>& vars = state.vars();
   std::string fault;
-  auto normal = normalise(property, process, fault);
+  auto normal = normalise(property, vars.process(), fault);
   if (!normal) {
     base::print_error("failed to expand reachability expression:\n" + fault);
     return {};
@@ -315,17 +199,17 @@ std::optional<NormalForm> encode_predicate(const ReachExpr& property, const P& p
   if (base::verbosity() >= 3) std::cerr << '\n';
   if (normal->formula.is_constant(normal->root)) {
     std::cout << "\n Trivial case\n";
-    if (!normal->formula.is_true(normal->root)) vars.formula.add_clause({}, group);
+    if (!normal->formula.is_true(normal->root)) vars.formula().add_clause({}, vars.group());
   } else {
-    PredicateEncoder<P> encoder(expr, process, vars, via_dummies, group);
-    vars.formula.add_unit(encoder.run(normal->root), group);
+    PredicateEncoder<P> encoder(expr, state);
+    vars.formula().add_unit(encoder.run(normal->root), vars.group());
   }
   return normal;
 }
 
-#define INSTANTIATE(P)                                    \
-  template std::optional<NormalForm> encode_predicate<P>( \
-      const ReachExpr&, const P&, configuration::ConfigurationVars<P>&, bool, sat::ClauseGroup);
+#define INSTANTIATE(P)                                                     \
+  template std::optional<NormalForm> encode_predicate<P>(const ReachExpr&, \
+                                                         configuration::StateLiterals<P>&);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 

@@ -17,14 +17,6 @@
 namespace vorel::synthesis {
 namespace {
 
-base::Params adapted(base::Params params, SynthesisStyle style) {
-  params.set("synthesis_type", static_cast<std::int32_t>(style));
-  params.set("method", 0);
-  params.set("all_solutions", 0x7FFFFFFF);
-  params.set("min_cost", 0);
-  return params;
-}
-
 std::vector<CodeArc> reversed(std::vector<CodeArc> arcs) {
   for (auto& [from, to] : arcs) std::swap(from, to);
   return arcs;
@@ -43,15 +35,16 @@ std::string_view suffix_of(FunctionPhase phase) {
 
 }  // namespace
 
-EquationSearch::EquationSearch(const net::StgPrefix& prefix, const base::Params& params,
-                               SynthesisStyle style, std::size_t max_codes)
+EquationSearch::EquationSearch(const net::StgPrefix& prefix,
+                               const configuration::SearchOptions& options, SynthesisStyle style,
+                               std::size_t max_codes)
     : prefix_{prefix},
-      params_{adapted(params, style)},
       style_{style},
+      output_configurations_{options.output_configurations},
       structure_{prefix},
       triggers_{structure_},
-      support_search_{structure_, params_, style},
-      state_search_{structure_, params_, style, max_codes} {
+      support_search_{structure_, options.encoding, style},
+      state_search_{structure_, options.encoding, style, max_codes} {
   if (configuration::has_dummy_cutoffs(prefix)) {
     base::print_warning("there are dummy cut-offs; the result will not be reliable");
   }
@@ -59,39 +52,41 @@ EquationSearch::EquationSearch(const net::StgPrefix& prefix, const base::Params&
 
 void EquationSearch::run() {
   using enum FunctionPhase;
-  const auto derive_all = [this](std::uint32_t signal) {
-    if (has_two_functions(style_)) return derive(signal, set) && derive(signal, reset);
-    return derive(signal, next_state);
+  const auto derive_all = [this](net::SignalId signal) {
+    if (has_two_functions(style_)) return derive({signal, set}) && derive({signal, reset});
+    return derive({signal, next_state});
   };
-  for (std::uint32_t signal = prefix_.inputs_end; signal < prefix_.internals_end; ++signal) {
+  for (const net::SignalId signal : prefix_.driven_signals()) {
     if (derive_all(signal)) continue;
     report_.solutions.clear();
+    solutions_.clear();
     return;
   }
 }
 
-bool EquationSearch::derive(std::uint32_t signal, FunctionPhase phase) {
-  const SignalList& triggers = triggers_.triggers(signal, phase);
+bool EquationSearch::derive(SignalFunction function) {
+  const SignalList& triggers = triggers_.triggers(function);
   auto solution = std::make_unique<SignalSolution>(
-      params_.get("output_configurations") != 0,
-      prefix_.signals[signal]->name + std::string(suffix_of(phase)), names_of(triggers));
-  for (const SignalList& support : support_search_.supports(signal, phase, triggers)) {
-    solution->alternatives.push_back(implementation(signal, phase, support));
+      output_configurations_,
+      base::element(prefix_.signals, function.signal).name + std::string(suffix_of(function.phase)),
+      names_of(triggers));
+  for (const SignalList& support : support_search_.supports(function, triggers)) {
+    solution->alternatives.push_back(implementation({function, support}));
     if (base::run_failed()) break;
   }
   if (base::run_failed()) return false;
   assert(!solution->alternatives.empty());
   std::ranges::stable_sort(solution->alternatives, is_better);
+  solutions_.push_back(solution.get());
   report_.add(std::move(solution));
   return true;
 }
 
-SignalImplementation EquationSearch::implementation(std::uint32_t signal, FunctionPhase phase,
-                                                    const SignalList& support) {
+SignalImplementation EquationSearch::implementation(const ProjectedFunction& projected) {
   SignalImplementation result;
-  result.context = names_of(support);
-  result.self = std::ranges::binary_search(support, signal);
-  const StateSets sets = state_search_.collect(signal, phase, support);
+  result.context = names_of(projected.support);
+  result.self = std::ranges::binary_search(projected.support, projected.function.signal);
+  const StateSets sets = state_search_.collect(projected);
   if (base::run_failed()) return result;
   if (style_ == SynthesisStyle::four_sets) result.covers = sets.four_sets;
   const toolkit::Cover on = minimised(sets.on, sets.off, sets.arcs);
@@ -113,7 +108,8 @@ toolkit::Cover EquationSearch::minimised(const toolkit::Cover& on, const toolkit
 std::vector<std::string> EquationSearch::names_of(const SignalList& signals) const {
   std::vector<std::string> names;
   names.reserve(signals.size());
-  for (const std::uint32_t signal : signals) names.push_back(prefix_.signals[signal]->name);
+  for (const net::SignalId signal : signals)
+    names.push_back(base::element(prefix_.signals, signal).name);
   return names;
 }
 
@@ -134,16 +130,12 @@ void EquationSearch::report() const {
   const results::VerdictMessages sentences = messages();
   std::cout << '\n' << (report_.solutions.empty() ? sentences.empty : sentences.found) << '\n';
   if (is_document) return;
-  std::vector<const SignalSolution*> solutions;
-  for (const auto& solution : report_.solutions) {
-    solutions.push_back(static_cast<const SignalSolution*>(solution.get()));
-  }
   std::cout.flush();  // the file can be the standard output, by another name
   base::OutputFile file(file_name);
   if (!file.is_open()) {
     base::print_warning(base::cannot_open_for_output(file_name));
-    write_verilog(std::cerr, prefix_, style_, solutions);
-  } else if (write_verilog(file.stream(), prefix_, style_, solutions) && !file.commit()) {
+    write_verilog(std::cerr, prefix_, style_, solutions_);
+  } else if (write_verilog(file.stream(), prefix_, style_, solutions_) && !file.commit()) {
     base::print_error("cannot write a file");
   }
 }

@@ -9,7 +9,6 @@
 
 #include <ostream>
 
-#include "base/params.h"
 #include "results/report.h"
 #include "synthesis/signal_solution.h"
 #include "synthesis/state_sets.h"
@@ -22,8 +21,8 @@ class EquationSearch {
  public:
   // Refers to the prefix; warns of dummy cut-offs. Functions of more codes than allowed are found
   // as cubes (StateSetSearch).
-  EquationSearch(const net::StgPrefix& prefix, const base::Params& params, SynthesisStyle style,
-                 std::size_t max_codes = StateSetSearch::usual_max_codes);
+  EquationSearch(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
+                 SynthesisStyle style, std::size_t max_codes = StateSetSearch::usual_max_codes);
 
   // Without a conflict of codes that stands in the way every signal gets its solutions; else the
   // conflict is reported, and there are none.
@@ -39,22 +38,22 @@ class EquationSearch {
   }
 
  private:
-  bool derive(std::uint32_t signal, FunctionPhase phase);
-  SignalImplementation implementation(std::uint32_t signal, FunctionPhase phase,
-                                      const SignalList& support);
+  bool derive(SignalFunction function);
+  SignalImplementation implementation(const ProjectedFunction& projected);
   toolkit::Cover minimised(const toolkit::Cover& on, const toolkit::Cover& off,
                            const std::vector<CodeArc>& arcs) const;
   std::vector<std::string> names_of(const SignalList& signals) const;
   results::VerdictMessages messages() const;
 
   const net::StgPrefix& prefix_;
-  const base::Params params_;
   const SynthesisStyle style_;
-  const configuration::StateStructure structure_;
+  const bool output_configurations_;
+  const configuration::StateStructure<net::StgPrefix> structure_;
   const TriggerTable triggers_;
   SupportSearch support_search_;
   StateSetSearch state_search_;
   results::Report report_;
+  std::vector<const SignalSolution*> solutions_;  // those of the report
 };
 
 }  // namespace vorel::synthesis

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
+
+#include "net/net.h"
 
 namespace vorel::synthesis {
 
@@ -18,6 +21,24 @@ enum class FunctionPhase : std::uint8_t {
   set = 0,         // true where the signal rises
   reset = 1,       // true where it falls
   next_state = 2,  // the value that the signal has or is about to take
+};
+
+// One function of one signal.
+struct SignalFunction {
+  net::SignalId signal;
+  FunctionPhase phase = FunctionPhase::next_state;
+
+  // The value that the signal takes where the function is true.
+  bool target() const { return phase != FunctionPhase::reset; }
+};
+
+using SignalList = std::vector<net::SignalId>;  // ascending
+
+// A function as one of the signals of a support, in ascending order: position i of a code is the
+// i-th of them. Refers to the support.
+struct ProjectedFunction {
+  SignalFunction function;
+  const SignalList& support;
 };
 
 // Whether a signal is derived as a pair of SET and RESET.

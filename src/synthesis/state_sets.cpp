@@ -31,18 +31,17 @@ toolkit::Cube expanded(toolkit::Cube cube, IsAllowed is_allowed) {
 
 }  // namespace
 
-StateSets StateSetSearch::collect(std::uint32_t signal, FunctionPhase phase,
-                                  const SignalList& support) {
+StateSets StateSetSearch::collect(const ProjectedFunction& projected) {
   // Definitions come before the first solve, so that every model has their values.
-  states_.state(0).next_value(signal);
-  for (const std::uint32_t other : support) states_.state(0).code(other);
+  states_.state(0).next_value(projected.function.signal);
+  for (const net::SignalId other : projected.support) states_.state(0).code(other);
   // Decomposition needs every code; what it asks for is small.
   const bool is_bounded = style_ != SynthesisStyle::four_sets;
   codes_left_ = is_bounded ? max_codes_ : ~std::size_t{0};
-  StateSets sets = empty_sets(support);
-  if (collect_codes(signal, phase, support, sets) || base::run_failed()) return sets;
-  sets = empty_sets(support);
-  collect_cubes(signal, phase, support, sets);
+  StateSets sets = empty_sets(projected.support);
+  if (collect_codes(projected, sets) || base::run_failed()) return sets;
+  sets = empty_sets(projected.support);
+  collect_cubes(projected, sets);
   return sets;
 }
 
@@ -53,39 +52,37 @@ StateSets StateSetSearch::empty_sets(const SignalList& support) const {
   return sets;
 }
 
-bool StateSetSearch::collect_codes(std::uint32_t signal, FunctionPhase phase,
-                                   const SignalList& support, StateSets& sets) {
+bool StateSetSearch::collect_codes(const ProjectedFunction& projected, StateSets& sets) {
   switch (style_) {
     case SynthesisStyle::complex_gate:
-      return collect_all(signal, support, sets);
+      return collect_all(projected, sets);
     case SynthesisStyle::four_sets:
-      return collect_four_sets(signal, support, sets);
+      return collect_four_sets(projected, sets);
     case SynthesisStyle::generalised_c:
-      return collect_excited_and_opposite(signal, phase, support, sets);
+      return collect_excited_and_opposite(projected, sets);
     default:
       assert(style_ == SynthesisStyle::standard_c);
-      return collect_excited_and_opposite(signal, phase, support, sets) &&
-             collect_arcs(signal, phase, support, sets);
+      return collect_excited_and_opposite(projected, sets) && collect_arcs(projected, sets);
   }
 }
 
-bool StateSetSearch::collect_all(std::uint32_t signal, const SignalList& support, StateSets& sets) {
+bool StateSetSearch::collect_all(const ProjectedFunction& projected, StateSets& sets) {
   const sat::ClauseGroup blocked = states_.formula().new_group();
-  const bool is_complete = enumerate(
-      signal, support, blocked, [&sets](const toolkit::Cube& code, configuration::Region region) {
-        (configuration::next_value(region) ? sets.on : sets.off).add(code);
-      });
+  const bool is_complete =
+      enumerate(projected, blocked,
+                [&sets](const toolkit::Cube& code, configuration::Region region) {
+                  (configuration::next_value(region) ? sets.on : sets.off).add(code);
+                });
   states_.formula().remove_group(blocked);
   return is_complete;
 }
 
 // A code can stand for an excited and for a stable state: the excited ones are found first, and
 // keep it.
-bool StateSetSearch::collect_four_sets(std::uint32_t signal, const SignalList& support,
-                                       StateSets& sets) {
+bool StateSetSearch::collect_four_sets(const ProjectedFunction& projected, StateSets& sets) {
   sat::CnfFormula& formula = states_.formula();
   const sat::ClauseGroup blocked = formula.new_group();
-  const sat::Lit excited = states_.state(0).excited(signal);
+  const sat::Lit excited = states_.state(0).excited(projected.function.signal);
   const auto visit = [&sets](const toolkit::Cube& code, configuration::Region region) {
     sets.four_sets[static_cast<std::size_t>(region)].add(code);
     (configuration::next_value(region) ? sets.on : sets.off).add(code);
@@ -94,7 +91,7 @@ bool StateSetSearch::collect_four_sets(std::uint32_t signal, const SignalList& s
   for (const sat::Lit wanted : {excited, ~excited}) {
     const sat::ClauseGroup group = formula.new_group();
     formula.add_unit(wanted, group);
-    is_complete = is_complete && enumerate(signal, support, blocked, visit);
+    is_complete = is_complete && enumerate(projected, blocked, visit);
     formula.remove_group(group);
   }
   formula.remove_group(blocked);
@@ -102,20 +99,20 @@ bool StateSetSearch::collect_four_sets(std::uint32_t signal, const SignalList& s
 }
 
 // Where the signal stays at the value that the function drives it to, the function is free.
-bool StateSetSearch::collect_excited_and_opposite(std::uint32_t signal, FunctionPhase phase,
-                                                  const SignalList& support, StateSets& sets) {
+bool StateSetSearch::collect_excited_and_opposite(const ProjectedFunction& projected,
+                                                  StateSets& sets) {
   sat::CnfFormula& formula = states_.formula();
-  const bool target = phase == FunctionPhase::set;
+  const bool target = projected.function.target();
   const sat::ClauseGroup blocked = formula.new_group();
   const sat::ClauseGroup excited = formula.new_group();
-  states_.add_excited(0, signal, target, excited);
+  states_.add_excited(0, projected.function.signal, target, excited);
   bool is_complete =
-      enumerate(signal, support, blocked,
+      enumerate(projected, blocked,
                 [&sets](const toolkit::Cube& code, configuration::Region) { sets.on.add(code); });
   formula.remove_group(excited);
   const sat::ClauseGroup opposite = formula.new_group();
-  formula.add_unit(states_.state(0).next_value(signal) ^ target, opposite);
-  is_complete = is_complete && enumerate(signal, support, blocked,
+  formula.add_unit(states_.state(0).next_value(projected.function.signal) ^ target, opposite);
+  is_complete = is_complete && enumerate(projected, blocked,
                                          [&sets](const toolkit::Cube& code, configuration::Region) {
                                            sets.off.add(code);
                                          });
@@ -126,26 +123,25 @@ bool StateSetSearch::collect_excited_and_opposite(std::uint32_t signal, Function
 
 // The edges of other signals in states where the signal stays at its value. A code comes again only
 // with a further excited signal.
-bool StateSetSearch::collect_arcs(std::uint32_t signal, FunctionPhase phase,
-                                  const SignalList& support, StateSets& sets) {
+bool StateSetSearch::collect_arcs(const ProjectedFunction& projected, StateSets& sets) {
   sat::CnfFormula& formula = states_.formula();
-  configuration::StateLiterals& state = states_.state(0);
-  const bool value = phase == FunctionPhase::set;
+  auto& state = states_.state(0);
+  const bool value = projected.function.target();
   const sat::ClauseGroup group = formula.new_group();
-  formula.add_unit(state.code(signal) ^ !value, group);
-  states_.add_not_excited(0, signal, !value, group);
+  formula.add_unit(state.code(projected.function.signal) ^ !value, group);
+  states_.add_not_excited(0, projected.function.signal, !value, group);
   sat::Lits changes;
-  for (const std::uint32_t other : support) {
-    if (other != signal) changes.push_back(state.excited(other));
+  for (const net::SignalId other : projected.support) {
+    if (other != projected.function.signal) changes.push_back(state.excited(other));
   }
   formula.add_clause(changes, group);
   while (!base::run_failed() && codes_left_ > 0 && solve()) {
     --codes_left_;
-    const toolkit::Cube code = code_of_model(support);
-    sat::Lits clause = other_code(support);
-    for (std::size_t i = 0; i < support.size(); ++i) {
-      if (support[i] == signal) continue;
-      const sat::Lit excited = state.excited(support[i]);
+    const toolkit::Cube code = code_of_model(projected.support);
+    sat::Lits clause = other_code(projected.support);
+    for (std::size_t i = 0; i < projected.support.size(); ++i) {
+      if (projected.support[i] == projected.function.signal) continue;
+      const sat::Lit excited = state.excited(projected.support[i]);
       if (!formula.is_true(excited)) {
         clause.push_back(excited);
         continue;
@@ -161,34 +157,33 @@ bool StateSetSearch::collect_arcs(std::uint32_t signal, FunctionPhase phase,
   return codes_left_ > 0;
 }
 
-bool StateSetSearch::enumerate(std::uint32_t signal, const SignalList& support,
-                               sat::ClauseGroup blocked, const Visit& visit) {
+bool StateSetSearch::enumerate(const ProjectedFunction& projected, sat::ClauseGroup blocked,
+                               const Visit& visit) {
   while (!base::run_failed() && codes_left_ > 0 && solve()) {
     --codes_left_;
-    visit(code_of_model(support), states_.region(0, signal));
-    states_.formula().add_clause(other_code(support), blocked);
+    visit(code_of_model(projected.support), states_.region(0, projected.function.signal));
+    states_.formula().add_clause(other_code(projected.support), blocked);
   }
   return codes_left_ > 0;
 }
 
 // The ON-set may take what no state needs, the OFF-set what is left.
-void StateSetSearch::collect_cubes(std::uint32_t signal, FunctionPhase phase,
-                                   const SignalList& support, StateSets& sets) {
-  const bool target = phase != FunctionPhase::reset;
-  const sat::Lit next = states_.state(0).next_value(signal) ^ !target;
+void StateSetSearch::collect_cubes(const ProjectedFunction& projected, StateSets& sets) {
+  const bool target = projected.function.target();
+  const sat::Lit next = states_.state(0).next_value(projected.function.signal) ^ !target;
   const bool has_two = has_two_functions(style_);
   const Constraint on = [&, this](sat::ClauseGroup group) {
-    if (has_two) return states_.add_excited(0, signal, target, group);
+    if (has_two) return states_.add_excited(0, projected.function.signal, target, group);
     states_.formula().add_unit(next, group);
   };
   const Constraint off = [&, this](sat::ClauseGroup group) {
     if (style_ == SynthesisStyle::standard_c) {
-      return states_.add_not_excited(0, signal, target, group);
+      return states_.add_not_excited(0, projected.function.signal, target, group);
     }
     states_.formula().add_unit(~next, group);
   };
-  sets.on = cubes_without(support, on, off);
-  sets.off = cubes_outside(support, off, sets.on);
+  sets.on = cubes_without(projected.support, on, off);
+  sets.off = cubes_outside(projected.support, off, sets.on);
 }
 
 toolkit::Cover StateSetSearch::cubes_without(const SignalList& support, const Constraint& wanted,

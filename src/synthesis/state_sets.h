@@ -13,7 +13,6 @@
 
 #include "configuration/state_formula.h"
 #include "synthesis/function_phase.h"
-#include "synthesis/support_search.h"
 #include "toolkit/cover.h"
 
 namespace vorel::synthesis {
@@ -21,7 +20,7 @@ namespace vorel::synthesis {
 // From a code to the code after one edge of a signal of the support.
 using CodeArc = std::pair<toolkit::Cube, toolkit::Cube>;
 
-// Covers over the signals of a support, in ascending order: position i is the i-th of them.
+// Covers over the signals of a support.
 struct StateSets {
   toolkit::Cover on, off;     // where the function is true, where it is false
   std::vector<CodeArc> arcs;  // within the region where the signal is stable; standard-C only
@@ -32,15 +31,16 @@ class StateSetSearch {
  public:
   static constexpr std::size_t usual_max_codes = 1000;
 
-  StateSetSearch(const configuration::StateStructure& structure, const base::Params& params,
-                 SynthesisStyle style, std::size_t max_codes = usual_max_codes)
-      : states_{structure, params, 1}, style_{style}, max_codes_{max_codes} {}
+  StateSetSearch(const configuration::StateStructure<net::StgPrefix>& structure,
+                 const configuration::EncodingOptions& options, SynthesisStyle style,
+                 std::size_t max_codes = usual_max_codes)
+      : states_{structure, options, 1}, style_{style}, max_codes_{max_codes} {}
 
   // The support must be one of the function. Incomplete after a reported error. Up to max_codes
   // codes are listed one by one; of a function with more, ON and OFF are cubes that have been
   // expanded as far as no state speaks against it, and there are no arcs: then a function of
   // standard-C is false wherever its signal is stable.
-  StateSets collect(std::uint32_t signal, FunctionPhase phase, const SignalList& support);
+  StateSets collect(const ProjectedFunction& projected);
 
   std::uint64_t solve_calls() const { return solve_calls_; }
 
@@ -50,18 +50,13 @@ class StateSetSearch {
 
   // Each code of a state that satisfies the clauses of the groups, once; those visited before with
   // the same `blocked` group are left out. False when there are too many.
-  bool enumerate(std::uint32_t signal, const SignalList& support, sat::ClauseGroup blocked,
-                 const Visit& visit);
-  bool collect_all(std::uint32_t signal, const SignalList& support, StateSets& sets);
-  bool collect_four_sets(std::uint32_t signal, const SignalList& support, StateSets& sets);
-  bool collect_excited_and_opposite(std::uint32_t signal, FunctionPhase phase,
-                                    const SignalList& support, StateSets& sets);
-  bool collect_arcs(std::uint32_t signal, FunctionPhase phase, const SignalList& support,
-                    StateSets& sets);
-  bool collect_codes(std::uint32_t signal, FunctionPhase phase, const SignalList& support,
-                     StateSets& sets);
-  void collect_cubes(std::uint32_t signal, FunctionPhase phase, const SignalList& support,
-                     StateSets& sets);
+  bool enumerate(const ProjectedFunction& projected, sat::ClauseGroup blocked, const Visit& visit);
+  bool collect_all(const ProjectedFunction& projected, StateSets& sets);
+  bool collect_four_sets(const ProjectedFunction& projected, StateSets& sets);
+  bool collect_excited_and_opposite(const ProjectedFunction& projected, StateSets& sets);
+  bool collect_arcs(const ProjectedFunction& projected, StateSets& sets);
+  bool collect_codes(const ProjectedFunction& projected, StateSets& sets);
+  void collect_cubes(const ProjectedFunction& projected, StateSets& sets);
   // Covers the codes of the states that satisfy `wanted` by cubes without a code of the others.
   toolkit::Cover cubes_without(const SignalList& support, const Constraint& wanted,
                                const Constraint& others);

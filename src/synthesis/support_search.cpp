@@ -23,7 +23,7 @@ toolkit::Cover supports_meeting(const std::vector<SignalList>& differences, std:
   toolkit::Cover cover(width, false);
   for (const SignalList& difference : differences) {
     toolkit::Cube cube(width, toolkit::Ternary::dash);
-    for (const std::uint32_t signal : difference) cube.set(signal, toolkit::Ternary::zero);
+    for (const net::SignalId signal : difference) cube.set(signal.value, toolkit::Ternary::zero);
     cover.add(std::move(cube));
   }
   std::size_t fewest = 1;
@@ -49,7 +49,7 @@ std::vector<toolkit::Cube> smallest_first(const toolkit::Cover& cover) {
 SignalList with_triggers(const toolkit::Cube& cube, const SignalList& triggers) {
   SignalList support = triggers;
   for (std::uint32_t signal = 0; signal < cube.size(); ++signal) {
-    if (cube[signal] == toolkit::Ternary::one) support.push_back(signal);
+    if (cube[signal] == toolkit::Ternary::one) support.push_back({signal});
   }
   std::ranges::sort(support);
   return support;
@@ -57,29 +57,30 @@ SignalList with_triggers(const toolkit::Cube& cube, const SignalList& triggers) 
 
 }  // namespace
 
-SupportSearch::SupportSearch(const configuration::StateStructure& structure,
-                             const base::Params& params, SynthesisStyle style)
-    : states_{structure, params, 2}, style_{style} {
+SupportSearch::SupportSearch(const configuration::StateStructure<net::StgPrefix>& structure,
+                             const configuration::EncodingOptions& options, SynthesisStyle style)
+    : states_{structure, options, 2}, style_{style}, same_(structure.process().internals_end) {
   sat::CnfFormula& formula = states_.formula();
-  for (std::uint32_t signal = 0; signal < structure.prefix().internals_end; ++signal) {
+  for (const net::SignalId signal : structure.process().visible_signals()) {
     // The solver prefers to make variables false: the values of few signals will differ.
     const sat::Lit same(formula.new_var(false), true);
     const sat::Lit a = states_.state(0).code(signal), b = states_.state(1).code(signal);
     const sat::Lit not_above[] = {~a, b, ~same}, not_below[] = {a, ~b, ~same};
     formula.add_clause(not_above, sat::PermanentGroup);
     formula.add_clause(not_below, sat::PermanentGroup);
-    same_.push_back(same);
+    same_[signal] = same;
   }
 }
 
-std::vector<SignalList> SupportSearch::supports(std::uint32_t signal, FunctionPhase phase,
+std::vector<SignalList> SupportSearch::supports(SignalFunction function,
                                                 const SignalList& triggers) {
   assert(std::ranges::is_sorted(triggers));
   std::vector<SignalList> differences;
-  const bool has_support = find_differences(signal, phase, triggers, differences);
+  const bool has_support = find_differences(function, triggers, differences);
   if (base::run_failed()) return {};
   if (!has_support) {
-    base::print_error("CSC conflict for output signal " + states_.prefix().signals[signal]->name +
+    base::print_error("CSC conflict for output signal " +
+                      base::element(states_.prefix().signals, function.signal).name +
                       ": cannot derive equation");
     return {};
   }
@@ -88,19 +89,18 @@ std::vector<SignalList> SupportSearch::supports(std::uint32_t signal, FunctionPh
     supports.push_back(triggers);
     return supports;
   }
-  for (const toolkit::Cube& cube : smallest_first(supports_meeting(differences, signal_count()))) {
+  for (const toolkit::Cube& cube : smallest_first(supports_meeting(differences, same_.size()))) {
     supports.push_back(with_triggers(cube, triggers));
   }
   return supports;
 }
 
-bool SupportSearch::find_differences(std::uint32_t signal, FunctionPhase phase,
-                                     const SignalList& triggers,
+bool SupportSearch::find_differences(SignalFunction function, const SignalList& triggers,
                                      std::vector<SignalList>& differences) {
   sat::CnfFormula& formula = states_.formula();
   const sat::ClauseGroup group = formula.new_group();
-  for (const std::uint32_t trigger : triggers) formula.add_unit(same_[trigger], group);
-  add_difference_in_function(signal, phase, group);
+  for (const net::SignalId trigger : triggers) formula.add_unit(same_[trigger], group);
+  add_difference_in_function(function, group);
   bool has_support = true;
   while (has_support && !base::run_failed()) {
     ++solve_calls_;
@@ -109,7 +109,7 @@ bool SupportSearch::find_differences(std::uint32_t signal, FunctionPhase phase,
     has_support = !difference.empty();
     if (!has_support) break;
     sat::Lits one_is_same;
-    for (const std::uint32_t other : difference) one_is_same.push_back(same_[other]);
+    for (const net::SignalId other : difference) one_is_same.push_back(same_[other]);
     formula.add_clause(one_is_same, group);
     add_minimal(differences, std::move(difference));
   }
@@ -118,27 +118,26 @@ bool SupportSearch::find_differences(std::uint32_t signal, FunctionPhase phase,
 }
 
 // The function is true in the one state and false in the other.
-void SupportSearch::add_difference_in_function(std::uint32_t signal, FunctionPhase phase,
-                                               sat::ClauseGroup group) {
+void SupportSearch::add_difference_in_function(SignalFunction function, sat::ClauseGroup group) {
   sat::CnfFormula& formula = states_.formula();
   if (!has_two_functions(style_)) {
-    formula.add_unit(~states_.state(0).next_value(signal), group);
-    formula.add_unit(states_.state(1).next_value(signal), group);
+    formula.add_unit(~states_.state(0).next_value(function.signal), group);
+    formula.add_unit(states_.state(1).next_value(function.signal), group);
     return;
   }
-  const bool target = phase == FunctionPhase::set;
-  states_.add_excited(0, signal, target, group);
+  const bool target = function.target();
+  states_.add_excited(0, function.signal, target, group);
   if (style_ == SynthesisStyle::standard_c) {
-    states_.add_not_excited(1, signal, target, group);
+    states_.add_not_excited(1, function.signal, target, group);
   } else {
-    formula.add_unit(states_.state(1).next_value(signal) ^ target, group);
+    formula.add_unit(states_.state(1).next_value(function.signal) ^ target, group);
   }
 }
 
 SignalList SupportSearch::difference_in_model() {
   const sat::CnfFormula& formula = states_.formula();
   SignalList difference;
-  for (std::uint32_t signal = 0; signal < signal_count(); ++signal) {
+  for (const net::SignalId signal : states_.prefix().visible_signals()) {
     const bool one = formula.is_true(states_.state(0).code(signal));
     const bool other = formula.is_true(states_.state(1).code(signal));
     if (one != other) difference.push_back(signal);

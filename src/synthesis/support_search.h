@@ -11,22 +11,19 @@
 
 namespace vorel::synthesis {
 
-using SignalList = std::vector<std::uint32_t>;  // numbers of signals, ascending
-
 // A set of signals is a support exactly if no two reachable states agree on it and differ in the
 // function. So each pair of states that differ in the function gives a set of signals, those whose
 // values differ, of which every support must have one. Supports that meet all such sets are found
 // without a state graph.
 class SupportSearch {
  public:
-  SupportSearch(const configuration::StateStructure& structure, const base::Params& params,
-                SynthesisStyle style);
+  SupportSearch(const configuration::StateStructure<net::StgPrefix>& structure,
+                const configuration::EncodingOptions& options, SynthesisStyle style);
 
   // The supports of the function of the signal that hold all triggers: the smallest ones, and those
   // with one signal more, smallest first. None after a reported error; a signal without any support
   // has a conflict of codes, which is reported.
-  std::vector<SignalList> supports(std::uint32_t signal, FunctionPhase phase,
-                                   const SignalList& triggers);
+  std::vector<SignalList> supports(SignalFunction function, const SignalList& triggers);
 
   // Of its SAT instance.
   void print_size(std::ostream& stream) const { states_.formula().print_size(stream); }
@@ -34,16 +31,14 @@ class SupportSearch {
 
  private:
   // Sets of signals none of which contains another; false if one is empty.
-  bool find_differences(std::uint32_t signal, FunctionPhase phase, const SignalList& triggers,
+  bool find_differences(SignalFunction function, const SignalList& triggers,
                         std::vector<SignalList>& differences);
-  void add_difference_in_function(std::uint32_t signal, FunctionPhase phase,
-                                  sat::ClauseGroup group);
+  void add_difference_in_function(SignalFunction function, sat::ClauseGroup group);
   SignalList difference_in_model();
-  std::uint32_t signal_count() const { return static_cast<std::uint32_t>(same_.size()); }
 
   configuration::StateFormula states_;
   const SynthesisStyle style_;
-  sat::Lits same_;  // by signal: if true, its values in the two states are equal
+  base::IndexedBy<net::Signal, sat::Lit> same_;  // if true, the values in the two states are equal
   std::uint64_t solve_calls_ = 0;
 };
 

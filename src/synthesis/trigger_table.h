@@ -3,9 +3,8 @@
 
 #include <vector>
 
-#include "configuration/state_literals.h"
+#include "configuration/state_structure.h"
 #include "synthesis/function_phase.h"
-#include "synthesis/support_search.h"
 
 namespace vorel::synthesis {
 
@@ -13,16 +12,16 @@ namespace vorel::synthesis {
 // through. A signal can be its own trigger. Inputs have no entry.
 class TriggerTable {
  public:
-  explicit TriggerTable(const configuration::StateStructure& structure);
+  explicit TriggerTable(const configuration::StateStructure<net::StgPrefix>& structure);
 
   // Of the rising edges, of the falling ones, or of both.
-  const SignalList& triggers(std::uint32_t signal, FunctionPhase phase) const;
+  const SignalList& triggers(SignalFunction function) const;
 
  private:
   struct Entry {
     SignalList rising, falling, all;
   };
-  std::vector<Entry> entries_;  // by signal number
+  base::IndexedBy<net::Signal, Entry> entries_;
 };
 
 }  // namespace vorel::synthesis

@@ -23,20 +23,21 @@ using EventNumbers = std::set<std::uint32_t>;
 // All sets of events that the clauses allow.
 std::set<EventNumbers> models_of(
     const net::StgPrefix& process,
-    const std::function<void(ConfigurationVars<net::StgPrefix>&)>& encode_more) {
+    const std::function<void(ConfigurationEncoding<net::StgPrefix>&)>& encode_more) {
   sat::CnfFormula formula({});
   ConfigurationVars<net::StgPrefix> vars(process, formula);
-  encode_causality(process, vars, sat::PermanentGroup);
-  encode_conflicts(process, vars, sat::PermanentGroup);
-  encode_more(vars);
+  ConfigurationEncoding<net::StgPrefix> encoding(vars);
+  encoding.encode_causality();
+  encoding.encode_conflicts();
+  encode_more(encoding);
   sat::Lits lits;
   for (const auto& event : process.events) {
-    if (!event->is_cut_off()) lits.push_back(event_lit(vars, *event));
+    if (!event->is_cut_off()) lits.push_back(vars.event_lit(*event));
   }
   std::set<EventNumbers> models;
   const auto record = [&](const sat::LiteralCube&) {
     EventNumbers numbers;
-    for (const auto* event : decode_events(process, vars)) numbers.insert(event->index);
+    for (const auto* event : decode_events(vars)) numbers.insert(event->index);
     EXPECT_TRUE(models.insert(numbers).second) << "a model is listed twice";
   };
   sat::enumerate(formula, lits, formula.group(0), record, 100'000);
@@ -54,11 +55,8 @@ TEST(ConfigurationEncoding, ADummyIsFollowedByAnEventThatIsNoCutOff) {
   b.event("d.l", {&r}, {&s});
   b.event("b+", {&s}, {&b.condition("t")});
   b.finish();
-  const auto models = models_of(*b.process, [&b](auto& vars) {
-    encode_no_max_dummies<net::StgPrefix>(
-        *b.process, vars, sat::PermanentGroup,
-        [](const auto& event) { return event.transition->signal->is_dummy(); });
-  });
+  const auto models =
+      models_of(*b.process, [](auto& encoding) { encoding.encode_no_max_dummies(); });
   EXPECT_EQ(models, (std::set<EventNumbers>{{}, {2, 3}}));
 }
 

@@ -26,7 +26,8 @@ struct Found {
 template <class Check>
 class Probe : public Check {
  public:
-  Probe(const net::StgPrefix& prefix, const base::Params& params) : Check(prefix, params) {
+  Probe(const net::StgPrefix& prefix, const configuration::SearchOptions& options)
+      : Check(prefix, options) {
     this->run();
     for (const auto& solution : this->found().solutions) {
       EXPECT_TRUE(this->validate(*solution));
@@ -59,10 +60,17 @@ struct UscTruth {
 
 configuration::EventSet visible(const Subject& subject, const configuration::EventSet& set) {
   configuration::EventSet result;
-  for (const std::uint32_t event : set) {
-    if (!subject.prefix.events[event]->transition->signal->is_dummy()) result.push_back(event);
+  for (const configuration::StgEventId id : set) {
+    if (!base::element(subject.prefix.events, id).transition->signal->is_dummy())
+      result.push_back(id);
   }
   return result;
+}
+
+configuration::EventSet set_of(const oracle::Configuration& configuration) {
+  configuration::EventSet set;
+  for (const std::uint32_t event : configuration.events) set.push_back({event});
+  return set;
 }
 
 template <class Truth>
@@ -91,7 +99,7 @@ class Comparison {
  private:
   void enter(const oracle::Configuration& one, const oracle::Configuration& other) {
     const configuration::EventSet sum =
-        visible(subject_, configuration::symmetric_difference(one.events, other.events));
+        visible(subject_, configuration::symmetric_difference(set_of(one), set_of(other)));
     equal_codes_.insert(sum);
     if (!Truth::differ(subject_, one.state, other.state)) return;
     conflicts_.insert(sum);

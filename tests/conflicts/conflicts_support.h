@@ -10,6 +10,8 @@
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
 #include "net/initial_values.h"
+#include "configuration/event_set.h"
+#include "configuration/search_options.h"
 #include "oracle/coding.h"
 #include "oracle/configurations.h"
 #include "oracle/random_stg.h"
@@ -62,7 +64,9 @@ struct Subject {
     });
   }
 
-  std::uint32_t state_after(const std::vector<std::uint32_t>& events) const {
+  std::uint32_t state_after(const configuration::EventSet& set) const {
+    std::vector<std::uint32_t> events;
+    for (const configuration::StgEventId id : set) events.push_back(id.value);
     const auto found = std::ranges::find(configurations, events, &oracle::Configuration::events);
     EXPECT_NE(found, configurations.end()) << "no configuration";
     return found == configurations.end() ? 0 : found->state;
@@ -106,10 +110,11 @@ void for_each_encoding(const Subject& subject, Run run) {
     for (const int inclusion : inclusions) {
       SCOPED_TRACE("method " + std::to_string(method) + " inclusion " + std::to_string(inclusion));
       run([&](const char* key, int value) {
-        return support::default_params({{"method", method},
-                                        {"inclusion_constraints", inclusion},
-                                        {key, value},
-                                        {"solver", method == 2 ? 0 : 1}});
+        return configuration::SearchOptions::of(
+            support::default_params({{"method", method},
+                                     {"inclusion_constraints", inclusion},
+                                     {key, value},
+                                     {"solver", method == 2 ? 0 : 1}}));
       });
     }
   }

@@ -18,7 +18,8 @@ using conflicts_support::Subject;
 
 class Probe : public NormalcyCheck {
  public:
-  Probe(const net::StgPrefix& prefix, const base::Params& params) : NormalcyCheck(prefix, params) {
+  Probe(const net::StgPrefix& prefix, const configuration::SearchOptions& options)
+      : NormalcyCheck(prefix, options) {
     run();
   }
 
@@ -104,11 +105,11 @@ class Comparison {
                       std::set<bool>& same_sign) const {
     configuration::EventSet past =
         configuration::event_set(configuration::events_of<net::StgPrefix>(subject_.prefix, trace));
-    past = configuration::set_difference(past, {trace.back().event});
+    past = configuration::set_difference(past, {{trace.back().event}});
     const std::uint32_t after = subject_.state_after(past);
     for (const results::TraceStep& trigger : triggers) {
       const std::uint32_t before =
-          subject_.state_after(configuration::set_difference(past, {trigger.event}));
+          subject_.state_after(configuration::set_difference(past, {{trigger.event}}));
       EXPECT_NE(next(before, z), next(after, z));
       const std::uint32_t x = subject_.prefix.events[trigger.event]->transition->signal->index;
       same_sign.insert((subject_.codes[after][x] == 1) == next(after, z));
@@ -129,9 +130,8 @@ class Comparison {
 
   // The least total size of a pair with equal codes, or with any, that refutes a hypothesis.
   std::size_t least_pair(bool equal_codes) const {
-    const configuration::SignalEvents events(subject_.prefix);
-    const configuration::FinalStates states(subject_.prefix, events);
-    NormalcyHypothesis hypothesis(subject_.prefix, states);
+    const configuration::StateStructure<net::StgPrefix> structure(subject_.prefix);
+    NormalcyHypothesis hypothesis(structure);
     EXPECT_TRUE(hypothesis.make());
     std::size_t least = SIZE_MAX;
     for (const auto& small : subject_.configurations) {
@@ -141,7 +141,7 @@ class Comparison {
         for (std::uint32_t z = subject_.prefix.inputs_end; z < subject_.prefix.internals_end; ++z) {
           const bool falls = next(small.state, z) && !next(large.state, z);
           const bool rises = !next(small.state, z) && next(large.state, z);
-          if (hypothesis.is_p(z) ? falls : rises)
+          if (hypothesis.is_p({z}) ? falls : rises)
             least = std::min(least, small.events.size() + large.events.size());
         }
       }

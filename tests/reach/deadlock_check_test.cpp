@@ -27,7 +27,8 @@ using oracle::Marking;
 template <net::Process P>
 class Probe : public DeadlockCheck<P> {
  public:
-  Probe(const P& process, const base::Params& params) : DeadlockCheck<P>(process, params) {
+  Probe(const P& process, const base::Params& params)
+      : DeadlockCheck<P>(process, configuration::SearchOptions::of(params)) {
     this->run();
     for (const auto& solution : this->found().solutions) {
       EXPECT_TRUE(this->validate(*solution));
@@ -299,14 +300,14 @@ TEST(DeadlockCheck, AgreesWithTheStateGraphWhereMuchIsMerged) {
 class Lister : public configuration::SearchEngine<net::NetMergedProcess> {
  public:
   Lister(const net::NetMergedProcess& process, const base::Params& params)
-      : SearchEngine(process, params, {"some", "none"}) {
+      : SearchEngine(process, configuration::SearchOptions::of(params), {"some", "none"}) {
     run();
     for (const auto& solution : found().solutions) EXPECT_TRUE(validate(*solution));
   }
   std::size_t count() const { return found().solutions.size(); }
 
  protected:
-  void encode(sat::ClauseGroup group) override { encode_configuration(configuration(0), group); }
+  void encode(sat::ClauseGroup) override { instance().add_configuration(); }
 };
 
 // Among them are nets with sets of events that can fire, but not in the order of the depths.

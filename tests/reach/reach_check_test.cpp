@@ -41,8 +41,8 @@ base::Params params_for(Search search) {
 template <net::Process P>
 class Probe : public ReachCheck<P> {
  public:
-  Probe(const P& process, FinalState final_state, Search search)
-      : ReachCheck<P>(process, params_for(search), final_state) {
+  Probe(const P& process, configuration::Enabledness enabledness, Search search)
+      : ReachCheck<P>(process, configuration::SearchOptions::of(params_for(search)), enabledness) {
     if (base::run_failed()) return;
     this->run();
     for (const auto& solution : this->found().solutions) {
@@ -68,10 +68,11 @@ class Comparison {
  public:
   using P = net::PrefixOf<N>;
 
-  Comparison(const N& net, FinalState final_state)
+  Comparison(const N& net, configuration::Enabledness enabledness)
       : prefix_{oracle::unfold(net).value()},
-        final_state_{final_state},
-        kind_{final_state == FinalState::marking ? StateKind::all : StateKind::no_dummies},
+        enabledness_{enabledness},
+        kind_{enabledness == configuration::Enabledness::direct ? StateKind::all
+                                                                : StateKind::no_dummies},
         model_{oracle::model_of(prefix_)},
         states_{oracle::states_of(net, kind_)},
         configurations_{oracle::configuration_states(prefix_, kind_, 600)} {}
@@ -115,11 +116,11 @@ class Comparison {
         expect_of_merged(least);
       }
     }
-    const Probe<P> one(prefix_, final_state_, Search::one);
+    const Probe<P> one(prefix_, enabledness_, Search::one);
     ASSERT_FALSE(base::run_failed());
     EXPECT_EQ(!one.configurations.empty(), least.has_value());
     expect_to_hold(one.configurations, property.holds);
-    const Probe<P> shortest(prefix_, final_state_, Search::shortest);
+    const Probe<P> shortest(prefix_, enabledness_, Search::shortest);
     expect_to_hold(shortest.configurations, property.holds);
     if (least && !shortest.configurations.empty()) {
       EXPECT_EQ(shortest.configurations[0].size(), *least);
@@ -140,9 +141,9 @@ class Comparison {
   // What names no instances has the same answers on the merged process.
   void expect_of_merged(std::optional<std::uint32_t> least) const {
     const auto merged = net::merge(prefix_);
-    const Probe<net::MergedProcessOf<N>> one(merged, final_state_, Search::one);
+    const Probe<net::MergedProcessOf<N>> one(merged, enabledness_, Search::one);
     EXPECT_EQ(!one.configurations.empty(), least.has_value());
-    const Probe<net::MergedProcessOf<N>> shortest(merged, final_state_, Search::shortest);
+    const Probe<net::MergedProcessOf<N>> shortest(merged, enabledness_, Search::shortest);
     ASSERT_EQ(!shortest.configurations.empty(), least.has_value());
     EXPECT_TRUE(!least || shortest.configurations[0].size() == *least);
   }
@@ -162,13 +163,13 @@ class Comparison {
     for (const auto& [events, state] : *configurations_) {
       if (holds(state)) expected.insert(events);
     }
-    const Probe<P> all(prefix_, final_state_, Search::all);
+    const Probe<P> all(prefix_, enabledness_, Search::all);
     EXPECT_EQ(std::set(all.configurations.begin(), all.configurations.end()), expected);
     EXPECT_EQ(all.configurations.size(), expected.size()) << "a solution is listed twice";
   }
 
   P prefix_;
-  FinalState final_state_;
+  configuration::Enabledness enabledness_;
   StateKind kind_;
   oracle::ProcessModel model_;
   std::vector<PropertyState> states_;
@@ -176,23 +177,23 @@ class Comparison {
 };
 
 template <class Make>
-Tally compare_on_seeds(Make make, FinalState final_state) {
+Tally compare_on_seeds(Make make, configuration::Enabledness enabledness) {
   const auto [first, end] = support::seeds(40);
   testing::internal::CaptureStderr();  // prefixes without cut-offs are warned of
   testing::internal::CaptureStdout();  // trivial cases are told
   Tally tally;
   for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    Comparison comparison(make(seed), final_state);
+    Comparison comparison(make(seed), enabledness);
     if constexpr (std::is_same_v<decltype(make(seed)), net::Stg>) {
-      if (final_state == FinalState::stg_state &&
+      if (enabledness == configuration::Enabledness::via_dummies &&
           configuration::has_dummy_cutoffs(comparison.prefix())) {
         ++tally.unreliable;
         continue;
       }
       const bool hides = comparison.hides_states();
       tally.hidden += hides ? 1 : 0;
-      if (hides && final_state == FinalState::stg_state) {
+      if (hides && enabledness == configuration::Enabledness::via_dummies) {
         EXPECT_TRUE(configuration::has_edges_cut_at_dummies(comparison.prefix()));
       }
     }
@@ -222,7 +223,7 @@ TEST(ReachCheck, AgreesWithTheStateGraphOfRandomNets) {
       [](std::uint64_t seed) {
         return oracle::random_net(seed, {.max_states = seed % 3 == 0 ? 300u : 40u});
       },
-      FinalState::marking);
+      configuration::Enabledness::direct);
   EXPECT_GT(tally.merged * 10, tally.properties) << "too few were asked of merged processes";
 }
 
@@ -237,7 +238,8 @@ TEST(ReachCheck, FindsMergedProcessesStuckExactlyWhereTheirNetsAre) {
   for (const std::uint64_t seed : cases) {
     const net::Net net = oracle::random_net(seed);
     const auto merged = net::merge(oracle::unfold(net).value());
-    const Probe<net::NetMergedProcess> stuck(merged, FinalState::marking, Search::one);
+    const Probe<net::NetMergedProcess> stuck(merged, configuration::Enabledness::direct,
+                                             Search::one);
     EXPECT_EQ(!stuck.configurations.empty(), oracle::explore(net).has_deadlock()) << seed;
   }
   testing::internal::GetCapturedStderr();
@@ -245,16 +247,17 @@ TEST(ReachCheck, FindsMergedProcessesStuckExactlyWhereTheirNetsAre) {
 
 TEST(ReachCheck, AgreesWithTheStateGraphOfRandomStgs) {
   compare_on_seeds([](std::uint64_t seed) { return stg_for(seed, seed % 2 == 0); },
-                   FinalState::marking);
+                   configuration::Enabledness::direct);
 }
 
 TEST(ReachCheck, AgreesOnStgStatesWithoutDummies) {
-  compare_on_seeds([](std::uint64_t seed) { return stg_for(seed, false); }, FinalState::stg_state);
+  compare_on_seeds([](std::uint64_t seed) { return stg_for(seed, false); },
+                   configuration::Enabledness::via_dummies);
 }
 
 TEST(ReachCheck, AgreesOnStgStatesThatDummiesLeadTo) {
   const Tally tally = compare_on_seeds([](std::uint64_t seed) { return stg_for(seed, true); },
-                                       FinalState::stg_state);
+                                       configuration::Enabledness::via_dummies);
   EXPECT_LT(tally.unreliable * 6, tally.properties);
   EXPECT_LT(tally.hidden * 30, tally.properties);
 }

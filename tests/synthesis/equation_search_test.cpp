@@ -22,7 +22,9 @@ class Derivation {
   Derivation(const Subject& subject, SynthesisStyle style, int solver, std::size_t max_codes)
       : subject_{subject},
         style_{style},
-        engine_{subject.prefix, support::default_params({{"solver", solver}}), style, max_codes} {
+        engine_{subject.prefix,
+                configuration::SearchOptions::of(support::default_params({{"solver", solver}})),
+                style, max_codes} {
     for (const auto& configuration : subject.configurations) states_.insert(configuration.state);
   }
 

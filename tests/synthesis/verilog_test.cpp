@@ -30,7 +30,8 @@ struct Subject {
   oracle::StateGraph<net::Stg> graph;
 
   std::string module(SynthesisStyle style) const {
-    EquationSearch engine(prefix, support::default_params({}), style);
+    EquationSearch engine(prefix, configuration::SearchOptions::of(support::default_params({})),
+                          style);
     engine.run();
     std::vector<const SignalSolution*> solutions;
     for (const auto& solution : engine.found().solutions) {

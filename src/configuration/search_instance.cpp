@@ -1,0 +1,91 @@
+#include "configuration/search_instance.h"
+
+#include <iostream>
+
+#include "base/messages.h"
+#include "configuration/configuration_encoding.h"
+#include "configuration/decoding.h"
+
+namespace vorel::configuration {
+
+template <net::Process P>
+SearchInstance<P>::SearchInstance(const StateStructure<P>& structure,
+                                  const EncodingOptions& options)
+    : structure_{structure}, options_{options}, formula_{options.formula} {}
+
+template <net::Process P>
+void SearchInstance<P>::add_configuration() {
+  configurations_.push_back(
+      std::make_unique<Configuration>(structure_, formula_, options_.enabledness));
+  Configuration& added = *configurations_.back();
+  ConfigurationEncoding<P> encoding(added.vars);
+  encoding.encode_causality();
+  encoding.encode_conflicts();
+  encode_merged_rules(added);
+  if constexpr (P::NetType::has_signals) {
+    if (options_.no_max_dummies) encoding.encode_no_max_dummies();
+  }
+}
+
+template <net::Process P>
+void SearchInstance<P>::encode_merged_rules(Configuration& configuration) {
+  if constexpr (P::is_merged) {
+    ConfigurationEncoding<P> encoding(configuration.vars);
+    encoding.encode_initial_conditions();
+    if (options_.backward_conflicts) encoding.encode_backward_conflicts();
+    encoding.encode_no_gaps();
+    configuration.acyclicity = std::make_unique<Acyclicity<P>>(configuration.vars);
+    if (!options_.incremental_acyclicity) configuration.acyclicity->encode_all_components();
+  }
+}
+
+template <net::Process P>
+bool SearchInstance<P>::solve() {
+  do {
+    if (P::is_merged && has_grown_) print_instance_size();
+    has_grown_ = false;
+    if (!formula_.solve() || base::run_failed()) return false;
+  } while (refine());
+  return true;
+}
+
+template <net::Process P>
+bool SearchInstance<P>::refine() {
+  if constexpr (P::is_merged) {
+    for (const auto& configuration : configurations_) {
+      if (configuration->acyclicity->refine(decode_events(configuration->vars))) has_grown_ = true;
+    }
+  }
+  return has_grown_;
+}
+
+template <net::Process P>
+void SearchInstance<P>::print_instance_size() const {
+  const sat::SatSolver& solver = formula_.solver();
+  base::print_formatted(std::cerr, "\nInstance size: cl/vars/lits=%llu/%u/%llu...",
+                        static_cast<unsigned long long>(solver.num_clauses()), solver.num_vars(),
+                        static_cast<unsigned long long>(solver.num_literals()));
+}
+
+template <net::Process P>
+std::vector<const typename P::Event*> SearchInstance<P>::events_of_model(std::size_t i) const {
+  return decode_events(configurations_[i]->vars);
+}
+
+template <net::Process P>
+sat::Lits SearchInstance<P>::event_literals() const {
+  sat::Lits lits;
+  for (const auto& configuration : configurations_) {
+    for (const auto& event : process().events) {
+      const sat::Lit lit = configuration->vars.variable_of(*event);
+      if (!lit.is_uninit()) lits.push_back(lit);
+    }
+  }
+  return lits;
+}
+
+#define INSTANTIATE(P) template class SearchInstance<P>;
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
+#undef INSTANTIATE
+
+}  // namespace vorel::configuration

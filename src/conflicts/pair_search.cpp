@@ -1,0 +1,188 @@
+#include "conflicts/pair_search.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iostream>
+
+#include "base/messages.h"
+#include "configuration/decoding.h"
+#include "configuration/dummy_cutoffs.h"
+#include "sat/integer_circuit.h"
+#include "sat/least_cost.h"
+
+namespace vorel::conflicts {
+namespace {
+
+bool has_no_conflicts(const net::StgPrefix& prefix) {
+  return std::ranges::all_of(prefix.conditions,
+                             [](const auto& condition) { return condition->postset.size() <= 1; });
+}
+
+std::uint64_t number_of(const std::vector<bool>& bits) {
+  std::uint64_t value = 0;
+  for (std::size_t i = bits.size(); i-- > 0;) value = 2 * value + (bits[i] ? 1 : 0);
+  return value;
+}
+
+std::vector<bool> bits_of(std::uint64_t value, std::size_t count) {
+  std::vector<bool> bits(count);
+  for (std::size_t i = 0; i < count; ++i, value >>= 1) bits[i] = (value & 1u) != 0;
+  assert(value == 0 && "the bits hold every cost");
+  return bits;
+}
+
+}  // namespace
+
+void add_equivalence(sat::CnfFormula& formula, sat::Lit a, sat::Lit b, sat::ClauseGroup group) {
+  formula.add_binary(~a, b, group);
+  formula.add_binary(a, ~b, group);
+}
+
+PairSearch::PairSearch(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
+                       results::VerdictMessages messages, Notes notes)
+    : SearchEngine(prefix, options, std::move(messages)),
+      conflict_free_{has_no_conflicts(prefix)},
+      method_{options.method == 0 ? 2 : options.method} {
+  adds_inclusion_ = options.inclusion == configuration::InclusionConstraints::added;
+  if (options.inclusion == configuration::InclusionConstraints::by_net) {
+    // Where a signal is concurrent with itself, two configurations can have one code that the
+    // events common to both have not.
+    adds_inclusion_ = conflict_free_ && structure().has_only_ordered_edges();
+    if (adds_inclusion_ && notes == Notes::given)
+      std::cout << "\nThe net is (dynamically) conflict-free: optimized method is used.";
+  }
+  if (notes == Notes::given && configuration::has_dummy_cutoffs(prefix))
+    base::print_warning("there are dummy cut-offs; the result will not be reliable");
+}
+
+void PairSearch::encode(sat::ClauseGroup group) {
+  assert(group == sat::PermanentGroup && instance().size() == 0 && "an engine encodes once");
+  instance().add_configuration();
+  instance().add_configuration();
+  add_code_constraint();
+  if (adds_inclusion_) {
+    if (!conflict_free_) {
+      base::print_warning(
+          "+l is valid only for (dynamically) conflict-free nets; the result may be incorrect");
+    }
+    add_inclusion_constraints();
+  }
+  if (!takes_candidates_in_turn()) add_any_difference();
+}
+
+void PairSearch::add_inclusion_constraints() {
+  const sat::Lit is_forward = inclusion() == Inclusion::first_in_second
+                                  ? sat::LitTrue
+                                  : sat::Lit(formula().new_var(false), false);
+  for (const auto& event : process().events) {
+    const sat::Lit in_first = first().vars().event_lit(*event);
+    const sat::Lit in_second = second().vars().event_lit(*event);
+    formula().add_clause(sat::Lits{~in_first, in_second, ~is_forward}, sat::PermanentGroup);
+    formula().add_clause(sat::Lits{~in_second, in_first, is_forward}, sat::PermanentGroup);
+  }
+}
+
+sat::Lit PairSearch::difference(configuration::StgEventId event) {
+  auto& cells = first().vars().event_aux;
+  if (cells.size() == 0) cells = base::IndexedBy<Event, sat::LitCell>(process().events.size());
+  sat::LitCell& cell = cells[event];
+  if (!cell.lit.is_uninit()) return cell.lit;
+  const sat::Lits both{first().vars().event_lit(event), second().vars().event_lit(event)};
+  return formula().define_gate(cell, sat::GateXor, both, sat::PermanentGroup);
+}
+
+void PairSearch::block(const Core& core, sat::ClauseGroup group, std::span<const sat::Lit> unless) {
+  sat::Lits clause;
+  for (const BlockedPairs& pairs : pairs_explained_by(process(), core, conflict_free_)) {
+    clause.assign(unless.begin(), unless.end());
+    for (const configuration::StgEventId e : pairs.different) clause.push_back(~difference(e));
+    for (const configuration::StgEventId e : pairs.shared) clause.push_back(difference(e));
+    formula().add_clause(clause, group);
+  }
+}
+
+void PairSearch::for_each_round(const std::function<bool()>& round) {
+  if (!takes_candidates_in_turn()) {
+    round();
+    return;
+  }
+  for (candidate_ = 0; candidate_ < candidate_count() && !base::run_failed(); ++candidate_) {
+    formula().renew_group(round_group());
+    add_candidate_difference(candidate_, round_group());
+    if (!round()) return;
+  }
+}
+
+bool PairSearch::search_one() {
+  encode(sat::PermanentGroup);
+  bool found = false;
+  for_each_round([&] {
+    found = instance().solve();
+    return !found;
+  });
+  if (found) record_solution();
+  return found;
+}
+
+bool PairSearch::search_all() {
+  encode(sat::PermanentGroup);
+  std::uint32_t limit = options().limit();
+  for_each_round([&] {
+    for (; limit > 0 && !base::run_failed() && instance().solve(); --limit) record_and_block();
+    return limit > 0;
+  });
+  return !found().solutions.empty();
+}
+
+std::pair<configuration::EventSet, configuration::EventSet> PairSearch::model_pair() const {
+  return {configuration::event_set(instance().events_of_model(0)),
+          configuration::event_set(instance().events_of_model(1))};
+}
+
+std::pair<configuration::EventSet, configuration::EventSet> PairSearch::pair_of(
+    const results::Solution& solution) const {
+  assert(solution.traces.size() >= 2);
+  const auto events = [&](std::size_t from_end) {
+    const results::Trace& trace = solution.traces[solution.traces.size() - from_end];
+    return configuration::event_set(configuration::events_of(process(), trace));
+  };
+  return {events(2), events(1)};
+}
+
+void PairSearch::add_traces(results::Solution& solution, const configuration::EventSet& one,
+                            const configuration::EventSet& other) const {
+  for (const configuration::EventSet* set : {&one, &other}) {
+    const auto events = configuration::events_of(process(), *set);
+    solution.traces.push_back(configuration::trace_to<net::StgPrefix>(process(), events));
+  }
+}
+
+// Rounds after the first solution only ask for something cheaper.
+bool PairSearch::search_least_cost() {
+  encode(sat::PermanentGroup);
+  sat::Lits bits;
+  const auto resolve = [this](std::span<const sat::Lit> cost, std::vector<bool>& values) {
+    return sat::resolve_cost(formula(), cost, values, [this] { record_solution(); });
+  };
+  for_each_round([&] {
+    if (!instance().solve()) return !base::run_failed();
+    record_solution();
+    const std::uint64_t cost = model_cost();
+    if (bits.empty()) {
+      bits = cost_bits(sat::default_polarity);  // only those pay who find something
+    }
+    std::vector<bool> values = bits_of(cost, bits.size());
+    sat::minimise_cost(formula(), bits, values, resolve);
+    formula().renew_group(formula().group(attempt_group));
+    if (base::run_failed() || number_of(values) == 0) return false;
+    sat::IntegerCircuit(formula()).assert_at_most(bits, number_of(values) - 1, sat::PermanentGroup);
+    return true;
+  });
+  return !base::run_failed() && !found().solutions.empty();
+}
+
+std::uint64_t PairSearch::model_cost() const {
+  return instance().events_of_model(0).size() + instance().events_of_model(1).size();
+}
+
+}  // namespace vorel::conflicts

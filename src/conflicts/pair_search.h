@@ -1,0 +1,93 @@
+// conflicts/pair_search.h - the search for two configurations that differ in something.
+// Here:      the pair, the constraint on their codes, inclusion, the rounds over candidates, the
+//            searches for one and the cheapest, differences that are known.
+// Not here:  what the difference is (conflicts/conflict_check.h, conflicts/normalcy_check.h).
+//
+// Method 1 asks for a difference in any candidate (signal or place), method 2 for each candidate in
+// turn, in one solver: what is learnt in one round serves the next. docs/semantics.md tells what
+// the two configurations are.
+#pragma once
+
+#include <functional>
+
+#include "configuration/final_state.h"
+#include "configuration/search_engine.h"
+#include "conflicts/core_blocking.h"
+
+namespace vorel::conflicts {
+
+// What the two configurations' inclusion in each other leaves open.
+enum class Inclusion : std::uint8_t {
+  first_in_second,
+  either_in_other,
+};
+
+// What is told about the input besides the answer: a caller that makes many checks of one prefix
+// leaves it out after the first.
+enum class Notes : std::uint8_t { given, left_out };
+
+using State = configuration::FinalState<net::StgPrefix>;
+// The literals of one of the pair.
+using PairState = configuration::StateLiterals<net::StgPrefix>;
+
+class PairSearch : public configuration::SearchEngine<net::StgPrefix> {
+ protected:
+  // Warns of dummy cut-offs, and tells of the optimised method.
+  PairSearch(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
+             results::VerdictMessages messages, Notes notes);
+
+  // What the next steps say is added to the permanent group.
+  void encode(sat::ClauseGroup group) override;
+  virtual Inclusion inclusion() const = 0;
+  virtual void add_code_constraint() = 0;
+  virtual void add_any_difference() = 0;
+  // Candidates are numbered from 0.
+  virtual std::uint32_t candidate_count() const = 0;
+  virtual void add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) = 0;
+
+  bool search_one() override;
+  bool search_all() override;
+  bool search_least_cost() override;
+  // In a search for all solutions: keeps what the current model says and excludes it.
+  virtual void record_and_block() = 0;
+
+  // Excludes the pairs that the core explains, but for those with one of the literals.
+  void block(const Core& core, sat::ClauseGroup group, std::span<const sat::Lit> unless = {});
+  // Of the clauses that last for one candidate.
+  sat::ClauseGroup round_group() { return formula().group(property_group); }
+
+  bool takes_candidates_in_turn() const { return method_ != 1; }
+  std::uint32_t candidate() const { return candidate_; }  // of the current round of method 2
+  bool is_conflict_free() const { return conflict_free_; }
+  State state_after(const configuration::EventSet& set) const { return {structure(), set}; }
+  PairState& first() { return instance().state(0); }
+  PairState& second() { return instance().state(1); }
+  // The two configurations of the current model.
+  std::pair<configuration::EventSet, configuration::EventSet> model_pair() const;
+  // The two configurations of the last two traces.
+  std::pair<configuration::EventSet, configuration::EventSet> pair_of(
+      const results::Solution& solution) const;
+  void add_traces(results::Solution& solution, const configuration::EventSet& one,
+                  const configuration::EventSet& other) const;
+
+ private:
+  static constexpr std::uint32_t property_group = 1;  // the candidate of a round
+  static constexpr std::uint32_t attempt_group = 2;   // of the descent to the least cost
+
+  // Calls `round` for all candidates together, or for each in turn until it says false.
+  void for_each_round(const std::function<bool()>& round);
+  void add_inclusion_constraints();
+  sat::Lit difference(configuration::StgEventId event);
+  // The length of the two traces of the current model.
+  std::uint64_t model_cost() const;
+
+  const bool conflict_free_;
+  const std::int32_t method_;
+  bool adds_inclusion_ = false;
+  std::uint32_t candidate_ = base::no_index;
+};
+
+// Makes the two literals equal.
+void add_equivalence(sat::CnfFormula& formula, sat::Lit a, sat::Lit b, sat::ClauseGroup group);
+
+}  // namespace vorel::conflicts
