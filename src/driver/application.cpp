@@ -6,7 +6,6 @@
 #include <limits>
 
 #include "base/messages.h"
-#include "base/params.h"
 #include "base/program.h"
 #include "base/run_state.h"
 #include "driver/command_line.h"
@@ -23,11 +22,12 @@ void wait_for_user(std::int32_t wait_mode) {
   std::cin.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
 }
 
-void run(const base::Params& params) {
+void run(const RunRequest& request) {
+  const base::Params& params = request.params;
   base::run_state().verbosity = params.get("verbosity");
-  std::cout << "\nfile: " << base::run_state().input_file_name;
+  std::cout << "\nfile: " << request.input;
   if (const ModeFunction function = mode_function(params.get("mode"))) {
-    function(params);
+    function(request);
   } else {
     base::print_error("This mode is currently not supported");
   }
@@ -38,7 +38,7 @@ void run(const base::Params& params) {
 
 int run_application(int argc, char** argv) {
   base::start_program();
-  if (const auto params = parse_command_line(argc, argv)) run(*params);
+  if (const auto request = parse_command_line(argc, argv)) run(*request);
   return base::finish_program();
 }
 

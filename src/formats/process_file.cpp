@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "base/messages.h"
-#include "base/run_state.h"
 #include "formats/mci_reader.h"
 #include "formats/mp_reader.h"
 #include "formats/pnml_reader.h"
@@ -59,8 +58,7 @@ std::unique_ptr<Shape> read_mci(const std::string& name) {
 }
 
 template <class Shape>
-std::unique_ptr<Shape> read_input() {
-  const std::string& name = base::run_state().input_file_name;
+std::unique_ptr<Shape> read_input(const std::string& name) {
   if (is_pnml(name)) return read_pnml<Shape>(name);
   const std::string_view extension = extension_of(name);
   if (extension == "mci") return read_mci<Shape>(name);
@@ -73,12 +71,14 @@ std::unique_ptr<Shape> read_input() {
 
 }  // namespace
 
-std::unique_ptr<net::FullVariant> read_full() { return read_input<net::FullVariant>(); }
-std::unique_ptr<net::NoStgMergedVariant> read_no_stg_mp() {
-  return read_input<net::NoStgMergedVariant>();
+std::unique_ptr<net::FullVariant> read_full(const std::string& file_name) {
+  return read_input<net::FullVariant>(file_name);
 }
-std::unique_ptr<net::StgPrefixVariant> read_stg_prefix() {
-  return read_input<net::StgPrefixVariant>();
+std::unique_ptr<net::NoStgMergedVariant> read_no_stg_mp(const std::string& file_name) {
+  return read_input<net::NoStgMergedVariant>(file_name);
+}
+std::unique_ptr<net::StgPrefixVariant> read_stg_prefix(const std::string& file_name) {
+  return read_input<net::StgPrefixVariant>(file_name);
 }
 
 }  // namespace vorel::formats

@@ -4,9 +4,7 @@
 #include <span>
 #include <string>
 
-#include "base/input_text.h"
 #include "base/messages.h"
-#include "base/run_state.h"
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
 #include "reachlang/parser.h"
@@ -38,18 +36,7 @@ std::unique_ptr<reachlang::ReachExpr> missing_property() {
   return expr;
 }
 
-// The argument of -d, or the text of the file that it names after "@". False after an error.
-bool read_property_text(std::string& text) {
-  text = base::run_state().mode_data;
-  if (!text.starts_with('@')) return true;
-  const std::string file_name = text.substr(1);
-  text.clear();
-  return base::read_whole_file(file_name, text);
-}
-
-std::unique_ptr<reachlang::ReachExpr> read_property() {
-  std::string text;
-  if (!read_property_text(text)) return nullptr;
+std::unique_ptr<reachlang::ReachExpr> read_property(std::string_view text) {
   auto property = reachlang::parse_reach(text);
   if (property == nullptr) base::print_error("Failed to read the property");
   return property;
@@ -58,13 +45,14 @@ std::unique_ptr<reachlang::ReachExpr> read_property() {
 }  // namespace
 
 template <net::Process P>
-ReachCheck<P>::ReachCheck(const P& process, const base::Params& params, FinalState final_state)
+ReachCheck<P>::ReachCheck(const P& process, const base::Params& params, std::string_view property,
+                          FinalState final_state)
     : configuration::SearchEngine<P>(process, adapted(params, final_state),
                                      {"there is a reachable state satisfying the predicate",
                                       "no reachable state satisfies the predicate"}),
       via_dummies_{this->params().get("enable_via_dummies") != 0},
       property_{missing_property()} {
-  if (auto property = read_property()) property_ = std::move(property);
+  if (auto parsed = read_property(property)) property_ = std::move(parsed);
   if constexpr (P::NetType::has_signals && !P::is_merged) {
     if (final_state == FinalState::marking) return;
     if (configuration::has_dummy_cutoffs(process)) {

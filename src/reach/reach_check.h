@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 
 #include "configuration/search_engine.h"
 #include "reachlang/expansion.h"
@@ -20,9 +21,10 @@ enum class FinalState : std::uint8_t {
 template <net::Process P>
 class ReachCheck : public configuration::SearchEngine<P> {
  public:
-  // Reads the property from the argument of -d, or from the file that it names. After a reported
-  // error the engine must not be run. Only a prefix of an STG has STG states.
-  ReachCheck(const P& process, const base::Params& params, FinalState final_state);
+  // Parses the property. After a reported error the engine must not be run. Only a prefix of an STG
+  // has STG states.
+  ReachCheck(const P& process, const base::Params& params, std::string_view property,
+             FinalState final_state);
 
  protected:
   void encode(sat::ClauseGroup group) override;
