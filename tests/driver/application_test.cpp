@@ -104,6 +104,41 @@ TEST(Application, RefusesAModeWithoutEngineOnlyAfterReadingAndCheckingItsInput) 
                       "division by 0 when parsing 5/0<<<ERROR>>>\n"});
 }
 
+TEST(Application, ReplacesNoInputByItsAnswer) {
+  namespace fs = std::filesystem;
+  const support::TemporaryFolder folder;
+  const std::string net = support::read_text(support::example("celement.unf.pnml"));
+  folder.write("in.pnml", net);
+  folder.write("p", "true");
+  fs::create_symlink("in.pnml", folder.path("symbolic"));
+  fs::create_hard_link(folder.path("in.pnml"), folder.path("hard.xml"));
+  fs::create_symlink("p", folder.path("property.v"));
+  const std::string is_input = "is the input", is_given = "is given with -d";
+  const std::string is_net = "is a net or process by its name (give the output another one)";
+  std::vector<std::pair<std::string, std::string>> table = {
+      {"in.pnml", is_input},  {"./in.pnml", is_input}, {"symbolic", is_input},
+      {"hard.xml", is_input}, {"p", is_given},         {"property.v", is_given}};
+  for (const char* name : {"x.g", "x.ll_net", "x.pnml", "x.pnml.gz", "x.mci", "x.mp", "x.g.gz"}) {
+    folder.write(name, "kept");
+    table.emplace_back(name, is_net);
+  }
+  for (const auto& [name, reason] : table) {
+    const support::ProgramRun run =
+        support::run_vorel({"-F", "-d", "@p", "in.pnml", name}, {.directory = folder.path()});
+    EXPECT_EQ(run.exit_code, 2) << name;
+    EXPECT_EQ(run.out, "\nfile: in.pnml") << name;
+    EXPECT_EQ(run.err, "\nError: refusing to overwrite " + name + ", which " + reason + "\n");
+    EXPECT_EQ(support::read_text(folder.path("in.pnml")), net) << name;
+    EXPECT_EQ(support::read_text(folder.path("p")), "true") << name;
+    EXPECT_EQ(support::read_text(folder.path("x.pnml.gz")), "kept") << name;
+  }
+  folder.write("old.reach", "gone");
+  for (const char* name : {"new.mci", "old.reach", "x"}) {
+    EXPECT_EQ(support::run_vorel({"-D", folder.path("in.pnml"), folder.path(name)}).exit_code, 0);
+    EXPECT_EQ(support::read_text(folder.path(name)), "NO\n");
+  }
+}
+
 TEST(Application, AWarningGivesExitCodeOneAndTheAnswer) {
   const support::TemporaryFolder folder;
   const std::string file =
