@@ -22,7 +22,8 @@ bool fail(std::string_view text) {
 }
 
 bool unrecognized(std::string_view argument) {
-  return fail(std::string("unrecognized option: ").append(argument));
+  return fail(base::with_hint(std::string("unrecognized option: ").append(argument),
+                              "vorel -h describes the options"));
 }
 
 bool is_digit(char c) { return '0' <= c && c <= '9'; }
@@ -224,7 +225,8 @@ bool CommandLineParser::parse_mode() {
     request_.params.set("mode", static_cast<std::int32_t>(row.mode));
     return true;
   }
-  return fail(std::string("unrecognized mode: ").append(argument));
+  return fail(base::with_hint(std::string("unrecognized mode: ").append(argument),
+                              "vorel -h describes the modes"));
 }
 
 bool CommandLineParser::parse_options() {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -69,8 +70,9 @@ void run_deadlock(RunRequest request, P& process) {
 std::optional<std::string> property_text(const std::string& data) {
   assert(!data.empty() && "these modes do not start without -d");
   if (!data.starts_with('@')) return data;
+  constexpr std::string_view hint = "a property that begins with @ needs a blank before it";
   std::string text;
-  if (!base::read_whole_file(data.substr(1), text)) return std::nullopt;
+  if (!base::read_whole_file(data.substr(1), text, hint)) return std::nullopt;
   return text;
 }
 

@@ -7,6 +7,7 @@
 #include "base/messages.h"
 #include "formats/mci_reader.h"
 #include "formats/mp_reader.h"
+#include "formats/net_file.h"
 #include "formats/pnml_reader.h"
 #include "net/sanity_checks.h"
 
@@ -20,6 +21,13 @@ bool is_pnml(std::string_view name) {
 std::string_view extension_of(std::string_view name) {
   const std::size_t dot = name.rfind('.');
   return dot == std::string_view::npos ? std::string_view{} : name.substr(dot + 1);
+}
+
+void refuse_extension(std::string_view name) {
+  const std::string_view hint =
+      net_format_of(name) ? "vorel-unfold makes a prefix of such a file" : "";
+  base::print_error(base::with_hint(
+      std::string("unexpected file extension: \"").append(extension_of(name)).append("\""), hint));
 }
 
 // False for directories too, which open well but cannot be read.
@@ -65,7 +73,7 @@ std::unique_ptr<Shape> read_input(const std::string& name) {
   if constexpr (net::shape_accepts<Shape, net::NetMergedProcess>) {
     if (extension == "mp") return read_legacy<Shape, net::NetMergedProcess>(read_mp_net, name);
   }
-  base::print_error(std::string("unexpected file extension: \"").append(extension).append("\""));
+  refuse_extension(name);
   return nullptr;
 }
 

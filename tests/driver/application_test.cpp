@@ -54,6 +54,9 @@ TEST(Application, ReportsFilesThatItCannotRead) {
   const auto cannot_open = [](const std::string& name) {
     return "\nError: cannot open \"" + name + "\" for input\n";
   };
+  const std::string stg = support::example("vme_read.unf.pnml");
+  const std::string unfold = "(vorel-unfold makes a prefix of such a file)\n";
+  const std::string blank = "(a property that begins with @ needs a blank before it)\n";
   for (const char* name : {"/a.mci", "/a.mp", "/a.pnml", "/a.pnml.gz"}) {
     std::filesystem::create_directory(folder.path() + name);
   }
@@ -64,6 +67,9 @@ TEST(Application, ReportsFilesThatItCannotRead) {
       {{"-D", "a.b/net"}, 2, "\nfile: a.b/net", unexpected("b/net")},
       {{"-D", "net.PNML"}, 2, "\nfile: net.PNML", unexpected("PNML")},
       {{"-D", "net.gz"}, 2, "\nfile: net.gz", unexpected("gz")},
+      {{"-D", "net.g"}, 2, "\nfile: net.g", unexpected("g") + unfold},
+      {{"-C", "net.ll_net.gz"}, 2, "\nfile: net.ll_net.gz", unexpected("gz") + unfold},
+      {{"-F", "-d", "@$S\"a\"", stg}, 2, "\nfile: " + stg, cannot_open("$S\"a\"") + blank},
   };
   for (const Outcome& row : table) expect_outcome(row);
   for (const char* file : {"a.mci", "a.mp", "a.pnml", "a.pnml.gz", "none.mci", "none.pnml.gz"}) {

@@ -111,15 +111,20 @@ const std::string needs_data =
     "the -d option must be used in the current mode to provide additional information";
 const std::string no_file = "unfolding file name must be specified";
 
-std::string unknown(const std::string& option) { return "unrecognized option: " + option; }
+std::string unknown(const std::string& option) {
+  return "unrecognized option: " + option + "\n(vorel -h describes the options)";
+}
+std::string unknown_mode(const std::string& mode) {
+  return "unrecognized mode: " + mode + "\n(vorel -h describes the modes)";
+}
 std::string invalid(const std::string& option) {
   return "option " + option + " is invalid in the current mode";
 }
 
 const Refusal refusals[] = {
-    {{"-X"}, "unrecognized mode: -X"},
-    {{""}, "unrecognized mode: "},
-    {{"-v1", "-D", "f"}, "unrecognized mode: -v1"},
+    {{"-X"}, unknown_mode("-X")},
+    {{""}, unknown_mode("")},
+    {{"-v1", "-D", "f"}, unknown_mode("-v1")},
     {{"-D", "-x", "net.mci"}, unknown("-x")},
     {{"-D", "-", "f"}, unknown("-")},
     {{"-D", "-!!", "f"}, unknown("-!!")},
