@@ -1,7 +1,6 @@
 // base/run_state.h - the few values that belong to the whole process.
 // Here:      what every layer may read or add to.
-// Not here:  the severity, which only rises through base/messages.h; what the command line asks
-// for,
+// Not here:  the severity, which only rises through base/messages.h; what the command line gave,
 //            which travels as arguments.
 // Modes run on one thread, so none is guarded.
 #pragma once
