@@ -13,6 +13,7 @@
 #include <variant>
 
 #include "base/clock.h"
+#include "base/default_params.h"
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "conflicts/csc_check.h"
@@ -23,13 +24,8 @@ namespace vorel::bench {
 namespace {
 
 base::Params params_of(int method, int all_solutions) {
-  base::Params params;
-  for (const char* key :
-       {"restrict_branching", "store_cnf_formula", "output_configurations", "min_cost"}) {
-    params.set(key, 0);
-  }
-  for (const char* key : {"solver", "no_max_dummies", "enable_via_dummies"}) params.set(key, 1);
-  params.set("inclusion_constraints", -1);
+  base::Params params = base::default_params();
+  params.set("solver", 1);
   params.set("method", method);
   params.set("all_solutions", all_solutions);
   return params;
@@ -52,7 +48,7 @@ void measure(const char* file, int method, int all_solutions) {
   engine.run();
   const double search = base::seconds_of(base::ticks_now() - before),
                solve = base::seconds_of(base::run_state().sat_ticks);
-  engine.report();
+  engine.report("");
   std::cout.rdbuf(out);
   const std::size_t found = engine.solutions().solutions.size();
   std::printf("%-34s %8zu  -m%d -a%-4d %7.3f %7.3f %8.3f %9.2f  %zu conflicts, %s\n", file,

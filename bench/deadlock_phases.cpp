@@ -14,6 +14,7 @@
 #include <variant>
 
 #include "base/clock.h"
+#include "base/default_params.h"
 #include "base/messages.h"
 #include "base/params.h"
 #include "base/run_state.h"
@@ -31,11 +32,7 @@ double peak_megabytes() {
 }
 
 base::Params deadlock_params() {
-  base::Params params;
-  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations",
-                          "all_solutions", "method", "min_cost"}) {
-    params.set(key, 0);
-  }
+  base::Params params = base::default_params();
   params.set("solver", 1);
   return params;
 }
@@ -61,7 +58,7 @@ void run_engine(const P& process, Phases& phases) {
     phases.encode = base::seconds_of(search) - phases.solve;
     std::ostringstream answer;
     std::streambuf* const out = std::cout.rdbuf(answer.rdbuf());
-    engine.report();
+    engine.report("");
     std::cout.rdbuf(out);
     phases.verdict = answer.str().find("has a deadlock") != std::string::npos ? "deadlock" : "none";
   }

@@ -12,6 +12,7 @@
 #include <variant>
 
 #include "base/clock.h"
+#include "base/default_params.h"
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "formats/pnml_reader.h"
@@ -24,11 +25,7 @@ namespace {
 constexpr const char* style_names[] = {"-E", "four", "-G", "-S"};
 
 base::Params params_of(int solver) {
-  base::Params params;
-  for (const char* key : {"restrict_branching", "store_cnf_formula", "output_configurations"}) {
-    params.set(key, 0);
-  }
-  for (const char* key : {"no_max_dummies", "enable_via_dummies"}) params.set(key, 1);
+  base::Params params = base::default_params();
   params.set("solver", solver);
   return params;
 }

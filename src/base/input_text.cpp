@@ -55,14 +55,14 @@ bool reading_failed(const std::string& file_name, std::string_view reason) {
   return false;
 }
 
-bool opening_failed(const std::string& file_name) {
-  print_error(cannot_open_for_input(file_name));
+bool opening_failed(const std::string& file_name, std::string_view hint) {
+  print_error(with_hint(cannot_open_for_input(file_name), hint));
   return false;
 }
 
-bool read_plain_file(const std::string& file_name, std::string& text) {
+bool read_plain_file(const std::string& file_name, std::string& text, std::string_view hint) {
   std::ifstream file(file_name, std::ios::binary);
-  if (!file.is_open()) return opening_failed(file_name);
+  if (!file.is_open()) return opening_failed(file_name, hint);
   std::error_code no_size;
   const std::uintmax_t size = std::filesystem::file_size(file_name, no_size);
   text = read_stream(file, no_size ? 0 : size);
@@ -80,9 +80,9 @@ std::string decompression_error(gzFile file, const std::string& file_name) {
 }
 
 // Straight from zlib: a stream on top of it takes damaged data for the end of the file.
-bool read_compressed_file(const std::string& file_name, std::string& text) {
+bool read_compressed_file(const std::string& file_name, std::string& text, std::string_view hint) {
   const std::unique_ptr<gzFile_s, int (*)(gzFile)> file(gzopen(file_name.c_str(), "rb"), gzclose);
-  if (file == nullptr) return opening_failed(file_name);
+  if (file == nullptr) return opening_failed(file_name, hint);
   gzbuffer(file.get(), 1u << 17);
   text = read_to_end(0, [&file](char* buffer, std::size_t size) {
     return static_cast<std::size_t>(
@@ -96,11 +96,11 @@ bool read_compressed_file(const std::string& file_name, std::string& text) {
 
 std::string read_whole_stream(std::istream& stream) { return read_stream(stream, 0); }
 
-bool read_whole_file(const std::string& file_name, std::string& text) {
+bool read_whole_file(const std::string& file_name, std::string& text, std::string_view hint) {
   std::error_code unknown;  // what cannot be examined cannot be opened either
-  if (std::filesystem::is_directory(file_name, unknown)) return opening_failed(file_name);
-  return file_name.ends_with(".gz") ? read_compressed_file(file_name, text)
-                                    : read_plain_file(file_name, text);
+  if (std::filesystem::is_directory(file_name, unknown)) return opening_failed(file_name, hint);
+  return file_name.ends_with(".gz") ? read_compressed_file(file_name, text, hint)
+                                    : read_plain_file(file_name, text, hint);
 }
 
 }  // namespace vorel::base

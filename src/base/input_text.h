@@ -7,13 +7,15 @@
 
 #include <istream>
 #include <string>
+#include <string_view>
 
 namespace vorel::base {
 
 // Reads the file into `text`, through decompression if the name ends with ".gz". False after an
 // error: the file cannot be opened (a directory counts as such), or reading breaks off, as it does
-// in a compressed file that is cut short or damaged.
-bool read_whole_file(const std::string& file_name, std::string& text);
+// in a compressed file that is cut short or damaged. The hint is for whom the file was not meant:
+// it stands behind the error that the file cannot be opened.
+bool read_whole_file(const std::string& file_name, std::string& text, std::string_view hint = {});
 
 // All bytes from the present position to the end. A stream that breaks off is bad() afterwards.
 std::string read_whole_stream(std::istream& stream);

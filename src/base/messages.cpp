@@ -67,6 +67,11 @@ void note_silent_failure(std::string_view reason) {
   if (verbosity() >= 1) std::cerr << "\nthe input is not read: " << reason << '\n' << std::flush;
 }
 
+std::string with_hint(std::string text, std::string_view hint) {
+  if (hint.empty()) return text;
+  return text.append("\n(").append(hint).append(")");
+}
+
 std::string cannot_open_for_input(std::string_view name) {
   return std::string("cannot open \"").append(name).append("\" for input");
 }

@@ -39,6 +39,9 @@ void print_warning(std::string_view text);
 // What passes an input over without a message leaves a note for those who ask for diagnostics.
 void note_silent_failure(std::string_view reason);
 
+// A message with advice on a line of its own, which leaves the message as it is.
+std::string with_hint(std::string text, std::string_view hint);
+
 // `cannot open "NAME" for input`: the text for every file that cannot be read.
 std::string cannot_open_for_input(std::string_view name);
 // `cannot open "NAME" for output`.

@@ -1,6 +1,7 @@
 // base/params.h - the store of option values.
 // Here:      keys, lookup, overwriting.
-// Not here:  defaults and meaning of the keys (driver/option_table.h).
+// Not here:  the keys with their defaults (base/default_params.h) and meaning
+//            (driver/option_table.h).
 // A value type: every mode, run function and engine holds a copy and may change it unseen.
 #pragma once
 

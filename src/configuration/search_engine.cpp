@@ -34,9 +34,10 @@ void SearchEngine<P>::run() {
 }
 
 template <net::Process P>
-void SearchEngine<P>::report() const {
+void SearchEngine<P>::report(const std::string& output) const {
   const auto is_valid = [this](const auto& solution) { return validate(*solution); };
-  if (std::ranges::all_of(report_.solutions, is_valid)) results::deliver(report_, messages_);
+  if (std::ranges::all_of(report_.solutions, is_valid))
+    results::deliver(report_, messages_, output);
 }
 
 template <net::Process P>

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "configuration/search_instance.h"
@@ -26,8 +27,8 @@ class SearchEngine {
   // The search that the options `all_solutions` and `min_cost` choose.
   virtual void run();
   // Replays every solution, then delivers the verdict and the solutions; after a failed replay only
-  // that error is told.
-  virtual void report() const;
+  // that error is told. The name of the output selects the form (results::deliver).
+  virtual void report(const std::string& output) const;
   // A newline and the size of the SAT instance.
   virtual void print_statistics(std::ostream& stream) const;
   // A hook for subclasses, called after the search.

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "base/messages.h"
-#include "base/run_state.h"
 #include "driver/option_table.h"
 
 namespace vorel::driver {
@@ -259,9 +258,10 @@ std::int32_t evaluate(std::string_view text, const net::Stg& stg) {
   return *value;
 }
 
-void evaluate_coefficients(const net::Stg& stg, base::Params& params) {
+void evaluate_coefficients(const CoefficientTexts& texts, const net::Stg& stg,
+                           base::Params& params) {
   for (const CoefficientRow& row : coefficient_table()) {
-    params.set(row.key, evaluate(base::run_state().coefficients.*row.text, stg));
+    params.set(row.key, evaluate(texts.*row.text, stg));
   }
 }
 

@@ -1,12 +1,13 @@
 // driver/coefficients.h - the coefficients of the cost function, given as small expressions.
 // Here:      the grammar, its evaluation over the counts of an STG, the errors.
-// Not here:  the texts (base/run_state.h) and the options that set them (driver/command_line.h).
+// Not here:  the texts (driver/run_request.h) and the options that set them
+// (driver/command_line.h).
 #pragma once
 
 #include <cstdint>
 #include <string_view>
 
-#include "base/params.h"
+#include "driver/run_request.h"
 #include "net/net.h"
 
 namespace vorel::driver {
@@ -17,7 +18,8 @@ namespace vorel::driver {
 //   #p #t         places, transitions
 std::int32_t evaluate(std::string_view text, const net::Stg& stg);
 
-// Evaluates the seven texts of the run and stores each value under its key.
-void evaluate_coefficients(const net::Stg& stg, base::Params& params);
+// Evaluates the seven texts and stores each value under its key.
+void evaluate_coefficients(const CoefficientTexts& texts, const net::Stg& stg,
+                           base::Params& params);
 
 }  // namespace vorel::driver

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/default_params.h"
 #include "base/messages.h"
-#include "base/run_state.h"
 #include "driver/help.h"
 #include "driver/option_table.h"
 
@@ -22,7 +22,8 @@ bool fail(std::string_view text) {
 }
 
 bool unrecognized(std::string_view argument) {
-  return fail(std::string("unrecognized option: ").append(argument));
+  return fail(base::with_hint(std::string("unrecognized option: ").append(argument),
+                              "vorel -h describes the options"));
 }
 
 bool is_digit(char c) { return '0' <= c && c <= '9'; }
@@ -42,12 +43,12 @@ std::optional<std::uint32_t> read_unsigned(std::string_view text) {
 
 // -cs looks at cores and the number of insertions only, -cl at the logic too. The initializers are
 // in the order of the members.
-base::CoefficientTexts small_preset(Mode mode) {
+CoefficientTexts small_preset(Mode mode) {
   assert(mode == Mode::resolve || mode == Mode::decomposition);
   if (mode == Mode::resolve) return {"32", "16", "0", "0", "1", "2", "0"};
   return {"0", "0", "0", "0", "1", "2", "0"};
 }
-base::CoefficientTexts logic_preset(Mode mode) {
+CoefficientTexts logic_preset(Mode mode) {
   assert(mode == Mode::resolve || mode == Mode::decomposition);
   if (mode == Mode::resolve) return {"#s*8", "#s*4", "0", "#s*1", "#s*4", "#s*8", "50"};
   return {"0", "0", "0", "#s*32", "#s*1", "#s*2", "8"};
@@ -55,10 +56,11 @@ base::CoefficientTexts logic_preset(Mode mode) {
 
 class CommandLineParser {
  public:
-  explicit CommandLineParser(std::span<char* const> arguments)
-      : arguments_{arguments}, params_{std::make_unique<base::Params>(default_params())} {}
+  explicit CommandLineParser(std::span<char* const> arguments) : arguments_{arguments} {
+    request_.params = base::default_params();
+  }
 
-  std::unique_ptr<base::Params> run();
+  std::optional<RunRequest> run();
 
  private:
   bool parse_mode();
@@ -74,7 +76,7 @@ class CommandLineParser {
   bool apply_plus_minus(const OptionRow& row, std::string_view argument);
   bool valid_here(const OptionRow& row, std::string_view argument) const;
   bool invalid_here(std::string_view argument) const;
-  void use_preset(const base::CoefficientTexts& texts);
+  void use_preset(const CoefficientTexts& texts);
   bool finish_options();
   bool parse_file_names();
 
@@ -86,7 +88,7 @@ class CommandLineParser {
   }
 
   std::span<char* const> arguments_;  // what is still to be read
-  std::unique_ptr<base::Params> params_;
+  RunRequest request_;
   Mode mode_ = Mode::none;
 };
 
@@ -100,13 +102,13 @@ bool CommandLineParser::valid_here(const OptionRow& row, std::string_view argume
 
 bool CommandLineParser::apply_flag(const OptionRow& row, std::string_view argument) {
   if (argument.size() != 2) return unrecognized(argument);
-  params_->set(row.key, row.bare);
+  request_.params.set(row.key, row.bare);
   return valid_here(row, argument);
 }
 
 bool CommandLineParser::apply_digit(const OptionRow& row, std::string_view argument) {
   if (argument.size() == 2 && row.kind == OptionKind::optional_digit) {
-    params_->set(row.key, row.bare);
+    request_.params.set(row.key, row.bare);
     return valid_here(row, argument);
   }
   if (argument.size() != 3 || !is_digit(argument[2])) return unrecognized(argument);
@@ -115,12 +117,12 @@ bool CommandLineParser::apply_digit(const OptionRow& row, std::string_view argum
   if (value < row.low || value > row.high) {
     return row.kind == OptionKind::method ? invalid_here(argument) : unrecognized(argument);
   }
-  params_->set(row.key, value);
+  request_.params.set(row.key, value);
   return valid_here(row, argument);
 }
 
 bool CommandLineParser::apply_all_solutions(const OptionRow& row, std::string_view argument) {
-  if (params_->get("min_cost") != 0) {
+  if (request_.params.get("min_cost") != 0) {
     return fail("only one option among -f, -a may be specified");
   }
   std::int32_t limit = row.bare;
@@ -129,13 +131,13 @@ bool CommandLineParser::apply_all_solutions(const OptionRow& row, std::string_vi
     if (!number) return unrecognized(argument);
     limit = static_cast<std::int32_t>(*number);
   }
-  params_->set(row.key, limit);
+  request_.params.set(row.key, limit);
   return valid_here(row, argument);
 }
 
-void CommandLineParser::use_preset(const base::CoefficientTexts& texts) {
-  base::run_state().coefficients = texts;
-  params_->set("pwr_of_2", 0);
+void CommandLineParser::use_preset(const CoefficientTexts& texts) {
+  request_.coefficients = texts;
+  request_.params.set("pwr_of_2", 0);
 }
 
 bool CommandLineParser::apply_coefficients(const OptionRow& row, std::string_view argument) {
@@ -145,7 +147,7 @@ bool CommandLineParser::apply_coefficients(const OptionRow& row, std::string_vie
   for (const CoefficientRow& coefficient : coefficient_table()) {
     const std::string prefix = std::string("-c").append(coefficient.name).append("=");
     if (!argument.starts_with(prefix)) continue;
-    base::run_state().coefficients.*coefficient.text = argument.substr(prefix.size());
+    request_.coefficients.*coefficient.text = argument.substr(prefix.size());
     return true;
   }
   return unrecognized(argument);
@@ -156,13 +158,13 @@ bool CommandLineParser::apply_data(const OptionRow& row, std::string_view argume
   if (!valid_here(row, argument)) return false;
   // The input file must follow the data.
   if (arguments_.size() < 2) return fail("no data is provided with the -d option");
-  base::run_state().mode_data = next();
+  request_.data = next();
   return true;
 }
 
 bool CommandLineParser::apply_min_cost(const OptionRow& row, std::string_view argument) {
   if (!apply_flag(row, argument)) return false;
-  if (params_->get("all_solutions") == 0) return true;
+  if (request_.params.get("all_solutions") == 0) return true;
   return fail("only one option among -a, -f may be specified");
 }
 
@@ -170,13 +172,13 @@ bool CommandLineParser::apply_gates(std::string_view argument) {
   assert(argument.starts_with("-g"));
   std::string_view rest = argument.substr(2);
   if (rest.starts_with('!')) {
-    params_->set("use_latches", 0);
+    request_.params.set("use_latches", 0);
     rest.remove_prefix(1);
   }
   if (rest.empty()) return true;
   const auto number = read_unsigned(rest);
   if (!number) return unrecognized(argument);
-  params_->set("max_gate_inputs", static_cast<std::int32_t>(*number));
+  request_.params.set("max_gate_inputs", static_cast<std::int32_t>(*number));
   return true;
 }
 
@@ -184,7 +186,7 @@ bool CommandLineParser::apply_plus_minus(const OptionRow& row, std::string_view 
   if (argument.size() != 3 || (argument[2] != '+' && argument[2] != '-')) {
     return unrecognized(argument);
   }
-  params_->set(row.key, argument[2] == '+' ? 1 : 0);
+  request_.params.set(row.key, argument[2] == '+' ? 1 : 0);
   return valid_here(row, argument);
 }
 
@@ -220,10 +222,11 @@ bool CommandLineParser::parse_mode() {
   for (const ModeRow& row : mode_table()) {
     if (row.option != argument) continue;
     mode_ = row.mode;
-    params_->set("mode", static_cast<std::int32_t>(row.mode));
+    request_.params.set("mode", static_cast<std::int32_t>(row.mode));
     return true;
   }
-  return fail(std::string("unrecognized mode: ").append(argument));
+  return fail(base::with_hint(std::string("unrecognized mode: ").append(argument),
+                              "vorel -h describes the modes"));
 }
 
 bool CommandLineParser::parse_options() {
@@ -240,37 +243,37 @@ bool CommandLineParser::parse_options() {
 }
 
 bool CommandLineParser::finish_options() {
-  if (base::run_state().mode_data.empty() && (mode_ == Mode::reach || mode_ == Mode::reach_stg)) {
+  if (request_.data.empty() && (mode_ == Mode::reach || mode_ == Mode::reach_stg)) {
     return fail("the -d option must be used in the current mode to provide additional information");
   }
   const bool synthesis =
       mode_ == Mode::complex_gate || mode_ == Mode::gc || mode_ == Mode::standard_c;
-  if (params_->get("solver") == -1) params_->set("solver", synthesis ? 0 : 1);
+  if (request_.params.get("solver") == -1) request_.params.set("solver", synthesis ? 0 : 1);
   return true;
 }
 
 bool CommandLineParser::parse_file_names() {
   if (arguments_.empty()) return fail("unfolding file name must be specified");
-  base::run_state().input_file_name = next();
-  if (!arguments_.empty()) base::run_state().output_file_name = next();
+  request_.input = next();
+  if (!arguments_.empty()) request_.output = next();
   return true;
 }
 
-std::unique_ptr<base::Params> CommandLineParser::run() {
+std::optional<RunRequest> CommandLineParser::run() {
   if (arguments_.empty() || std::string_view(arguments_.front()) == "-h") {
-    print_help(arguments_.empty(), *params_);
-    return nullptr;
+    print_help(arguments_.empty(), request_);
+    return std::nullopt;
   }
   if (!parse_mode() || !parse_options() || !finish_options() || !parse_file_names()) {
-    return nullptr;
+    return std::nullopt;
   }
-  assert(params_->get("mode") != 0 && params_->get("solver") != -1);
-  return std::move(params_);
+  assert(request_.params.get("mode") != 0 && request_.params.get("solver") != -1);
+  return std::move(request_);
 }
 
 }  // namespace
 
-std::unique_ptr<base::Params> parse_command_line(int argc, char** argv) {
+std::optional<RunRequest> parse_command_line(int argc, char** argv) {
   const std::span<char* const> all(argv, static_cast<std::size_t>(argc));
   return CommandLineParser(all.empty() ? all : all.subspan(1)).run();
 }

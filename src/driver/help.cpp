@@ -6,28 +6,27 @@
 #include <string>
 #include <string_view>
 
-#include "base/run_state.h"
 #include "driver/help_text.h"
 #include "driver/option_table.h"
 
 namespace vorel::driver {
 namespace {
 
-std::string current_value(std::string_view name, const base::Params& params) {
+std::string current_value(std::string_view name, const RunRequest& defaults) {
   for (const CoefficientRow& row : coefficient_table()) {
-    if (row.name == name) return base::run_state().coefficients.*row.text;
+    if (row.name == name) return defaults.coefficients.*row.text;
   }
-  return std::to_string(params.get(name));
+  return std::to_string(defaults.params.get(name));
 }
 
 // The text with the current values in the place of their names in braces.
-std::string with_values(std::string_view text, const base::Params& params) {
+std::string with_values(std::string_view text, const RunRequest& defaults) {
   std::string result;
   for (std::size_t open = text.find('{'); open != std::string_view::npos; open = text.find('{')) {
     const std::size_t close = text.find('}', open);
     assert(close != std::string_view::npos);
     result.append(text.substr(0, open));
-    result.append(current_value(text.substr(open + 1, close - open - 1), params));
+    result.append(current_value(text.substr(open + 1, close - open - 1), defaults));
     text.remove_prefix(close + 1);
   }
   return result.append(text);
@@ -80,25 +79,25 @@ void print_all_modes(bool brief) {
   if (!brief) std::cout << help_text::mode_notes;
 }
 
-void print_options(bool brief, const base::Params& params) {
+void print_options(bool brief, const RunRequest& defaults) {
   std::cout << "\n\nOptions:";
   std::string_view separator;
   for (const OptionRow& row : option_table()) {
     if (row.line.empty()) continue;
     std::cout << separator << "\n  " << row.form << " - " << row.line;
     if (brief) continue;
-    std::cout << availability(row) << with_values(row.paragraph, params);
+    std::cout << availability(row) << with_values(row.paragraph, defaults);
     separator = "\n";
   }
 }
 
 }  // namespace
 
-void print_help(bool brief, const base::Params& params) {
+void print_help(bool brief, const RunRequest& defaults) {
   std::cout << help_text::banner << help_text::usage;
   if (!brief) std::cout << help_text::usage_notes;
   print_all_modes(brief);
-  print_options(brief, params);
+  print_options(brief, defaults);
   if (brief) std::cout << "\nType vorel -h for extended help.";
   std::cout << '\n';
 }

@@ -38,7 +38,31 @@ inline constexpr std::string_view usage_notes = R"(
 If outputfilename is omitted then stdout is used.
 
 If -h is specified then full help is printed. If no
-command-line parameters are given then brief help is printed.)";
+command-line parameters are given then brief help is printed.
+
+The input is a finite complete prefix of an unfolding, or a merged process:
+  *.pnml, *.pnml.gz - both, of nets and of STGs;
+  *.mci             - prefixes, in a legacy format;
+  *.mp              - merged processes of nets, in a legacy format.
+-D takes all of them, -F all but merged processes of STGs, and the other modes
+take prefixes of STGs only. The program vorel-unfold makes both from nets and
+STGs, which come as *.g, *.ll_net or *.pnml; see vorel-unfold --help.
+
+The name of the output selects what is written there:
+  *.xml         - the verdict and all solutions as one XML document;
+  *.v           - a Verilog module, in the modes -E, -G and -S;
+  cerr          - the same as no name: text for people on stdout;
+  anything else - text for other programs: NO, or for each solution YES and
+                  its traces, each behind a line _SEQUENCE: (or equations).
+What the run reads is never overwritten. Neither is a file that is there and
+by its name a net or a process: *.g, *.ll_net, *.pnml, *.mci and *.mp, also
+with .gz behind.
+
+Exit codes:
+  0 - done, whatever the verdict;
+  1 - done, but there were warnings;
+  2 - there were errors;
+  5 - out of memory.)";
 
 inline constexpr std::string_view stg_reachability_note = R"(
 
@@ -64,7 +88,17 @@ inline constexpr std::string_view mode_notes = R"(
   The original STG must be consistent. The synthesis modes -E, -G, -S and -T
   also require it to have the CSC property; -R can establish it.
 
-  -N finds violations of normalcy with one of four causes, and prints for
+  -E, -G and -S take two more things for granted, and do not check them: there
+  are equations, and the exit code is 0, also where they do not hold.
+  * Output persistency: no output or internal signal that is about to change
+    is prevented from it by another signal, for example by an input. Where one
+    is, the equations describe a circuit with a hazard. To look for such a
+    state, use -F -d @examples/output_persistency.reach.
+  * No dead signals: an output or internal signal that never changes becomes
+    a constant.
+
+  A violation of normalcy that -N finds has one of four causes. What is printed
+  depends on the cause:
   1. triggers of different signs: a path to an event of the signal, and the
      triggers of this event, some rising and some falling;
   2. contradictory hypotheses: two paths, each with the triggers of its last
@@ -86,7 +120,9 @@ inline constexpr std::string_view solver = R"(
 
 inline constexpr std::string_view output_configurations = R"(
   A configuration is printed as the numbers of its events.
-  The numbering of events starts from 1.)";
+  The numbering of events starts from 1.
+  This is how E n counts in a property; the numbers printed by -@ are smaller
+  by one: they start from 0.)";
 
 inline constexpr std::string_view all_solutions = R"(
   The search goes on until all solutions are found. N>0 restricts their
@@ -130,8 +166,10 @@ inline constexpr std::string_view coefficients = R"(
 inline constexpr std::string_view data = R"(
   In the modes -F and -Fs, where this option is compulsory, the string is a
   property in the REACH language, or @ followed by the name of a file that
-  contains one. In the mode -T the string is the name of a gate library in
-  the GENLIB format; without it a built-in library is used.)";
+  contains one; a property that itself begins with @ needs a blank before it.
+  The language is described in docs/reach.md.
+  In the mode -T the string is the name of a gate library in the GENLIB
+  format; without it a built-in library is used.)";
 
 inline constexpr std::string_view min_cost = R"(
   Usually the sum of the lengths of the traces is minimised, but the

@@ -4,10 +4,14 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 
 #include "base/clock.h"
+#include "base/input_text.h"
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "conflicts/csc_check.h"
@@ -27,9 +31,11 @@ namespace {
 
 // What every run does before its engine is built; false when the run must stop.
 template <net::Process P>
-bool prepare_run(const P& process, base::Params& params) {
+bool prepare_run(const P& process, RunRequest& request) {
   net::print_statistics(process, std::cout);
-  if constexpr (P::NetType::has_signals) evaluate_coefficients(process, params);
+  if constexpr (P::NetType::has_signals) {
+    evaluate_coefficients(request.coefficients, process, request.params);
+  }
   return !base::run_failed();
 }
 
@@ -41,12 +47,12 @@ void print_times(std::uint64_t total_ticks) {
 
 // Only the search is timed, neither building the engine nor its report.
 template <class Engine>
-void run_engine(Engine& engine) {
+void run_engine(Engine& engine, const std::string& output) {
   const std::uint64_t start = base::ticks_now();
   engine.run();
   const std::uint64_t total_ticks = base::ticks_now() - start;
   if (base::run_failed()) return;
-  engine.report();
+  engine.report(output);
   engine.print_statistics(std::cout);
   print_times(total_ticks);
 }
@@ -54,37 +60,50 @@ void run_engine(Engine& engine) {
 void report_not_supported() { base::print_error("This mode is currently not supported"); }
 
 template <net::Process P>
-void run_deadlock(base::Params params, P& process) {
-  if (!prepare_run(process, params)) return;
-  reach::DeadlockCheck<P> engine(process, configuration::SearchOptions::of(params));
-  run_engine(engine);
+void run_deadlock(RunRequest request, P& process) {
+  if (!prepare_run(process, request)) return;
+  reach::DeadlockCheck<P> engine(process, configuration::SearchOptions::of(request.params));
+  run_engine(engine, request.output);
+}
+
+// A text that begins with "@" names the file that holds the property. nullopt after an error.
+std::optional<std::string> property_text(const std::string& data) {
+  assert(!data.empty() && "these modes do not start without -d");
+  if (!data.starts_with('@')) return data;
+  constexpr std::string_view hint = "a property that begins with @ needs a blank before it";
+  std::string text;
+  if (!base::read_whole_file(data.substr(1), text, hint)) return std::nullopt;
+  return text;
 }
 
 template <net::Process P>
-void run_reach(base::Params params, P& process, configuration::Enabledness enabledness) {
-  if (!prepare_run(process, params)) return;
-  reach::ReachCheck<P> engine(process, configuration::SearchOptions::of(params), enabledness);
-  if (!base::run_failed()) run_engine(engine);
+void run_reach(RunRequest request, P& process, configuration::Enabledness enabledness) {
+  if (!prepare_run(process, request)) return;
+  const std::optional<std::string> property = property_text(request.data);
+  if (!property) return;
+  reach::ReachCheck<P> engine(process, configuration::SearchOptions::of(request.params), *property,
+                              enabledness);
+  if (!base::run_failed()) run_engine(engine, request.output);
 }
 
 template <class Engine>
-void run_conflict_check(base::Params params, net::StgPrefix& prefix) {
-  if (!prepare_run(prefix, params)) return;
-  Engine engine(prefix, configuration::SearchOptions::of(params));
-  if (!base::run_failed()) run_engine(engine);
+void run_conflict_check(RunRequest request, net::StgPrefix& prefix) {
+  if (!prepare_run(prefix, request)) return;
+  Engine engine(prefix, configuration::SearchOptions::of(request.params));
+  if (!base::run_failed()) run_engine(engine, request.output);
 }
 
 // A signal without an equation is an answer too: it is reported, though the run has failed.
 template <synthesis::SynthesisStyle style>
-void run_synthesis(base::Params params, net::StgPrefix& prefix) {
-  if (!prepare_run(prefix, params)) return;
-  synthesis::EquationSearch engine(prefix, configuration::SearchOptions::of(params), style);
+void run_synthesis(RunRequest request, net::StgPrefix& prefix) {
+  if (!prepare_run(prefix, request)) return;
+  synthesis::EquationSearch engine(prefix, configuration::SearchOptions::of(request.params), style);
   if (base::run_failed()) return;
   const std::uint64_t start = base::ticks_now();
   engine.run();
   const std::uint64_t total_ticks = base::ticks_now() - start;
   const bool has_equations = !base::run_failed();
-  engine.report();
+  engine.report(request.output);
   if (!has_equations) return;
   engine.print_statistics(std::cout);
   print_times(total_ticks);
@@ -92,38 +111,39 @@ void run_synthesis(base::Params params, net::StgPrefix& prefix) {
 
 // The run of a mode whose engine does not exist yet.
 template <net::Process P>
-void run_without_engine(base::Params params, P& process) {
-  if (prepare_run(process, params)) report_not_supported();
+void run_without_engine(RunRequest request, P& process) {
+  if (prepare_run(process, request)) report_not_supported();
 }
 
 // An input that was read with errors is not run.
 template <class Shape, class Run>
-void run_mode(std::unique_ptr<Shape> (*read)(), base::Params params, Run run) {
-  const std::unique_ptr<Shape> input = read();
+void run_mode(std::unique_ptr<Shape> (*read)(const std::string&), const RunRequest& request,
+              Run run) {
+  const std::unique_ptr<Shape> input = read(request.input);
   assert(input == nullptr || !input->valueless_by_exception());
   if (input == nullptr || base::run_failed()) return;
-  std::visit([&](auto& process) { run(std::move(params), process); }, *input);
+  std::visit([&](auto& process) { run(request, process); }, *input);
 }
 
-void deadlock_mode(base::Params params) {
-  run_mode(formats::read_full, std::move(params),
-           [](base::Params copy, auto& process) { run_deadlock(std::move(copy), process); });
+void deadlock_mode(const RunRequest& request) {
+  run_mode(formats::read_full, request,
+           [](const RunRequest& r, auto& process) { run_deadlock(r, process); });
 }
 
-void reach_mode(base::Params params) {
-  run_mode(formats::read_no_stg_mp, std::move(params), [](base::Params copy, auto& process) {
-    run_reach(std::move(copy), process, configuration::Enabledness::direct);
+void reach_mode(const RunRequest& request) {
+  run_mode(formats::read_no_stg_mp, request, [](const RunRequest& r, auto& process) {
+    run_reach(r, process, configuration::Enabledness::direct);
   });
 }
 
-void run_reach_stg(base::Params params, net::StgPrefix& prefix) {
-  run_reach(std::move(params), prefix, configuration::Enabledness::via_dummies);
+void run_reach_stg(RunRequest request, net::StgPrefix& prefix) {
+  run_reach(std::move(request), prefix, configuration::Enabledness::via_dummies);
 }
 
 // All the other modes take nothing but a prefix of an STG.
-template <void (*run)(base::Params, net::StgPrefix&)>
-void stg_mode(base::Params params) {
-  run_mode(formats::read_stg_prefix, std::move(params), run);
+template <void (*run)(RunRequest, net::StgPrefix&)>
+void stg_mode(const RunRequest& request) {
+  run_mode(formats::read_stg_prefix, request, run);
 }
 
 struct ModeEntry {

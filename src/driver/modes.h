@@ -5,12 +5,12 @@
 
 #include <cstdint>
 
-#include "base/params.h"
+#include "driver/run_request.h"
 
 namespace vorel::driver {
 
-// Takes its own copy of the options; all outcomes are told through the output and the severity.
-using ModeFunction = void (*)(base::Params params);
+// All outcomes are told through the output and the severity. Each run changes a copy of its own.
+using ModeFunction = void (*)(const RunRequest& request);
 
 // Null for a number without a mode.
 ModeFunction mode_function(std::int32_t mode);

@@ -1,7 +1,6 @@
 #include "driver/option_table.h"
 
 #include <iterator>
-#include <limits>
 
 #include "driver/help_text.h"
 
@@ -99,50 +98,13 @@ constexpr bool are_selected_by_second_character(std::span<const OptionRow> rows)
 static_assert(are_selected_by_second_character(options));
 
 constexpr CoefficientRow coefficients[] = {
-    {"csc", &base::CoefficientTexts::csc, "coeff_CSC_cores"},
-    {"usc", &base::CoefficientTexts::usc, "coeff_USC_cores"},
-    {"del", &base::CoefficientTexts::del, "coeff_delay"},
-    {"trig", &base::CoefficientTexts::trig, "coeff_logic"},
-    {"seq", &base::CoefficientTexts::seq, "coeff_seq_insertions"},
-    {"conc", &base::CoefficientTexts::conc, "coeff_conc_insertions"},
-    {"lock", &base::CoefficientTexts::lock, "coeff_non_locked_signals"},
-};
-
-struct DefaultRow {
-  std::string_view key;
-  std::int32_t value;
-};
-
-// In the order of insertion.
-constexpr DefaultRow defaults[] = {
-    {"mode", 0},
-    {"solver", -1},
-    {"store_cnf_formula", 0},
-    {"restrict_branching", 0},
-    {"output_configurations", 0},
-    {"all_solutions", 0},
-    {"method", 0},
-    {"min_cost", 0},
-    {"wait_mode", 0},
-    {"no_max_dummies", 1},
-    {"enable_via_dummies", 1},
-    {"inclusion_constraints", -1},
-    {"backward_conflict_constraints", 1},
-    {"incremental_acyclic_constraint", 0},
-    {"concurrent_insertions", 0},
-    {"pwr_of_2", 0},
-    {"use_concurrency_reduction", 0},
-    {"decompose_down_to_trivial", 0},
-    {"use_latches", 1},
-    {"max_gate_inputs", std::numeric_limits<std::int32_t>::max()},
-    {"verbosity", 0},
-    {"coeff_CSC_cores", 8},
-    {"coeff_USC_cores", 4},
-    {"coeff_delay", 2},
-    {"coeff_logic", 1},
-    {"coeff_seq_insertions", 4},
-    {"coeff_conc_insertions", 4},
-    {"coeff_non_locked_signals", 50},
+    {"csc", &CoefficientTexts::csc, "coeff_CSC_cores"},
+    {"usc", &CoefficientTexts::usc, "coeff_USC_cores"},
+    {"del", &CoefficientTexts::del, "coeff_delay"},
+    {"trig", &CoefficientTexts::trig, "coeff_logic"},
+    {"seq", &CoefficientTexts::seq, "coeff_seq_insertions"},
+    {"conc", &CoefficientTexts::conc, "coeff_conc_insertions"},
+    {"lock", &CoefficientTexts::lock, "coeff_non_locked_signals"},
 };
 
 }  // namespace
@@ -150,11 +112,5 @@ constexpr DefaultRow defaults[] = {
 std::span<const ModeRow> mode_table() { return modes; }
 std::span<const OptionRow> option_table() { return options; }
 std::span<const CoefficientRow> coefficient_table() { return coefficients; }
-
-base::Params default_params() {
-  base::Params params;
-  for (const DefaultRow& row : defaults) params.set(row.key, row.value);
-  return params;
-}
 
 }  // namespace vorel::driver

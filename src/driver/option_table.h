@@ -1,7 +1,8 @@
-// driver/option_table.h - the tables of the command line: modes, options and defaults.
+// driver/option_table.h - the tables of the command line: modes and options.
 // Here:      what exists and where it is valid; the parser (driver/command_line.h) and the help
 //            (driver/help.h), brief and full, read these rows.
-// Not here:  the long paragraphs of the manual (driver/help_text.h).
+// Not here:  the defaults (base/default_params.h), the long paragraphs of the manual
+//            (driver/help_text.h).
 #pragma once
 
 #include <cstdint>
@@ -10,8 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/params.h"
-#include "base/run_state.h"
+#include "driver/run_request.h"
 
 namespace vorel::driver {
 
@@ -87,7 +87,7 @@ struct OptionRow {
 // A coefficient of the cost function.
 struct CoefficientRow {
   std::string_view name;  // in -cNAME=EXPR and in the help
-  std::string base::CoefficientTexts::*text;
+  std::string CoefficientTexts::*text;
   std::string_view key;  // of its value
 };
 
@@ -96,8 +96,5 @@ std::span<const ModeRow> mode_table();
 std::span<const OptionRow> option_table();
 // In the order of evaluation.
 std::span<const CoefficientRow> coefficient_table();
-
-// A store with every key at its default.
-base::Params default_params();
 
 }  // namespace vorel::driver

@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "base/messages.h"
-#include "base/run_state.h"
 #include "formats/mci_reader.h"
 #include "formats/mp_reader.h"
+#include "formats/net_file.h"
 #include "formats/pnml_reader.h"
 #include "net/sanity_checks.h"
 
@@ -21,6 +21,13 @@ bool is_pnml(std::string_view name) {
 std::string_view extension_of(std::string_view name) {
   const std::size_t dot = name.rfind('.');
   return dot == std::string_view::npos ? std::string_view{} : name.substr(dot + 1);
+}
+
+void refuse_extension(std::string_view name) {
+  const std::string_view hint =
+      net_format_of(name) ? "vorel-unfold makes a prefix of such a file" : "";
+  base::print_error(base::with_hint(
+      std::string("unexpected file extension: \"").append(extension_of(name)).append("\""), hint));
 }
 
 // False for directories too, which open well but cannot be read.
@@ -59,26 +66,27 @@ std::unique_ptr<Shape> read_mci(const std::string& name) {
 }
 
 template <class Shape>
-std::unique_ptr<Shape> read_input() {
-  const std::string& name = base::run_state().input_file_name;
+std::unique_ptr<Shape> read_input(const std::string& name) {
   if (is_pnml(name)) return read_pnml<Shape>(name);
   const std::string_view extension = extension_of(name);
   if (extension == "mci") return read_mci<Shape>(name);
   if constexpr (net::shape_accepts<Shape, net::NetMergedProcess>) {
     if (extension == "mp") return read_legacy<Shape, net::NetMergedProcess>(read_mp_net, name);
   }
-  base::print_error(std::string("unexpected file extension: \"").append(extension).append("\""));
+  refuse_extension(name);
   return nullptr;
 }
 
 }  // namespace
 
-std::unique_ptr<net::FullVariant> read_full() { return read_input<net::FullVariant>(); }
-std::unique_ptr<net::NoStgMergedVariant> read_no_stg_mp() {
-  return read_input<net::NoStgMergedVariant>();
+std::unique_ptr<net::FullVariant> read_full(const std::string& file_name) {
+  return read_input<net::FullVariant>(file_name);
 }
-std::unique_ptr<net::StgPrefixVariant> read_stg_prefix() {
-  return read_input<net::StgPrefixVariant>();
+std::unique_ptr<net::NoStgMergedVariant> read_no_stg_mp(const std::string& file_name) {
+  return read_input<net::NoStgMergedVariant>(file_name);
+}
+std::unique_ptr<net::StgPrefixVariant> read_stg_prefix(const std::string& file_name) {
+  return read_input<net::StgPrefixVariant>(file_name);
 }
 
 }  // namespace vorel::formats

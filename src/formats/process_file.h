@@ -5,15 +5,16 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "net/process_variant.h"
 
 namespace vorel::formats {
 
-// Read the input file of the run. Null when it was refused, mostly after a reported error; a record
+// Null when it was refused, mostly after a reported error; a record
 // can also come back after an error, so the caller looks at the severity too.
-std::unique_ptr<net::FullVariant> read_full();
-std::unique_ptr<net::NoStgMergedVariant> read_no_stg_mp();
-std::unique_ptr<net::StgPrefixVariant> read_stg_prefix();
+std::unique_ptr<net::FullVariant> read_full(const std::string& file_name);
+std::unique_ptr<net::NoStgMergedVariant> read_no_stg_mp(const std::string& file_name);
+std::unique_ptr<net::StgPrefixVariant> read_stg_prefix(const std::string& file_name);
 
 }  // namespace vorel::formats

@@ -4,9 +4,7 @@
 #include <span>
 #include <string>
 
-#include "base/input_text.h"
 #include "base/messages.h"
-#include "base/run_state.h"
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
 #include "configuration/final_state.h"
@@ -34,18 +32,7 @@ std::unique_ptr<reachlang::ReachExpr> missing_property() {
   return expr;
 }
 
-// The argument of -d, or the text of the file that it names after "@". False after an error.
-bool read_property_text(std::string& text) {
-  text = base::run_state().mode_data;
-  if (!text.starts_with('@')) return true;
-  const std::string file_name = text.substr(1);
-  text.clear();
-  return base::read_whole_file(file_name, text);
-}
-
-std::unique_ptr<reachlang::ReachExpr> read_property() {
-  std::string text;
-  if (!read_property_text(text)) return nullptr;
+std::unique_ptr<reachlang::ReachExpr> read_property(std::string_view text) {
   auto property = reachlang::parse_reach(text);
   if (property == nullptr) base::print_error("Failed to read the property");
   return property;
@@ -55,13 +42,12 @@ std::unique_ptr<reachlang::ReachExpr> read_property() {
 
 template <net::Process P>
 ReachCheck<P>::ReachCheck(const P& process, const configuration::SearchOptions& options,
-                          configuration::Enabledness enabledness)
-    : configuration::SearchEngine<P>(process,
-                                     adapted(options, enabledness),
+                          std::string_view property, configuration::Enabledness enabledness)
+    : configuration::SearchEngine<P>(process, adapted(options, enabledness),
                                      {"there is a reachable state satisfying the predicate",
                                       "no reachable state satisfies the predicate"}),
       property_{missing_property()} {
-  if (auto property = read_property()) property_ = std::move(property);
+  if (auto parsed = read_property(property)) property_ = std::move(parsed);
   if constexpr (P::NetType::has_signals && !P::is_merged) {
     if (enabledness == configuration::Enabledness::direct) return;
     if (configuration::has_dummy_cutoffs(process)) {

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 
 #include "configuration/search_engine.h"
 #include "reachlang/expansion.h"
@@ -14,9 +15,10 @@ namespace vorel::reach {
 template <net::Process P>
 class ReachCheck : public configuration::SearchEngine<P> {
  public:
-  // Reads the property from the argument of -d, or from the file that it names. After a reported
-  // error the engine must not be run. Only a prefix of an STG has STG states.
-  ReachCheck(const P& process, const configuration::SearchOptions& options, configuration::Enabledness enabledness);
+  // Parses the property. After a reported error the engine must not be run. Only a prefix of an STG
+  // has STG states.
+  ReachCheck(const P& process, const configuration::SearchOptions& options,
+             std::string_view property, configuration::Enabledness enabledness);
 
  protected:
   void encode(sat::ClauseGroup group) override;

@@ -7,7 +7,6 @@
 
 #include "base/messages.h"
 #include "base/output_file.h"
-#include "base/run_state.h"
 
 namespace vorel::results {
 namespace {
@@ -91,8 +90,7 @@ bool save_results(const Report& report, const VerdictMessages& messages,
   return check_written(file.commit());
 }
 
-void deliver(const Report& report, const VerdictMessages& messages) {
-  const std::string& file_name = base::run_state().output_file_name;
+void deliver(const Report& report, const VerdictMessages& messages, const std::string& file_name) {
   if (file_name.empty() || file_name == "cerr") {
     report.print(std::cout, messages);  // whether all got there is seen at the end of the run
   } else if (file_name.ends_with(".xml")) {

@@ -7,7 +7,6 @@
 
 #include "base/messages.h"
 #include "base/output_file.h"
-#include "base/run_state.h"
 #include "configuration/dummy_cutoffs.h"
 #include "synthesis/monotonic_cover.h"
 #include "synthesis/verilog_writer.h"
@@ -119,21 +118,20 @@ results::VerdictMessages EquationSearch::messages() const {
   return {"Equations derived (literals=" + std::to_string(cost) + ')', "Cannot derive equation"};
 }
 
-void EquationSearch::report() const {
-  const std::string& file_name = base::run_state().output_file_name;
-  const bool is_document = file_name.ends_with(".xml");
+void EquationSearch::report(const std::string& output) const {
+  const bool is_document = output.ends_with(".xml");
   // A failed run makes no document.
-  if (!file_name.ends_with(".v") && !(is_document && base::run_failed())) {
-    results::deliver(report_, messages());
+  if (!output.ends_with(".v") && !(is_document && base::run_failed())) {
+    results::deliver(report_, messages(), output);
     return;
   }
   const results::VerdictMessages sentences = messages();
   std::cout << '\n' << (report_.solutions.empty() ? sentences.empty : sentences.found) << '\n';
   if (is_document) return;
   std::cout.flush();  // the file can be the standard output, by another name
-  base::OutputFile file(file_name);
+  base::OutputFile file(output);
   if (!file.is_open()) {
-    base::print_warning(base::cannot_open_for_output(file_name));
+    base::print_warning(base::cannot_open_for_output(output));
     write_verilog(std::cerr, prefix_, style_, solutions_);
   } else if (write_verilog(file.stream(), prefix_, style_, solutions_) && !file.commit()) {
     base::print_error("cannot write a file");

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <ostream>
+#include <string>
 
 #include "results/report.h"
 #include "synthesis/signal_solution.h"
@@ -27,8 +28,8 @@ class EquationSearch {
   // Without a conflict of codes that stands in the way every signal gets its solutions; else the
   // conflict is reported, and there are none.
   void run();
-  // Delivers the solutions, to a Verilog module if the output file is named *.v.
-  void report() const;
+  // Delivers the solutions, to a Verilog module if the output is named *.v.
+  void report(const std::string& output) const;
   void print_statistics(std::ostream& stream) const;
 
   // By signal; SET before RESET.

@@ -68,11 +68,10 @@ bool StateSetSearch::collect_codes(const ProjectedFunction& projected, StateSets
 
 bool StateSetSearch::collect_all(const ProjectedFunction& projected, StateSets& sets) {
   const sat::ClauseGroup blocked = states_.formula().new_group();
-  const bool is_complete =
-      enumerate(projected, blocked,
-                [&sets](const toolkit::Cube& code, configuration::Region region) {
-                  (configuration::next_value(region) ? sets.on : sets.off).add(code);
-                });
+  const bool is_complete = enumerate(
+      projected, blocked, [&sets](const toolkit::Cube& code, configuration::Region region) {
+        (configuration::next_value(region) ? sets.on : sets.off).add(code);
+      });
   states_.formula().remove_group(blocked);
   return is_complete;
 }

@@ -33,7 +33,8 @@ Output, told by the end of its name:
   -                 PNML on the standard output
 Without an output its name is that of the input, less folder and ending, with
 .unf.pnml, or for --merge .merged.pnml, behind. An existing file is replaced, but
-only once all has gone well.
+only once all has gone well, and never the input. A drawing replaces no file that
+by its name is a net or a process.
 
 Examples:
   vorel-unfold vme.g                    writes vme.unf.pnml

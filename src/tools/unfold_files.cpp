@@ -13,6 +13,7 @@
 #include "base/messages.h"
 #include "formats/g_writer.h"
 #include "formats/mp_writer.h"
+#include "formats/overwriting.h"
 #include "formats/pnml_writer.h"
 
 namespace vorel::tools {
@@ -90,12 +91,6 @@ bool settle_output_format(UnfoldRequest& request) {
   return true;
 }
 
-bool is_same_file(const std::string& a, const std::string& b) {
-  std::error_code missing;
-  return fs::equivalent(a, b, missing) ||
-         fs::path(a).lexically_normal() == fs::path(b).lexically_normal();
-}
-
 // Whether it looks so beforehand; whether it is so is seen when the file is written.
 bool is_writable(const std::string& name) {
   std::error_code unknown;
@@ -111,15 +106,14 @@ bool outputs_are_writable(const UnfoldRequest& request) {
   if (request.drawing == standard_stream) return fail("--dot needs the name of a file");
   for (const std::string& name : {request.output, request.drawing}) {
     if (name.empty() || name == standard_stream) continue;
-    if (is_same_file(name, request.input)) {
-      return fail("\"" + name + "\" is the input, which is not to be overwritten");
-    }
+    if (!formats::spares_input(name, request.input, "is the input")) return false;
     if (!is_writable(name)) return fail(base::cannot_open_for_output(name));
   }
-  if (!request.drawing.empty() && is_same_file(request.drawing, request.output)) {
+  if (request.drawing.empty()) return true;
+  if (formats::is_same_file(request.drawing, request.output)) {
     return fail("--dot and the output are the same file \"" + request.output + "\"");
   }
-  return true;
+  return formats::spares_nets(request.drawing);
 }
 
 }  // namespace

@@ -54,6 +54,9 @@ TEST(Application, ReportsFilesThatItCannotRead) {
   const auto cannot_open = [](const std::string& name) {
     return "\nError: cannot open \"" + name + "\" for input\n";
   };
+  const std::string stg = support::example("vme_read.unf.pnml");
+  const std::string unfold = "(vorel-unfold makes a prefix of such a file)\n";
+  const std::string blank = "(a property that begins with @ needs a blank before it)\n";
   for (const char* name : {"/a.mci", "/a.mp", "/a.pnml", "/a.pnml.gz"}) {
     std::filesystem::create_directory(folder.path() + name);
   }
@@ -64,6 +67,9 @@ TEST(Application, ReportsFilesThatItCannotRead) {
       {{"-D", "a.b/net"}, 2, "\nfile: a.b/net", unexpected("b/net")},
       {{"-D", "net.PNML"}, 2, "\nfile: net.PNML", unexpected("PNML")},
       {{"-D", "net.gz"}, 2, "\nfile: net.gz", unexpected("gz")},
+      {{"-D", "net.g"}, 2, "\nfile: net.g", unexpected("g") + unfold},
+      {{"-C", "net.ll_net.gz"}, 2, "\nfile: net.ll_net.gz", unexpected("gz") + unfold},
+      {{"-F", "-d", "@$S\"a\"", stg}, 2, "\nfile: " + stg, cannot_open("$S\"a\"") + blank},
   };
   for (const Outcome& row : table) expect_outcome(row);
   for (const char* file : {"a.mci", "a.mp", "a.pnml", "a.pnml.gz", "none.mci", "none.pnml.gz"}) {
@@ -102,6 +108,41 @@ TEST(Application, RefusesAModeWithoutEngineOnlyAfterReadingAndCheckingItsInput) 
                   start,
                   bad + "coefficient must be non-negative when parsing 1-2\n" + bad +
                       "division by 0 when parsing 5/0<<<ERROR>>>\n"});
+}
+
+TEST(Application, ReplacesNoInputByItsAnswer) {
+  namespace fs = std::filesystem;
+  const support::TemporaryFolder folder;
+  const std::string net = support::read_text(support::example("celement.unf.pnml"));
+  folder.write("in.pnml", net);
+  folder.write("p", "true");
+  fs::create_symlink("in.pnml", folder.path("symbolic"));
+  fs::create_hard_link(folder.path("in.pnml"), folder.path("hard.xml"));
+  fs::create_symlink("p", folder.path("property.v"));
+  const std::string is_input = "is the input", is_given = "is given with -d";
+  const std::string is_net = "is a net or process by its name (give the output another one)";
+  std::vector<std::pair<std::string, std::string>> table = {
+      {"in.pnml", is_input},  {"./in.pnml", is_input}, {"symbolic", is_input},
+      {"hard.xml", is_input}, {"p", is_given},         {"property.v", is_given}};
+  for (const char* name : {"x.g", "x.ll_net", "x.pnml", "x.pnml.gz", "x.mci", "x.mp", "x.g.gz"}) {
+    folder.write(name, "kept");
+    table.emplace_back(name, is_net);
+  }
+  for (const auto& [name, reason] : table) {
+    const support::ProgramRun run =
+        support::run_vorel({"-F", "-d", "@p", "in.pnml", name}, {.directory = folder.path()});
+    EXPECT_EQ(run.exit_code, 2) << name;
+    EXPECT_EQ(run.out, "\nfile: in.pnml") << name;
+    EXPECT_EQ(run.err, "\nError: refusing to overwrite " + name + ", which " + reason + "\n");
+    EXPECT_EQ(support::read_text(folder.path("in.pnml")), net) << name;
+    EXPECT_EQ(support::read_text(folder.path("p")), "true") << name;
+    EXPECT_EQ(support::read_text(folder.path("x.pnml.gz")), "kept") << name;
+  }
+  folder.write("old.reach", "gone");
+  for (const char* name : {"new.mci", "old.reach", "x"}) {
+    EXPECT_EQ(support::run_vorel({"-D", folder.path("in.pnml"), folder.path(name)}).exit_code, 0);
+    EXPECT_EQ(support::read_text(folder.path(name)), "NO\n");
+  }
 }
 
 TEST(Application, AWarningGivesExitCodeOneAndTheAnswer) {

@@ -5,7 +5,7 @@
 #include <random>
 #include <string>
 
-#include "base/run_state.h"
+#include "base/default_params.h"
 #include "driver/option_table.h"
 
 namespace vorel::driver {
@@ -26,7 +26,6 @@ class Coefficients : public testing::Test {
     net::sort_signals(stg);
     for (int i = 0; i < 5; ++i) base::append_new(stg.places);
     for (int i = 0; i < 7; ++i) base::append_new(stg.transitions);
-    base::run_state() = {};
   }
 
   std::string errors_of(const std::string& text) {
@@ -137,8 +136,8 @@ TEST_F(Coefficients, AgreeWithWiderArithmeticOnRandomExpressions) {
 }
 
 TEST_F(Coefficients, OfTheDefaultTextsAreStoredUnderTheirKeys) {
-  base::Params params = default_params();
-  evaluate_coefficients(stg, params);
+  base::Params params = base::default_params();
+  evaluate_coefficients({}, stg, params);
   const std::pair<const char*, int> table[] = {
       {"coeff_CSC_cores", 48},
       {"coeff_USC_cores", 24},
@@ -152,12 +151,13 @@ TEST_F(Coefficients, OfTheDefaultTextsAreStoredUnderTheirKeys) {
 }
 
 TEST_F(Coefficients, EachReportItsOwnError) {
-  base::run_state().coefficients.csc = "1-2";
-  base::run_state().coefficients.conc = "(";
-  base::run_state().coefficients.lock = "0-3";
-  base::Params params = default_params();
+  CoefficientTexts texts;
+  texts.csc = "1-2";
+  texts.conc = "(";
+  texts.lock = "0-3";
+  base::Params params = base::default_params();
   testing::internal::CaptureStderr();
-  evaluate_coefficients(stg, params);
+  evaluate_coefficients(texts, stg, params);
   const std::string text = testing::internal::GetCapturedStderr();
   EXPECT_NE(text.find("when parsing 1-2\n"), std::string::npos) << text;
   EXPECT_NE(text.find("when parsing (<<<ERROR>>>\n"), std::string::npos) << text;

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "base/run_state.h"
 #include "driver/option_table.h"
 #include "support/run_program.h"
 
@@ -14,11 +14,10 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-std::unique_ptr<base::Params> parse(Arguments arguments) {
+std::optional<RunRequest> parse(Arguments arguments) {
   arguments.insert(arguments.begin(), "vorel");
   std::vector<char*> pointers;
   for (std::string& argument : arguments) pointers.push_back(argument.data());
-  base::run_state() = {};
   return parse_command_line(static_cast<int>(pointers.size()), pointers.data());
 }
 
@@ -64,26 +63,25 @@ TEST(CommandLine, StoresWhatTheOptionsSay) {
   for (Effect row : table) {
     SCOPED_TRACE(row.arguments.back() + " sets " + row.key);
     row.arguments.push_back("net.pnml");
-    const auto params = parse(row.arguments);
-    ASSERT_NE(params, nullptr);
-    EXPECT_EQ(params->get(row.key), row.value);
-    EXPECT_EQ(base::run_state().input_file_name, "net.pnml");
-    EXPECT_EQ(base::run_state().output_file_name, "");
+    const auto request = parse(row.arguments);
+    ASSERT_TRUE(request);
+    EXPECT_EQ(request->params.get(row.key), row.value);
+    EXPECT_EQ(request->input, "net.pnml");
+    EXPECT_EQ(request->output, "");
   }
 }
 
 TEST(CommandLine, TakesFileNamesAfterTheOptionsAndIgnoresTheRest) {
-  ASSERT_NE(parse({"-F", "-d", "-x", "net.mci", "-a", "extra"}), nullptr);
-  EXPECT_EQ(base::run_state().mode_data, "-x");
-  EXPECT_EQ(base::run_state().input_file_name, "net.mci");
-  EXPECT_EQ(base::run_state().output_file_name, "-a");
-  ASSERT_NE(parse({"-D", "", "-D"}), nullptr);
-  EXPECT_EQ(base::run_state().input_file_name, "");
+  const auto request = parse({"-F", "-d", "-x", "net.mci", "-a", "extra"});
+  ASSERT_TRUE(request);
+  EXPECT_EQ(request->data, "-x");
+  EXPECT_EQ(request->input, "net.mci");
+  EXPECT_EQ(request->output, "-a");
+  EXPECT_EQ(parse({"-D", "", "-D"}).value().input, "");
 }
 
 std::string texts_after(const Arguments& arguments) {
-  EXPECT_NE(parse(arguments), nullptr);
-  const base::CoefficientTexts& t = base::run_state().coefficients;
+  const CoefficientTexts t = parse(arguments).value().coefficients;
   return t.csc + ' ' + t.usc + ' ' + t.del + ' ' + t.trig + ' ' + t.seq + ' ' + t.conc + ' ' +
          t.lock;
 }
@@ -113,15 +111,20 @@ const std::string needs_data =
     "the -d option must be used in the current mode to provide additional information";
 const std::string no_file = "unfolding file name must be specified";
 
-std::string unknown(const std::string& option) { return "unrecognized option: " + option; }
+std::string unknown(const std::string& option) {
+  return "unrecognized option: " + option + "\n(vorel -h describes the options)";
+}
+std::string unknown_mode(const std::string& mode) {
+  return "unrecognized mode: " + mode + "\n(vorel -h describes the modes)";
+}
 std::string invalid(const std::string& option) {
   return "option " + option + " is invalid in the current mode";
 }
 
 const Refusal refusals[] = {
-    {{"-X"}, "unrecognized mode: -X"},
-    {{""}, "unrecognized mode: "},
-    {{"-v1", "-D", "f"}, "unrecognized mode: -v1"},
+    {{"-X"}, unknown_mode("-X")},
+    {{""}, unknown_mode("")},
+    {{"-v1", "-D", "f"}, unknown_mode("-v1")},
     {{"-D", "-x", "net.mci"}, unknown("-x")},
     {{"-D", "-", "f"}, unknown("-")},
     {{"-D", "-!!", "f"}, unknown("-!!")},

@@ -77,12 +77,29 @@ TEST(Help, InFullExplainsEveryOptionWithTheCurrentDefaults) {
       {"\n\nIf outputfilename is omitted then stdout is used.",
        "\n\nIf -h is specified then full help is printed. If no\n"
        "command-line parameters are given then brief help is printed.",
-       "without maximal dummy events", "At most one mode", "ZEPH", "normalcy", "\n\nOptions:",
+       "*.mp ",
+       "vorel-unfold",
+       "*.xml",
+       "*.v ",
+       "cerr",
+       "Exit codes:",
+       "5 - out of memory",
+       "without maximal dummy events",
+       "At most one mode",
+       "ZEPH",
+       "output_persistency.reach",
+       "normalcy",
+       "\n\nOptions:",
        "\n  This option is available in the modes -D, -F, -Fs, -C, -N and -U,\n  and silently "
        "ignored in any other mode.\n  A configuration",
+       "\n  The numbering of events starts from 1.\n",
+       "from 0.\n",
        "\n  +, -, *, /, %%,\n",
        "\n      csc=#s*8, usc=#s*4, del=#s*2, trig=#s*1, seq=#s*4, conc=#s*8, lock=50.",
-       "in ****t;\n", "The default is -p0.\n", "\n  This option is available in the mode -R.\n",
+       "docs/reach.md",
+       "in ****t;\n",
+       "The default is -p0.\n",
+       "\n  This option is available in the mode -R.\n",
        "The default is -w0, and -w is equivalent to -w3.\n"});
   EXPECT_TRUE(run.out.ends_with(
       "\n  -x - Saves the results in vorel.xml.\n  This option is available in all modes.\n"));

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "base/messages.h"
-#include "base/run_state.h"
 #include "configuration/dummy_cutoffs.h"
 #include "net/merge.h"
 #include "oracle/clone.h"
@@ -41,8 +40,10 @@ base::Params params_for(Search search) {
 template <net::Process P>
 class Probe : public ReachCheck<P> {
  public:
-  Probe(const P& process, configuration::Enabledness enabledness, Search search)
-      : ReachCheck<P>(process, configuration::SearchOptions::of(params_for(search)), enabledness) {
+  Probe(const P& process, const std::string& property, configuration::Enabledness enabledness,
+        Search search)
+      : ReachCheck<P>(process, configuration::SearchOptions::of(params_for(search)), property,
+                      enabledness) {
     if (base::run_failed()) return;
     this->run();
     for (const auto& solution : this->found().solutions) {
@@ -98,7 +99,7 @@ class Comparison {
         seed, model_,
         {.depth = 3 + static_cast<int>(seed / 2 % 4), .tells_instances = tells_instances});
     SCOPED_TRACE("property " + property.text);
-    base::run_state().mode_data = ' ' + property.text;  // a text that begins with @ is a file name
+    text_ = property.text;
     std::optional<std::uint32_t> least;
     const auto count = [&](const PropertyState& state) {
       if (property.holds(state)) least = std::min(least.value_or(~0u), state.distance);
@@ -116,11 +117,11 @@ class Comparison {
         expect_of_merged(least);
       }
     }
-    const Probe<P> one(prefix_, enabledness_, Search::one);
+    const Probe<P> one(prefix_, text_, final_state_, Search::one);
     ASSERT_FALSE(base::run_failed());
     EXPECT_EQ(!one.configurations.empty(), least.has_value());
     expect_to_hold(one.configurations, property.holds);
-    const Probe<P> shortest(prefix_, enabledness_, Search::shortest);
+    const Probe<P> shortest(prefix_, text_, final_state_, Search::shortest);
     expect_to_hold(shortest.configurations, property.holds);
     if (least && !shortest.configurations.empty()) {
       EXPECT_EQ(shortest.configurations[0].size(), *least);
@@ -141,9 +142,9 @@ class Comparison {
   // What names no instances has the same answers on the merged process.
   void expect_of_merged(std::optional<std::uint32_t> least) const {
     const auto merged = net::merge(prefix_);
-    const Probe<net::MergedProcessOf<N>> one(merged, enabledness_, Search::one);
+    const Probe<net::MergedProcessOf<N>> one(merged, text_, final_state_, Search::one);
     EXPECT_EQ(!one.configurations.empty(), least.has_value());
-    const Probe<net::MergedProcessOf<N>> shortest(merged, enabledness_, Search::shortest);
+    const Probe<net::MergedProcessOf<N>> shortest(merged, text_, final_state_, Search::shortest);
     ASSERT_EQ(!shortest.configurations.empty(), least.has_value());
     EXPECT_TRUE(!least || shortest.configurations[0].size() == *least);
   }
@@ -163,7 +164,7 @@ class Comparison {
     for (const auto& [events, state] : *configurations_) {
       if (holds(state)) expected.insert(events);
     }
-    const Probe<P> all(prefix_, enabledness_, Search::all);
+    const Probe<P> all(prefix_, text_, final_state_, Search::all);
     EXPECT_EQ(std::set(all.configurations.begin(), all.configurations.end()), expected);
     EXPECT_EQ(all.configurations.size(), expected.size()) << "a solution is listed twice";
   }
@@ -172,6 +173,7 @@ class Comparison {
   configuration::Enabledness enabledness_;
   StateKind kind_;
   oracle::ProcessModel model_;
+  std::string text_;  // of the property
   std::vector<PropertyState> states_;
   std::optional<std::vector<std::pair<Configuration, PropertyState>>> configurations_;
 };
@@ -231,15 +233,14 @@ TEST(ReachCheck, AgreesWithTheStateGraphOfRandomNets) {
 // would look stuck there.
 TEST(ReachCheck, FindsMergedProcessesStuckExactlyWhereTheirNetsAre) {
   testing::internal::CaptureStderr();  // processes without cut-offs are warned of
-  base::run_state().mode_data = "forall t in TRANSITIONS { ~@t }";
   const auto [first, end] = support::seeds(100);
   std::vector<std::uint64_t> cases{479};  // one of those
   for (std::uint64_t seed = first; seed < end; ++seed) cases.push_back(seed);
   for (const std::uint64_t seed : cases) {
     const net::Net net = oracle::random_net(seed);
     const auto merged = net::merge(oracle::unfold(net).value());
-    const Probe<net::NetMergedProcess> stuck(merged, configuration::Enabledness::direct,
-                                             Search::one);
+    const Probe<net::NetMergedProcess> stuck(merged, "forall t in TRANSITIONS { ~@t }",
+                                             FinalState::marking, Search::one);
     EXPECT_EQ(!stuck.configurations.empty(), oracle::explore(net).has_deadlock()) << seed;
   }
   testing::internal::GetCapturedStderr();

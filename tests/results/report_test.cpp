@@ -9,7 +9,6 @@
 #include <iterator>
 #include <rapidxml/rapidxml.hpp>
 
-#include "base/run_state.h"
 #include "support/run_program.h"
 
 namespace vorel::results {
@@ -21,8 +20,6 @@ const VerdictMessages messages = {"the system has a deadlock", "the system is de
 
 class ReportTest : public testing::Test {
  protected:
-  ~ReportTest() override { base::run_state().output_file_name.clear(); }
-
   // Adds a solution whose traces are given by event numbers; event i is named after names_[i].
   void add(std::vector<std::vector<std::uint32_t>> traces, bool output_configurations = false) {
     auto solution = std::make_unique<Solution>(output_configurations);
@@ -42,8 +39,7 @@ class ReportTest : public testing::Test {
   // Delivers to a name and keeps what comes out on the two standard streams.
   void deliver_to(const std::string& name) {
     const support::CaughtMessages out(std::cout), err;
-    base::run_state().output_file_name = name;
-    deliver(report_, messages);
+    deliver(report_, messages, name);
     out_ = out.text();
     err_ = err.text();
   }

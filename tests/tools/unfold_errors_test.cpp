@@ -72,7 +72,8 @@ TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {
   const auto tells_none = [](const std::string& name, const std::string& known) {
     return "the ending of \"" + name + "\" tells no format; known are " + known;
   };
-  const std::string x = "x.ll_net", is_input = " is the input, which is not to be overwritten";
+  const std::string x = "x.ll_net", is_input = ", which is the input";
+  const std::string refusing = "refusing to overwrite ";
   const Refusal table[] = {
       {"x.net", ring, {}, tells_none("x.net", inputs)},
       {"x.gz", ring, {}, tells_none("x.gz", inputs)},
@@ -83,10 +84,10 @@ TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {
        ring,
        {"--merge", "y.mci"},
        ".mci cannot hold a merged process: \"y.mci\" does not go with --merge"},
-      {"x.pnml", ring, {"--format", "ll_net", "./x.pnml"}, "\"./x.pnml\"" + is_input},
+      {"x.pnml", ring, {"--format", "ll_net", "./x.pnml"}, refusing + "./x.pnml" + is_input},
       {x, ring, {"none/y.pnml"}, "cannot open \"none/y.pnml\" for output"},
       {x, ring, {"--dot", "none/y.dot"}, "cannot open \"none/y.dot\" for output"},
-      {x, ring, {"--dot", x}, "\"x.ll_net\"" + is_input},
+      {x, ring, {"--dot", x}, refusing + x + is_input},
       {x, ring, {"--dot", "-"}, "--dot needs the name of a file"},
       {x,
        ring,
@@ -94,6 +95,37 @@ TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {
        "--dot and the output are the same file \"y.pnml\""},
   };
   for (const Refusal& row : table) expect_refusal(row);
+}
+
+TEST(UnfoldErrors, FilesThatAreNotToBeReplaced) {
+  const support::TemporaryFolder folder;
+  const std::string net = support::read_text(support::example("celement.g"));
+  folder.write("x.g", net);
+  folder.write("old.pnml", "kept");
+  std::filesystem::create_symlink("x.g", folder.path("link.pnml"));
+  std::filesystem::create_hard_link(folder.path("x.g"), folder.path("hard.dot"));
+  const std::string is_net = "is a net or process by its name (give the output another one)";
+  const struct {
+    Arguments arguments;
+    std::string name, reason;
+  } table[] = {
+      {{"x.g", "link.pnml"}, "link.pnml", "is the input"},
+      {{"x.g", "--dot", "hard.dot"}, "hard.dot", "is the input"},
+      {{"x.g", "--dot", "old.pnml", "new.pnml"}, "old.pnml", is_net},
+  };
+  for (const auto& row : table) {
+    const support::ProgramRun run =
+        support::run_vorel_unfold(row.arguments, {.directory = folder.path()});
+    EXPECT_EQ(run.exit_code, 2);
+    EXPECT_EQ(run.err,
+              "\nError: refusing to overwrite " + row.name + ", which " + row.reason + "\n");
+    EXPECT_EQ(support::read_text(folder.path("x.g")), net);
+    EXPECT_EQ(support::read_text(folder.path("old.pnml")), "kept");
+    EXPECT_EQ(names_in(folder.path()).size(), 4u);
+  }
+  const Arguments replaces = {"x.g", "--dot", "new.dot", "old.pnml"};
+  EXPECT_EQ(support::run_vorel_unfold(replaces, {.directory = folder.path()}).exit_code, 0);
+  EXPECT_NE(support::read_text(folder.path("old.pnml")), "kept");
 }
 
 TEST(UnfoldErrors, OptionsThatMakeNoSense) {
