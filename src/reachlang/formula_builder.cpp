@@ -6,11 +6,6 @@
 #include "base/hashing.h"
 
 namespace vorel::reachlang {
-namespace {
-
-constexpr ReachType a_bool{BaseType::boolean, 0};
-
-}  // namespace
 
 FormulaBuilder::FormulaBuilder() {
   expr_.add_constant(ReachValue(false), a_bool);

@@ -1,6 +1,7 @@
 #include "reachlang/parser.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <initializer_list>
 #include <iterator>
@@ -34,6 +35,11 @@ ReachOp binding_op(TokenKind token) {
       assert(token == TokenKind::gather);
       return ReachOp::gather;
   }
+}
+
+// How often $, @ or ' stands there.
+std::uint32_t repeats_of(const Token& sign) {
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(sign.number, UINT32_MAX));
 }
 
 // A part of the text that has become a node.
@@ -89,7 +95,7 @@ class Parser {
   // exp = binary [ "?" exp ":" exp ] .
   MaybePart expression() {
     const Nesting nesting(*this);
-    MaybePart chooser = binary(lowest_level);
+    MaybePart chooser = binary(iff_level);
     if (!chooser || token_.kind != TokenKind::question) return chooser;
     const TextPosition position = token_.position;
     if (!advance()) return {};
@@ -100,14 +106,16 @@ class Parser {
     return apply(ReachOp::choice, {*chooser, *then, *otherwise}, chooser->start, position);
   }
 
-  // binary = prefix { operator binary } , as far as the operators hold at least so tightly.
-  MaybePart binary(int lowest) {
+  // binary = prefix { operator binary } , as far as the operators hold at least so tightly. What
+  // stands to the right of an operator takes the tighter ones, so that a run of one operator, to
+  // whichever side it groups, needs no depth.
+  MaybePart binary(OperatorLevel lowest) {
     const Nesting nesting(*this);
     MaybePart left = prefix();
     while (left) {
       const BinaryRow* row = binary_row(token_.kind);
-      if (row == nullptr || row->level < lowest) break;
-      left = row->associativity == Associativity::all ? run_of(*row, *left) : pair(*row, *left);
+      if (row == nullptr || level_of(row->op) < lowest) break;
+      left = row->associativity == Associativity::none ? pair(*row, *left) : run_of(*row, *left);
     }
     return left;
   }
@@ -115,26 +123,49 @@ class Parser {
   MaybePart pair(const BinaryRow& row, const Part& left) {
     const TextPosition position = token_.position;
     if (!advance()) return {};
-    const bool is_right = row.associativity == Associativity::right;
-    const MaybePart right = binary(is_right ? row.level : row.level + 1);
+    const MaybePart right = binary(tighter(level_of(row.op)));
     if (!right) return {};
-    if (row.associativity == Associativity::none) {
-      const BinaryRow* next = binary_row(token_.kind);
-      if (next != nullptr && next->level == row.level) return unexpected();
-    }
+    const BinaryRow* next = binary_row(token_.kind);
+    if (next != nullptr && level_of(next->op) == level_of(row.op)) return unexpected();
     return apply(row.op, {left, *right}, left.start, position);
   }
 
+  // A run becomes one node, but each of its operators is checked by itself.
   MaybePart run_of(const BinaryRow& row, const Part& left) {
-    const TextPosition position = token_.position;
+    const bool is_left = row.associativity == Associativity::left;
     Parts parts{left};
+    std::vector<TextPosition> operators;
+    TypedOperand whole = typed(left);
     while (token_.kind == row.token) {
+      operators.push_back(token_.position);
       if (!advance()) return {};
-      const MaybePart next = binary(row.level + 1);
+      const MaybePart next = binary(tighter(level_of(row.op)));
       if (!next) return {};
       parts.push_back(*next);
+      const bool fits = !is_left || extends_run(row.op, {whole, typed(*next)}, whole,
+                                                {left.start, operators.back(), next->start});
+      if (!fits) return {};
     }
-    return apply(row.op, parts, left.start, position);
+    if (!is_left) whole = typed(parts.back());
+    for (std::size_t i = operators.size(); !is_left && i-- > 0;) {
+      const bool fits = extends_run(row.op, {typed(parts[i]), whole}, whole,
+                                    {parts[i].start, operators[i], parts[i + 1].start});
+      if (!fits) return {};
+    }
+    return add({.op = row.op, .is_dynamic = whole.is_dynamic, .type = whole.type}, parts,
+               left.start);
+  }
+
+  // Whether an operator of a run takes these two, one of which is the part of the run beyond it.
+  // `whole` becomes what they yield together; the places are those of the left operand, the
+  // operator and the right operand.
+  bool extends_run(ReachOp op, const std::array<TypedOperand, 2>& operands, TypedOperand& whole,
+                   const std::array<TextPosition, 3>& places) {
+    const TypeVerdict verdict = check_operands(op, operands);
+    whole = verdict.result;
+    if (verdict.is_right()) return true;
+    const bool is_operator = verdict.culprit == TypeVerdict::the_operator;
+    return report(verdict.message, places[is_operator ? 1 : 2 * verdict.culprit]).has_value();
   }
 
   // prefix = operator prefix | postfix .
@@ -147,9 +178,7 @@ class Parser {
     if (!advance()) return {};
     const MaybePart operand = prefix();
     if (!operand) return {};
-    const auto repeats =
-        static_cast<std::uint32_t>(std::min<std::uint64_t>(sign.number, UINT32_MAX));
-    return apply(row->op, {*operand}, sign.position, sign.position, repeats);
+    return apply(row->op, {*operand}, sign.position, sign.position, repeats_of(sign));
   }
 
   // postfix = primary { "'" | "[" exp ".." [ exp ] "]" | "[" ".." exp "]" } .
@@ -159,9 +188,7 @@ class Parser {
       const Token sign = token_;
       if (sign.kind == TokenKind::next) {
         if (!advance()) return {};
-        const auto repeats =
-            static_cast<std::uint32_t>(std::min<std::uint64_t>(sign.number, UINT32_MAX));
-        part = apply(ReachOp::next_state, {*part}, part->start, sign.position, repeats);
+        part = apply(ReachOp::next_state, {*part}, part->start, sign.position, repeats_of(sign));
       } else if (sign.kind == TokenKind::open_bracket) {
         part = substring(*part);
       } else {
@@ -406,7 +433,8 @@ class Parser {
     const ReachNode node{.op = op,
                          .is_dynamic = verdict.result.is_dynamic,
                          .type = verdict.result.type,
-                         .detail = repeats};
+                         .detail = repeats,
+                         .position = position};
     return add(node, parts, start);
   }
 
