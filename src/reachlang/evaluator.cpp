@@ -1,3 +1,8 @@
+// Plain recursion over the tree, whose depth is bounded. A fail is a value that every operator
+// hands on as soon as it meets it, so that the first one from left to right is told. Operands that
+// the value does not depend on are not looked at by &, |, -> and ?:, nor by quantifiers once they
+// are decided: this is how a property can ask whether a node is there before it names it. Variables
+// are found by number: the parser has counted the bindings that are open where they stand.
 #include "reachlang/evaluator.h"
 
 #include <algorithm>

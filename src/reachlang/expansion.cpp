@@ -1,3 +1,8 @@
+// One pass over the part of the tree that depends on the state, operands first; what does not is
+// handed to the evaluator. Quantifiers are unrolled: their variables are bound to one element after
+// the other, and the body is expanded under each binding. The builder folds constants as they come,
+// which ends a quantifier early and lets a constant condition discard a branch before it is looked
+// at. It also makes equal parts one node, whether written by definitions of let or by repetition.
 #include "reachlang/expansion.h"
 
 #include <cassert>

@@ -1,3 +1,7 @@
+// Every operator is a step between lists of the process, or between tables that the index makes
+// when they are first asked for. Of a set, the steps of all elements are put together, then sorted
+// once. The past of an event is a search backward over producers; in merged processes a condition
+// can have several of them, and all count.
 #include "reachlang/node_operators.h"
 
 #include <algorithm>

@@ -1,3 +1,9 @@
+// A recursive descent over the grammar, in which binary operators share one function that is told
+// the least level to take [Pratt-1973]. Two things differ. A run of one operator is a loop and
+// becomes one node, so that recursion is as deep as brackets, prefix operators, choices and changes
+// of operator are nested, and no deeper. And types are checked as soon as the operands of an
+// operator have been read: of several faults the one is told that a reader from left to right meets
+// first.
 #include "reachlang/parser.h"
 
 #include <algorithm>
