@@ -1,9 +1,8 @@
 // A recursive descent over the grammar, in which binary operators share one function that is told
-// the least level to take [Pratt-1973]. Two things differ. A run of one operator is a loop and
-// becomes one node, so that recursion is as deep as brackets, prefix operators, choices and changes
-// of operator are nested, and no deeper. And types are checked as soon as the operands of an
-// operator have been read: of several faults the one is told that a reader from left to right meets
-// first.
+// the least level to take [Pratt-1973]. What differs is that a run of one operator is a loop
+// and becomes one node: the tree is as deep as brackets, prefix operators, choices and changes of
+// operator are nested, and no deeper. Types are checked as soon as the operands of an operator have
+// been read, so that the first fault of the text is told, of whichever kind it is.
 #include "reachlang/parser.h"
 
 #include <algorithm>
@@ -12,6 +11,7 @@
 #include <initializer_list>
 #include <iterator>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -53,7 +53,8 @@ struct Part {
   ReachNodeId node = 0;
   TextPosition start;
 };
-using MaybePart = std::optional<Part>;  // empty after an error
+using MaybePart = std::optional<Part>;          // empty after an error
+using MaybeType = std::optional<TypedOperand>;  // likewise
 using Parts = std::vector<Part>;
 
 struct Variable {
@@ -136,42 +137,33 @@ class Parser {
     return apply(row.op, {left, *right}, left.start, position);
   }
 
-  // A run becomes one node, but each of its operators is checked by itself.
+  // A run becomes one node, but each of its operators is checked by itself, with the part of the
+  // run on the side to which it groups.
   MaybePart run_of(const BinaryRow& row, const Part& left) {
     const bool is_left = row.associativity == Associativity::left;
     Parts parts{left};
     std::vector<TextPosition> operators;
-    TypedOperand whole = typed(left);
+    MaybeType whole = typed(left);
     while (token_.kind == row.token) {
       operators.push_back(token_.position);
       if (!advance()) return {};
       const MaybePart next = binary(tighter(level_of(row.op)));
       if (!next) return {};
       parts.push_back(*next);
-      const bool fits = !is_left || extends_run(row.op, {whole, typed(*next)}, whole,
-                                                {left.start, operators.back(), next->start});
-      if (!fits) return {};
+      if (is_left) {
+        whole = checked(row.op, std::array{*whole, typed(*next)}, std::array{left, *next},
+                        operators.back());
+        if (!whole) return {};
+      }
     }
     if (!is_left) whole = typed(parts.back());
     for (std::size_t i = operators.size(); !is_left && i-- > 0;) {
-      const bool fits = extends_run(row.op, {typed(parts[i]), whole}, whole,
-                                    {parts[i].start, operators[i], parts[i + 1].start});
-      if (!fits) return {};
+      whole = checked(row.op, std::array{typed(parts[i]), *whole},
+                      std::array{parts[i], parts[i + 1]}, operators[i]);
+      if (!whole) return {};
     }
-    return add({.op = row.op, .is_dynamic = whole.is_dynamic, .type = whole.type}, parts,
+    return add({.op = row.op, .is_dynamic = whole->is_dynamic, .type = whole->type}, parts,
                left.start);
-  }
-
-  // Whether an operator of a run takes these two, one of which is the part of the run beyond it.
-  // `whole` becomes what they yield together; the places are those of the left operand, the
-  // operator and the right operand.
-  bool extends_run(ReachOp op, const std::array<TypedOperand, 2>& operands, TypedOperand& whole,
-                   const std::array<TextPosition, 3>& places) {
-    const TypeVerdict verdict = check_operands(op, operands);
-    whole = verdict.result;
-    if (verdict.is_right()) return true;
-    const bool is_operator = verdict.culprit == TypeVerdict::the_operator;
-    return report(verdict.message, places[is_operator ? 1 : 2 * verdict.culprit]).has_value();
   }
 
   // prefix = operator prefix | postfix .
@@ -431,17 +423,24 @@ class Parser {
                   const TextPosition& position, std::uint32_t repeats = 1) {
     types_.clear();
     for (const Part& part : parts) types_.push_back(typed(part));
-    const TypeVerdict verdict = check_operands(op, types_, repeats);
-    if (!verdict.is_right()) {
-      const bool is_operator = verdict.culprit == TypeVerdict::the_operator;
-      return report(verdict.message, is_operator ? position : parts[verdict.culprit].start);
-    }
+    const MaybeType type = checked(op, types_, parts, position, repeats);
+    if (!type) return {};
     const ReachNode node{.op = op,
-                         .is_dynamic = verdict.result.is_dynamic,
-                         .type = verdict.result.type,
+                         .is_dynamic = type->is_dynamic,
+                         .type = type->type,
                          .detail = repeats,
                          .position = position};
     return add(node, parts, start);
+  }
+
+  // What the operator yields for operands of these types, which begin where these parts do.
+  MaybeType checked(ReachOp op, std::span<const TypedOperand> types, std::span<const Part> parts,
+                    const TextPosition& position, std::uint32_t repeats = 1) {
+    const TypeVerdict verdict = check_operands(op, types, repeats);
+    if (verdict.is_right()) return verdict.result;
+    const bool is_operator = verdict.culprit == TypeVerdict::the_operator;
+    report(verdict.message, is_operator ? position : parts[verdict.culprit].start);
+    return {};
   }
 
   MaybePart add(const ReachNode& node, const Parts& parts, const TextPosition& start) {
