@@ -1,3 +1,8 @@
+// Plain recursion over the tree, whose depth is bounded. A fail is a value that every operator
+// hands on as soon as it meets it, so that the first one from left to right is told. Operands that
+// the value does not depend on are not looked at by &, |, -> and ?:, nor by quantifiers once they
+// are decided: this is how a property can ask whether a node is there before it names it. Variables
+// are found by number: the parser has counted the bindings that are open where they stand.
 #include "reachlang/evaluator.h"
 
 #include <algorithm>
@@ -10,16 +15,8 @@
 namespace vorel::reachlang {
 namespace {
 
-// An operator applied to values, in source form.
-std::string applied_to(ReachOp op, std::span<const ReachValue> values) {
-  ReachExpr expr;
-  std::vector<ReachNodeId> operands;
-  for (const ReachValue& value : values) operands.push_back(expr.add_constant(value, {}));
-  return to_string(expr, expr.node(expr.add({.op = op}, operands)));
-}
-
 ReachValue complaint(std::string_view fault, ReachOp op, std::span<const ReachValue> values) {
-  return ReachValue::failure(std::string(fault) + ": " + applied_to(op, values));
+  return ReachValue::failure(std::string(fault) + ": " + applied(op, values));
 }
 
 ReachValue calculate(ReachOp op, const ReachValue& a, const ReachValue& b) {
@@ -44,15 +41,15 @@ ReachValue calculate(ReachOp op, const ReachValue& a, const ReachValue& b) {
   return overflows ? complaint("Arithmetic overflow", op, values) : ReachValue(result);
 }
 
-ReachValue sum(std::span<const ReachValue> operands) {
-  if (operands.front().is_number()) {
-    ReachValue result = operands.front();
-    for (const ReachValue& operand : operands.subspan(1)) {
-      result = calculate(ReachOp::plus, result, operand);
-      if (result.is_fail()) break;
-    }
-    return result;
-  }
+// An operator of a run, on what has come of the run so far and its next operand.
+ReachValue combine(ReachOp op, const ReachValue& a, const ReachValue& b) {
+  if (a.is_number()) return calculate(op, a, b);
+  assert(op == ReachOp::times || op == ReachOp::without);
+  return op == ReachOp::times ? intersect(a, b) : subtract(a, b);
+}
+
+// The operator + on texts or sets, all at once: what each step would copy grows with the run.
+ReachValue join(std::span<const ReachValue> operands) {
   if (operands.front().is_text()) {
     std::string result;
     for (const ReachValue& operand : operands) result += operand.text();
@@ -63,16 +60,6 @@ ReachValue sum(std::span<const ReachValue> operands) {
     result.insert(result.end(), operand.elements().begin(), operand.elements().end());
   }
   return ReachValue::set_of(std::move(result));
-}
-
-ReachValue product(std::span<const ReachValue> operands) {
-  ReachValue result = operands.front();
-  for (const ReachValue& operand : operands.subspan(1)) {
-    result =
-        result.is_set() ? intersect(result, operand) : calculate(ReachOp::times, result, operand);
-    if (result.is_fail()) break;
-  }
-  return result;
 }
 
 bool compares(ReachOp op, const ReachValue& a, const ReachValue& b) {
@@ -116,8 +103,12 @@ ReachValue Evaluator<P>::evaluate(const ReachNode& node) {
     case ReachOp::xor_:
       return evaluate_connective(node);
     case ReachOp::plus:
+    case ReachOp::minus:
     case ReachOp::times:
-      return evaluate_chain(node);
+    case ReachOp::divided:
+    case ReachOp::modulo:
+    case ReachOp::without:
+      return evaluate_run(node);
     case ReachOp::substring:
     case ReachOp::substring_from:
     case ReachOp::substring_to:
@@ -210,7 +201,7 @@ ReachValue Evaluator<P>::evaluate_prefix(const ReachNode& node) {
     case ReachOp::cardinality:
       return ReachValue(static_cast<std::int64_t>(operand.elements().size()));
     default:
-      return operators_.apply(node.op, operand);
+      return operators_.apply(node.op, operand, node.position);
   }
 }
 
@@ -224,22 +215,36 @@ ReachValue Evaluator<P>::evaluate_connective(const ReachNode& node) {
     if (value.is_fail()) return value;
     if (node.op == ReachOp::and_ && !value.boolean()) return value;
     if (node.op == ReachOp::or_ && value.boolean()) return value;
-    if (node.op == ReachOp::implies && i == 0 && !value.boolean()) return ReachValue(true);
+    const bool is_condition = node.op == ReachOp::implies && i + 1 < node.operand_count;
+    if (is_condition && !value.boolean()) return ReachValue(true);
     parity ^= value.boolean();
   }
   if (node.op == ReachOp::xor_) return ReachValue(parity);
-  return node.op == ReachOp::iff ? ReachValue(!parity) : value;
+  return node.op == ReachOp::iff ? ReachValue(parity != inverts_parity(node)) : value;
 }
 
 template <net::Process P>
-ReachValue Evaluator<P>::evaluate_chain(const ReachNode& node) {
+ReachValue Evaluator<P>::evaluate_run(const ReachNode& node) {
+  ReachValue result = evaluate(expr_.operand(node, 0));
+  const bool joins = node.op == ReachOp::plus && !result.is_fail() && !result.is_number();
+  if (joins) return evaluate_join(node, std::move(result));
+  for (std::size_t i = 1; i < node.operand_count && !result.is_fail(); ++i) {
+    const ReachValue next = evaluate(expr_.operand(node, i));
+    result = next.is_fail() ? next : combine(node.op, result, next);
+  }
+  return result;
+}
+
+template <net::Process P>
+ReachValue Evaluator<P>::evaluate_join(const ReachNode& node, ReachValue first) {
   std::vector<ReachValue> operands;
   operands.reserve(node.operand_count);
-  for (const ReachNodeId operand : expr_.operands(node)) {
+  operands.push_back(std::move(first));
+  for (const ReachNodeId operand : expr_.operands(node).subspan(1)) {
     operands.push_back(evaluate(operand));
     if (operands.back().is_fail()) return operands.back();
   }
-  return node.op == ReachOp::plus ? sum(operands) : product(operands);
+  return join(operands);
 }
 
 template <net::Process P>
@@ -248,10 +253,7 @@ ReachValue Evaluator<P>::evaluate_pair(const ReachNode& node) {
   if (a.is_fail()) return a;
   const ReachValue b = evaluate(expr_.operand(node, 1));
   if (b.is_fail()) return b;
-  if (node.op == ReachOp::in) return ReachValue(contains(b, a));
-  if (node.op == ReachOp::without) return subtract(a, b);
-  if (node.op >= ReachOp::equal) return ReachValue(compares(node.op, a, b));
-  return calculate(node.op, a, b);
+  return ReachValue(node.op == ReachOp::in ? contains(b, a) : compares(node.op, a, b));
 }
 
 // Indices count from 0, and the last one is included. The empty text before an index counts as in

@@ -17,7 +17,7 @@ namespace vorel::reachlang {
 // What a variable stands for: a value, or, for one that depends on the state, a node of the normal
 // form.
 struct Binding {
-  ReachValue value;
+  ReachValue value;  // of a node of the normal form: why there is none, or a fail without text
   ReachNodeId formula = 0;
 };
 
@@ -50,7 +50,8 @@ class Evaluator {
   const ReachValue& value_of(std::uint32_t binding);
   ReachValue evaluate_prefix(const ReachNode& node);
   ReachValue evaluate_connective(const ReachNode& node);
-  ReachValue evaluate_chain(const ReachNode& node);
+  ReachValue evaluate_run(const ReachNode& node);
+  ReachValue evaluate_join(const ReachNode& node, ReachValue first);
   ReachValue evaluate_pair(const ReachNode& node);
   ReachValue evaluate_substring(const ReachNode& node);
   ReachValue evaluate_set(const ReachNode& node);

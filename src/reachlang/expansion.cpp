@@ -1,3 +1,8 @@
+// One pass over the part of the tree that depends on the state, operands first; what does not is
+// handed to the evaluator. Quantifiers are unrolled: their variables are bound to one element after
+// the other, and the body is expanded under each binding. The builder folds constants as they come,
+// which ends a quantifier early and lets a constant condition discard a branch before it is looked
+// at. It also makes equal parts one node, whether written by definitions of let or by repetition.
 #include "reachlang/expansion.h"
 
 #include <cassert>
@@ -20,7 +25,7 @@ class Expansion {
     if (!node.is_dynamic) return constant(evaluator_.evaluate(node));
     switch (node.op) {
       case ReachOp::variable:
-        return evaluator_.environment()[node.detail].formula;
+        return variable(node);
       case ReachOp::state:
       case ReachOp::enabled:
       case ReachOp::next_state:
@@ -106,6 +111,12 @@ class Expansion {
                   "\"'");
   }
 
+  MaybeNode variable(const ReachNode& node) {
+    const Binding& binding = evaluator_.environment()[node.detail];
+    if (binding.value.fail().message != nullptr) return refuse(binding.value.fail());
+    return binding.formula;
+  }
+
   MaybeNode negation(const ReachNode& node) {
     const MaybeNode inner = operand(node, 0);
     if (!inner) return {};
@@ -123,14 +134,15 @@ class Expansion {
     return result.result();
   }
 
+  // a -> b -> c is ~a | ~b | c.
   MaybeNode implication(const ReachNode& node) {
     FormulaBuilder::Junction result(builder_, ReachOp::or_);
-    const MaybeNode condition = operand(node, 0);
-    if (!condition) return {};
-    if (!result.add(builder_.negation(*condition))) return result.result();
-    const MaybeNode consequence = operand(node, 1);
-    if (!consequence) return {};
-    result.add(*consequence);
+    for (std::size_t i = 0; i < node.operand_count; ++i) {
+      const MaybeNode next = operand(node, i);
+      if (!next) return {};
+      const bool is_condition = i + 1 < node.operand_count;
+      if (!result.add(is_condition ? builder_.negation(*next) : *next)) break;
+    }
     return result.result();
   }
 
@@ -148,7 +160,7 @@ class Expansion {
     std::vector<ReachNodeId> operands;
     if (!append_operands(node, 0, operands)) return {};
     const ReachNodeId result = builder_.parity(std::move(operands));
-    return node.op == ReachOp::iff ? builder_.negation(result) : result;
+    return node.op == ReachOp::iff && inverts_parity(node) ? builder_.negation(result) : result;
   }
 
   // A constant condition discards a branch before it is looked at.
@@ -205,7 +217,9 @@ class Expansion {
                         : builder_.parity(std::move(operands));
   }
 
-  // A definition that depends on the state is expanded once, and shared by all that name it.
+  // A definition that depends on the state is expanded once, and shared by all that name it. What
+  // keeps it from having a formula is told where it is named: expanding it only there would nest as
+  // deeply as definitions speak of each other.
   MaybeNode let(const ReachNode& node) {
     Environment& environment = evaluator_.environment();
     const std::size_t outer = environment.size();
@@ -214,8 +228,12 @@ class Expansion {
       const ReachNode& definition = expr_.operand(node, i);
       Binding binding;
       if (definition.is_dynamic) {
-        result = expand(definition);
-        if (result) binding.formula = *result;
+        const MaybeNode formula = expand(definition);
+        if (formula) {
+          binding.formula = *formula;
+        } else {
+          binding.value = ReachValue(fail_);
+        }
       } else {
         binding.value = evaluator_.evaluate(definition);
         if (binding.value.is_fail()) result = refuse(binding.value.fail());

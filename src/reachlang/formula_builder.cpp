@@ -1,3 +1,7 @@
+// Equal parts become one node by a table from operator and operands to the node that has them
+// [Ershov-1958]; since operands are such nodes themselves, comparing their numbers is enough.
+// Constants are folded before the table is asked. Operands are not put in order, so that a & b and
+// b & a stay two nodes; their gates are shared below, where clauses are made.
 #include "reachlang/formula_builder.h"
 
 #include <algorithm>
@@ -6,11 +10,6 @@
 #include "base/hashing.h"
 
 namespace vorel::reachlang {
-namespace {
-
-constexpr ReachType a_bool{BaseType::boolean, 0};
-
-}  // namespace
 
 FormulaBuilder::FormulaBuilder() {
   expr_.add_constant(ReachValue(false), a_bool);

@@ -1,3 +1,7 @@
+// A regular expression is run as the set of states that it can be in after each character of a name
+// [Thompson-1968], so that time does not depend on how ambiguous it is; an extension of the library
+// does this. How large the automaton becomes is estimated before it is made, for neither making nor
+// destroying it is safe for all sizes.
 #include "reachlang/name_pattern.h"
 
 #include <algorithm>

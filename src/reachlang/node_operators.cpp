@@ -1,3 +1,7 @@
+// Every operator is a step between lists of the process, or between tables that the index makes
+// when they are first asked for. Of a set, the steps of all elements are put together, then sorted
+// once. The past of an event is a search backward over producers; in merged processes a condition
+// can have several of them, and all count.
 #include "reachlang/node_operators.h"
 
 #include <algorithm>
@@ -5,49 +9,14 @@
 
 #include "net/transition_label.h"
 #include "reachlang/name_pattern.h"
+#include "reachlang/type_rules.h"
 
 namespace vorel::reachlang {
 namespace {
 
-BaseType kind_named_by(ReachOp op) {
-  switch (op) {
-    case ReachOp::condition:
-      return BaseType::condition;
-    case ReachOp::event:
-      return BaseType::event;
-    case ReachOp::place:
-    case ReachOp::places:
-      return BaseType::place;
-    case ReachOp::transition:
-    case ReachOp::transitions:
-      return BaseType::transition;
-    default:
-      assert(op == ReachOp::signal || op == ReachOp::signals);
-      return BaseType::signal;
-  }
-}
-
-// The kind of node that a step from a node leads to.
-BaseType kind_reached(ReachOp op, BaseType from) {
-  switch (op) {
-    case ReachOp::pre:
-    case ReachOp::post:
-      if (from == BaseType::condition) return BaseType::event;
-      if (from == BaseType::event) return BaseType::condition;
-      return from == BaseType::place ? BaseType::transition : BaseType::place;
-    case ReachOp::conditions_of:
-      return BaseType::condition;
-    case ReachOp::events_of:
-      return BaseType::event;
-    case ReachOp::places_of:
-      return BaseType::place;
-    case ReachOp::transitions_of:
-      return BaseType::transition;
-    default:
-      assert(op == ReachOp::signals_of);
-      return BaseType::signal;
-  }
-}
+// Of the nodes that an operator leads to from a node of this kind, or from a number or text.
+BaseType kind_reached(ReachOp op, BaseType from) { return result_type(op, {from, 0}).base; }
+BaseType kind_named_by(ReachOp op) { return kind_reached(op, BaseType::string); }
 
 // The sets of signals, and what asks for signals; all else works on any net.
 bool needs_signals(ReachOp op, const ReachValue& operand) {
@@ -82,16 +51,11 @@ void append_indices(const List& list, std::vector<std::uint32_t>& result) {
 
 }  // namespace
 
-std::string applied(ReachOp op, const ReachValue& operand) {
-  ReachExpr expr;
-  const ReachNodeId constant = expr.add_constant(operand, {});
-  return to_string(expr, expr.node(expr.add({.op = op, .detail = 1}, std::span(&constant, 1))));
-}
-
 template <net::Process P>
-ReachValue NodeOperators<P>::apply(ReachOp op, const ReachValue& operand) {
+ReachValue NodeOperators<P>::apply(ReachOp op, const ReachValue& operand,
+                                   const TextPosition& position) {
   if (!has_signals && needs_signals(op, operand)) {
-    return ReachValue::failure("Valid only in STGs: " + applied(op, operand));
+    return ReachValue::failure("Valid only in STGs: " + applied(op, std::span(&operand, 1)));
   }
   switch (op) {
     case ReachOp::condition:
@@ -99,7 +63,7 @@ ReachValue NodeOperators<P>::apply(ReachOp op, const ReachValue& operand) {
     case ReachOp::place:
     case ReachOp::transition:
     case ReachOp::signal:
-      return node_at(op, operand);
+      return node_at(op, operand, position);
     case ReachOp::places:
     case ReachOp::transitions:
     case ReachOp::signals:
@@ -172,7 +136,8 @@ ReachNodeRef NodeOperators<P>::node(BaseType kind, std::uint32_t index) const {
 
 // Nodes are numbered from 1.
 template <net::Process P>
-ReachValue NodeOperators<P>::node_at(ReachOp op, const ReachValue& operand) {
+ReachValue NodeOperators<P>::node_at(ReachOp op, const ReachValue& operand,
+                                     const TextPosition& position) {
   const BaseType kind = kind_named_by(op);
   std::uint32_t index = 0;
   bool is_there = false;
@@ -182,8 +147,8 @@ ReachValue NodeOperators<P>::node_at(ReachOp op, const ReachValue& operand) {
   } else {
     is_there = find(kind, operand.text(), index);
   }
-  if (!is_there) return ReachValue::failure("There is no node " + to_string(operand));
-  return ReachValue(node(kind, index));
+  if (is_there) return ReachValue(node(kind, index));
+  return ReachValue::failure("There is no node " + to_string(operand) + located_at(position));
 }
 
 template <net::Process P>

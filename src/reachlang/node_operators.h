@@ -19,8 +19,9 @@ class NodeOperators {
   explicit NodeOperators(const P& process) : process_{process}, index_{process} {}
 
   // For the operators with one operand, but fail, string, len, card, unary minus, negation and the
-  // atoms. The operand has the right type. A fail if there is no result.
-  ReachValue apply(ReachOp op, const ReachValue& operand);
+  // atoms. The operand has the right type. A fail if there is no result; `position` is where the
+  // operator stands.
+  ReachValue apply(ReachOp op, const ReachValue& operand, const TextPosition& position);
 
   // On a net without signals, the sets of signals are fails that say so.
   ReachValue builtin_set(BuiltinSet set);
@@ -32,7 +33,7 @@ class NodeOperators {
   using Indices = std::vector<std::uint32_t>;
   static constexpr bool has_signals = P::NetType::has_signals;
 
-  ReachValue node_at(ReachOp op, const ReachValue& operand);
+  ReachValue node_at(ReachOp op, const ReachValue& operand, const TextPosition& position);
   bool find(BaseType kind, const std::string& name, std::uint32_t& index);
   bool find_transition(const std::string& name, std::uint32_t& index);
   ReachValue matching(ReachOp op, const ReachValue& operand);
@@ -53,8 +54,5 @@ class NodeOperators {
   const P& process_;
   ProcessIndex<P> index_;
 };
-
-// An operator applied to a value, in source form, for messages.
-std::string applied(ReachOp op, const ReachValue& operand);
 
 }  // namespace vorel::reachlang

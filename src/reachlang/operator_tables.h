@@ -1,6 +1,6 @@
-// reachlang/operator_tables.h - the operators of the grammar: tokens, precedence, associativity.
-// Not here:  the rules that are no operators (reachlang/parser.h), how operators are printed
-//            (reachlang/reach_expr.h).
+// reachlang/operator_tables.h - the operators of the grammar: tokens, associativity.
+// Not here:  the rules that are no operators (reachlang/parser.h), precedence and how operators are
+//            printed (reachlang/reach_expr.h).
 #pragma once
 
 #include "reachlang/reach_expr.h"
@@ -56,35 +56,32 @@ enum class Associativity : std::uint8_t {
   left,
   right,
   none,
-  all,  // a run of the operator becomes one node
 };
 
 struct BinaryRow {
   TokenKind token;
   ReachOp op;
-  int level;  // the higher, the tighter
   Associativity associativity;
 };
-inline constexpr int lowest_level = 3;
 inline constexpr BinaryRow binary_rows[] = {
-    {TokenKind::iff, ReachOp::iff, 3, Associativity::left},
-    {TokenKind::implies, ReachOp::implies, 4, Associativity::right},
-    {TokenKind::bar, ReachOp::or_, 5, Associativity::all},
-    {TokenKind::caret, ReachOp::xor_, 6, Associativity::all},
-    {TokenKind::ampersand, ReachOp::and_, 7, Associativity::all},
-    {TokenKind::equal, ReachOp::equal, 8, Associativity::none},
-    {TokenKind::not_equal, ReachOp::not_equal, 8, Associativity::none},
-    {TokenKind::less, ReachOp::less, 8, Associativity::none},
-    {TokenKind::at_most, ReachOp::at_most, 8, Associativity::none},
-    {TokenKind::greater, ReachOp::greater, 8, Associativity::none},
-    {TokenKind::at_least, ReachOp::at_least, 8, Associativity::none},
-    {TokenKind::in, ReachOp::in, 9, Associativity::none},
-    {TokenKind::plus, ReachOp::plus, 10, Associativity::all},
-    {TokenKind::minus, ReachOp::minus, 10, Associativity::left},
-    {TokenKind::backslash, ReachOp::without, 10, Associativity::left},
-    {TokenKind::star, ReachOp::times, 11, Associativity::all},
-    {TokenKind::slash, ReachOp::divided, 11, Associativity::left},
-    {TokenKind::percent, ReachOp::modulo, 11, Associativity::left},
+    {TokenKind::iff, ReachOp::iff, Associativity::left},
+    {TokenKind::implies, ReachOp::implies, Associativity::right},
+    {TokenKind::bar, ReachOp::or_, Associativity::left},
+    {TokenKind::caret, ReachOp::xor_, Associativity::left},
+    {TokenKind::ampersand, ReachOp::and_, Associativity::left},
+    {TokenKind::equal, ReachOp::equal, Associativity::none},
+    {TokenKind::not_equal, ReachOp::not_equal, Associativity::none},
+    {TokenKind::less, ReachOp::less, Associativity::none},
+    {TokenKind::at_most, ReachOp::at_most, Associativity::none},
+    {TokenKind::greater, ReachOp::greater, Associativity::none},
+    {TokenKind::at_least, ReachOp::at_least, Associativity::none},
+    {TokenKind::in, ReachOp::in, Associativity::none},
+    {TokenKind::plus, ReachOp::plus, Associativity::left},
+    {TokenKind::minus, ReachOp::minus, Associativity::left},
+    {TokenKind::backslash, ReachOp::without, Associativity::left},
+    {TokenKind::star, ReachOp::times, Associativity::left},
+    {TokenKind::slash, ReachOp::divided, Associativity::left},
+    {TokenKind::percent, ReachOp::modulo, Associativity::left},
 };
 
 }  // namespace vorel::reachlang

@@ -1,10 +1,17 @@
+// A recursive descent over the grammar, in which binary operators share one function that is told
+// the least level to take [Pratt-1973]. What differs is that a run of one operator is a loop
+// and becomes one node: the tree is as deep as brackets, prefix operators, choices and changes of
+// operator are nested, and no deeper. Types are checked as soon as the operands of an operator have
+// been read, so that the first fault of the text is told, of whichever kind it is.
 #include "reachlang/parser.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <initializer_list>
 #include <iterator>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,12 +43,18 @@ ReachOp binding_op(TokenKind token) {
   }
 }
 
+// How often $, @ or ' stands there.
+std::uint32_t repeats_of(const Token& sign) {
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(sign.number, UINT32_MAX));
+}
+
 // A part of the text that has become a node.
 struct Part {
   ReachNodeId node = 0;
   TextPosition start;
 };
-using MaybePart = std::optional<Part>;  // empty after an error
+using MaybePart = std::optional<Part>;          // empty after an error
+using MaybeType = std::optional<TypedOperand>;  // likewise
 using Parts = std::vector<Part>;
 
 struct Variable {
@@ -89,7 +102,7 @@ class Parser {
   // exp = binary [ "?" exp ":" exp ] .
   MaybePart expression() {
     const Nesting nesting(*this);
-    MaybePart chooser = binary(lowest_level);
+    MaybePart chooser = binary(iff_level);
     if (!chooser || token_.kind != TokenKind::question) return chooser;
     const TextPosition position = token_.position;
     if (!advance()) return {};
@@ -100,14 +113,16 @@ class Parser {
     return apply(ReachOp::choice, {*chooser, *then, *otherwise}, chooser->start, position);
   }
 
-  // binary = prefix { operator binary } , as far as the operators hold at least so tightly.
-  MaybePart binary(int lowest) {
+  // binary = prefix { operator binary } , as far as the operators hold at least so tightly. What
+  // stands to the right of an operator takes the tighter ones, so that a run of one operator, to
+  // whichever side it groups, needs no depth.
+  MaybePart binary(OperatorLevel lowest) {
     const Nesting nesting(*this);
     MaybePart left = prefix();
     while (left) {
       const BinaryRow* row = binary_row(token_.kind);
-      if (row == nullptr || row->level < lowest) break;
-      left = row->associativity == Associativity::all ? run_of(*row, *left) : pair(*row, *left);
+      if (row == nullptr || level_of(row->op) < lowest) break;
+      left = row->associativity == Associativity::none ? pair(*row, *left) : run_of(*row, *left);
     }
     return left;
   }
@@ -115,26 +130,40 @@ class Parser {
   MaybePart pair(const BinaryRow& row, const Part& left) {
     const TextPosition position = token_.position;
     if (!advance()) return {};
-    const bool is_right = row.associativity == Associativity::right;
-    const MaybePart right = binary(is_right ? row.level : row.level + 1);
+    const MaybePart right = binary(tighter(level_of(row.op)));
     if (!right) return {};
-    if (row.associativity == Associativity::none) {
-      const BinaryRow* next = binary_row(token_.kind);
-      if (next != nullptr && next->level == row.level) return unexpected();
-    }
+    const BinaryRow* next = binary_row(token_.kind);
+    if (next != nullptr && level_of(next->op) == level_of(row.op)) return unexpected();
     return apply(row.op, {left, *right}, left.start, position);
   }
 
+  // A run becomes one node, but each of its operators is checked by itself, with the part of the
+  // run on the side to which it groups.
   MaybePart run_of(const BinaryRow& row, const Part& left) {
-    const TextPosition position = token_.position;
+    const bool is_left = row.associativity == Associativity::left;
     Parts parts{left};
+    std::vector<TextPosition> operators;
+    MaybeType whole = typed(left);
     while (token_.kind == row.token) {
+      operators.push_back(token_.position);
       if (!advance()) return {};
-      const MaybePart next = binary(row.level + 1);
+      const MaybePart next = binary(tighter(level_of(row.op)));
       if (!next) return {};
       parts.push_back(*next);
+      if (is_left) {
+        whole = checked(row.op, std::array{*whole, typed(*next)}, std::array{left, *next},
+                        operators.back());
+        if (!whole) return {};
+      }
     }
-    return apply(row.op, parts, left.start, position);
+    if (!is_left) whole = typed(parts.back());
+    for (std::size_t i = operators.size(); !is_left && i-- > 0;) {
+      whole = checked(row.op, std::array{typed(parts[i]), *whole},
+                      std::array{parts[i], parts[i + 1]}, operators[i]);
+      if (!whole) return {};
+    }
+    return add({.op = row.op, .is_dynamic = whole->is_dynamic, .type = whole->type}, parts,
+               left.start);
   }
 
   // prefix = operator prefix | postfix .
@@ -147,9 +176,7 @@ class Parser {
     if (!advance()) return {};
     const MaybePart operand = prefix();
     if (!operand) return {};
-    const auto repeats =
-        static_cast<std::uint32_t>(std::min<std::uint64_t>(sign.number, UINT32_MAX));
-    return apply(row->op, {*operand}, sign.position, sign.position, repeats);
+    return apply(row->op, {*operand}, sign.position, sign.position, repeats_of(sign));
   }
 
   // postfix = primary { "'" | "[" exp ".." [ exp ] "]" | "[" ".." exp "]" } .
@@ -159,9 +186,7 @@ class Parser {
       const Token sign = token_;
       if (sign.kind == TokenKind::next) {
         if (!advance()) return {};
-        const auto repeats =
-            static_cast<std::uint32_t>(std::min<std::uint64_t>(sign.number, UINT32_MAX));
-        part = apply(ReachOp::next_state, {*part}, part->start, sign.position, repeats);
+        part = apply(ReachOp::next_state, {*part}, part->start, sign.position, repeats_of(sign));
       } else if (sign.kind == TokenKind::open_bracket) {
         part = substring(*part);
       } else {
@@ -398,16 +423,24 @@ class Parser {
                   const TextPosition& position, std::uint32_t repeats = 1) {
     types_.clear();
     for (const Part& part : parts) types_.push_back(typed(part));
-    const TypeVerdict verdict = check_operands(op, types_, repeats);
-    if (!verdict.is_right()) {
-      const bool is_operator = verdict.culprit == TypeVerdict::the_operator;
-      return report(verdict.message, is_operator ? position : parts[verdict.culprit].start);
-    }
+    const MaybeType type = checked(op, types_, parts, position, repeats);
+    if (!type) return {};
     const ReachNode node{.op = op,
-                         .is_dynamic = verdict.result.is_dynamic,
-                         .type = verdict.result.type,
-                         .detail = repeats};
+                         .is_dynamic = type->is_dynamic,
+                         .type = type->type,
+                         .detail = repeats,
+                         .position = position};
     return add(node, parts, start);
+  }
+
+  // What the operator yields for operands of these types, which begin where these parts do.
+  MaybeType checked(ReachOp op, std::span<const TypedOperand> types, std::span<const Part> parts,
+                    const TextPosition& position, std::uint32_t repeats = 1) {
+    const TypeVerdict verdict = check_operands(op, types, repeats);
+    if (verdict.is_right()) return verdict.result;
+    const bool is_operator = verdict.culprit == TypeVerdict::the_operator;
+    report(verdict.message, is_operator ? position : parts[verdict.culprit].start);
+    return {};
   }
 
   MaybePart add(const ReachNode& node, const Parts& parts, const TextPosition& start) {

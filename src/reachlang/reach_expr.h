@@ -17,6 +17,7 @@
 
 #include "reachlang/reach_type.h"
 #include "reachlang/reach_value.h"
+#include "reachlang/text_position.h"
 
 namespace vorel::reachlang {
 
@@ -61,18 +62,19 @@ enum class ReachOp : std::uint8_t {
   transitions_of,
   signals_of,
   cardinality,
-  // Two operands; those marked with * take any number from two on.
+  // Two operands or more, which stand for a run of the operator.
   implies,
   iff,
-  and_ /* * */,
-  or_ /* * */,
-  xor_ /* * */,
-  plus /* * */,
+  and_,
+  or_,
+  xor_,
+  plus,
   minus,
-  times /* * */,
+  times,
   divided,
   modulo,
   without,
+  // Two operands.
   equal,
   not_equal,
   less,
@@ -100,6 +102,27 @@ inline constexpr std::size_t reach_op_count = static_cast<std::size_t>(ReachOp::
 // How a prefix, binary or binding operator is written; empty for those with a form of their own.
 std::string_view spelling_of(ReachOp op);
 
+// How tightly an operator holds its operands.
+enum OperatorLevel : std::uint8_t {
+  choice_level,
+  iff_level,
+  implies_level,
+  or_level,
+  xor_level,
+  and_level,
+  comparison_level,
+  in_level,
+  sum_level,
+  product_level,
+  prefix_level,
+  postfix_level,
+};
+OperatorLevel level_of(ReachOp op);
+// Of what stands beside an operator that does not group to this side.
+constexpr OperatorLevel tighter(OperatorLevel level) {
+  return static_cast<OperatorLevel>(level + 1);
+}
+
 // Sanitizers make the frames of functions many times larger.
 #ifdef VOREL_SANITIZED
 inline constexpr std::uint32_t max_reach_depth = 250;
@@ -120,7 +143,14 @@ struct ReachNode {
   // state, enabled, next_state: how often the character is repeated.
   std::uint32_t detail = 0;
   std::uint32_t first_name = 0;  // variable: its name; binding operators: those they declare
+  TextPosition position = {};    // of an operator with one operand, in the text
 };
+
+// Each <-> of a run is the complement of a ^.
+inline bool inverts_parity(const ReachNode& run) {
+  assert(run.op == ReachOp::iff);
+  return run.operand_count % 2 == 0;
+}
 
 class ReachExpr {
  public:
@@ -171,5 +201,7 @@ class ReachExpr {
 // The source form of a node. A text of more than a million characters, or one nested deeper than
 // max_reach_depth, is cut short with "...".
 std::string to_string(const ReachExpr& expr, const ReachNode& node);
+// The source form of an operator applied to values.
+std::string applied(ReachOp op, std::span<const ReachValue> operands);
 
 }  // namespace vorel::reachlang

@@ -8,26 +8,10 @@
 namespace vorel::reachlang {
 namespace {
 
-// How tightly an operator holds its operands.
-enum Level : int {
-  choice_level = 2,
-  iff_level,
-  implies_level,
-  or_level,
-  xor_level,
-  and_level,
-  comparison_level,
-  in_level,
-  sum_level,
-  product_level,
-  prefix_level,
-  postfix_level,
-};
-
 struct OperatorRow {
   ReachOp op;
   std::string_view spelling;
-  Level level;
+  OperatorLevel level;
 };
 
 constexpr OperatorRow operator_rows[] = {
@@ -156,7 +140,7 @@ class Printer {
   }
 
   // What a constant looks like decides how it is held together with what stands around it.
-  Level level_of(const ReachNode& node) const {
+  OperatorLevel level_of_node(const ReachNode& node) const {
     if (node.op != ReachOp::constant) return row_of(node.op).level;
     const std::string text = to_string(expr_.value(node));
     const bool is_plain = text.front() == '"' || text.front() == '{' || text == "true" ||
@@ -164,9 +148,9 @@ class Printer {
     return is_plain ? postfix_level : prefix_level;
   }
 
-  void print_operand(const ReachNode& node, std::size_t i, Level level) {
+  void print_operand(const ReachNode& node, std::size_t i, OperatorLevel level) {
     const ReachNode& operand = expr_.operand(node, i);
-    const bool is_loose = level_of(operand) < level;
+    const bool is_loose = level_of_node(operand) < level;
     if (is_loose) text_ += '(';
     print(operand);
     if (is_loose) text_ += ')';
@@ -187,13 +171,12 @@ class Printer {
   }
 
   void print_binary(const ReachNode& node, const OperatorRow& row) {
-    const auto tighter = static_cast<Level>(row.level + 1);
     const bool is_free = row.level == comparison_level || row.level == in_level;
     const std::size_t count = expr_.operands(node).size();
     for (std::size_t i = 0; i < count; ++i) {
       if (i > 0) ((text_ += ' ') += row.spelling) += ' ';
       const bool may_be_equal = node.op == ReachOp::implies ? i + 1 == count : i == 0;
-      print_operand(node, i, may_be_equal && !is_free ? row.level : tighter);
+      print_operand(node, i, may_be_equal && !is_free ? row.level : tighter(row.level));
     }
   }
 
@@ -276,8 +259,17 @@ class Printer {
 
 std::string_view spelling_of(ReachOp op) { return row_of(op).spelling; }
 
+OperatorLevel level_of(ReachOp op) { return row_of(op).level; }
+
 std::string to_string(const ReachExpr& expr, const ReachNode& node) {
   return Printer(expr).run(node);
+}
+
+std::string applied(ReachOp op, std::span<const ReachValue> operands) {
+  ReachExpr expr;
+  std::vector<ReachNodeId> ids;
+  for (const ReachValue& operand : operands) ids.push_back(expr.add_constant(operand, {}));
+  return to_string(expr, expr.node(expr.add({.op = op, .detail = 1}, ids)));
 }
 
 }  // namespace vorel::reachlang

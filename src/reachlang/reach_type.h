@@ -32,6 +32,7 @@ struct ReachType {
   bool operator==(const ReachType&) const = default;
 };
 
+inline constexpr ReachType a_bool{BaseType::boolean, 0};
 inline ReachType set_of(ReachType element) { return {element.base, element.depth + 1}; }
 
 // The type of the elements of a set.

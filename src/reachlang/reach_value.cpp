@@ -105,10 +105,6 @@ bool is_at_most(const ReachValue& a, const ReachValue& b) {
   return std::ranges::includes(b.elements(), a.elements(), comes_before);
 }
 
-ReachValue unite(const ReachValue& a, const ReachValue& b) {
-  return combine(a, b, std::ranges::set_union);
-}
-
 ReachValue intersect(const ReachValue& a, const ReachValue& b) {
   return combine(a, b, std::ranges::set_intersection);
 }

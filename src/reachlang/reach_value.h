@@ -84,7 +84,6 @@ std::string quoted(const std::string& text);
 // The order of the operator <=: for sets inclusion, for all others that of compare().
 bool is_at_most(const ReachValue& a, const ReachValue& b);
 
-ReachValue unite(const ReachValue& a, const ReachValue& b);
 ReachValue intersect(const ReachValue& a, const ReachValue& b);
 ReachValue subtract(const ReachValue& a, const ReachValue& b);
 bool contains(const ReachValue& set, const ReachValue& element);

@@ -45,10 +45,6 @@ char control_character(char letter) {
 
 }  // namespace
 
-std::string located_at(const TextPosition& position) {
-  return base::format_message(" (located at line %u, column %u)", position.line, position.column);
-}
-
 bool Scanner::next(Token& token) {
   if (!skip_blanks_and_comments()) return false;
   token = Token{};

@@ -12,13 +12,17 @@ namespace vorel::reachlang {
 
 class Scanner {
  public:
-  // Reads from the text while it is used; a text of any bytes will do.
-  explicit Scanner(std::string_view text) : text_{text} {}
+  // Reads from the text while it is used; a text of any bytes will do. A byte-order mark of UTF-8
+  // at its beginning, as some editors put it into files, takes no column.
+  explicit Scanner(std::string_view text)
+      : text_{text.substr(text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0)} {}
 
   // The next token; after the last one it is always the end. False after a reported error.
   bool next(Token& token);
 
  private:
+  static constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
+
   bool skip_blanks_and_comments();
   bool skip_block_comment();
   bool scan_number(Token& token);
@@ -42,8 +46,5 @@ class Scanner {
   std::size_t offset_ = 0;
   TextPosition position_;
 };
-
-// " (located at line 2, column 7)".
-std::string located_at(const TextPosition& position);
 
 }  // namespace vorel::reachlang

@@ -1,11 +1,13 @@
 // reachlang/token.h - the words of the property language.
-// Here:      kinds of token, their names in messages, positions in the text.
+// Here:      kinds of token, their names in messages.
 // Not here:  how they are found in a text (reachlang/scanner.h).
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+
+#include "reachlang/text_position.h"
 
 namespace vorel::reachlang {
 
@@ -92,12 +94,6 @@ enum class TokenKind : std::uint8_t {
   tran,
   pls,
   card,
-};
-
-// Lines and columns count from 1; a column is a byte.
-struct TextPosition {
-  std::uint32_t line = 1;
-  std::uint32_t column = 1;
 };
 
 struct Token {

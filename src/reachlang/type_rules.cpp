@@ -36,7 +36,6 @@ constexpr BaseTypes no_types = 0;
 constexpr BaseTypes nodes = types_of({condition, event, place, transition, signal});
 constexpr BaseTypes linked_nodes = types_of({condition, event, place, transition});
 constexpr BaseTypes numbers_or_texts = types_of({numerical, string});
-constexpr ReachType a_bool{boolean, 0};
 constexpr ReachType a_number{numerical, 0};
 constexpr ReachType a_text{string, 0};
 constexpr ReachType events{event, 1};
@@ -312,6 +311,12 @@ TypeVerdict check_others(ReachOp op, std::span<const TypedOperand> operands) {
 }
 
 }  // namespace
+
+ReachType result_type(ReachOp op, ReachType operand) {
+  const auto* rule = std::ranges::find(prefix_rules, op, &PrefixRule::op);
+  assert(rule != std::end(prefix_rules));
+  return result_of(*rule, operand);
+}
 
 TypeVerdict check_operands(ReachOp op, std::span<const TypedOperand> operands,
                            std::uint32_t repeats) {

@@ -28,9 +28,13 @@ struct TypeVerdict {
   bool is_right() const { return message.empty(); }
 };
 
-// For all operators but the leaves and those that bind variables. `repeats`: of $, @ and '.
+// For all operators but the leaves and those that bind variables; one of a run is asked about by
+// itself, with what stands to its left and right. `repeats`: of $, @ and '.
 TypeVerdict check_operands(ReachOp op, std::span<const TypedOperand> operands,
                            std::uint32_t repeats = 1);
+
+// The type that an operator with one operand yields, of an operand that it takes.
+ReachType result_type(ReachOp op, ReachType operand);
 
 // Of the parts of a binding operator: empty if the part is right.
 std::string check_domain(const TypedOperand& domain, std::string_view variable);

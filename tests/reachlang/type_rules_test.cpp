@@ -158,6 +158,7 @@ TEST(TypeRules, BinaryOperatorsTakeWhatTheirTableSays) {
 
 TEST(TypeRules, AllOthersNameThePartThatDoesNotFit) {
   const std::string constant = "Constant expression expected";
+  const std::string in_operands = "Type mismatch in the operands of ";
   const std::string in_choice = "Type mismatch in '?:': ";
   const std::string in_list = "Type mismatch: all expressions in the list must be of the same type";
   const std::string in_threshold =
@@ -174,6 +175,14 @@ TEST(TypeRules, AllOthersNameThePartThatDoesNotFit) {
       {"(P 1)''", 1,
        "Type mismatch in the operand of \"''\": expression of type signal is expected"},
       {"($P 1)'", 1, constant},
+      {"1 + 2 + \"a\" + 3 = 1", 7, in_operands + "'+'"},
+      {"1 + \"a\" + $P 1 = 1", 3, in_operands + "'+'"},
+      {"1 - 2 - 3 - {4} = 1", 11, in_operands + "'-'"},
+      {"PLACES * PLACES * {1} = {1}", 17, in_operands + "'*'"},
+      {"true + true + 1 = 1", 1,
+       in_operands + "'+': expressions of type numerical, string or set are expected"},
+      {"true & true & 1 & )", 15, in_operands + "'&': expression of type bool is expected"},
+      {"true -> 1 -> true -> 2", 22, in_operands + "'->': expression of type bool is expected"},
       {"PLACES in {PLACES}", 0, ""},
       {"1 in 2", 6, "The second operand of 'in' is not a set"},
       {"1 in PLACES", 1, "Type mismatch in the operands of 'in'"},
