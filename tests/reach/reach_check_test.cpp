@@ -117,11 +117,11 @@ class Comparison {
         expect_of_merged(least);
       }
     }
-    const Probe<P> one(prefix_, text_, final_state_, Search::one);
+    const Probe<P> one(prefix_, text_, enabledness_, Search::one);
     ASSERT_FALSE(base::run_failed());
     EXPECT_EQ(!one.configurations.empty(), least.has_value());
     expect_to_hold(one.configurations, property.holds);
-    const Probe<P> shortest(prefix_, text_, final_state_, Search::shortest);
+    const Probe<P> shortest(prefix_, text_, enabledness_, Search::shortest);
     expect_to_hold(shortest.configurations, property.holds);
     if (least && !shortest.configurations.empty()) {
       EXPECT_EQ(shortest.configurations[0].size(), *least);
@@ -142,9 +142,9 @@ class Comparison {
   // What names no instances has the same answers on the merged process.
   void expect_of_merged(std::optional<std::uint32_t> least) const {
     const auto merged = net::merge(prefix_);
-    const Probe<net::MergedProcessOf<N>> one(merged, text_, final_state_, Search::one);
+    const Probe<net::MergedProcessOf<N>> one(merged, text_, enabledness_, Search::one);
     EXPECT_EQ(!one.configurations.empty(), least.has_value());
-    const Probe<net::MergedProcessOf<N>> shortest(merged, text_, final_state_, Search::shortest);
+    const Probe<net::MergedProcessOf<N>> shortest(merged, text_, enabledness_, Search::shortest);
     ASSERT_EQ(!shortest.configurations.empty(), least.has_value());
     EXPECT_TRUE(!least || shortest.configurations[0].size() == *least);
   }
@@ -164,7 +164,7 @@ class Comparison {
     for (const auto& [events, state] : *configurations_) {
       if (holds(state)) expected.insert(events);
     }
-    const Probe<P> all(prefix_, text_, final_state_, Search::all);
+    const Probe<P> all(prefix_, text_, enabledness_, Search::all);
     EXPECT_EQ(std::set(all.configurations.begin(), all.configurations.end()), expected);
     EXPECT_EQ(all.configurations.size(), expected.size()) << "a solution is listed twice";
   }
@@ -240,7 +240,7 @@ TEST(ReachCheck, FindsMergedProcessesStuckExactlyWhereTheirNetsAre) {
     const net::Net net = oracle::random_net(seed);
     const auto merged = net::merge(oracle::unfold(net).value());
     const Probe<net::NetMergedProcess> stuck(merged, "forall t in TRANSITIONS { ~@t }",
-                                             FinalState::marking, Search::one);
+                                             configuration::Enabledness::direct, Search::one);
     EXPECT_EQ(!stuck.configurations.empty(), oracle::explore(net).has_deadlock()) << seed;
   }
   testing::internal::GetCapturedStderr();
