@@ -35,6 +35,17 @@ Without an output its name is that of the input, less folder and ending, with
 .unf.pnml, or for --merge .merged.pnml, behind. An existing file is replaced, but
 only once all has gone well.
 
+The text of an STG (# starts a comment, \ at its end continues a line):
+  .inputs a b               also .outputs, .internal, .dummy; all before the arcs
+  .graph                    then lines "SOURCE TARGET ..." up to the next keyword:
+  a+ p b-/2                 signals with + - ~ and an instance, or else places;
+                            a weight (p=1 or p(1)) may only be 1
+  .marking {p, <a+,b->}     <a+,b-> is the place of an arc between transitions
+  .initial.state a !b       else initial values follow from the behaviour
+  .end
+.model, .name, .capacity, .slowenv and the blocks .coords, .time, .delays are
+skipped; unknown keywords are too, with a warning and all lines below them.
+
 Examples:
   vorel-unfold vme.g                    writes vme.unf.pnml
   vorel-unfold --merge net.ll_net.gz    writes net.merged.pnml
