@@ -52,8 +52,8 @@ Examples:
   vorel-unfold --max-events 100000 --timeout 2.5 big.pnml big.unf.pnml.gz
   vorel-unfold --format g - - < vme.g   reads and writes the standard streams
 
-Exit code: 0 done, 1 done with warnings, 2 errors (nothing is written),
-5 out of memory.)";
+Exit code: 0 done, 1 done with warnings, 2 errors (nothing is written but the
+drawing of --dot-net), 5 out of memory.)";
 
 // The table of options with no more than what an option is given: the descriptions say the rest.
 class PlainHelp : public CLI::Formatter {
@@ -134,7 +134,15 @@ class UnfoldArguments {
         ->check(CLI::IsMember(format_names()).description(""))
         ->type_name("NAME");
     app_.add_flag("--merge", request_.merge, "write the merged process of the prefix");
-    app_.add_option("--dot", request_.drawing, "draw the prefix too, in the language of Graphviz")
+    app_.add_option("--dot", request_.drawing,
+                    "draw the prefix too, in the language of Graphviz:\n"
+                    "dot -Tpdf FILE makes a page of it. Conditions between\n"
+                    "two events are arcs, cut-offs dashed; inputs are red,\n"
+                    "outputs blue, internal signals green, dummies grey")
+        ->type_name("FILE");
+    app_.add_option("--dot-net", request_.net_drawing,
+                    "draw the net or STG in the same way, before it is\n"
+                    "unfolded")
         ->type_name("FILE");
   }
 

@@ -107,17 +107,34 @@ bool is_writable(const std::string& name) {
          ::access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
 }
 
-bool outputs_are_writable(const UnfoldRequest& request) {
-  if (request.drawing == standard_stream) return fail("--dot needs the name of a file");
-  for (const std::string& name : {request.output, request.drawing}) {
-    if (name.empty() || name == standard_stream) continue;
-    if (is_same_file(name, request.input)) {
-      return fail("\"" + name + "\" is the input, which is not to be overwritten");
-    }
-    if (!is_writable(name)) return fail(base::cannot_open_for_output(name));
+struct WrittenFile {
+  std::string_view what;
+  const std::string& name;
+};
+
+bool is_writable_output(const WrittenFile& file, const UnfoldRequest& request) {
+  const auto& [what, name] = file;
+  if (name.empty()) return true;
+  if (name == standard_stream) {
+    return &name == &request.output || fail(std::string(what) + " needs the name of a file");
   }
-  if (!request.drawing.empty() && is_same_file(request.drawing, request.output)) {
-    return fail("--dot and the output are the same file \"" + request.output + "\"");
+  if (is_same_file(name, request.input)) {
+    return fail("\"" + name + "\" is the input, which is not to be overwritten");
+  }
+  return is_writable(name) || fail(base::cannot_open_for_output(name));
+}
+
+bool outputs_are_writable(const UnfoldRequest& request) {
+  const WrittenFile files[] = {{"the output", request.output},
+                               {"--dot", request.drawing},
+                               {"--dot-net", request.net_drawing}};
+  for (const WrittenFile& file : files) {
+    if (!is_writable_output(file, request)) return false;
+    for (const WrittenFile* before = files; before != &file; ++before) {
+      if (file.name.empty() || !is_same_file(file.name, before->name)) continue;
+      return fail(std::string(file.what).append(" and ").append(before->what) +
+                  " are the same file \"" + before->name + '"');
+    }
   }
   return true;
 }
