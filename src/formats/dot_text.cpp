@@ -15,7 +15,7 @@ static_assert(kind_colours[static_cast<std::size_t>(net::SignalKind::dummy)].kin
 
 // Half an inch of A4 and of Letter paper is left free on each side.
 constexpr std::string_view style =
-    "  graph [size=\"7.2,10\", ranksep=0.3, nodesep=0.2];\n"
+    "  graph [size=\"7.2,10\", ranksep=0.2, nodesep=0.2];\n"
     "  node [fontsize=11, height=0.2, width=0.2, margin=\"0.05,0.02\"];\n"
     "  edge [arrowsize=0.6, fontsize=11];\n";
 

@@ -42,7 +42,7 @@ class PrefixDrawing {
     const std::string_view colour = colour_of(*event.transition);
     sink_ << "  e" << event.index << " [shape=box, color=" << colour << ", label=\"";
     add_label_text(sink_, event.transition->name);
-    sink_ << "\\ne" << event.index << (event.is_cut_off() ? "\", style=dashed];\n" : "\"];\n");
+    sink_ << " e" << event.index << (event.is_cut_off() ? "\", style=dashed];\n" : "\"];\n");
     for (const Condition* condition : event.preset) {
       if (is_implicit(*condition)) continue;
       sink_ << "  c" << condition->index << " -> e" << event.index << " [color=" << colour

@@ -65,11 +65,11 @@ TEST(PrefixDot, AnStgIsDrawnWithTheColoursOfItsSignals) {
             "  c0 [shape=circle, label=\"\", xlabel=\"p\", style=filled];\n"
             "  c2 [shape=circle, label=\"\", xlabel=\"r\"];\n"
             "  c3 [shape=circle, label=\"\", xlabel=\"p\"];\n"
-            "  e0 [shape=box, color=red, label=\"i.a+\\ne0\"];\n"
+            "  e0 [shape=box, color=red, label=\"i.a+ e0\"];\n"
             "  c0 -> e0 [color=red];\n"
             "  e0 -> e1 [color=red, tooltip=\"q\"];\n"
             "  e0 -> c2 [color=red];\n"
-            "  e1 [shape=box, color=blue, label=\"x-\\ne1\", style=dashed];\n"
+            "  e1 [shape=box, color=blue, label=\"x- e1\", style=dashed];\n"
             "  e1 -> c3 [color=blue];\n"
             "}\n");
 }
