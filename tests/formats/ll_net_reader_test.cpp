@@ -85,8 +85,6 @@ TEST(LlNetReader, AFaultIsReportedWithItsPlaceAndText) {
       {net + "PT\n1<1\n", syntax + at(6, 2) + ": expected '>', found '<1'"},
       {net + "TP\n1<\n", syntax + at(6, 3) + ": expected a number, found 'the end of the line'"},
       {net + "TP\n1<1w2\n", syntax + at(6, 4) + ": expected the weight 1, found '2'"},
-      {net + "RS\n1>1\n", "Error: reset arcs (section RS) are not supported " + at(6, 1)},
-      {net + "IA\n1>1\n", "Error: inhibitor arcs (section IA) are not supported " + at(6, 1)},
       {net + "RA\n1>1\nTP\n1<1\n",
        "Error: the read arc '1>1' is between nodes that another arc joins " + at(6, 1)},
       {net + "RA\n1-1\n", syntax + at(6, 2) + ": expected '>', found '-1'"},
