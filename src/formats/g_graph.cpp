@@ -79,13 +79,33 @@ const GGraph::Node* GGraph::node_named(const GWord& word) {
   return &nodes_[node_ids_.find(word.text)];
 }
 
+// What is declared has the name that it is declared with.
+bool GGraph::is_weighted(const GWord& word) const {
+  return !split_number(word.text).number.empty() && signal_named(word.text) == nullptr;
+}
+
+// "p=1" and "p(1)" become "p".
+bool GGraph::take_weight(GWord& word) const {
+  if (word.text.starts_with('=')) return source_.report_expected(word.offset, "a node", word.text);
+  if (!is_weighted(word)) return true;
+  const auto [name, weight] = split_number(word.text);
+  if (name.empty()) return source_.report_expected(word.offset, "a node", word.text);
+  if (weight != "1") return source_.report_expected(word.offset, "an arc of weight 1", word.text);
+  word.text = name;
+  return true;
+}
+
 bool GGraph::add_arcs(const std::vector<GWord>& words) {
   assert(!words.empty());
+  if (words[0].text.starts_with('=') || is_weighted(words[0])) {
+    return source_.report_expected(words[0].offset, "a node without a weight", words[0].text);
+  }
   const Node* const source = node_named(words.front());
   if (source == nullptr) return false;
   const bool from_place = source->place != nullptr;
   const auto source_number = static_cast<std::uint32_t>(source - nodes_.data());
-  for (const GWord& word : std::span(words).subspan(1)) {
+  for (GWord word : std::span(words).subspan(1)) {
+    if (!take_weight(word)) return false;
     const Node* const target = node_named(word);
     if (target == nullptr) return false;
     if (from_place && target->place != nullptr) {
@@ -152,7 +172,8 @@ net::StgPlace* GGraph::place_named(std::string_view name) const {
 }
 
 net::StgPlace* GGraph::add_isolated_place(const GWord& word) {
-  const Node* const node = node_named(word);
+  const Node* const node = is_weighted(word) ? nullptr : node_named(word);
+  if (is_weighted(word)) source_.report_expected(word.offset, "a place", word.text);
   if (node == nullptr) return nullptr;
   if (node->place == nullptr) source_.report_expected(word.offset, "a place", word.text);
   return node->place;

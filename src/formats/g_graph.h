@@ -5,7 +5,8 @@
 //
 // A word names a transition if what precedes its sign and instance number is a declared signal, and
 // a place otherwise. Words that differ name different nodes: "a+", "a+/0" and "a+/1" are three.
-// Everything that fails has reported why.
+// Behind the first word of a line "p=1" and "p(1)" tell an arc with its weight, which may only
+// be 1. Everything that fails has reported why.
 #pragma once
 
 #include <span>
@@ -55,6 +56,8 @@ class GGraph {
     std::size_t offset;
   };
 
+  bool is_weighted(const GWord& word) const;
+  bool take_weight(GWord& word) const;
   const Node* node_named(const GWord& word);
   bool add_node(const GWord& word);
   bool add_transition(const GWord& word, net::Signal& label, std::string_view rest);

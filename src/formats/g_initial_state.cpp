@@ -30,6 +30,12 @@ bool is_pair(std::string_view name) {
   return name.starts_with('<') && name.ends_with('>') && name.find(',') != std::string_view::npos;
 }
 
+// The comma behind a place of a marking; those between "<" and ">" belong to the place.
+std::size_t end_of_place(std::string_view text) {
+  const std::size_t pair_end = text.starts_with('<') ? text.find('>') : 0;
+  return std::min(text.size(), text.find(',', pair_end));
+}
+
 std::string_view without_leading_zeros(std::string_view number) {
   assert(!number.empty());
   number.remove_prefix(std::min(number.find_first_not_of('0'), number.size() - 1));
@@ -91,9 +97,26 @@ bool GInitialState::twins_are_settled() const {
   return true;
 }
 
+// Whatever commas it has.
+bool GInitialState::is_one_place(std::string_view text) const {
+  return graph_.place_named(text) != nullptr ||
+         graph_.place_named(split_assignment(text, digits).name) != nullptr;
+}
+
+bool GInitialState::put_tokens_on_each(const GWord& word) {
+  if (is_one_place(word.text)) return put_tokens(word);
+  for (std::size_t start = 0; start < word.text.size();) {
+    const std::string_view rest = word.text.substr(start);
+    const std::size_t end = end_of_place(rest);
+    if (end > 0 && !put_tokens(GWord{rest.substr(0, end), word.offset + start})) return false;
+    start += end + 1;
+  }
+  return true;
+}
+
 bool GInitialState::put_tokens(const std::vector<GWord>& words) {
   for (const GWord& word : words) {
-    if (!put_tokens(word)) return false;
+    if (!put_tokens_on_each(word)) return false;
   }
   isolated_places_.warn(source_, "the marked place", "has no arcs");
   return twins_are_settled();

@@ -16,6 +16,7 @@ class GInitialState {
   GInitialState(const base::SourceText& source, GGraph& graph) : source_{source}, graph_{graph} {}
 
   // The words of the marking: "PLACE", "<TRANSITION,TRANSITION>", or one of these with "=TOKENS".
+  // There may be commas between them instead of blanks, too.
   bool put_tokens(const std::vector<GWord>& words);
 
   // The words of one line: each "a", "!a", "a=0", "a=1" or "a=?"; or only one, with "0", "1" or "?"
@@ -23,6 +24,8 @@ class GInitialState {
   bool set_values(const std::vector<GWord>& words);
 
  private:
+  bool is_one_place(std::string_view text) const;
+  bool put_tokens_on_each(const GWord& word);
   bool put_tokens(const GWord& word);
   bool put_tokens(const GWord& word, net::StgPlace& place, std::string_view tokens);
   net::StgPlace* place_to_mark(const GWord& word, std::string_view name);

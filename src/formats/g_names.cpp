@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/messages.h"
+#include "formats/g_words.h"
 #include "net/transition_label.h"
 
 namespace vorel::formats {
@@ -24,6 +25,9 @@ bool is_word(std::string_view name) {
   };
   return !name.empty() && name.front() != '.' && std::ranges::none_of(name, is_odd);
 }
+
+// A reader takes it for an arc to another node, with a weight.
+bool looks_weighted(std::string_view name) { return !split_number(name).number.empty(); }
 
 // A word that can stand in the name of an implicit place.
 bool is_word_of_pair(std::string_view name) {
@@ -112,6 +116,7 @@ class NameChooser {
       assert(transition->signal != nullptr && "every transition is labelled");
       const std::string_view name = net::without_kind_prefix(transition->name);
       if (!is_word_of_pair(name) || !tells_label(name, *transition)) continue;
+      if (looks_weighted(name) && name != transition->signal->name) continue;
       if (taken_.emplace(name).second) names_.transitions[transition->index] = name;
     }
     Replacements replacements;
@@ -172,9 +177,10 @@ class NameChooser {
   }
 
   bool suits(std::string_view name, const net::StgPlace& place) const {
-    if (!is_word(name)) return false;
+    if (!is_word(name) || looks_weighted(name)) return false;
+    const bool has_arcs = !place.preset.empty() || !place.postset.empty();
+    if (!has_arcs && name.find(',') != std::string_view::npos) return false;
     if (name.front() == '<') {
-      const bool has_arcs = !place.preset.empty() || !place.postset.empty();
       return has_arcs && name.find('>') != std::string_view::npos;
     }
     const std::size_t end = std::min(name.size(), name.find_first_of(marks_of_label));

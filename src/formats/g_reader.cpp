@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -43,6 +44,7 @@ class GReader {
         {".dummy", &GReader::take_signals<net::SignalKind::dummy>},
         {".graph", &GReader::take_graph},
         {".marking", &GReader::take_marking},
+        {".marking=", &GReader::take_marking},
         {".initial", &GReader::take_initial},
         {".initial.state", &GReader::take_values},
         {".initial_state", &GReader::take_values},
@@ -53,9 +55,9 @@ class GReader {
         {".name", &GReader::skip},
         {".capacity", &GReader::skip},
         {".slowenv", &GReader::skip},
-        {".coords", &GReader::skip},
-        {".time", &GReader::skip},
-        {".delays", &GReader::skip},
+        {".coords", &GReader::skip_block},
+        {".time", &GReader::skip_block},
+        {".delays", &GReader::skip_block},
     };
     const auto row = std::ranges::find(table, keyword, &std::pair<std::string_view, Taker>::first);
     return row == std::end(table) ? nullptr : row->second;
@@ -68,14 +70,15 @@ class GReader {
       if (in_graph_) return graph_.add_arcs(line_);
       return source_.report_expected(head.offset, "a line that starts with '.'", head.text);
     }
+    in_graph_ = false;
     if (const auto take = taker(head.text)) return (this->*take)();
-    unknown_lines_.note(head.offset, head.text);
-    return true;
+    warn_of_unknown(head);
+    return skip_block();
   }
 
   template <net::SignalKind kind>
   bool take_signals() {
-    if (in_graph_) {
+    if (has_graph_) {
       return source_.report_syntax_error(line_[0].offset, "signals are declared before .graph",
                                          line_[0].text);
     }
@@ -83,14 +86,37 @@ class GReader {
                                [this](const GWord& word) { return graph_.add_signal(word, kind); });
   }
 
-  bool take_graph() { return in_graph_ = true; }
-  bool take_end() { return has_ended_ = true; }
+  bool take_graph() { return in_graph_ = has_graph_ = true; }
+  bool take_end() { return end_at(0); }
   bool skip() { return true; }
 
-  // {NAME ...}, with or without blanks around the braces, over any number of lines.
+  bool skip_block() {
+    words_.skip_rows();
+    return true;
+  }
+
+  // At once, as it may explain an error to come; so files may have any number of them, and each
+  // keyword is told once.
+  void warn_of_unknown(const GWord& keyword) {
+    constexpr std::size_t most = 10;
+    if (unknown_.size() > most || !unknown_.insert(keyword.text).second) return;
+    if (unknown_.size() > most) {
+      source_.warn(keyword.offset, "more unknown lines are ignored, as are all below them");
+    } else {
+      source_.warn(keyword.offset, "the line " + base::quoted(keyword.text) +
+                                       " is unknown and ignored, as are those below it up to the "
+                                       "next keyword");
+    }
+  }
+
+  // ["="] {NAME ...}, with or without blanks around the braces, over any number of lines.
   bool take_marking() {
     line_.erase(line_.begin());
     if (line_.empty() && !words_.next_line(line_)) return fail_at_end("'{'");
+    if (line_.front().text.starts_with('=')) {
+      drop_first_character();
+      if (line_.empty() && !words_.next_line(line_)) return fail_at_end("'{'");
+    }
     if (!line_.front().text.starts_with('{')) {
       return source_.report_expected(line_.front().offset, "'{'", line_.front().text);
     }
@@ -123,11 +149,20 @@ class GReader {
     return closes;
   }
 
-  bool ends_line_after(std::size_t position) const {
+  bool ends_line_after(std::size_t position) {
     assert(position < line_.size());
     if (position + 1 == line_.size()) return true;
     const GWord& next = line_[position + 1];
+    if (next.text == ".end") return end_at(position + 1);
     return source_.report_expected(next.offset, "the end of the line", next.text);
+  }
+
+  // With the number of the word in the line.
+  bool end_at(std::size_t position) {
+    assert(line_[position].text == ".end");
+    has_ended_ = true;
+    behind_end_ = position + 1 < line_.size() ? line_[position + 1].offset : words_.next_offset();
+    return true;
   }
 
   bool take_values() {
@@ -145,11 +180,11 @@ class GReader {
     return !words_.failed() && source_.report_expected(source_.size(), expected, {});
   }
 
-  bool is_complete() const { return in_graph_ || fail_at_end(".graph"); }
+  bool is_complete() const { return has_graph_ || fail_at_end(".graph"); }
 
   void warn() const {
-    unknown_lines_.warn(source_, "the line", "is unknown and ignored");
     if (!has_ended_) source_.warn(source_.size(), "the last line is not .end");
+    if (behind_end_ < source_.size()) source_.warn(behind_end_, "what follows .end is ignored");
   }
 
   const base::SourceText source_;
@@ -159,9 +194,11 @@ class GReader {
   std::vector<GWord> line_;
   std::vector<GWord> marked_;
   std::vector<std::vector<GWord>> values_;
-  base::RepeatedFault unknown_lines_;
-  bool in_graph_ = false;
+  std::set<std::string_view> unknown_;  // keywords
+  bool in_graph_ = false;               // lines without a keyword are arcs
+  bool has_graph_ = false;
   bool has_ended_ = false;
+  std::size_t behind_end_ = source_.size();  // where text that is ignored starts
 };
 
 }  // namespace

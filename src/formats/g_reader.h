@@ -3,12 +3,16 @@
 // Not here:  splitting into words (formats/g_words.h), what is built (formats/g_graph.h,
 //            formats/g_initial_state.h).
 //
-//   .model NAME             ignored, as are .name and other lines that carry nothing for an STG
+//   .model NAME             ignored, as are .name, .capacity and .slowenv
 //   .inputs a b             also .outputs, .internal, .dummy; before the arcs
-//   .graph                  then lines "SOURCE TARGET ..." of arcs
-//   .marking { p <a+,b+> }  over one or more lines
+//   .graph                  then lines "SOURCE TARGET ..." of arcs, up to the next keyword; a
+//   target
+//                           may have a weight behind it, "p=1" or "p(1)", which may only be 1
+//   .marking { p <a+,b+> }  over one or more lines; also .marking = { p, <a+,b+> }
 //   .initial.state a !b     also .initial_state, .initial, .init_values, .init_state
-//   .end                    what follows is ignored
+//   .coords, .time, .delays skipped with all lines up to the next keyword; so are unknown keywords
+//                           with theirs, but not without a warning
+//   .end                    also behind the marking; of what follows is warned
 // "#" starts a comment, and a backslash at the end of a line continues it.
 #pragma once
 

@@ -8,8 +8,19 @@ namespace {
 
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f'; }
 bool is_line_end(char c) { return c == '\n' || c == '\r'; }
+bool is_digit(char c) { return '0' <= c && c <= '9'; }
 
 }  // namespace
+
+GNumbered split_number(std::string_view text) {
+  const bool has_brackets = text.ends_with(')');
+  const std::size_t opening = text.rfind(has_brackets ? '(' : '=');
+  if (opening == std::string_view::npos) return {text, {}};
+  const std::string_view number =
+      text.substr(opening + 1, text.size() - opening - (has_brackets ? 2 : 1));
+  if (!std::ranges::all_of(number, is_digit)) return {text, {}};
+  return {number.empty() ? text : text.substr(0, opening), number};
+}
 
 GWords::GWords(const base::SourceText& source)
     : source_{source},
@@ -24,6 +35,10 @@ std::size_t GWords::after_blanks(std::size_t offset) const {
 std::size_t GWords::after_line_end(std::size_t offset) const {
   assert(is_line_end(at(offset)));
   return std::min(text_.size(), offset + (text_.substr(offset).starts_with("\r\n") ? 2 : 1));
+}
+
+std::size_t GWords::end_of_line(std::size_t offset) const {
+  return std::min(text_.size(), text_.find_first_of("\r\n", offset));
 }
 
 // A backslash with nothing behind it on its line.
@@ -55,7 +70,8 @@ std::string_view GWords::without_blanks(std::string_view text) {
 
 bool GWords::take_word(std::vector<GWord>& words) {
   const std::size_t start = at_;
-  if (at(at_) == '{') ++at_;  // of a marking, which needs no blank behind it
+  if (at(at_) == '=') ++at_;  // of a marking, as the bracket, which need no blanks behind them
+  if (at(at_) == '{') ++at_;
   if (at(at_) == '<') at_ = end_of_pair(at_);
   const bool is_keyword = words.empty() && at(start) == '.';
   while (!ends_word(at_) && !(is_keyword && at(at_) == '{')) ++at_;
@@ -75,13 +91,31 @@ bool GWords::next_line(std::vector<GWord>& words) {
       at_ = after_line_end(at_);
       if (!words.empty()) return true;
     } else if (at(at_) == '#') {
-      at_ = std::min(text_.size(), text_.find_first_of("\r\n", at_));
+      at_ = end_of_line(at_);
     } else if (is_continuation(at_)) {
       at_ = after_line_end(after_blanks(at_ + 1));
     } else if (!take_word(words)) {
       return false;
     }
   }
+}
+
+// A number may start with a point, too.
+void GWords::skip_rows() {
+  while (at_ < text_.size()) {
+    const std::size_t start = after_blanks(at_);
+    if (at(start) == '.' && !is_digit(at(start + 1))) return;
+    at_ = end_of_line(at_);
+    if (at_ < text_.size()) at_ = after_line_end(at_);
+  }
+}
+
+std::size_t GWords::next_offset() const {
+  for (std::size_t offset = at_; offset < text_.size(); ++offset) {
+    if (at(offset) == '#') offset = end_of_line(offset);
+    if (!is_blank(at(offset)) && !is_line_end(at(offset))) return offset;
+  }
+  return text_.size();
 }
 
 }  // namespace vorel::formats

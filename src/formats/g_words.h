@@ -17,6 +17,12 @@ struct GWord {
   std::size_t offset;     // of its first character
 };
 
+// "NAME=NUMBER" or "NAME(NUMBER)" in two; the number is empty if the text has no such form.
+struct GNumbered {
+  std::string_view name, number;
+};
+GNumbered split_number(std::string_view text);
+
 class GWords {
  public:
   explicit GWords(const base::SourceText& source);
@@ -26,10 +32,16 @@ class GWords {
   bool next_line(std::vector<GWord>& words);
   bool failed() const { return failed_; }
 
+  // Passes over whole lines, whatever is in them, up to the next that starts with a keyword.
+  void skip_rows();
+  // Where the text goes on with something else than blanks and comments; its size if it does not.
+  std::size_t next_offset() const;
+
  private:
   char at(std::size_t offset) const { return offset < text_.size() ? text_[offset] : '\n'; }
   std::size_t after_blanks(std::size_t offset) const;
   std::size_t after_line_end(std::size_t offset) const;
+  std::size_t end_of_line(std::size_t offset) const;
   bool is_continuation(std::size_t offset) const;
   bool ends_word(std::size_t offset) const;
   std::size_t end_of_pair(std::size_t start);

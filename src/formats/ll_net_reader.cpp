@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <charconv>
+#include <set>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
@@ -20,13 +21,9 @@ bool is_digit(char c) { return '0' <= c && c <= '9'; }
 bool starts_number(char c) { return is_digit(c) || c == '-' || c == '+' || c == '.'; }
 bool is_gap(char c) { return c == ' ' || c == '\t' || c == ','; }
 
-// Two capital letters.
-bool is_section(std::string_view line) {
-  return line.size() == 2 && is_upper(line[0]) && is_upper(line[1]);
-}
-// "DPL s7n10@-9t2"
-bool is_line_of_defaults(std::string_view line) {
-  return line.starts_with('D') && is_section(line.substr(1, 2));
+// Two capital letters or more.
+bool are_capitals(std::string_view line) {
+  return line.size() >= 2 && std::ranges::all_of(line, is_upper);
 }
 
 // One line. Every step reports what it does not find.
@@ -176,23 +173,65 @@ class LlNetReader {
     bool is_output;  // from the transition to the place
     std::size_t offset;
   };
+  struct Section {
+    std::string_view name;
+    bool (LlNetReader::*take)(LineCursor&);  // a line of it
+  };
+
+  // Null for an unknown name.
+  static const Section* section_named(std::string_view name) {
+    static constexpr Section table[] = {
+        {"PL", &LlNetReader::take_place},
+        {"TR", &LlNetReader::take_transition},
+        {"TP", &LlNetReader::take_output},
+        {"PT", &LlNetReader::take_input},
+        {"RA", &LlNetReader::take_read},
+        {"RS", &LlNetReader::refuse_reset},
+        {"IA", &LlNetReader::refuse_inhibitor},
+        {"PTR", &LlNetReader::skip},  // phantom transitions, whose actions the others carry out
+        {"PTP", &LlNetReader::skip},
+        {"PPT", &LlNetReader::skip},
+        {"TX", &LlNetReader::skip},
+    };
+    const auto row = std::ranges::find(table, name, &Section::name);
+    return row == std::end(table) ? nullptr : row;
+  }
+
+  // "DPL s7n10@-9t2"
+  static bool is_line_of_defaults(std::string_view line) {
+    if (!line.starts_with('D') || !are_capitals(line.substr(1, 2))) return false;
+    return !are_capitals(line) || section_named(line.substr(1)) != nullptr;
+  }
 
   bool take_line(std::string_view line) {
     while (!line.empty() && is_gap(line.back())) line.remove_suffix(1);
     LineCursor cursor(source_, line);
     if (cursor.at_end()) return true;
-    if (is_section(line)) {
-      section_ = line;
-      has_places_ = has_places_ || line == "PL";
-      return true;
-    }
-    if (section_.empty()) return take_header(line);
     if (is_line_of_defaults(line)) return true;
-    if (section_ == "PL") return take_place(cursor);
-    if (section_ == "TR") return take_transition(cursor);
-    if (section_ == "TP") return take_arc(cursor, true);
-    if (section_ == "PT") return take_arc(cursor, false);
+    if (take_section_ == nullptr && !starts_section(line)) return take_header(line);
+    if (!starts_section(line)) return (this->*take_section_)(cursor);
+    const Section* const section = section_named(line);
+    take_section_ = section == nullptr ? &LlNetReader::skip : section->take;
+    has_places_ = has_places_ || line == "PL";
+    if (section == nullptr && unknown_.insert(line).second) {
+      source_.warn(cursor.offset(),
+                   "the section " + base::quoted(line) + " is unknown and ignored");
+    }
     return true;
+  }
+
+  bool starts_section(std::string_view line) const {
+    const bool is_first_of_header = take_section_ == nullptr && line == "PEP";
+    return are_capitals(line) && !is_first_of_header;
+  }
+
+  bool skip(LineCursor&) { return true; }
+  bool refuse_reset(LineCursor& cursor) { return refuse(cursor, "reset arcs (section RS)"); }
+  bool refuse_inhibitor(LineCursor& cursor) {
+    return refuse(cursor, "inhibitor arcs (section IA)");
+  }
+  bool refuse(const LineCursor& cursor, const std::string& what) {
+    return source_.report(cursor.offset(), what + " are not supported");
   }
 
   bool take_header(std::string_view line) {
@@ -263,7 +302,17 @@ class LlNetReader {
     return node;
   }
 
-  bool take_arc(LineCursor& cursor, bool is_output) {
+  bool take_output(LineCursor& cursor) { return take_arc(cursor, true, arcs_); }
+  bool take_input(LineCursor& cursor) { return take_arc(cursor, false, arcs_); }
+
+  // Written in either direction.
+  bool take_read(LineCursor& cursor) {
+    LineCursor ahead = cursor;
+    std::uint32_t number = 0;
+    return ahead.take_number(number) && take_arc(cursor, ahead.next() == '<', reads_);
+  }
+
+  bool take_arc(LineCursor& cursor, bool is_output, std::vector<Arc>& arcs) {
     Arc arc{nullptr, nullptr, is_output, cursor.offset()};
     if (is_output) {
       arc.transition = take_end_of_arc(cursor, transitions_, "transition");
@@ -275,7 +324,7 @@ class LlNetReader {
       arc.transition = take_end_of_arc(cursor, transitions_, "transition");
     }
     if (arc.place == nullptr || arc.transition == nullptr) return false;
-    arcs_.push_back(arc);
+    arcs.push_back(arc);
     return take_weight(cursor);
   }
 
@@ -289,14 +338,51 @@ class LlNetReader {
     return true;
   }
 
-  void add_arcs() {
+  static std::tuple<bool, std::uint32_t, std::uint32_t> place_in_net(const Arc& arc) {
+    return {arc.is_output, arc.place->index, arc.transition->index};
+  }
+
+  bool has_arc(Arc arc, bool is_output) const {
+    arc.is_output = is_output;
+    return std::ranges::binary_search(arcs_, place_in_net(arc), {}, place_in_net);
+  }
+
+  // A token that is read is taken and put back. If the transition takes it anyway, or puts another
+  // one there, it would depend on the order what this means.
+  bool expand_reads(base::RepeatedFault& repeated) {
+    const auto ends = [](const Arc& arc) {
+      return std::pair(arc.place->index, arc.transition->index);
+    };
+    std::ranges::stable_sort(reads_, {}, ends);
+    std::vector<Arc> added;
+    for (std::size_t i = 0; i < reads_.size(); ++i) {
+      Arc arc = reads_[i];
+      const bool is_loop = has_arc(arc, false);
+      if (is_loop != has_arc(arc, true)) {
+        const std::string text = base::quoted(source_.rest_of_line(arc.offset));
+        return source_.report(arc.offset,
+                              "the read arc " + text + " is between nodes that another arc joins");
+      }
+      if (is_loop || (i > 0 && ends(reads_[i - 1]) == ends(arc))) {
+        repeated.note(arc.offset, source_.rest_of_line(arc.offset));
+        continue;
+      }
+      for (const bool is_output : {false, true}) {
+        arc.is_output = is_output;
+        added.push_back(arc);
+      }
+    }
+    arcs_.insert(arcs_.end(), added.begin(), added.end());
+    return true;
+  }
+
+  bool add_arcs() {
     assert(std::ranges::all_of(
         arcs_, [](const Arc& arc) { return arc.place != nullptr && arc.transition != nullptr; }));
-    const auto place_in_net = [](const Arc& arc) {
-      return std::tuple(arc.is_output, arc.place->index, arc.transition->index);
-    };
-    std::ranges::stable_sort(arcs_, {}, place_in_net);
     base::RepeatedFault repeated;
+    std::ranges::stable_sort(arcs_, {}, place_in_net);
+    if (!expand_reads(repeated)) return false;
+    std::ranges::stable_sort(arcs_, {}, place_in_net);
     for (std::size_t i = 0; i < arcs_.size(); ++i) {
       const Arc& arc = arcs_[i];
       if (i > 0 && place_in_net(arcs_[i - 1]) == place_in_net(arc)) {
@@ -308,10 +394,11 @@ class LlNetReader {
       }
     }
     repeated.warn(source_, "the arc", "is repeated");
+    return true;
   }
 
-  net::Net finish() {
-    add_arcs();
+  std::optional<net::Net> finish() {
+    if (!add_arcs()) return std::nullopt;
     base::RepeatedFault renamed;
     places_.make_names_unique(renamed);
     transitions_.make_names_unique(renamed);
@@ -324,11 +411,12 @@ class LlNetReader {
   }
 
   const base::SourceText source_;
-  std::string_view section_;
+  bool (LlNetReader::*take_section_)(LineCursor&) = nullptr;  // null before the first section
+  std::set<std::string_view> unknown_;                        // names of sections
   bool has_places_ = false;
   Nodes<net::Place> places_{'P'};
   Nodes<net::Transition> transitions_{'T'};
-  std::vector<Arc> arcs_;
+  std::vector<Arc> arcs_, reads_;
 };
 
 }  // namespace

@@ -7,8 +7,12 @@
 //   TP  arcs         TRANSITION<PLACE ATTRIBUTES, where the weight w may only be 1
 //   PT  arcs         PLACE>TRANSITION ATTRIBUTES
 // Without a number, a node has the one after that of the node before. An attribute is a position
-// X@Y, or a letter with a number, a position, a text in quotes or nothing. The header, lines of
-// defaults, and other sections are skipped.
+// X@Y, or a letter with a number, a position, a text in quotes or nothing.
+//   RA  read arcs    as in TP or PT; the token is taken and put back
+//   RS, IA           reset and inhibitor arcs, which are refused
+//   PTR, PTP, PPT    phantom transitions and their arcs, skipped, as are texts (TX), the header and
+//                    lines of defaults
+// Of other sections is warned.
 #pragma once
 
 #include <optional>

@@ -1,7 +1,8 @@
 // formats/prefix_dot.h - a drawing of a prefix in the language of Graphviz.
-// Conditions are circles with the names of their places, events boxes with the names of their
-// transitions and their numbers. Cut-offs are dashed; the events of an STG and their arcs have the
-// colour of the kind of their signal. The same prefix gives the same text.
+// Events are boxes with the names of their transitions and their numbers, in the colour of the kind
+// of their signal, dashed for cut-offs. A condition with a producer and one consumer is an arc
+// between the two; the others are circles with the names of their places beside them, filled in the
+// initial cut. The same prefix gives the same text.
 #pragma once
 
 #include <ostream>

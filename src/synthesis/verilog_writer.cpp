@@ -211,6 +211,13 @@ bool write_verilog(std::ostream& stream, const net::Stg& stg, SynthesisStyle sty
     stream << "\nFailed to synthesise the specification\n";
     return true;
   }
+  const auto has_no_name = [](const auto& signal) {
+    return signal->name.empty() && !signal->is_dummy();
+  };
+  if (std::ranges::any_of(stg.signals, has_no_name)) {
+    base::print_error("a signal has no name, and so cannot stand in Verilog");
+    return false;
+  }
   assert(solutions.size() ==
          (stg.internals_end - stg.inputs_end) * (has_two_functions(style) ? 2u : 1u));
   return VerilogWriter(stream, stg, style, solutions).run();

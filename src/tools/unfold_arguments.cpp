@@ -36,14 +36,25 @@ Without an output its name is that of the input, less folder and ending, with
 only once all has gone well, and never the input. A drawing replaces no file that
 by its name is a net or a process.
 
+The text of an STG (# starts a comment, \ at its end continues a line):
+  .inputs a b               also .outputs, .internal, .dummy; all before the arcs
+  .graph                    then lines "SOURCE TARGET ..." up to the next keyword:
+  a+ p b-/2                 signals with + - ~ and an instance, or else places;
+                            a weight (p=1 or p(1)) may only be 1
+  .marking {p, <a+,b->}     <a+,b-> is the place of an arc between transitions
+  .initial.state a !b       else initial values follow from the behaviour
+  .end
+.model, .name, .capacity, .slowenv and the blocks .coords, .time, .delays are
+skipped; unknown keywords are too, with a warning and all lines below them.
+
 Examples:
   vorel-unfold vme.g                    writes vme.unf.pnml
   vorel-unfold --merge net.ll_net.gz    writes net.merged.pnml
   vorel-unfold --max-events 100000 --timeout 2.5 big.pnml big.unf.pnml.gz
   vorel-unfold --format g - - < vme.g   reads and writes the standard streams
 
-Exit code: 0 done, 1 done with warnings, 2 errors (nothing is written),
-5 out of memory.)";
+Exit code: 0 done, 1 done with warnings, 2 errors (nothing is written but the
+drawing of --dot-net), 5 out of memory.)";
 
 // The table of options with no more than what an option is given: the descriptions say the rest.
 class PlainHelp : public CLI::Formatter {
@@ -124,7 +135,15 @@ class UnfoldArguments {
         ->check(CLI::IsMember(format_names()).description(""))
         ->type_name("NAME");
     app_.add_flag("--merge", request_.merge, "write the merged process of the prefix");
-    app_.add_option("--dot", request_.drawing, "draw the prefix too, in the language of Graphviz")
+    app_.add_option("--dot", request_.drawing,
+                    "draw the prefix too, in the language of Graphviz:\n"
+                    "dot -Tpdf FILE makes a page of it. Conditions between\n"
+                    "two events are arcs, cut-offs dashed; inputs are red,\n"
+                    "outputs blue, internal signals green, dummies grey")
+        ->type_name("FILE");
+    app_.add_option("--dot-net", request_.net_drawing,
+                    "draw the net or STG in the same way, before it is\n"
+                    "unfolded")
         ->type_name("FILE");
   }
 

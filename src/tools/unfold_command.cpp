@@ -9,6 +9,7 @@
 #include "base/clock.h"
 #include "base/messages.h"
 #include "base/program.h"
+#include "formats/net_dot.h"
 #include "formats/prefix_dot.h"
 #include "net/initial_values.h"
 #include "net/merge.h"
@@ -43,10 +44,17 @@ class UnfoldRun {
     auto net = read_net(request_);
     figures_.reading_seconds = watch_.lap();
     if (!net) return;
-    std::visit([this](auto& n) { unfold_and_write(std::move(n)); }, *net);
+    std::visit([this](auto& n) { draw_and_unfold(std::move(n)); }, *net);
   }
 
  private:
+  // A net that cannot be unfolded is worth a look, too.
+  template <class N>
+  void draw_and_unfold(N net) {
+    if (!request_.net_drawing.empty() && !formats::save_net_dot(net, request_.net_drawing)) return;
+    unfold_and_write(std::move(net));
+  }
+
   template <class N>
   void unfold_and_write(N net) {
     auto prefix = unfold(std::move(net));

@@ -102,18 +102,35 @@ bool is_writable(const std::string& name) {
          ::access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
 }
 
+struct WrittenFile {
+  std::string_view what;
+  const std::string& name;
+};
+
+bool is_writable_output(const WrittenFile& file, const UnfoldRequest& request) {
+  const auto& [what, name] = file;
+  if (name.empty()) return true;
+  if (name == standard_stream) {
+    return &name == &request.output || fail(std::string(what) + " needs the name of a file");
+  }
+  if (!formats::spares_input(name, request.input, "is the input")) return false;
+  if (&name != &request.output && !formats::spares_nets(name)) return false;
+  return is_writable(name) || fail(base::cannot_open_for_output(name));
+}
+
 bool outputs_are_writable(const UnfoldRequest& request) {
-  if (request.drawing == standard_stream) return fail("--dot needs the name of a file");
-  for (const std::string& name : {request.output, request.drawing}) {
-    if (name.empty() || name == standard_stream) continue;
-    if (!formats::spares_input(name, request.input, "is the input")) return false;
-    if (!is_writable(name)) return fail(base::cannot_open_for_output(name));
+  const WrittenFile files[] = {{"the output", request.output},
+                               {"--dot", request.drawing},
+                               {"--dot-net", request.net_drawing}};
+  for (const WrittenFile& file : files) {
+    if (!is_writable_output(file, request)) return false;
+    for (const WrittenFile* before = files; before != &file; ++before) {
+      if (file.name.empty() || !formats::is_same_file(file.name, before->name)) continue;
+      return fail(std::string(file.what).append(" and ").append(before->what) +
+                  " are the same file \"" + before->name + '"');
+    }
   }
-  if (request.drawing.empty()) return true;
-  if (formats::is_same_file(request.drawing, request.output)) {
-    return fail("--dot and the output are the same file \"" + request.output + "\"");
-  }
-  return formats::spares_nets(request.drawing);
+  return true;
 }
 
 }  // namespace

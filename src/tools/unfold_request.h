@@ -33,7 +33,8 @@ inline constexpr std::array<ProcessFormatRow, 4> process_formats = {{
 struct UnfoldRequest {
   std::string input;
   std::string output;                              // empty: named after the input
-  std::string drawing;                             // empty: none
+  std::string drawing;                             // of the prefix; empty: none
+  std::string net_drawing;                         // empty: none
   std::optional<formats::NetFormat> input_format;  // none: told by the name
   ProcessFormat output_format = ProcessFormat::pnml;
   bool merge = false;

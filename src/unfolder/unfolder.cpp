@@ -83,11 +83,12 @@ bool Unfolder<N>::report(UnfoldOutcome outcome) const {
       return false;
     case UnfoldOutcome::too_many_events:
       base::print_error("the prefix has more than " + std::to_string(options_.max_events) +
-                        " events");
+                        " events; so far " + loop_.progress());
       return false;
     case UnfoldOutcome::out_of_time:
       base::print_error(base::format_message("the prefix is not complete after %g seconds",
-                                             options_.max_seconds));
+                                             options_.max_seconds) +
+                        "; so far " + loop_.progress());
       return false;
     case UnfoldOutcome::too_few_threads:
       break;

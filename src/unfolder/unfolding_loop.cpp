@@ -219,10 +219,20 @@ void UnfoldingLoop::form_groups() {
   group_starts_.push_back(static_cast<std::uint32_t>(batch_.size()));
 }
 
+std::string UnfoldingLoop::sizes() const {
+  return "|B|=" + std::to_string(process_.condition_count()) +
+         " |E|=" + std::to_string(entered_.size() + cut_offs_.size()) +
+         " |C|=" + std::to_string(stats_.cutoffs);
+}
+
+std::string UnfoldingLoop::progress() const {
+  std::uint64_t queued = 0;
+  for (const auto& worker : workers_) queued += worker->pending_count;
+  return sizes() + ", events queued: " + std::to_string(queued);
+}
+
 void UnfoldingLoop::print_running_line() {
-  callback_("|B|=" + std::to_string(process_.condition_count()) +
-            " |E|=" + std::to_string(entered_.size() + cut_offs_.size()) +
-            " |C|=" + std::to_string(stats_.cutoffs) + " |Q|=" + std::to_string(stats_.queue_size) +
+  callback_(sizes() + " |Q|=" + std::to_string(stats_.queue_size) +
             " |[e]|=" + std::to_string(level_) + " |SP|/|Si|=" + std::to_string(batch_.size()) +
             "/" + std::to_string(group_starts_.size() - 1));
 }

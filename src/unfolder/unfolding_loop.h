@@ -51,6 +51,9 @@ class UnfoldingLoop {
   const std::vector<EventId>& entered() const { return entered_; }  // by number in the prefix
   const NonLocalCorrespondents& non_local() const { return non_local_; }
   const UnfoldStats& stats() const { return stats_; }
+  // How far it got, in words: sizes of the prefix, events that are not in it yet. While no worker
+  // is at work.
+  std::string progress() const;
   const CoSetFinder::UnsafePair& unsafe_pair() const { return *unsafe_; }
 
  protected:
@@ -87,6 +90,7 @@ class UnfoldingLoop {
   bool must_give_up();
   void pass_on_correspondent(EventId cut_off);
   void sort_for_entry(std::vector<EventId>& events) const;
+  std::string sizes() const;
 
   const FlatNet& net_;
   const UnfoldOptions options_;

@@ -150,6 +150,22 @@ TEST(SynthesisCommand, WritesVerilogToTheErrorStreamWhereTheFileCannotBeOpened) 
             "\nWarning: cannot open \"" + file + "\" for output\n" + verilog_table[0].text);
 }
 
+TEST(SynthesisCommand, ASignalWithoutANameIsRefusedInVerilog) {
+  const support::TemporaryFolder folder;
+  std::string text = support::read_text(support::example("vme_read_csc.unf.pnml"));
+  const std::string name = "<text>csc</text>";
+  ASSERT_NE(text.find(name), std::string::npos);
+  text.replace(text.find(name), name.size(), "<text></text>");
+  folder.write("x.pnml", text);
+  for (const std::string mode : {"-E", "-G", "-S"}) {
+    const support::ProgramRun run =
+        support::run_vorel({mode, folder.path("x.pnml"), folder.path("o.v")});
+    EXPECT_EQ(run.exit_code, 2);
+    EXPECT_EQ(run.err, "\nError: a signal has no name, and so cannot stand in Verilog\n");
+    EXPECT_FALSE(std::filesystem::exists(folder.path("o.v")));
+  }
+}
+
 TEST(SynthesisCommand, AConflictLeavesAMessageAndNoEquation) {
   const support::TemporaryFolder folder;
   const std::string stg = support::example("vme_read.unf.pnml");

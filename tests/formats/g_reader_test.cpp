@@ -26,12 +26,23 @@ TEST(GReader, TakesAllFormsOfLinesAndWords) {
   const std::string two =
       "marked <b-,a+>; a+ = a+: <b-,a+> -> <a+,b->; b- = b-: <a+,b-> -> <b-,a+>";
   expect_readings({
-      {"comments, continued lines, line ends, text after the end",
+      {"comments, continued lines, line ends",
        "\xEF\xBB\xBF# head\r\n.model m # name\r\n.inputs \\ \r\n a#b\r\n.outputs b\r.graph\n"
-       "a+ \\\n\tb-\t# arc\n\n b- a+\n.marking {<b- , a+>}\n.end\nanything .at < all",
+       "a+ \\\n\tb-\t# arc\n\n b- a+\n.marking {<b- , a+>}\n.end\n\t# anything .at < all",
        "i.a=? o.b=? " + two},
       {"a last line without its end",
        ".inputs a b\n.graph\na+ b-\nb- a+\n.marking{ <b-,a+> }\n.end", "i.a=? i.b=? " + two},
+      {"commas in the marking, and the end behind it",
+       ".inputs a b\n.graph\na+ b-\nb- a+\np a+\nq,r b-\n.marking={,<b-,a+>,p=0, q,r }  .end",
+       "i.a=? i.b=? marked q,r <b-,a+>; a+ = a+: p <b-,a+> -> <a+,b->; b- = b-: q,r <a+,b-> -> "
+       "<b-,a+>"},
+      {"arcs of weight 1, names that look like them",
+       ".inputs a\n.dummy d(2)\n.graph\np=-1 a~=1 d(2)\na~ p/1(1) p=1\n.marking =\n{ p=1 }\n.end\n",
+       "i.a=? d.d(2)=? marked p; a~ = a~: p=-1 -> p p/1; d(2) = d(2)~: p=-1 ->"},
+      {"blocks that are skipped whole",
+       ".inputs a\n.coords\np a+ {\n\x01 a-\n .5 1\n.graph\na+ p\n.time 1\np a+\n.delays\na+ 1\n"
+       ".graph\na- q\n.end\n",
+       "i.a=? marked; a+ = a+: -> p; a- = a-: -> q"},
       {"toggles, instances, dummies, a signal without transitions",
        ".internal z\n.dummy d e\n.outputs x\n.graph\nz d/2 d\nd z~/1\n.marking {}\n.end\n",
        "o.x=? r.z=? d.d=? d.e=? marked; d = d~: <z,d> -> <d,z~/1>; z = z~: -> <z,d> <z,d/2>; "
@@ -40,8 +51,8 @@ TEST(GReader, TakesAllFormsOfLinesAndWords) {
        ".inputs a\n.graph\np a+ a+/1 a+/01\n.marking { p=1\n }\n.end\n",
        "i.a=? marked p; a+ = a+: p ->; a+/1 = a+: p ->; a+/01 = a+: p ->"},
       {"places with arithmetic in their names",
-       ".inputs a\n.graph\np-1 a~\na~ p/1 p=1\n.marking { p=1 p-1=01 p/1=0 }\n.end\n",
-       "i.a=? marked p-1 p=1; a~ = a~: p-1 -> p/1 p=1"},
+       ".inputs a\n.graph\np-1 a~\na~ p/1 p\n.marking { p=1 p-1=01 p/1=0 }\n.end\n",
+       "i.a=? marked p p-1; a~ = a~: p-1 -> p p/1"},
       {"a marking over lines, before the graph",
        ".inputs a\n.marking\n{p\nq # both\n}\n.graph\np a+\nq a+\n.end\n",
        "i.a=? marked p q; a+ = a+: p q ->"},
@@ -125,6 +136,13 @@ TEST(GReader, AFaultIsReportedWithItsPlaceAndText) {
       {".graph\n.marking { p\n", 3, 1, "expected '}', found the end of the file"},
       {".graph\n.marking { \n.end\n", 3, 1, "expected '}', found '.end'"},
       {".graph\n.marking { } p\n.end\n", 2, 14, "expected the end of the line, found 'p'"},
+      {a + "a+ p(1) q(0)\n", 3, 9, "expected an arc of weight 1, found 'q(0)'"},
+      {a + "a+ p =1\n", 3, 6, "expected a node, found '=1'"},
+      {a + "p(1) a+\n", 3, 1, "expected a node without a weight, found 'p(1)'"},
+      {a + "a+ p\n.marking { q(1) }\n", 4, 12, "expected a place, found 'q(1)'"},
+      {a + "a+ p\n.marking { p }\np a-\n.end", 5, 1,
+       "expected a line that starts with '.', found 'p'"},
+      {a + ".coords\n.inputs b\n", 4, 1, "signals are declared before .graph, found '.inputs'"},
       {a + "a+ p\n.marking { a+ }\n.end", 4, 12, "expected a place, found 'a+'"},
       {a + "a+ p\n.marking { =1 }\n.end", 4, 12, "expected a place, found '=1'"},
   };
@@ -152,12 +170,28 @@ TEST(GReader, AFaultIsReportedWithItsPlaceAndText) {
 TEST(GReader, WhatIsOnlyOddIsReadWithOneWarning) {
   const std::string head = ".inputs a\n.dummy d\n.graph\n";
   const std::string signals = "i.a=? d.d=? marked";
+  const std::string unknown =
+      " is unknown and ignored, as are those below it up to the next keyword ";
+  std::string many, told = "Warning: the line '.a'" + unknown + at(1, 1) + "\n";
+  for (int i = 0; i < 9; ++i) {
+    many += ".x" + std::to_string(i) + "\n";
+    told += "Warning: the line '.x" + std::to_string(i) + "'" + unknown + at(5 + i, 1) + "\n";
+  }
   expect_readings({
       {"repeated arcs", head + "a+ a- a-\na+ a-\n.end",
        signals + "; a+ = a+: -> <a+,a->; a- = a-: <a+,a-> ->",
        "Warning: the arc to 'a-' is repeated, the first of 2 such cases " + at(4, 7)},
-      {"unknown lines", ".smoke 1\n" + head + ".fire\n.end", signals,
-       "Warning: the line '.smoke' is unknown and ignored, the first of 2 such cases " + at(1, 1)},
+      {"unknown lines", ".smoke 1\n" + head + ".fire\na+ d\n.smoke\n.end", signals,
+       "Warning: the line '.smoke'" + unknown + at(1, 1) + "\nWarning: the line '.fire'" + unknown +
+           at(5, 1)},
+      {"text behind the end", head + "p a+\n.end # yes\n\n p a-\n", signals + "; a+ = a+: p ->",
+       "Warning: what follows .end is ignored " + at(7, 2)},
+      {"an unknown line that explains an error", ".output b\n" + head + "b+ a+\n.end", "",
+       "Warning: the line '.output'" + unknown + at(1, 1) +
+           "\nError: the signal of 'b+' is not declared " + at(5, 1)},
+      {"more unknown lines than anybody reads", ".a\n" + head + many + many + ".b\n.c\n.end",
+       signals,
+       told + "Warning: more unknown lines are ignored, as are all below them " + at(23, 1)},
       {"no end", head + "a+\n", signals + "; a+ = a+: ->",
        "Warning: the last line is not .end " + at(5, 1)},
       {"signs of dummies", head + "d+ d-/1\n.end",

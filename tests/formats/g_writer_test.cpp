@@ -164,8 +164,8 @@ TEST(GWriter, TransitionsWhoseNamesDoNotTellThemApartGetNewInstances) {
       {"O.x+", "x+/1"},  // likewise, without its prefix
       {"t12", "x+/1"},   // no label
       {"x-/5", "x+/1"},  // another label
-      {"x+/", "x+/1"},    {"x+ /3", "x+/1"}, {"x+/#", "x+/1"},
-      {"x+/a,b", "x+/1"}, {"x+y", "x+/1"},   {"I.x+/1", "x+/1"}};
+      {"x+/", "x+/1"},  {"x+ /3", "x+/1"},   {"x+/#", "x+/1"},  {"x+/a,b", "x+/1"},
+      {"x+y", "x+/1"},  {"x+/2(1)", "x+/1"}, {"I.x+/1", "x+/1"}};
   for (const auto& [name, expected] : rows) {
     const net::Stg stg = stg_of({{"x+", {"p"}, {"q"}},
                                  {"x+", {"p"}, {"r"}, name},
@@ -181,8 +181,8 @@ TEST(GWriter, TransitionsWhoseNamesDoNotTellThemApartGetNewInstances) {
 }
 
 TEST(GWriter, PlacesThatWouldBeTakenForSomethingElseGetNewNames) {
-  for (const std::string name :
-       {"", "a b", "x", "x+", "x-/7", "x/1", "z+", "p#1", ".end", "a=2", "{", "\x01", "<a", "\\"}) {
+  for (const std::string name : {"", "a b", "x", "x+", "x-/7", "x/1", "z+", "p#1", ".end", "a=2",
+                                 "{", "\x01", "<a", "\\", "a(1)", "p(2)"}) {
     const net::Stg stg = stg_of({{"x+", {name, "place_1"}, {"q"}},
                                  {"x-", {"q"}, {name, "place_1"}},
                                  {"x-", {"q"}, {name, "place_1"}, "x-/2"}},

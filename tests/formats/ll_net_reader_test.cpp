@@ -9,6 +9,7 @@ namespace {
 NetReading read_ll_net(const std::string& text) { return read_text(text, NetFormat::ll_net); }
 
 TEST(LlNetReader, TakesAllFormsOfLines) {
+  const std::string net = "PL\n\"p\"M1\n\"q\"\nTR\n\"t\"\n";
   const struct {
     const char* what;
     std::string text, description, messages;
@@ -36,6 +37,17 @@ TEST(LlNetReader, TakesAllFormsOfLines) {
       {"repeated arcs", "PL\n\"p\"\nTR\n\"t\"\nPT\n1>1\n1>1\nTP\n1<1\n", "marked; t: p -> p",
        "Warning: the arc '1>1' is repeated " + at(7, 1)},
       {"nothing", "PL\n", "marked", ""},
+      {"phantom transitions", net + "PTR\n\"x\"\n2\"y\"\nTP\n1<1\nPTP\n2<1\nPPT\n1>2\nPT\n2>1\n",
+       "marked p; t: q -> p", ""},
+      {"read arcs, in both directions and beside a loop",
+       net + "RA\n1>1w1\n1<2v2\n1<2\nTR\n\"u\"\nPT\n1>2\nTP\n2<1\nRA\n2<1\n",
+       "marked p; t: p q -> p q; u: p -> p",
+       "Warning: the arc '1<2' is repeated, the first of 2 such cases " + at(9, 1)},
+      {"unknown sections", "DATA\n1<9\n" + net + "XY\n1>1\nDPL\n\"\nBLOCK\n1<9\nXY\n1<1\nRS\nIA\n",
+       "marked p; t: ->",
+       "Warning: the section 'DATA' is unknown and ignored " + at(1, 1) +
+           "\nWarning: the section 'XY' is unknown and ignored " + at(8, 1) +
+           "\nWarning: the section 'BLOCK' is unknown and ignored " + at(12, 1)},
   };
   for (const auto& row : rows) {
     const NetReading reading = read_ll_net(row.text);
@@ -73,6 +85,9 @@ TEST(LlNetReader, AFaultIsReportedWithItsPlaceAndText) {
       {net + "PT\n1<1\n", syntax + at(6, 2) + ": expected '>', found '<1'"},
       {net + "TP\n1<\n", syntax + at(6, 3) + ": expected a number, found 'the end of the line'"},
       {net + "TP\n1<1w2\n", syntax + at(6, 4) + ": expected the weight 1, found '2'"},
+      {net + "RA\n1>1\nTP\n1<1\n",
+       "Error: the read arc '1>1' is between nodes that another arc joins " + at(6, 1)},
+      {net + "RA\n1-1\n", syntax + at(6, 2) + ": expected '>', found '-1'"},
       {"TP\n1<1\nPL\n", "Error: there is no transition 1 " + at(2, 1)},
   };
   for (const auto& row : rows) {

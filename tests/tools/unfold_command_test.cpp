@@ -48,6 +48,35 @@ TEST(UnfoldCommand, CircuitsUnfoldToTheSizesAndTheVerdictOfTheirPrefixes) {
   }
 }
 
+TEST(UnfoldCommand, ArcsOfAllFormsMakeTheNetThatIsMeant) {
+  const std::string head = ".outputs a\n.graph\np a+\na+ q", tail = "q a-\na- p";
+  const std::string pnml = ".marking = {p} .end\n";
+  const std::string ring =
+      "PL\n\"p\"M1\n\"q\"\n\"r\"M1\nTR\n\"t\"\n\"u\"\nTP\n1<2\n2<1\nPT\n1>1\n2>2\n";
+  const struct {
+    std::string name, text, answer, warning;
+  } table[] = {
+      {"x.g", head + "=1\n" + tail + "(1)\n" + pnml, "the system is deadlock-free", ""},
+      {"x.g", head + "\n" + tail + "\n.coords\nq a+\n" + pnml, "the system is deadlock-free", ""},
+      {"x.g", head + "\n.arcs\n" + tail + "\n" + pnml, "the system has a deadlock",
+       "'.arcs' is unknown"},
+      {"x.ll_net", ring + "PTR\n\"x\"\nPTP\n3<3\nPPT\n3>3\n", "the system is deadlock-free", ""},
+      {"x.ll_net", ring + "RA\n3>1\n", "the system is deadlock-free", ""},
+      {"x.ll_net", ring + "RA\n1<3\n2>1\n", "", "the read arc '2>1'"},
+      {"x.ll_net", ring + "TR\n3\"s\"\nPT\n3>3\nRA\n3>1\n", "the system has a deadlock", ""},
+  };
+  for (const auto& row : table) {
+    const support::TemporaryFolder folder;
+    folder.write(row.name, row.text);
+    const support::ProgramRun run =
+        support::run_vorel_unfold({row.name, "x.pnml"}, {.directory = folder.path()});
+    EXPECT_EQ(run.err.empty(), row.warning.empty()) << run.err << row.text;
+    EXPECT_NE(run.err.find(row.warning), std::string::npos) << run.err << row.text;
+    const support::ProgramRun check = support::run_vorel({"-D", folder.path("x.pnml")});
+    EXPECT_EQ(line_starting(check.out, "the system "), row.answer) << row.text;
+  }
+}
+
 TEST(UnfoldCommand, MergedProcessesHaveTheSizesOfTheExamples) {
   const support::TemporaryFolder folder;
   for (const std::string input : {"muller3.g", "vme_read.g", "philosophers4.ll_net"}) {
@@ -140,10 +169,11 @@ TEST(UnfoldCommand, OptionsOfTheUnfolderReachIt) {
   }
 }
 
-TEST(UnfoldCommand, DrawsThePrefix) {
+TEST(UnfoldCommand, DrawsThePrefixAndTheNet) {
   const support::TemporaryFolder folder;
-  const support::ProgramRun run = support::run_vorel_unfold(
-      {"--dot", folder.path("x.dot"), support::example("mutex2.g"), folder.path("x.pnml")});
+  const support::ProgramRun run =
+      support::run_vorel_unfold({"--dot", folder.path("x.dot"), "--dot-net", folder.path("net.dot"),
+                                 support::example("mutex2.g"), folder.path("x.pnml")});
   EXPECT_EQ(run.exit_code, 0) << run.err;
   const std::string drawing = support::read_text(folder.path("x.dot"));
   const auto count = [&drawing](const std::string& text) {
@@ -155,9 +185,19 @@ TEST(UnfoldCommand, DrawsThePrefix) {
     return found;
   };
   EXPECT_TRUE(drawing.starts_with("digraph"));
-  EXPECT_EQ(count("shape=circle"), 13);
+  EXPECT_EQ(count("shape=circle") + count("tooltip="), 13) << "each condition once";
+  EXPECT_GT(count("tooltip="), 0);
   EXPECT_EQ(count("shape=box"), 8);
   EXPECT_EQ(count("style=dashed"), 2);
+  EXPECT_TRUE(support::read_text(folder.path("net.dot")).starts_with("digraph net"));
+  // A net that is refused is drawn all the same.
+  const support::ProgramRun refused = support::run_vorel_unfold(
+      {"--max-events", "1", "--dot", folder.path("none.dot"), "--dot-net", folder.path("net2.dot"),
+       support::example("mutex2.g"), folder.path("none.pnml")});
+  EXPECT_EQ(refused.exit_code, 2);
+  EXPECT_EQ(support::read_text(folder.path("net2.dot")),
+            support::read_text(folder.path("net.dot")));
+  EXPECT_EQ(names_in(folder.path()).size(), 4u);
 }
 
 TEST(UnfoldCommand, TellsFiguresWhereAsked) {
@@ -239,7 +279,8 @@ TEST(UnfoldCommand, HelpAndVersionGoToTheStandardOutput) {
   const support::ProgramRun help = support::run_vorel_unfold({"--help"}),
                             version = support::run_vorel_unfold({"--version"});
   EXPECT_EQ(help.exit_code, 0);
-  for (const std::string word : {"--order", "--merge", ".ll_net", ".pnml.gz", "Exit code"}) {
+  for (const std::string word :
+       {"--order", "--merge", ".ll_net", ".pnml.gz", "Exit code", ".marking {", "--dot-net"}) {
     EXPECT_NE(help.out.find(word), std::string::npos) << word;
   }
   EXPECT_TRUE(version.exit_code == 0 && version.out.starts_with("vorel-unfold ")) << version.out;

@@ -162,10 +162,11 @@ TEST(Unfolder, RefusesWhatItCannotUnfoldWithAReason) {
        "\nError: the net contains 1 transition(s) with empty preset: b\n"},
       {"marked p; a: p -> q; b: q -> r; c: r -> p",
        {.max_events = 2},
-       "\nError: the prefix has more than 2 events\n"},
+       "\nError: the prefix has more than 2 events; so far |B|=3 |E|=2 |C|=0, events queued: 1\n"},
       {"marked p; a: p -> q",
        {.max_seconds = 1e-9},
-       "\nError: the prefix is not complete after 1e-09 seconds\n"},
+       "\nError: the prefix is not complete after 1e-09 seconds; so far |B|=1 |E|=0 |C|=0, events "
+       "queued: 0\n"},
   };
   for (const Row& row : table) {
     const auto unfolding = unfold(oracle::net_from(row.net), row.options);
