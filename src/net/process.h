@@ -180,6 +180,18 @@ template <class P>
 concept Process = std::is_same_v<P, NetPrefix> || std::is_same_v<P, StgPrefix> ||
     std::is_same_v<P, NetMergedProcess> || std::is_same_v<P, StgMergedProcess>;
 
+// True for an event of a dummy signal. A plain net has no signals, so none of its events is one.
+template <class N>
+bool is_dummy(const EventOf<N>& event) {
+  if constexpr (N::has_signals) return event.transition->signal->is_dummy();
+  return false;
+}
+template <class N>
+bool is_dummy(const MpEventOf<N>& event) {
+  if constexpr (N::has_signals) return event.transition->signal->is_dummy();
+  return false;
+}
+
 // For the explicit instantiations: every template over processes is declared in a header, defined
 // in a .cpp file and instantiated there from this list.
 #define VOREL_FOR_EACH_PROCESS(X) \

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "toolkit/value_hash.h"
+#include "base/value_hash.h"
 
 namespace vorel::toolkit {
 namespace {
@@ -52,9 +52,9 @@ std::string to_string(const Cube& cube) {
 }
 
 std::uint32_t hash_of(const Cube& cube) {
-  std::uint32_t hash = hash_seed;
+  std::uint32_t hash = base::hash_seed;
   for (std::size_t i = cube.words().size(); i-- > 0;)
-    hash = combine_hashes(hash, fnv1a(cube.words()[i]));
+    hash = base::combine_hashes(hash, base::fnv1a(cube.words()[i]));
   return hash;
 }
 
