@@ -19,6 +19,16 @@ Cube::Cube(std::size_t size, Ternary value)
   if (used != 0) words_.back() &= (1u << used * 2) - 1;
 }
 
+void Cube::check() const {
+  assert(words_.size() == (size_ + positions_per_word - 1) / positions_per_word);
+  [[maybe_unused]] const std::size_t used = size_ % positions_per_word;
+  assert((used == 0 || words_.back() >> used * 2 == 0) &&
+         "nothing stands behind the last position");
+  assert(std::ranges::none_of(
+             words_, [](std::uint32_t word) { return (word & word >> 1 & low_bits) != 0; }) &&
+         "a dash is not a 1");
+}
+
 Cube Cube::from_text(std::string_view text) {
   Cube cube(text.size(), Ternary::dash);
   for (std::size_t i = 0; i < text.size(); ++i) {

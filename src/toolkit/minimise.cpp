@@ -177,6 +177,8 @@ Cover minimise_quietly(const Cover& on, const Cover& off, const MinimiseParams& 
 
 Cover minimise(const Cover& on, const Cover& off, const MinimiseParams& params) {
   assert(on.width() == off.width());
+  on.check();
+  off.check();
   if (base::verbosity() >= 6)
     std::cerr << "\nMinimisation ON-set:\n" << to_string(on) << "\nOFF-set:\n" << to_string(off);
   Cover result = minimise_quietly(on, off, params);
