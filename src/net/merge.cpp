@@ -7,6 +7,7 @@
 
 #include "base/hashing.h"
 #include "base/sort_unique.h"
+#include "net/check.h"
 #include "net/clone_net.h"
 #include "net/occurrence_depth.h"
 
@@ -91,6 +92,7 @@ class Merger {
     mark_initial_conditions();
     for (const auto& event : prefix_.events) classify(*event);
     add_events();
+    check(merged_);
     return std::move(merged_);
   }
 

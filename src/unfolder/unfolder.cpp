@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/messages.h"
+#include "net/check.h"
 
 namespace vorel::unfolder {
 namespace {
@@ -143,6 +144,7 @@ net::PrefixOf<N> Unfolder<N>::result() && {
   for (const EventId e : loop_.entered()) {
     set_cut_off(*prefix.events[numbers[e]], e, numbers, prefix);
   }
+  net::check(prefix);
   return prefix;
 }
 
