@@ -1,6 +1,7 @@
 #include "unfolder/unfolder.h"
 
 #include <algorithm>
+#include <cassert>
 #include <set>
 #include <string>
 
@@ -132,6 +133,7 @@ net::PrefixOf<N> Unfolder<N>::result() && {
   for (const EventId e : loop_.entered()) {
     const UnfoldedEvent& unfolded = process.event(e);
     net::EventOf<N>& event = base::append_new(prefix.events);
+    assert(numbers[e] == base::no_index && "an event enters once");
     numbers[e] = event.index;
     event.transition = prefix.transitions[unfolded.transition].get();
     event.preset.reserve(static_cast<std::uint32_t>(unfolded.preset().size()));
@@ -158,6 +160,7 @@ void Unfolder<N>::set_cut_off(net::EventOf<N>& event, EventId id,
   if (const auto several = loop_.non_local().find(id); several != loop_.non_local().end()) {
     for (const EventId e : several->second) events.push_back(prefix.events[numbers[e]].get());
   } else if (correspondent != initial_state) {
+    assert(numbers[correspondent] != base::no_index && "a correspondent is in the prefix");
     events.push_back(prefix.events[numbers[correspondent]].get());
   }
   event.cut_off.set_correspondents(events);
