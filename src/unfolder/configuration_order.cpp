@@ -11,6 +11,14 @@ int sign_of(std::int64_t difference) { return difference < 0 ? -1 : (difference 
 
 }  // namespace
 
+// An event is a cut-off if a smaller configuration ends in the state of its own one; what "smaller"
+// is makes the prefix large or small, and must be adequate for it to be complete [McM-1993,
+// ERV-2002]. Neither states nor configurations are stored: all that is compared is what two
+// configurations do not share, found by a walk that stops where the rest is common. Their states
+// are equal if those two parts have the same effect, place by place and, for the parities, signal
+// by signal; the fingerprints by which the table finds candidates may lie, this does not. The
+// shared part drops out of sizes and sorted lists of transitions, and of Foata normal forms as
+// well: the level of an event in its configuration is its depth, whatever else is in there.
 ConfigurationOrder::ConfigurationOrder(const BranchingProcess& process,
                                        const UnfoldOptions& options)
     : process_{process},
