@@ -1,8 +1,8 @@
 // base/input_text.h - the text of an input, whole, in memory.
 // Here:      reading a plain or gzipped file, or an open stream, to its end.
-// Not here:  what the text means (formats/pnml_reader.h, formats/mci_reader.h,
-// formats/mp_reader.h). Memory grows with the bytes that really come: a size told by the file
-// system is only a hint.
+// Not here:  what the text means (formats/pnml_reader.h, formats/mci_reader.h, ...).
+//
+// Memory grows with the bytes that really come: a size told by the file system is only a hint.
 #pragma once
 
 #include <istream>

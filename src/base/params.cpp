@@ -2,14 +2,13 @@
 
 #include <cassert>
 
+#include "base/value_hash.h"
+
 namespace vorel::base {
 
 std::size_t ParamsKeyHash::operator()(std::string_view key) const {
-  std::uint32_t hash = 12345;
-  for (const char c : key) {
-    const std::uint32_t byte = static_cast<unsigned char>(c);
-    hash ^= (hash >> 2) + 0x9E3779B9u + (hash << 6) + (byte ^ 0x811C9DC5u) * 16777619u;
-  }
+  std::uint32_t hash = hash_seed;
+  for (const char c : key) hash = combine_hashes(hash, fnv1a(static_cast<std::uint8_t>(c)));
   return hash;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/sort_unique.h"
 #include "bdd/cover_bdd.h"
 
 namespace vorel::bdd {
@@ -19,8 +20,7 @@ std::vector<std::uint32_t> BDDCover::support() const {
   std::vector<std::uint32_t> variables;
   for (const Bdd* const set : {&er_plus, &qr_plus, &er_minus, &qr_minus})
     std::ranges::copy(set->support(), std::back_inserter(variables));
-  std::ranges::sort(variables);
-  variables.erase(std::ranges::unique(variables).begin(), variables.end());
+  base::sort_unique(variables);
   return variables;
 }
 

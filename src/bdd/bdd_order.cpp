@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <compare>
 
+#include "base/value_hash.h"
 #include "bdd/bdd.h"
-#include "toolkit/value_hash.h"
 
 namespace vorel::bdd {
 namespace {
@@ -49,16 +49,15 @@ bool Bdd::operator<(const Bdd& other) const {
 
 std::uint32_t hash_of(const Bdd& f) {
   constexpr int sampled_points = 16;
-  std::uint32_t hash = toolkit::hash_seed;
+  std::uint32_t hash = base::hash_seed;
   if (f.is_null()) return hash;
   const Support support = f.support();
-  for (const std::uint32_t index : support)
-    hash = toolkit::combine_hashes(hash, toolkit::fnv1a(index));
+  for (const std::uint32_t index : support) hash = base::combine_hashes(hash, base::fnv1a(index));
   std::vector<int> inputs = zero_inputs(support);
   for (int round = 0; round < sampled_points; ++round) {
     for (std::size_t i = 0; i < support.size(); ++i)
       inputs[support[i]] = static_cast<int>((hash >> (i % 4)) & 1u);
-    hash = toolkit::combine_hashes(hash, toolkit::fnv1a(std::uint8_t{f.evaluate(inputs)}));
+    hash = base::combine_hashes(hash, base::fnv1a(std::uint8_t{f.evaluate(inputs)}));
   }
   return hash;
 }

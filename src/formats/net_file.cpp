@@ -1,5 +1,6 @@
 #include "formats/net_file.h"
 
+#include <algorithm>
 #include <cassert>
 #include <utility>
 
@@ -7,25 +8,16 @@
 #include "formats/g_reader.h"
 #include "formats/ll_net_reader.h"
 #include "formats/pnml_net_reader.h"
+#include "net/check.h"
 
 namespace vorel::formats {
 namespace {
 
 template <class N>
-[[maybe_unused]] bool is_safe_and_numbered(const N& net) {
-  for (std::size_t i = 0; i < net.places.size(); ++i) {
-    if (net.places[i]->index != i || net.places[i]->initial_marking > 1) return false;
-  }
-  for (std::size_t i = 0; i < net.transitions.size(); ++i) {
-    if (net.transitions[i]->index != i) return false;
-  }
-  return true;
-}
-
-template <class N>
 std::optional<AnyNet> as_any(std::optional<N> net) {
   if (!net) return std::nullopt;
-  assert(is_safe_and_numbered(*net));
+  net::check(*net);
+  assert(std::ranges::all_of(net->places, [](const auto& p) { return p->initial_marking <= 1; }));
   return AnyNet(std::move(*net));
 }
 

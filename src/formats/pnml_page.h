@@ -1,6 +1,6 @@
-// formats/pnml_page.h - the places and transitions of a `page`, of the original net or of the
-// process. Here:      declaring them by their ids, looking up references to them. Not here:  the
-// arcs between them (formats/pnml_arcs.h), what is told inside of them
+// formats/pnml_page.h - the places and transitions of a `page`, of a net or of a process.
+// Here:      declaring them by their ids, looking up references to them.
+// Not here:  the arcs between them (formats/pnml_arcs.h), what is told inside of them
 //            (formats/pnml_original_net.h, formats/pnml_process.h).
 // Nodes (places and transitions alike) are numbered together, in document order.
 #pragma once

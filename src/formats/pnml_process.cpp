@@ -10,6 +10,7 @@
 #include "base/run_state.h"
 #include "formats/pnml_arcs.h"
 #include "formats/pnml_original_net.h"
+#include "net/check.h"
 #include "net/initial_values.h"
 #include "net/sanity_checks.h"
 
@@ -156,7 +157,9 @@ bool read_process(std::unique_ptr<Document> document, const XmlNode& element, P&
   if constexpr (std::is_same_v<P, net::StgPrefix>) {
     if (!net::find_initial_values(process)) return false;
   }
-  return net::passes_sanity_checks(process);
+  if (!net::passes_sanity_checks(process)) return false;
+  net::check(process);
+  return true;
 }
 
 #define INSTANTIATE(P) template bool read_process<P>(std::unique_ptr<Document>, const XmlNode&, P&);

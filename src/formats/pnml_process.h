@@ -1,6 +1,7 @@
-// formats/pnml_process.h - the `net` of a process in PNML: conditions, events and the links of
-// both. Here:      reading one process of a known kind, and checking it. Not here:  finding out
-// which kind it is (formats/pnml_reader.h), its net (formats/pnml_original_net.h).
+// formats/pnml_process.h - the `net` of a process in PNML: conditions, events and their links.
+// Here:      reading one process of a known kind, and checking it.
+// Not here:  finding out which kind it is (formats/pnml_reader.h), its net
+//            (formats/pnml_original_net.h).
 #pragma once
 
 #include <memory>

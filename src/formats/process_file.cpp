@@ -9,6 +9,7 @@
 #include "formats/mp_reader.h"
 #include "formats/net_file.h"
 #include "formats/pnml_reader.h"
+#include "net/check.h"
 #include "net/sanity_checks.h"
 
 namespace vorel::formats {
@@ -51,6 +52,7 @@ std::unique_ptr<Shape> read_legacy(LegacyReader<P> read, const std::string& name
   if (!open_for_input(stream, name)) return nullptr;
   const std::unique_ptr<P> process = read(stream, name);
   if (process == nullptr || !net::passes_sanity_checks(*process)) return nullptr;
+  net::check(*process);
   return std::make_unique<Shape>(std::move(*process));
 }
 

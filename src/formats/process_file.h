@@ -1,7 +1,7 @@
 // formats/process_file.h - the input file, read by the reader that its name asks for.
 // Here:      the choice of the reader, one function per shape of input.
 // Not here:  the readers themselves (formats/pnml_reader.h, formats/mci_reader.h,
-// formats/mp_reader.h).
+//            formats/mp_reader.h).
 #pragma once
 
 #include <memory>

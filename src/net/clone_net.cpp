@@ -2,6 +2,8 @@
 
 #include <cassert>
 
+#include "net/check.h"
+
 namespace vorel::net {
 namespace {
 
@@ -60,6 +62,7 @@ N clone_net(const N& net) {
   clone_all_links(net.places, copy.transitions, copy.places);
   clone_all_links(net.transitions, copy.places, copy.transitions);
   clone_labels(net, copy);
+  check(copy);
   return copy;
 }
 

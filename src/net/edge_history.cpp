@@ -1,10 +1,9 @@
 #include "net/edge_history.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <iterator>
-
-#include "net/causality.h"
 
 namespace vorel::net {
 
@@ -40,26 +39,28 @@ void EdgeHistory::list_signals() {
 
 bool EdgeHistory::visit_next_block() {
   disorder_.reset();
+  disordered_lanes_ = 0;
   block_ = block_end_;
   block_end_ = std::min(block_ + lanes, static_cast<std::uint32_t>(signals_.size()));
   if (block_ == block_end_) return false;
-  const auto events = events_after_block();
+  const auto events = events_after(std::span(edges_of_).subspan(block_, block_end_ - block_));
   for (Event* event : events) visit(*event);
   for (const Event* event : events) rows_[event->index].fill(0);
-  if (!disorder_) return true;
-  // Chains are no measure where a signal is concurrent with itself: count one event at a time.
-  for (std::uint32_t i = block_; i < block_end_; ++i) recount_signal(*signals_[i]);
+  for (std::uint32_t lane = 0; lane < block_end_ - block_; ++lane) {
+    if ((disordered_lanes_ >> lane & 1u) != 0) recount_signal(block_ + lane);
+  }
   return true;
 }
 
-// The edges of the block and all that follows them, causes first.
-std::vector<EdgeHistory::Event*> EdgeHistory::events_after_block() {
+// The edges and all that follows them, causes first.
+std::vector<EdgeHistory::Event*> EdgeHistory::events_after(
+    std::span<const std::vector<Event*>> edges) {
   seen_.clear();
   std::vector<Event*> events;
   const auto reach = [&](Event* event) {
     if (seen_.insert(*event)) events.push_back(event);
   };
-  for (std::uint32_t i = block_; i < block_end_; ++i) std::ranges::for_each(edges_of_[i], reach);
+  for (const auto& list : edges) std::ranges::for_each(list, reach);
   for (std::size_t next = 0; next < events.size(); ++next) {
     for (const auto* condition : events[next]->postset) {
       std::ranges::for_each(condition->postset, reach);
@@ -89,19 +90,27 @@ void EdgeHistory::visit(Event& event) {
 
 void EdgeHistory::join(Row& row, const Row& other) {
   for (std::uint32_t lane = 0; lane < lanes; ++lane) {
-    if (row[lane] != other[lane]) row[lane] = later_edge(row[lane], other[lane]);
+    if (row[lane] != other[lane]) row[lane] = later_edge(lane, row[lane], other[lane]);
   }
 }
 
 // Of two edges of one signal in one local configuration, the one that comes later.
-std::uint32_t EdgeHistory::later_edge(std::uint32_t a, std::uint32_t b) {
+std::uint32_t EdgeHistory::later_edge(std::uint32_t lane, std::uint32_t a, std::uint32_t b) {
   if (depth_[a] < depth_[b]) std::swap(a, b);
   if (b == 0) return a;
   const std::uint32_t counterpart = edge_at_depth(a, depth_[b]);
-  if (counterpart != b && !disorder_) {
-    disorder_ = {prefix_.events[counterpart - 1].get(), prefix_.events[b - 1].get()};
-  }
+  if (counterpart != b) note_disorder(lane, counterpart, b);
   return a;
+}
+
+// The depth of an edge is the length of the longest chain to it: two edges of one depth in one
+// configuration are concurrent, whatever was met before.
+void EdgeHistory::note_disorder(std::uint32_t lane, std::uint32_t a, std::uint32_t b) {
+  disordered_lanes_ |= 1u << lane;
+  const auto is_signed = [](const Event* edge) { return edge->transition->sign != Sign::toggle; };
+  if (disorder_ && (is_signed(disorder_->first) || is_signed(disorder_->second))) return;
+  const Disorder met{prefix_.events[a - 1].get(), prefix_.events[b - 1].get()};
+  if (!disorder_ || is_signed(met.first) || is_signed(met.second)) disorder_ = met;
 }
 
 std::uint32_t EdgeHistory::edge_at_depth(std::uint32_t edge, std::uint32_t depth) const {
@@ -123,14 +132,43 @@ void EdgeHistory::append_edge(const Event& event, std::uint32_t previous) {
   jump_[edge] = equal_jumps ? jump_[jump] : previous;
 }
 
-void EdgeHistory::recount_signal(const Signal& signal) {
-  for (Event* event : edges_of_[rank_[signal]]) {
-    std::uint32_t edges = 0;
-    for (const Event* past : causal_past(prefix_, std::array{event})) {
-      if (past->transition->signal == &signal) ++edges;
-    }
-    edges_before_[*event] = edges - 1;  // the event itself is part of its past
+void EdgeHistory::recount_signal(std::uint32_t rank) {
+  constexpr std::size_t set_size = sizeof(Row) * 8;
+  const auto& edges = edges_of_[rank];
+  for (const Event* edge : edges) edges_before_[*edge] = 0;
+  std::vector<Event*> set;
+  for (std::size_t first = 0; first < edges.size(); first += set_size) {
+    const auto begin = edges.begin() + static_cast<std::ptrdiff_t>(first);
+    set.assign(begin,
+               begin + static_cast<std::ptrdiff_t>(std::min(set_size, edges.size() - first)));
+    count_set(*signals_[rank], {&set, 1});
   }
+}
+
+// Adds to each edge of the signal how many of the set, which has at most as many edges as a row has
+// bits, precede it.
+void EdgeHistory::count_set(const Signal& signal, std::span<const std::vector<Event*>> edges) {
+  assert(edges.size() == 1 && edges.front().size() <= sizeof(Row) * 8);
+  const auto events = events_after(edges);
+  std::uint32_t next_bit = 0;
+  for (Event* event : events) {
+    Row& row = rows_[event->index];
+    for (const auto* condition : event->preset) {
+      if (condition->is_initial()) continue;
+      const Row& past = rows_[condition->pre_event->index];
+      for (std::uint32_t i = 0; i < lanes; ++i) row[i] |= past[i];
+    }
+    if (event->transition->signal != &signal) continue;
+    for (const std::uint32_t word : row) {
+      edges_before_[*event] += static_cast<std::uint32_t>(std::popcount(word));
+    }
+    // The events come in the order of the set.
+    if (next_bit == edges.front().size() || edges.front()[next_bit] != event) continue;
+    row[next_bit / 32] |= 1u << next_bit % 32;
+    ++next_bit;
+  }
+  assert(next_bit == edges.front().size() && "each edge of the set was met");
+  for (const Event* event : events) rows_[event->index].fill(0);
 }
 
 }  // namespace vorel::net

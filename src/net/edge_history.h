@@ -8,11 +8,16 @@
 // Signals are carried in blocks, so memory is one row of `lanes` words an event, whatever their
 // number. Signals that first occur near each other share a block, and a block looks only at events
 // that follow one of its edges: large systems of small parts cost no more than their parts.
+//
+// Where a signal turns out to be concurrent with itself, chains are no measure and its edges are
+// counted as sets: the rows become sets of bits for 512 of its edges at a time, joined along the
+// causal order. Time is then the links that follow the signal times its edges divided by 512.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -25,7 +30,7 @@ class EdgeHistory {
  public:
   using Event = StgPrefix::Event;
   using Disorder = std::pair<Event*, Event*>;  // two concurrent edges of one signal
-  static constexpr std::uint32_t lanes = 16;   // signals in a block
+  static constexpr std::uint32_t lanes = 16;   // signals in a block, at most 32
 
   // `order`: all events that are to be looked at, each after its predecessors.
   EdgeHistory(const StgPrefix& prefix, const std::vector<Event*>& order);
@@ -33,22 +38,25 @@ class EdgeHistory {
   // Counts for the next block of signals; false when there is none left.
   bool visit_next_block();
   // A pair of concurrent edges in one local configuration, met by the last visit; none otherwise.
+  // One with a sign, if there is any among the pairs that were met.
   const std::optional<Disorder>& disorder() const { return disorder_; }
   // For an event of a visited signal that is not a dummy.
   std::uint32_t edges_before(const Event& event) const { return edges_before_[event]; }
 
  private:
-  // Event number + 1 of the last edge of each signal of the block, 0 for none.
+  // Event number + 1 of the last edge of each signal of the block, 0 for none. In a recount: bits.
   using Row = std::array<std::uint32_t, lanes>;
 
   void list_signals();
-  std::vector<Event*> events_after_block();
+  std::vector<Event*> events_after(std::span<const std::vector<Event*>> edges);
   void visit(Event& event);
   void join(Row& row, const Row& other);
-  std::uint32_t later_edge(std::uint32_t a, std::uint32_t b);
+  std::uint32_t later_edge(std::uint32_t lane, std::uint32_t a, std::uint32_t b);
+  void note_disorder(std::uint32_t lane, std::uint32_t a, std::uint32_t b);
   std::uint32_t edge_at_depth(std::uint32_t edge, std::uint32_t depth) const;
   void append_edge(const Event& event, std::uint32_t previous);
-  void recount_signal(const Signal& signal);
+  void recount_signal(std::uint32_t rank);
+  void count_set(const Signal& signal, std::span<const std::vector<Event*>> edges);
 
   // Edges are event numbers + 1; the tables below are indexed by them, entry 0 is the root.
   const StgPrefix& prefix_;
@@ -66,6 +74,7 @@ class EdgeHistory {
   std::vector<std::uint32_t> jump_;      // some edge further back: levels are found in log steps
   base::IndexedBy<Event, std::uint32_t> edges_before_;
   std::optional<Disorder> disorder_;
+  std::uint32_t disordered_lanes_ = 0;  // of the block, one bit each
 };
 
 }  // namespace vorel::net

@@ -32,6 +32,7 @@ class InitialValuePass {
       if (!is_consistent(*event, history.edges_before(*event))) return false;
     }
     settle_unknown_values();
+    assert(all_values_are_settled());
     return true;
   }
 
@@ -103,6 +104,12 @@ class InitialValuePass {
     };
     settle(true, " is assigned initial value 0");
     settle(false, " is dead");
+  }
+
+  [[maybe_unused]] bool all_values_are_settled() const {
+    return std::ranges::all_of(prefix_.signals, [](const auto& signal) {
+      return signal->is_dummy() == (signal->initial_value == unknown_value);
+    });
   }
 
   StgPrefix& prefix_;

@@ -5,6 +5,9 @@
 #include <span>
 #include <vector>
 
+#include "base/hashing.h"
+#include "base/sort_unique.h"
+#include "net/check.h"
 #include "net/clone_net.h"
 #include "net/occurrence_depth.h"
 
@@ -12,12 +15,6 @@ namespace vorel::net {
 namespace {
 
 using Numbers = std::vector<std::uint32_t>;
-
-void make_set(Numbers& numbers) {
-  std::ranges::sort(numbers);
-  const auto rest = std::ranges::unique(numbers);
-  numbers.erase(rest.begin(), rest.end());
-}
 
 // Sequences of numbers, each once. An open-addressing table over one array that has them all.
 class SequenceTable {
@@ -49,8 +46,7 @@ class SequenceTable {
   static std::uint64_t hash_of(std::span<const std::uint32_t> sequence) {
     std::uint64_t hash = sequence.size();
     for (const std::uint32_t item : sequence) {
-      hash = (hash ^ item) * 0x9E3779B97F4A7C15u;
-      hash ^= hash >> 32;
+      hash = base::combine_hash(hash, item);
     }
     return hash;
   }
@@ -96,6 +92,7 @@ class Merger {
     mark_initial_conditions();
     for (const auto& event : prefix_.events) classify(*event);
     add_events();
+    check(merged_);
     return std::move(merged_);
   }
 
@@ -142,8 +139,8 @@ class Merger {
     depths_.visit_postset(event, [this](const ConditionOf<N>& condition, std::uint32_t depth) {
       postset_.push_back(merged_number(condition, depth));
     });
-    make_set(preset_);
-    make_set(postset_);
+    base::sort_unique(preset_);
+    base::sort_unique(postset_);
     key_.assign({event.transition->index, static_cast<std::uint32_t>(preset_.size())});
     key_.insert(key_.end(), preset_.begin(), preset_.end());
     key_.insert(key_.end(), postset_.begin(), postset_.end());

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <tuple>
 
+#include "net/check.h"
+
 namespace vorel::net {
 namespace {
 
@@ -48,6 +50,7 @@ void sort_net(NetOf<T>& net) {
   sort_places(net);
   sort_transitions(net);
   sort_adjacency(net);
+  check_arcs(net);
 }
 
 #define INSTANTIATE(T)                          \
@@ -72,6 +75,7 @@ void sort_signals(Stg& stg) {
   stg.inputs_end = first_above(SignalKind::input);
   stg.outputs_end = first_above(SignalKind::output);
   stg.internals_end = first_above(SignalKind::internal);
+  check_signals(stg);
 }
 
 Signal& add_signal(Stg& stg, std::string name, SignalKind kind) {

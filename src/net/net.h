@@ -4,6 +4,8 @@
 //
 // A net owns its elements in lists; an element's `index` is its position there; elements point at
 // each other with plain pointers that live as long as the net. Nets are moved, never copied.
+// Invariants of a finished net, which check() walks through (net/check.h): an index is a position,
+// arcs are entered on both sides and sorted, signals are sorted, every transition is labelled.
 // The net class is a template argument everywhere: what an STG adds is reached through it, so there
 // is no common run-time base and nothing is virtual.
 #pragma once
@@ -23,7 +25,7 @@ namespace vorel::net {
 template <class T>
 struct PlaceOf {
   std::uint32_t index = base::no_index;
-  std::string name;                   // unique within the net after loading
+  std::string name;                   // unique but in processes whose file repeats names
   base::PtrList<T> preset;            // transitions that produce on this place, by index
   std::uint32_t initial_marking = 0;  // tokens at the start
   base::PtrList<T> postset;           // transitions that consume from this place, by index

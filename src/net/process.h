@@ -5,9 +5,12 @@
 //
 // A process has its net as base and two more owned lists. Processes are read-only once loaded,
 // but for those that the built-in unfolder makes.
-// Invariants: the object at position i of a list has index i; links are entered on both sides;
-// the arcs of a transition are those of any of its events, mapped to places; the initial marking
-// of a place is its number of initial conditions.
+// Invariants, which check() walks through (net/check.h): the object at position i of a list has
+// index i; each link is entered once on both sides; every event consumes something; the arcs of a
+// transition are those of any of its events, mapped to places (a cut-off may lack some of what it
+// produces); the initial marking of a place is its number of initial conditions. In a prefix no
+// event causes itself and correspondents are events of the prefix; in a merged process the
+// conditions of a place have the depths 1, 2, ... (net/occurrence_order.h).
 #pragma once
 
 #include <cassert>
@@ -32,7 +35,7 @@ struct ConditionOf {
   using Event = EventOf<N>;
 
   // no_index for a condition after a cut-off that its producer left out of the list: a valid object
-  // with a place, reached only through its event's postset.
+  // with a place and without consumers, reached only through its event's postset.
   std::uint32_t index = base::no_index;
   Event* pre_event = nullptr;  // null for a condition of the initial cut
   typename N::Place* place = nullptr;
@@ -127,11 +130,11 @@ struct MpConditionOf {
   using Event = MpEventOf<N>;
 
   std::uint32_t index = base::no_index;
-  base::PtrList<Event> preset;  // all mp-events that produce it
-  typename N::Place* place = nullptr;
+  base::PtrList<Event> preset;         // all mp-events that produce it, in any order
+  typename N::Place* place = nullptr;  // never null in a finished process
   std::int32_t occurrence_depth = -1;  // at least 1 once set
-  std::uint32_t initial_marking = 0;
-  base::PtrList<Event> postset;  // all mp-events that consume it
+  std::uint32_t initial_marking = 0;   // 0 or 1 once loaded, 1 only at the first depth
+  base::PtrList<Event> postset;        // all mp-events that consume it, in any order
 
   bool is_initial() const { return initial_marking != 0; }
   std::span<Event* const> producers() const { return preset; }
@@ -140,10 +143,10 @@ struct MpConditionOf {
 template <class N>
 struct MpEventOf {
   std::uint32_t index = base::no_index;
-  base::PtrList<MpConditionOf<N>> preset;
+  base::PtrList<MpConditionOf<N>> preset;  // consumed, in any order
   typename N::Transition* transition = nullptr;
-  bool cut_off = false;  // no correspondent is kept
-  base::PtrList<MpConditionOf<N>> postset;
+  bool cut_off = false;                     // no correspondent is kept
+  base::PtrList<MpConditionOf<N>> postset;  // produced, in any order
 
   bool is_cut_off() const { return cut_off; }
   void mark_cut_off() { cut_off = true; }
@@ -179,6 +182,18 @@ using StgMergedProcess = MergedProcessOf<Stg>;
 template <class P>
 concept Process = std::is_same_v<P, NetPrefix> || std::is_same_v<P, StgPrefix> ||
     std::is_same_v<P, NetMergedProcess> || std::is_same_v<P, StgMergedProcess>;
+
+// True for an event of a dummy signal. A plain net has no signals, so none of its events is one.
+template <class N>
+bool is_dummy(const EventOf<N>& event) {
+  if constexpr (N::has_signals) return event.transition->signal->is_dummy();
+  return false;
+}
+template <class N>
+bool is_dummy(const MpEventOf<N>& event) {
+  if constexpr (N::has_signals) return event.transition->signal->is_dummy();
+  return false;
+}
 
 // For the explicit instantiations: every template over processes is declared in a header, defined
 // in a .cpp file and instantiated there from this list.

@@ -9,6 +9,7 @@
 #include "base/indexed_by.h"
 #include "base/messages.h"
 #include "net/causality.h"
+#include "net/occurrence_order.h"
 
 namespace vorel::net {
 namespace {
@@ -145,22 +146,88 @@ bool is_acyclic(const P& process) {
   return true;
 }
 
-// What a transition consumes is told twice, by the net and by its events. Engines look at either,
-// so a contradiction would make them give different answers.
+// What a transition consumes and produces is told twice, by the net and by its events. Engines look
+// at either, so a contradiction would make them give different answers. A cut-off may leave out
+// some of what it produces: nothing is behind it.
 template <Process P>
-bool events_match_transitions(const P& process) {
-  std::vector<std::uint32_t> places;
-  for (const auto& event : process.events) {
-    places.clear();
-    for (const auto* condition : event->preset) places.push_back(condition->place->index);
-    std::ranges::sort(places);
-    const auto place_index = [](const auto* place) { return place->index; };
-    if (std::ranges::equal(places, event->transition->preset, {}, {}, place_index)) continue;
-    base::print_error("event e" + std::to_string(event->index) +
-                      " does not consume from the places of its transition " +
-                      event->transition->name);
+class TransitionComparison {
+ public:
+  using Event = typename P::Event;
+
+  bool agrees(const Event& event) {
+    const auto& transition = *event.transition;
+    list_places(event.preset);
+    if (!std::ranges::equal(places_, transition.preset, {}, {}, index_of)) {
+      return fail(event, "consume from");
+    }
+    list_places(event.postset);
+    const bool matches = event.is_cut_off()
+                             ? std::ranges::includes(transition.postset, places_, {}, index_of, {})
+                             : std::ranges::equal(places_, transition.postset, {}, {}, index_of);
+    return matches || fail(event, "produce on");
+  }
+
+ private:
+  static constexpr auto index_of = [](const auto* place) { return place->index; };
+
+  template <class Conditions>
+  void list_places(const Conditions& conditions) {
+    places_.clear();
+    for (const auto* condition : conditions) places_.push_back(condition->place->index);
+    std::ranges::sort(places_);
+  }
+
+  static bool fail(const Event& event, const char* what) {
+    base::print_error(base::format_message("event e%u does not %s the places of its transition %s",
+                                           event.index, what, event.transition->name.c_str()));
     return false;
   }
+
+  std::vector<std::uint32_t> places_;  // of a preset or postset, in order
+};
+
+template <Process P>
+bool events_match_transitions(const P& process) {
+  TransitionComparison<P> comparison;
+  return std::ranges::all_of(process.events,
+                             [&](const auto& event) { return comparison.agrees(*event); });
+}
+
+// A configuration of a merged process is told from other sets of events by the depths: what jumps
+// over one would look like a run until it is replayed.
+template <class N>
+bool has_ordered_occurrences(const MergedProcessOf<N>& process) {
+  const auto [fault, condition, event] = find_disordered_occurrence(process);
+  if (fault == OccurrenceFault::none) return true;
+  const char* const place = condition->place->name.c_str();
+  const int depth = condition->occurrence_depth;
+  switch (fault) {
+    case OccurrenceFault::repeated:
+      base::print_error(
+          base::format_message("place %s has two conditions at occurrence depth %d", place, depth));
+      break;
+    case OccurrenceFault::gap:
+      base::print_error(base::format_message(
+          "place %s has a condition at occurrence depth %d and none at %d: c%u", place, depth,
+          depth - 1, condition->index));
+      break;
+    case OccurrenceFault::marked_later:
+      base::print_error(
+          base::format_message("place %s is initially marked at occurrence depth %d, not at its "
+                               "first: c%u",
+                               place, depth, condition->index));
+      break;
+    default:
+      base::print_error(base::format_message(
+          "event e%u enters place %s at occurrence depth %d, which is not the next after it "
+          "leaves it",
+          event->index, place, depth));
+  }
+  return false;
+}
+
+template <class N>
+bool has_ordered_occurrences(const PrefixOf<N>&) {
   return true;
 }
 
@@ -237,7 +304,10 @@ bool passes_sanity_checks(const P& process) {
   bool passes = is_consistent(process);
   if (!passes) base::note_silent_failure("its links contradict each other");
   // Links that contradict each other mean nothing beyond that.
-  if (passes) passes = is_acyclic(process) && events_match_transitions(process);
+  if (passes) {
+    passes = is_acyclic(process) && events_match_transitions(process) &&
+             has_ordered_occurrences(process);
+  }
   passes = is_safe_initially(process) && passes;
   const std::string empty_presets = finding(process.events, 'e', "transition(s) with empty preset",
                                             [](const auto& e) { return e.preset.empty(); });

@@ -1,7 +1,7 @@
 // net/transition_label.h - the signal information that legacy formats keep in transition names.
 // Here:      splitting a name, [prefix.]identifier[+|-][/number]; labelling a net; the prefixes.
 // Not here:  the formats themselves (formats/mci_reader.h, formats/mp_reader.h,
-// formats/mci_writer.h).
+//            formats/mci_writer.h).
 #pragma once
 
 #include <string_view>

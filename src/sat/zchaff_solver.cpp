@@ -1,11 +1,11 @@
 #include "sat/zchaff_solver.h"
 
-#include <algorithm>
 #include <cassert>
 #include <iostream>
 
 #include "base/messages.h"
 #include "base/run_state.h"
+#include "base/sort_unique.h"
 
 namespace vorel::sat {
 namespace {
@@ -109,8 +109,7 @@ Lits ZChaffSolver::unit_literals() const {
   visit_clauses([&](std::span<const Lit> clause) {
     if (clause.size() == 1) units.push_back(clause[0]);
   });
-  std::ranges::sort(units);
-  units.erase(std::unique(units.begin(), units.end()), units.end());
+  base::sort_unique(units);
   return units;
 }
 

@@ -1,6 +1,5 @@
-// toolkit/algebra.h - division and kernels of sums of products as if they were polynomials
-// [BM-1982]. Here:      quotient and remainder, kernels with their co-kernels; a variable and its
-// complement
+// toolkit/algebra.h - division and kernels of covers as if they were polynomials [BM-1982].
+// Here:      quotient and remainder, kernels with their co-kernels; a variable and its complement
 //            are unrelated. On covers, and on their packed form for algorithms.
 // Not here:  factoring (toolkit/factor.h).
 #pragma once

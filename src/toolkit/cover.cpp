@@ -15,6 +15,15 @@ Cover Cover::of(std::initializer_list<std::string_view> cubes) {
   return cover;
 }
 
+void Cover::check() const {
+#ifndef NDEBUG
+  for (const Cube& cube : cubes_) {
+    assert(cube.size() == width_ && "all cubes of a cover have the same variables");
+    cube.check();
+  }
+#endif
+}
+
 void Cover::sort() { std::ranges::sort(cubes_); }
 
 std::size_t Cover::literal_count() const {
@@ -40,6 +49,7 @@ Cover reindex(const Cover& cover, std::span<const std::size_t> old_position) {
     for (std::size_t i = 0; i < old_position.size(); ++i) renamed.set(i, cube[old_position[i]]);
     result.add(std::move(renamed));
   }
+  result.check();
   return result;
 }
 

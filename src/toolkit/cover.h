@@ -1,8 +1,8 @@
 // toolkit/cover.h - a sum of products: cubes over the same variables.
 // Here:      storage, text form, sorting, renaming of positions.
 // Not here:  complement (toolkit/complement.h), minimisation (toolkit/minimise.h), division and
-//            kernels (toolkit/division.h, toolkit/kernels.h), factoring (toolkit/factor.h).
-// Invariant: every cube has width() positions.
+//            kernels (toolkit/algebra.h), factoring (toolkit/factor.h).
+// Invariant: every cube has width() positions. check() asserts it, and that of each cube.
 #pragma once
 
 #include <cstddef>
@@ -40,6 +40,9 @@ class Cover {
   }
   void reserve(std::size_t cubes) { cubes_.reserve(cubes); }
   void clear() { cubes_.clear(); }  // the width stays
+  // Called by whatever makes a cover for others, when it is done.
+  void check() const;
+
   // Into the order of cubes.
   void sort();
   // Literals of all cubes together.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
+#include "base/sort_unique.h"
+
 namespace vorel::toolkit {
 namespace {
 
@@ -37,8 +39,7 @@ bool erase_rows(std::vector<Numbers>& rows, const Drop& drop) {
 
 CoveringReduction::CoveringReduction(const CoveringProblem& problem)
     : weights_{problem.weights}, rows_{problem.rows} {
-  std::ranges::sort(rows_);
-  rows_.erase(std::ranges::unique(rows_).begin(), rows_.end());
+  base::sort_unique(rows_);
   bool changed = true;
   while (changed) {
     index();

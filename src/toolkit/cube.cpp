@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "toolkit/value_hash.h"
+#include "base/value_hash.h"
 
 namespace vorel::toolkit {
 namespace {
@@ -17,6 +17,16 @@ Cube::Cube(std::size_t size, Ternary value)
       words_((size + positions_per_word - 1) / positions_per_word, field_of(value) * low_bits) {
   const std::size_t used = size % positions_per_word;
   if (used != 0) words_.back() &= (1u << used * 2) - 1;
+}
+
+void Cube::check() const {
+  assert(words_.size() == (size_ + positions_per_word - 1) / positions_per_word);
+  [[maybe_unused]] const std::size_t used = size_ % positions_per_word;
+  assert((used == 0 || words_.back() >> used * 2 == 0) &&
+         "nothing stands behind the last position");
+  assert(std::ranges::none_of(
+             words_, [](std::uint32_t word) { return (word & word >> 1 & low_bits) != 0; }) &&
+         "a dash is not a 1");
 }
 
 Cube Cube::from_text(std::string_view text) {
@@ -52,9 +62,9 @@ std::string to_string(const Cube& cube) {
 }
 
 std::uint32_t hash_of(const Cube& cube) {
-  std::uint32_t hash = hash_seed;
+  std::uint32_t hash = base::hash_seed;
   for (std::size_t i = cube.words().size(); i-- > 0;)
-    hash = combine_hashes(hash, fnv1a(cube.words()[i]));
+    hash = base::combine_hashes(hash, base::fnv1a(cube.words()[i]));
   return hash;
 }
 

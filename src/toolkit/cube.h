@@ -2,7 +2,8 @@
 // Here:      storage, text form, total order, hash.
 // Not here:  sums of products (toolkit/cover.h), the form that algorithms compute on
 //            (toolkit/packed_cover.h).
-// Invariant: the bits at and above position size() are zero.
+// Invariant: there are words for size() positions and no more, the bits at and above position
+// size() are zero, and no position has both of its bits set. check() asserts it.
 #pragma once
 
 #include <cassert>
@@ -41,6 +42,8 @@ class Cube {
     std::uint32_t& word = words_[position / positions_per_word];
     word = (word & ~(3u << shift(position))) | (field_of(value) << shift(position));
   }
+  void check() const;
+
   // Number of positions that are not dashes.
   std::size_t literal_count() const;
 

@@ -35,6 +35,12 @@ bool are_alike(const Split& a, const Split& b) {
   return true;
 }
 
+// Factoring in the manner of [BM-1982]: take out what all cubes have in common, factor parts
+// without common variables by themselves, divide the rest by a divisor (a kernel, mostly) and go on
+// with quotient, divisor and remainder. Where one looks for the best divisor and stays with it,
+// several are tried here and the best result is kept: `most_tried` at the upper levels of the
+// recursion, one at those below, and none but the first once the cubes that were tried reach a
+// bound. Results are remembered by their cubes, for the same quotient comes back in many ways.
 class Factoring {
  public:
   Factoring(FactorTree& tree, const FactorParams& params) : tree_{tree}, params_{params} {}

@@ -3,7 +3,7 @@
 #include <ranges>
 #include <string_view>
 
-#include "toolkit/value_hash.h"
+#include "base/value_hash.h"
 
 namespace vorel::toolkit {
 namespace {
@@ -74,19 +74,20 @@ LogicExpr negate_node(const Literal& node) { return {Literal{node.name, !node.ne
 
 // `kind` tells conjunctions from disjunctions of the same operands.
 std::uint32_t hash_operands(const std::vector<LogicExpr>& operands, std::uint8_t kind) {
-  std::uint32_t hash = hash_seed;
+  std::uint32_t hash = base::hash_seed;
   for (const LogicExpr& operand : operands | std::views::reverse)
-    hash = combine_hashes(hash, hash_of(operand));
-  return combine_hashes(fnv1a(kind), hash);
+    hash = base::combine_hashes(hash, hash_of(operand));
+  return base::combine_hashes(base::fnv1a(kind), hash);
 }
 
 std::uint8_t byte_of(bool flag) { return flag ? 1 : 0; }
 
 std::uint32_t hash_node(const And& node) { return hash_operands(node.operands, 0); }
 std::uint32_t hash_node(const Or& node) { return hash_operands(node.operands, 1); }
-std::uint32_t hash_node(const Const& node) { return fnv1a(byte_of(node.value)); }
+std::uint32_t hash_node(const Const& node) { return base::fnv1a(byte_of(node.value)); }
 std::uint32_t hash_node(const Literal& node) {
-  return combine_hashes(fnv1a(std::string_view{node.name}), fnv1a(byte_of(node.negated)));
+  return base::combine_hashes(base::fnv1a(std::string_view{node.name}),
+                              base::fnv1a(byte_of(node.negated)));
 }
 
 std::size_t count_all(const std::vector<LogicExpr>& operands) {

@@ -62,6 +62,14 @@ std::size_t primes_per_cube(const MinimiseParams& params, std::size_t cubes) {
   return std::clamp<std::size_t>(share, least, params.max_primes_per_cube);
 }
 
+// The loop of expansion, irredundance and reduction [BHMS-1984], with one difference: primes are
+// not exchanged for one another but collected. Each cube of the ON-set is expanded to a prime, and
+// to some more primes in other directions, as many as their number allows. From all primes seen so
+// far a covering problem chooses the cheapest that contain the ON-set [Rudell-1989]; so a prime
+// that one round leaves aside is there for the next. Then the chosen cubes are reduced to what the
+// others leave to them, which lets them expand in directions not tried yet; that is repeated for as
+// long as the cost falls. At the end each cube gives way to a prime with fewer literals, if there
+// is one over what it alone contains.
 class Minimiser {
  public:
   Minimiser(const Cover& on, const Cover& off, const MinimiseParams& params)
@@ -177,6 +185,8 @@ Cover minimise_quietly(const Cover& on, const Cover& off, const MinimiseParams& 
 
 Cover minimise(const Cover& on, const Cover& off, const MinimiseParams& params) {
   assert(on.width() == off.width());
+  on.check();
+  off.check();
   if (base::verbosity() >= 6)
     std::cerr << "\nMinimisation ON-set:\n" << to_string(on) << "\nOFF-set:\n" << to_string(off);
   Cover result = minimise_quietly(on, off, params);

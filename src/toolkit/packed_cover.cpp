@@ -41,12 +41,25 @@ Cube unpack(ConstRow row, std::size_t width) {
 PackedCover::PackedCover(const Cover& cover) : PackedCover(cover.width()) {
   words_.reserve(cover.size() * stride_);
   for (const Cube& cube : cover) pack(cube, add_full());
+  check();
+}
+
+void PackedCover::check() const {
+  assert(stride_ == words_for(width_) && words_.size() == size_ * stride_);
+  assert(std::ranges::none_of(words_, [](Word word) { return empty_positions(word) != 0; }) &&
+         "a row admits something at each position");
+  [[maybe_unused]] const std::size_t used = width_ % positions_per_word;
+  for (std::size_t i = 0; used != 0 && i < size_; ++i)
+    assert((*this)[i].back() >> used * 2 == all_bits >> used * 2 &&
+           "nothing is told behind the end");
 }
 
 Cover PackedCover::unpacked() const {
+  check();
   Cover cover(width_, false);
   cover.reserve(size_);
   for (std::size_t i = 0; i < size_; ++i) cover.add(unpack((*this)[i], width_));
+  cover.check();
   return cover;
 }
 

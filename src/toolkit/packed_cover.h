@@ -81,6 +81,8 @@ class PackedCover {
   explicit PackedCover(std::size_t width) : width_{width}, stride_{words_for(width)} {}
   explicit PackedCover(const Cover& cover);
   Cover unpacked() const;
+  // Asserts that each row admits something at each position, and both values beyond the width.
+  void check() const;
 
   std::size_t width() const { return width_; }
   std::size_t stride() const { return stride_; }  // words of a row; none at width 0

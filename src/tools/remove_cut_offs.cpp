@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "net/check.h"
+
 namespace vorel::tools {
 
 template <class N>
@@ -19,6 +21,7 @@ void remove_cut_offs(net::PrefixOf<N>& prefix) {
   std::erase_if(prefix.events, [](const auto& event) { return event->is_cut_off(); });
   base::renumber(prefix.conditions);
   base::renumber(prefix.events);
+  net::check(prefix);
 }
 
 template void remove_cut_offs<net::Net>(net::NetPrefix&);

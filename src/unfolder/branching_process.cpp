@@ -1,6 +1,7 @@
 #include "unfolder/branching_process.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "base/memory_overflow.h"
 
@@ -14,6 +15,11 @@ BranchingProcess::BranchingProcess(const FlatNet& net)
 }
 
 EventId BranchingProcess::add_event(const UnfoldedEvent& event, PresetRoom& room) {
+  assert(event.size >= 1 && event.depth >= 1 && event.depth <= event.size && "it is measured");
+  assert(event.preset_size == net_.preset[event.transition].size());
+  assert(std::ranges::adjacent_find(event.preset(), std::greater_equal{}) == event.preset().end() &&
+         "presets ascend, each condition once");
+  assert(event.preset().back() < condition_count() && "only what is in the prefix is consumed");
   const EventId id = event_count_.fetch_add(1, std::memory_order_relaxed);
   if (id >= chunk_size * (max_chunks - 1)) base::memory_overflow();
   const std::uint32_t number = id / chunk_size;
@@ -45,11 +51,15 @@ const ConditionId* BranchingProcess::PresetRoom::copy(std::span<const ConditionI
 void BranchingProcess::enter(EventId id) {
   UnfoldedEvent& entered = event(id);
   assert(entered.first_condition == no_condition && "an event enters once");
+  assert(entered.postset_size == net_.postset[entered.transition].size());
   entered.first_condition = condition_count();
   for (const PlaceId place : net_.postset[entered.transition]) add_condition(place, id);
 }
 
 void BranchingProcess::add_condition(PlaceId place, EventId producer) {
+  assert(place < net_.place_count && condition_count() < no_condition);
+  assert((producer == no_event || producer < event_count()) &&
+         "an event is there before it enters");
   of_place_[place].push_back(condition_count());
   place_.push_back(place);
   producer_.push_back(producer);

@@ -69,14 +69,24 @@ class BranchingProcess {
 
   std::uint32_t event_count() const { return event_count_.load(std::memory_order_relaxed); }
   std::uint32_t condition_count() const { return static_cast<std::uint32_t>(place_.size()); }
-  UnfoldedEvent& event(EventId e) { return chunk(e).events[e % chunk_size]; }
+  UnfoldedEvent& event(EventId e) {
+    assert(e < event_count());
+    return chunk(e).events[e % chunk_size];
+  }
   const UnfoldedEvent& event(EventId e) const {
     assert(e < event_count());
     return chunk(e).events[e % chunk_size];
   }
 
-  PlaceId place(ConditionId c) const { return place_[c]; }
-  EventId producer(ConditionId c) const { return producer_[c]; }  // no_event if initial
+  PlaceId place(ConditionId c) const {
+    assert(c < condition_count());
+    return place_[c];
+  }
+  // no_event if initial.
+  EventId producer(ConditionId c) const {
+    assert(c < condition_count());
+    return producer_[c];
+  }
   // All conditions of the place, by number.
   std::span<const ConditionId> conditions_of(PlaceId p) const { return of_place_[p]; }
 

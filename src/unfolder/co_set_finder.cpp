@@ -24,7 +24,9 @@ void CoSetFinder::run(EventId e, const ConcurrencyRelation* relation) {
     first_ = 0;
     end_ = static_cast<ConditionId>(net_.marked.size());
   } else {
+    assert(process_.event(e).correspondent == not_cut_off && "cut-offs have no successors");
     first_ = process_.event(e).first_condition;
+    assert(first_ != no_condition && "the event is in the prefix");
     end_ = first_ + process_.event(e).postset_size;
   }
   if (first_ == end_) return;
@@ -80,12 +82,14 @@ ConditionId CoSetFinder::sibling_of(ConditionId newest, PlaceId place) const {
 void CoSetFinder::check_safety(ConditionId newest) {
   if (unsafe_) return;
   const List& rivals = older_candidates(process_.place(newest));
+  assert(std::ranges::all_of(rivals, [this](ConditionId c) { return c < first_; }));
   if (!rivals.empty()) unsafe_ = {newest, rivals.front()};
 }
 
 void CoSetFinder::complete(TransitionId t, ConditionId newest) {
   const auto preset = net_.preset[t];
   const PlaceId own = process_.place(newest);
+  assert(std::ranges::find(preset, own) != preset.end() && "the transition consumes from it");
   transition_ = t;
   chosen_.assign(1, newest);
   if (preset.size() == 1) return report(no_condition);
@@ -116,6 +120,7 @@ void CoSetFinder::complete_pair(PlaceId place) {
 // Chooses a condition for one of the places that are open at this depth, then the rest.
 void CoSetFinder::choose(std::size_t depth) {
   auto& open = open_[depth];
+  assert(!open.empty() && chosen_.size() + open.size() == net_.preset[transition_].size());
   if (open.size() == 1) {
     for (const ConditionId last : open.front()) report(last);
     return;
@@ -159,6 +164,7 @@ void CoSetFinder::report(ConditionId last) {
   if (last != no_condition) sorted_.push_back(last);
   assert(sorted_.size() == net_.preset[transition_].size());
   std::ranges::sort(sorted_);
+  assert(std::ranges::adjacent_find(sorted_) == sorted_.end() && "no condition is chosen twice");
   found_(transition_, sorted_);
 }
 

@@ -40,6 +40,8 @@ ConcurrencyRelation::ConcurrencyRelation(const BranchingProcess& process, Worker
 }
 
 bool ConcurrencyRelation::concurrent(ConditionId c, ConditionId d) const {
+  assert(c != d && "the relation is irreflexive");
+  assert(std::max(c, d) < rows_.size());
   // The younger condition has the shorter row, mostly.
   const Row& row = rows_[std::max(c, d)];
   const ConditionId asked = std::min(c, d);
@@ -49,6 +51,14 @@ bool ConcurrencyRelation::concurrent(ConditionId c, ConditionId d) const {
 
 void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
   const auto size = static_cast<std::uint32_t>(batch.size());
+  assert(std::ranges::all_of(batch,
+                             [&](EventId e) {
+                               return process_.event(e).size == process_.event(batch.front()).size;
+                             }) &&
+         "no event of a batch is a cause of another");
+  assert(std::ranges::is_sorted(batch, {},
+                                [this](EventId e) { return process_.event(e).first_condition; }) &&
+         "rows grow at their ends");
   common_.resize(size);
   partners_.resize(size);
   for (Hits& hits : hits_) hits.count.resize(std::max<std::size_t>(hits.count.size(), size));
@@ -79,6 +89,7 @@ void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
 
 Row ConcurrencyRelation::common_row(const UnfoldedEvent& event) const {
   const auto preset = event.preset();
+  assert(!preset.empty());
   const auto shortest =
       *std::ranges::min_element(preset, {}, [this](ConditionId c) { return rows_[c].size(); });
   Row row = rows_[shortest];
@@ -117,6 +128,7 @@ void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const Even
   const ConditionId first = event.first_condition, last = first + event.postset_size;
   const auto& partners = partners_[position];
   const auto later = std::ranges::lower_bound(partners, position);
+  assert((later == partners.end() || *later != position) && "no event is concurrent with itself");
   for (ConditionId c = first; c < last; ++c) {
     Row& row = rows_[c];
     row.reserve(common_[position].size() + 2);
@@ -143,6 +155,7 @@ void ConcurrencyRelation::extend_rows(std::uint32_t part, std::span<const EventI
     for (const Word& word : common_[i]) {
       if (word.index % pool_.size() != part) continue;
       for_each_bit(word, [&](ConditionId c) {
+        assert(c < first && "what an event consumes is older than what it produces");
         const std::size_t before = rows_[c].size();
         append(rows_[c], first, last);
         new_words += rows_[c].size() - before;

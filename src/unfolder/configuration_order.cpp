@@ -11,6 +11,14 @@ int sign_of(std::int64_t difference) { return difference < 0 ? -1 : (difference 
 
 }  // namespace
 
+// An event is a cut-off if a smaller configuration ends in the state of its own one; what "smaller"
+// is makes the prefix large or small, and must be adequate for it to be complete [McM-1993,
+// ERV-2002]. Neither states nor configurations are stored: all that is compared is what two
+// configurations do not share, found by a walk that stops where the rest is common. Their states
+// are equal if those two parts have the same effect, place by place and, for the parities, signal
+// by signal; the fingerprints by which the table finds candidates may lie, this does not. The
+// shared part drops out of sizes and sorted lists of transitions, and of Foata normal forms as
+// well: the level of an event in its configuration is its depth, whatever else is in there.
 ConfigurationOrder::ConfigurationOrder(const BranchingProcess& process,
                                        const UnfoldOptions& options)
     : process_{process},
@@ -20,6 +28,7 @@ ConfigurationOrder::ConfigurationOrder(const BranchingProcess& process,
       balance_(std::max({net_.place_count, net_.transition_count, net_.signal_count})) {}
 
 void ConfigurationOrder::measure(UnfoldedEvent& event) {
+  assert(event.transition < net_.transition_count && !event.preset().empty());
   producers_.clear();
   for (const ConditionId c : event.preset()) {
     const EventId producer = process_.producer(c);
@@ -51,6 +60,7 @@ void ConfigurationOrder::measure(UnfoldedEvent& event) {
     event.dummies += net_.is_dummy[t];
     event.state.add(net_.firing_hash[t]);
   });
+  assert(event.depth <= event.size && event.dummies <= event.size);
 }
 
 ConfigurationOrder::Comparison ConfigurationOrder::compare(EventId e, EventId f) {
@@ -62,8 +72,9 @@ ConfigurationOrder::Comparison ConfigurationOrder::compare(EventId e, EventId f)
 
 ConfigurationOrder::Comparison ConfigurationOrder::compare_to_empty(EventId e) {
   find_difference(std::array{e}, {});
-  if (!differences_cancel()) return {};
   const UnfoldedEvent& event = process_.event(e);
+  assert(e_only_.size() == event.size && "the whole past is the difference to nothing");
+  if (!differences_cancel()) return {};
   // A dummy that only undoes what other events did is as good as any other event, but cutting
   // there would leave a configuration that ends in a dummy: only dummies may be cut as a whole.
   const bool is_kept = !options_.dummy_cutoffs && net_.is_dummy[event.transition] != 0 &&
@@ -77,6 +88,10 @@ ConfigurationOrder::Comparison ConfigurationOrder::compare(std::span<const Event
                                                            std::uint32_t f_size) {
   ++comparisons_;
   find_difference(e, f);
+  assert(std::int64_t{e_size} - std::int64_t{f_size} ==
+             static_cast<std::int64_t>(e_only_.size()) -
+                 static_cast<std::int64_t>(f_only_.size()) &&
+         "what two configurations share counts on both sides");
   if (!differences_cancel()) return {};
   return {true, by_order(e_size, f_size)};
 }
@@ -91,6 +106,7 @@ void ConfigurationOrder::find_difference(std::span<const EventId> e, std::span<c
 
 // True when the events of either side have the same effect on the state.
 bool ConfigurationOrder::differences_cancel() {
+  assert(touched_.empty() && "the balance is 0 between uses");
   bool equal = true;
   const auto count = [this](std::uint32_t entry, std::int32_t change) {
     balance_[entry] += change;
@@ -196,6 +212,8 @@ int ConfigurationOrder::respecting_dummies(EventId e, EventId f, int order) cons
   if (net_.is_dummy[larger.transition] == 0) return order;
   if (order < 0) return 0;
   const UnfoldedEvent& smaller = process_.event(f);
+  assert((smaller.size <= larger.size || options_.order == AdequateOrder::inclusion) &&
+         "every order refines the order by size, or inclusion");
   const bool adds_only_dummies =
       f_only_.empty() && larger.dummies - smaller.dummies == larger.size - smaller.size;
   return adds_only_dummies ? order : 0;

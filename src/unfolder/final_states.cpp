@@ -29,6 +29,7 @@ void FinalStateTable::for_each_member(const Stripe& stripe, std::uint64_t hash, 
 }
 
 void FinalStateTable::insert(EventId e, ConfigurationOrder& order) {
+  assert(process_.event(e).correspondent == not_cut_off && "an event is judged once");
   const std::uint64_t hash = process_.event(e).state.value();
   Stripe& stripe = stripes_[stripe_of(hash)];
   const std::scoped_lock lock(stripe.mutex);
@@ -54,15 +55,19 @@ void FinalStateTable::insert(EventId e, ConfigurationOrder& order) {
 void FinalStateTable::remove(EventId e) {
   const std::uint64_t hash = process_.event(e).state.value();
   Stripe& stripe = stripes_[stripe_of(hash)];
+  [[maybe_unused]] bool is_found = false;
   for_each_member(stripe, hash, [&](std::size_t i) {
     if (stripe.slots[i].member != e) return true;
     stripe.slots[i].member = removed;
+    is_found = true;
     return false;
   });
+  assert(is_found && "an event that no other cuts off is a member");
 }
 
 void FinalStateTable::resolve(EventId cut_off, ConfigurationOrder& order) const {
   EventId& correspondent = process_.event(cut_off).correspondent;
+  assert(correspondent != not_cut_off && "only cut-offs have a correspondent");
   if (correspondent == initial_state) return;
   const std::uint64_t hash = process_.event(cut_off).state.value();
   const Stripe& stripe = stripes_[stripe_of(hash)];
@@ -91,6 +96,8 @@ void FinalStateTable::resolve(EventId cut_off, ConfigurationOrder& order) const 
 void FinalStateTable::append(Stripe& stripe, std::uint64_t hash, EventId member) {
   if (2 * (stripe.used + 1) > stripe.slots.size()) grow(stripe);
   const std::size_t mask = stripe.slots.size() - 1;
+  assert((stripe.slots.size() & mask) == 0 && stripe.used < stripe.slots.size() &&
+         "there is a free slot to end a search");
   std::size_t i = hash & mask;
   while (stripe.slots[i].member != empty) i = (i + 1) & mask;
   stripe.slots[i] = {hash, member};

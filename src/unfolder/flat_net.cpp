@@ -1,5 +1,7 @@
 #include "unfolder/flat_net.h"
 
+#include <algorithm>
+
 namespace vorel::unfolder {
 namespace {
 
@@ -41,6 +43,8 @@ FlatNet flatten(const N& net) {
   flat.signal.assign(flat.transition_count, base::no_index);
   flat.is_dummy.assign(flat.transition_count, 0);
   for (const auto& transition : net.transitions) {
+    assert(transition->index == flat.firing_hash.size() && "transitions are numbered");
+    assert(std::ranges::is_sorted(numbers_of(transition->preset)) && "arcs are sorted");
     flat.preset.append_list(numbers_of(transition->preset));
     flat.postset.append_list(numbers_of(transition->postset));
     if constexpr (N::has_signals) {

@@ -5,6 +5,7 @@
 // both are.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -25,6 +26,7 @@ class NumberLists {
     first_.push_back(static_cast<std::uint32_t>(items_.size()));
   }
   std::span<const std::uint32_t> operator[](std::uint32_t owner) const {
+    assert(owner + 1 < first_.size());
     return std::span(items_).subspan(first_[owner], first_[owner + 1] - first_[owner]);
   }
 

@@ -22,6 +22,7 @@ void MarkedPast::start(EventId e) {
 }
 
 void MarkedPast::push(ConditionId c) {
+  assert(consumed_[c] != round_ && "what is chosen fits to the choice before");
   levels_.push_back({events_.size(), conditions_.size()});
   begin_choice();
   if (process_.producer(c) != no_event) add_past(process_.producer(c));
@@ -75,6 +76,7 @@ bool MarkedPast::fits(ConditionId c) {
 bool MarkedPast::past_fits(EventId e) {
   if (in_past_[e] == round_) return true;
   if (verdict_[e] / 2 == choice_) return verdict_[e] % 2 == 1;
+  assert(walk_.empty());
   walk_.push_back(e);
   while (!walk_.empty()) {
     const EventId top = walk_.back();
@@ -87,6 +89,7 @@ bool MarkedPast::past_fits(EventId e) {
     verdict_[top] = 2 * choice_ + (fits ? 1 : 0);
     walk_.pop_back();
   }
+  assert(verdict_[e] / 2 == choice_ && "it was judged for this choice");
   return verdict_[e] % 2 == 1;
 }
 

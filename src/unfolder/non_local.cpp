@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <set>
 
 namespace vorel::unfolder {
@@ -58,6 +59,7 @@ bool NonLocalSearch::choose(std::size_t next) {
 
 // The cut belongs to the configuration of all causes of its conditions.
 bool NonLocalSearch::accept() {
+  assert(chosen_.size() == places_.size() && "one condition for each marked place");
   std::set<EventId> past;
   std::vector<ConditionId> walk = chosen_;
   while (!walk.empty()) {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -39,7 +40,10 @@ class PastDifference {
         visit(e, static_cast<Side>(sides));
       }
       for (const ConditionId c : process_.event(e).preset()) {
-        if (process_.producer(c) != no_event) reach(process_.producer(c), sides);
+        const EventId producer = process_.producer(c);
+        if (producer == no_event) continue;
+        assert(producer < e && "causes have lower ids: all effects of an event come before it");
+        reach(producer, sides);
       }
     }
   }
@@ -59,6 +63,7 @@ class PastDifference {
   }
 
   void reach(EventId e, std::uint8_t sides) {
+    assert(e < colour_.size());
     Colour& colour = colour_[e];
     if (colour.round != round_) {
       colour = {round_, sides};

@@ -1,10 +1,12 @@
 #include "unfolder/unfolder.h"
 
 #include <algorithm>
+#include <cassert>
 #include <set>
 #include <string>
 
 #include "base/messages.h"
+#include "net/check.h"
 
 namespace vorel::unfolder {
 namespace {
@@ -132,6 +134,7 @@ net::PrefixOf<N> Unfolder<N>::result() && {
   for (const EventId e : loop_.entered()) {
     const UnfoldedEvent& unfolded = process.event(e);
     net::EventOf<N>& event = base::append_new(prefix.events);
+    assert(numbers[e] == base::no_index && "an event enters once");
     numbers[e] = event.index;
     event.transition = prefix.transitions[unfolded.transition].get();
     event.preset.reserve(static_cast<std::uint32_t>(unfolded.preset().size()));
@@ -144,6 +147,7 @@ net::PrefixOf<N> Unfolder<N>::result() && {
   for (const EventId e : loop_.entered()) {
     set_cut_off(*prefix.events[numbers[e]], e, numbers, prefix);
   }
+  net::check(prefix);
   return prefix;
 }
 
@@ -157,6 +161,7 @@ void Unfolder<N>::set_cut_off(net::EventOf<N>& event, EventId id,
   if (const auto several = loop_.non_local().find(id); several != loop_.non_local().end()) {
     for (const EventId e : several->second) events.push_back(prefix.events[numbers[e]].get());
   } else if (correspondent != initial_state) {
+    assert(numbers[correspondent] != base::no_index && "a correspondent is in the prefix");
     events.push_back(prefix.events[numbers[correspondent]].get());
   }
   event.cut_off.set_correspondents(events);

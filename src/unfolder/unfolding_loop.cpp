@@ -24,6 +24,7 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   event.preset_size = static_cast<std::uint32_t>(preset.size());
   event.postset_size = static_cast<std::uint32_t>(loop.net_.postset[t].size());
   order.measure(event);
+  assert(event.size > loop.level_ && "an extension is larger than what it extends");
   const EventId id = loop.process_.add_event(event, presets);
   loop.final_states_.insert(id, order);
   if (pending.size() <= event.size) pending.resize(event.size + 1);
@@ -188,6 +189,12 @@ void UnfoldingLoop::sort_for_entry(std::vector<EventId>& events) const {
 void UnfoldingLoop::add_batch() {
   sort_for_entry(batch_);
   form_groups();
+  assert(std::ranges::all_of(batch_,
+                             [this](EventId e) {
+                               return process_.event(e).size == level_ &&
+                                      process_.event(e).correspondent == not_cut_off;
+                             }) &&
+         "a batch has events of one size, and no cut-off");
   if (callback_) print_running_line();
   drop_relation_if_full();
   for (const EventId event : batch_) {
@@ -266,6 +273,7 @@ void UnfoldingLoop::on_finish() {
   sort_for_entry(cut_offs_);
   ConfigurationOrder& order = workers_.front()->order;
   for (const EventId event : cut_offs_) {
+    assert(process_.event(event).correspondent != not_cut_off);
     if (!non_local_.contains(event)) final_states_.resolve(event, order);
     pass_on_correspondent(event);
     process_.enter(event);

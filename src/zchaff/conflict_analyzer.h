@@ -1,6 +1,5 @@
 // zchaff/conflict_analyzer.h - from a conflict to the clause that is learnt from it.
-// Here:      the first unique implication point [MS-1999, MMZ-2001], minimisation [SB-2009], and
-// the
+// Here:      the first unique implication point [MS-1999, MMZ-2001], minimisation [SB-2009], the
 //            groups on which the learnt clause depends.
 // Not here:  what is done with the clause (zchaff/solver_core.h).
 //

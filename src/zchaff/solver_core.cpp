@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/sort_unique.h"
+
 namespace vorel::zchaff {
 
 SolverCore::SolverCore(const SolverCoreParams& params)
@@ -63,8 +65,7 @@ void SolverCore::add_unit(Literal literal, GroupSet groups, bool learnt) {
 // Sorts the scratch clause and removes duplicates. False if it is always true.
 bool SolverCore::normalise(std::span<const Literal> literals) {
   clause_.assign(literals.begin(), literals.end());
-  std::ranges::sort(clause_);
-  clause_.erase(std::unique(clause_.begin(), clause_.end()), clause_.end());
+  base::sort_unique(clause_);
   return std::ranges::adjacent_find(clause_, [](Literal a, Literal b) { return a == ~b; }) ==
          clause_.end();
 }

@@ -73,15 +73,64 @@ TEST(SanityChecks, ACausalCycleOfAPrefixIsRefusedWithItsEvents) {
 }
 
 TEST(SanityChecks, AnEventThatDisagreesWithItsTransitionIsRefused) {
-  support::ProcessBuilder<NetPrefix> b;
-  auto& p = b.condition("p");
-  auto& q = b.condition("q");
-  b.event("t", {&p}, {&b.condition("r")});
-  b.event("t", {&q}, {&b.condition("r")});
-  b.finish();
-  std::string messages;
-  EXPECT_FALSE(check(b, &messages));
-  EXPECT_EQ(messages, "\nError: event e1 does not consume from the places of its transition t\n");
+  const struct {
+    const char *consumed, *produced;  // by the second event of t, the first one goes from p to r
+    bool produces, is_cut_off;
+    const char* message;
+  } rows[] = {
+      {"q", "r", true, false, "event e1 does not consume from the places of its transition t"},
+      {"p", "q", true, false, "event e1 does not produce on the places of its transition t"},
+      {"p", "q", true, true, "event e1 does not produce on the places of its transition t"},
+      {"p", "", false, false, "event e1 does not produce on the places of its transition t"},
+      {"p", "", false, true, nullptr},  // what a cut-off produces may have been left out
+  };
+  for (const auto& row : rows) {
+    support::ProcessBuilder<NetPrefix> b;
+    b.event("t", {&b.condition("p")}, {&b.condition("r")});
+    auto& consumed = b.condition(row.consumed);
+    if (row.produces) {
+      b.event("t", {&consumed}, {&b.condition(row.produced)}, row.is_cut_off);
+    } else {
+      b.event("t", {&consumed}, {}, row.is_cut_off);
+    }
+    b.finish();
+    std::string messages;
+    EXPECT_EQ(check(b, &messages), row.message == nullptr);
+    if (row.message != nullptr) {
+      EXPECT_EQ(messages.find(std::string("\nError: ") + row.message + "\n"), 0u) << messages;
+    }
+  }
+}
+
+TEST(SanityChecks, OccurrencesOfAPlaceThatAreOutOfOrderAreRefused) {
+  const struct {
+    int depths[3];  // of the conditions of p: before the event, after it, alone
+    int marked;     // which of them
+    const char* message;
+  } rows[] = {
+      {{1, 2, 3}, 0, nullptr},
+      {{2, 3, 4}, 0, nullptr},  // counted from 2
+      {{2, 2, 1}, 2, "place p has two conditions at occurrence depth 2"},
+      {{1, 2, 4}, 0, "place p has a condition at occurrence depth 4 and none at 3: c2"},
+      {{2, 3, 4}, 3, "place p has a condition at occurrence depth 2 and none at 1: c0"},
+      {{1, 2, 3}, 1, "place p is initially marked at occurrence depth 2, not at its first: c1"},
+      {{1, 3, 2},
+       0,
+       "event e0 enters place p at occurrence depth 3, which is not the next after it leaves it"},
+      {{3, 1, 2}, 1, nullptr},  // on a cycle: it never fires
+  };
+  for (const auto& row : rows) {
+    support::ProcessBuilder<NetMergedProcess> b;
+    NetMergedProcess::Condition* c[3];
+    for (int i = 0; i < 3; ++i) c[i] = &b.condition("p", row.marked == i, row.depths[i]);
+    b.event("t", {c[0]}, {c[1]});
+    b.finish();
+    std::string messages;
+    EXPECT_EQ(check(b, &messages), row.message == nullptr) << messages;
+    if (row.message != nullptr) {
+      EXPECT_EQ(messages.find(std::string("\nError: ") + row.message + "\n"), 0u) << messages;
+    }
+  }
 }
 
 TEST(SanityChecks, EmptyPresetsAndUnsafeMarkingsAreErrorsAndTheOtherChecksStillRun) {

@@ -1,9 +1,9 @@
 // The texts, orders and hashes of cubes, covers and expressions.
 #include <gtest/gtest.h>
 
+#include "base/value_hash.h"
 #include "toolkit/cover.h"
 #include "toolkit/logic_expr.h"
-#include "toolkit/value_hash.h"
 
 namespace vorel::toolkit {
 namespace {
@@ -52,22 +52,25 @@ TEST(ExpressionForms, TextsAndNegation) {
 
 // The known hashes of FNV-1a, then each rule written out once more.
 TEST(Hashes, HaveFixedValues) {
-  EXPECT_EQ(fnv1a(std::uint8_t{0}), 84696351u);
-  EXPECT_EQ(fnv1a(std::uint8_t{1}), 67918732u);
-  EXPECT_EQ(fnv1a(std::string_view("foobar")), 0xBF9CF968u);
+  EXPECT_EQ(base::fnv1a(std::uint8_t{0}), 84696351u);
+  EXPECT_EQ(base::fnv1a(std::uint8_t{1}), 67918732u);
+  EXPECT_EQ(base::fnv1a(std::string_view("foobar")), 0xBF9CF968u);
   EXPECT_EQ(hash_of(Cube()), 12345u);
   const std::uint32_t first = 0x1999'999Au, last = 2u;  // "1001-..." and "1" in bits
   Cube cube(17);
   cube.words()[0] = first;
   cube.words()[1] = last;
-  EXPECT_EQ(hash_of(cube), combine_hashes(combine_hashes(12345, fnv1a(last)), fnv1a(first)));
-  EXPECT_EQ(hash_of(literal("ab", true)), combine_hashes(fnv1a(std::string_view("ab")), 67918732u));
+  EXPECT_EQ(hash_of(cube), base::combine_hashes(base::combine_hashes(12345, base::fnv1a(last)),
+                                                base::fnv1a(first)));
+  EXPECT_EQ(hash_of(literal("ab", true)),
+            base::combine_hashes(base::fnv1a(std::string_view("ab")), 67918732u));
   EXPECT_EQ(hash_of(LogicExpr{LogicExpr::Const{false}}), 84696351u);
 }
 
 TEST(Hashes, OfOperandsGoFromTheLastToTheFirst) {
   const LogicExpr a = literal("a"), b = literal("b");
-  const std::uint32_t operands = combine_hashes(combine_hashes(12345, hash_of(b)), hash_of(a));
+  const std::uint32_t operands =
+      base::combine_hashes(base::combine_hashes(12345, hash_of(b)), hash_of(a));
   EXPECT_EQ(hash_of(LogicExpr{LogicExpr::And{{a, b}}}), (operands - 493758272u) ^ 0x50C5D1Fu);
   EXPECT_EQ(hash_of(LogicExpr{LogicExpr::Or{{a, b}}}), (operands - 1571720292u) ^ 0x40C5B8Cu);
 }

@@ -1,4 +1,4 @@
-// toolkit/value_hash.h - the 32-bit hash that the types of Boolean functions share.
+// base/value_hash.h - the 32-bit hash of the keys of options and of Boolean functions.
 // Here:      FNV-1a over bytes [FNV-1991] and the step that mixes one more value into a hash.
 // Not here:  the order in which a type feeds its parts, which stands beside the type.
 //
@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace vorel::toolkit {
+namespace vorel::base {
 
 inline constexpr std::uint32_t hash_seed = 12345;
 
@@ -37,4 +37,4 @@ constexpr std::uint32_t combine_hashes(std::uint32_t hash, std::uint32_t value) 
   return hash ^ ((hash >> 2) + 0x9E3779B9u + (hash << 6) + value);
 }
 
-}  // namespace vorel::toolkit
+}  // namespace vorel::base
