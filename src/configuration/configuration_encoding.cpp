@@ -38,7 +38,7 @@ void ConfigurationEncoding<P>::encode_conflicts() {
 template <net::Process P>
 void ConfigurationEncoding<P>::encode_no_max_dummies() requires P::NetType::has_signals {
   for (const auto& event : process_.events) {
-    if (event->is_cut_off() || !event->transition->signal->is_dummy()) continue;
+    if (event->is_cut_off() || !net::is_dummy(*event)) continue;
     lits_.assign({~vars_.event_lit(*event)});
     for (const auto* condition : event->postset) {
       for (const Event* next : condition->postset) lits_.push_back(vars_.event_lit(*next));

@@ -11,8 +11,6 @@ namespace {
 
 using Event = net::StgPrefix::Event;
 
-bool is_dummy(const auto& event) { return event.transition->signal->is_dummy(); }
-
 // Walks through the pasts of cut-offs; a past is left at the first event that decides.
 class PastCheck {
  public:
@@ -39,7 +37,7 @@ class PastCheck {
       const Event& event = *past_[next];
       if (correspondents_.contains(event))
         ++found;
-      else if (!is_dummy(event))
+      else if (!net::is_dummy(event))
         return std::nullopt;
       for (const auto* condition : event.preset) {
         if (!condition->is_initial() && seen_.insert(*condition->pre_event))
@@ -59,7 +57,7 @@ bool corresponds_to_dummy_end(const Event& cut_off) {
   if (cut_off.cut_off.is_unknown()) return false;
   const auto events = cut_off.cut_off.correspondents();
   return std::ranges::any_of(events, [&events](const Event* event) {
-    if (!is_dummy(*event)) return false;
+    if (!net::is_dummy(*event)) return false;
     return std::ranges::none_of(event->postset, [&events](const auto* condition) {
       return std::ranges::any_of(condition->postset, [&events](const Event* consumer) {
         return std::ranges::find(events, consumer) != events.end();
@@ -72,20 +70,21 @@ bool corresponds_to_dummy_end(const Event& cut_off) {
 
 bool has_edges_cut_at_dummies(const net::StgPrefix& prefix) {
   return std::ranges::any_of(prefix.events, [](const auto& event) {
-    return event->is_cut_off() && !is_dummy(*event) && corresponds_to_dummy_end(*event);
+    return event->is_cut_off() && !net::is_dummy(*event) && corresponds_to_dummy_end(*event);
   });
 }
 
 bool has_dummy_cutoffs(const net::StgPrefix& prefix) {
   PastCheck check(prefix);
   return std::ranges::any_of(prefix.events, [&check](const auto& event) {
-    return event->is_cut_off() && is_dummy(*event) && !check.is_harmless(*event);
+    return event->is_cut_off() && net::is_dummy(*event) && !check.is_harmless(*event);
   });
 }
 
 bool has_dummy_cutoffs(const net::StgMergedProcess& process) {
-  return std::ranges::any_of(
-      process.events, [](const auto& event) { return event->is_cut_off() && is_dummy(*event); });
+  return std::ranges::any_of(process.events, [](const auto& event) {
+    return event->is_cut_off() && net::is_dummy(*event);
+  });
 }
 
 }  // namespace vorel::configuration

@@ -10,8 +10,6 @@ namespace {
 using Event = net::StgPrefix::Event;
 using Membership = base::IndexedBy<Event, bool>;
 
-bool is_dummy(const Event& event) { return event.transition->signal->is_dummy(); }
-
 bool has_successor_in(const Event& event, const Membership& inside) {
   return std::ranges::any_of(event.postset, [&inside](const auto* condition) {
     return std::ranges::any_of(condition->postset,
@@ -77,20 +75,20 @@ bool is_causally_closed(const net::StgPrefix& prefix, const EventSet& set) {
 
 bool has_only_dummies(const net::StgPrefix& prefix, const EventSet& set) {
   return std::ranges::all_of(
-      set, [&prefix](StgEventId id) { return is_dummy(base::element(prefix.events, id)); });
+      set, [&prefix](StgEventId id) { return net::is_dummy(base::element(prefix.events, id)); });
 }
 
 EventSet without_maximal_dummies(const net::StgPrefix& prefix, const EventSet& configuration) {
   Membership inside = membership(prefix, configuration);
   std::vector<const Event*> open;
   for (const StgEventId id : configuration) {
-    if (is_dummy(base::element(prefix.events, id)))
+    if (net::is_dummy(base::element(prefix.events, id)))
       open.push_back(&base::element(prefix.events, id));
   }
   while (!open.empty()) {
     const Event& event = *open.back();
     open.pop_back();
-    if (!inside[event] || !is_dummy(event) || has_successor_in(event, inside)) continue;
+    if (!inside[event] || !net::is_dummy(event) || has_successor_in(event, inside)) continue;
     inside[event] = false;
     for (const auto* condition : event.preset) {  // dummies that this one has kept
       if (!condition->is_initial()) open.push_back(condition->pre_event);

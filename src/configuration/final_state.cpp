@@ -10,11 +10,6 @@
 namespace vorel::configuration {
 namespace {
 
-template <class Event>
-bool is_dummy(const Event& event) {
-  return event.transition->signal->is_dummy();
-}
-
 template <net::Process P>
 std::string unsafe_message(const P& process, const typename P::NetType::Place& place,
                            std::span<const typename P::Event* const> events) {
@@ -87,7 +82,7 @@ bool FinalState<P>::is_enabled_after_dummies(const Event& target) const {
         if (is_consumed(*condition)) return false;
         if (is_produced(*condition)) continue;
         const Event& producer = *condition->pre_event;
-        if (!is_dummy(producer) || producer.is_cut_off()) return false;
+        if (!net::is_dummy(producer) || producer.is_cut_off()) return false;
         if (std::ranges::find(missing, &producer) == missing.end()) missing.push_back(&producer);
       }
     }
@@ -138,7 +133,7 @@ base::IndexedBy<net::Signal, bool> FinalState<P>::code() const requires P::NetTy
     values[signal] = base::element(process().signals, signal).initial_value == 1;
   }
   for (const auto& event : process().events) {
-    if (has_fired_[*event] && !is_dummy(*event)) {
+    if (has_fired_[*event] && !net::is_dummy(*event)) {
       const net::SignalId signal = base::id_of(*event->transition->signal);
       values[signal] = !values[signal];
     }

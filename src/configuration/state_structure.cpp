@@ -15,7 +15,7 @@ constexpr std::size_t max_listed = 32;
 // Its rivals are not listed: it has many, and is not produced by a dummy that may still fire.
 bool is_contested(const net::StgPrefix::Condition& condition) {
   return condition.postset.size() > max_listed &&
-         (condition.is_initial() || !condition.pre_event->transition->signal->is_dummy());
+         (condition.is_initial() || !condition.pre_net::is_dummy(*event));
 }
 
 }  // namespace
@@ -30,7 +30,7 @@ auto StateStructure<P>::edges_before() const
   net::EdgeHistory history(process_, order);
   while (history.visit_next_block()) continue;
   for (const Event* event : order) {
-    if (!event->transition->signal->is_dummy())
+    if (!net::is_dummy(*event))
       edges_before_[*event] = history.edges_before(*event);
   }
   return edges_before_;
@@ -78,7 +78,7 @@ auto StateStructure<P>::firing_condition(const Event& event) const
       }
       if (condition->is_initial()) continue;
       const Event& producer = *condition->pre_event;
-      if (producer.is_cut_off() || !producer.transition->signal->is_dummy()) {
+      if (producer.is_cut_off() || !net::is_dummy(producer)) {
         result.needed.push_back(&producer);
       } else if (std::ranges::find(waited_for, &producer) == waited_for.end()) {
         waited_for.push_back(&producer);

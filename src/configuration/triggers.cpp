@@ -25,7 +25,7 @@ void TriggerFinder::collect_candidates(const Event& event) {
     open_.pop_back();
     for_each_producer(current, [this](const Event& producer) {
       if (!seen_.insert(producer)) return;
-      (producer.transition->signal->is_dummy() ? open_ : candidates_).push_back(&producer);
+      (net::is_dummy(producer) ? open_ : candidates_).push_back(&producer);
     });
   }
 }

@@ -104,7 +104,7 @@ configuration::EventSet NormalcyHypothesis::without_trigger(
     for (const auto* condition : removed[i]->postset) {
       for (const Event* next : condition->postset) {
         if (!inside[*next]) continue;
-        assert(next->transition->signal->is_dummy());
+        assert(net::is_dummy(*next));
         inside[*next] = false;
         removed.push_back(next);
       }

@@ -30,11 +30,14 @@ void sort_links(P& process) {
 
 template <Process P>
 void rebuild_arcs(P& process) {
-  for (const auto& event : process.events) {
-    auto& transition = *event->transition;
-    if (!transition.preset.empty() || !transition.postset.empty()) continue;
-    for (const auto* condition : event->preset) add_arc(*condition->place, transition);
-    for (const auto* condition : event->postset) add_arc(transition, *condition->place);
+  for (const bool from_cut_offs : {false, true}) {
+    for (const auto& event : process.events) {
+      auto& transition = *event->transition;
+      if (event->is_cut_off() != from_cut_offs) continue;
+      if (!transition.preset.empty() || !transition.postset.empty()) continue;
+      for (const auto* condition : event->preset) add_arc(*condition->place, transition);
+      for (const auto* condition : event->postset) add_arc(transition, *condition->place);
+    }
   }
 }
 

@@ -234,7 +234,8 @@ bool add_link(MpEventOf<N>& event, MpConditionOf<N>& condition) {
 template <Process P>
 void sort_links(P& process);
 
-// Rebuilds the arcs of a net whose file has none: the first event of a transition defines them. A
+// Rebuilds the arcs of a net whose file has none: the first event of a transition defines them, a
+// cut-off (whose file may have left out what it produces) only where there is no other. A
 // transition without events has none.
 template <Process P>
 void rebuild_arcs(P& process);

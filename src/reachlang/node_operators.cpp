@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cassert>
 
+#include "base/sort_unique.h"
 #include "net/transition_label.h"
 #include "reachlang/name_pattern.h"
 #include "reachlang/type_rules.h"
@@ -33,12 +34,6 @@ bool needs_signals(ReachOp op, const ReachValue& operand) {
       }
       return operand.is_node() && operand.node().kind == BaseType::signal;
   }
-}
-
-void sort_unique(std::vector<std::uint32_t>& indices) {
-  std::ranges::sort(indices);
-  const auto repeated = std::ranges::unique(indices);
-  indices.erase(repeated.begin(), repeated.end());
 }
 
 template <class List>
@@ -212,7 +207,7 @@ ReachValue NodeOperators<P>::related(ReachOp op, const ReachValue& operand) {
   if (operand.is_set()) {
     if (operand.elements().empty()) return ReachValue::set_of({});
     for (const ReachValue& element : operand.elements()) append_related(op, element.node(), result);
-    sort_unique(result);
+    base::sort_unique(result);
     return set_of(kind_reached(op, operand.elements().front().node().kind), std::move(result));
   }
   const BaseType from = operand.node().kind;
@@ -220,7 +215,7 @@ ReachValue NodeOperators<P>::related(ReachOp op, const ReachValue& operand) {
   const bool leads_to_one = op == ReachOp::places_of || op == ReachOp::signals_of ||
                             (op == ReachOp::transitions_of && from == BaseType::event);
   if (leads_to_one) return ReachValue(node(kind_reached(op, from), result.front()));
-  sort_unique(result);
+  base::sort_unique(result);
   return set_of(kind_reached(op, from), std::move(result));
 }
 
@@ -295,7 +290,7 @@ ReachValue NodeOperators<P>::causes(const ReachValue& operand) {
   for (const auto* condition : process_.events[operand.node().index]->preset) {
     append_indices(condition->producers(), result);
   }
-  sort_unique(result);
+  base::sort_unique(result);
   return set_of(BaseType::event, std::move(result));
 }
 
