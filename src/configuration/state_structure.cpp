@@ -15,7 +15,7 @@ constexpr std::size_t max_listed = 32;
 // Its rivals are not listed: it has many, and is not produced by a dummy that may still fire.
 bool is_contested(const net::StgPrefix::Condition& condition) {
   return condition.postset.size() > max_listed &&
-         (condition.is_initial() || !condition.pre_net::is_dummy(*event));
+         (condition.is_initial() || !net::is_dummy(*condition.pre_event));
 }
 
 }  // namespace
@@ -30,8 +30,7 @@ auto StateStructure<P>::edges_before() const
   net::EdgeHistory history(process_, order);
   while (history.visit_next_block()) continue;
   for (const Event* event : order) {
-    if (!net::is_dummy(*event))
-      edges_before_[*event] = history.edges_before(*event);
+    if (!net::is_dummy(*event)) edges_before_[*event] = history.edges_before(*event);
   }
   return edges_before_;
 }
