@@ -44,7 +44,8 @@ void measure(const char* file, int method, int all_solutions) {
   }
   const net::StgPrefix& prefix = std::get<net::StgPrefix>(*process);
   const std::uint64_t before = base::ticks_now();
-  conflicts::CscCheck engine(prefix, params_of(method, all_solutions));
+  conflicts::CscCheck engine(prefix,
+                             configuration::SearchOptions::of(params_of(method, all_solutions)));
   engine.run();
   const double search = base::seconds_of(base::ticks_now() - before),
                solve = base::seconds_of(base::run_state().sat_ticks);

@@ -50,7 +50,7 @@ void run_engine(const P& process, Phases& phases) {
   std::ostringstream statistics;
   net::print_statistics(process, statistics);
   {
-    reach::DeadlockCheck<P> engine(process, deadlock_params());
+    reach::DeadlockCheck<P> engine(process, configuration::SearchOptions::of(deadlock_params()));
     const std::uint64_t before = base::ticks_now();
     engine.run();
     const std::uint64_t search = base::ticks_now() - before;

@@ -102,10 +102,12 @@ void measure_expansion(const net::NetPrefix& prefix) {
 // Clauses of the property alone, without those of the configuration.
 std::uint64_t clauses_of(const std::string& property, const net::NetPrefix& prefix) {
   sat::CnfFormula formula({});
-  configuration::ConfigurationVars<net::NetPrefix> vars(prefix, formula);
+  const configuration::StateStructure<net::NetPrefix> structure(prefix);
+  configuration::ConfigurationVars<net::NetPrefix> vars(prefix, formula, formula.group(1));
+  configuration::StateLiterals<net::NetPrefix> state(structure, vars,
+                                                     configuration::Enabledness::direct);
   const auto parsed = reachlang::parse_reach(property);
-  if (!parsed || !reachlang::encode_predicate(*parsed, prefix, vars, false, formula.group(1)))
-    return 0;
+  if (!parsed || !reachlang::encode_predicate(*parsed, state)) return 0;
   return formula.solver().num_clauses();
 }
 

@@ -39,7 +39,8 @@ void measure(const char* file, synthesis::SynthesisStyle style, int solver) {
   }
   const net::StgPrefix& prefix = std::get<net::StgPrefix>(*process);
   const std::uint64_t start = base::ticks_now();
-  synthesis::EquationSearch engine(prefix, params_of(solver), style);
+  synthesis::EquationSearch engine(prefix, configuration::SearchOptions::of(params_of(solver)),
+                                   style);
   engine.run();
   const double seconds = base::seconds_of(base::ticks_now() - start);
   const double solving = base::seconds_of(base::run_state().sat_ticks);
