@@ -40,6 +40,7 @@ Acyclicity<P>::Acyclicity(ConfigurationVars<P>& vars)
 
 template <net::Process P>
 void Acyclicity<P>::add_part(Nodes nodes) {
+  assert(nodes.size() > 1 && "a node alone is on no cycle");
   for (const std::uint32_t node : nodes) part_of_[node] = static_cast<std::uint32_t>(parts_.size());
   parts_.push_back(std::move(nodes));
 }
@@ -146,6 +147,7 @@ void Acyclicity<P>::exclude_cycles_through(std::uint32_t root) {
 // Each piece of the root's part becomes a part of its own.
 template <net::Process P>
 void Acyclicity<P>::split_at(std::uint32_t root) {
+  assert(part_of_[root] != no_part && part_of_[root] < parts_.size());
   Nodes nodes = std::exchange(parts_[part_of_[root]], {});
   std::erase(nodes, root);
   part_of_[root] = no_part;
@@ -160,6 +162,7 @@ void Acyclicity<P>::split_at(std::uint32_t root) {
 // The event leads from what is reached before it to all that comes after it, but not to the root.
 template <net::Process P>
 void Acyclicity<P>::forbid_return(std::uint32_t event, std::uint32_t root) {
+  assert(graph_.is_event(event) && !graph_.is_event(root) && part_of_[event] == part_of_[root]);
   collect_neighbours(event, root);
   const sat::Lit fired = vars_.event_lit(base::Id<Event>{event});
   sat::Lits clause;

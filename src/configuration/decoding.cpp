@@ -49,6 +49,7 @@ std::vector<const typename P::Event*> firing_sequence(
       if (--waiting_for[next] == 0) sequence.push_back(&next);
     });
   }
+  assert(sequence.size() <= events.size() && "each event at most once");
   return sequence;
 }
 

@@ -3,6 +3,7 @@
 // Not here:  whether the result is believed (configuration/validation.h).
 #pragma once
 
+#include <cassert>
 #include <span>
 #include <vector>
 
@@ -45,7 +46,10 @@ template <net::Process P>
 std::vector<const typename P::Event*> events_of(const P& process, const results::Trace& trace) {
   std::vector<const typename P::Event*> events;
   events.reserve(trace.size());
-  for (const results::TraceStep& step : trace) events.push_back(process.events[step.event].get());
+  for (const results::TraceStep& step : trace) {
+    assert(step.event < process.events.size());
+    events.push_back(process.events[step.event].get());
+  }
   return events;
 }
 

@@ -24,6 +24,7 @@ EventSet event_set(std::span<const Event* const> events) {
   set.reserve(events.size());
   for (const Event* event : events) set.push_back(base::id_of(*event));
   std::ranges::sort(set);
+  assert(std::ranges::adjacent_find(set) == set.end() && "a configuration has no event twice");
   return set;
 }
 
@@ -41,22 +42,26 @@ base::IndexedBy<Event, bool> membership(const net::StgPrefix& prefix, const Even
 }
 
 bool includes(const EventSet& large, const EventSet& small) {
+  assert(std::ranges::is_sorted(large) && std::ranges::is_sorted(small));
   return small.size() <= large.size() && std::ranges::includes(large, small);
 }
 
 EventSet set_difference(const EventSet& a, const EventSet& b) {
+  assert(std::ranges::is_sorted(a) && std::ranges::is_sorted(b));
   EventSet result;
   std::ranges::set_difference(a, b, std::back_inserter(result));
   return result;
 }
 
 EventSet set_union(const EventSet& a, const EventSet& b) {
+  assert(std::ranges::is_sorted(a) && std::ranges::is_sorted(b));
   EventSet result;
   std::ranges::set_union(a, b, std::back_inserter(result));
   return result;
 }
 
 EventSet symmetric_difference(const EventSet& a, const EventSet& b) {
+  assert(std::ranges::is_sorted(a) && std::ranges::is_sorted(b));
   EventSet result;
   std::ranges::set_symmetric_difference(a, b, std::back_inserter(result));
   return result;
@@ -79,6 +84,7 @@ bool has_only_dummies(const net::StgPrefix& prefix, const EventSet& set) {
 }
 
 EventSet without_maximal_dummies(const net::StgPrefix& prefix, const EventSet& configuration) {
+  assert(is_causally_closed(prefix, configuration));
   Membership inside = membership(prefix, configuration);
   std::vector<const Event*> open;
   for (const StgEventId id : configuration) {
@@ -97,6 +103,7 @@ EventSet without_maximal_dummies(const net::StgPrefix& prefix, const EventSet& c
   EventSet rest;
   std::ranges::copy_if(configuration, std::back_inserter(rest),
                        [&inside](StgEventId id) { return inside[id]; });
+  assert(is_causally_closed(prefix, rest) && "only what nothing needs has gone");
   return rest;
 }
 

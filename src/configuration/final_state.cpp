@@ -30,6 +30,8 @@ FinalState<P>::FinalState(const StateStructure<P>& structure, std::span<const Ev
                           Enabledness enabledness)
     : structure_{structure}, enabledness_{enabledness}, has_fired_(process().events.size()) {
   for (const Event* event : events) has_fired_[*event] = true;
+  assert(is_configuration());
+  assert((std::is_same_v<P, net::StgPrefix>) || enabledness == Enabledness::direct);
 }
 
 template <net::Process P>
@@ -37,7 +39,20 @@ FinalState<P>::FinalState(const StateStructure<P>& structure, const EventSet& co
                           Enabledness enabledness) requires std::is_same_v<P, net::StgPrefix>
     : structure_{structure},
       enabledness_{enabledness},
-      has_fired_(membership(process(), configuration)) {}
+      has_fired_(membership(process(), configuration)) {
+  assert(is_configuration());
+}
+
+template <net::Process P>
+bool FinalState<P>::is_configuration() const {
+  return std::ranges::all_of(process().events, [this](const auto& event) {
+    if (!has_fired_[*event]) return true;
+    return std::ranges::all_of(event->preset, [this](const Condition* condition) {
+      const auto has_fired = [this](const Event* consumer) { return has_fired_[*consumer]; };
+      return is_produced(*condition) && std::ranges::count_if(condition->postset, has_fired) == 1;
+    });
+  });
+}
 
 template <net::Process P>
 bool FinalState<P>::is_consumed(const Condition& condition) const {
@@ -65,6 +80,7 @@ bool FinalState<P>::is_marked(const Place& place) const {
 
 template <net::Process P>
 bool FinalState<P>::is_enabled(const Event& event) const {
+  assert(event.index < has_fired_.size());
   if (enabledness_ == Enabledness::via_dummies) return is_enabled_after_dummies(event);
   return std::ranges::all_of(event.preset,
                              [this](const auto* condition) { return is_marked(*condition); });
@@ -115,6 +131,7 @@ bool FinalState<P>::is_excited(net::SignalId signal) const requires P::NetType::
 
 template <net::Process P>
 bool FinalState<P>::value(net::SignalId signal) const requires P::NetType::has_signals {
+  assert(process().visible_signals().contains(signal) && "a dummy has no value");
   const auto edges =
       std::ranges::count_if(structure_.instances().events_of(signal),
                             [this](const Event* event) { return has_fired_[*event]; });
@@ -168,6 +185,7 @@ std::optional<std::vector<base::Id<typename P::NetType::Place>>> FinalState<P>::
   }
   std::ranges::sort(places);
   const auto repeated = std::ranges::adjacent_find(places);
+  assert(places.size() <= process().conditions.size());
   if (repeated == places.end()) return places;
   base::print_error(
       unsafe_message<P>(process(), base::element(process().places, *repeated), events));

@@ -53,6 +53,8 @@ class FinalState {
   std::optional<std::vector<base::Id<Place>>> marking() const;
 
  private:
+  // Everything that is consumed is produced, and nothing is consumed twice. For assertions.
+  bool is_configuration() const;
   bool is_consumed(const Condition& condition) const;
   bool is_produced(const Condition& condition) const;
   bool is_enabled_after_dummies(const Event& target) const;

@@ -1,6 +1,7 @@
 #include "configuration/merged_validation.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <vector>
 
@@ -47,6 +48,7 @@ class CycleSearch {
   };
 
   void open(const Event& event) {
+    assert(state_[event] == State::fresh && inside_.contains(event));
     state_[event] = State::on_path;
     Step step{&event, {}};
     for (const auto* condition : event.postset) {

@@ -23,6 +23,7 @@ SearchEngine<P>::SearchEngine(const P& process, const SearchOptions& options,
 
 template <net::Process P>
 void SearchEngine<P>::run() {
+  assert(instance_.size() == 0 && report_.solutions.empty() && "an engine runs once");
   if (options_.all_solutions != 0) {
     search_all();
   } else if (options_.min_cost) {
@@ -78,6 +79,7 @@ void SearchEngine<P>::record_solution() {
 
 template <net::Process P>
 void SearchEngine<P>::add_solution(std::unique_ptr<results::Solution> solution) {
+  assert(solution != nullptr);
   if (options_.all_solutions == 0) report_.solutions.clear();
   report_.add(std::move(solution));
 }
@@ -137,6 +139,7 @@ bool SearchEngine<P>::start_least_cost(sat::Lits& bits, std::vector<bool>& value
     if (formula().value(lit) == sat::ModelValue::undefined) continue;
     current.push_back(formula().is_true(lit) ? lit : ~lit);
   }
+  assert(bits.empty() && values.empty());
   bits = cost_bits(sat::default_polarity);
   formula().add_units(current, false, formula().group(2));
   const bool resolved = sat::resolve_cost(

@@ -1,5 +1,6 @@
 #include "configuration/search_instance.h"
 
+#include <cassert>
 #include <iostream>
 
 #include "base/messages.h"
@@ -53,6 +54,7 @@ template <net::Process P>
 bool SearchInstance<P>::refine() {
   if constexpr (P::is_merged) {
     for (const auto& configuration : configurations_) {
+      assert(configuration->acyclicity != nullptr && "encoded with its configuration");
       if (configuration->acyclicity->refine(decode_events(configuration->vars))) has_grown_ = true;
     }
   }
@@ -69,6 +71,7 @@ void SearchInstance<P>::print_instance_size() const {
 
 template <net::Process P>
 std::vector<const typename P::Event*> SearchInstance<P>::events_of_model(std::size_t i) const {
+  assert(i < size());
   return decode_events(configurations_[i]->vars);
 }
 

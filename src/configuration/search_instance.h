@@ -5,6 +5,7 @@
 // whoever needs a model asks solve(), not the formula.
 #pragma once
 
+#include <cassert>
 #include <memory>
 #include <vector>
 
@@ -31,8 +32,14 @@ class SearchInstance {
   // rule on maximal dummies; on merged processes also what only they need. Permanent.
   void add_configuration();
   std::size_t size() const { return configurations_.size(); }
-  ConfigurationVars<P>& configuration(std::size_t i) { return configurations_[i]->vars; }
-  StateLiterals<P>& state(std::size_t i) { return configurations_[i]->state; }
+  ConfigurationVars<P>& configuration(std::size_t i) {
+    assert(i < size());
+    return configurations_[i]->vars;
+  }
+  StateLiterals<P>& state(std::size_t i) {
+    assert(i < size());
+    return configurations_[i]->state;
+  }
 
   // Solves until the model is one of configurations; tells the size of the instance of a merged
   // process whenever it has grown. False when there is none, and after a reported failure.

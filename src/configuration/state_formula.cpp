@@ -26,6 +26,7 @@ void StateFormula::add_not_excited(std::size_t state, net::SignalId signal, bool
 }
 
 Region StateFormula::region(std::size_t state, net::SignalId signal) {
+  assert(prefix().visible_signals().contains(signal));
   const bool is_high = formula().is_true(instance_.state(state).code(signal));
   if (formula().is_true(instance_.state(state).excited(signal))) {
     return is_high ? Region::falling : Region::rising;

@@ -34,6 +34,7 @@ StateLiterals<P>::StateLiterals(const StateStructure<P>& structure, Configuratio
 
 template <net::Process P>
 sat::Lit StateLiterals<P>::marked(const Place& place, sat::Polarity polarity) {
+  assert(process().places[place.index].get() == &place);
   sat::LitCell& cell = vars_.places[place];
   if (cell.serves(polarity)) return cell.lit;
   sat::Lits lits;
@@ -72,6 +73,7 @@ sat::Lits StateLiterals<P>::lits_before_firing(const Event& event, sat::Polarity
       return lits;
     }
   }
+  assert(enabledness_ == Enabledness::direct);
   for (const auto* condition : event.preset) lits.push_back(vars_.marked_lit(*condition, polarity));
   return lits;
 }
@@ -91,6 +93,7 @@ sat::Lit StateLiterals<P>::enabled(const Event& event, sat::Polarity polarity) {
 // event: there the marking decides.
 template <net::Process P>
 sat::Lit StateLiterals<P>::enabled(const Transition& transition, sat::Polarity polarity) {
+  assert(process().transitions[transition.index].get() == &transition);
   sat::LitCell& cell = vars_.transitions[transition];
   if (cell.serves(polarity)) return cell.lit;
   const auto events = structure_.instances().events_of(base::id_of(transition));
@@ -106,6 +109,8 @@ sat::Lit StateLiterals<P>::enabled(const Transition& transition, sat::Polarity p
 
 template <net::Process P>
 sat::Lit StateLiterals<P>::code(net::SignalId signal) requires P::NetType::has_signals {
+  assert(process().visible_signals().contains(signal) && "a dummy has no value");
+  assert(base::element(process().signals, signal).initial_value != net::unknown_value);
   sat::Lit& lit = code_[signal];
   if (lit.is_uninit()) {
     const bool is_high = base::element(process().signals, signal).initial_value == 1;
@@ -171,6 +176,7 @@ sat::Lit StateLiterals<P>::excited(net::SignalId signal,
 
 template <net::Process P>
 sat::Lit StateLiterals<P>::next_value(net::SignalId signal) requires P::NetType::has_signals {
+  assert(process().visible_signals().contains(signal) && "a dummy has no value");
   sat::Lit& lit = next_[signal];
   if (lit.is_uninit()) {
     lit = formula().make_gate(sat::Gate(sat::GateXor, {code(signal), excited(signal)}),

@@ -62,6 +62,7 @@ bool StateStructure<P>::has_only_ordered_edges() const requires std::is_same_v<P
 template <net::Process P>
 auto StateStructure<P>::firing_condition(const Event& event) const
     -> FiringCondition requires std::is_same_v<P, net::StgPrefix> {
+  assert(process_.events[event.index].get() == &event);
   FiringCondition result;
   result.excluded.push_back(&event);
   std::vector<const Event*> waited_for{&event};
@@ -86,6 +87,7 @@ auto StateStructure<P>::firing_condition(const Event& event) const
   }
   base::sort_unique(result.needed, &Event::index);
   base::sort_unique(result.excluded, &Event::index);
+  assert(!result.excluded.empty() && "the event itself is one");
   return result;
 }
 

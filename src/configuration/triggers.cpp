@@ -1,6 +1,7 @@
 #include "configuration/triggers.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace vorel::configuration {
 namespace {
@@ -50,6 +51,7 @@ std::vector<const Event*> TriggerFinder::triggers_of(const Event& event) {
     std::erase_if(candidates_,
                   [this](const Event* candidate) { return seen_.contains(*candidate); });
   }
+  assert(std::ranges::none_of(candidates_, [](const Event* e) { return net::is_dummy(*e); }));
   std::ranges::sort(candidates_, {}, &Event::index);
   return candidates_;
 }

@@ -1,6 +1,7 @@
 #include "configuration/validation.h"
 
 #include <algorithm>
+#include <cassert>
 #include <string>
 
 #include "base/indexed_by.h"
@@ -40,6 +41,7 @@ class TokenGame {
 
  private:
   void mark(const Condition& condition) {
+    assert(!marked_[condition] && "told before");
     marked_[condition] = true;
     was_marked_[condition] = true;
   }

@@ -39,6 +39,7 @@ DeadlockCheck<P>::DeadlockCheck(const P& process, const configuration::SearchOpt
 template <net::Process P>
 void DeadlockCheck<P>::encode(sat::ClauseGroup) {
   auto& instance = this->instance();
+  assert(instance.size() == 0 && "an engine encodes once");
   instance.add_configuration();
   DeadlockEncoding<P> encoding(instance.state(0), this->structure());
   if (this->options().method == 1) {

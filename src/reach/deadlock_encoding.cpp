@@ -65,7 +65,9 @@ DeadlockEncoding<P>::DeadlockEncoding(configuration::StateLiterals<P>& state,
       vars_{state.vars()},
       structure_{structure},
       process_{structure.process()},
-      consumed_(process_.conditions.size()) {}
+      consumed_(process_.conditions.size()) {
+  assert(&vars_.process() == &process_);
+}
 
 // The clause starts with the complements of the literals of the preset; false if one of its
 // conditions is never produced.
@@ -91,6 +93,7 @@ void DeadlockEncoding<P>::append_consumer_lits(const Condition& condition, sat::
 template <net::Process P>
 void DeadlockEncoding<P>::append_consumers(const Condition& condition) {
   constexpr std::size_t max_listed = 32;
+  assert(!condition.postset.empty() && "some event consumes it");
   if (condition.postset.size() <= max_listed) {
     append_consumer_lits(condition, clause_);
     return;
@@ -134,6 +137,7 @@ void DeadlockEncoding<P>::encode_dead_marking() {
   const auto dominated = dominated_consumers(process_.transitions);
   for (const auto& transition : process_.transitions) {
     const bool occurs = !structure_.instances().events_of(base::id_of(*transition)).empty();
+    assert(transition->index < dominated.size());
     if (dominated[*transition] || !occurs) continue;
     clause_.clear();
     for (const auto* place : transition->preset) clause_.push_back(~state_.marked_at_least(*place));

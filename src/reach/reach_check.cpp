@@ -61,6 +61,7 @@ ReachCheck<P>::ReachCheck(const P& process, const configuration::SearchOptions& 
 
 template <net::Process P>
 void ReachCheck<P>::encode(sat::ClauseGroup) {
+  assert(property_ != nullptr && this->instance().size() == 0);
   this->instance().add_configuration();
   normal_form_ = reachlang::encode_predicate(*property_, this->instance().state(0));
 }
