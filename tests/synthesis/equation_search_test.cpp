@@ -11,6 +11,7 @@
 #include "conflicts/conflicts_support.h"
 #include "oracle/circuit_states.h"
 #include "support/legacy_files.h"
+#include "synthesis/assumptions.h"
 
 namespace vorel::synthesis {
 namespace {
@@ -209,6 +210,44 @@ TEST(EquationSearch, EquationsOfRandomStgsWithDummiesAreRightInAllReachableState
 
 TEST(EquationSearch, EquationsOfRandomStgsWithTogglesAreRightInAllReachableStates) {
   expect_right_equations_of_random_stgs({.toggles = true, .max_states = 60}, 40);
+}
+
+// What disables what, and what is dead, by the state graph.
+void expect_broken_assumptions_told(const oracle::RandomStgParams& params) {
+  const support::Seeds range = support::seeds(150);
+  std::size_t compared = 0, broken = 0;
+  for (std::uint64_t seed = range.first; seed < range.end; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const auto prefix = oracle::unfold(oracle::random_stg(seed, params));
+    if (!prefix || configuration::has_dummy_cutoffs(*prefix)) continue;
+    const auto graph = oracle::explore<net::Stg>(*prefix);
+    const configuration::StateStructure<net::StgPrefix> structure(*prefix);
+    const auto options = configuration::SearchOptions::of(
+        support::default_params({{"solver", static_cast<int>(seed % 2)}}));
+    std::set<std::pair<std::uint32_t, std::uint32_t>> found;
+    for (const Disabling& pair : find_disablings(structure, options.encoding)) {
+      EXPECT_TRUE(found.emplace(pair.signal.value, pair.by.value).second) << "told twice";
+    }
+    EXPECT_EQ(found, oracle::disabled_signals(*prefix, graph));
+    std::set<net::SignalId> dead;
+    for (const net::SignalId signal : prefix->driven_signals()) dead.insert(signal);
+    for (const auto& state : graph.states) {
+      for (const auto& arc : state.arcs) dead.erase(base::id_of(*arc.transition->signal));
+    }
+    EXPECT_TRUE(std::ranges::equal(dead_signals(structure), dead));
+    ++compared;
+    broken += found.empty() ? 0 : 1;
+    if (testing::Test::HasFailure()) return;
+  }
+  EXPECT_GT(compared, (range.end - range.first) / 4);
+  EXPECT_GT(broken, compared / 40);
+  EXPECT_LT(broken, compared);
+}
+
+TEST(Assumptions, AgreeWithTheStateGraph) {
+  expect_broken_assumptions_told({});
+  expect_broken_assumptions_told({.dummies = true});
+  expect_broken_assumptions_told({.toggles = true});
 }
 
 }  // namespace
