@@ -55,7 +55,7 @@ PairSearch::PairSearch(const net::StgPrefix& prefix, const configuration::Search
     base::print_warning("there are dummy cut-offs; the result will not be reliable");
 }
 
-void PairSearch::encode(sat::ClauseGroup group) {
+void PairSearch::encode([[maybe_unused]] sat::ClauseGroup group) {
   assert(group == sat::PermanentGroup && instance().size() == 0 && "an engine encodes once");
   instance().add_configuration();
   instance().add_configuration();

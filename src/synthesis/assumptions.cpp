@@ -33,8 +33,8 @@ bool has_arc(const base::PtrList<Place>& places, const Place& place) {
 }
 
 // Asks of pairs that compete for a token, in one formula over a state in which the signal is
-// excited, that in which all dummies that the other signal needs have fired (which is the same if
-// there are no dummies), and that after the other signal. The last one is a configuration of its
+// excited, that in which the dummies that the other signal needs have fired too (which is the same
+// if there are no dummies), and that after the other signal. The last one is a configuration of its
 // own that agrees on the places which the signal waits for: what lies behind a cut-off is not in
 // the prefix.
 class DisablingSearch {
@@ -137,9 +137,27 @@ class DisablingSearch {
       }
     }
     formula.add_unit(~after.excited(signal), group);
+    if (before_ > 0) exclude_needless_dummies(taker, group);
     const bool is_found = formula.solve();
     formula.remove_group(group);
     return is_found;
+  }
+
+  // A dummy that has fired in between leads to the transition, or to another one that has.
+  void exclude_needless_dummies(const Transition& taker, sat::ClauseGroup group) {
+    auto& first = states_.state(0).vars();
+    auto& before = states_.state(before_).vars();
+    for (const auto& event : prefix_.events) {
+      if (!net::is_dummy(*event)) continue;
+      sat::Lits clause{~before.event_lit(*event), first.event_lit(*event)};
+      for (const auto* condition : event->postset) {
+        if (has_arc(taker.preset, *condition->place)) clause.push_back(sat::LitTrue);
+        for (const auto* consumer : condition->postset) {
+          clause.push_back(before.event_lit(*consumer));
+        }
+      }
+      states_.formula().add_clause(clause, group);
+    }
   }
 
   const configuration::StateStructure<net::StgPrefix>& structure_;

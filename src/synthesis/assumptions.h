@@ -12,7 +12,7 @@
 namespace vorel::synthesis {
 
 // In some reachable state the signal is excited, by way of dummies perhaps, and `by` can fire,
-// behind dummies perhaps, after which the signal is not excited any more.
+// perhaps behind dummies that it needs, after which the signal is not excited any more.
 struct Disabling {
   net::SignalId signal, by;
 

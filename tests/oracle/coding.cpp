@@ -1,6 +1,8 @@
 #include "oracle/coding.h"
 
+#include <algorithm>
 #include <cassert>
+#include <iterator>
 #include <map>
 
 namespace vorel::oracle {
@@ -119,6 +121,19 @@ std::set<std::pair<std::uint32_t, std::uint32_t>> disabled_signals(
     }
   }
   return pairs;
+}
+
+SignalSet signals_that_dummies_disable(const StateGraph<net::Stg>& graph) {
+  SignalSet signals;
+  for (std::uint32_t state = 0; state < graph.states.size(); ++state) {
+    const SignalSet before = enabled_through_dummies(graph, state);
+    for (const auto& arc : graph.states[state].arcs) {
+      if (!arc.transition->signal->is_dummy()) continue;
+      const SignalSet after = enabled_through_dummies(graph, arc.target);
+      std::ranges::set_difference(before, after, std::inserter(signals, signals.end()));
+    }
+  }
+  return signals;
 }
 
 bool has_usc_conflict(const StateGraph<net::Stg>& graph, const Values& initial) {

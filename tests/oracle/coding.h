@@ -35,6 +35,9 @@ SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32
 // first is not.
 std::set<std::pair<std::uint32_t, std::uint32_t>> disabled_signals(
     const net::Stg& stg, const StateGraph<net::Stg>& graph);
+// Those enabled before some dummy fires and not after it: what is enabled depends on how a state is
+// reached.
+SignalSet signals_that_dummies_disable(const StateGraph<net::Stg>& graph);
 
 // Two states with one code and different markings.
 bool has_usc_conflict(const StateGraph<net::Stg>& graph, const Values& initial);

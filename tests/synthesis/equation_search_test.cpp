@@ -228,7 +228,15 @@ void expect_broken_assumptions_told(const oracle::RandomStgParams& params) {
     for (const Disabling& pair : find_disablings(structure, options.encoding)) {
       EXPECT_TRUE(found.emplace(pair.signal.value, pair.by.value).second) << "told twice";
     }
-    EXPECT_EQ(found, oracle::disabled_signals(*prefix, graph));
+    auto expected = oracle::disabled_signals(*prefix, graph);
+    // Where a dummy decides alone, the state graph does not show that no other signal does.
+    for (const std::uint32_t signal : oracle::signals_that_dummies_disable(graph)) {
+      const auto is_of_signal = [signal](const auto& pair) { return pair.first == signal; };
+      std::erase_if(
+          found, [&](const auto& pair) { return is_of_signal(pair) && expected.contains(pair); });
+      std::erase_if(expected, is_of_signal);
+    }
+    EXPECT_EQ(found, expected);
     std::set<net::SignalId> dead;
     for (const net::SignalId signal : prefix->driven_signals()) dead.insert(signal);
     for (const auto& state : graph.states) {
@@ -236,7 +244,7 @@ void expect_broken_assumptions_told(const oracle::RandomStgParams& params) {
     }
     EXPECT_TRUE(std::ranges::equal(dead_signals(structure), dead));
     ++compared;
-    broken += found.empty() ? 0 : 1;
+    broken += expected.empty() ? 0 : 1;
     if (testing::Test::HasFailure()) return;
   }
   EXPECT_GT(compared, (range.end - range.first) / 4);
