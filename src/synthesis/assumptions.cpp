@@ -13,21 +13,6 @@ using Transition = net::StgTransition;
 using TransitionList = std::vector<const Transition*>;
 using PlaceList = std::vector<const Place*>;
 
-// The transitions, and the dummies that one of them may wait for.
-TransitionList with_dummies_before(std::span<const Transition* const> transitions) {
-  TransitionList list(transitions.begin(), transitions.end());
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    for (const Place* place : list[i]->preset) {
-      for (const Transition* producer : place->preset) {
-        const bool is_new =
-            producer->signal->is_dummy() && std::ranges::find(list, producer) == list.end();
-        if (is_new) list.push_back(producer);
-      }
-    }
-  }
-  return list;
-}
-
 bool has_arc(const base::PtrList<Place>& places, const Place& place) {
   return std::ranges::find(places, &place) != places.end();
 }
@@ -45,7 +30,8 @@ class DisablingSearch {
         prefix_{structure.process()},
         before_{prefix_.internals_end < prefix_.signals.size() ? 1u : 0u},
         states_{structure, with_all_states(options), before_ + 2},
-        waited_for_(prefix_.places.size()) {
+        waited_for_(prefix_.places.size()),
+        seen_(prefix_.transitions.size()) {
     if (before_ > 0) add_dummies_between();
     collect_takers();
   }
@@ -104,6 +90,20 @@ class DisablingSearch {
         takers_.push_back(std::move(taker));
       }
     }
+  }
+
+  // The transitions, and the dummies that one of them may wait for.
+  TransitionList with_dummies_before(std::span<const Transition* const> transitions) {
+    seen_.clear();
+    TransitionList list(transitions.begin(), transitions.end());
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      for (const Place* place : list[i]->preset) {
+        for (const Transition* producer : place->preset) {
+          if (producer->signal->is_dummy() && seen_.insert(*producer)) list.push_back(producer);
+        }
+      }
+    }
+    return list;
   }
 
   PlaceList mark_waited_for(net::SignalId signal) {
@@ -166,6 +166,7 @@ class DisablingSearch {
   configuration::StateFormula states_;
   std::vector<Taker> takers_;
   base::MarkSet<Place> waited_for_;
+  base::MarkSet<Transition> seen_;  // scratch
 };
 
 std::string text_of(const net::Signal& signal) {
