@@ -1,6 +1,6 @@
 // bench/synthesis_phases.cpp - what do equations cost, and with which solver?
 // Usage: bench_synthesis_phases FILE...   (*.pnml prefixes of STGs without coding conflicts)
-// Rows per file: the three styles with both solvers; milliseconds and SAT calls per signal, and the
+// Rows per file: the four styles with both solvers; milliseconds and SAT calls per signal, and the
 // share of the time that is spent in the solver. Each row runs in a process of its own; both
 // solvers must come to the same number of literals.
 #include <sys/wait.h>
@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
               "by", "seconds", "ms/signal", "calls/s.", "in SAT", "literals");
   std::fflush(stdout);
   for (int i = 1; i < argc; ++i) {
-    for (const auto style : {complex_gate, generalised_c, standard_c}) {
+    for (const auto style : {complex_gate, four_sets, generalised_c, standard_c}) {
       for (const int solver : {0, 1}) {
         const pid_t child = fork();
         if (child == 0) {

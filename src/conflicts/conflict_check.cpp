@@ -1,8 +1,26 @@
 #include "conflicts/conflict_check.h"
 
 #include "base/messages.h"
+#include "base/run_state.h"
+#include "base/sort_unique.h"
+#include "conflicts/conflict_solution.h"
 
 namespace vorel::conflicts {
+namespace {
+
+// The edges that can fire, perhaps after dummies.
+std::string enabled_edges(const State& state) {
+  std::vector<const net::StgTransition*> edges;
+  for (const auto& event : state.process().events) {
+    if (!net::is_dummy(*event) && state.is_enabled(*event)) edges.push_back(event->transition);
+  }
+  base::sort_unique(edges, &net::StgTransition::index);
+  std::string text;
+  for (const auto* edge : edges) text += (text.empty() ? "" : ", ") + edge->name;
+  return text.empty() ? "nothing" : text;
+}
+
+}  // namespace
 
 ConflictCheck::ConflictCheck(const net::StgPrefix& prefix,
                              const configuration::SearchOptions& options,
@@ -46,6 +64,25 @@ void ConflictCheck::record_and_block() {
   for (const Core& core : seen_pairs_.add(Core(std::move(one), std::move(other)))) {
     block(core, sat::PermanentGroup);
   }
+}
+
+void ConflictCheck::finish() {
+  if (base::verbosity() < 1) return;
+  for (const auto& solution : found().solutions) {
+    static_cast<ConflictSolution&>(*solution).diagnostics = diagnostics_of(*solution);
+  }
+}
+
+std::string ConflictCheck::diagnostics_of(const results::Solution& solution) const {
+  const auto [one, other] = pair_of(solution);
+  const State state = state_after(one);
+  const auto code = state.code();
+  std::string text = "common code:";
+  for (const net::SignalId signal : process().visible_signals()) {
+    text += ' ' + base::element(process().signals, signal).name + (code[signal] ? "=1" : "=0");
+  }
+  return text + "\nenabled after the first trace: " + enabled_edges(state) +
+         "\nenabled after the second trace: " + enabled_edges(state_after(other)) + '\n';
 }
 
 bool ConflictCheck::validate(const results::Solution& solution) const {

@@ -23,6 +23,8 @@ class ConflictCheck : public PairSearch {
   ConflictCheck(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
                 results::VerdictMessages messages, Notes notes);
 
+  // At verbosity 1: the code of the two states and what is enabled in each, for every solution.
+  void finish() final;
   void encode(sat::ClauseGroup group) final;
   void add_code_constraint() final;
   // The difference in any of these pairs of literals.
@@ -33,6 +35,8 @@ class ConflictCheck : public PairSearch {
   bool validate(const results::Solution& solution) const override;
 
  private:
+  std::string diagnostics_of(const results::Solution& solution) const;
+
   MinimalCores seen_pairs_;
 };
 

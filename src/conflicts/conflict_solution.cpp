@@ -1,11 +1,16 @@
 #include "conflicts/conflict_solution.h"
 
+#include <iostream>
+
 namespace vorel::conflicts {
 
 void ConflictSolution::print(std::ostream& stream) const {
   results::Solution::print(stream);
-  if (signal_.empty() || !results::is_standard_output(stream)) return;
-  stream << "\nConflict for signal " << signal_ << '\n';
+  if (!results::is_standard_output(stream)) return;
+  if (!signal_.empty()) stream << "\nConflict for signal " << signal_ << '\n';
+  if (diagnostics.empty()) return;
+  stream.flush();
+  std::cerr << diagnostics << std::flush;
 }
 
 results::XmlNode* ConflictSolution::to_xml(results::XmlDocument& document) const {

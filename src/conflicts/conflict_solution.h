@@ -16,6 +16,9 @@ class ConflictSolution : public results::Solution {
 
   const std::string& signal() const { return signal_; }
 
+  // Lines that go to the standard error stream, below the traces on the standard output.
+  std::string diagnostics;
+
  private:
   std::string signal_;
 };

@@ -88,8 +88,9 @@ inline constexpr std::string_view mode_notes = R"(
   The original STG must be consistent. The synthesis modes -E, -G, -S and -T
   also require it to have the CSC property; -R can establish it.
 
-  -E, -G and -S take two more things for granted, and do not check them: there
-  are equations, and the exit code is 0, also where they do not hold.
+  -E, -G and -S take two more things for granted: there are equations, and the
+  exit code is 0, also where they do not hold. -v1 checks them, and names the
+  signals concerned on stderr.
   * Output persistency: no output or internal signal that is about to change
     is prevented from it by another signal, for example by an input. Where one
     is, the equations describe a circuit with a hazard. To look for such a

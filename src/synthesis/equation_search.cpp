@@ -7,7 +7,9 @@
 
 #include "base/messages.h"
 #include "base/output_file.h"
+#include "base/run_state.h"
 #include "configuration/dummy_cutoffs.h"
+#include "synthesis/assumptions.h"
 #include "synthesis/monotonic_cover.h"
 #include "synthesis/verilog_writer.h"
 #include "toolkit/factor.h"
@@ -40,6 +42,7 @@ EquationSearch::EquationSearch(const net::StgPrefix& prefix,
     : prefix_{prefix},
       style_{style},
       output_configurations_{options.output_configurations},
+      encoding_{options.encoding},
       structure_{prefix},
       triggers_{structure_},
       support_search_{structure_, options.encoding, style},
@@ -51,6 +54,8 @@ EquationSearch::EquationSearch(const net::StgPrefix& prefix,
 
 void EquationSearch::run() {
   using enum FunctionPhase;
+  if (base::verbosity() >= 1) print_broken_assumptions(std::cerr, structure_, encoding_);
+  if (base::run_failed()) return;
   const auto derive_all = [this](net::SignalId signal) {
     if (has_two_functions(style_)) return derive({signal, set}) && derive({signal, reset});
     return derive({signal, next_state});

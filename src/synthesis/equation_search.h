@@ -26,7 +26,8 @@ class EquationSearch {
                  SynthesisStyle style, std::size_t max_codes = StateSetSearch::usual_max_codes);
 
   // Without a conflict of codes that stands in the way every signal gets its solutions; else the
-  // conflict is reported, and there are none.
+  // conflict is reported, and there are none. At verbosity 1 tells before what the equations take
+  // for granted and is not so.
   void run();
   // Delivers the solutions, to a Verilog module if the output is named *.v.
   void report(const std::string& output) const;
@@ -49,6 +50,7 @@ class EquationSearch {
   const net::StgPrefix& prefix_;
   const SynthesisStyle style_;
   const bool output_configurations_;
+  const configuration::EncodingOptions encoding_;
   const configuration::StateStructure<net::StgPrefix> structure_;
   const TriggerTable triggers_;
   SupportSearch support_search_;

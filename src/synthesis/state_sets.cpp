@@ -35,13 +35,12 @@ StateSets StateSetSearch::collect(const ProjectedFunction& projected) {
   // Definitions come before the first solve, so that every model has their values.
   states_.state(0).next_value(projected.function.signal);
   for (const net::SignalId other : projected.support) states_.state(0).code(other);
-  // Decomposition needs every code; what it asks for is small.
-  const bool is_bounded = style_ != SynthesisStyle::four_sets;
-  codes_left_ = is_bounded ? max_codes_ : ~std::size_t{0};
+  codes_left_ = max_codes_;
   StateSets sets = empty_sets(projected.support);
   if (collect_codes(projected, sets) || base::run_failed()) return sets;
   sets = empty_sets(projected.support);
   collect_cubes(projected, sets);
+  if (style_ == SynthesisStyle::four_sets) collect_four_covers(projected, sets);
   return sets;
 }
 
@@ -181,17 +180,50 @@ void StateSetSearch::collect_cubes(const ProjectedFunction& projected, StateSets
     }
     states_.formula().add_unit(~next, group);
   };
-  sets.on = cubes_without(projected.support, on, off);
+  sets.on =
+      cubes_without(projected.support, on, off, toolkit::Cover(projected.support.size(), false));
   sets.off = cubes_outside(projected.support, off, sets.on);
 }
 
+// Each cover is kept away from those before it, and from the states of those after it that could
+// still lie in its cubes.
+void StateSetSearch::collect_four_covers(const ProjectedFunction& projected, StateSets& sets) {
+  using enum configuration::Region;
+  const net::SignalId signal = projected.function.signal;
+  const sat::Lit next = states_.state(0).next_value(signal);
+  const sat::Lit excited = states_.state(0).excited(signal);
+  const auto all_of = [this](sat::Lits lits) -> Constraint {
+    return [this, lits = std::move(lits)](sat::ClauseGroup group) {
+      states_.formula().add_units(lits, false, group);
+    };
+  };
+  const auto any_of = [this](sat::Lits lits) -> Constraint {
+    return [this, lits = std::move(lits)](sat::ClauseGroup group) {
+      states_.formula().add_clause(lits, group);
+    };
+  };
+  toolkit::Cover taken(projected.support.size(), false);
+  const auto keep = [&sets, &taken](configuration::Region region, toolkit::Cover cover) {
+    for (const toolkit::Cube& cube : cover) taken.add(cube);
+    sets.four_sets[static_cast<std::size_t>(region)] = std::move(cover);
+  };
+  const Constraint rises = all_of({next, excited}), falls = all_of({~next, excited});
+  const SignalList& support = projected.support;
+  keep(stable_high,
+       cubes_without(support, all_of({next, ~excited}), any_of({~next, excited}), taken, rises));
+  keep(rising, cubes_without(support, rises, all_of({~next}), taken));
+  keep(stable_low, cubes_without(support, all_of({~next, ~excited}), falls, taken, falls));
+  keep(falling, cubes_outside(support, falls, taken));
+}
+
 toolkit::Cover StateSetSearch::cubes_without(const SignalList& support, const Constraint& wanted,
-                                             const Constraint& others) {
+                                             const Constraint& others, const toolkit::Cover& taken,
+                                             const Constraint& precedence) {
   sat::CnfFormula& formula = states_.formula();
   const sat::ClauseGroup blocked = formula.new_group();
   toolkit::Cover cover(support.size(), false);
-  std::vector<toolkit::Cube>
-      refused;  // codes of others that stood in the way: likely to do so again
+  // With the codes of others that stood in the way: they are likely to do so again.
+  std::vector<toolkit::Cube> refused(taken.begin(), taken.end());
   const auto is_allowed = [&](const toolkit::Cube& cube) {
     const auto is_inside = [&cube](const toolkit::Cube& code) { return meet(cube, code); };
     if (std::ranges::any_of(refused, is_inside)) return false;
@@ -203,6 +235,11 @@ toolkit::Cover StateSetSearch::cubes_without(const SignalList& support, const Co
     const auto code =
         state_in(toolkit::Cube(support.size(), toolkit::Ternary::dash), support, wanted);
     if (!code) break;
+    if (precedence && state_in(*code, support, precedence)) {
+      formula.add_clause(outside_of(*code, support), blocked);
+      refused.push_back(*code);
+      continue;
+    }
     toolkit::Cube cube = expanded(*code, is_allowed);
     formula.add_clause(outside_of(cube, support), blocked);
     cover.add(std::move(cube));

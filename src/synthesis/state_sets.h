@@ -37,9 +37,10 @@ class StateSetSearch {
       : states_{structure, options, 1}, style_{style}, max_codes_{max_codes} {}
 
   // The support must be one of the function. Incomplete after a reported error. Up to max_codes
-  // codes are listed one by one; of a function with more, ON and OFF are cubes that have been
-  // expanded as far as no state speaks against it, and there are no arcs: then a function of
-  // standard-C is false wherever its signal is stable.
+  // codes are listed one by one; of a function with more, ON, OFF and the four sets are cubes that
+  // have been expanded as far as no state speaks against it, and there are no arcs: then a function
+  // of standard-C is false wherever its signal is stable. Each reachable code is in exactly one of
+  // the four sets (in that of an excited state, if there is one), and no two of their cubes meet.
   StateSets collect(const ProjectedFunction& projected);
 
   std::uint64_t solve_calls() const { return solve_calls_; }
@@ -57,9 +58,14 @@ class StateSetSearch {
   bool collect_arcs(const ProjectedFunction& projected, StateSets& sets);
   bool collect_codes(const ProjectedFunction& projected, StateSets& sets);
   void collect_cubes(const ProjectedFunction& projected, StateSets& sets);
-  // Covers the codes of the states that satisfy `wanted` by cubes without a code of the others.
+  void collect_four_covers(const ProjectedFunction& projected, StateSets& sets);
+  // Covers the codes of the states that satisfy `wanted` by cubes without a code of the others,
+  // which miss those of the cover. Codes that states with `precedence` have too, if it is given,
+  // are left out one by one: they are few as a rule, as they need the signal outside of the
+  // support.
   toolkit::Cover cubes_without(const SignalList& support, const Constraint& wanted,
-                               const Constraint& others);
+                               const Constraint& others, const toolkit::Cover& taken,
+                               const Constraint& precedence = {});
   // Covers the codes of the states that satisfy `wanted` by cubes that miss those of the cover.
   toolkit::Cover cubes_outside(const SignalList& support, const Constraint& wanted,
                                const toolkit::Cover& cover);

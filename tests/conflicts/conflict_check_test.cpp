@@ -5,11 +5,13 @@
 #include <set>
 
 #include "base/messages.h"
+#include "base/run_state.h"
 #include "conflicts/conflict_solution.h"
 #include "conflicts/conflicts_support.h"
 #include "conflicts/csc_check.h"
 #include "conflicts/usc_check.h"
 #include "oracle/parse_g.h"
+#include "support/caught_messages.h"
 
 namespace vorel::conflicts {
 namespace {
@@ -223,6 +225,57 @@ TEST(ConflictCheck, AgreesWithAllPairsOfConfigurationsOfAWideChoice) {
   compare(stg.value(), tally);
   drop_output();
   EXPECT_EQ(tally.with_csc, 1u);
+}
+
+// Of a+ a- b+ b-: both handshakes are cores, and so is what they make together.
+TEST(MinimalCores, TakeOutWhatTurnsOutToBeCompositeUnlessItIsSeeded) {
+  const auto stg = oracle::parse_g(
+      ".outputs a b\n.graph\np a+\na+ a-\na- b+\nb+ b-\nb- q\n.marking { p }\n.end\n");
+  const auto prefix = oracle::unfold(stg.value()).value();
+  const support::CaughtMessages out(std::cout), messages;
+  base::run_state().verbosity = 6;
+  const Core part({}, {{0}, {1}}), rest({{0}, {1}}, {{0}, {1}, {2}, {3}});
+  const Core both({}, {{0}, {1}, {2}, {3}});
+  const auto sums_with = [&](bool is_seeded) {
+    MinimalCores cores(prefix, [](const Core&) { return true; });
+    is_seeded ? static_cast<void>(cores.seed(both)) : static_cast<void>(cores.add(both));
+    EXPECT_FALSE(cores.seed(both)) << "known";
+    cores.add(part);
+    std::set<configuration::EventSet> sums;
+    for (const Core& core : cores.cores()) sums.insert(core.sum);
+    return sums;
+  };
+  EXPECT_EQ(sums_with(false), (std::set{part.sum, rest.sum}));
+  EXPECT_EQ(sums_with(true), (std::set{part.sum, both.sum}));
+  base::run_state().verbosity = 0;
+  EXPECT_EQ(out.text(), "");
+  EXPECT_TRUE(messages.text().starts_with(
+      "\nChecking if the core\n{}, {0, 1}\nis composite due to\n{}, {0, 1, 2, 3}"))
+      << messages.text();
+}
+
+// What one check has found is not lost when the other starts from it.
+TEST(ConflictCheck, GivesBackTheCoresThatItStartsFrom) {
+  std::size_t compared = 0;
+  for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+    const auto subject = Subject::make(oracle::random_stg(seed));
+    if (!subject) continue;
+    const auto options =
+        configuration::SearchOptions::of(support::default_params({{"all_solutions", -1}}));
+    const support::CaughtMessages out(std::cout), messages;
+    CscCheck csc(subject->prefix, options, Notes::left_out);
+    csc.run();
+    if (csc.seen_pairs().size() < 2) continue;
+    UscCheck usc(subject->prefix, options, Notes::left_out);
+    for (const Core& core : csc.seen_pairs()) usc.seed(core);
+    usc.run();
+    const auto same = [](const Core& a, const Core& b) { return a.sum == b.sum; };
+    EXPECT_TRUE(std::ranges::mismatch(csc.seen_pairs(), usc.seen_pairs(), same).in1 ==
+                csc.seen_pairs().end());
+    EXPECT_EQ(out.text() + messages.text(), "") << "notes are left out";
+    ++compared;
+  }
+  EXPECT_GT(compared, 5u);
 }
 
 }  // namespace

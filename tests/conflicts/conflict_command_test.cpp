@@ -133,6 +133,38 @@ TEST(NormalcyCommand, TakesForTriggersWhatChangesTheNextValue) {
   }
 }
 
+TEST(ConflictCommand, ToldToBeVerboseAddsTheCodeAndWhatIsEnabled) {
+  const std::string code = "common code: dsr=1 ldtack=1 d=0 lds=1 dtack=0\n";
+  const auto enabled = [](const std::string& first, const std::string& second) {
+    return "enabled after the first trace: " + first +
+           "\nenabled after the second trace: " + second + '\n';
+  };
+  const support::TemporaryFolder folder;
+  const struct {
+    std::vector<std::string> arguments;
+    std::string err;
+  } table[] = {
+      {{"-C", "-v1"}, code + enabled("lds-", "d+")},
+      {{"-U", "-v1"}, code + enabled("d+", "lds-")},
+      {{"-C"}, ""},
+  };
+  for (const auto& row : table) {
+    auto arguments = row.arguments;
+    arguments.push_back(support::example("vme_read.unf.pnml"));
+    const auto run = support::run_vorel(arguments);
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_EQ(run.err, row.err);
+    EXPECT_EQ(run.out.find("enabled"), std::string::npos);
+  }
+  const char* const dead_end =
+      ".outputs x\n.dummy d\n.graph\np d\nd x+\nx+ x-\nx- q\n.marking { p }\n.end\n";
+  const auto prefix = oracle::unfold(oracle::parse_g(dead_end).value());
+  const auto run = support::run_vorel(
+      {"-C", "-v1", folder.write("net.pnml", oracle::pnml_text(prefix.value()))});
+  EXPECT_NE(run.err.find("common code: x=0\n" + enabled("nothing", "x+")), std::string::npos)
+      << run.err;
+}
+
 struct MessageRow {
   const char* circuit;
   std::vector<std::string> arguments;

@@ -9,9 +9,9 @@
 
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
-#include "net/initial_values.h"
 #include "configuration/event_set.h"
 #include "configuration/search_options.h"
+#include "net/initial_values.h"
 #include "oracle/coding.h"
 #include "oracle/configurations.h"
 #include "oracle/random_stg.h"
@@ -88,13 +88,8 @@ struct Subject {
   // depends on how it is reached.
   oracle::SignalSet csc_conflicts_that_no_dummy_decides() const {
     oracle::SignalSet signals = csc_conflicts();
-    for (std::uint32_t state = 0; state < graph.states.size(); ++state) {
-      for (const auto& arc : graph.states[state].arcs) {
-        if (!arc.transition->signal->is_dummy()) continue;
-        for (const std::uint32_t signal : excited[state]) {
-          if (!excited[arc.target].contains(signal)) signals.erase(signal);
-        }
-      }
+    for (const std::uint32_t signal : oracle::signals_that_dummies_disable(graph)) {
+      signals.erase(signal);
     }
     return signals;
   }

@@ -62,6 +62,22 @@ TEST(SynthesisCommand, TellsTriggersContextAndEquationOfEachAlternative) {
   EXPECT_EQ(support::read_text(text), "\nYES\n" + set + "\nYES\n" + reset);
 }
 
+TEST(SynthesisCommand, ToldToBeVerboseNamesSignalsThatBreakWhatEquationsAssume) {
+  const support::TemporaryFolder folder;
+  const std::string dead = unfolded(folder, dead_output);
+  const std::string arbiter = support::example("mutex2.unf.pnml");
+  const std::string hazards =
+      "\noutput g2 can disable output g1, a hazard\noutput g1 can disable output g2, a hazard";
+  for (const std::string mode : {"-E", "-G", "-S"}) {
+    EXPECT_EQ(support::run_vorel({mode, "-v1", dead}).err,
+              "\noutput z never changes, and becomes a constant");
+    const support::ProgramRun run = support::run_vorel({mode, "-v1", arbiter});
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_EQ(run.err, hazards);
+    EXPECT_EQ(support::run_vorel({mode, arbiter}).err, "");
+  }
+}
+
 TEST(SynthesisCommand, WritesADocument) {
   const support::TemporaryFolder folder;
   const std::string file = folder.path("out.xml");

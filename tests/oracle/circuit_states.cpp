@@ -24,7 +24,7 @@ class Explorer {
   }
 
   std::string run() {
-    if (has_disabled_output()) return "";
+    if (!disabled_signals(stg_, graph_).empty()) return "";
     CircuitState first{0, std::vector<bool>(solutions_.size())};
     for (std::size_t g = 0; g < solutions_.size(); ++g) first.gates[g] = function(g, 0);
     std::set<CircuitState> seen{first};
@@ -113,24 +113,6 @@ class Explorer {
       if (driven(state, signal - stg_.inputs_end) == now) return arc.transition->name;
     }
     return "";
-  }
-
-  bool has_disabled_output() const {
-    for (const auto& state : graph_.states) {
-      for (const auto& output : state.arcs) {
-        const std::uint32_t signal = output.transition->signal->index;
-        if (output.transition->signal->kind == net::SignalKind::input) continue;
-        for (const auto& other : state.arcs) {
-          if (other.transition->signal->index == signal) continue;
-          const auto& after = graph_.states[other.target].arcs;
-          const auto same = [signal](const Graph::Arc& arc) {
-            return arc.transition->signal->index == signal;
-          };
-          if (std::ranges::none_of(after, same)) return true;
-        }
-      }
-    }
-    return false;
   }
 
   const net::Stg& stg_;

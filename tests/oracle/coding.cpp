@@ -1,6 +1,8 @@
 #include "oracle/coding.h"
 
+#include <algorithm>
 #include <cassert>
+#include <iterator>
 #include <map>
 
 namespace vorel::oracle {
@@ -73,20 +75,62 @@ Values code_of(const StateGraph<net::Stg>::State& state, const Values& initial) 
   return code;
 }
 
-SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32_t state) {
-  SignalSet signals;
+std::set<std::uint32_t> states_after_dummies(const StateGraph<net::Stg>& graph,
+                                             std::uint32_t state) {
   std::set<std::uint32_t> seen{state};
   std::vector<std::uint32_t> open{state};
   while (!open.empty()) {
     const std::uint32_t current = open.back();
     open.pop_back();
     for (const auto& arc : graph.states[current].arcs) {
-      const net::Signal& signal = *arc.transition->signal;
-      if (!signal.is_dummy()) {
-        signals.insert(signal.index);
-      } else if (seen.insert(arc.target).second) {
+      if (arc.transition->signal->is_dummy() && seen.insert(arc.target).second) {
         open.push_back(arc.target);
       }
+    }
+  }
+  return seen;
+}
+
+SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32_t state) {
+  SignalSet signals;
+  for (const std::uint32_t later : states_after_dummies(graph, state)) {
+    for (const auto& arc : graph.states[later].arcs) {
+      if (!arc.transition->signal->is_dummy()) signals.insert(arc.transition->signal->index);
+    }
+  }
+  return signals;
+}
+
+std::set<std::pair<std::uint32_t, std::uint32_t>> disabled_signals(
+    const net::Stg& stg, const StateGraph<net::Stg>& graph) {
+  std::set<std::pair<std::uint32_t, std::uint32_t>> pairs;
+  std::vector<SignalSet> enabled;
+  for (std::uint32_t i = 0; i < graph.states.size(); ++i) {
+    enabled.push_back(enabled_through_dummies(graph, i));
+  }
+  for (std::uint32_t state = 0; state < graph.states.size(); ++state) {
+    for (const std::uint32_t later : states_after_dummies(graph, state)) {
+      for (const auto& arc : graph.states[later].arcs) {
+        const net::Signal& by = *arc.transition->signal;
+        if (by.is_dummy()) continue;
+        for (const std::uint32_t signal : enabled[state]) {
+          const bool is_driven = signal >= stg.inputs_end && signal != by.index;
+          if (is_driven && !enabled[arc.target].contains(signal)) pairs.emplace(signal, by.index);
+        }
+      }
+    }
+  }
+  return pairs;
+}
+
+SignalSet signals_that_dummies_disable(const StateGraph<net::Stg>& graph) {
+  SignalSet signals;
+  for (std::uint32_t state = 0; state < graph.states.size(); ++state) {
+    const SignalSet before = enabled_through_dummies(graph, state);
+    for (const auto& arc : graph.states[state].arcs) {
+      if (!arc.transition->signal->is_dummy()) continue;
+      const SignalSet after = enabled_through_dummies(graph, arc.target);
+      std::ranges::set_difference(before, after, std::inserter(signals, signals.end()));
     }
   }
   return signals;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "oracle/state_graph.h"
@@ -28,6 +29,15 @@ Values code_of(const StateGraph<net::Stg>::State& state, const Values& initial);
 // The non-dummy signals with an edge enabled in the state itself, or after firing dummies only.
 using SignalSet = std::set<std::uint32_t>;
 SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32_t state);
+
+// Pairs of an output or internal signal and another signal: in some state the first is enabled (by
+// itself or after dummies only), and once the second has fired, dummies before it perhaps, the
+// first is not.
+std::set<std::pair<std::uint32_t, std::uint32_t>> disabled_signals(
+    const net::Stg& stg, const StateGraph<net::Stg>& graph);
+// Those enabled before some dummy fires and not after it: what is enabled depends on how a state is
+// reached.
+SignalSet signals_that_dummies_disable(const StateGraph<net::Stg>& graph);
 
 // Two states with one code and different markings.
 bool has_usc_conflict(const StateGraph<net::Stg>& graph, const Values& initial);

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "oracle/write_files.h"
+#include "support/process_builder.h"
 #include "support/run_program.h"
 
 namespace vorel::reach {
@@ -25,6 +27,31 @@ TEST(ReachCommand, HoldsTransitionsWithoutEventsForDead) {
   for (const auto& [property, answer] : table) {
     const support::ProgramRun run = support::run_vorel({"-F", "-f", "-d", ' ' + property, merged});
     EXPECT_EQ(run.exit_code, 1) << "the format is deprecated";
+    EXPECT_NE(run.out.find(answer), std::string::npos) << property << run.out << run.err;
+  }
+}
+
+// Two events are behind cut-offs, one of which is a dummy: no state enables them.
+TEST(ReachCommand, LooksForNothingBehindACutOff) {
+  support::ProcessBuilder<net::StgPrefix> b;
+  auto& q = b.condition("q");
+  auto& s = b.condition("s");
+  b.event("x+", {&b.condition("p")}, {&q}, true);
+  b.event("y+", {&q}, {&b.condition("p2")});
+  b.event("d.k", {&b.condition("r")}, {&s}, true);
+  b.event("z+", {&s}, {&b.condition("r2")});
+  const support::TemporaryFolder folder;
+  const std::string prefix = folder.write("net.pnml", oracle::pnml_text(b.finish()));
+  const struct {
+    const char* property;
+    bool is_reachable;
+  } table[] = {{"@T\"x+\"", true}, {"@T\"y+\"", false}, {"@T\"z+\"", false},
+               {"@S\"z\"", false}, {"@E 2", false},     {"@E 1 & ~@E 4", true}};
+  for (const auto& [property, is_reachable] : table) {
+    const support::ProgramRun run =
+        support::run_vorel({"-Fs", "-f", "-d", std::string(" ") + property, prefix});
+    const char* const answer = is_reachable ? "SOLUTION 0:\n" : "no reachable state satisfies";
+    EXPECT_LT(run.exit_code, 2) << property << run.err;
     EXPECT_NE(run.out.find(answer), std::string::npos) << property << run.out << run.err;
   }
 }

@@ -11,6 +11,7 @@
 #include "conflicts/conflicts_support.h"
 #include "oracle/circuit_states.h"
 #include "support/legacy_files.h"
+#include "synthesis/assumptions.h"
 
 namespace vorel::synthesis {
 namespace {
@@ -91,24 +92,39 @@ class Derivation {
     EXPECT_TRUE(!is_fixed || value(alternative, state) == (next == target));
   }
 
-  // A code is in the set of its region, or, if a state excited to the same value shares it, in that
-  // state's; and in no set of the other value.
+  // A code is in the set of its region and in no other; a code of excited and stable states is in
+  // that of the excited ones.
   void check_sets(const SignalImplementation& alternative, std::uint32_t signal,
                   std::uint32_t state) const {
-    const bool next = next_value(signal, state);
-    const bool is_excited = subject_.excited[state].contains(signal);
+    const bool is_excited = std::ranges::any_of(states_, [&](std::uint32_t other) {
+      return subject_.excited[other].contains(signal) &&
+             code_of(alternative, other) == code_of(alternative, state);
+    });
+    const std::size_t region = (next_value(signal, state) ? 0u : 2u) + (is_excited ? 0u : 1u);
+    for (std::size_t set = 0; set < alternative.covers.size(); ++set) {
+      const auto& cover = alternative.covers[set];
+      const bool holds = std::any_of(cover.begin(), cover.end(), [&](const toolkit::Cube& cube) {
+        return is_in(cube, code_of(alternative, state));
+      });
+      EXPECT_EQ(holds, set == region) << "set " << set;
+    }
+  }
+
+  static bool is_in(const toolkit::Cube& cube, const toolkit::Cube& code) {
+    for (std::size_t i = 0; i < code.size(); ++i) {
+      if (cube[i] != toolkit::Ternary::dash && cube[i] != code[i]) return false;
+    }
+    return true;
+  }
+
+  toolkit::Cube code_of(const SignalImplementation& alternative, std::uint32_t state) const {
     toolkit::Cube code(alternative.context.size());
     for (std::size_t i = 0; i < code.size(); ++i) {
       const std::uint32_t other = subject_.signal_named(alternative.context[i]);
       code.set(i,
                subject_.codes[state][other] != 0 ? toolkit::Ternary::one : toolkit::Ternary::zero);
     }
-    const auto holds = [&](std::size_t set) {
-      return std::ranges::find(alternative.covers[set], code) != alternative.covers[set].end();
-    };
-    const std::size_t excited_set = next ? 0 : 2;
-    EXPECT_TRUE(holds(excited_set) || (!is_excited && holds(excited_set + 1)));
-    EXPECT_FALSE(holds(2 - excited_set) || holds(3 - excited_set));
+    return code;
   }
 
   bool value(const SignalImplementation& alternative, std::uint32_t state) const {
@@ -194,6 +210,52 @@ TEST(EquationSearch, EquationsOfRandomStgsWithDummiesAreRightInAllReachableState
 
 TEST(EquationSearch, EquationsOfRandomStgsWithTogglesAreRightInAllReachableStates) {
   expect_right_equations_of_random_stgs({.toggles = true, .max_states = 60}, 40);
+}
+
+// What disables what, and what is dead, by the state graph.
+void expect_broken_assumptions_told(const oracle::RandomStgParams& params) {
+  const support::Seeds range = support::seeds(150);
+  std::size_t compared = 0, broken = 0;
+  for (std::uint64_t seed = range.first; seed < range.end; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const auto prefix = oracle::unfold(oracle::random_stg(seed, params));
+    if (!prefix || configuration::has_dummy_cutoffs(*prefix)) continue;
+    const auto graph = oracle::explore<net::Stg>(*prefix);
+    const configuration::StateStructure<net::StgPrefix> structure(*prefix);
+    const auto options = configuration::SearchOptions::of(
+        support::default_params({{"solver", static_cast<int>(seed % 2)}}));
+    std::set<std::pair<std::uint32_t, std::uint32_t>> found;
+    for (const Disabling& pair : find_disablings(structure, options.encoding)) {
+      EXPECT_TRUE(found.emplace(pair.signal.value, pair.by.value).second) << "told twice";
+    }
+    auto expected = oracle::disabled_signals(*prefix, graph);
+    // Where a dummy decides alone, the state graph does not show that no other signal does.
+    for (const std::uint32_t signal : oracle::signals_that_dummies_disable(graph)) {
+      const auto is_of_signal = [signal](const auto& pair) { return pair.first == signal; };
+      std::erase_if(
+          found, [&](const auto& pair) { return is_of_signal(pair) && expected.contains(pair); });
+      std::erase_if(expected, is_of_signal);
+    }
+    EXPECT_EQ(found, expected);
+    std::set<net::SignalId> dead;
+    for (const net::SignalId signal : prefix->driven_signals()) dead.insert(signal);
+    for (const auto& state : graph.states) {
+      for (const auto& arc : state.arcs) dead.erase(base::id_of(*arc.transition->signal));
+    }
+    EXPECT_TRUE(std::ranges::equal(dead_signals(structure), dead));
+    ++compared;
+    broken += expected.empty() ? 0 : 1;
+    if (testing::Test::HasFailure()) return;
+  }
+  EXPECT_GT(compared, (range.end - range.first) / 4);
+  EXPECT_GT(broken, compared / 40);
+  EXPECT_LT(broken, compared);
+}
+
+TEST(Assumptions, AgreeWithTheStateGraph) {
+  expect_broken_assumptions_told({});
+  expect_broken_assumptions_told({.dummies = true});
+  expect_broken_assumptions_told({.toggles = true});
 }
 
 }  // namespace
