@@ -43,6 +43,7 @@ build_and_run() {
 trap 'echo "The tests were not run to the end." >&2' EXIT
 
 scripts/install-dependencies.sh
+scripts/architecture.sh --check
 build_and_run "with assertions" build-test
 if [ "$quick" = no ]; then
   build_and_run "under sanitizers" build-sanitize -DVOREL_SANITIZE=address,undefined
