@@ -44,15 +44,17 @@ build_and_run() {
 # Two classes of one name in two folders link without a word and corrupt memory. The optimiser for
 # whole programs compares them when it reads the libraries; it is not asked for machine code.
 check_one_definition() {
-  local folder=build-odr libraries
-  libraries=$(cd src && echo */)
+  local folder=build-odr name libraries=() archives=()
+  for name in src/*/; do
+    name=$(basename "$name")
+    libraries+=("$name") archives+=("$folder/src/$name/lib$name.a")
+  done
   printf '\n== No name stands for two classes (%s)\n' "$folder"
   cmake -S . -B "$folder" -G Ninja -DCMAKE_CXX_COMPILER=g++ -DCMAKE_BUILD_TYPE=Debug \
     -DCMAKE_CXX_FLAGS_DEBUG="-O0 -g0 -flto" -DVOREL_TESTS=OFF -DVOREL_BENCH=OFF >/dev/null
-  # shellcheck disable=SC2086 # a target for each folder
-  cmake --build "$folder" -j "$jobs" --target ${libraries//\//} -- --quiet
+  cmake --build "$folder" -j "$jobs" --target "${libraries[@]}" -- --quiet
   g++ -O0 -flto="$jobs" -Werror=odr -r -flinker-output=rel -o "$folder/all-folders.o" \
-    -Wl,--whole-archive "$folder"/src/*/lib*.a
+    -Wl,--whole-archive "${archives[@]}"
 }
 
 trap 'echo "The tests were not run to the end." >&2' EXIT
