@@ -9,9 +9,9 @@
 
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
-#include "net/initial_values.h"
 #include "configuration/event_set.h"
 #include "configuration/search_options.h"
+#include "net/initial_values.h"
 #include "oracle/coding.h"
 #include "oracle/configurations.h"
 #include "oracle/random_stg.h"
