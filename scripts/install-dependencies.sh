@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the build and the tests need, as far as they are missing.
 # Does nothing, needs no network and no rights when all are there.
+# Usage: scripts/install-dependencies.sh [PACKAGE...]     with packages: these instead
 set -euo pipefail
 
 packages=(
@@ -10,6 +11,7 @@ packages=(
   libxml2-utils                      # xmllint, with which tests check the XML that is written
   iverilog                           # the same for Verilog, compiled and simulated
 )
+if [ $# -gt 0 ]; then packages=("$@"); fi
 
 fail() {
   printf 'install-dependencies.sh: %s\nThe project needs these Debian packages: %s\n' \

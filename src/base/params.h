@@ -2,7 +2,7 @@
 // Here:      keys, lookup, overwriting.
 // Not here:  the keys with their defaults (base/default_params.h) and meaning
 //            (driver/option_table.h).
-// A value type: every mode, run function and engine holds a copy and may change it unseen.
+// A value type: who holds a copy may change it unseen.
 #pragma once
 
 #include <cstdint>

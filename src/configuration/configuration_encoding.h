@@ -1,6 +1,6 @@
-// configuration/configuration_encoding.h - clauses whose models are the configurations of a
-// process. Here:      causality, conflicts, maximal dummies; what merged processes need beyond
-// them. Not here:  literals (configuration/configuration_vars.h), cycles of merged processes
+// configuration/configuration_encoding.h - clauses whose models are a process's configurations.
+// Here:      causality, conflicts, maximal dummies; what merged processes need beyond them.
+// Not here:  literals (configuration/configuration_vars.h), cycles of merged processes
 //            (configuration/acyclicity.h), properties of the final state.
 //
 // A configuration is a set of events, cut-offs excluded, that contains the producers of what it

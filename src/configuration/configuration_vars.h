@@ -1,9 +1,8 @@
 // configuration/configuration_vars.h - the literals of one encoded configuration.
 // Here:      the tables from objects of a process to literals, filled lazily; what a literal of an
 //            event or a condition means.
-// Not here:  the clauses that make a model a configuration
-// (configuration/configuration_encoding.h),
-//            the state that it ends in (configuration/state_literals.h).
+// Not here:  the clauses on them (configuration/configuration_encoding.h), the state that the
+//            configuration ends in (configuration/state_literals.h).
 #pragma once
 
 #include "base/indexed_by.h"

@@ -1,6 +1,6 @@
-// configuration/final_state.h - the state that a configuration ends in, worked out by looking at
-// it. Here:      what is marked, enabled and excited, the code; no clauses. Not here:  the same as
-// literals (configuration/state_literals.h), which is checked against this.
+// configuration/final_state.h - the state that a configuration at hand ends in.
+// Here:      what is marked, enabled and excited, the code; no clauses.
+// Not here:  the same as literals (configuration/state_literals.h), which is checked against this.
 //
 // A signal is excited when one of its events can fire. Dummies that lie at the end of a
 // configuration are best left out of it where what is enabled after dummies counts: what is excited

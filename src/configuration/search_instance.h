@@ -1,8 +1,8 @@
 // configuration/search_instance.h - a SAT instance over one or more configurations of a process.
 // Here:      the formula, the configurations encoded in it, models that are configurations.
-// Not here:  what is looked for, and in what order (configuration/search_engine.h and others
-// above). On a merged process a model may still have causal cycles (configuration/acyclicity.h):
-// whoever needs a model asks solve(), not the formula.
+// Not here:  what is looked for, and in what order (configuration/search_engine.h).
+// On a merged process a model may still have causal cycles (configuration/acyclicity.h): whoever
+// needs a model asks solve(), not the formula.
 #pragma once
 
 #include <cassert>

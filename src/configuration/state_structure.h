@@ -1,8 +1,7 @@
 // configuration/state_structure.h - what all states of a process have in common.
 // Here:      the instances of places, transitions and signals; the order of the edges of a signal;
 //            when an event can fire after a configuration.
-// Not here:  literals (configuration/state_literals.h), single states
-// (configuration/final_state.h).
+// Not here:  single states (configuration/final_state.h, configuration/state_literals.h).
 #pragma once
 
 #include <vector>

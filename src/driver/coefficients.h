@@ -1,7 +1,6 @@
 // driver/coefficients.h - the coefficients of the cost function, given as small expressions.
 // Here:      the grammar, its evaluation over the counts of an STG, the errors.
-// Not here:  the texts (driver/run_request.h) and the options that set them
-// (driver/command_line.h).
+// Not here:  the texts (driver/run_request.h), the options that set them (driver/command_line.h).
 #pragma once
 
 #include <cstdint>

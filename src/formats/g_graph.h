@@ -1,7 +1,6 @@
 // formats/g_graph.h - the signals, nodes and arcs that a .g text tells piece by piece.
 // Here:      what a word in a line of arcs names, arcs, the places between two transitions.
-// Not here:  lines and keywords (formats/g_reader.h), tokens and values
-// (formats/g_initial_state.h).
+// Not here:  lines, keywords (formats/g_reader.h), tokens, values (formats/g_initial_state.h).
 //
 // A word names a transition if what precedes its sign and instance number is a declared signal, and
 // a place otherwise. Words that differ name different nodes: "a+", "a+/0" and "a+/1" are three.

@@ -6,8 +6,7 @@
 //   .model NAME             ignored, as are .name, .capacity and .slowenv
 //   .inputs a b             also .outputs, .internal, .dummy; before the arcs
 //   .graph                  then lines "SOURCE TARGET ..." of arcs, up to the next keyword; a
-//   target
-//                           may have a weight behind it, "p=1" or "p(1)", which may only be 1
+//                           target may have a weight behind it, "p=1" or "p(1)", which must be 1
 //   .marking { p <a+,b+> }  over one or more lines; also .marking = { p, <a+,b+> }
 //   .initial.state a !b     also .initial_state, .initial, .init_values, .init_state
 //   .coords, .time, .delays skipped with all lines up to the next keyword; so are unknown keywords

@@ -11,8 +11,8 @@
 
 namespace vorel::formats {
 
-// Null when it was refused, mostly after a reported error; a record
-// can also come back after an error, so the caller looks at the severity too.
+// Null when it was refused, mostly after a reported error; a process can also come back after an
+// error, so the caller looks at the severity too.
 std::unique_ptr<net::FullVariant> read_full(const std::string& file_name);
 std::unique_ptr<net::NoStgMergedVariant> read_no_stg_mp(const std::string& file_name);
 std::unique_ptr<net::StgPrefixVariant> read_stg_prefix(const std::string& file_name);

@@ -32,9 +32,9 @@ class Report {
   std::vector<std::unique_ptr<Solution>> solutions;  // in the order found
 };
 
-// Prints the report to where the name selects: empty or "cerr" the standard
-// output, *.xml the results document, anything else a text file (the standard error stream with a
-// warning if that cannot be opened).
+// Prints the report to where the name selects: empty or "cerr" the standard output, *.xml the
+// results document, anything else a text file (the standard error stream with a warning if that
+// cannot be opened).
 void deliver(const Report& report, const VerdictMessages& messages, const std::string& file_name);
 
 // Saves the results document; false after a reported error. A name in *.gz is compressed. The file

@@ -8,7 +8,7 @@
 
 namespace vorel::synthesis {
 
-// Values of the option `synthesis_type` [CKKLY-2002].
+// How a signal is implemented [CKKLY-2002].
 enum class SynthesisStyle : std::uint8_t {
   complex_gate = 0,
   four_sets = 1,  // a complex gate whose excitation and quiescent sets are kept apart
