@@ -17,6 +17,7 @@ class CoSetSearch {
     base::IndexedBy<StgPlace, std::uint32_t> position(prefix.places.size(), base::no_index);
     for (std::uint32_t i = 0; i < places.size(); ++i) position[*places[i]] = i;
     for (const auto& condition : prefix.conditions) {
+      if (condition->index == base::no_index) continue;  // removed by an edit that is under way
       const std::uint32_t place = position[*condition->place];
       const bool is_last = !condition->is_initial() && condition->pre_event->is_cut_off();
       if (place != base::no_index && !is_last) occurrences_[place].push_back(condition.get());

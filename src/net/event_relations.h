@@ -7,7 +7,8 @@
 // with it or follows it. A choice takes time linear in the links of the prefix at most, and a byte
 // and a pointer per event are all the memory; a table of all pairs would be quadratic. So ask all
 // about one choice before the next. Events need not be numbered causally. The prefix must not
-// change meanwhile.
+// change meanwhile,
+// but all of this works within an edit, too (net/edit.h).
 #pragma once
 
 #include <cstdint>
