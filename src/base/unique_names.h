@@ -10,10 +10,16 @@ namespace vorel::base {
 
 class UniqueNames {
  public:
-  // The name, if it is not taken; else the name with a number behind it. The result is taken then.
-  std::string take(std::string_view name) {
+  // A name that exists already. May be told twice.
+  void add(std::string_view name) { taken_.emplace(name); }
+
+  // The name, if it is not taken; else the name, the separator and a number. The result is taken
+  // then.
+  std::string take(std::string_view name, std::string_view separator = "") {
     std::string result(name);
-    while (!taken_.insert(result).second) result = std::string(name) + std::to_string(next_++);
+    while (!taken_.insert(result).second) {
+      result = std::string(name).append(separator) + std::to_string(next_++);
+    }
     return result;
   }
 

@@ -1,0 +1,120 @@
+#include "net/event_relations.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "net/edit.h"
+#include "oracle/history.h"
+#include "oracle/random.h"
+#include "oracle/random_stg.h"
+#include "oracle/reference_unfolder.h"
+#include "support/seeds.h"
+
+namespace vorel::net {
+namespace {
+
+using Event = StgPrefix::Event;
+using Condition = StgPrefix::Condition;
+using Events = oracle::EventSet<Stg>;
+
+Events joined(Events a, const Events& b) {
+  a.insert(b.begin(), b.end());
+  return a;
+}
+
+EventRelation relation(const Event& chosen, const Event& other) {
+  if (&chosen == &other) return EventRelation::same;
+  const Events past = oracle::local_configuration<Stg>(chosen);
+  const Events others = oracle::local_configuration<Stg>(other);
+  if (past.contains(&other)) return EventRelation::cause;
+  if (others.contains(&chosen)) return EventRelation::effect;
+  return oracle::is_conflict_free<Stg>(joined(past, others)) ? EventRelation::concurrent
+                                                             : EventRelation::conflict;
+}
+
+void expect_relations(const StgPrefix& prefix) {
+  EventRelations relations(prefix);
+  for (const auto& a : prefix.events) {
+    relations.choose(*a);
+    for (const auto& b : prefix.events) {
+      ASSERT_EQ(relations.relation_of(*b), relation(*a, *b)) << a->index << " " << b->index;
+    }
+  }
+  for (const auto& c : prefix.conditions) {
+    relations.choose(*c);
+    for (const auto& d : prefix.conditions) {
+      if (c == d) continue;
+      Condition* const pair[] = {c.get(), d.get()};
+      ASSERT_EQ(relations.is_concurrent(*d), oracle::is_co_set<Stg>(pair))
+          << c->index << " " << d->index;
+    }
+  }
+}
+
+void expect_configurations(const StgPrefix& prefix, oracle::Random& random) {
+  Events configuration = oracle::causes_of<Stg>({});
+  for (int i = 0; i < 6; ++i) {
+    const auto& event = *prefix.events[random.below(prefix.events.size())];
+    const Events larger = joined(configuration, oracle::local_configuration<Stg>(event));
+    if (oracle::is_conflict_free<Stg>(larger)) configuration = larger;
+    std::vector<const Event*> enabled;
+    for (const auto& next : prefix.events) {
+      const Events with_it = joined(configuration, oracle::local_configuration<Stg>(*next));
+      if (with_it.size() == configuration.size() + 1 && oracle::is_conflict_free<Stg>(with_it)) {
+        enabled.push_back(next.get());
+      }
+    }
+    EXPECT_EQ(enabled_events(prefix, std::vector(configuration.begin(), configuration.end())),
+              enabled);
+  }
+  Event* const two[] = {prefix.events[random.below(prefix.events.size())].get(),
+                        prefix.events[random.below(prefix.events.size())].get()};
+  std::vector<Event*> future;
+  for (const auto& event : prefix.events) {
+    const Events past = oracle::local_configuration<Stg>(*event);
+    if (past.contains(two[0]) || past.contains(two[1])) future.push_back(event.get());
+  }
+  EXPECT_EQ(causal_future(prefix, two), future);
+}
+
+void expect_co_sets(const StgPrefix& prefix, oracle::Random& random) {
+  std::vector<const StgPlace*> places;
+  for (const auto& place : prefix.places) places.push_back(place.get());
+  random.shuffle(places);
+  places.resize(std::min<std::size_t>(places.size(), random.between(1, 3)));
+  std::vector<CoSet> expected = {{}};
+  for (const StgPlace* place : places) {
+    std::vector<CoSet> longer;
+    for (const CoSet& set : expected) {
+      for (const auto& condition : prefix.conditions) {
+        const bool is_last = !condition->is_initial() && condition->pre_event->is_cut_off();
+        if (condition->place != place || is_last) continue;
+        CoSet with_it = set;
+        with_it.push_back(condition.get());
+        if (oracle::is_co_set<Stg>(with_it)) longer.push_back(with_it);
+      }
+    }
+    expected = longer;
+  }
+  EXPECT_EQ(co_sets(prefix, places), expected);
+}
+
+TEST(EventRelations, AreThoseOfTheConfigurationsOfRandomPrefixes) {
+  int tried = 0;
+  const auto [first, end] = support::seeds(60);
+  for (std::uint64_t seed = first; seed < end; ++seed) {
+    SCOPED_TRACE(seed);
+    const auto prefix = oracle::unfold(oracle::random_stg(seed, {.dummies = seed % 2 == 0}), 50);
+    if (!prefix || prefix->events.empty()) continue;
+    ++tried;
+    oracle::Random random(seed);
+    expect_relations(*prefix);
+    expect_configurations(*prefix, random);
+    expect_co_sets(*prefix, random);
+  }
+  EXPECT_GT(tried, 30);
+}
+
+}  // namespace
+}  // namespace vorel::net

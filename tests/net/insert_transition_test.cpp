@@ -1,0 +1,386 @@
+#include "net/insert_transition.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <map>
+#include <numeric>
+#include <set>
+
+#include "net/check.h"
+#include "net/edit.h"
+#include "oracle/history.h"
+#include "oracle/parse_g.h"
+#include "oracle/prefix_checks.h"
+#include "oracle/random.h"
+#include "oracle/random_stg.h"
+#include "oracle/reference_unfolder.h"
+#include "oracle/state_graph.h"
+#include "support/seeds.h"
+
+namespace vorel::net {
+namespace {
+
+using Event = StgPrefix::Event;
+using Names = std::set<std::string>;
+
+// A net by names, and the insertions as they are drawn on paper.
+struct BookNet {
+  explicit BookNet(const Stg& stg) {
+    for (const auto& place : stg.places) tokens[place->name] = place->initial_marking;
+    for (const auto& transition : stg.transitions) {
+      auto& [preset, postset] = arcs[transition->name];
+      for (const auto* place : transition->preset) preset.insert(place->name);
+      for (const auto* place : transition->postset) postset.insert(place->name);
+    }
+  }
+  bool operator==(const BookNet&) const = default;
+
+  void insert(const SeqBefore& insertion, const std::string& x) {
+    const std::string t = insertion.target->name, q = fresh("<" + x + "," + t + ">");
+    for (const auto* place : insertion.places) {
+      arcs[t].first.erase(place->name);
+      arcs[x].first.insert(place->name);
+    }
+    arcs[x].second.insert(q);
+    arcs[t].first.insert(q);
+  }
+  void insert(const SeqAfter& insertion, const std::string& x) {
+    const std::string t = insertion.source->name, q = fresh("<" + t + "," + x + ">");
+    for (const auto* place : insertion.places) {
+      arcs[t].second.erase(place->name);
+      arcs[x].second.insert(place->name);
+    }
+    arcs[t].second.insert(q);
+    arcs[x].first.insert(q);
+  }
+  void insert(const Concurrent& insertion, const std::string& x) {
+    const std::string u = insertion.source->name, t = insertion.target->name;
+    const std::string before = fresh("<" + u + "," + x + ">", insertion.marked ? 1 : 0);
+    const std::string after = fresh("<" + x + "," + t + ">");
+    arcs[u].second.insert(before);
+    arcs[x] = {{before}, {after}};
+    arcs[t].first.insert(after);
+  }
+
+  std::map<std::string, std::uint32_t> tokens;
+  std::map<std::string, std::pair<Names, Names>> arcs;
+
+ private:
+  std::string fresh(const std::string& name, std::uint32_t marking = 0) {
+    std::string unique = name;
+    for (int i = 1; tokens.contains(unique); ++i) unique = name + "/" + std::to_string(i);
+    tokens[unique] = marking;
+    return unique;
+  }
+};
+
+oracle::EventSet<Stg> correspondents(const Event& cut_off) {
+  auto result = oracle::causes_of<Stg>({});
+  for (const auto* event : cut_off.cut_off.correspondents()) {
+    result.merge(oracle::local_configuration<Stg>(*event));
+  }
+  return result;
+}
+
+// What is asked of the insertion, word by word.
+class Validity {
+ public:
+  explicit Validity(const StgPrefix& prefix) : prefix_{prefix} {}
+
+  bool operator()(const SeqBefore& insertion) const {
+    return std::ranges::all_of(insertion.places,
+                               [](const auto* place) { return place->postset.size() == 1; });
+  }
+  bool operator()(const SeqAfter& insertion) const {
+    return agrees_at_cut_offs([&](const auto& past) { return is_open(insertion, past); });
+  }
+  bool operator()(const Concurrent& insertion) const {
+    for (const auto& event : prefix_.events) {
+      auto past = oracle::local_configuration<Stg>(*event);
+      past.erase(event.get());
+      const int count = balance(insertion, past);
+      if (event->transition == insertion.source && count != 0) return false;
+      if (event->transition == insertion.target && count != 1) return false;
+    }
+    return agrees_at_cut_offs([&](const auto& past) { return balance(insertion, past); });
+  }
+
+ private:
+  using Past = oracle::EventSet<Stg>;
+
+  template <class Number>
+  bool agrees_at_cut_offs(Number number) const {
+    return std::ranges::all_of(prefix_.events, [&](const auto& event) {
+      return !event->is_cut_off() ||
+             number(oracle::local_configuration<Stg>(*event)) == number(correspondents(*event));
+    });
+  }
+  // Some event of the source has kept all of the places: there is one such event at most.
+  static bool is_open(const SeqAfter& insertion, const Past& past) {
+    return std::ranges::any_of(past, [&](const Event* event) {
+      if (event->transition != insertion.source) return false;
+      return std::ranges::none_of(event->postset, [&](const auto* condition) {
+        return std::ranges::count(insertion.places, condition->place) != 0 &&
+               std::ranges::any_of(condition->postset,
+                                   [&](const Event* consumer) { return past.contains(consumer); });
+      });
+    });
+  }
+  static int balance(const Concurrent& insertion, const Past& past) {
+    int count = insertion.marked ? 1 : 0;
+    for (const Event* event : past) {
+      count += event->transition == insertion.source ? 1 : 0;
+      count -= event->transition == insertion.target ? 1 : 0;
+    }
+    return count;
+  }
+
+  const StgPrefix& prefix_;
+};
+
+StgPrefix unfold_example(const std::string& name) {
+  const auto text = oracle::read_file(VOREL_EXAMPLES "/" + name + ".g");
+  return std::move(*oracle::unfold(*oracle::parse_g(text.value()), 300));
+}
+
+std::vector<const StgPlace*> random_places(const base::PtrList<StgPlace>& list,
+                                           oracle::Random& random) {
+  std::vector<const StgPlace*> places;
+  for (const StgPlace* place : list) {
+    if (random.chance(60)) places.push_back(place);
+  }
+  if (places.empty() && !list.empty()) places.push_back(list.front());
+  return places;
+}
+
+Insertion random_insertion(const StgPrefix& prefix, oracle::Random& random) {
+  const auto pick = [&] {
+    return prefix.transitions[random.below(prefix.transitions.size())].get();
+  };
+  const StgTransition* const t = pick();
+  switch (random.below(3)) {
+    case 0:
+      return SeqBefore{t, random_places(t->preset, random)};
+    case 1:
+      return SeqAfter{t, random_places(t->postset, random)};
+    default:
+      return Concurrent{t, random.chance(40), pick()};
+  }
+}
+
+bool is_possible(const StgPrefix& prefix, const Insertion& insertion) {
+  if (const auto* after = std::get_if<SeqAfter>(&insertion)) {
+    if (after->places.empty()) return false;
+  }
+  if (const auto* both = std::get_if<Concurrent>(&insertion)) {
+    if (both->source == both->target) return false;
+  }
+  return std::visit(Validity(prefix), insertion);
+}
+
+using Kept = base::OwnedList<StgPrefix::Condition>;
+
+// Takes the conditions after cut-offs out of the list.
+Kept leave_out_last_conditions(StgPrefix& prefix) {
+  const auto is_listed = [](const auto& condition) {
+    return condition->is_initial() || !condition->pre_event->is_cut_off();
+  };
+  const auto last =
+      std::stable_partition(prefix.conditions.begin(), prefix.conditions.end(), is_listed);
+  Kept kept(std::make_move_iterator(last), std::make_move_iterator(prefix.conditions.end()));
+  prefix.conditions.erase(last, prefix.conditions.end());
+  base::renumber(prefix.conditions);
+  for (const auto& condition : kept) condition->index = base::no_index;
+  return kept;
+}
+
+// Against the causal order, and with a map that must lead back.
+void shuffle_events(StgPrefix& prefix, oracle::Random& random) {
+  random.shuffle(prefix.events);
+  base::renumber(prefix.events);
+  sort_links(prefix);
+}
+
+template <class Element>
+using Pointers = std::vector<const Element*>;
+template <class Element>
+Pointers<Element> pointers(const base::OwnedList<Element>& list) {
+  Pointers<Element> result;
+  for (const auto& element : list) result.push_back(element.get());
+  return result;
+}
+
+void finish_and_expect_map(StgPrefix& prefix) {
+  const auto events = pointers(prefix.events);
+  const auto places = pointers(prefix.places);
+  const Renumbering numbers = finish_edit(prefix);
+  for (std::uint32_t i = 0; i < events.size(); ++i) {
+    EXPECT_EQ(&base::element(prefix.events, numbers.events.at(i)), events[i]);
+  }
+  for (std::uint32_t i = 0; i < places.size(); ++i) {
+    EXPECT_EQ(&base::element(prefix.places, numbers.places.at(i)), places[i]);
+  }
+  EXPECT_EQ(std::ranges::count(numbers.conditions, base::Id<StgPrefix::Condition>{}),
+            static_cast<std::ptrdiff_t>(numbers.conditions.size() - prefix.conditions.size()));
+  for (const auto& event : prefix.events) {
+    for (const auto* condition : event->preset) {
+      EXPECT_TRUE(condition->is_initial() || condition->pre_event->index < event->index);
+    }
+  }
+}
+
+std::string fault_of(const StgPrefix& prefix) {
+  if (std::string fault = oracle::branching_fault<Stg>(prefix); !fault.empty()) return fault;
+  const auto graph = oracle::explore<Stg>(prefix, 5'000);
+  if (graph.outcome == oracle::Exploration::unsafe) return "the net is not safe";
+  if (graph.outcome == oracle::Exploration::too_large) return "";
+  return oracle::completeness_fault(prefix, graph);
+}
+
+using Counts = std::array<int, 3>;  // by kind of insertion
+
+// Up to three insertions of a dummy, which no parity tells of, with one numbering or several.
+void expect_good_edits(StgPrefix& prefix, oracle::Random& random, Counts& counts) {
+  const Kept kept = random.chance(25) ? leave_out_last_conditions(prefix) : Kept{};
+  shuffle_events(prefix, random);
+  Signal& signal = insert_signal(prefix, "x", SignalKind::dummy, unknown_value);
+  BookNet book(prefix);
+  const std::uint32_t wanted = random.between(1, 3);
+  std::uint32_t done = 0;
+  for (int tries = 0; tries < 30 && done < wanted; ++tries) {
+    const Insertion insertion = random_insertion(prefix, random);
+    if (!is_possible(prefix, insertion)) continue;
+    const std::string x = unique_node_name(prefix, signal.name);
+    std::visit([&](const auto& kind) { book.insert(kind, x); }, insertion);
+    EXPECT_EQ(insert_transition(prefix, insertion, signal, Sign::toggle).name, x);
+    ++counts[insertion.index()];
+    ++done;
+    if (random.chance(50)) finish_and_expect_map(prefix);
+  }
+  finish_and_expect_map(prefix);
+  check(prefix);
+  EXPECT_TRUE(BookNet(prefix) == book);
+  EXPECT_EQ(fault_of(prefix), "");
+}
+
+TEST(InsertTransition, RandomInsertionsLeaveACompletePrefixOfTheNetThatIsMeant) {
+  Counts counts{};
+  const auto [first, end] = support::seeds(150);
+  for (std::uint64_t seed = first; seed < end; ++seed) {
+    SCOPED_TRACE(seed);
+    auto prefix = oracle::unfold(oracle::random_stg(seed, {.dummies = seed % 2 == 0}), 150);
+    if (!prefix) continue;
+    oracle::Random random(seed);
+    expect_good_edits(*prefix, random, counts);
+    if (HasFailure()) break;
+  }
+  for (const int count : counts) EXPECT_GT(count, static_cast<int>(end - first) / 6);
+}
+
+TEST(InsertTransition, ExamplesStayCompletePrefixes) {
+  for (const std::string name : {"celement", "dummy_fork", "fork_join", "latch_ctrl", "muller3",
+                                 "mutex2", "sequencer", "toggle", "vme_read"}) {
+    SCOPED_TRACE(name);
+    Counts counts{};
+    for (std::uint64_t seed = 0; seed < 8; ++seed) {
+      auto prefix = unfold_example(name);
+      oracle::Random random(seed);
+      expect_good_edits(prefix, random, counts);
+    }
+    EXPECT_GT(std::accumulate(counts.begin(), counts.end(), 0), 0);
+  }
+}
+
+// What is asked of them is just what is needed.
+TEST(InsertTransition, InsertionsThatAreOpenAtOneOfTwoEqualStatesArePrefixesNoLonger) {
+  int spoilt = 0;
+  const auto [first, end] = support::seeds(100);
+  for (std::uint64_t seed = first; seed < end; ++seed) {
+    SCOPED_TRACE(seed);
+    auto prefix = oracle::unfold(oracle::random_stg(seed), 150);
+    if (!prefix) continue;
+    oracle::Random random(seed);
+    const auto& source = *prefix->transitions[random.below(prefix->transitions.size())];
+    const SeqAfter insertion{&source, random_places(source.postset, random)};
+    if (insertion.places.empty()) continue;
+    const bool is_valid = Validity(*prefix)(insertion);
+    Signal& signal = insert_signal(*prefix, "x", SignalKind::dummy, unknown_value);
+    insert_transition(*prefix, insertion, signal, Sign::toggle);
+    finish_edit(*prefix);
+    EXPECT_EQ(fault_of(*prefix).empty(), is_valid);
+    spoilt += is_valid ? 0 : 1;
+  }
+  EXPECT_GT(spoilt, 0);
+}
+
+StgTransition& transition_of(const StgPrefix& prefix, const std::string& name) {
+  return **std::ranges::find(prefix.transitions, name, [](const auto& t) { return t->name; });
+}
+
+TEST(InsertTransition, AStateSignalOfTheBusControllerRisesAndFalls) {
+  auto prefix = unfold_example("vme_read");
+  const auto all = [](const base::PtrList<StgPlace>& places) {
+    return std::vector<const StgPlace*>(places.begin(), places.end());
+  };
+  const StgTransition &lds = transition_of(prefix, "lds+"), &dsr = transition_of(prefix, "dsr-");
+  EXPECT_EQ(unique_node_name(prefix, "lds+"), "lds+/1");
+  Signal& csc = insert_signal(prefix, "csc", SignalKind::internal, 0);
+  EXPECT_EQ(csc.index, 5u);
+  const auto& rise = insert_transition(prefix, SeqBefore{&lds, all(lds.preset)}, csc, Sign::plus);
+  const auto& fall = insert_transition(prefix, SeqAfter{&dsr, all(dsr.postset)}, csc, Sign::minus);
+  finish_edit(prefix);
+  EXPECT_EQ(rise.name + fall.name, "csc+csc-");
+  EXPECT_EQ(fault_of(prefix), "");  // a state has the parities of all signals: csc alternates
+  const auto by_hand = oracle::parse_g(*oracle::read_file(VOREL_EXAMPLES "/vme_read_csc.g"));
+  EXPECT_EQ(oracle::explore<Stg>(prefix).states.size(), oracle::explore(*by_hand).states.size());
+  EXPECT_EQ(insert_signal(prefix, "csc", SignalKind::internal, 0).name, "csc1");
+}
+
+// A second place with the same arcs, and events that go with it; then the first can go.
+void replace_place(StgPrefix& prefix, StgPlace& place) {
+  StgPlace& copy = add_place(prefix, place.name, place.initial_marking != 0);
+  StgPrefix::Condition* const initial = prefix.conditions.back().get();
+  for (StgTransition* producer : place.preset) add_arc(*producer, copy);
+  for (StgTransition* consumer : place.postset) add_arc(copy, *consumer);
+  const std::size_t count = prefix.conditions.size() - place.initial_marking;
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto& old = *prefix.conditions[i];
+    if (old.place != &place) continue;
+    auto& condition = old.is_initial() ? *initial : add_condition(prefix, copy);
+    if (!old.is_initial()) add_link(*old.pre_event, condition);
+    for (Event* consumer : old.postset) add_link(condition, *consumer);
+  }
+  finish_edit(prefix);
+  EXPECT_EQ(fault_of(prefix), "");
+  StgPlace* const removed[] = {&place};
+  remove_places(prefix, removed);
+  EXPECT_EQ(std::ranges::count(finish_edit(prefix).places, base::Id<StgPlace>{}), 1);
+}
+
+TEST(Edit, PlacesGoWithTheirConditions) {
+  for (const std::string name : {"fork_join", "mutex2", "latch_ctrl"}) {
+    auto prefix = unfold_example(name);
+    BookNet book(prefix);
+    std::vector<StgPlace*> places;
+    for (const auto& place : prefix.places) places.push_back(place.get());
+    for (StgPlace* place : places) {
+      SCOPED_TRACE(name + " " + place->name);
+      for (auto& [transition, arcs] : book.arcs) {
+        for (Names* names : {&arcs.first, &arcs.second}) {
+          if (names->erase(place->name) != 0) names->insert(place->name + "/1");
+        }
+      }
+      book.tokens[place->name + "/1"] = place->initial_marking;
+      book.tokens.erase(place->name);
+      replace_place(prefix, *place);
+      EXPECT_TRUE(BookNet(prefix) == book);
+      EXPECT_EQ(fault_of(prefix), "");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vorel::net
