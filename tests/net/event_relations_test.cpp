@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "net/edit.h"
 #include "oracle/history.h"
 #include "oracle/random.h"
 #include "oracle/random_stg.h"
