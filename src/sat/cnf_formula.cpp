@@ -54,6 +54,7 @@ void CnfFormula::create_default_groups() {
 void CnfFormula::reset() {
   if (recorder_ != nullptr) recorder_->clear();
   groups_.clear();
+  promised_.clear();
   solver_->reset();
   create_default_groups();
 }
@@ -148,6 +149,7 @@ void CnfFormula::add_at_most_one(std::span<const Lit> lits, ClauseGroup group) {
 }
 
 bool CnfFormula::solve() {
+  assert(promised_.empty() && "an output was promised and is not defined");
   if (store_cnf_formula_) store_formula();
   const std::uint64_t start = base::ticks_now();
   const SolveStatus status = solver_->solve(true, true);

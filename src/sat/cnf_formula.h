@@ -12,6 +12,7 @@
 #include <memory>
 #include <ostream>
 #include <span>
+#include <unordered_set>
 #include <vector>
 
 #include "base/params.h"
@@ -67,8 +68,15 @@ class CnfFormula {
   // missing half. Callers test cell.serves(polarity) first.
   Lit define_gate(LitCell& cell, GateType type, std::span<const Lit> lits, ClauseGroup group,
                   Polarity polarity = default_polarity);
+  // An output that can be used in clauses at once and whose gate is told later, by one call of
+  // define_output. It may be branched on as the output of a gate of this code may.
+  Lit promise_output(std::uint32_t gate_code);
+  // Both halves of the gate's definition for an output that was promised. The normal form of the
+  // gate must not be the complement of a gate with two or more inputs.
+  void define_output(Lit output, Gate gate, ClauseGroup group);
 
   // Solves; false when there is no model, and after a reported failure (see run_failed()).
+  // No promised output may be left without its definition.
   bool solve();
   // After a solve that gave true. A constant has its own value.
   ModelValue value(Lit lit) const;
@@ -90,6 +98,7 @@ class CnfFormula {
   // Passes a clause on as it stands.
   void emit(std::span<const Lit> clause, ClauseGroup group);
   void emit_unit(Lit lit, ClauseGroup group);
+  Lit new_output(std::uint32_t gate_code);
   // The output of a gate that is normalised already.
   Lit output_of(const Gate& gate, ClauseGroup group, Polarity polarity);
   // The clauses of the wanted half of `output` being a normalised gate.
@@ -100,10 +109,11 @@ class CnfFormula {
   void emit_equality(const Gate& gate, Lit output, ClauseGroup group, Polarity polarity);
   Lit fresh_output_of(const Gate& gate, ClauseGroup group);
 
-  std::vector<ClauseGroup> groups_;  // the default groups; removed_group where one was removed
-  std::array<Lit, 8> short_clause_;  // scratch
-  Lits clause_;                      // scratch of add_clause
-  AtMostOneEncoder at_most_one_;     // scratch
+  std::vector<ClauseGroup> groups_;   // the default groups; removed_group where one was removed
+  std::array<Lit, 8> short_clause_;   // scratch
+  Lits clause_;                       // scratch of add_clause
+  AtMostOneEncoder at_most_one_;      // scratch
+  std::unordered_set<Var> promised_;  // outputs whose gates are still to be told
   const bool restrict_branching_;
   const bool store_cnf_formula_;
   const bool skip_redundant_clauses_;

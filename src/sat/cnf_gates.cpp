@@ -119,11 +119,37 @@ void CnfFormula::emit_definition(const Gate& gate, Lit output, ClauseGroup group
     emit_patterns(gate, output, group, polarity);
 }
 
+Lit CnfFormula::new_output(std::uint32_t gate_code) {
+  return Lit(new_var(restrict_branching_ || never_branches(gate_code)), false);
+}
+
+Lit CnfFormula::promise_output(std::uint32_t gate_code) {
+  const Lit output = new_output(gate_code);
+  promised_.insert(output.variable());
+  return output;
+}
+
+void CnfFormula::define_output(Lit output, Gate gate, ClauseGroup group) {
+  [[maybe_unused]] const bool was_promised = promised_.erase(output.variable()) != 0;
+  assert(was_promised && !output.negated());
+  const bool inverted = normalise(gate);
+  if (gate.arity() == 0) {
+    add_unit(~output ^ inverted, group);
+  } else if (gate.arity() == 1) {
+    const Lit input = gate.inputs()[0] ^ inverted;
+    add_binary(~output, input, group);
+    add_binary(output, ~input, group);
+  } else {
+    assert(!inverted && "the complement of a gate has no type to be recorded under");
+    if (recorder_ != nullptr) recorder_->record_gate(output.variable(), gate, group);
+    emit_definition(gate, output, group, default_polarity);
+  }
+}
+
 Lit CnfFormula::output_of(const Gate& gate, ClauseGroup group, Polarity polarity) {
   if (gate.arity() == 0) return LitFalse;
   if (gate.arity() == 1) return gate.inputs()[0];
-  const bool no_branch = restrict_branching_ || never_branches(gate.code());
-  const Lit output(new_var(no_branch), false);
+  const Lit output = new_output(gate.code());
   if (recorder_ != nullptr) recorder_->record_gate(output.variable(), gate, group);
   emit_definition(gate, output, group, polarity);
   return output;

@@ -5,6 +5,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -92,3 +93,8 @@ struct LitCell {
 enum class ModelValue : std::uint8_t { yes = 0, no = 1, undefined = 2 };
 
 }  // namespace vorel::sat
+
+template <>
+struct std::hash<vorel::sat::Lit> {
+  std::size_t operator()(vorel::sat::Lit literal) const { return literal.code(); }
+};

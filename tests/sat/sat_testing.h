@@ -90,7 +90,8 @@ inline Lits fixing(std::uint32_t variable_count, Assignment assignment) {
 
 // A formula whose first variables are free inputs, and questions to it.
 struct FormulaOf {
-  explicit FormulaOf(std::uint32_t input_count) : inputs(input_count) {
+  explicit FormulaOf(std::uint32_t input_count, int solver = 1)
+      : formula(CnfParams{.solver = solver}), inputs(input_count) {
     for (std::uint32_t i = 0; i < input_count; ++i) formula.new_var(false);
   }
 
@@ -109,7 +110,7 @@ struct FormulaOf {
   }
   Assignment assignment_count() const { return 1u << inputs; }
 
-  CnfFormula formula{CnfParams{}};
+  CnfFormula formula;
   std::uint32_t inputs;
 };
 

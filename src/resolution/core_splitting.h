@@ -1,0 +1,32 @@
+// resolution/core_splitting.h - whether a new edge tells the two configurations of a core apart.
+// Here:      where one occurrence of the edge stands after a configuration.
+// Not here:  where edges can be put, the parity of edges within a core.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "conflicts/core.h"
+
+namespace vorel::resolution {
+
+// One occurrence of an edge that could be inserted, by the events next to it.
+struct EdgeOccurrence {
+  configuration::EventSet causes;     // all of them come before it; none: it can fire at the start
+  configuration::EventSet followers;  // it comes before each of them
+};
+
+enum class EdgeStage : std::uint8_t {
+  out,        // some cause has not fired
+  can_fire,   // all causes have fired, and no follower
+  has_fired,  // a follower has fired
+};
+
+EdgeStage stage_after(const configuration::EventSet& configuration, const EdgeOccurrence& edge);
+
+// In one configuration it can fire, and in the other it cannot: what was one code becomes two or
+// not as the edge fires or waits. If it is out of one and has fired in the other, it lies within
+// the core and counts for its parity instead.
+bool splits(const conflicts::Core& core, const EdgeOccurrence& edge);
+
+}  // namespace vorel::resolution

@@ -1,0 +1,197 @@
+// Cores from step to step, against all pairs of configurations of random prefixes.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+
+#include "base/messages.h"
+#include "conflicts/conflicts_support.h"
+#include "oracle/random.h"
+#include "resolution/core_computation.h"
+#include "resolution/core_splitting.h"
+#include "resolution/core_update.h"
+
+namespace vorel::resolution {
+namespace {
+
+using configuration::EventSet;
+using conflicts::Core;
+using conflicts_support::Subject;
+using Sums = std::set<EventSet>;
+
+EventSet set_of(const oracle::Configuration& configuration) {
+  EventSet set;
+  for (const std::uint32_t event : configuration.events) set.push_back({event});
+  return set;
+}
+
+bool is_usc_conflict(const Subject& s, const Core& core) {
+  const std::uint32_t one = s.state_after(core.first), other = s.state_after(core.second);
+  return s.codes[one] == s.codes[other] &&
+         s.graph.states[one].marking != s.graph.states[other].marking;
+}
+
+bool is_csc_conflict(const Subject& s, const Core& core) {
+  const std::uint32_t one = s.state_after(core.first), other = s.state_after(core.second);
+  return s.codes[one] == s.codes[other] && s.excited[one] != s.excited[other];
+}
+
+Sums sums_of(const std::vector<Core>& cores) {
+  Sums sums;
+  for (const Core& core : cores) EXPECT_TRUE(sums.insert(core.sum).second) << "one core twice";
+  return sums;
+}
+
+void on_seeds(const oracle::RandomStgParams& params,
+              const std::function<void(const Subject&, oracle::Random&)>& check) {
+  const auto [first, end] = support::seeds(40);
+  std::size_t checked = 0;
+  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const auto subject = Subject::make(oracle::random_stg(seed, params));
+    if (!subject || configuration::has_dummy_cutoffs(subject->prefix)) continue;
+    oracle::Random random(seed);
+    check(*subject, random);
+    ++checked;
+  }
+  EXPECT_GT(checked, (end - first) / 4);
+  EXPECT_FALSE(base::run_failed());
+}
+
+struct UpdateOracle {
+  const Subject& subject;
+  net::SignalId newest;
+
+  bool is_edge(configuration::StgEventId id) const {
+    return base::id_of(*base::element(subject.prefix.events, id).transition->signal) == newest;
+  }
+  EventSet without_edges(EventSet set) const {
+    std::erase_if(set, [this](auto id) { return is_edge(id); });
+    return set;
+  }
+  // The smallest configuration that includes the set.
+  EventSet completed(const EventSet& set) const {
+    EventSet best;
+    bool is_first = true;
+    for (const auto& configuration : subject.configurations) {
+      const EventSet events = set_of(configuration);
+      if (!configuration::includes(events, set)) continue;
+      if (is_first || events.size() < best.size()) best = events;
+      is_first = false;
+    }
+    return best;
+  }
+  std::vector<EventSet> variants(const EventSet& set) const {
+    std::vector<EventSet> result{set};
+    const auto last = std::find_if(set.rbegin(), set.rend(), [&](auto id) { return is_edge(id); });
+    EventSet largest;
+    for (const auto& configuration : subject.configurations) {
+      const EventSet events = set_of(configuration);
+      const EventSet more = configuration::set_difference(events, set);
+      if (configuration::includes(events, set) && more.size() == 1 && is_edge(more.front()))
+        result.push_back(events);
+      if (last == set.rend() || !configuration::includes(set, events)) continue;
+      if (!std::ranges::binary_search(events, *last) && events.size() > largest.size())
+        largest = events;
+    }
+    if (last != set.rend()) result.push_back(largest);
+    return result;
+  }
+  Sums expected(const Core& core) const {
+    const EventSet one = completed(core.first), other = completed(core.second);
+    if (one != other && is_usc_conflict(subject, Core(one, other))) return {Core(one, other).sum};
+    Sums sums;
+    for (const EventSet& a : variants(one)) {
+      for (const EventSet& b : variants(other)) {
+        if (a != b && is_usc_conflict(subject, Core(a, b))) sums.insert(Core(a, b).sum);
+      }
+    }
+    return sums;
+  }
+};
+
+TEST(Cores, AreCarriedOverASignalByItsEdgesMoreOrLess) {
+  std::size_t kept = 0, changed = 0, dropped = 0;
+  on_seeds({}, [&](const Subject& subject, oracle::Random& random) {
+    for (int i = 0; i < 25; ++i) {
+      const UpdateOracle oracle{subject, {random.below(subject.prefix.internals_end)}};
+      const auto pick = [&] {
+        const std::uint32_t number = random.below(subject.configurations.size());
+        return oracle.without_edges(set_of(subject.configurations[number]));
+      };
+      const Core core(pick(), pick());
+      if (core.sum.empty()) continue;
+      const std::vector<Core> cores{core};
+      const Sums sums =
+          sums_of(updated_cores(subject.prefix, cores, oracle.newest, [&](const Core& found) {
+            return is_usc_conflict(subject, found);
+          }));
+      EXPECT_EQ(sums, oracle.expected(core));
+      ++(sums.empty() ? dropped : sums.contains(core.sum) ? kept : changed);
+    }
+  });
+  EXPECT_GT(kept, 0u);
+  EXPECT_GT(changed, 0u);
+  EXPECT_GT(dropped, 0u);
+}
+
+void check_computation(const Subject& subject, oracle::Random& random) {
+  bool has_conflict = false;
+  std::vector<Core> arbitrary;
+  for (const auto& one : subject.configurations) {
+    for (const auto& other : subject.configurations) {
+      if (one.events == other.events) continue;
+      const Core core(set_of(one), set_of(other));
+      has_conflict |= is_csc_conflict(subject, core);
+      if (random.below(subject.configurations.size()) == 0) arbitrary.push_back(core);
+    }
+  }
+  const auto compute = [&](std::vector<Core> cores) {
+    EXPECT_TRUE(compute_cores(subject.prefix,
+                              configuration::SearchOptions::of(support::default_params(
+                                  {{"solver", random.below(2) == 0 ? 0 : 1}})),
+                              conflicts::Notes::left_out, cores));
+    return cores;
+  };
+  const auto is_csc = [&](const Core& core) { return is_csc_conflict(subject, core); };
+  const std::vector<Core> cores = compute({});
+  EXPECT_EQ(cores.empty(), !has_conflict);
+  EXPECT_EQ(std::ranges::any_of(cores, is_csc), has_conflict);
+  for (const Core& core : cores) EXPECT_TRUE(is_usc_conflict(subject, core));
+
+  const Sums again = sums_of(compute(cores));  // those that are known come back
+  for (const Core& core : cores) EXPECT_TRUE(again.contains(core.sum));
+
+  const std::vector<Core> mixed = compute(arbitrary);  // only conflicts come back
+  EXPECT_EQ(mixed.empty(), !has_conflict);
+  const Sums sums = sums_of(mixed);
+  for (const Core& core : arbitrary) {
+    if (!has_conflict || !is_usc_conflict(subject, core)) continue;
+    EXPECT_TRUE(sums.contains(core.sum));
+  }
+  for (const Core& core : mixed) EXPECT_TRUE(is_usc_conflict(subject, core));
+}
+
+TEST(Cores, AreThereAsLongAsTheCodingIsNotCompleteAndAreConflicts) {
+  for (const bool dummies : {false, true}) on_seeds({.dummies = dummies}, check_computation);
+}
+
+TEST(Cores, AreSplitWhereAnEdgeCanFireOnOneSideOnly) {
+  // The edge comes after events 1 and 2 and before 3 and 4.
+  const EdgeOccurrence edge{{{1}, {2}}, {{3}, {4}}};
+  struct Row {
+    EventSet one, other;
+    bool is_split;
+  };
+  const EventSet out{{0}, {1}}, can_fire{{1}, {2}}, can_fire_too{{0}, {1}, {2}, {5}},
+      has_fired{{1}, {2}, {4}};
+  const Row rows[] = {{out, can_fire, true},           {can_fire, has_fired, true},
+                      {out, has_fired, false},         {out, {{2}}, false},
+                      {can_fire, can_fire_too, false}, {has_fired, can_fire_too, true},
+                      {{}, {{1}, {2}, {3}}, false}};
+  for (const Row& row : rows) EXPECT_EQ(splits(Core(row.one, row.other), edge), row.is_split);
+  EXPECT_TRUE(splits(Core({}, {{3}}), EdgeOccurrence{{}, {{3}}}));  // it could fire at the start
+}
+
+}  // namespace
+}  // namespace vorel::resolution
