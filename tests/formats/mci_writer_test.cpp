@@ -69,6 +69,11 @@ TEST(MciWriter, TheBytesAreThoseOfTheFormat) {
                 support::names({"p", "qq", "", "t", ""}));
 }
 
+TEST(MciWriter, TheExampleIsWrittenBackByteForByte) {
+  const std::string bytes = support::example_bytes("philosophers4.mci");
+  EXPECT_EQ(written(*support::read_bytes(read_mci_net, bytes).process), bytes);
+}
+
 TEST(MciWriter, SeveralCorrespondentsBecomeAnUnknownOne) {
   support::ProcessBuilder<net::NetPrefix> b;
   auto& p = b.condition("p");

@@ -8,7 +8,6 @@
 #include "oracle/parse_g.h"
 #include "oracle/reference_merger.h"
 #include "oracle/reference_unfolder.h"
-#include "oracle/write_files.h"
 
 namespace vorel::oracle {
 namespace {
@@ -116,19 +115,6 @@ TEST(Philosophers, FourOfThemHaveTheirKnownStatesPrefixAndMergedProcess) {
   const net::NetMergedProcess merged = merge(*prefix);
   EXPECT_EQ(merged.conditions.size(), 24u);
   EXPECT_EQ(merged.events.size(), 12u);
-}
-
-TEST(Muller3, MergesNothing) {
-  const net::StgMergedProcess merged = merge(*unfold(example("muller3")));
-  EXPECT_EQ(merged.conditions.size(), 29u);
-  EXPECT_EQ(merged.events.size(), 16u);
-}
-
-TEST(Writers, GiveTheLegacyExampleFilesByteForByte) {
-  const auto philosophers_prefix = unfold(philosophers(4));
-  EXPECT_EQ(mci_text(*philosophers_prefix), read_file(VOREL_EXAMPLES "/philosophers4.mci"));
-  EXPECT_EQ(mp_text(merge(*philosophers_prefix)), read_file(VOREL_EXAMPLES "/philosophers4.mp"));
-  EXPECT_EQ(mci_text(*unfold(example("vme_read"))), read_file(VOREL_EXAMPLES "/vme_read.mci"));
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include "oracle/prefix_checks.h"
 #include "oracle/random_net.h"
 #include "oracle/random_stg.h"
-#include "oracle/reference_merger.h"
 #include "oracle/reference_unfolder.h"
 
 namespace vorel::oracle {
@@ -49,45 +48,6 @@ TEST(Unfolder, GivesCompletePrefixesOfTrapNets) {
     SCOPED_TRACE(trap.name);
     expect_complete_prefix(net_from(trap.text));
   }
-}
-
-TEST(Unfolder, StopsAtTheBoundOnEvents) {
-  EXPECT_TRUE(unfold(philosophers(4), 12));
-  EXPECT_FALSE(unfold(philosophers(4), 11));
-}
-
-TEST(Merger, KeepsArcsAndLeavesNoTwoClassesAlike) {
-  for (std::uint64_t seed = 0; seed < net_seeds; ++seed) {
-    SCOPED_TRACE(seed);
-    const auto prefix = unfold(random_net(seed));
-    const net::NetMergedProcess merged = merge(*prefix);
-    std::set<std::pair<const net::Place*, std::int32_t>> classes;
-    for (const auto& c : merged.conditions) {
-      EXPECT_TRUE(classes.emplace(c->place, c->occurrence_depth).second);
-      EXPECT_EQ(c->is_initial(), c->occurrence_depth == 1 && c->place->initial_marking == 1);
-      // An occurrence of depth d follows one of depth d - 1.
-      EXPECT_TRUE(c->occurrence_depth == 1 ||
-                  classes.contains({c->place, c->occurrence_depth - 1}));
-    }
-    std::set<std::vector<const void*>> events;
-    for (const auto& e : merged.events) {
-      EXPECT_EQ(e->preset.size(), e->transition->preset.size());
-      EXPECT_EQ(e->postset.size(), e->transition->postset.size());
-      std::vector<const void*> key{e->transition, nullptr};
-      key.insert(key.end(), e->preset.begin(), e->preset.end());
-      key.insert(key.end(), e->postset.begin(), e->postset.end());
-      EXPECT_TRUE(events.insert(key).second);
-    }
-  }
-}
-
-TEST(RandomNets, HaveADeadlockInAboutHalfOfAll) {
-  int deadlocks = 0;
-  for (std::uint64_t seed = 0; seed < net_seeds; ++seed) {
-    deadlocks += explore(random_net(seed)).has_deadlock() ? 1 : 0;
-  }
-  EXPECT_GT(deadlocks, 70);
-  EXPECT_LT(deadlocks, 130);
 }
 
 TEST(RandomStgs, AreConsistentWithAndWithoutConflictsAndDeadlocks) {
