@@ -89,6 +89,8 @@ TEST(LlNetReader, AFaultIsReportedWithItsPlaceAndText) {
       {net + "RA\n1>1\nTP\n1<1\n",
        "Error: the read arc '1>1' is between nodes that another arc joins " + at(6, 1)},
       {net + "RA\n1-1\n", syntax + at(6, 2) + ": expected '>', found '-1'"},
+      {net + "IA\n1>1\n", "Error: inhibitor arcs (section IA) are not supported " + at(6, 1)},
+      {net + "RS\n1>1\n", "Error: reset arcs (section RS) are not supported " + at(6, 1)},
       {"TP\n1<1\nPL\n", "Error: there is no transition 1 " + at(2, 1)},
   };
   for (const auto& row : rows) {

@@ -22,21 +22,6 @@ std::string written(const net::MergedProcessOf<N>& process) {
   return stream.str();
 }
 
-// The format keeps the arcs of those transitions only that have events.
-template <net::Process P>
-void forget_arcs_of_dead_transitions(P& process) {
-  const auto clear = [](const auto& list) {
-    for (const auto& node : list) {
-      node->preset.clear();
-      node->postset.clear();
-    }
-  };
-  clear(process.places);
-  clear(process.transitions);
-  net::rebuild_arcs(process);
-  net::sort_adjacency(process);
-}
-
 template <class N, class Reader>
 void expect_same_when_read(const N& net, Reader reader) {
   const auto prefix = oracle::unfold(net, 500);
@@ -44,7 +29,7 @@ void expect_same_when_read(const N& net, Reader reader) {
   auto merged = oracle::merge(*prefix);
   const auto again = support::read_bytes(reader, written(merged)).process;
   ASSERT_NE(again, nullptr);
-  forget_arcs_of_dead_transitions(merged);
+  support::forget_arcs_of_dead_transitions(merged);
   EXPECT_EQ(support::describe(*again), support::describe(merged));
 }
 

@@ -55,38 +55,6 @@ TEST(UnfoldErrors, NetsThatAreNotSafeOrNotConsistent) {
                   "the STG is inconsistent, signal a; trace:\na+, a+"});
 }
 
-TEST(UnfoldErrors, ArcsThatWouldMakeAnotherNet) {
-  const auto in_file = [](const std::string& name, int line, int column) {
-    return "(file " + name + ", line " + std::to_string(line) + ", column " +
-           std::to_string(column) + ")";
-  };
-  const std::string g = ".inputs a\n.graph\np a+\na+ ", net = "x.ll_net";
-  const Refusal table[] = {
-      {"x.g",
-       g + "p=2\n.marking {p}\n.end\n",
-       {},
-       "syntax error " + in_file("x.g", 4, 4) + ": expected an arc of weight 1, found 'p=2'"},
-      {"x.g",
-       g + "p(3)\n.marking {p}\n.end\n",
-       {},
-       "syntax error " + in_file("x.g", 4, 4) + ": expected an arc of weight 1, found 'p(3)'"},
-      {"x.g",
-       g + "q\n.slowenv\nq a-\n.end\n",
-       {},
-       "syntax error " + in_file("x.g", 6, 1) +
-           ": expected a line that starts with '.', found 'q'"},
-      {net,
-       ring + "IA\n1>2\n",
-       {},
-       "inhibitor arcs (section IA) are not supported " + in_file(net, 14, 1)},
-      {net,
-       ring + "RS\n1>2\n",
-       {},
-       "reset arcs (section RS) are not supported " + in_file(net, 14, 1)},
-  };
-  for (const Refusal& row : table) expect_refusal(row);
-}
-
 TEST(UnfoldErrors, NetsThatExplodeEndAtTheBounds) {
   const std::string late = "the prefix is not complete after 0.25 seconds; so far ...";
   const std::string large = "the prefix has more than 5000 events; so far ...";

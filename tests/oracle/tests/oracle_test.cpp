@@ -40,8 +40,9 @@ TEST(Completeness, IsMissedWhenAnEventIsWronglyACutOff) {
 TEST(Completeness, IsMissedWhenAnEventIsNotThere) {
   const net::Net net = net_from("marked p q; a: p -> r; b: q -> s");
   auto prefix = unfold(net);
-  net::EventOf<net::Net>& last = *prefix->events.back();
-  last.preset.front()->postset.clear();
+  prefix->events.back()->preset.front()->postset.clear();
+  prefix->conditions.pop_back();
+  prefix->events.pop_back();
   EXPECT_EQ(completeness_fault(*prefix, explore(net)), "no event for b where it is enabled");
 }
 
