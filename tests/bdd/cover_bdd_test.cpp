@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <variant>
 
 #include "bdd/bdd_cover.h"
 #include "bdd/irredundant_sum.h"
 #include "oracle/truth_tables.h"
+#include "support/logic_values.h"
 #include "support/seeds.h"
 
 namespace vorel::bdd {
@@ -31,23 +31,11 @@ Table cover_table(const toolkit::Cover& cover, const std::vector<Table>& variabl
 
 // Names of variables are "x" and their numbers.
 Table expression_table(const toolkit::LogicExpr& expression) {
-  if (const auto* const literal = std::get_if<toolkit::LogicExpr::Literal>(&expression.node)) {
-    const Table table =
-        variable_table(static_cast<std::uint32_t>(std::stoul(literal->name.substr(1))));
-    return literal->negated ? ~table : table;
-  }
-  if (const auto* const constant = std::get_if<toolkit::LogicExpr::Const>(&expression.node))
-    return constant->value ? ~Table() : Table();
-  Table result;
-  if (const auto* const sum = std::get_if<toolkit::LogicExpr::Or>(&expression.node)) {
-    for (const toolkit::LogicExpr& operand : sum->operands) result |= expression_table(operand);
-    return result;
-  }
-  result.set();
-  for (const toolkit::LogicExpr& operand :
-       std::get<toolkit::LogicExpr::And>(expression.node).operands)
-    result &= expression_table(operand);
-  return result;
+  return table_from([&](std::uint32_t a) {
+    return support::value_of(expression, [&](const std::string& name) {
+      return ((a >> std::stoul(name.substr(1))) & 1u) != 0;
+    });
+  });
 }
 
 std::vector<Table> tables_of(const std::vector<std::uint32_t>& variables) {

@@ -100,19 +100,5 @@ TEST(LlNetReader, AFaultIsReportedWithItsPlaceAndText) {
   }
 }
 
-TEST(LlNetReader, BenchmarkNetsHaveTheirKnownSizes) {
-  const struct {
-    const char* name;
-    std::size_t places, transitions;
-  } rows[] = {{"bds_1.sync.ll_net", 87, 66}, {"key_3.ll_net", 129, 133}};
-  for (const auto& row : rows) {
-    const NetReading reading = read_ll_net(support::example_bytes(row.name));
-    ASSERT_TRUE(reading.net && reading.messages.empty()) << row.name << reading.messages;
-    const net::Net& net = std::get<net::Net>(*reading.net);
-    EXPECT_EQ(net.places.size(), row.places);
-    EXPECT_EQ(net.transitions.size(), row.transitions);
-  }
-}
-
 }  // namespace
 }  // namespace vorel::formats

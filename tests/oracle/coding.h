@@ -1,5 +1,5 @@
 // oracle/coding.h - what the state graph of an STG says about its codes.
-// Here:      consistency and initial values, code of a state, USC and CSC conflicts.
+// Here:      consistency and initial values, code of a state, CSC conflicts.
 // Not here:  the state graph itself (oracle/state_graph.h).
 #pragma once
 
@@ -28,9 +28,6 @@ Values code_of(const StateGraph<net::Stg>::State& state, const Values& initial);
 // The non-dummy signals with an edge enabled in the state itself, or after firing dummies only.
 using SignalSet = std::set<std::uint32_t>;
 SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32_t state);
-
-// Two states with one code and different markings.
-bool has_usc_conflict(const StateGraph<net::Stg>& graph, const Values& initial);
 
 // The outputs and internal signals that are enabled in only one of two states with one code. With
 // dummies, enabledness counts through them.

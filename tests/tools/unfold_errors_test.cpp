@@ -85,9 +85,7 @@ TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {
   const std::string refusing = "refusing to overwrite ";
   const Refusal table[] = {
       {"x.net", ring, {}, tells_none("x.net", inputs)},
-      {"x.gz", ring, {}, tells_none("x.gz", inputs)},
       {x, ring, {"y.xml"}, tells_none("y.xml", outputs)},
-      {x, ring, {"y.mci.gz"}, tells_none("y.mci.gz", outputs)},
       {x, ring, {"y.mp"}, ".mp cannot hold a prefix: \"y.mp\" needs --merge"},
       {x,
        ring,
@@ -96,7 +94,6 @@ TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {
       {"x.pnml", ring, {"--format", "ll_net", "./x.pnml"}, refusing + "./x.pnml" + is_input},
       {x, ring, {"none/y.pnml"}, "cannot open \"none/y.pnml\" for output"},
       {x, ring, {"--dot", "none/y.dot"}, "cannot open \"none/y.dot\" for output"},
-      {x, ring, {"--dot", x}, refusing + x + is_input},
       {x, ring, {"--dot", "-"}, "--dot needs the name of a file"},
       {x, ring, {"--dot-net", x}, refusing + x + is_input},
       {x,
@@ -147,10 +144,8 @@ TEST(UnfoldErrors, OptionsThatMakeNoSense) {
       {{"--order", "4"}, "--order: Value 4 not in range 0 to 3"},
       {{"--threads", "0"}, "--threads: Value 0 not in range 1 to 256"},
       {{"--timeout", "nan"}, "--timeout: 'nan' is not a number of seconds above 0"},
-      {{"--timeout", "0"}, "--timeout: '0' is not a number of seconds above 0"},
       {{"--timeout", "1s"}, "--timeout: '1s' is not a number of seconds above 0"},
       {{"--max-events", "0"}, "--max-events: '0' is not a number of events above 0"},
-      {{"--max-events", "-1"}, "--max-events: '-1' is not a number of events above 0"},
       {{"--max-events", "5x"}, "--max-events: '5x' is not a number of events above 0"},
       {{"--max-events", "99999999999999999999999"},
        "--max-events: '99999999999999999999999' is not a number of events above 0"},

@@ -50,27 +50,5 @@ TEST(Unfolder, GivesCompletePrefixesOfTrapNets) {
   }
 }
 
-TEST(RandomStgs, AreConsistentWithAndWithoutConflictsAndDeadlocks) {
-  int with_csc_conflict = 0, with_deadlock = 0, with_dummies = 0, with_toggles = 0;
-  for (std::uint64_t seed = 0; seed < 3 * stg_seeds; ++seed) {
-    const RandomStgParams params{.dummies = seed % 3 == 1, .toggles = seed % 3 == 2};
-    const net::Stg stg = random_stg(seed, params);
-    const StateGraph<net::Stg> graph = explore(stg);
-    const auto initial = find_initial_values(stg, graph);
-    ASSERT_TRUE(initial) << seed;
-    with_csc_conflict += csc_conflict_signals(stg, graph, *initial).empty() ? 0 : 1;
-    with_deadlock += graph.has_deadlock() ? 1 : 0;
-    with_dummies += stg.internals_end < stg.signals.size() ? 1 : 0;
-    with_toggles += std::ranges::any_of(stg.transitions, [](const auto& t) {
-      return t->sign == net::Sign::toggle && !t->signal->is_dummy();
-    });
-  }
-  EXPECT_GT(with_csc_conflict, 60);
-  EXPECT_LT(with_csc_conflict, 150);
-  EXPECT_GT(with_deadlock, 5);
-  EXPECT_GT(with_dummies, 40);
-  EXPECT_GT(with_toggles, 40);
-}
-
 }  // namespace
 }  // namespace vorel::oracle
