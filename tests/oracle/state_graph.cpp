@@ -129,13 +129,38 @@ StateGraph<N> explore(const N& net, std::size_t max_states) {
   return Explorer<N>(net, max_states).run();
 }
 
-#define INSTANTIATE(N)                                                 \
-  template Marking initial_marking(const N&);                          \
-  template bool is_enabled(const Marking&, const N::Transition&);      \
-  template std::optional<Marking> fire(Marking, const N::Transition&); \
-  template Parity initial_parity(const N&);                            \
-  template struct StateGraph<N>;                                       \
-  template StateGraph<N> explore(const N&, std::size_t);
+template <class N>
+std::optional<Marking> replay(const N& net, std::span<const std::string> names) {
+  std::optional<Marking> marking = initial_marking(net);
+  for (const std::string& name : names) {
+    const typename N::Transition* found = nullptr;
+    for (const auto& transition : net.transitions) {
+      if (transition->name == name) found = transition.get();
+    }
+    if (found == nullptr || !is_enabled(*marking, *found)) return std::nullopt;
+    marking = fire(*marking, *found);
+    if (!marking) return std::nullopt;
+  }
+  return marking;
+}
+
+template <class N>
+bool is_dead(const N& net, const Marking& marking) {
+  for (const auto& transition : net.transitions) {
+    if (is_enabled(marking, *transition)) return false;
+  }
+  return true;
+}
+
+#define INSTANTIATE(N)                                                            \
+  template Marking initial_marking(const N&);                                     \
+  template bool is_enabled(const Marking&, const N::Transition&);                 \
+  template std::optional<Marking> fire(Marking, const N::Transition&);            \
+  template Parity initial_parity(const N&);                                       \
+  template struct StateGraph<N>;                                                  \
+  template StateGraph<N> explore(const N&, std::size_t);                          \
+  template std::optional<Marking> replay(const N&, std::span<const std::string>); \
+  template bool is_dead(const N&, const Marking&);
 INSTANTIATE(net::Net)
 INSTANTIATE(net::Stg)
 #undef INSTANTIATE

@@ -68,4 +68,12 @@ struct StateGraph {
 template <class N>
 StateGraph<N> explore(const N& net, std::size_t max_states = 100'000);
 
+// The marking after firing the transitions of these names in this order; nullopt when one is not
+// known, not enabled, or makes the net unsafe.
+template <class N>
+std::optional<Marking> replay(const N& net, std::span<const std::string> names);
+
+template <class N>
+bool is_dead(const N& net, const Marking& marking);
+
 }  // namespace vorel::oracle

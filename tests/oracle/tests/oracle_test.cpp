@@ -10,6 +10,17 @@
 namespace vorel::oracle {
 namespace {
 
+TEST(Replay, FollowsEnabledTransitionsOnly) {
+  const net::Net net = net_from("marked p; a: p -> q; b: q -> r");
+  const auto replays = [&](const std::vector<std::string>& names) { return replay(net, names); };
+  ASSERT_TRUE(replays({"a", "b"}));
+  EXPECT_TRUE(is_dead(net, *replays({"a", "b"})));
+  EXPECT_FALSE(is_dead(net, *replays({"a"})));
+  EXPECT_FALSE(replays({"b"}));
+  EXPECT_FALSE(replays({"a", "a"}));
+  EXPECT_FALSE(replays({"nothing"}));
+}
+
 std::optional<Values> values_of(const std::string& graph_and_marking) {
   const auto stg = parse_g(".inputs x\n.outputs y\n.graph\n" + graph_and_marking + "\n.end\n");
   EXPECT_TRUE(stg);
