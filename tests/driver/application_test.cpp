@@ -14,23 +14,6 @@ using Arguments = std::vector<std::string>;
 const std::string not_supported = "\nError: This mode is currently not supported\n";
 const std::string prompt = "\n Press `Enter'...";
 
-// An example with a place, and its one initial condition, that nothing consumes.
-std::string with_isolated_place(std::string text) {
-  const auto insert = [&text](const std::string& before, std::size_t from,
-                              const std::string& line) {
-    const std::size_t position = text.find(before, from);
-    EXPECT_NE(position, std::string::npos);
-    text.insert(position, line);
-    return position;
-  };
-  const std::size_t original = insert("<transition", 0,
-                                      "<place id=\"extra\"><name><text>extra</text></name>"
-                                      "<initialMarking><text>1</text></initialMarking></place>\n");
-  const std::size_t process = text.find("</original_net>", original);
-  insert("<transition", process, "<place id=\"cx\"><originalNode ref=\"extra\"/></place>\n");
-  return text;
-}
-
 struct Outcome {
   Arguments arguments;
   int exit_code;
@@ -145,22 +128,10 @@ TEST(Application, ReplacesNoInputByItsAnswer) {
   }
 }
 
-TEST(Application, AWarningGivesExitCodeOneAndTheAnswer) {
-  const support::TemporaryFolder folder;
-  const std::string file =
-      folder.write("isolated.pnml",
-                   with_isolated_place(support::read_text(support::example("celement.unf.pnml"))));
-  const support::ProgramRun run = support::run_vorel({"-D", file});
-  EXPECT_EQ(run.exit_code, 1);
-  EXPECT_TRUE(run.err.starts_with("\nWarning: the net contains 1 isolated place(s): ")) << run.err;
-  EXPECT_NE(run.out.find("\nthe system is deadlock-free\n"), std::string::npos) << run.out;
-}
-
 TEST(Application, WaitsForEnterAsTheOptionSays) {
   const support::TemporaryFolder folder;
   const std::string clean = support::example("celement.unf.pnml");
-  const std::string warning =
-      folder.write("isolated.pnml", with_isolated_place(support::read_text(clean)));
+  const std::string warning = support::example("philosophers4.mci");
   const std::string error = folder.path("missing.pnml");
   const struct {
     const char* option;

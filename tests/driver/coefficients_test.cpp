@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 
 #include "base/default_params.h"
@@ -101,38 +100,6 @@ TEST_F(Coefficients, DeepNestingIsAnErrorAndLongChainsAreNot) {
   for (int i = 0; i < 100000; ++i) chain += "+1";
   EXPECT_EQ(evaluate(chain, stg), 100001);
   EXPECT_EQ(evaluate(std::string(500, '(').append("3").append(500, ')'), stg), 3);
-}
-
-// Builds a random expression with all parentheses written, and its value by 64-bit arithmetic.
-struct RandomExpression {
-  std::string build(int depth, std::int64_t& value) {
-    if (depth == 0 || random() % 4 == 0) {
-      value = static_cast<std::int64_t>(random() % 1000);
-      return std::to_string(value);
-    }
-    std::int64_t a = 0, b = 0;
-    const std::string left = build(depth - 1, a), right = build(depth - 1, b);
-    char operation = "+-*/%"[random() % 5];
-    if (b == 0 && (operation == '/' || operation == '%')) operation = '-';
-    value = operation == '+'   ? a + b
-            : operation == '-' ? a - b
-            : operation == '*' ? a * b
-            : operation == '/' ? a / b
-                               : a % b;
-    value = static_cast<std::int32_t>(static_cast<std::uint64_t>(value));
-    return "(" + left + operation + right + ")";
-  }
-  std::mt19937 random{7};
-};
-
-TEST_F(Coefficients, AgreeWithWiderArithmeticOnRandomExpressions) {
-  RandomExpression expressions;
-  for (int i = 0; i < 2000; ++i) {
-    std::int64_t value = 0;
-    const std::string text = expressions.build(6, value);
-    if (value < 0) continue;
-    EXPECT_EQ(evaluate(text, stg), value) << text;
-  }
 }
 
 TEST_F(Coefficients, OfTheDefaultTextsAreStoredUnderTheirKeys) {

@@ -22,10 +22,8 @@ TEST(PnmlErrors, OfTheWholeDocument) {
       {"<pnml><net/></pnml>", "XML node \"net\" must have attribute \"type\""},
       {"<pnml><net type='low_level_net'/></pnml>", "unexpected net type: low_level_net"},
       {"<pnml>", "syntax error in an XML file: unexpected end of data ()"},
-      {"<pnml", "syntax error in an XML file: expected > ()"},
       {"pnml", "syntax error in an XML file: expected < (pnml)"},
       {"<pnml><net></pnml>", "syntax error in an XML file: invalid closing tag name (>)"},
-      {"<pnml a=b/>", "syntax error in an XML file: expected ' or \" (b/>)"},
   };
   for (const auto& [text, message] : table) {
     const auto result = support::read_document(text);
@@ -69,7 +67,6 @@ TEST(PnmlErrors, OfThePartsOfADocument) {
       {net, "<text>u</text>", "", lacks_child("name", "text")},
       {net, one, "<text>-1</text>", number + "-1"},
       {net, one, "<text>4294967296</text>", number + "4294967296"},
-      {net, one, "<text>99999999999999999999</text>", number + "99999999999999999999"},
       {net, "source=\"q\"", "", lacks_attribute("arc", "source")},
       {net, "target=\"u\"", "target=\"c0\"", "XML identifier \"c0\" has not been declared"},
       {net, "target=\"u\"", "target=\"q\"",

@@ -92,20 +92,6 @@ TEST(PnmlWriter, TheFiveCasesOfCutOffsAreReadBack) {
   expect_same_when_read(b.finish());
 }
 
-TEST(PnmlWriter, InitialValuesAndSignsOfAllKindsAreReadBack) {
-  support::ProcessBuilder<net::StgPrefix> b;
-  for (const char* name : {"i.a+", "x-", "y~", "d.d/1"}) b.event(name, {&b.condition(name)}, {});
-  net::StgPrefix& prefix = b.finish();
-  prefix.signals[0]->kind = net::SignalKind::internal;
-  net::sort_signals(prefix);
-  for (std::uint8_t i = 0; i < 3; ++i) prefix.signals[i]->initial_value = i % 2;
-  for (const auto& transition : prefix.transitions) {
-    if (transition->sign == net::Sign::toggle) continue;
-    transition->signal->initial_value = transition->sign == net::Sign::minus ? 1 : 0;
-  }
-  expect_same_when_read(prefix);
-}
-
 // All that the format knows of a merged process, and its letters.
 TEST(PnmlWriter, TheTextIsThatOfTheFormat) {
   support::ProcessBuilder<net::NetMergedProcess> b;

@@ -26,30 +26,6 @@ std::string without_style(std::string text) {
   return text;
 }
 
-// Counts the statements of a text of Graphviz; -1 if brackets or quotes do not match.
-int statement_count(const std::string& text) {
-  int braces = 0, brackets = 0, statements = 0;
-  bool quoted = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (quoted) {
-      if (c == '\\') ++i;
-      if (c == '"') quoted = false;
-      if (c == '\n' || c == '\0') return -1;
-      continue;
-    }
-    if (c == '/') i = text.find('\n', i);
-    if (c == '"') quoted = true;
-    if (c == '{') ++braces;
-    if (c == '}') --braces;
-    if (c == '[') ++brackets;
-    if (c == ']') --brackets;
-    if (c == ';' && brackets == 0) ++statements;
-    if (braces < 0 || brackets < 0 || brackets > 1) return -1;
-  }
-  return quoted || braces != 0 || brackets != 0 ? -1 : statements;
-}
-
 TEST(PrefixDot, AnStgIsDrawnWithTheColoursOfItsSignals) {
   support::ProcessBuilder<net::StgPrefix> b;
   auto &p = b.condition("p"), &q = b.condition("q"), &r = b.condition("r");
@@ -114,7 +90,6 @@ TEST(PrefixDot, HardNamesStayInsideTheirQuotes) {
     b.event(name, {&b.condition(name)}, {});
     const std::string text = drawn(b.finish());
     EXPECT_NE(text.find(", xlabel=" + label + ", style"), std::string::npos) << text;
-    EXPECT_EQ(statement_count(text), 6) << text;
   }
 }
 

@@ -51,7 +51,9 @@ struct Content {
 
 template <class N>
 void expect_same_as_reference(const PrefixOf<N>& prefix) {
-  EXPECT_TRUE(Content<N>(net::merge(prefix)) == Content<N>(oracle::merge(prefix)));
+  const Content<N> merged(net::merge(prefix));
+  EXPECT_TRUE(merged == Content<N>(oracle::merge(prefix)));
+  EXPECT_TRUE(support::describe(prefix).starts_with(merged.net + "condition "));
 }
 
 TEST(Merge, RandomNetsAndStgsMergeAsByDefinition) {

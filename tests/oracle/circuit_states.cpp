@@ -4,6 +4,8 @@
 #include <map>
 #include <optional>
 
+#include "support/logic_values.h"
+
 namespace vorel::oracle {
 namespace {
 
@@ -142,20 +144,11 @@ std::set<std::string> names_in(const toolkit::LogicExpr& expression) {
 }
 
 bool value_of(const toolkit::LogicExpr& expression, const net::Stg& stg, const Values& code) {
-  if (const auto* constant = std::get_if<toolkit::LogicExpr::Const>(&expression.node))
-    return constant->value;
-  if (const auto* leaf = std::get_if<toolkit::LogicExpr::Literal>(&expression.node)) {
+  return support::value_of(expression, [&](const std::string& name) {
     const auto signal = std::ranges::find(
-        stg.signals, leaf->name, [](const auto& s) -> const auto& { return s->name; });
-    return (code[(*signal)->index] != 0) != leaf->negated;
-  }
-  const bool is_and = std::holds_alternative<toolkit::LogicExpr::And>(expression.node);
-  bool result = is_and;
-  for_each_operand(expression, [&](const toolkit::LogicExpr& operand) {
-    const bool value = value_of(operand, stg, code);
-    result = is_and ? result && value : result || value;
+        stg.signals, name, [](const auto& s) -> const auto& { return s->name; });
+    return code[(*signal)->index] != 0;
   });
-  return result;
 }
 
 std::string find_hazard(const net::Stg& stg, const Graph& graph, const Values& initial,

@@ -136,15 +136,6 @@ SignalSet signals_that_dummies_disable(const StateGraph<net::Stg>& graph) {
   return signals;
 }
 
-bool has_usc_conflict(const StateGraph<net::Stg>& graph, const Values& initial) {
-  std::map<Values, Marking> marking_of;
-  for (const auto& state : graph.states) {
-    const auto [known, is_new] = marking_of.emplace(code_of(state, initial), state.marking);
-    if (!is_new && known->second != state.marking) return true;
-  }
-  return false;
-}
-
 SignalSet csc_conflict_signals(const net::Stg& stg, const StateGraph<net::Stg>& graph,
                                const Values& initial) {
   std::map<Values, std::vector<SignalSet>> enabled_at;

@@ -1,5 +1,5 @@
 // oracle/coding.h - what the state graph of an STG says about its codes.
-// Here:      consistency and initial values, code of a state, USC and CSC conflicts.
+// Here:      consistency and initial values, code of a state, CSC conflicts.
 // Not here:  the state graph itself (oracle/state_graph.h).
 #pragma once
 
@@ -38,9 +38,6 @@ std::set<std::pair<std::uint32_t, std::uint32_t>> disabled_signals(
 // Those enabled before some dummy fires and not after it: what is enabled depends on how a state is
 // reached.
 SignalSet signals_that_dummies_disable(const StateGraph<net::Stg>& graph);
-
-// Two states with one code and different markings.
-bool has_usc_conflict(const StateGraph<net::Stg>& graph, const Values& initial);
 
 // The outputs and internal signals that are enabled in only one of two states with one code. With
 // dummies, enabledness counts through them.

@@ -3,7 +3,6 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <regex>
 #include <sstream>
 #include <vector>
 
@@ -112,37 +111,6 @@ class GParser {
 }  // namespace
 
 std::optional<net::Stg> parse_g(const std::string& text) { return GParser().run(text); }
-
-std::optional<net::Net> parse_ll_net(const std::string& text) {
-  static const std::regex heading("[A-Z]{2}"), node(R"x(\d*"([^"]*)"(.*))x"), quoted(R"("[^"]*")"),
-      arc(R"((\d+)([<>])(\d+).*)");
-  net::Net net;
-  std::istringstream lines(text);
-  std::string section;
-  std::smatch part;
-  for (std::string line; std::getline(lines, line);) {
-    if (std::regex_match(line, heading)) {
-      section = line;
-    } else if (section == "PL" && std::regex_match(line, part, node)) {
-      auto& place = base::append_new(net.places);
-      place.name = part[1];
-      const std::string attributes = std::regex_replace(part.str(2), quoted, "");
-      place.initial_marking = attributes.find("M1") == std::string::npos ? 0 : 1;
-    } else if (section == "TR" && std::regex_match(line, part, node)) {
-      base::append_new(net.transitions).name = part[1];
-    } else if ((section == "TP" || section == "PT") && std::regex_match(line, part, arc)) {
-      const bool produces = part[2] == "<";  // TRANSITION<PLACE or PLACE>TRANSITION
-      auto& place = *net.places.at(std::stoul(part[produces ? 3 : 1]) - 1);
-      auto& transition = *net.transitions.at(std::stoul(part[produces ? 1 : 3]) - 1);
-      produces ? net::add_arc(transition, place) : net::add_arc(place, transition);
-    } else if (section == "PL" || section == "TR" || section == "TP" || section == "PT") {
-      return std::nullopt;
-    }
-  }
-  if (section.empty()) return std::nullopt;
-  net::sort_net(net);
-  return net;
-}
 
 std::optional<std::string> read_file(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);

@@ -7,33 +7,22 @@
 #include <vector>
 
 #include "oracle/history.h"
+#include "oracle/property_model.h"
 
 namespace vorel::oracle {
 namespace {
 
-template <class N>
-using Cut = std::set<const net::ConditionOf<N>*>;
-
-template <class List>
-std::vector<std::uint32_t> sorted_places(const List& conditions) {
-  std::vector<std::uint32_t> places;
-  for (const auto* condition : conditions) places.push_back(condition->place->index);
-  std::ranges::sort(places);
-  return places;
-}
-
-template <class Places>
-std::vector<std::uint32_t> sorted_indices(const Places& places) {
-  std::vector<std::uint32_t> indices;
-  for (const auto* place : places) indices.push_back(place->index);
-  std::ranges::sort(indices);
-  return indices;
+template <class Conditions, class Places>
+bool are_on(const Conditions& conditions, const Places& places) {
+  std::multiset<const void*> found, wanted(places.begin(), places.end());
+  for (const auto* c : conditions) found.insert(c->place);
+  return found == wanted;
 }
 
 template <class N>
 bool matches_arcs(const net::EventOf<N>& event) {
-  return sorted_places(event.preset) == sorted_indices(event.transition->preset) &&
-         sorted_places(event.postset) == sorted_indices(event.transition->postset);
+  return are_on(event.preset, event.transition->preset) &&
+         are_on(event.postset, event.transition->postset);
 }
 
 template <class N>
@@ -83,80 +72,24 @@ std::string event_fault(const net::PrefixOf<N>& prefix, const net::EventOf<N>& e
   return cut_off_fault(prefix, event);
 }
 
-// Walks all configurations without cut-offs, each as its cut and the parities on the way to it.
+// What is wrong with the cut of a configuration, of which this is the state.
 template <class N>
-class ConfigurationWalk {
- public:
-  ConfigurationWalk(const net::PrefixOf<N>& prefix, std::size_t max_configurations)
-      : prefix_{prefix}, max_configurations_{max_configurations} {}
-
-  std::string run() {
-    Cut<N> initial;
-    for (const auto& condition : prefix_.conditions) {
-      if (condition->is_initial()) initial.insert(condition.get());
-    }
-    visit(std::move(initial), initial_parity<N>(prefix_));
-    while (!open_.empty()) {
-      const auto [cut, parity] = std::move(open_.back());
-      open_.pop_back();
-      if (std::string fault = expand(cut, parity); !fault.empty()) return fault;
-      if (seen_.size() > max_configurations_) return "there are too many configurations to try";
-    }
-    return "";
+std::string cut_fault(const net::PrefixOf<N>& prefix, const PropertyState& state) {
+  if (std::ranges::count(state.holds[condition], true) !=
+      std::ranges::count(state.holds[place], true)) {
+    return "a cut has two conditions of one place";
   }
-
-  const std::set<FinalState>& states() const { return states_; }
-
- private:
-  void visit(Cut<N> cut, Parity parity) {
-    if (seen_.insert(cut).second) open_.emplace_back(std::move(cut), std::move(parity));
+  std::vector<bool> has_event(prefix.transitions.size());
+  for (const auto& e : prefix.events) {
+    if (state.enabled[event][e->index]) has_event[e->transition->index] = true;
   }
-
-  std::string expand(const Cut<N>& cut, const Parity& parity) {
-    Marking marking(prefix_.places.size());
-    for (const auto* condition : cut) {
-      if (marking[condition->place->index]) return "a cut has two conditions of one place";
-      marking[condition->place->index] = true;
+  for (const auto& t : prefix.transitions) {
+    if (state.enabled[transition][t->index] && !has_event[t->index]) {
+      return "no event for " + t->name + " where it is enabled";
     }
-    states_.insert({marking, parity});
-    const auto events = events_at(cut);
-    for (const auto& transition : prefix_.transitions) {
-      const bool has_event = std::ranges::any_of(
-          events, [&](const auto* event) { return event->transition == transition.get(); });
-      if (is_enabled(marking, *transition) && !has_event) {
-        return "no event for " + transition->name + " where it is enabled";
-      }
-    }
-    for (const auto* event : events) step(cut, parity, *event);
-    return "";
   }
-
-  std::set<const net::EventOf<N>*> events_at(const Cut<N>& cut) const {
-    std::set<const net::EventOf<N>*> events;
-    for (const auto* condition : cut) {
-      for (const auto* event : condition->postset) {
-        const bool is_enabled_here = std::ranges::all_of(
-            event->preset, [&](const auto* needed) { return cut.contains(needed); });
-        if (is_enabled_here) events.insert(event);
-      }
-    }
-    return events;
-  }
-
-  void step(Cut<N> cut, Parity parity, const net::EventOf<N>& event) {
-    if (event.is_cut_off()) return;
-    for (const auto* condition : event.preset) cut.erase(condition);
-    cut.insert(event.postset.begin(), event.postset.end());
-    count_edge(parity, *event.transition);
-    visit(std::move(cut), std::move(parity));
-  }
-
-  const net::PrefixOf<N>& prefix_;
-  std::size_t max_configurations_;
-  std::vector<std::pair<Cut<N>, Parity>> open_;
-  std::set<Cut<N>> seen_;
-  std::set<FinalState> states_;
-};
+  return "";
+}
 
 }  // namespace
 
@@ -178,12 +111,18 @@ template <class N>
 std::string completeness_fault(const net::PrefixOf<N>& prefix, const StateGraph<N>& graph,
                                std::size_t max_configurations) {
   assert(graph.outcome == Exploration::complete);
-  ConfigurationWalk<N> walk(prefix, max_configurations);
-  if (std::string fault = walk.run(); !fault.empty()) return fault;
-  std::set<FinalState> reachable;
+  const auto all = configuration_states(prefix, StateKind::all, max_configurations);
+  if (!all) return "there are too many configurations to try";
+  std::set<FinalState> reached, reachable;
+  for (const auto& [events, state] : *all) {
+    if (std::string fault = cut_fault(prefix, state); !fault.empty()) return fault;
+    Parity parity = initial_parity<N>(prefix);
+    for (const auto number : events) count_edge(parity, *prefix.events[number]->transition);
+    reached.insert({state.holds[place], parity});
+  }
   for (const auto& state : graph.states) reachable.insert({state.marking, state.parity});
-  if (walk.states() == reachable) return "";
-  return "represents " + std::to_string(walk.states().size()) + " states of " +
+  if (reached == reachable) return "";
+  return "represents " + std::to_string(reached.size()) + " states of " +
          std::to_string(reachable.size());
 }
 

@@ -6,7 +6,7 @@
 #include <set>
 #include <tuple>
 
-#include "oracle/clone.h"
+#include "net/clone_net.h"
 
 namespace vorel::oracle {
 namespace {
@@ -37,7 +37,7 @@ template <class N>
 class Merger {
  public:
   explicit Merger(const net::PrefixOf<N>& prefix) : prefix_{prefix} {
-    static_cast<N&>(merged_) = clone<N>(prefix);
+    static_cast<N&>(merged_) = net::clone_net<N>(prefix);
   }
 
   net::MergedProcessOf<N> run() {

@@ -5,7 +5,7 @@
 #include <map>
 #include <tuple>
 
-#include "oracle/clone.h"
+#include "net/clone_net.h"
 #include "oracle/history.h"
 
 namespace vorel::oracle {
@@ -41,7 +41,7 @@ class Unfolder {
  public:
   Unfolder(const N& net, std::size_t max_events)
       : max_events_{max_events}, open_conditions_(net.places.size()) {
-    static_cast<N&>(prefix_) = clone(net);
+    static_cast<N&>(prefix_) = net::clone_net(net);
   }
 
   std::optional<net::PrefixOf<N>> run() {

@@ -1,27 +1,20 @@
-// oracle/write_files.h - processes as the text of input files, independent of the program's writer.
-// Here:      PNML of all four kinds, *.mci of a prefix, *.mp of a merged process.
-// Not here:  reading.
-// A prefix must have all its conditions in its list.
+// oracle/write_files.h - processes as the text of input files.
+// Here:      PNML of all four kinds; that it can be read back is what tests/formats tests.
 #pragma once
 
+#include <sstream>
+#include <stdexcept>
 #include <string>
 
-#include "net/process.h"
+#include "formats/pnml_writer.h"
 
 namespace vorel::oracle {
 
 template <net::Process P>
-std::string pnml_text(const P& process);
-
-// The transitions of an STG get the prefix of their signal's kind, such as "O.z+/1", and are
-// numbered in the order of these names.
-template <class N>
-std::string mci_text(const net::PrefixOf<N>& prefix);
-
-template <class N>
-std::string mp_text(const net::MergedProcessOf<N>& process);
-
-// Ends the test when the file cannot be written.
-void write_file(const std::string& path, const std::string& content);
+std::string pnml_text(const P& process) {
+  std::ostringstream stream;
+  if (!formats::write_pnml(process, stream)) throw std::runtime_error("a process is not written");
+  return stream.str();
+}
 
 }  // namespace vorel::oracle

@@ -10,7 +10,6 @@
 #include "base/messages.h"
 #include "configuration/dummy_cutoffs.h"
 #include "net/merge.h"
-#include "oracle/clone.h"
 #include "oracle/coding.h"
 #include "oracle/random_net.h"
 #include "oracle/random_property.h"

@@ -87,13 +87,6 @@ TEST(GateNormalForm, KeepsTheFunctionOfWideGates) {
       expect_normalises(Gate(type, random_lits(random, variable_count, 4 + random.below(5))));
 }
 
-TEST(GateNormalForm, WideGateWithoutRepetitionStaysInHeapForm) {
-  Gate gate(GateAnd, {lit_of(5), lit_of(3), ~lit_of(1), lit_of(9), lit_of(0)});
-  EXPECT_FALSE(normalise(gate));
-  EXPECT_EQ(gate.code(), 31u);
-  EXPECT_EQ(to_string(gate), "GateAnd(0, 1', 3, 5, 9)");
-}
-
 TEST(GateNormalForm, EqualGatesGetEqualForms) {
   const Lit a = lit_of(0), b = lit_of(1), c = lit_of(2), d = lit_of(3);
   const std::vector<std::pair<Gate, Gate>> pairs = {

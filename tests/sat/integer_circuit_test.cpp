@@ -227,10 +227,5 @@ TEST(IntegerCircuit, DecodesEachValueOfTheLowBits) {
     }
 }
 
-TEST(IntegerCircuit, ConstantsHaveNoLeadingZeros) {
-  EXPECT_EQ(IntegerCircuit::constant(0), Lits{});
-  EXPECT_EQ(IntegerCircuit::constant(6), (Lits{LitFalse, LitTrue, LitTrue}));
-}
-
 }  // namespace
 }  // namespace vorel::sat

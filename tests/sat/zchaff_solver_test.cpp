@@ -2,12 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <map>
 
 #include "base/messages.h"
 #include "base/run_state.h"
-#include "sat/integer_circuit.h"
 #include "sat/minisat_solver.h"
 #include "sat/sat_testing.h"
 #include "support/seeds.h"
@@ -195,35 +193,6 @@ TEST(ZChaffSolver, AnswersAsMiniSatWhileGroupsComeAndGo) {
     }
     pair.check_clauses();
     pair.check_learnt();
-  }
-}
-
-// What encoders make: counters over a random formula, of which the bound is a group.
-TEST(ZChaffSolver, DescendsOnCountersAsMiniSat) {
-  Random random(11);
-  for (int round = 0; round < 12; ++round) {
-    std::array<std::uint64_t, 2> least{};
-    const std::uint32_t seed = random.below(1u << 30);
-    for (const int number : {0, 1}) {
-      CnfFormula formula(CnfParams{.solver = number});
-      Random edges(seed);
-      const Lits lits = [&] {
-        Lits made;
-        for (int i = 0; i < 22; ++i) made.emplace_back(formula.new_var(false), false);
-        return made;
-      }();
-      for (int i = 0; i < 50; ++i)
-        formula.add_binary(lits[edges.below(22)], lits[edges.below(22)], PermanentGroup);
-      IntegerCircuit circuit(formula);
-      const Lits bits = circuit.count_ones(lits, PermanentGroup);
-      for (std::uint64_t bound = 22; formula.solve(); bound = least[std::size_t(number)] - 1) {
-        least[std::size_t(number)] = circuit.model_value(bits);
-        ASSERT_LE(least[std::size_t(number)], bound);
-        formula.renew_group(formula.group(2));
-        circuit.assert_at_most(bits, least[std::size_t(number)] - 1, formula.group(2));
-      }
-    }
-    EXPECT_EQ(least[0], least[1]);
   }
 }
 

@@ -122,11 +122,19 @@ std::string describe(const P& process) {
   return out.str();
 }
 
+// The formats keep the arcs of those transitions only that have events.
 template <net::Process P>
-std::string statistics(const P& process) {
-  std::ostringstream out;
-  net::print_statistics(process, out);
-  return out.str();
+void forget_arcs_of_dead_transitions(P& process) {
+  const auto clear = [](const auto& list) {
+    for (const auto& node : list) {
+      node->preset.clear();
+      node->postset.clear();
+    }
+  };
+  clear(process.places);
+  clear(process.transitions);
+  net::rebuild_arcs(process);
+  net::sort_adjacency(process);
 }
 
 }  // namespace vorel::support

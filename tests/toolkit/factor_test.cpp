@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "support/logic_values.h"
 #include "support/seeds.h"
 #include "toolkit/minimise.h"
 #include "toolkit/toolkit_testing.h"
@@ -31,19 +32,10 @@ Cover sum_of_products(const std::string& text) {
   return cover;
 }
 
-// Under the names x0, x1, ... or letters.
+// Under the names x0, x1, ...
 bool value_of(const LogicExpr& e, std::uint32_t point) {
-  const auto holds = [&](const LogicExpr& operand) { return value_of(operand, point); };
-  if (const auto* node = std::get_if<LogicExpr::And>(&e.node))
-    return std::ranges::all_of(node->operands, holds);
-  if (const auto* node = std::get_if<LogicExpr::Or>(&e.node))
-    return std::ranges::any_of(node->operands, holds);
-  if (const auto* node = std::get_if<LogicExpr::Const>(&e.node)) return node->value;
-  const auto& literal = std::get<LogicExpr::Literal>(e.node);
-  const unsigned long position = literal.name[0] == 'x'
-                                     ? std::stoul(literal.name.substr(1))
-                                     : static_cast<unsigned long>(literal.name[0] - 'a');
-  return ((point >> position & 1) != 0) != literal.negated;
+  return support::value_of(
+      e, [&](const std::string& name) { return (point >> std::stoul(name.substr(1)) & 1) != 0; });
 }
 
 // No operand is of its parent's kind, a constant, or alone.

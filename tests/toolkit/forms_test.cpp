@@ -67,13 +67,5 @@ TEST(Hashes, HaveFixedValues) {
   EXPECT_EQ(hash_of(LogicExpr{LogicExpr::Const{false}}), 84696351u);
 }
 
-TEST(Hashes, OfOperandsGoFromTheLastToTheFirst) {
-  const LogicExpr a = literal("a"), b = literal("b");
-  const std::uint32_t operands =
-      base::combine_hashes(base::combine_hashes(12345, hash_of(b)), hash_of(a));
-  EXPECT_EQ(hash_of(LogicExpr{LogicExpr::And{{a, b}}}), (operands - 493758272u) ^ 0x50C5D1Fu);
-  EXPECT_EQ(hash_of(LogicExpr{LogicExpr::Or{{a, b}}}), (operands - 1571720292u) ^ 0x40C5B8Cu);
-}
-
 }  // namespace
 }  // namespace vorel::toolkit

@@ -6,7 +6,6 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
-#include "support/seeds.h"
 
 namespace vorel::toolkit {
 namespace {
@@ -164,87 +163,6 @@ TEST(GenlibReader, WideAndLongTextsTakeLittleTime) {
   EXPECT_FALSE(read(garbage).gates);
   EXPECT_FALSE(read("GATE " + garbage).gates);
   EXPECT_FALSE(read("GATE a 1 o=" + std::string(1000000, '!')).gates);
-}
-
-// A random expression with the text of one of its spellings and its values under the 32 assignments
-// of the five pins.
-class RandomExpression {
- public:
-  explicit RandomExpression(std::uint64_t seed) : random_{seed} {}
-
-  struct Term {
-    std::string text;
-    std::uint32_t values;
-  };
-  Term sum(int depth) {
-    Term result = exclusive(depth);
-    while (depth > 0 && one_of(2) == 0) {
-      const Term next = exclusive(depth - 1);
-      result = {result.text + pick({"+", " + ", "|"}) + next.text, result.values | next.values};
-    }
-    return result;
-  }
-
- private:
-  std::size_t one_of(std::size_t count) { return random_() % count; }
-  std::string pick(std::initializer_list<const char*> list) {
-    return list.begin()[one_of(list.size())];
-  }
-
-  Term exclusive(int depth) {
-    Term result = product(depth);
-    while (depth > 0 && one_of(4) == 0) {
-      const Term next = product(depth - 1);
-      result = {result.text + pick({"^", "\n^ "}) + next.text, result.values ^ next.values};
-    }
-    return result;
-  }
-  Term product(int depth) {
-    Term result = factor(depth);
-    while (depth > 0 && one_of(2) == 0) {
-      const Term next = factor(depth - 1);
-      result = {result.text + pick({"*", " & ", " ", " #\n"}) + next.text,
-                result.values & next.values};
-    }
-    return result;
-  }
-  Term factor(int depth) {
-    Term result = atom(depth);
-    if (one_of(3) == 0) result = {pick({"!", "! "}) + result.text, ~result.values};
-    while (one_of(4) == 0) result = {result.text + pick({"'", " '"}), ~result.values};
-    return result;
-  }
-  Term atom(int depth) {
-    if (depth > 0 && one_of(2) == 0) {
-      const Term inner = sum(depth - 1);
-      return {"(" + inner.text + ")", inner.values};
-    }
-    const Term atoms[] = {{"a", 0xAAAAAAAA}, {"b", 0xCCCCCCCC}, {"c", 0xF0F0F0F0},
-                          {"d", 0xFF00FF00}, {"e", 0xFFFF0000}, {"CONST1", 0xFFFFFFFF},
-                          {"CONST0", 0}};
-    const std::size_t chosen = one_of(16);
-    return atoms[chosen < 2 ? chosen + 5 : chosen % 5];
-  }
-
-  std::mt19937_64 random_;
-};
-
-TEST(GenlibReader, AnEquationHasTheValuesOfItsExpression) {
-  const auto [first, end] = support::seeds(2000);
-  for (std::uint64_t seed = first; seed < end; ++seed) {
-    const auto expression = RandomExpression(seed).sum(4);
-    const Reading reading = read("GATE g 1 o=" + expression.text + ";PIN * INV" + timing);
-    ASSERT_TRUE(reading.gates) << expression.text << reading.messages;
-    const LibraryGate& gate = reading.gates->front();
-    const TruthTable table = truth_table(gate.function, gate.pin_count());
-    for (std::uint32_t values = 0; values < 32; ++values) {
-      std::uint32_t point = 0;
-      for (std::uint32_t pin = 0; pin < gate.pin_count(); ++pin) {
-        point |= ((values >> (gate.pins[pin][0] - 'a')) % 2) << pin;
-      }
-      ASSERT_EQ((table[0] >> point) % 2, (expression.values >> values) % 2) << expression.text;
-    }
-  }
 }
 
 }  // namespace

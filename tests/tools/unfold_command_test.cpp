@@ -48,35 +48,6 @@ TEST(UnfoldCommand, CircuitsUnfoldToTheSizesAndTheVerdictOfTheirPrefixes) {
   }
 }
 
-TEST(UnfoldCommand, ArcsOfAllFormsMakeTheNetThatIsMeant) {
-  const std::string head = ".outputs a\n.graph\np a+\na+ q", tail = "q a-\na- p";
-  const std::string pnml = ".marking = {p} .end\n";
-  const std::string ring =
-      "PL\n\"p\"M1\n\"q\"\n\"r\"M1\nTR\n\"t\"\n\"u\"\nTP\n1<2\n2<1\nPT\n1>1\n2>2\n";
-  const struct {
-    std::string name, text, answer, warning;
-  } table[] = {
-      {"x.g", head + "=1\n" + tail + "(1)\n" + pnml, "the system is deadlock-free", ""},
-      {"x.g", head + "\n" + tail + "\n.coords\nq a+\n" + pnml, "the system is deadlock-free", ""},
-      {"x.g", head + "\n.arcs\n" + tail + "\n" + pnml, "the system has a deadlock",
-       "'.arcs' is unknown"},
-      {"x.ll_net", ring + "PTR\n\"x\"\nPTP\n3<3\nPPT\n3>3\n", "the system is deadlock-free", ""},
-      {"x.ll_net", ring + "RA\n3>1\n", "the system is deadlock-free", ""},
-      {"x.ll_net", ring + "RA\n1<3\n2>1\n", "", "the read arc '2>1'"},
-      {"x.ll_net", ring + "TR\n3\"s\"\nPT\n3>3\nRA\n3>1\n", "the system has a deadlock", ""},
-  };
-  for (const auto& row : table) {
-    const support::TemporaryFolder folder;
-    folder.write(row.name, row.text);
-    const support::ProgramRun run =
-        support::run_vorel_unfold({row.name, "x.pnml"}, {.directory = folder.path()});
-    EXPECT_EQ(run.err.empty(), row.warning.empty()) << run.err << row.text;
-    EXPECT_NE(run.err.find(row.warning), std::string::npos) << run.err << row.text;
-    const support::ProgramRun check = support::run_vorel({"-D", folder.path("x.pnml")});
-    EXPECT_EQ(line_starting(check.out, "the system "), row.answer) << row.text;
-  }
-}
-
 TEST(UnfoldCommand, MergedProcessesHaveTheSizesOfTheExamples) {
   const support::TemporaryFolder folder;
   for (const std::string input : {"muller3.g", "vme_read.g", "philosophers4.ll_net"}) {

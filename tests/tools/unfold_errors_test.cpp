@@ -55,38 +55,6 @@ TEST(UnfoldErrors, NetsThatAreNotSafeOrNotConsistent) {
                   "the STG is inconsistent, signal a; trace:\na+, a+"});
 }
 
-TEST(UnfoldErrors, ArcsThatWouldMakeAnotherNet) {
-  const auto in_file = [](const std::string& name, int line, int column) {
-    return "(file " + name + ", line " + std::to_string(line) + ", column " +
-           std::to_string(column) + ")";
-  };
-  const std::string g = ".inputs a\n.graph\np a+\na+ ", net = "x.ll_net";
-  const Refusal table[] = {
-      {"x.g",
-       g + "p=2\n.marking {p}\n.end\n",
-       {},
-       "syntax error " + in_file("x.g", 4, 4) + ": expected an arc of weight 1, found 'p=2'"},
-      {"x.g",
-       g + "p(3)\n.marking {p}\n.end\n",
-       {},
-       "syntax error " + in_file("x.g", 4, 4) + ": expected an arc of weight 1, found 'p(3)'"},
-      {"x.g",
-       g + "q\n.slowenv\nq a-\n.end\n",
-       {},
-       "syntax error " + in_file("x.g", 6, 1) +
-           ": expected a line that starts with '.', found 'q'"},
-      {net,
-       ring + "IA\n1>2\n",
-       {},
-       "inhibitor arcs (section IA) are not supported " + in_file(net, 14, 1)},
-      {net,
-       ring + "RS\n1>2\n",
-       {},
-       "reset arcs (section RS) are not supported " + in_file(net, 14, 1)},
-  };
-  for (const Refusal& row : table) expect_refusal(row);
-}
-
 TEST(UnfoldErrors, NetsThatExplodeEndAtTheBounds) {
   const std::string late = "the prefix is not complete after 0.25 seconds; so far ...";
   const std::string large = "the prefix has more than 5000 events; so far ...";
@@ -117,9 +85,7 @@ TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {
   const std::string refusing = "refusing to overwrite ";
   const Refusal table[] = {
       {"x.net", ring, {}, tells_none("x.net", inputs)},
-      {"x.gz", ring, {}, tells_none("x.gz", inputs)},
       {x, ring, {"y.xml"}, tells_none("y.xml", outputs)},
-      {x, ring, {"y.mci.gz"}, tells_none("y.mci.gz", outputs)},
       {x, ring, {"y.mp"}, ".mp cannot hold a prefix: \"y.mp\" needs --merge"},
       {x,
        ring,
@@ -128,7 +94,6 @@ TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {
       {"x.pnml", ring, {"--format", "ll_net", "./x.pnml"}, refusing + "./x.pnml" + is_input},
       {x, ring, {"none/y.pnml"}, "cannot open \"none/y.pnml\" for output"},
       {x, ring, {"--dot", "none/y.dot"}, "cannot open \"none/y.dot\" for output"},
-      {x, ring, {"--dot", x}, refusing + x + is_input},
       {x, ring, {"--dot", "-"}, "--dot needs the name of a file"},
       {x, ring, {"--dot-net", x}, refusing + x + is_input},
       {x,
@@ -179,10 +144,8 @@ TEST(UnfoldErrors, OptionsThatMakeNoSense) {
       {{"--order", "4"}, "--order: Value 4 not in range 0 to 3"},
       {{"--threads", "0"}, "--threads: Value 0 not in range 1 to 256"},
       {{"--timeout", "nan"}, "--timeout: 'nan' is not a number of seconds above 0"},
-      {{"--timeout", "0"}, "--timeout: '0' is not a number of seconds above 0"},
       {{"--timeout", "1s"}, "--timeout: '1s' is not a number of seconds above 0"},
       {{"--max-events", "0"}, "--max-events: '0' is not a number of events above 0"},
-      {{"--max-events", "-1"}, "--max-events: '-1' is not a number of events above 0"},
       {{"--max-events", "5x"}, "--max-events: '5x' is not a number of events above 0"},
       {{"--max-events", "99999999999999999999999"},
        "--max-events: '99999999999999999999999' is not a number of events above 0"},

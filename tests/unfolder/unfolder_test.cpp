@@ -4,8 +4,8 @@
 
 #include <string>
 
+#include "net/clone_net.h"
 #include "net/sanity_checks.h"
-#include "oracle/clone.h"
 #include "oracle/net_text.h"
 #include "oracle/prefix_checks.h"
 #include "oracle/random_net.h"
@@ -30,7 +30,7 @@ template <class N>
 Unfolding<N> unfold(const N& net, const UnfoldOptions& options = {}) {
   testing::internal::CaptureStderr();
   Unfolding<N> result;
-  Unfolder<N> unfolder(oracle::clone(net), options);
+  Unfolder<N> unfolder(net::clone_net(net), options);
   result.succeeded = unfolder.unfold();
   if (result.succeeded) {
     unfolder.warn_if_no_events();

@@ -8,7 +8,6 @@
 #include "oracle/parse_g.h"
 #include "oracle/reference_merger.h"
 #include "oracle/reference_unfolder.h"
-#include "oracle/write_files.h"
 
 namespace vorel::oracle {
 namespace {
@@ -38,22 +37,21 @@ struct ExampleRow {
   const char* name;
   std::size_t states;
   PrefixSizes sizes;
-  bool usc_conflict;
   const char* csc_signals;  // in the order of signals
   const char* normalcy;     // of the outputs and internal signals, p and n
 };
 
 constexpr ExampleRow example_table[] = {
-    {"celement", 8, {10, 6, 1, 8, 8}, false, "", "c:p "},
-    {"vme_read", 14, {15, 12, 1, 14, 13}, true, "d lds ", "d: lds: dtack:p "},
-    {"vme_read_csc", 16, {17, 14, 1, 16, 15}, false, "", "d:p lds:p dtack:p csc: "},
-    {"toggle", 8, {9, 8, 1, 8, 8}, false, "", "a: b: "},
-    {"sequencer", 12, {13, 12, 1, 12, 12}, true, "ar br pa ", "ar: br: pa: "},
-    {"fork_join", 20, {15, 12, 1, 14, 14}, false, "", "ar:p br:p pa:p "},
-    {"latch_ctrl", 18, {17, 12, 1, 15, 15}, false, "", "lt: ain:p rout:p "},
-    {"mutex2", 12, {13, 8, 2, 10, 10}, false, "", "g1: g2: "},
-    {"dummy_fork", 28, {14, 12, 1, 13, 13}, true, "done ", "xa:p xb:p done: "},
-    {"muller3", 32, {29, 16, 1, 25, 25}, false, "", nullptr},
+    {"celement", 8, {10, 6, 1, 8, 8}, "", "c:p "},
+    {"vme_read", 14, {15, 12, 1, 14, 13}, "d lds ", "d: lds: dtack:p "},
+    {"vme_read_csc", 16, {17, 14, 1, 16, 15}, "", "d:p lds:p dtack:p csc: "},
+    {"toggle", 8, {9, 8, 1, 8, 8}, "", "a: b: "},
+    {"sequencer", 12, {13, 12, 1, 12, 12}, "ar br pa ", "ar: br: pa: "},
+    {"fork_join", 20, {15, 12, 1, 14, 14}, "", "ar:p br:p pa:p "},
+    {"latch_ctrl", 18, {17, 12, 1, 15, 15}, "", "lt: ain:p rout:p "},
+    {"mutex2", 12, {13, 8, 2, 10, 10}, "", "g1: g2: "},
+    {"dummy_fork", 28, {14, 12, 1, 13, 13}, "done ", "xa:p xb:p done: "},
+    {"muller3", 32, {29, 16, 1, 25, 25}, "", nullptr},
 };
 
 net::Stg example(const std::string& name) {
@@ -85,7 +83,6 @@ TEST_P(Examples, HaveTheirKnownCodingProperties) {
   const auto initial = find_initial_values(stg, graph);
   ASSERT_TRUE(initial);
   EXPECT_EQ(*initial, Values(stg.signals.size(), 0));
-  EXPECT_EQ(has_usc_conflict(graph, *initial), row.usc_conflict);
   std::string conflicts, normalcy;
   for (const std::uint32_t signal : csc_conflict_signals(stg, graph, *initial)) {
     conflicts += stg.signals[signal]->name + " ";
@@ -116,19 +113,6 @@ TEST(Philosophers, FourOfThemHaveTheirKnownStatesPrefixAndMergedProcess) {
   const net::NetMergedProcess merged = merge(*prefix);
   EXPECT_EQ(merged.conditions.size(), 24u);
   EXPECT_EQ(merged.events.size(), 12u);
-}
-
-TEST(Muller3, MergesNothing) {
-  const net::StgMergedProcess merged = merge(*unfold(example("muller3")));
-  EXPECT_EQ(merged.conditions.size(), 29u);
-  EXPECT_EQ(merged.events.size(), 16u);
-}
-
-TEST(Writers, GiveTheLegacyExampleFilesByteForByte) {
-  const auto philosophers_prefix = unfold(philosophers(4));
-  EXPECT_EQ(mci_text(*philosophers_prefix), read_file(VOREL_EXAMPLES "/philosophers4.mci"));
-  EXPECT_EQ(mp_text(merge(*philosophers_prefix)), read_file(VOREL_EXAMPLES "/philosophers4.mp"));
-  EXPECT_EQ(mci_text(*unfold(example("vme_read"))), read_file(VOREL_EXAMPLES "/vme_read.mci"));
 }
 
 }  // namespace
