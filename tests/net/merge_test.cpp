@@ -127,6 +127,14 @@ TEST(Merge, EventsMayBeNumberedAgainstTheirCausalOrder) {
   expect_same_as_reference(b.finish());
 }
 
+TEST(Merge, LabelsAndInitialValuesAreKept) {
+  support::ProcessBuilder<StgPrefix> b;
+  b.event("i.a+", {&b.condition("p")}, {&b.condition("q")});
+  b.event("x-", {&b.condition("r")}, {&b.condition("s")});
+  b.finish().signals[0]->initial_value = 1;
+  expect_same_as_reference(*b.process);
+}
+
 TEST(Merge, ConditionsLeftOutAfterCutOffsAreMergedLikeTheOthers) {
   support::ProcessBuilder<NetPrefix> listed, left_out;
   auto& p = listed.condition("p");

@@ -41,7 +41,11 @@ TEST(AtMostOne, CountsCopiesComplementsAndConstants) {
 TEST(AtMostOne, HoldsForRandomLists) {
   Random random(3);
   for (int round = 0; round < 150; ++round)
-    expect_at_most_one(random_lits(random, 9, random.below(10), round % 3 == 0), 9);
+    expect_at_most_one(random_lits(random, 5, random.below(6), round % 3 == 0), 5);
+}
+
+TEST(AtMostOne, HoldsForListsOnBothSidesOfTheStepFromPairsToAChain) {
+  for (std::uint32_t size = 5; size <= 9; ++size) expect_at_most_one(fixing(size, 0xAA), size);
 }
 
 }  // namespace
