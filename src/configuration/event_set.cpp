@@ -78,6 +78,18 @@ bool is_causally_closed(const net::StgPrefix& prefix, const EventSet& set) {
   });
 }
 
+bool is_configuration(const net::StgPrefix& prefix, const EventSet& set) {
+  if (!is_causally_closed(prefix, set)) return false;
+  base::IndexedBy<net::StgPrefix::Condition, bool> is_consumed(prefix.conditions.size());
+  for (const StgEventId id : set) {
+    for (const auto* condition : base::element(prefix.events, id).preset) {
+      if (is_consumed[*condition]) return false;
+      is_consumed[*condition] = true;
+    }
+  }
+  return true;
+}
+
 bool has_only_dummies(const net::StgPrefix& prefix, const EventSet& set) {
   return std::ranges::all_of(
       set, [&prefix](StgEventId id) { return net::is_dummy(base::element(prefix.events, id)); });

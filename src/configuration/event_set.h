@@ -28,6 +28,8 @@ EventSet symmetric_difference(const EventSet& a, const EventSet& b);
 
 // The causal predecessors of each event are in the set.
 bool is_causally_closed(const net::StgPrefix& prefix, const EventSet& set);
+// Closed, and no two of its events consume one condition.
+bool is_configuration(const net::StgPrefix& prefix, const EventSet& set);
 bool has_only_dummies(const net::StgPrefix& prefix, const EventSet& set);
 
 // The configuration without the dummies that no event of another signal in it needs.

@@ -56,11 +56,10 @@ class CoreUpdate {
     std::vector<Event*> events;
     for (const StgEventId id : set) events.push_back(&base::element(prefix_.events, id));
     const auto past = net::causal_past<net::Stg>(prefix_, events);
-    mark({past.begin(), past.end()});
-    for (const Event* event : past) {
-      if (event->is_cut_off() || has_rival_inside(*event)) return std::nullopt;
-    }
-    return configuration::event_set({past.begin(), past.end()});
+    EventSet whole = configuration::event_set({past.begin(), past.end()});
+    if (std::ranges::any_of(past, &Event::is_cut_off)) return std::nullopt;
+    if (!configuration::is_configuration(prefix_, whole)) return std::nullopt;
+    return whole;
   }
 
   void mark(std::span<const Event* const> events) {

@@ -40,14 +40,15 @@ class MaximalCliques {
   struct Level {
     Words candidates;  // joined to all of the clique, and not tried yet
     Words excluded;    // joined to all of the clique, and tried
-    Words branches;
+    std::vector<std::uint32_t> branches;
   };
 
   Level& level_at(std::size_t depth) {
     if (levels_.size() <= depth) levels_.resize(depth + 1);
     Level& level = levels_[depth];
-    for (Words* set : {&level.candidates, &level.excluded, &level.branches})
-      set->assign(graph_.stride(), 0);
+    level.candidates.assign(graph_.stride(), 0);
+    level.excluded.assign(graph_.stride(), 0);
+    level.branches.clear();
     return level;
   }
 
@@ -88,12 +89,13 @@ class MaximalCliques {
 
   bool search(std::size_t depth) {
     if (is_empty(levels_[depth].candidates)) return !is_empty(levels_[depth].excluded) || report();
-    const VertexRow joined = graph_.neighbours(pivot_of(levels_[depth]));
-    for (std::size_t i = 0; i < joined.size(); ++i)
-      levels_[depth].branches[i] = levels_[depth].candidates[i] & ~joined[i];
-    std::vector<std::uint32_t> branches;
-    for_each_vertex(levels_[depth].branches, [&](std::uint32_t v) { branches.push_back(v); });
-    for (const std::uint32_t vertex : branches) {
+    const std::uint32_t pivot = pivot_of(levels_[depth]);
+    for_each_vertex(levels_[depth].candidates, [&](std::uint32_t v) {
+      if (!graph_.has_edge(pivot, v)) levels_[depth].branches.push_back(v);
+    });
+    // Deeper levels may move this one.
+    for (std::size_t i = 0; i < levels_[depth].branches.size(); ++i) {
+      const std::uint32_t vertex = levels_[depth].branches[i];
       clique_.push_back(vertex);
       enter(depth, vertex);
       const bool goes_on = search(depth + 1);

@@ -7,6 +7,7 @@
 #include "base/messages.h"
 #include "conflicts/conflicts_support.h"
 #include "oracle/random.h"
+#include "resolution/core_adjacency.h"
 #include "resolution/core_computation.h"
 #include "resolution/core_splitting.h"
 #include "resolution/core_update.h"
@@ -174,6 +175,61 @@ void check_computation(const Subject& subject, oracle::Random& random) {
 
 TEST(Cores, AreThereAsLongAsTheCodingIsNotCompleteAndAreConflicts) {
   for (const bool dummies : {false, true}) on_seeds({.dummies = dummies}, check_computation);
+}
+
+using Numbers = std::set<configuration::StgEventId>;
+
+Numbers numbers_of(const EventSet& set) { return {set.begin(), set.end()}; }
+
+bool are_disjoint(const Numbers& a, const Numbers& b) {
+  return std::ranges::none_of(a, [&b](auto number) { return b.contains(number); });
+}
+
+bool has_arc(const Subject& subject, const Core& a, const Core& b) {
+  const Numbers sum = numbers_of(b.sum), base = numbers_of(b.second);
+  const Numbers one = numbers_of(a.first), other = numbers_of(a.second);
+  if (!std::ranges::includes(base, numbers_of(b.first))) return false;
+  if (!are_disjoint(sum, one) || !are_disjoint(sum, other)) return false;
+  if (are_disjoint(numbers_of(a.sum), base)) return false;
+  return std::ranges::any_of(subject.configurations, [&](const auto& configuration) {
+    const EventSet events = set_of(configuration);
+    const auto fits = [&](Numbers start, const EventSet& rest) {
+      start.insert(sum.begin(), sum.end());
+      if (numbers_of(events) != start) return false;
+      const Core pair(events, rest);
+      return is_usc_conflict(subject, pair) && !is_csc_conflict(subject, pair);
+    };
+    return fits(one, a.second) || fits(other, a.first);
+  });
+}
+
+TEST(Cores, HaveArcsToThoseThatCanFollowThem) {
+  std::size_t found = 0;
+  on_seeds({}, [&](const Subject& subject, oracle::Random& random) {
+    std::vector<Core> cores;
+    for (const auto& one : subject.configurations) {
+      for (const auto& other : subject.configurations) {
+        if (one.events == other.events) break;
+        Core core(set_of(one), set_of(other));
+        if (is_usc_conflict(subject, core)) cores.push_back(std::move(core));
+      }
+    }
+    random.shuffle(cores);
+    if (cores.size() > 25) cores.erase(cores.begin() + 25, cores.end());
+    std::vector<UscArc> expected;
+    for (std::uint32_t a = 0; a < cores.size(); ++a) {
+      for (std::uint32_t b = 0; b < cores.size(); ++b) {
+        if (a != b && has_arc(subject, cores[a], cores[b])) expected.push_back({a, b});
+      }
+    }
+    EXPECT_EQ(
+        usc_arcs(
+            subject.prefix, cores, [&](const Core& core) { return is_usc_conflict(subject, core); },
+            [&](const Core& core) { return is_csc_conflict(subject, core); }),
+        expected);
+    found += expected.size();
+  });
+  EXPECT_GT(found, 0u);
 }
 
 TEST(Cores, AreSplitWhereAnEdgeCanFireOnOneSideOnly) {
