@@ -1,6 +1,7 @@
 #include "synthesis/assumptions.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "base/messages.h"
 #include "base/sort_unique.h"
@@ -119,6 +120,7 @@ class DisablingSearch {
   }
 
   bool can_disable(const Transition& taker, net::SignalId signal, const PlaceList& waited_for) {
+    assert(taker.signal->index != signal.value && prefix_.driven_signals().contains(signal));
     sat::CnfFormula& formula = states_.formula();
     auto& before = states_.state(before_);
     auto& after = states_.state(before_ + 1);

@@ -53,6 +53,7 @@ EquationSearch::EquationSearch(const net::StgPrefix& prefix,
 }
 
 void EquationSearch::run() {
+  assert(report_.solutions.empty() && "an engine runs once");
   using enum FunctionPhase;
   if (base::verbosity() >= 1) print_broken_assumptions(std::cerr, structure_, encoding_);
   if (base::run_failed()) return;
@@ -93,12 +94,14 @@ SignalImplementation EquationSearch::implementation(const ProjectedFunction& pro
   const StateSets sets = state_search_.collect(projected);
   if (base::run_failed()) return result;
   if (style_ == SynthesisStyle::four_sets) result.covers = sets.four_sets;
+  assert(sets.on.width() == projected.support.size() && sets.off.width() == sets.on.width());
   const toolkit::Cover on = minimised(sets.on, sets.off, sets.arcs);
   const toolkit::Cover off = minimised(sets.off, sets.on, reversed(sets.arcs));
   toolkit::LogicExpr straight = toolkit::factor(on, result.context, false);
   toolkit::LogicExpr inverted = toolkit::factor(off, result.context, true);
   const bool takes_inverted = toolkit::literal_count(straight) > toolkit::literal_count(inverted);
   result.equation = takes_inverted ? std::move(inverted) : std::move(straight);
+  assert(result.context.size() == projected.support.size());
   result.cost = toolkit::literal_count(result.equation);
   return result;
 }

@@ -58,6 +58,7 @@ class MonotonicCoverSolver {
   }
 
   std::uint32_t number_of(const toolkit::Cube& code) {
+    assert(code.size() > 0 && "an arc changes a signal of the support");
     const auto [found, is_new] = numbers_.emplace(code, static_cast<std::uint32_t>(codes_.size()));
     if (is_new) codes_.push_back(code);
     return found->second;
@@ -89,6 +90,7 @@ class MonotonicCoverSolver {
   }
 
   Sides with(Sides sides, std::uint32_t code, Value value) const {
+    assert(sides.values[code] == Value::open && "only what is free can be chosen");
     (value == Value::no ? sides.off : sides.on).add(codes_[code]);
     decide(codes_[code], value, sides);
     return sides;

@@ -29,18 +29,33 @@ toolkit::Cube expanded(toolkit::Cube cube, IsAllowed is_allowed) {
   return cube;
 }
 
+// For assertions.
+[[maybe_unused]] bool are_disjoint(const toolkit::Cover& a, const toolkit::Cover& b) {
+  return std::ranges::none_of(a, [&b](const toolkit::Cube& cube) {
+    return std::ranges::any_of(b,
+                               [&cube](const toolkit::Cube& other) { return meet(cube, other); });
+  });
+}
+
 }  // namespace
 
 StateSets StateSetSearch::collect(const ProjectedFunction& projected) {
+  assert(states_.prefix().driven_signals().contains(projected.function.signal));
+  assert(std::ranges::is_sorted(projected.support));
+  assert(has_two_functions(style_) == (projected.function.phase != FunctionPhase::next_state));
   // Definitions come before the first solve, so that every model has their values.
   states_.state(0).next_value(projected.function.signal);
   for (const net::SignalId other : projected.support) states_.state(0).code(other);
   codes_left_ = max_codes_;
   StateSets sets = empty_sets(projected.support);
-  if (collect_codes(projected, sets) || base::run_failed()) return sets;
+  if (collect_codes(projected, sets) || base::run_failed()) {
+    assert(are_disjoint(sets.on, sets.off) && "the signals are a support");
+    return sets;
+  }
   sets = empty_sets(projected.support);
   collect_cubes(projected, sets);
   if (style_ == SynthesisStyle::four_sets) collect_four_covers(projected, sets);
+  assert(base::run_failed() || are_disjoint(sets.on, sets.off));
   return sets;
 }
 
@@ -147,6 +162,7 @@ bool StateSetSearch::collect_arcs(const ProjectedFunction& projected, StateSets&
       toolkit::Cube next = code;
       next.set(i,
                code[i] == toolkit::Ternary::one ? toolkit::Ternary::zero : toolkit::Ternary::one);
+      assert(!meet(code, next) && "an edge leads to another code");
       sets.arcs.emplace_back(code, std::move(next));
     }
     formula.add_clause(clause, group);
@@ -157,6 +173,7 @@ bool StateSetSearch::collect_arcs(const ProjectedFunction& projected, StateSets&
 
 bool StateSetSearch::enumerate(const ProjectedFunction& projected, sat::ClauseGroup blocked,
                                const Visit& visit) {
+  assert(blocked != sat::PermanentGroup && "another function asks for the same codes");
   while (!base::run_failed() && codes_left_ > 0 && solve()) {
     --codes_left_;
     visit(code_of_model(projected.support), states_.region(0, projected.function.signal));
@@ -241,6 +258,7 @@ toolkit::Cover StateSetSearch::cubes_without(const SignalList& support, const Co
       continue;
     }
     toolkit::Cube cube = expanded(*code, is_allowed);
+    assert(meet(cube, *code) && "it still covers the state that it comes from");
     formula.add_clause(outside_of(cube, support), blocked);
     cover.add(std::move(cube));
   }
@@ -250,6 +268,7 @@ toolkit::Cover StateSetSearch::cubes_without(const SignalList& support, const Co
 
 toolkit::Cover StateSetSearch::cubes_outside(const SignalList& support, const Constraint& wanted,
                                              const toolkit::Cover& cover) {
+  assert(cover.width() == support.size());
   sat::CnfFormula& formula = states_.formula();
   const sat::ClauseGroup group = formula.new_group();
   wanted(group);
@@ -296,6 +315,7 @@ sat::Lits StateSetSearch::other_code(const SignalList& support) {
 
 // The literals one of which is true outside of the cube.
 sat::Lits StateSetSearch::outside_of(const toolkit::Cube& cube, const SignalList& support) {
+  assert(cube.size() == support.size());
   sat::Lits lits;
   for (std::size_t i = 0; i < support.size(); ++i) {
     if (cube[i] == toolkit::Ternary::dash) continue;

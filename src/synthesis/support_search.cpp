@@ -11,6 +11,7 @@ namespace {
 
 // Takes out the sets that the new one makes superfluous, and adds it.
 void add_minimal(std::vector<SignalList>& sets, SignalList fresh) {
+  assert(!fresh.empty() && std::ranges::is_sorted(fresh));
   std::erase_if(sets,
                 [&fresh](const SignalList& set) { return std::ranges::includes(set, fresh); });
   sets.push_back(std::move(fresh));
@@ -52,6 +53,7 @@ SignalList with_triggers(const toolkit::Cube& cube, const SignalList& triggers) 
     if (cube[signal] == toolkit::Ternary::one) support.push_back({signal});
   }
   std::ranges::sort(support);
+  assert(std::ranges::adjacent_find(support) == support.end() && "triggers differ in no pair");
   return support;
 }
 
@@ -75,6 +77,7 @@ SupportSearch::SupportSearch(const configuration::StateStructure<net::StgPrefix>
 std::vector<SignalList> SupportSearch::supports(SignalFunction function,
                                                 const SignalList& triggers) {
   assert(std::ranges::is_sorted(triggers));
+  assert(states_.prefix().driven_signals().contains(function.signal));
   std::vector<SignalList> differences;
   const bool has_support = find_differences(function, triggers, differences);
   if (base::run_failed()) return {};
@@ -119,6 +122,7 @@ bool SupportSearch::find_differences(SignalFunction function, const SignalList& 
 
 // The function is true in the one state and false in the other.
 void SupportSearch::add_difference_in_function(SignalFunction function, sat::ClauseGroup group) {
+  assert(has_two_functions(style_) == (function.phase != FunctionPhase::next_state));
   sat::CnfFormula& formula = states_.formula();
   if (!has_two_functions(style_)) {
     formula.add_unit(~states_.state(0).next_value(function.signal), group);
@@ -142,6 +146,7 @@ SignalList SupportSearch::difference_in_model() {
     const bool other = formula.is_true(states_.state(1).code(signal));
     if (one != other) difference.push_back(signal);
   }
+  assert(std::ranges::is_sorted(difference));
   return difference;
 }
 

@@ -1,5 +1,7 @@
 #include "synthesis/trigger_table.h"
 
+#include <cassert>
+
 #include "base/sort_unique.h"
 #include "configuration/triggers.h"
 
@@ -28,6 +30,7 @@ TriggerTable::TriggerTable(const configuration::StateStructure<net::StgPrefix>& 
 
 const SignalList& TriggerTable::triggers(SignalFunction function) const {
   const Entry& entry = entries_[function.signal];
+  assert(entry.rising.size() <= entry.all.size() && entry.falling.size() <= entry.all.size());
   if (function.phase == FunctionPhase::next_state) return entry.all;
   return function.phase == FunctionPhase::set ? entry.rising : entry.falling;
 }
