@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/messages.h"
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
 #include "configuration/event_set.h"
@@ -64,6 +65,13 @@ struct Subject {
     });
   }
 
+  bool is_usc_conflict(std::uint32_t a, std::uint32_t b) const {
+    return codes[a] == codes[b] && graph.states[a].marking != graph.states[b].marking;
+  }
+  bool is_csc_conflict(std::uint32_t a, std::uint32_t b) const {
+    return codes[a] == codes[b] && excited[a] != excited[b];
+  }
+
   std::uint32_t state_after(const configuration::EventSet& set) const {
     std::vector<std::uint32_t> events;
     for (const configuration::StgEventId id : set) events.push_back(id.value);
@@ -94,6 +102,36 @@ struct Subject {
     return signals;
   }
 };
+
+inline configuration::EventSet set_of(const oracle::Configuration& configuration) {
+  configuration::EventSet set;
+  for (const std::uint32_t event : configuration.events) set.push_back({event});
+  return set;
+}
+
+// Calls check(subject, seed) for random STGs whose pairs of configurations can be tried, and
+// returns for how many.
+template <class Check>
+std::size_t on_subjects(std::uint64_t usual_count, const oracle::RandomStgParams& params,
+                        Check check) {
+  const auto [first, end] = support::seeds(usual_count);
+  testing::internal::CaptureStdout();  // notes on the optimised method
+  std::size_t checked = 0;
+  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const auto subject = Subject::make(oracle::random_stg(seed, params));
+    if (!subject || configuration::has_dummy_cutoffs(subject->prefix)) continue;
+    check(*subject, seed);
+    ++checked;
+  }
+  drop_output();
+  EXPECT_GT(checked, (end - first) / 4);
+  EXPECT_FALSE(base::run_failed());
+  return checked;
+}
+
+// Dummies none, edges without a sign, or dummies, in which no configuration that counts ends.
+constexpr oracle::RandomStgParams kinds_of_stgs[] = {{}, {.toggles = true}, {.dummies = true}};
 
 // Calls run(with), where with(key, value) are options of one way to encode a question with one
 // more, for each way that the prefix allows.

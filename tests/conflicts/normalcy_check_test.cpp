@@ -5,14 +5,12 @@
 
 #include <set>
 
-#include "base/messages.h"
 #include "conflicts/conflicts_support.h"
 #include "oracle/history.h"
 
 namespace vorel::conflicts {
 namespace {
 
-using conflicts_support::drop_output;
 using conflicts_support::for_each_encoding;
 using conflicts_support::Subject;
 
@@ -181,45 +179,25 @@ bool has_evidence(const Subject& subject, std::uint32_t z) {
   });
 }
 
-void compare_on_seeds(const oracle::RandomStgParams& params) {
-  const auto [first, end] = support::seeds(30);
-  testing::internal::CaptureStdout();
-  std::size_t compared = 0, violated = 0;
-  std::set<NormalcyViolation> kinds;
-  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    const auto subject = Subject::make(oracle::random_stg(seed, params));
-    if (!subject || configuration::has_dummy_cutoffs(subject->prefix)) continue;
-    bool all_have_evidence = true;
-    for (std::uint32_t z = subject->prefix.inputs_end; z < subject->prefix.internals_end; ++z)
-      all_have_evidence &= has_evidence(*subject, z);
-    if (!all_have_evidence) continue;
-    Comparison comparison(*subject);
-    comparison.run();
-    kinds.merge(comparison.kinds);
-    ++compared;
-    violated += comparison.is_violated() ? 1 : 0;
-    EXPECT_FALSE(base::run_failed());
-  }
-  drop_output();
-  testing::Test::RecordProperty("compared", static_cast<int>(compared));
-  testing::Test::RecordProperty("violated", static_cast<int>(violated));
-  EXPECT_GT(compared, (end - first) / 8);
-  EXPECT_GT(violated, compared / 10);
-  EXPECT_LT(violated, compared);
-  EXPECT_GE(kinds.size(), 3u);
-}
-
 TEST(NormalcyCheck, AgreesWithAllPairsOfConfigurations) {
-  compare_on_seeds({.dummies = false, .toggles = false});
-}
-
-TEST(NormalcyCheck, AgreesWithAllPairsOfConfigurationsWhereEdgesHaveNoSign) {
-  compare_on_seeds({.dummies = false, .toggles = true});
-}
-
-TEST(NormalcyCheck, AgreesWithAllPairsOfConfigurationsThatEndInNoDummy) {
-  compare_on_seeds({.dummies = true, .toggles = false});
+  for (const auto& params : conflicts_support::kinds_of_stgs) {
+    std::size_t compared = 0, violated = 0;
+    std::set<NormalcyViolation> kinds;
+    const auto compare = [&](const Subject& subject, std::uint64_t) {
+      for (std::uint32_t z = subject.prefix.inputs_end; z < subject.prefix.internals_end; ++z)
+        if (!has_evidence(subject, z)) return;
+      Comparison comparison(subject);
+      comparison.run();
+      kinds.merge(comparison.kinds);
+      ++compared;
+      violated += comparison.is_violated() ? 1 : 0;
+    };
+    const std::size_t tried = conflicts_support::on_subjects(30, params, compare);
+    EXPECT_GT(compared, tried / 4);
+    EXPECT_GT(violated, compared / 10);
+    EXPECT_LT(violated, compared);
+    EXPECT_GE(kinds.size(), 3u);
+  }
 }
 
 }  // namespace

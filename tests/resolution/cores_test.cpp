@@ -1,10 +1,8 @@
 // Cores from step to step, against all pairs of configurations of random prefixes.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <set>
 
-#include "base/messages.h"
 #include "conflicts/conflicts_support.h"
 #include "oracle/random.h"
 #include "resolution/core_adjacency.h"
@@ -17,24 +15,16 @@ namespace {
 
 using configuration::EventSet;
 using conflicts::Core;
+using conflicts_support::set_of;
 using conflicts_support::Subject;
 using Sums = std::set<EventSet>;
 
-EventSet set_of(const oracle::Configuration& configuration) {
-  EventSet set;
-  for (const std::uint32_t event : configuration.events) set.push_back({event});
-  return set;
-}
-
 bool is_usc_conflict(const Subject& s, const Core& core) {
-  const std::uint32_t one = s.state_after(core.first), other = s.state_after(core.second);
-  return s.codes[one] == s.codes[other] &&
-         s.graph.states[one].marking != s.graph.states[other].marking;
+  return s.is_usc_conflict(s.state_after(core.first), s.state_after(core.second));
 }
 
 bool is_csc_conflict(const Subject& s, const Core& core) {
-  const std::uint32_t one = s.state_after(core.first), other = s.state_after(core.second);
-  return s.codes[one] == s.codes[other] && s.excited[one] != s.excited[other];
+  return s.is_csc_conflict(s.state_after(core.first), s.state_after(core.second));
 }
 
 Sums sums_of(const std::vector<Core>& cores) {
@@ -43,20 +33,12 @@ Sums sums_of(const std::vector<Core>& cores) {
   return sums;
 }
 
-void on_seeds(const oracle::RandomStgParams& params,
-              const std::function<void(const Subject&, oracle::Random&)>& check) {
-  const auto [first, end] = support::seeds(40);
-  std::size_t checked = 0;
-  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    const auto subject = Subject::make(oracle::random_stg(seed, params));
-    if (!subject || configuration::has_dummy_cutoffs(subject->prefix)) continue;
+template <class Check>
+void on_seeds(const oracle::RandomStgParams& params, Check check) {
+  conflicts_support::on_subjects(40, params, [&](const Subject& subject, std::uint64_t seed) {
     oracle::Random random(seed);
-    check(*subject, random);
-    ++checked;
-  }
-  EXPECT_GT(checked, (end - first) / 4);
-  EXPECT_FALSE(base::run_failed());
+    check(subject, random);
+  });
 }
 
 struct UpdateOracle {

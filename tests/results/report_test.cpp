@@ -100,37 +100,26 @@ TEST_F(ReportTest, ATextFileHoldsTheFormForMachinesAndNothingIsPrinted) {
   }
 }
 
-TEST_F(ReportTest, ATextFileThatCannotBeOpenedIsReplacedByTheErrorStreamWithAWarning) {
-  const std::string name = path("missing/out.txt");
-  deliver_to(name);
-  EXPECT_EQ(out_, "");
-  EXPECT_EQ(err_, "\nWarning: cannot open \"" + name + "\" for output\nNO\n");
-}
-
-TEST_F(ReportTest, AFailedWriteToAFileIsAnError) {
-  fs::create_symlink("/dev/full", path("full.txt"));
-  fs::create_symlink("/dev/full", path("full.xml"));
-  for (const char* name : {"full.txt", "full.xml"}) {
-    deliver_to(path(name));
+TEST_F(ReportTest, WhatCannotBeWrittenIsTold) {
+  const std::string text = path("missing/out.txt"), xml = path("missing/out.xml");
+  const std::string full = "\nError: cannot write a file\n";
+  const std::pair<std::string, std::string> table[] = {
+      {text, "\nWarning: cannot open \"" + text + "\" for output\nNO\n"},  // in its place
+      {xml, "\nError: cannot open \"" + xml + "\" for output\n"},
+      {path("full.txt"), full},
+      {path("full.xml"), full}};
+  for (const auto& [name, message] : table) {
+    if (message == full) fs::create_symlink("/dev/full", name);
+    deliver_to(name);
     EXPECT_EQ(out_, "") << name;
-    EXPECT_EQ(err_, "\nError: cannot write a file\n") << name;
+    EXPECT_EQ(err_, message) << name;
   }
-}
-
-TEST_F(ReportTest, AnXmlFileThatCannotBeOpenedIsAnErrorWithoutFallback) {
-  const std::string name = path("missing/out.xml");
-  deliver_to(name);
-  EXPECT_EQ(out_, "");
-  EXPECT_EQ(err_, "\nError: cannot open \"" + name + "\" for output\n");
 }
 
 TEST_F(ReportTest, TheNameXmlAloneSelectsTheResultsDocument) {
   deliver_to(path(".xml"));
   EXPECT_EQ(out_ + err_, "");
-  EXPECT_EQ(get(".xml"),
-            "<result status=\"success\" message=\"the system is deadlock-free\">\n"
-            "\t<solutions/>\n"
-            "</result>\n\n");
+  EXPECT_TRUE(get(".xml").ends_with("\n\t<solutions/>\n</result>\n\n")) << get(".xml");
 }
 
 TEST_F(ReportTest, TheResultsDocumentHasEventsAndTransitionsWhateverIsPrinted) {

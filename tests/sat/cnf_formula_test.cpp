@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "base/run_state.h"
 #include "sat/sat_testing.h"
+#include "support/run_program.h"
 
 namespace vorel::sat {
 namespace {
@@ -85,21 +85,12 @@ TEST(CnfFormula, TellsItsSizeAndAddsToTheTicksOfTheRun) {
 // A folder of its own to write formula.cnf into.
 class StoredFormula : public testing::Test {
  protected:
-  void SetUp() override {
-    old_ = std::filesystem::current_path();
-    std::string name = (std::filesystem::temp_directory_path() / "vorel-XXXXXX").string();
-    ASSERT_NE(mkdtemp(name.data()), nullptr);
-    folder_ = name;
-    std::filesystem::current_path(folder_);
-  }
-  void TearDown() override {
-    std::filesystem::current_path(old_);
-    std::filesystem::permissions(folder_, std::filesystem::perms::owner_all);
-    std::filesystem::remove_all(folder_);
-  }
+  StoredFormula() { std::filesystem::current_path(folder_.path()); }
+  ~StoredFormula() override { std::filesystem::current_path(old_); }
 
  private:
-  std::filesystem::path old_, folder_;
+  const std::filesystem::path old_ = std::filesystem::current_path();
+  const support::TemporaryFolder folder_;
 };
 
 TEST_F(StoredFormula, IsWrittenAsPlainClausesOfTheGroupsThatThereAre) {
@@ -108,9 +99,7 @@ TEST_F(StoredFormula, IsWrittenAsPlainClausesOfTheGroupsThatThereAre) {
   f.formula.add_binary(~lit_of(0), lit_of(1), f.formula.group(0));
   const auto stored = [&f] {
     f.formula.store_formula();
-    std::ostringstream text;
-    text << std::ifstream("formula.cnf").rdbuf();
-    return text.str();
+    return support::read_text("formula.cnf");
   };
   EXPECT_EQ(stored(), "p cnf 3 3\n1 -2 0\n-1 2 3 0\n-3 0\n");
   f.formula.renew_group(f.formula.group(0));

@@ -12,6 +12,7 @@
 #include "oracle/circuit_states.h"
 #include "support/legacy_files.h"
 #include "synthesis/assumptions.h"
+#include "synthesis/synthesis_support.h"
 
 namespace vorel::synthesis {
 namespace {
@@ -30,14 +31,7 @@ class Derivation {
   }
 
   // By signal, SET before RESET; none when a conflict of codes was reported.
-  std::vector<const SignalSolution*> run() {
-    engine_.run();
-    std::vector<const SignalSolution*> solutions;
-    for (const auto& solution : engine_.found().solutions) {
-      solutions.push_back(static_cast<const SignalSolution*>(solution.get()));
-    }
-    return solutions;
-  }
+  std::vector<const SignalSolution*> run() { return solutions_of(engine_); }
 
   void check(const std::vector<const SignalSolution*>& solutions) const {
     const std::size_t functions = has_two_functions(style_) ? 2 : 1;
@@ -202,13 +196,7 @@ void expect_right_equations_of_random_stgs(const oracle::RandomStgParams& params
 
 TEST(EquationSearch, EquationsOfRandomStgsAreRightInAllReachableStates) {
   expect_right_equations_of_random_stgs({.max_states = 60}, 60);
-}
-
-TEST(EquationSearch, EquationsOfRandomStgsWithDummiesAreRightInAllReachableStates) {
   expect_right_equations_of_random_stgs({.dummies = true, .max_states = 60}, 60);
-}
-
-TEST(EquationSearch, EquationsOfRandomStgsWithTogglesAreRightInAllReachableStates) {
   expect_right_equations_of_random_stgs({.toggles = true, .max_states = 60}, 40);
 }
 
@@ -253,9 +241,8 @@ void expect_broken_assumptions_told(const oracle::RandomStgParams& params) {
 }
 
 TEST(Assumptions, AgreeWithTheStateGraph) {
-  expect_broken_assumptions_told({});
-  expect_broken_assumptions_told({.dummies = true});
-  expect_broken_assumptions_told({.toggles = true});
+  for (const auto& params : conflicts_support::kinds_of_stgs)
+    expect_broken_assumptions_told(params);
 }
 
 }  // namespace
