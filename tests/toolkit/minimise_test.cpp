@@ -79,8 +79,7 @@ void expect_minimised(const Cover& on, const Cover& off, const MinimiseParams& p
 }
 
 TEST(Minimise, GivesPrimeAndIrredundantCoversBetweenOnAndNotOff) {
-  const support::Seeds cases = support::seeds(1500);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(1500); seed < end; ++seed) {
     SCOPED_TRACE(seed);
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 50 == 0 ? 11 : 7);
@@ -107,8 +106,7 @@ std::uint64_t word_of(const Cover& points) {
 
 TEST(Minimise, StaysWithinTwoPercentOfTheSmallestCovers) {
   oracle::CoverCost exact, found;
-  const support::Seeds cases = support::seeds(200);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(200); seed < end; ++seed) {
     RandomCovers random(seed);
     const auto [on, off] = random.points(3 + seed % 3, 10 + random.below(50), 30);
     if (on.empty() || off.empty()) continue;
@@ -169,8 +167,7 @@ TEST(Minimise, WideCoversTakeNoRecursionDeeperThanTheirWidth) {
 }
 
 TEST(Complement, IsExactAlsoForUnateCovers) {
-  const support::Seeds cases = support::seeds(2000);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(2000); seed < end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 20 == 0 ? 11 : 7);
     const Cover cover = random.cover(width, random.below(12), 30 + random.below(60));
@@ -200,8 +197,7 @@ TEST(Complement, IsExactAlsoForUnateCovers) {
 }
 
 TEST(Tautology, IsToldFromAllButOnePoint) {
-  const support::Seeds cases = support::seeds(2000);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(2000); seed < end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(9);
     const Cover cover = random.cover(width, random.below(40), 40 + random.below(50));
