@@ -112,8 +112,7 @@ TEST(StateLiterals, SayWhatTheTokenGameSaysOnRandomNets) {
 
 TEST(StateLiterals, SayWhatTheTokenGameSaysOnRandomStgs) {
   const support::CaughtMessages quiet;
-  const auto [first, end] = support::seeds(60);
-  for (std::uint64_t seed = first; seed < end; ++seed) {
+  for (auto [seed, end] = support::seeds(60); seed < end; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     auto prefix = oracle::unfold(oracle::random_stg(seed));
     ASSERT_TRUE(prefix);

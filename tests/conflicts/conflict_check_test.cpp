@@ -194,6 +194,7 @@ TEST(ConflictCheck, AgreesWithAllPairsOfConfigurationsOfAWideChoice) {
   compare(Subject::make(stg.value()).value(), tally);
   drop_output();
   EXPECT_EQ(tally.with_csc, 1u);
+  EXPECT_FALSE(base::run_failed());
 }
 
 // Of a+ a- b+ b-: both handshakes are cores, and so is what they make together.

@@ -130,7 +130,8 @@ std::size_t on_subjects(std::uint64_t usual_count, const oracle::RandomStgParams
   return checked;
 }
 
-// Dummies none, edges without a sign, or dummies, in which no configuration that counts ends.
+// Plain ones, some with edges without a sign, some with dummies: no configuration that counts ends
+// in one of those.
 constexpr oracle::RandomStgParams kinds_of_stgs[] = {{}, {.toggles = true}, {.dummies = true}};
 
 // Calls run(with), where with(key, value) are options of one way to encode a question with one

@@ -117,19 +117,5 @@ TEST_F(Coefficients, OfTheDefaultTextsAreStoredUnderTheirKeys) {
   for (const auto& [key, value] : table) EXPECT_EQ(params.get(key), value) << key;
 }
 
-TEST_F(Coefficients, EachReportItsOwnError) {
-  CoefficientTexts texts;
-  texts.csc = "1-2";
-  texts.conc = "(";
-  texts.lock = "0-3";
-  base::Params params = base::default_params();
-  testing::internal::CaptureStderr();
-  evaluate_coefficients(texts, stg, params);
-  const std::string text = testing::internal::GetCapturedStderr();
-  EXPECT_NE(text.find("when parsing 1-2\n"), std::string::npos) << text;
-  EXPECT_NE(text.find("when parsing (<<<ERROR>>>\n"), std::string::npos) << text;
-  EXPECT_NE(text.find("when parsing 0-3\n"), std::string::npos) << text;
-}
-
 }  // namespace
 }  // namespace vorel::driver

@@ -159,29 +159,22 @@ TEST(Cores, AreThereAsLongAsTheCodingIsNotCompleteAndAreConflicts) {
   for (const bool dummies : {false, true}) on_seeds({.dummies = dummies}, check_computation);
 }
 
-using Numbers = std::set<configuration::StgEventId>;
-
-Numbers numbers_of(const EventSet& set) { return {set.begin(), set.end()}; }
-
-bool are_disjoint(const Numbers& a, const Numbers& b) {
-  return std::ranges::none_of(a, [&b](auto number) { return b.contains(number); });
+bool are_disjoint(const EventSet& a, const EventSet& b) {
+  return configuration::set_difference(a, b) == a;
 }
 
 bool has_arc(const Subject& subject, const Core& a, const Core& b) {
-  const Numbers sum = numbers_of(b.sum), base = numbers_of(b.second);
-  const Numbers one = numbers_of(a.first), other = numbers_of(a.second);
-  if (!std::ranges::includes(base, numbers_of(b.first))) return false;
-  if (!are_disjoint(sum, one) || !are_disjoint(sum, other)) return false;
-  if (are_disjoint(numbers_of(a.sum), base)) return false;
-  return std::ranges::any_of(subject.configurations, [&](const auto& configuration) {
-    const EventSet events = set_of(configuration);
-    const auto fits = [&](Numbers start, const EventSet& rest) {
-      start.insert(sum.begin(), sum.end());
-      if (numbers_of(events) != start) return false;
+  if (!configuration::includes(b.second, b.first)) return false;
+  if (!are_disjoint(b.sum, a.first) || !are_disjoint(b.sum, a.second)) return false;
+  if (are_disjoint(a.sum, b.second)) return false;
+  return std::ranges::any_of(subject.configurations, [&](const auto& reached) {
+    const EventSet events = set_of(reached);
+    const auto fits = [&](const EventSet& start, const EventSet& rest) {
+      if (events != configuration::set_union(start, b.sum)) return false;
       const Core pair(events, rest);
       return is_usc_conflict(subject, pair) && !is_csc_conflict(subject, pair);
     };
-    return fits(one, a.second) || fits(other, a.first);
+    return fits(a.first, a.second) || fits(a.second, a.first);
   });
 }
 

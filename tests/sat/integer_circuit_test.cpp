@@ -32,19 +32,6 @@ void expect_number(FormulaOf& f, std::span<const Lit> bits,
   }
 }
 
-// A literal wanted with a polarity may be true only if it should (+1), false only if it should
-// (-1).
-void expect_literal(FormulaOf& f, Lit lit, Polarity polarity,
-                    const std::function<bool(Assignment)>& expected) {
-  for (Assignment a = 0; a < f.assignment_count(); ++a) {
-    const bool value = expected(a);
-    ASSERT_TRUE(f.possible(a, lit ^ !value)) << "for " << a << " polarity " << polarity;
-    const bool forbidden = polarity == 0 || (polarity > 0) == !value;
-    ASSERT_TRUE(!forbidden || !f.possible(a, lit ^ value))
-        << "for " << a << " polarity " << polarity;
-  }
-}
-
 // Constraints hold for exactly the expected assignments.
 void expect_models(FormulaOf& f, const std::function<bool(Assignment)>& expected) {
   for (Assignment a = 0; a < f.assignment_count(); ++a) ASSERT_EQ(f.possible(a), expected(a)) << a;

@@ -2,6 +2,8 @@
 // Here:      evaluation of literals, clauses and gates by definition, and questions to a formula.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <span>
@@ -113,5 +115,18 @@ struct FormulaOf {
   CnfFormula formula;
   std::uint32_t inputs;
 };
+
+// A literal wanted with a polarity may be true only if it should (+1), false only if it should
+// (-1).
+template <class Expected>
+void expect_literal(FormulaOf& f, Lit lit, Polarity polarity, Expected expected) {
+  for (Assignment a = 0; a < f.assignment_count(); ++a) {
+    const bool value = expected(a);
+    ASSERT_TRUE(f.possible(a, lit ^ !value)) << "for " << a << " polarity " << polarity;
+    const bool forbidden = polarity == 0 || (polarity > 0) == !value;
+    ASSERT_TRUE(!forbidden || !f.possible(a, lit ^ value))
+        << "for " << a << " polarity " << polarity;
+  }
+}
 
 }  // namespace vorel::sat

@@ -101,8 +101,6 @@ class Pair {
     });
   }
 
-  zchaff::SolverCoreStats stats() const { return solver_.core().stats(); }
-
  private:
   bool is_true(Lit lit) const {
     return solver_.value(lit.variable()) == (lit.negated() ? ModelValue::no : ModelValue::yes);

@@ -13,6 +13,7 @@
 #include "support/legacy_files.h"
 #include "synthesis/assumptions.h"
 #include "synthesis/synthesis_support.h"
+#include "toolkit/toolkit_testing.h"
 
 namespace vorel::synthesis {
 namespace {
@@ -96,27 +97,17 @@ class Derivation {
     });
     const std::size_t region = (next_value(signal, state) ? 0u : 2u) + (is_excited ? 0u : 1u);
     for (std::size_t set = 0; set < alternative.covers.size(); ++set) {
-      const auto& cover = alternative.covers[set];
-      const bool holds = std::any_of(cover.begin(), cover.end(), [&](const toolkit::Cube& cube) {
-        return is_in(cube, code_of(alternative, state));
-      });
+      const bool holds = toolkit::value_at(alternative.covers[set], code_of(alternative, state));
       EXPECT_EQ(holds, set == region) << "set " << set;
     }
   }
 
-  static bool is_in(const toolkit::Cube& cube, const toolkit::Cube& code) {
-    for (std::size_t i = 0; i < code.size(); ++i) {
-      if (cube[i] != toolkit::Ternary::dash && cube[i] != code[i]) return false;
-    }
-    return true;
-  }
-
-  toolkit::Cube code_of(const SignalImplementation& alternative, std::uint32_t state) const {
-    toolkit::Cube code(alternative.context.size());
-    for (std::size_t i = 0; i < code.size(); ++i) {
-      const std::uint32_t other = subject_.signal_named(alternative.context[i]);
-      code.set(i,
-               subject_.codes[state][other] != 0 ? toolkit::Ternary::one : toolkit::Ternary::zero);
+  // Bit by bit of the context.
+  std::uint32_t code_of(const SignalImplementation& alternative, std::uint32_t state) const {
+    std::uint32_t code = 0;
+    for (std::size_t i = 0; i < alternative.context.size(); ++i) {
+      const std::uint32_t signal = subject_.signal_named(alternative.context[i]);
+      if (subject_.codes[state][signal] != 0) code |= 1u << i;
     }
     return code;
   }

@@ -120,8 +120,7 @@ std::map<Product, Sum> kernels_by_definition(const Sum& sum, std::size_t width) 
 }
 
 TEST(Kernels, AreThoseOfTheDefinitionEachCoKernelOnce) {
-  const support::Seeds cases = support::seeds(600);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(600); seed < end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = 1 + random.below(6);
     PackedCover rows(small_cover(random, width));

@@ -57,8 +57,7 @@ bool is_tidy(const LogicExpr& e) {
 }
 
 TEST(Factor, KeepsTheFunctionAndNeverAddsLiterals) {
-  const support::Seeds cases = support::seeds(1500);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(1500); seed < end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 30 == 0 ? 11 : 7);
     Cover cover = random.cover(width, random.below(20), 20 + random.below(70));

@@ -58,8 +58,7 @@ TruthTable random_table(std::mt19937_64& random, std::uint32_t pin_count) {
 }
 
 TEST(GateFunction, EqualityUpToPinOrderIsThatOfAllOrders) {
-  const auto [first, end] = support::seeds(100);
-  for (std::uint64_t seed = first; seed < end; ++seed) {
+  for (auto [seed, end] = support::seeds(100); seed < end; ++seed) {
     std::mt19937_64 random(seed);
     const auto pin_count = static_cast<std::uint32_t>(random() % 6);
     std::vector<TruthTable> tables;

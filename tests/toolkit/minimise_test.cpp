@@ -3,11 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iostream>
-#include <sstream>
 
 #include "base/run_state.h"
 #include "oracle/exact_minimum.h"
+#include "support/caught_messages.h"
 #include "support/seeds.h"
 #include "toolkit/complement.h"
 #include "toolkit/tautology.h"
@@ -21,16 +20,11 @@ std::pair<Cover, Cover> disjoint_covers(RandomCovers& random, std::size_t width)
   const Cover off = random.cover(width, random.below(12), 50 + random.below(40));
   const Cover candidates = random.cover(width, random.below(12), 50 + random.below(40));
   Cover on(width, false);
-  for (const Cube& cube : candidates) {
+  const PackedCover rows(candidates), others(off);
+  for (std::size_t i = 0; i < rows.size(); ++i) {
     bool meets = false;
-    for (const Cube& other : off) {
-      bool apart = false;
-      for (std::size_t i = 0; i < width; ++i)
-        apart =
-            apart || (cube[i] != Ternary::dash && other[i] != Ternary::dash && cube[i] != other[i]);
-      meets = meets || !apart;
-    }
-    if (!meets) on.add(cube);
+    for (std::size_t j = 0; j < others.size(); ++j) meets |= intersect(rows[i], others[j]);
+    if (!meets) on.add(candidates[i]);
   }
   return {on, off};
 }
@@ -79,8 +73,7 @@ void expect_minimised(const Cover& on, const Cover& off, const MinimiseParams& p
 }
 
 TEST(Minimise, GivesPrimeAndIrredundantCoversBetweenOnAndNotOff) {
-  const support::Seeds cases = support::seeds(1500);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(1500); seed < end; ++seed) {
     SCOPED_TRACE(seed);
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 50 == 0 ? 11 : 7);
@@ -107,8 +100,7 @@ std::uint64_t word_of(const Cover& points) {
 
 TEST(Minimise, StaysWithinTwoPercentOfTheSmallestCovers) {
   oracle::CoverCost exact, found;
-  const support::Seeds cases = support::seeds(200);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(200); seed < end; ++seed) {
     RandomCovers random(seed);
     const auto [on, off] = random.points(3 + seed % 3, 10 + random.below(50), 30);
     if (on.empty() || off.empty()) continue;
@@ -169,8 +161,7 @@ TEST(Minimise, WideCoversTakeNoRecursionDeeperThanTheirWidth) {
 }
 
 TEST(Complement, IsExactAlsoForUnateCovers) {
-  const support::Seeds cases = support::seeds(2000);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(2000); seed < end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 20 == 0 ? 11 : 7);
     const Cover cover = random.cover(width, random.below(12), 30 + random.below(60));
@@ -200,8 +191,7 @@ TEST(Complement, IsExactAlsoForUnateCovers) {
 }
 
 TEST(Tautology, IsToldFromAllButOnePoint) {
-  const support::Seeds cases = support::seeds(2000);
-  for (std::uint64_t seed = cases.first; seed < cases.end; ++seed) {
+  for (auto [seed, end] = support::seeds(2000); seed < end; ++seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(9);
     const Cover cover = random.cover(width, random.below(40), 40 + random.below(50));
@@ -220,13 +210,11 @@ TEST(Tautology, IsToldFromAllButOnePoint) {
 
 TEST(Diagnostics, ShowTheCoversAtVerbositySix) {
   const auto shown = [](int level, const auto& action) {
-    std::ostringstream text;
-    std::streambuf* const before = std::cerr.rdbuf(text.rdbuf());
+    const support::CaughtMessages messages;
     base::run_state().verbosity = level;
     action();
     base::run_state().verbosity = 0;
-    std::cerr.rdbuf(before);
-    return text.str();
+    return messages.text();
   };
   const Cover on = Cover::of({"11"}), off = Cover::of({"0-"});
   const auto all = [&] {
