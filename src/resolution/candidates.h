@@ -10,10 +10,13 @@
 
 #include "net/insert_transition.h"
 #include "resolution/edge_occurrence.h"
+#include "sat/literal.h"
 
 namespace vorel::resolution {
 
 using CandidateId = base::Id<net::Insertion>;
+// By candidate: whether it is chosen.
+using CandidateLits = base::IndexedBy<net::Insertion, sat::Lit>;
 
 // Occurrences are numbered candidate after candidate. Refers to the prefix, whose events must be
 // numbered causally, and is of no use after it has been edited.
