@@ -127,15 +127,16 @@ class ReducedOrder {
     choose(event, choices);
   }
 
-  // Takes one of each list, such that all of them can happen together.
+  // Takes one of each list, such that all of them can happen together, and then the event.
   void choose(const Event& event, std::span<const Copies> choices) {
+    if (!can_happen_before(event)) return;
     if (choices.empty()) {
       add_copy(event);
       return;
     }
     for (const std::uint32_t copy : choices.front()) {
       chosen_.push_back(copy);
-      if (can_happen_together()) choose(event, choices.subspan(1));
+      choose(event, choices.subspan(1));
       chosen_.pop_back();
     }
   }
@@ -158,10 +159,10 @@ class ReducedOrder {
     return std::ranges::any_of(chosen_, [this](auto copy) { return past_[copy].is_changed; });
   }
 
-  // The producers of what an event consumes do, and an event of the sources with them that is not
-  // in conflict with the event, unless a token has changed their pasts.
-  bool can_happen_together() {
-    if (chosen_.size() == 1 || !is_changed()) return true;
+  // Whether the chosen copies can happen together and leave what the event consumes. It is so where
+  // they have their old pasts: they produce for the event, or are not in conflict with it.
+  bool can_happen_before(const Event& event) {
+    if (!is_changed()) return true;
     collect_past(chosen_);
     for (const std::uint32_t copy : past_of_chosen_) {
       for (const Condition* condition : result_.event(copy).preset) {
@@ -170,7 +171,9 @@ class ReducedOrder {
         consumer = {copy, round_};
       }
     }
-    return true;
+    return std::ranges::none_of(event.preset, [this](const Condition* condition) {
+      return consumer_[*condition].round == round_;
+    });
   }
 
   void collect_past(std::span<const std::uint32_t> copies) {
