@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
+#include "net/causality.h"
+
 namespace vorel::configuration {
 namespace {
 
@@ -16,6 +18,15 @@ void for_each_producer(const Event& event, Function function) {
 }
 
 }  // namespace
+
+TriggerFinder::TriggerFinder(const net::StgPrefix& prefix)
+    : height_(prefix.events.size()), seen_(prefix.events.size()) {
+  for (const Event* event : net::topological_order(prefix)) {
+    for_each_producer(*event, [&](const Event& producer) {
+      height_[*event] = std::max(height_[*event], height_[producer] + 1);
+    });
+  }
+}
 
 void TriggerFinder::collect_candidates(const Event& event) {
   seen_.clear();
@@ -31,10 +42,13 @@ void TriggerFinder::collect_candidates(const Event& event) {
   }
 }
 
+// As far back as there are candidates.
 void TriggerFinder::mark_past_of_candidates() {
   seen_.clear();
-  const auto visit = [this](const Event& producer) {
-    if (seen_.insert(producer)) open_.push_back(&producer);
+  std::uint32_t lowest = height_[*candidates_.front()];
+  for (const Event* candidate : candidates_) lowest = std::min(lowest, height_[*candidate]);
+  const auto visit = [this, lowest](const Event& producer) {
+    if (height_[producer] >= lowest && seen_.insert(producer)) open_.push_back(&producer);
   };
   for (const Event* candidate : candidates_) for_each_producer(*candidate, visit);
   while (!open_.empty()) {

@@ -11,7 +11,7 @@ namespace vorel::configuration {
 // one does is no trigger: when it fires, the event still waits.
 class TriggerFinder {
  public:
-  explicit TriggerFinder(const net::StgPrefix& prefix) : seen_(prefix.events.size()) {}
+  explicit TriggerFinder(const net::StgPrefix& prefix);
 
   // Sorted by index.
   std::vector<const net::StgPrefix::Event*> triggers_of(const net::StgPrefix::Event& event);
@@ -20,6 +20,8 @@ class TriggerFinder {
   void collect_candidates(const net::StgPrefix::Event& event);
   void mark_past_of_candidates();
 
+  // The length of the longest chain of causes: an event is higher than its causes.
+  base::IndexedBy<net::StgPrefix::Event, std::uint32_t> height_;
   base::MarkSet<net::StgPrefix::Event> seen_;
   std::vector<const net::StgPrefix::Event*> open_, candidates_;  // scratch
 };
