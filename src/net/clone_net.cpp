@@ -1,6 +1,7 @@
 #include "net/clone_net.h"
 
 #include <cassert>
+#include <vector>
 
 #include "net/check.h"
 
@@ -43,11 +44,8 @@ void clone_labels(const Stg& stg, Stg& copy) {
   }
 }
 
-}  // namespace
-
 template <class N>
-N clone_net(const N& net) {
-  N copy;
+void clone_into(const N& net, N& copy) {
   copy.places.reserve(net.places.size());
   for (const auto& place : net.places) {
     auto& new_place = base::append_new(copy.places);
@@ -62,6 +60,55 @@ N clone_net(const N& net) {
   clone_all_links(net.places, copy.transitions, copy.places);
   clone_all_links(net.transitions, copy.places, copy.transitions);
   clone_labels(net, copy);
+}
+
+using Event = StgPrefix::Event;
+
+void clone_cut_off(const Event& event, StgPrefix& copy) {
+  Event& cloned = *copy.events[event.index];
+  if (!event.is_cut_off()) return;
+  if (event.cut_off.is_unknown()) {
+    cloned.mark_cut_off();
+    return;
+  }
+  std::vector<Event*> correspondents;
+  for (const Event* other : event.cut_off.correspondents())
+    correspondents.push_back(copy.events[other->index].get());
+  cloned.cut_off.set_correspondents(correspondents);
+}
+
+}  // namespace
+
+template <class N>
+N clone_net(const N& net) {
+  N copy;
+  clone_into(net, copy);
+  check(copy);
+  return copy;
+}
+
+StgPrefix clone_prefix(const StgPrefix& prefix) {
+  StgPrefix copy;
+  clone_into<Stg>(prefix, copy);
+  for (const auto& condition : prefix.conditions)
+    base::append_new(copy.conditions).place = copy.places[condition->place->index].get();
+  for (const auto& event : prefix.events)
+    base::append_new(copy.events).transition = copy.transitions[event->transition->index].get();
+  for (const auto& event : prefix.events) {
+    Event& cloned = *copy.events[event->index];
+    clone_cut_off(*event, copy);
+    clone_links(event->preset, copy.conditions, cloned.preset);
+    cloned.postset.reserve(event->postset.size());
+    for (const auto* condition : event->postset) {
+      auto& produced = condition->index == base::no_index ? base::append_new(copy.conditions)
+                                                          : *copy.conditions[condition->index];
+      produced.place = copy.places[condition->place->index].get();
+      produced.pre_event = &cloned;
+      cloned.postset.push_back(&produced);
+    }
+  }
+  for (const auto& condition : prefix.conditions)
+    clone_links(condition->postset, copy.events, copy.conditions[condition->index]->postset);
   check(copy);
   return copy;
 }

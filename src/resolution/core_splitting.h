@@ -4,17 +4,11 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "conflicts/core.h"
+#include "resolution/edge_occurrence.h"
 
 namespace vorel::resolution {
-
-// One occurrence of an edge that could be inserted, by the events next to it.
-struct EdgeOccurrence {
-  configuration::EventSet causes;     // all of them come before it; none: it can fire at the start
-  configuration::EventSet followers;  // it comes before each of them
-};
 
 enum class EdgeStage : std::uint8_t {
   out,        // some cause has not fired

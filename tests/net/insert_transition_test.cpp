@@ -8,7 +8,9 @@
 #include <map>
 #include <set>
 
+#include "net/clone_net.h"
 #include "net/edit.h"
+#include "oracle/book_insertion.h"
 #include "oracle/history.h"
 #include "oracle/parse_g.h"
 #include "oracle/prefix_checks.h"
@@ -24,9 +26,9 @@ namespace {
 using Event = StgPrefix::Event;
 using Names = std::set<std::string>;
 
-// A net by names, and the insertions as they are drawn on paper.
-struct BookNet {
-  explicit BookNet(const Stg& stg) {
+// A net by names.
+struct NamedNet {
+  explicit NamedNet(const Stg& stg) {
     for (const auto& place : stg.places) tokens[place->name] = place->initial_marking;
     for (const auto& transition : stg.transitions) {
       auto& [preset, postset] = arcs[transition->name];
@@ -34,45 +36,10 @@ struct BookNet {
       for (const auto* place : transition->postset) postset.insert(place->name);
     }
   }
-  bool operator==(const BookNet&) const = default;
-
-  void insert(const SeqBefore& insertion, const std::string& x) {
-    const std::string t = insertion.target->name, q = fresh("<" + x + "," + t + ">");
-    for (const auto* place : insertion.places) {
-      arcs[t].first.erase(place->name);
-      arcs[x].first.insert(place->name);
-    }
-    arcs[x].second.insert(q);
-    arcs[t].first.insert(q);
-  }
-  void insert(const SeqAfter& insertion, const std::string& x) {
-    const std::string t = insertion.source->name, q = fresh("<" + t + "," + x + ">");
-    for (const auto* place : insertion.places) {
-      arcs[t].second.erase(place->name);
-      arcs[x].second.insert(place->name);
-    }
-    arcs[t].second.insert(q);
-    arcs[x].first.insert(q);
-  }
-  void insert(const Concurrent& insertion, const std::string& x) {
-    const std::string u = insertion.source->name, t = insertion.target->name;
-    const std::string before = fresh("<" + u + "," + x + ">", insertion.marked ? 1 : 0);
-    const std::string after = fresh("<" + x + "," + t + ">");
-    arcs[u].second.insert(before);
-    arcs[x] = {{before}, {after}};
-    arcs[t].first.insert(after);
-  }
+  bool operator==(const NamedNet&) const = default;
 
   std::map<std::string, std::uint32_t> tokens;
   std::map<std::string, std::pair<Names, Names>> arcs;
-
- private:
-  std::string fresh(const std::string& name, std::uint32_t marking = 0) {
-    std::string unique = name;
-    for (int i = 1; tokens.contains(unique); ++i) unique = name + "/" + std::to_string(i);
-    tokens[unique] = marking;
-    return unique;
-  }
 };
 
 oracle::EventSet<Stg> correspondents(const Event& cut_off) {
@@ -231,21 +198,21 @@ void expect_good_edits(StgPrefix& prefix, oracle::Random& random, Counts& counts
   const Kept kept = random.chance(25) ? leave_out_last_conditions(prefix) : Kept{};
   shuffle_events(prefix, random);
   Signal& signal = insert_signal(prefix, "x", SignalKind::dummy, unknown_value);
-  BookNet book(prefix);
+  Stg book = clone_net<Stg>(prefix);
+  Signal& drawn = *book.signals[signal.index];
   const std::uint32_t wanted = random.between(1, 3);
   std::uint32_t done = 0;
   for (int tries = 0; tries < 30 && done < wanted; ++tries) {
     const Insertion insertion = random_insertion(prefix, random);
     if (!is_possible(prefix, insertion)) continue;
-    const std::string x = unique_node_name(prefix, signal.name);
-    std::visit([&](const auto& kind) { book.insert(kind, x); }, insertion);
+    const std::string x = oracle::insert_by_the_book(book, insertion, drawn, Sign::toggle).name;
     EXPECT_EQ(insert_transition(prefix, insertion, signal, Sign::toggle).name, x);
     ++counts[insertion.index()];
     ++done;
     if (random.chance(50)) finish_and_expect_map(prefix);
   }
   finish_and_expect_map(prefix);
-  EXPECT_TRUE(BookNet(prefix) == book);
+  EXPECT_TRUE(NamedNet(prefix) == NamedNet(book));
   EXPECT_EQ(fault_of(prefix), "");
 }
 

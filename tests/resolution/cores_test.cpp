@@ -209,7 +209,7 @@ TEST(Cores, HaveArcsToThoseThatCanFollowThem) {
 
 TEST(Cores, AreSplitWhereAnEdgeCanFireOnOneSideOnly) {
   // The edge comes after events 1 and 2 and before 3 and 4.
-  const EdgeOccurrence edge{{{1}, {2}}, {{3}, {4}}};
+  const EdgeOccurrence edge{.causes = {{1}, {2}}, .followers = {{3}, {4}}};
   struct Row {
     EventSet one, other;
     bool is_split;
@@ -221,7 +221,9 @@ TEST(Cores, AreSplitWhereAnEdgeCanFireOnOneSideOnly) {
                       {can_fire, can_fire_too, false}, {has_fired, can_fire_too, true},
                       {{}, {{1}, {2}, {3}}, false}};
   for (const Row& row : rows) EXPECT_EQ(splits(Core(row.one, row.other), edge), row.is_split);
-  EXPECT_TRUE(splits(Core({}, {{3}}), EdgeOccurrence{{}, {{3}}}));  // it could fire at the start
+  EXPECT_TRUE(
+      splits(Core({}, {{3}}),
+             EdgeOccurrence{.causes = {}, .followers = {{3}}}));  // it could fire at the start
 }
 
 }  // namespace
