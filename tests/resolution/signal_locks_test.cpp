@@ -1,0 +1,162 @@
+#include "resolution/signal_locks.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+
+#include "oracle/history.h"
+#include "oracle/random_stg.h"
+#include "resolution/resolution_support.h"
+#include "support/seeds.h"
+
+namespace vorel::resolution {
+namespace {
+
+using net::StgPrefix;
+using resolution_support::unfold_example;
+using Pairs = std::set<std::pair<std::string, std::string>>;
+using Event = StgPrefix::Event;
+
+Pairs pairs_of(const RelationGraph<net::Signal>& graph) {
+  Pairs pairs;
+  for (std::uint32_t a = 0; a < graph.size(); ++a) {
+    EXPECT_TRUE(graph[a].pre.empty() && std::ranges::is_sorted(graph[a].post));
+    for (const std::uint32_t b : graph[a].post) {
+      EXPECT_TRUE(has_edge(graph, b, a));
+      pairs.insert(std::minmax(graph[a].item->name, graph[b].item->name));
+    }
+  }
+  return pairs;
+}
+
+// The definition, pair of events by pair of events.
+class PlainLocks {
+ public:
+  explicit PlainLocks(const StgPrefix& prefix) : prefix_{prefix} {
+    for (const auto& event : prefix.events) {
+      pasts_.push_back(oracle::local_configuration<net::Stg>(*event));
+    }
+  }
+
+  Pairs pairs() const {
+    Pairs pairs;
+    for (std::uint32_t a = 0; a < prefix_.internals_end; ++a) {
+      for (std::uint32_t b = a + 1; b < prefix_.internals_end; ++b) {
+        if (!holds(a, b) || !holds(b, a)) continue;
+        pairs.insert(std::minmax(prefix_.signals[a]->name, prefix_.signals[b]->name));
+      }
+    }
+    return pairs;
+  }
+
+ private:
+  bool holds(std::uint32_t a, std::uint32_t b) const {
+    std::set<int> differences;
+    for (const auto& e : prefix_.events) {
+      if (e->transition->signal->index != a) continue;
+      int d = 0;
+      for (const Event* cause : pasts_[e->index]) {
+        d += cause->transition->signal->index == b ? 1 : 0;
+        d -= cause->transition->signal->index == a ? 1 : 0;
+      }
+      differences.insert(d);
+      if (d < -1 || d > 1) return false;
+      for (const auto& f : prefix_.events) {
+        if (f->transition->signal->index == b && are_concurrent(*e, *f)) return false;
+      }
+    }
+    return differences.size() <= 1;
+  }
+  bool are_concurrent(const Event& e, const Event& f) const {
+    auto both = pasts_[e.index];
+    if (both.contains(&f) || pasts_[f.index].contains(&e)) return false;
+    both.insert(pasts_[f.index].begin(), pasts_[f.index].end());
+    return oracle::is_conflict_free<net::Stg>(both);
+  }
+
+  const StgPrefix& prefix_;
+  std::vector<oracle::EventSet<net::Stg>> pasts_;  // by event
+};
+
+std::uint64_t weight(const net::Stg& stg, const std::string& a, const std::string& b) {
+  const auto is_input = [&stg](const std::string& name) {
+    return std::ranges::any_of(stg.signals, [&name](const auto& signal) {
+      return signal->name == name && signal->kind == net::SignalKind::input;
+    });
+  };
+  return (is_input(a) ? 1u : 2u) * (is_input(b) ? 1u : 2u);
+}
+
+void expect_numbers(const StgPrefix& prefix, const Pairs& locked) {
+  LockNumbers expected;
+  for (std::uint32_t a = 0; a < prefix.internals_end; ++a) {
+    std::uint64_t alone = 0;
+    for (std::uint32_t b = 0; b < prefix.internals_end; ++b) {
+      if (a == b) continue;
+      const std::string &p = prefix.signals[a]->name, &q = prefix.signals[b]->name;
+      const bool is_locked = locked.contains(std::minmax(p, q));
+      if (a < b) (is_locked ? expected.locked : expected.unlocked) += weight(prefix, p, q);
+      if (!is_locked) alone += b < prefix.inputs_end ? 2 : 4;
+    }
+    EXPECT_EQ(unlocked_weight(prefix, *prefix.signals[a]), alone);
+  }
+  const LockNumbers numbers = lock_numbers(prefix);
+  EXPECT_EQ(numbers.locked, expected.locked);
+  EXPECT_EQ(numbers.unlocked, expected.unlocked);
+}
+
+TEST(SignalLocks, RandomPrefixesAgreeWithTheDefinition) {
+  std::size_t locked = 0, unlocked = 0;
+  const auto [first, end] = support::seeds(200);
+  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
+    SCOPED_TRACE(seed);
+    const auto prefix = oracle::unfold(
+        oracle::random_stg(seed, {.dummies = seed % 3 == 0, .toggles = seed % 3 == 1}), 200);
+    if (!prefix) continue;
+    const Pairs expected = PlainLocks(*prefix).pairs();
+    EXPECT_EQ(pairs_of(signal_lock_relation(*prefix)), expected);
+    expect_numbers(*prefix, expected);
+    locked += expected.size();
+    unlocked += prefix->internals_end * (prefix->internals_end - 1) / 2 - expected.size();
+  }
+  EXPECT_GT(locked, end - first);
+  EXPECT_GT(unlocked, end - first);
+}
+
+// p+ q+ p- q- p+ ..., 700 of each; the last p does not wait for the last q, or does.
+StgPrefix long_alternation(bool is_whole) {
+  support::ProcessBuilder<StgPrefix> book;
+  auto* token = &book.condition("s");
+  auto* last_of_p = token;
+  for (int i = 0; i < 1400; ++i) {
+    const bool is_p = i % 2 == 0, is_last_p = i == 1398;
+    auto& next = book.condition("s" + std::to_string(i));
+    auto& beside = book.condition("r" + std::to_string(i));
+    const std::string name = (is_p ? "p" : "q") + std::string(i % 4 < 2 ? "+/" : "-/");
+    book.event(name + std::to_string(i), {is_last_p && !is_whole ? last_of_p : token},
+               {&next, &beside});
+    if (is_p) last_of_p = &beside;
+    if (!is_last_p || is_whole) token = &next;
+  }
+  return std::move(book.finish());
+}
+
+TEST(SignalLocks, ManyEventsOfASignalAreComparedInChunks) {
+  EXPECT_EQ(pairs_of(signal_lock_relation(long_alternation(true))), (Pairs{{"p", "q"}}));
+  EXPECT_EQ(pairs_of(signal_lock_relation(long_alternation(false))), Pairs{});
+}
+
+TEST(SignalLocks, OfTheExamples) {
+  EXPECT_EQ(pairs_of(signal_lock_relation(unfold_example("vme_read"))),
+            (Pairs{{"d", "dsr"}, {"dsr", "dtack"}, {"d", "dtack"}, {"lds", "ldtack"}}));
+  for (const auto& [name, count] :
+       std::map<std::string, std::size_t>{{"celement", 2}, {"muller3", 4}, {"sequencer", 3}}) {
+    EXPECT_EQ(pairs_of(signal_lock_relation(unfold_example(name))).size(), count) << name;
+  }
+}
+
+}  // namespace
+}  // namespace vorel::resolution
