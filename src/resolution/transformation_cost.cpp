@@ -33,9 +33,8 @@ CostCoefficients CostCoefficients::of(const base::Params& params) {
           .use_concurrency_reduction = params.get("use_concurrency_reduction") != 0};
 }
 
-TransformationCost::TransformationCost(const CostCoefficients& coefficients,
-                                       StgTransformation transformation)
-    : coefficients{coefficients}, transformation{std::move(transformation)} {}
+TransformationCost::TransformationCost(const CostCoefficients& weights, StgTransformation what)
+    : coefficients{weights}, transformation{std::move(what)} {}
 
 std::uint64_t TransformationCost::seq_count() const {
   if (const auto* reduction = std::get_if<Reduction>(&transformation))

@@ -35,7 +35,7 @@ struct CostCoefficients {
 
 // The numbers that need no encoding conflicts.
 struct TransformationCost {
-  TransformationCost(const CostCoefficients& coefficients, StgTransformation transformation);
+  TransformationCost(const CostCoefficients& weights, StgTransformation what);
 
   // Insertions in sequence with others and concurrent ones; for a reduction the number of sources,
   // and none.
