@@ -147,7 +147,8 @@ void ResolutionEngine::suggest_all() {
 
 // The search for an insertion has to beat the cheapest reduction, and needs no more bits than its
 // cost has.
-std::optional<Choice> ResolutionEngine::cheapest_choice(const ResolutionCost* incumbent) {
+std::optional<ResolutionEngine::RatedChoice> ResolutionEngine::cheapest_choice(
+    const ResolutionCost* incumbent) {
   const CoreCounters counters = encode_step();
   sat::CnfFormula& formula = insertions_.formula();
   CostFormula cost(
@@ -159,10 +160,13 @@ std::optional<Choice> ResolutionEngine::cheapest_choice(const ResolutionCost* in
     if (incumbent->total() == 0) return std::nullopt;
     sat::IntegerCircuit(formula).assert_at_most(bits, incumbent->total() - 1, sat::PermanentGroup);
   }
-  std::optional<Choice> best;
+  std::optional<RatedChoice> best;
   std::vector<bool> values;
   const auto resolve = [&](std::span<const sat::Lit> number, std::vector<bool>& found) {
-    return sat::resolve_cost(formula, number, found, [&] { best = insertions_.choice(); });
+    return sat::resolve_cost(formula, number, found, [&] {
+      best = {.choice = insertions_.choice(),
+              .total = sat::IntegerCircuit(formula).model_value(bits)};
+    });
   };
   if (resolve(bits, values)) sat::minimise_cost(formula, bits, values, resolve);
   return best;
@@ -172,11 +176,12 @@ std::optional<ResolutionEngine::Best> ResolutionEngine::best_transformation() {
   std::vector<ResolutionCost> reductions;
   if (uses_reductions_) reductions = rated_reductions();
   const ResolutionCost* const incumbent = reductions.empty() ? nullptr : &reductions.front();
-  const std::optional<Choice> choice = cheapest_choice(incumbent);
+  const std::optional<RatedChoice> found = cheapest_choice(incumbent);
   if (base::run_failed()) return std::nullopt;
-  if (choice) {
-    InsertedSignal inserted = insertions_.after_insertion(*choice);
-    ResolutionCost cost = rate(*choice, inserted);
+  if (found) {
+    InsertedSignal inserted = insertions_.after_insertion(found->choice);
+    ResolutionCost cost = rate(found->choice, inserted);
+    assert(cost.total() == found->total && "the formula counts what the result has");
     return Best{std::move(cost), std::move(inserted)};
   }
   if (incumbent != nullptr) return Best{*incumbent, std::nullopt};

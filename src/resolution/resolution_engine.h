@@ -48,6 +48,11 @@ class ResolutionEngine {
     std::optional<InsertedSignal> inserted;  // none: a reduction
   };
 
+  struct RatedChoice {
+    Choice choice;
+    std::uint64_t total;  // by the formula
+  };
+
   // Brings the cores up to date and tells their number. False when none is left, and after a
   // reported error.
   bool find_cores();
@@ -62,7 +67,7 @@ class ResolutionEngine {
   void suggest_all();
   void resolve_all();
   std::optional<Best> best_transformation();
-  std::optional<Choice> cheapest_choice(const ResolutionCost* incumbent);
+  std::optional<RatedChoice> cheapest_choice(const ResolutionCost* incumbent);
   void apply(Best best);
   bool makes_progress();
   bool save(const std::string& base_name) const;
