@@ -20,9 +20,12 @@ void for_each_producer(const Event& event, Function function) {
 }  // namespace
 
 TriggerFinder::TriggerFinder(const net::StgPrefix& prefix)
-    : position_(prefix.events.size()), seen_(prefix.events.size()) {
-  std::uint32_t position = 0;
-  for (const Event* event : net::topological_order(prefix)) position_[*event] = position++;
+    : height_(prefix.events.size()), seen_(prefix.events.size()) {
+  for (const Event* event : net::topological_order(prefix)) {
+    for_each_producer(*event, [&](const Event& producer) {
+      height_[*event] = std::max(height_[*event], height_[producer] + 1);
+    });
+  }
 }
 
 void TriggerFinder::collect_candidates(std::span<const Event* const> causes) {
@@ -42,11 +45,11 @@ void TriggerFinder::collect_candidates(std::span<const Event* const> causes) {
 
 // As far back as there are candidates.
 void TriggerFinder::mark_past_of_candidates() {
-  std::uint32_t first = base::no_index;
-  for (const Event* candidate : candidates_) first = std::min(first, position_[*candidate]);
+  std::uint32_t lowest = base::no_index;
+  for (const Event* candidate : candidates_) lowest = std::min(lowest, height_[*candidate]);
   seen_.clear();
-  const auto visit = [this, first](const Event& producer) {
-    if (position_[producer] >= first && seen_.insert(producer)) open_.push_back(&producer);
+  const auto visit = [this, lowest](const Event& producer) {
+    if (height_[producer] >= lowest && seen_.insert(producer)) open_.push_back(&producer);
   };
   for (const Event* candidate : candidates_) for_each_producer(*candidate, visit);
   while (!open_.empty()) {

@@ -27,7 +27,8 @@ class TriggerFinder {
   void collect_candidates(std::span<const Event* const> causes);
   void mark_past_of_candidates();
 
-  base::IndexedBy<Event, std::uint32_t> position_;  // in some causal order of all events
+  // The length of the longest chain of causes: an event is higher than its causes.
+  base::IndexedBy<Event, std::uint32_t> height_;
   base::MarkSet<Event> seen_;
   std::vector<const Event*> causes_, open_, candidates_;  // scratch
 };
