@@ -27,7 +27,8 @@ class Search {
       : relations_{prefix}, order_{topological_order(prefix)} {
     assert(insertion.starred.size() == insertion.sources.size() && !insertion.sources.empty());
     for (std::size_t i = 0; i < insertion.sources.size(); ++i) {
-      sources_.push_back(look_at(*insertion.sources[i], insertion.starred[i]));
+      const StgTransition& source = *prefix.transitions[insertion.sources[i]->index];
+      sources_.push_back(look_at(source, insertion.starred[i]));
     }
     base::MarkSet<StgTransition> is_target(prefix.transitions.size());
     for (const StgTransition* target : insertion.targets) is_target.insert(*target);
