@@ -4,9 +4,16 @@
 //   handshakes  n handshakes that go through a whole cycle in parallel: conflicts
 //   pipeline    n stages in a row, each a C-element: no coding conflict
 //   ring        n cells in a ring with one token that goes round: no coding conflict
+// and for the resolution of conflicts:
+//   controllers     n controllers of a bus side by side, each with a conflict of its own
+//   sequencer       n handshakes one after another within another: all look alike between them
+//   busy_ring       n cells in a ring, each with a handshake when it has the token: n conflicts
+//   busy_pipeline   n stages in a row, each with a handshake when it has taken something: n
+//   conflicts
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <initializer_list>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -27,6 +34,21 @@ void write_signals(const char* kind, const char* first, const char* numbered, un
   cout << '\n';
 }
 
+// Signals 0 to n-1 of each name.
+void write_numbered(const char* kind, std::initializer_list<const char*> signals, unsigned n) {
+  cout << kind;
+  for (const char* signal : signals) {
+    for_each_number(n, [signal](const std::string& i) { cout << ' ' << signal << i; });
+  }
+  cout << '\n';
+}
+
+// A whole handshake between two transitions.
+void write_handshake(const std::string& before, const std::string& i, const std::string& after) {
+  cout << before << " r" << i << "+\nr" << i << "+ a" << i << "+\na" << i << "+ r" << i << "-\nr"
+       << i << "- a" << i << "-\na" << i << "- " << after << '\n';
+}
+
 // All requests start with go+, `done` waits for all acknowledgements.
 void write_fork_join(unsigned n) {
   write_signals(".inputs", "go", "a", n);
@@ -45,29 +67,37 @@ void write_handshakes(unsigned n) {
   write_signals(".inputs", "go", "a", n);
   write_signals(".outputs", "done", "r", n);
   cout << ".graph\n";
-  for_each_number(n, [](const std::string& i) {
-    cout << "go+ r" << i << "+\nr" << i << "+ a" << i << "+\na" << i << "+ r" << i << "-\nr" << i
-         << "- a" << i << "-\na" << i << "- done+\n";
-  });
+  for_each_number(n, [](const std::string& i) { write_handshake("go+", i, "done+"); });
   cout << "done+ go-\ngo- done-\ndone- go+\n.marking { <done-,go+> }\n";
 }
 
-// A stage takes what comes from the left once what it had has gone to the right.
-void write_pipeline(unsigned n) {
+// A stage takes what comes from the left once what it had has gone to the right; if it is busy it
+// goes through a handshake before it passes it on.
+void write_stages(unsigned n, bool busy) {
   const std::string last = name("c", n + 1);
-  cout << ".inputs c0 " << last << "\n.outputs";
+  cout << ".inputs c0 " << last;
+  for (unsigned i = 1; i <= n && busy; ++i) cout << ' ' << name("a", i);
+  cout << "\n.outputs";
   for (unsigned i = 1; i <= n; ++i) cout << ' ' << name("c", i);
+  for (unsigned i = 1; i <= n && busy; ++i) cout << ' ' << name("r", i);
   cout << "\n.graph\n";
   for (unsigned i = 0; i <= n; ++i) {
     const std::string stage = name("c", i), next = name("c", i + 1);
-    cout << stage << "+ " << next << "+\n" << stage << "- " << next << "-\n";
-    cout << next << "+ " << stage << "-\n" << next << "- " << stage << "+\n";
+    if (busy && i > 0) {
+      write_handshake(stage + "+", std::to_string(i), next + "+");
+    } else {
+      cout << stage << "+ " << next << "+\n";
+    }
+    cout << stage << "- " << next << "-\n" << next << "+ " << stage << "-\n";
+    cout << next << "- " << stage << "+\n";
   }
   cout << ".marking {";
   for (unsigned i = 0; i <= n; ++i)
     cout << " <" << name("c", i + 1) << "-," << name("c", i) << "+>";
   cout << " }\n";
 }
+void write_pipeline(unsigned n) { write_stages(n, false); }
+void write_busy_pipeline(unsigned n) { write_stages(n, true); }
 
 // A cell follows the one before it once the one after it has the opposite value.
 void write_ring(unsigned n) {
@@ -86,16 +116,64 @@ void write_ring(unsigned n) {
   cout << " }\n";
 }
 
+// The read cycle of examples/vme_read.g, n times.
+void write_controllers(unsigned n) {
+  write_numbered(".inputs", {"dsr", "ldtack"}, n);
+  write_numbered(".outputs", {"lds", "d", "dtack"}, n);
+  cout << ".graph\n";
+  constexpr const char* arcs[][2] = {
+      {"dsr+", "lds+"},   {"lds+", "ldtack+"}, {"ldtack+", "d+"},   {"d+", "dtack+"},
+      {"dtack+", "dsr-"}, {"dsr-", "d-"},      {"d-", "dtack-"},    {"d-", "lds-"},
+      {"dtack-", "dsr+"}, {"lds-", "ldtack-"}, {"ldtack-", "lds+"},
+  };
+  const auto edge = [](std::string_view text, const std::string& i) {
+    return std::string(text.substr(0, text.size() - 1)) + i + text.back();
+  };
+  for_each_number(n, [&](const std::string& i) {
+    for (const auto& [from, to] : arcs) cout << edge(from, i) << ' ' << edge(to, i) << '\n';
+  });
+  cout << ".marking {";
+  for_each_number(n, [](const std::string& i) {
+    cout << " <dtack" << i << "-,dsr" << i << "+> <ldtack" << i << "-,lds" << i << "+>";
+  });
+  cout << " }\n";
+}
+
+void write_sequencer(unsigned n) {
+  write_signals(".inputs", "go", "a", n);
+  write_signals(".outputs", "done", "r", n);
+  cout << ".graph\n";
+  for (unsigned i = 0; i < n; ++i) {
+    write_handshake(i == 0 ? "go+" : name("p", i), std::to_string(i),
+                    i + 1 == n ? "done+" : name("p", i + 1));
+  }
+  cout << "done+ go-\ngo- done-\ndone- go+\n.marking { <done-,go+> }\n";
+}
+
+// The signal of the cell that has the token is high; before and after the handshake nothing
+// differs.
+void write_busy_ring(unsigned n) {
+  write_numbered(".inputs", {"a"}, n);
+  write_numbered(".outputs", {"c", "r"}, n);
+  cout << ".graph\n";
+  for (unsigned i = 0; i < n; ++i) {
+    const std::string cell = name("c", i), next = name("c", (i + 1) % n);
+    write_handshake(cell + "+", std::to_string(i), next + "+");
+    cout << next << "+ " << cell << "-\n" << cell << "- " << name("c", (i + 2) % n) << "+\n";
+  }
+  cout << ".marking { <a" << n - 1 << "-,c0+> <" << name("c", n - 2) << "-,c0+> }\n";
+}
+
 struct Family {
   std::string_view name;
   unsigned least;
   void (*write)(unsigned);
 };
 constexpr Family families[] = {
-    {"fork_join", 1, write_fork_join},
-    {"handshakes", 1, write_handshakes},
-    {"pipeline", 1, write_pipeline},
-    {"ring", 3, write_ring},
+    {"fork_join", 1, write_fork_join},     {"handshakes", 1, write_handshakes},
+    {"pipeline", 1, write_pipeline},       {"ring", 3, write_ring},
+    {"controllers", 1, write_controllers}, {"sequencer", 1, write_sequencer},
+    {"busy_ring", 3, write_busy_ring},     {"busy_pipeline", 1, write_busy_pipeline},
 };
 
 }  // namespace
@@ -109,6 +187,8 @@ int main(int argc, char** argv) {
     cout << ".end\n" << std::flush;
     return cout ? 0 : 1;
   }
-  std::cerr << "usage: make_circuit fork_join|handshakes|pipeline|ring N\n";
+  std::cerr << "usage: make_circuit FAMILY N, where FAMILY is one of";
+  for (const Family& family : families) std::cerr << ' ' << family.name;
+  std::cerr << '\n';
   return 1;
 }

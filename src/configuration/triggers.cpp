@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
+#include "net/causality.h"
+
 namespace vorel::configuration {
 namespace {
 
@@ -17,24 +19,37 @@ void for_each_producer(const Event& event, Function function) {
 
 }  // namespace
 
-void TriggerFinder::collect_candidates(const Event& event) {
-  seen_.clear();
-  candidates_.clear();
-  open_.assign({&event});
-  while (!open_.empty()) {
-    const Event& current = *open_.back();
-    open_.pop_back();
-    for_each_producer(current, [this](const Event& producer) {
-      if (!seen_.insert(producer)) return;
-      (net::is_dummy(producer) ? open_ : candidates_).push_back(&producer);
+TriggerFinder::TriggerFinder(const net::StgPrefix& prefix)
+    : height_(prefix.events.size()), seen_(prefix.events.size()) {
+  for (const Event* event : net::topological_order(prefix)) {
+    for_each_producer(*event, [&](const Event& producer) {
+      height_[*event] = std::max(height_[*event], height_[producer] + 1);
     });
   }
 }
 
-void TriggerFinder::mark_past_of_candidates() {
+void TriggerFinder::collect_candidates(std::span<const Event* const> causes) {
   seen_.clear();
-  const auto visit = [this](const Event& producer) {
-    if (seen_.insert(producer)) open_.push_back(&producer);
+  candidates_.clear();
+  open_.clear();
+  const auto visit = [this](const Event& event) {
+    if (seen_.insert(event)) (net::is_dummy(event) ? open_ : candidates_).push_back(&event);
+  };
+  for (const Event* cause : causes) visit(*cause);
+  while (!open_.empty()) {
+    const Event& current = *open_.back();
+    open_.pop_back();
+    for_each_producer(current, visit);
+  }
+}
+
+// As far back as there are candidates.
+void TriggerFinder::mark_past_of_candidates() {
+  std::uint32_t lowest = base::no_index;
+  for (const Event* candidate : candidates_) lowest = std::min(lowest, height_[*candidate]);
+  seen_.clear();
+  const auto visit = [this, lowest](const Event& producer) {
+    if (height_[producer] >= lowest && seen_.insert(producer)) open_.push_back(&producer);
   };
   for (const Event* candidate : candidates_) for_each_producer(*candidate, visit);
   while (!open_.empty()) {
@@ -44,8 +59,8 @@ void TriggerFinder::mark_past_of_candidates() {
   }
 }
 
-std::vector<const Event*> TriggerFinder::triggers_of(const Event& event) {
-  collect_candidates(event);
+std::vector<const Event*> TriggerFinder::triggers_after(std::span<const Event* const> causes) {
+  collect_candidates(causes);
   if (candidates_.size() > 1) {
     mark_past_of_candidates();
     std::erase_if(candidates_,
@@ -54,6 +69,12 @@ std::vector<const Event*> TriggerFinder::triggers_of(const Event& event) {
   assert(std::ranges::none_of(candidates_, [](const Event* e) { return net::is_dummy(*e); }));
   std::ranges::sort(candidates_, {}, &Event::index);
   return candidates_;
+}
+
+std::vector<const Event*> TriggerFinder::triggers_of(const Event& event) {
+  causes_.clear();
+  for_each_producer(event, [this](const Event& producer) { causes_.push_back(&producer); });
+  return triggers_after(causes_);
 }
 
 }  // namespace vorel::configuration

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/indexed_by.h"
+#include "base/sort_unique.h"
 #include "net/causality.h"
 #include "net/event_relations.h"
 
@@ -45,7 +46,10 @@ class ReducedOrder {
   // Of a copy.
   struct Past {
     bool is_changed = false;    // it has events that are no causes in the prefix
-    std::uint32_t sources = 0;  // counted for copies of sources only
+    std::uint32_t sources = 0;  // events of the sources: ordered, as the new place is safe
+    // Copies are in conflict by those of their causes, themselves included, that consume what
+    // another event consumes, too. These are the last of them; they lead back to the others.
+    Copies choices;
   };
   struct Consumer {
     std::uint32_t copy = 0, round = 0;
@@ -127,15 +131,16 @@ class ReducedOrder {
     choose(event, choices);
   }
 
-  // Takes one of each list, such that all of them can happen together.
+  // Takes one of each list, such that all of them can happen together, and then the event.
   void choose(const Event& event, std::span<const Copies> choices) {
+    if (!can_happen_before(event)) return;
     if (choices.empty()) {
       add_copy(event);
       return;
     }
     for (const std::uint32_t copy : choices.front()) {
       chosen_.push_back(copy);
-      if (can_happen_together()) choose(event, choices.subspan(1));
+      choose(event, choices.subspan(1));
       chosen_.pop_back();
     }
   }
@@ -143,45 +148,62 @@ class ReducedOrder {
   void add_copy(const Event& event) {
     const std::uint32_t copy = result_.add(event, chosen_);
     copies_of_[event].push_back(copy);
-    Past& past = past_.emplace_back();
-    past.is_changed = waits_for_[event].number > 0 || is_changed();
+    Past past{waits_for_[event].number > 0 || is_changed(), 0, {}};
+    for (const std::uint32_t cause : chosen_)
+      past.sources = std::max(past.sources, past_[cause].sources);
+    if (is_source_.contains(*event.transition)) ++past.sources;
+    const bool is_choice = std::ranges::any_of(event.preset, is_shared);
+    past.choices = choices_before(copy);
+    earlier_choices_.emplace_back();
+    if (is_choice) earlier_choices_[copy] = std::exchange(past.choices, {copy});
+    past_.push_back(std::move(past));
     seen_.push_back(0);
-    if (!is_source_.contains(*event.transition)) return;
-    collect_past({&copy, 1});
-    past.sources =
-        static_cast<std::uint32_t>(std::ranges::count_if(past_of_chosen_, [this](auto c) {
-          return is_source_.contains(*result_.event(c).transition);
-        }));
+  }
+
+  static bool is_shared(const Condition* condition) { return condition->postset.size() > 1; }
+
+  Copies choices_before(std::uint32_t copy) const {
+    Copies choices;
+    for (const std::uint32_t cause : result_.causes(copy)) {
+      const Copies& more = past_[cause].choices;
+      choices.insert(choices.end(), more.begin(), more.end());
+    }
+    base::sort_unique(choices);
+    return choices;
   }
 
   bool is_changed() const {
     return std::ranges::any_of(chosen_, [this](auto copy) { return past_[copy].is_changed; });
   }
 
-  // The producers of what an event consumes do, and an event of the sources with them that is not
-  // in conflict with the event, unless a token has changed their pasts.
-  bool can_happen_together() {
-    if (chosen_.size() == 1 || !is_changed()) return true;
-    collect_past(chosen_);
-    for (const std::uint32_t copy : past_of_chosen_) {
+  // Whether the chosen copies can happen together and leave what the event consumes. It is so where
+  // they have their old pasts: they produce for the event, or are not in conflict with it.
+  bool can_happen_before(const Event& event) {
+    if (!is_changed()) return true;
+    collect_choices();
+    for (const std::uint32_t copy : found_) {
       for (const Condition* condition : result_.event(copy).preset) {
+        if (!is_shared(condition)) continue;
         Consumer& consumer = consumer_[*condition];
         if (consumer.round == round_ && consumer.copy != copy) return false;
         consumer = {copy, round_};
       }
     }
-    return true;
+    return std::ranges::none_of(event.preset, [this](const Condition* condition) {
+      return consumer_[*condition].round == round_;
+    });
   }
 
-  void collect_past(std::span<const std::uint32_t> copies) {
+  // found_ = all choices in the pasts of the chosen copies.
+  void collect_choices() {
     ++round_;
-    past_of_chosen_.clear();
+    found_.clear();
     const auto visit = [this](std::uint32_t copy) {
-      if (std::exchange(seen_[copy], round_) != round_) past_of_chosen_.push_back(copy);
+      if (std::exchange(seen_[copy], round_) != round_) found_.push_back(copy);
     };
-    std::ranges::for_each(copies, visit);
-    for (std::size_t next = 0; next < past_of_chosen_.size(); ++next) {
-      std::ranges::for_each(result_.causes(past_of_chosen_[next]), visit);
+    for (const std::uint32_t copy : chosen_) std::ranges::for_each(past_[copy].choices, visit);
+    for (std::size_t next = 0; next < found_.size(); ++next) {
+      std::ranges::for_each(earlier_choices_[found_[next]], visit);
     }
   }
 
@@ -194,10 +216,12 @@ class ReducedOrder {
   std::vector<Past> past_;  // by copy
   Copies chosen_;           // the causes of the copy that is being made
 
-  // Scratch of collect_past().
+  std::vector<Copies> earlier_choices_;  // by copy, of a choice: the last ones before it
+
+  // Scratch of can_happen_before().
   std::uint32_t round_ = 0;
   std::vector<std::uint32_t> seen_;  // by copy
-  Copies past_of_chosen_;
+  Copies found_;
   base::IndexedBy<Condition, Consumer> consumer_;
 };
 

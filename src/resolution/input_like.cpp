@@ -1,27 +1,32 @@
 #include "resolution/input_like.h"
 
-#include <vector>
+#include <algorithm>
+#include <unordered_set>
 
 namespace vorel::resolution {
 
-base::IndexedBy<net::StgTransition, bool> input_like_transitions(const net::Stg& stg) {
-  base::IndexedBy<net::StgTransition, bool> is_input_like(stg.transitions.size());
-  std::vector<const net::StgTransition*> found;
-  for (const auto& transition : stg.transitions) {
-    if (transition->signal->kind != net::SignalKind::input) continue;
-    is_input_like[*transition] = true;
-    found.push_back(transition.get());
+std::vector<const net::StgTransition*> closure_through_dummies(
+    const net::StgTransition& transition) {
+  std::vector<const net::StgTransition*> closure{&transition};
+  std::unordered_set<const net::StgTransition*> seen{&transition};
+  for (std::size_t next = 0; next < closure.size(); ++next) {
+    if (!closure[next]->signal->is_dummy()) continue;
+    for (const net::StgPlace* place : closure[next]->postset)
+      for (const net::StgTransition* consumer : place->postset)
+        if (seen.insert(consumer).second) closure.push_back(consumer);
   }
-  for (std::size_t next = 0; next < found.size(); ++next) {
-    for (const net::StgPlace* place : found[next]->preset) {
-      for (const net::StgTransition* before : place->preset) {
-        if (!before->signal->is_dummy() || is_input_like[*before]) continue;
-        is_input_like[*before] = true;
-        found.push_back(before);
-      }
-    }
-  }
-  return is_input_like;
+  return closure;
+}
+
+bool is_input_like(const net::StgTransition& transition) {
+  return std::ranges::any_of(closure_through_dummies(transition), [](const auto* reached) {
+    return reached->signal->kind == net::SignalKind::input;
+  });
+}
+
+bool is_dead(const net::Instances<net::StgPrefix>& instances,
+             const net::StgTransition& transition) {
+  return instances.events_of(base::id_of(transition)).empty();
 }
 
 }  // namespace vorel::resolution

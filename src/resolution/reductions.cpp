@@ -227,11 +227,10 @@ std::vector<Reduction> reductions(const StgPrefix& prefix, const sat::CnfParams&
   const TransitionConcurrency concurrency(prefix);
   OccurrenceCounts counts(prefix);
   ReductionCheck check(prefix, counts, formula_params);
-  const auto is_input_like = input_like_transitions(prefix);
   const Tools tools{prefix, concurrency, counts, check, formula_params, limits};
   std::vector<Reduction> found;
   for (const auto& target : prefix.transitions) {
-    if (!is_input_like[*target]) SourceSearch(tools, *target).run(found);
+    if (!is_input_like(*target)) SourceSearch(tools, *target).run(found);
     if (base::run_failed()) return {};
   }
   std::ranges::sort(found, reduction_less);

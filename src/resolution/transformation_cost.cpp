@@ -11,12 +11,12 @@ std::string term(std::uint32_t coefficient, std::uint64_t number, std::string_vi
   return std::to_string(coefficient) + "*" + std::to_string(number) + "[" + std::string(name) + "]";
 }
 
+}  // namespace
+
 bool is_sequential(const net::Insertion& insertion) {
   return std::holds_alternative<net::SeqBefore>(insertion) ||
          std::holds_alternative<net::SeqAfter>(insertion);
 }
-
-}  // namespace
 
 CostCoefficients CostCoefficients::of(const base::Params& params) {
   const auto coefficient = [&params](std::string_view key) {
@@ -33,9 +33,8 @@ CostCoefficients CostCoefficients::of(const base::Params& params) {
           .use_concurrency_reduction = params.get("use_concurrency_reduction") != 0};
 }
 
-TransformationCost::TransformationCost(const CostCoefficients& coefficients,
-                                       StgTransformation transformation)
-    : coefficients{coefficients}, transformation{std::move(transformation)} {}
+TransformationCost::TransformationCost(const CostCoefficients& weights, StgTransformation applied)
+    : coefficients{weights}, transformation{std::move(applied)} {}
 
 std::uint64_t TransformationCost::seq_count() const {
   if (const auto* reduction = std::get_if<Reduction>(&transformation))

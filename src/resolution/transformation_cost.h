@@ -16,6 +16,9 @@ namespace vorel::resolution {
 // A number, or a total, that nobody has evaluated. It loses every comparison.
 inline constexpr std::uint64_t unknown_cost = std::numeric_limits<std::uint64_t>::max();
 
+// Next to one transition, on its way to or from some places.
+bool is_sequential(const net::Insertion& insertion);
+
 // What one unit of each number weighs. A number with the weight 0 is not computed anywhere.
 struct CostCoefficients {
   std::uint32_t csc_cores = 0;
@@ -35,7 +38,7 @@ struct CostCoefficients {
 
 // The numbers that need no encoding conflicts.
 struct TransformationCost {
-  TransformationCost(const CostCoefficients& coefficients, StgTransformation transformation);
+  TransformationCost(const CostCoefficients& weights, StgTransformation applied);
 
   // Insertions in sequence with others and concurrent ones; for a reduction the number of sources,
   // and none.

@@ -233,8 +233,13 @@ bool edits_overlap(const net::Insertion& a, const net::Insertion& b) {
 
 BookStep insert_signal_by_the_book(const net::Stg& stg, std::span<const net::Insertion> insertions,
                                    const std::string& name) {
+  for (std::size_t i = 0; i < insertions.size(); ++i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      if (edits_overlap(insertions[j], insertions[i])) return {.fault = "the edits overlap"};
+    }
+  }
   EdgeNumbers numbers;
-  BookStep step{with_toggles(stg, insertions, name, numbers), {}, {}, true};
+  BookStep step{.stg = with_toggles(stg, insertions, name, numbers)};
   step.fault = settle_signs(step, numbers);
   if (!step.fault.empty()) return step;
   step.fault = resolution_fault(stg, step.stg, {.new_signals = {name}, .resolved = false});

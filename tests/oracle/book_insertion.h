@@ -27,14 +27,14 @@ bool edits_overlap(const net::Insertion& a, const net::Insertion& b);
 
 // The STG with a new internal signal, 0 at the start.
 struct BookStep {
-  net::Stg stg;
-  std::vector<net::Sign> signs;  // by insertion
-  std::string fault;             // in words, empty where there is none; the STG is of no use else
-  bool has_one_code = true;      // the new signal has one value in all states that look alike
+  net::Stg stg = {};
+  std::vector<net::Sign> signs = {};  // by insertion
+  std::string fault = {};    // in words, empty where there is none; the STG is of no use else
+  bool has_one_code = true;  // the new signal has one value in all states that look alike
 };
 
-// Faults are those of resolution_fault(), and that a transition would both rise and fall or can
-// never happen. Conflicts that are left are none.
+// Faults are those of resolution_fault(), and edits that overlap, and a transition that would both
+// rise and fall or can never happen. Conflicts that are left are none.
 BookStep insert_signal_by_the_book(const net::Stg& stg, std::span<const net::Insertion> insertions,
                                    const std::string& name = "x");
 

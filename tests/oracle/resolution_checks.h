@@ -12,7 +12,7 @@
 namespace vorel::oracle {
 
 struct ResolutionClaim {
-  std::vector<std::string> new_signals;
+  std::vector<std::string> new_signals = {};
   bool resolved = true;  // no CSC conflict is left
   bool reduced = false;  // transitions may wait for others, too
 };

@@ -8,7 +8,10 @@
 #include <string>
 
 #include "oracle/history.h"
+#include "oracle/net_builder.h"
+#include "oracle/random.h"
 #include "oracle/random_stg.h"
+#include "oracle/state_graph.h"
 #include "resolution/resolution_support.h"
 #include "support/seeds.h"
 
@@ -124,6 +127,75 @@ TEST(SignalLocks, RandomPrefixesAgreeWithTheDefinition) {
   }
   EXPECT_GT(locked, end - first);
   EXPECT_GT(unlocked, end - first);
+}
+
+// The events of the prefix as the transitions of a net, with the new place: it runs as the prefix
+// does after the reduction.
+net::Stg occurrence_net(const StgPrefix& prefix, const Reduction& reduction) {
+  oracle::NetBuilder<net::Stg> book;
+  std::vector<net::Signal*> signals;
+  for (const auto& signal : prefix.signals) {
+    signals.push_back(&book.add_signal(signal->name, signal->kind));
+  }
+  const auto name = [](const auto& node) { return "n" + std::to_string(node.index); };
+  for (const auto& condition : prefix.conditions) {
+    if (condition->is_initial()) book.mark(name(*condition));
+  }
+  if (reduction.marked) book.mark("token");
+  for (const auto& event : prefix.events) {
+    const auto* transition = event->transition;
+    book.add_transition("e" + std::to_string(event->index));
+    book.label(*signals[transition->signal->index], transition->sign);
+    for (const auto* condition : event->preset) book.consume(name(*condition));
+    for (const auto* condition : event->postset) book.produce(name(*condition));
+    if (std::ranges::count(reduction.sources, transition) != 0) book.produce("token");
+    if (transition == reduction.target) book.consume("token");
+  }
+  return book.finish();
+}
+
+Reduction random_reduction(const StgPrefix& prefix, oracle::Random& random) {
+  Reduction reduction;
+  reduction.target = prefix.transitions[random.below(prefix.transitions.size())].get();
+  reduction.marked = random.chance(40);
+  const auto& example = prefix.transitions[random.below(prefix.transitions.size())];
+  for (const auto& transition : prefix.transitions) {
+    const bool is_alike =
+        transition->signal == example->signal && transition->sign == example->sign;
+    if (transition.get() != reduction.target && random.chance(is_alike ? 90 : 5)) {
+      reduction.sources.push_back(transition.get());
+    }
+  }
+  return reduction;
+}
+
+TEST(SignalLocks, AfterAReductionAreThoseOfAllThatThePrefixCanStillDo) {
+  std::size_t checked = 0, changed = 0, with_choice = 0;
+  const auto [first, end] = support::seeds(100);
+  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
+    const auto prefix = oracle::unfold(oracle::random_stg(seed, {.dummies = seed % 2 == 0}), 60);
+    if (!prefix) continue;
+    const Pairs before = PlainLocks(*prefix).pairs();
+    oracle::Random random(seed);
+    for (int i = 0; i < 40; ++i) {
+      const Reduction reduction = random_reduction(*prefix, random);
+      if (reduction.sources.empty()) continue;
+      SCOPED_TRACE(testing::Message() << seed << ": " << to_text(reduction));
+      const net::Stg net = occurrence_net(*prefix, reduction);
+      if (oracle::explore(net, 5'000).outcome != oracle::Exploration::complete) continue;
+      const auto after = oracle::unfold(net, 500);
+      if (!after) continue;
+      const auto locks = pairs_of(signal_lock_relation(*prefix, &reduction));
+      const Pairs expected = PlainLocks(*after).pairs();
+      EXPECT_EQ(locks, expected);
+      ++checked;
+      changed += expected != before ? 1 : 0;
+      with_choice += after->events.size() > prefix->events.size() ? 1 : 0;
+    }
+  }
+  EXPECT_GT(checked, end - first);
+  EXPECT_GT(changed, (end - first) / 4);
+  EXPECT_GT(with_choice, (end - first) / 10);
 }
 
 // p+ q+ p- q- p+ ..., 700 of each; the last p does not wait for the last q, or does.

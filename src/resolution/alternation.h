@@ -1,0 +1,29 @@
+// resolution/alternation.h - the edges of a new signal rise and fall in turn.
+// Here:      the clauses on a choice of candidates that say so; the sign of each edge.
+// Not here:  that no two edges are concurrent (resolution/insertion_mutex.h), which is taken for
+//            granted: the signal is 0 at the start, so that its value after an event is the parity
+//            of the chosen occurrences before it.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "resolution/occurrence_order.h"
+#include "sat/sums_tree_builder.h"
+
+namespace vorel::resolution {
+
+// Adds: all occurrences of a chosen candidate find the signal at one value, and so do a cut-off and
+// its correspondents. The values are recorded as parities with the builder, which belongs to the
+// formula and must define them before the next solve. Each is the parity of an earlier one and of
+// the occurrences in between, so that the sets are small however long the prefix is; occurrences
+// and events behind the same occurrences share one.
+void add_alternation(const Candidates& candidates, const OccurrenceOrder& order,
+                     const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
+                     sat::CnfFormula& formula, sat::ClauseGroup group);
+
+// The sign of each chosen candidate, which must be a solution of the clauses above.
+std::vector<net::Sign> edge_signs(const Candidates& candidates, const OccurrenceOrder& order,
+                                  std::span<const CandidateId> chosen);
+
+}  // namespace vorel::resolution

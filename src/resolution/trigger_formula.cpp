@@ -1,0 +1,190 @@
+#include "resolution/trigger_formula.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "configuration/triggers.h"
+#include "net/instances.h"
+#include "sat/integer_circuit.h"
+
+namespace vorel::resolution {
+namespace {
+
+using net::Signal;
+using net::SignalId;
+using sat::Lit;
+using sat::Lits;
+using Event = net::StgPrefix::Event;
+using Events = std::vector<const Event*>;
+
+// A word for each 64 occurrences.
+using Row = std::vector<std::uint64_t>;
+
+// The signals that trigger one signal: some do in any case, others under a condition each.
+struct TriggerCount {
+  std::uint64_t certain = 0;
+  Lits possible;
+};
+
+class TriggerFormula {
+ public:
+  TriggerFormula(const OccurrenceOrder& order, CandidateGates& gates)
+      : candidates_{gates.candidates()},
+        prefix_{candidates_.prefix()},
+        order_{order},
+        gates_{gates},
+        finder_{prefix_},
+        instances_{prefix_} {}
+
+  std::vector<TriggerCount> run() {
+    std::vector<TriggerCount> counts;
+    for (const SignalId signal : prefix_.driven_signals()) counts.push_back(count_of(signal));
+    counts.push_back(count_of_new_signal());
+    return counts;
+  }
+
+ private:
+  // One way in which a signal can trigger another: a candidate is chosen, or nothing has to be,
+  // and none of the others is.
+  struct Way {
+    CandidateId chosen;  // no_index: nothing has to be
+    CandidateList others;
+    auto operator<=>(const Way&) const = default;
+  };
+  using Ways = std::map<SignalId, std::set<Way>>;
+
+  // The occurrences before the node (an event or an occurrence) that are before none of its
+  // triggers.
+  template <class Node>
+  Row direct_before(Node node, const Events& triggers) const {
+    const base::BitRow before = order_.before(node);
+    Row row(before.begin(), before.end());
+    for (const Event* trigger : triggers) {
+      const base::BitRow hidden = order_.before(base::id_of(*trigger));
+      for (std::size_t i = 0; i < row.size(); ++i) row[i] &= ~hidden[i];
+    }
+    return row;
+  }
+
+  void add_ways(const Events& triggers, const Row& direct, CandidateId chosen, Ways& ways) const {
+    for (const Event* trigger : triggers) {
+      Row between = direct;
+      const base::BitRow after = order_.after(base::id_of(*trigger));
+      for (std::size_t i = 0; i < between.size(); ++i) between[i] &= after[i];
+      CandidateList others = gates_.candidates_in(between);
+      if (std::ranges::binary_search(others, chosen)) continue;
+      ways[base::id_of(*trigger->transition->signal)].insert({chosen, std::move(others)});
+    }
+  }
+
+  TriggerCount count_of(SignalId signal) {
+    Ways ways;
+    Row followed(words(), 0);  // the occurrences right before some event
+    for (const Event* event : instances_.events_of(signal)) {
+      const Events triggers = finder_.triggers_of(*event);
+      const Row direct = direct_before(base::id_of(*event), triggers);
+      add_ways(triggers, direct, {}, ways);
+      for (std::size_t i = 0; i < followed.size(); ++i) followed[i] |= direct[i];
+    }
+    TriggerCount count = count_of(ways);
+    count.possible.push_back(gates_.any_of(gates_.candidates_in(followed)));
+    return count;
+  }
+
+  TriggerCount count_of_new_signal() {
+    Ways ways;
+    Lits itself;
+    for (const CandidateId candidate : candidates_.all()) {
+      Row followed(words(), 0);
+      for (const OccurrenceId id : candidates_.occurrences_of(candidate)) {
+        const Events triggers = finder_.triggers_after(
+            configuration::events_of(prefix_, candidates_.occurrence(id).causes));
+        const Row direct = direct_before(id, triggers);
+        add_ways(triggers, direct, candidate, ways);
+        for (std::size_t i = 0; i < followed.size(); ++i) followed[i] |= direct[i];
+      }
+      const CandidateList before = gates_.candidates_in(followed);
+      if (before.empty()) continue;
+      itself.push_back(both(gates_.literal(candidate), gates_.any_of(before)));
+    }
+    TriggerCount count = count_of(ways);
+    count.possible.push_back(gates_.make_gate(sat::GateOr, itself));
+    return count;
+  }
+
+  TriggerCount count_of(const Ways& ways) {
+    TriggerCount count;
+    for (const auto& entry : ways) {
+      const Lit triggers = literal_of(entry.second);
+      if (triggers == sat::LitTrue)
+        ++count.certain;
+      else
+        count.possible.push_back(triggers);
+    }
+    return count;
+  }
+
+  // Ways are sorted: one that excludes nothing comes first of those that need the same.
+  Lit literal_of(const std::set<Way>& ways) {
+    Lits lits;
+    const Way* unconditional = nullptr;
+    for (const Way& way : ways) {
+      if (unconditional != nullptr && unconditional->chosen == way.chosen) continue;
+      if (way.others.empty()) unconditional = &way;
+      const bool is_free = way.chosen == CandidateId{};
+      const Lit needed = is_free ? sat::LitTrue : gates_.literal(way.chosen);
+      lits.push_back(both(needed, ~gates_.any_of(way.others)));
+      if (lits.back() == sat::LitTrue) return sat::LitTrue;
+    }
+    return gates_.make_gate(sat::GateOr, lits);
+  }
+
+  Lit both(Lit a, Lit b) { return gates_.make_gate(sat::GateAnd, std::array{a, b}); }
+  std::size_t words() const { return (candidates_.all_occurrences().size() + 63) / 64; }
+
+  const Candidates& candidates_;
+  const net::StgPrefix& prefix_;
+  const OccurrenceOrder& order_;
+  CandidateGates& gates_;
+  configuration::TriggerFinder finder_;
+  const net::Instances<net::StgPrefix> instances_;
+};
+
+Lits count_with(sat::IntegerCircuit& circuit, const TriggerCount& count, sat::ClauseGroup group) {
+  return circuit.add(circuit.count_ones(count.possible, group),
+                     sat::IntegerCircuit::constant(count.certain), group);
+}
+
+}  // namespace
+
+Lits logic_number(const OccurrenceOrder& order, bool pwr_of_2, CandidateGates& gates,
+                  sat::ClauseGroup group) {
+  const std::vector<TriggerCount> counts = TriggerFormula(order, gates).run();
+  sat::IntegerCircuit circuit(gates.formula());
+  if (!pwr_of_2) {
+    TriggerCount all;
+    for (const TriggerCount& count : counts) {
+      all.certain += count.certain;
+      all.possible.insert(all.possible.end(), count.possible.begin(), count.possible.end());
+    }
+    return count_with(circuit, all, group);
+  }
+  // 2 to the power of a count has one bit set, that of the count. As in the evaluation, what goes
+  // beyond 64 bits is lost.
+  constexpr std::size_t word = 64;
+  std::vector<Lits> powers;
+  for (const TriggerCount& count : counts) {
+    const Lits bits = circuit.count_ones(count.possible, group);
+    Lits power(static_cast<std::size_t>(count.certain), sat::LitFalse);
+    const Lits values = circuit.decode(bits, count.possible.size(), group);
+    power.insert(power.end(), values.begin(), values.end());
+    if (power.size() > word) power.resize(word);
+    powers.push_back(std::move(power));
+  }
+  return circuit.sum(powers, group);
+}
+
+}  // namespace vorel::resolution
