@@ -24,6 +24,7 @@
 #include "net/process_variant.h"
 #include "reach/deadlock_check.h"
 #include "reach/reach_check.h"
+#include "resolution/resolution_engine.h"
 #include "synthesis/equation_search.h"
 
 namespace vorel::driver {
@@ -90,6 +91,12 @@ template <class Engine>
 void run_conflict_check(RunRequest request, net::StgPrefix& prefix) {
   if (!prepare_run(prefix, request)) return;
   Engine engine(prefix, configuration::SearchOptions::of(request.params));
+  if (!base::run_failed()) run_engine(engine, request.output);
+}
+
+void run_resolve(RunRequest request, net::StgPrefix& prefix) {
+  if (!prepare_run(prefix, request)) return;
+  resolution::ResolutionEngine engine(prefix, request.params);
   if (!base::run_failed()) run_engine(engine, request.output);
 }
 
@@ -160,7 +167,7 @@ constexpr ModeEntry mode_entries[] = {
     {Mode::complex_gate, stg_mode<run_synthesis<synthesis::SynthesisStyle::complex_gate>>},
     {Mode::gc, stg_mode<run_synthesis<synthesis::SynthesisStyle::generalised_c>>},
     {Mode::standard_c, stg_mode<run_synthesis<synthesis::SynthesisStyle::standard_c>>},
-    {Mode::resolve, stg_mode<run_without_engine<net::StgPrefix>>},
+    {Mode::resolve, stg_mode<run_resolve>},
     {Mode::decomposition, stg_mode<run_without_engine<net::StgPrefix>>},
 };
 static_assert(std::size(mode_entries) == last_mode);

@@ -117,4 +117,11 @@ Candidates::Candidates(const net::StgPrefix& prefix, std::vector<net::Insertion>
   }
 }
 
+SignalInsertion insertions_of(const Candidates& candidates, const Choice& chosen) {
+  SignalInsertion insertions;
+  for (const CandidateId candidate : candidates.all())
+    if (chosen[candidate]) insertions.push_back(candidates.insertion(candidate));
+  return insertions;
+}
+
 }  // namespace vorel::resolution

@@ -8,8 +8,8 @@
 #include <span>
 #include <vector>
 
-#include "net/insert_transition.h"
 #include "resolution/edge_occurrence.h"
+#include "resolution/transformation.h"
 #include "sat/literal.h"
 
 namespace vorel::resolution {
@@ -17,6 +17,7 @@ namespace vorel::resolution {
 using CandidateId = base::Id<net::Insertion>;
 // By candidate: whether it is chosen.
 using CandidateLits = base::IndexedBy<net::Insertion, sat::Lit>;
+using Choice = base::IndexedBy<net::Insertion, bool>;
 
 // Occurrences are numbered candidate after candidate. Refers to the prefix, whose events must be
 // numbered causally, and is of no use after it has been edited.
@@ -58,5 +59,8 @@ class Candidates {
   std::vector<CandidateId> candidate_of_;  // by occurrence
   std::vector<std::uint32_t> begins_;      // by candidate, and the end of the last
 };
+
+// The insertions chosen, in the order of candidates.
+SignalInsertion insertions_of(const Candidates& candidates, const Choice& choice);
 
 }  // namespace vorel::resolution

@@ -94,8 +94,7 @@ CoreCounters require_progress(const CoreStore& store, const Candidates& candidat
   return CoreEncoding(store, candidates, literals, formula, sums).run();
 }
 
-CoreCounts cores_left(const CoreStore& store, const Candidates& candidates,
-                      const base::IndexedBy<net::Insertion, bool>& chosen) {
+CoreCounts cores_left(const CoreStore& store, const Candidates& candidates, const Choice& chosen) {
   const CoreEffects effects(candidates);
   CoreCounts counts;
   for (std::size_t i = 0; i < store.cores.size(); ++i) {

@@ -36,7 +36,6 @@ CoreCounters require_progress(const CoreStore& store, const Candidates& candidat
                               sat::SumsTreeBuilder& sums);
 
 // The same numbers for a choice at hand.
-CoreCounts cores_left(const CoreStore& store, const Candidates& candidates,
-                      const base::IndexedBy<net::Insertion, bool>& chosen);
+CoreCounts cores_left(const CoreStore& store, const Candidates& candidates, const Choice& chosen);
 
 }  // namespace vorel::resolution

@@ -42,7 +42,7 @@ CoreEffect CoreEffects::of(const conflicts::Core& core) const {
   return effect;
 }
 
-CoreOutcome outcome(const CoreEffect& effect, const base::IndexedBy<net::Insertion, bool>& chosen) {
+CoreOutcome outcome(const CoreEffect& effect, const Choice& chosen) {
   const auto is_chosen = [&chosen](CandidateId candidate) { return chosen[candidate]; };
   if (std::ranges::any_of(effect.breakers, is_chosen)) return CoreOutcome::broken;
   const bool is_odd = std::ranges::count_if(effect.togglers, is_chosen) % 2 != 0;

@@ -42,6 +42,6 @@ class CoreEffects {
 };
 
 // When the edges chosen are inserted together.
-CoreOutcome outcome(const CoreEffect& effect, const base::IndexedBy<net::Insertion, bool>& chosen);
+CoreOutcome outcome(const CoreEffect& effect, const Choice& chosen);
 
 }  // namespace vorel::resolution

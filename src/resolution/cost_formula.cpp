@@ -129,7 +129,7 @@ std::uint64_t CostFormula::non_locked() const {
   return number;
 }
 
-ResolutionCost CostFormula::evaluate(const ChosenCandidates& chosen) const {
+ResolutionCost CostFormula::evaluate(const Choice& chosen) const {
   const sat::IntegerCircuit circuit(formula_);
   ResolutionCost cost(coefficients_, insertions_of(candidates_, chosen));
   cost.delay = static_cast<std::uint64_t>(
@@ -141,15 +141,8 @@ ResolutionCost CostFormula::evaluate(const ChosenCandidates& chosen) const {
   return cost;
 }
 
-SignalInsertion insertions_of(const Candidates& candidates, const ChosenCandidates& chosen) {
-  SignalInsertion insertions;
-  for (const CandidateId candidate : candidates.all())
-    if (chosen[candidate]) insertions.push_back(candidates.insertion(candidate));
-  return insertions;
-}
-
-void evaluate_choice(const Candidates& candidates, const ChosenCandidates& chosen,
-                     const CoreStore& cores, ResolutionCost& cost) {
+void evaluate_choice(const Candidates& candidates, const Choice& chosen, const CoreStore& cores,
+                     ResolutionCost& cost) {
   cost.delay = 0;
   if (cost.coefficients.delay != 0)
     cost.delay = static_cast<std::uint64_t>(std::ranges::count_if(

@@ -15,8 +15,6 @@
 
 namespace vorel::resolution {
 
-using ChosenCandidates = base::IndexedBy<net::Insertion, bool>;
-
 // Those with an occurrence that delays a critical event.
 CandidateList delaying_candidates(const Candidates& candidates);
 
@@ -45,7 +43,7 @@ class CostFormula {
   sat::Lits cost_bits();
 
   // The numbers of the last model.
-  ResolutionCost evaluate(const ChosenCandidates& chosen) const;
+  ResolutionCost evaluate(const Choice& chosen) const;
 
   const CandidateList& delaying() const { return delaying_; }
   // Of all signals but dummies, if they are weighed.
@@ -71,12 +69,9 @@ class CostFormula {
   std::uint64_t unlock_number_ = 0;  // as far as it counts
 };
 
-// The insertions chosen, by the order of candidates.
-SignalInsertion insertions_of(const Candidates& candidates, const ChosenCandidates& chosen);
-
 // The delay, and the cores that are left, of a choice at hand.
-void evaluate_choice(const Candidates& candidates, const ChosenCandidates& chosen,
-                     const CoreStore& cores, ResolutionCost& cost);
+void evaluate_choice(const Candidates& candidates, const Choice& chosen, const CoreStore& cores,
+                     ResolutionCost& cost);
 // The logic, and the signals that are not locked, of the prefix that has the new signal.
 void evaluate_result(const net::StgPrefix& prefix, const net::Signal& new_signal,
                      std::uint64_t unlock_number, TransformationCost& cost);

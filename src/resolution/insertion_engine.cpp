@@ -1,0 +1,91 @@
+#include "resolution/insertion_engine.h"
+
+#include <cassert>
+#include <utility>
+
+#include "net/check.h"
+#include "net/clone_net.h"
+#include "resolution/insertion_constraints.h"
+#include "resolution/insertions.h"
+
+namespace vorel::resolution {
+
+struct InsertionEngine::Step {
+  Step(const net::StgPrefix& prefix, std::int32_t concurrent_insertions, sat::CnfFormula& formula)
+      : candidates{prefix, insertions(prefix, concurrent_insertions)},
+        order{candidates},
+        literals(candidates.size()),
+        sums{formula} {
+    for (sat::Lit& literal : literals) literal = sat::Lit(formula.new_var(false), false);
+  }
+
+  Candidates candidates;
+  OccurrenceOrder order;
+  CandidateLits literals;
+  sat::SumsTreeBuilder sums;
+};
+
+InsertionEngine::InsertionEngine(net::StgPrefix& prefix, std::string base_name,
+                                 const sat::CnfParams& params, std::int32_t concurrent_insertions)
+    : prefix_{prefix},
+      base_name_{std::move(base_name)},
+      concurrent_insertions_{concurrent_insertions},
+      formula_{params} {}
+
+InsertionEngine::~InsertionEngine() = default;
+
+sat::SumsTreeBuilder& InsertionEngine::sums() {
+  assert(step_ != nullptr);
+  return step_->sums;
+}
+const Candidates& InsertionEngine::candidates() const {
+  assert(step_ != nullptr);
+  return step_->candidates;
+}
+const OccurrenceOrder& InsertionEngine::order() const {
+  assert(step_ != nullptr);
+  return step_->order;
+}
+const CandidateLits& InsertionEngine::literals() const {
+  assert(step_ != nullptr);
+  return step_->literals;
+}
+
+void InsertionEngine::start_step() {
+  step_.reset();
+  formula_.reset();
+  step_ = std::make_unique<Step>(prefix_, concurrent_insertions_, formula_);
+  add_insertion_constraints(candidates(), order(), literals(), step_->sums, formula_,
+                            sat::PermanentGroup);
+}
+
+Choice InsertionEngine::choice() const {
+  Choice choice(candidates().size());
+  for (const CandidateId candidate : candidates().all())
+    choice[candidate] = formula_.is_true(literals()[candidate]);
+  return choice;
+}
+
+InsertedSignal InsertionEngine::after_insertion(const Choice& choice) const {
+  InsertedSignal result{.prefix = net::clone_prefix(prefix_), .signal = {}, .numbers = {}};
+  constexpr std::uint8_t initial_value = 0;
+  net::Signal& signal =
+      net::insert_signal(result.prefix, base_name_, net::SignalKind::internal, initial_value);
+  std::vector<CandidateId> chosen;
+  for (const CandidateId candidate : candidates().all())
+    if (choice[candidate]) chosen.push_back(candidate);
+  const std::vector<net::Sign> signs = edge_signs(candidates(), order(), chosen);
+  for (std::size_t i = 0; i < chosen.size(); ++i)
+    net::insert_transition(result.prefix, candidates().insertion(chosen[i]), signal, signs[i]);
+  result.numbers = net::finish_edit(result.prefix);
+  net::check(result.prefix);
+  result.signal = base::id_of(signal);
+  return result;
+}
+
+void InsertionEngine::adopt(net::StgPrefix prefix) {
+  step_.reset();
+  prefix_ = std::move(prefix);
+}
+
+}  // namespace vorel::resolution

@@ -1,0 +1,167 @@
+#include "resolution/reduction_check.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "base/messages.h"
+
+namespace vorel::resolution {
+namespace {
+
+using net::StgPlace;
+using net::StgTransition;
+
+bool needs_all_of(const StgTransition& more, const StgTransition& less) {
+  return std::ranges::includes(more.preset, less.preset, {}, &StgPlace::index, &StgPlace::index);
+}
+
+// Clauses for one question, which go with it.
+class Question {
+ public:
+  Question(EncodedRun& run, const Reduction& reduction)
+      : run_{run}, reduction_{reduction}, group_{run.formula().new_group()} {}
+  ~Question() { run_.formula().remove_group(group_); }
+  Question(const Question&) = delete;
+  Question& operator=(const Question&) = delete;
+
+  sat::ClauseGroup group() const { return group_; }
+  // The tokens are more than, fewer than, at most the number.
+  void tokens_at_least(std::uint32_t number) {
+    circuit().assert_not_greater(taken(number), put(), group_);
+  }
+  void tokens_at_most(std::uint32_t number) {
+    circuit().assert_not_greater(put(), taken(number), group_);
+  }
+  void tokens_below_zero() { circuit().assert_less_than(put(), taken(0), group_); }
+
+  std::optional<TokenBound> answer(bool is_upper, std::uint32_t tokens) {
+    auto run = run_.solve();
+    if (!run) return std::nullopt;
+    const std::uint32_t bound = tokens + (*run)[*reduction_.target];
+    return TokenBound{std::move(*run), is_upper, bound};
+  }
+  bool is_possible() { return run_.solve().has_value(); }
+
+ private:
+  sat::IntegerCircuit circuit() { return sat::IntegerCircuit(run_.formula()); }
+  sat::Lits put() {
+    return run_.occurrences(reduction_.sources, reduction_.marked ? 1 : 0, group_);
+  }
+  sat::Lits taken(std::uint32_t more) {
+    return run_.occurrences({&reduction_.target, 1}, more, group_);
+  }
+
+  EncodedRun& run_;
+  const Reduction& reduction_;
+  const sat::ClauseGroup group_;
+};
+
+}  // namespace
+
+ReductionCheck::ReductionCheck(const net::StgPrefix& prefix, OccurrenceCounts& counts,
+                               const sat::CnfParams& params)
+    : prefix_{prefix},
+      run_{prefix, counts, params},
+      stalled_{prefix, counts, params},
+      is_target_(prefix.transitions.size()),
+      target_group_{stalled_.formula().new_group()} {
+  encode_stalling();
+  find_competitions();
+}
+
+// Every event has fired, or lacks something, or has lost it, or is one of the target, or competes
+// with the one of the target that is enabled.
+void ReductionCheck::encode_stalling() {
+  sat::CnfFormula& formula = stalled_.formula();
+  for (sat::Lit& lit : is_target_) lit = sat::Lit(formula.new_var(false), false);
+  base::IndexedBy<Event, sat::Lit> waits(prefix_.events.size());
+  for (const auto& event : prefix_.events) {
+    waits[*event] = sat::Lit(formula.new_var(false), false);
+    formula.add_binary(~waits[*event], is_target_[*event->transition], sat::PermanentGroup);
+    formula.add_binary(~waits[*event], stalled_.enabled(*event), sat::PermanentGroup);
+  }
+  sat::Lits clause;
+  for (const auto& event : prefix_.events) {
+    clause.assign({stalled_.fired(*event), is_target_[*event->transition]});
+    for (const Condition* condition : event->preset) {
+      clause.push_back(~stalled_.produced(*condition));
+      for (const Event* consumer : condition->postset) {
+        clause.push_back(stalled_.fired(*consumer));
+        clause.push_back(waits[*consumer]);
+      }
+    }
+    formula.add_clause(clause, sat::PermanentGroup);
+  }
+  for (const auto& transition : prefix_.transitions) {
+    clause.assign({~is_target_[*transition]});
+    for (const auto& event : prefix_.events) {
+      if (event->transition == transition.get()) clause.push_back(waits[*event]);
+    }
+    formula.add_clause(clause, sat::PermanentGroup);
+  }
+}
+
+void ReductionCheck::find_competitions() {
+  for (const auto& condition : prefix_.conditions) {
+    for (const Event* winner : condition->postset) {
+      for (const Event* loser : condition->postset) {
+        if (!needs_all_of(*loser->transition, *winner->transition))
+          competitions_.push_back({winner, loser});
+      }
+    }
+  }
+}
+
+void ReductionCheck::choose_target(const StgTransition& target) {
+  sat::CnfFormula& formula = stalled_.formula();
+  formula.remove_group(target_group_);
+  target_group_ = formula.new_group();
+  for (const auto& transition : prefix_.transitions) {
+    const bool is_target = transition.get() == &target;
+    formula.add_unit(is_target_[*transition] ^ !is_target, target_group_);
+  }
+  target_ = &target;
+}
+
+sat::Lits ReductionCheck::competitions_with_loser_other_than_target() {
+  sat::Lits lits;
+  for (const Competition& competition : competitions_) {
+    if (competition.loser->transition == target_) continue;
+    const sat::Lits both{run_.enabled(*competition.winner), run_.enabled(*competition.loser)};
+    lits.push_back(
+        run_.formula().make_gate(sat::Gate(sat::GateAnd, both), sat::PermanentGroup, +1));
+  }
+  return lits;
+}
+
+std::optional<TokenBound> ReductionCheck::objection(const Reduction& reduction) {
+  assert(reduction.target == target_);
+  {
+    Question unsafe(run_, reduction);
+    unsafe.tokens_at_least(2);
+    if (auto found = unsafe.answer(true, 1)) return found;
+  }
+  {
+    Question starving(stalled_, reduction);
+    starving.tokens_at_most(0);
+    if (auto found = starving.answer(false, 1)) return found;
+  }
+  Question competing(run_, reduction);
+  competing.tokens_below_zero();
+  run_.formula().add_clause(competitions_with_loser_other_than_target(), competing.group());
+  return competing.answer(false, 0);
+}
+
+bool ReductionCheck::changes_anything(const Reduction& reduction) {
+  assert(reduction.target == target_);
+  Question waiting(run_, reduction);
+  waiting.tokens_at_most(0);
+  sat::Lits enabled;
+  for (const auto& event : prefix_.events) {
+    if (event->transition == target_) enabled.push_back(run_.enabled(*event));
+  }
+  run_.formula().add_clause(enabled, waiting.group());
+  return waiting.is_possible();
+}
+
+}  // namespace vorel::resolution

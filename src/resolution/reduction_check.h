@@ -1,0 +1,84 @@
+// resolution/reduction_check.h - whether a transition can be made to wait for others.
+// Here:      the conditions of validity, as questions about runs of the prefix before the change.
+// Not here:  which sources come into question (resolution/reductions.h).
+//
+// Let x be the tokens of the new place after a run of the old net: one if it is marked, and one for
+// each source in the run, less one for each target. The new net has the runs in which the target
+// never fires at x = 0. Asked of the old prefix, whose configurations stand for all markings with
+// all values of x once each cut-off agrees with its correspondents in x (that is for the caller to
+// see to, as it is linear in the sources):
+//   1. x is never above 1. So the new net is safe.
+//   2. A run that cannot go on but for the target, and for what competes with it, and that enables
+//      the target, has x at least 1. So whoever runs on without the target comes to a source.
+//   3. While x is below 0, no event that the target has made possible takes a token from one that
+//      needs nothing of it. Such a choice would be made too early for the new net: the loser may be
+//      the way to a source.
+// If besides no two sources are ever concurrent (again for the caller), the new net takes away no
+// event: each run of the old net that starts where the new one can be is part of a longer one that
+// is a run of the new net, in another order. For suppose the target g is enabled at x = 0, has
+// fired in the old net, and the events F, which g has made possible, have made the way from there
+// to a source impossible, while F without its last event h leaves it open. Then h competes with the
+// first step on that way that is not possible any more. F without h has no source, as that would be
+// concurrent with the one at the end of the way; so x is below 0 there, and 3 is hurt. If F is
+// empty, 2 is hurt.
+//
+// More is asked than that nothing is stopped for good. A source that comes only if the environment
+// or another part of the circuit chooses so again and again does not count (2 wants it on all ways,
+// up to the first repetition); nor does a waiting of the target that avoids a choice for good; and
+// values of x may not differ where it does not matter since neither source nor target comes any
+// more.
+#pragma once
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "resolution/encoded_run.h"
+#include "resolution/transformation.h"
+
+namespace vorel::resolution {
+
+// A run that speaks against a reduction, and would against others: the sources in it, and one more
+// if the place is marked, must be at most (or at least) so many.
+struct TokenBound {
+  Occurrences run;
+  bool is_upper;
+  std::uint32_t bound;
+};
+
+class ReductionCheck {
+ public:
+  // Both must outlive it, and the prefix must not change.
+  ReductionCheck(const net::StgPrefix& prefix, OccurrenceCounts& counts,
+                 const sat::CnfParams& params);
+  ~ReductionCheck() = default;
+
+  // The target of all reductions that are asked about from now on.
+  void choose_target(const net::StgTransition& target);
+  // Nullopt when 1 to 3 hold, and after a reported failure.
+  std::optional<TokenBound> objection(const Reduction& reduction);
+  // Whether the target ever has to wait.
+  bool changes_anything(const Reduction& reduction);
+
+ private:
+  using Event = net::StgPrefix::Event;
+  using Condition = net::StgPrefix::Condition;
+
+  void encode_stalling();
+  void find_competitions();
+  sat::Lits competitions_with_loser_other_than_target();
+
+  const net::StgPrefix& prefix_;
+  EncodedRun run_;
+  EncodedRun stalled_;                                       // for the second question
+  base::IndexedBy<net::StgTransition, sat::Lit> is_target_;  // of stalled_
+  sat::ClauseGroup target_group_;                            // of stalled_
+  // One of the two takes a token from the other, and waits for more than that does.
+  struct Competition {
+    const Event *winner, *loser;
+  };
+  std::vector<Competition> competitions_;
+  const net::StgTransition* target_ = nullptr;
+};
+
+}  // namespace vorel::resolution

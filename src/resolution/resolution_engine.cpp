@@ -1,0 +1,266 @@
+#include "resolution/resolution_engine.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iostream>
+#include <utility>
+
+#include "base/messages.h"
+#include "base/run_state.h"
+#include "conflicts/csc_check.h"
+#include "conflicts/usc_check.h"
+#include "formats/g_writer.h"
+#include "resolution/apply_reduction.h"
+#include "resolution/core_adjacency.h"
+#include "resolution/core_computation.h"
+#include "resolution/core_update.h"
+#include "resolution/cost_formula.h"
+#include "resolution/implicit_places.h"
+#include "resolution/reductions.h"
+#include "resolution/resolution_solution.h"
+#include "resolution/signal_locks.h"
+#include "sat/enumeration.h"
+#include "sat/integer_circuit.h"
+#include "sat/least_cost.h"
+
+namespace vorel::resolution {
+namespace {
+
+constexpr std::string_view file_name = "vorel";
+constexpr std::string_view signal_name = "csc";
+constexpr int verbosity_of_steps = 3;  // the STG after each step is kept
+// Resolving one conflict can make another. A loop that goes around in a circle must end.
+constexpr std::size_t most_steps_without_progress = 10;
+
+conflicts::KeepCore as_predicate(const conflicts::ConflictCheck& check) {
+  return
+      [&check](const conflicts::Core& core) { return check.is_conflict(core.first, core.second); };
+}
+
+configuration::EventSet renumbered(const configuration::EventSet& set,
+                                   const net::NewNumbers<net::StgPrefix::Event>& numbers) {
+  configuration::EventSet result;
+  for (const configuration::StgEventId event : set) result.push_back(numbers[event]);
+  std::ranges::sort(result);
+  return result;
+}
+
+}  // namespace
+
+ResolutionEngine::ResolutionEngine(net::StgPrefix& prefix, const base::Params& params)
+    : prefix_{prefix},
+      options_{configuration::SearchOptions::of(params)},
+      coefficients_{CostCoefficients::of(params)},
+      uses_reductions_{params.get("use_concurrency_reduction") != 0},
+      insertions_{prefix, std::string(signal_name), options_.encoding.formula,
+                  params.get("concurrent_insertions")},
+      fewest_conflicts_{std::numeric_limits<std::size_t>::max()} {}
+
+void ResolutionEngine::run() {
+  if (options_.all_solutions != 0) {
+    suggest_all();
+  } else if (options_.min_cost) {
+    resolve_all();
+  } else {
+    suggest_one();
+  }
+}
+
+bool ResolutionEngine::find_cores() {
+  if (!compute_cores(prefix_, options_, std::exchange(notes_, conflicts::Notes::left_out),
+                     store_.cores))
+    return false;
+  if (store_.cores.empty()) return false;
+  base::print_formatted(std::cout, "\n Encoding conflicts detected: %u core(s)\n",
+                        static_cast<std::uint32_t>(store_.cores.size()));
+  classify_cores();
+  return true;
+}
+
+void ResolutionEngine::classify_cores() {
+  const conflicts::CscCheck csc(prefix_, options_, conflicts::Notes::left_out);
+  const conflicts::UscCheck usc(prefix_, options_, conflicts::Notes::left_out);
+  const conflicts::KeepCore is_csc = as_predicate(csc), is_usc = as_predicate(usc);
+  store_.is_csc.clear();
+  for (const conflicts::Core& core : store_.cores) store_.is_csc.push_back(is_csc(core));
+  print_adjacency(std::cout, store_.cores.size(), usc_arcs(prefix_, store_.cores, is_usc, is_csc));
+}
+
+std::vector<ResolutionCost> ResolutionEngine::rated_reductions() const { return {}; }
+
+CoreCounters ResolutionEngine::encode_step() {
+  if (uses_reductions_ && coefficients_.non_locked_signals != 0)
+    unlock_number_ = lock_numbers(prefix_).unlocked;
+  insertions_.start_step();
+  return require_progress(store_, insertions_.candidates(), insertions_.literals(),
+                          insertions_.formula(), insertions_.sums());
+}
+
+void ResolutionEngine::add_solution(const ResolutionCost& cost) {
+  report_.add(std::make_unique<ResolutionSolution>(cost));
+}
+
+ResolutionCost ResolutionEngine::rate(const Choice& choice, const InsertedSignal& result) const {
+  ResolutionCost cost(coefficients_, insertions_of(insertions_.candidates(), choice));
+  evaluate_choice(insertions_.candidates(), choice, store_, cost);
+  evaluate_result(result.prefix, base::element(result.prefix.signals, result.signal),
+                  unlock_number_, cost);
+  return cost;
+}
+
+void ResolutionEngine::suggest_one() {
+  if (!find_cores()) return;
+  if (uses_reductions_) {
+    const std::vector<ResolutionCost> reductions = rated_reductions();
+    if (!reductions.empty()) return add_solution(reductions.front());
+  }
+  encode_step();
+  insertions_.sums().sums_emit();
+  if (base::run_failed() || !insertions_.formula().solve()) return;
+  const Choice choice = insertions_.choice();
+  add_solution(rate(choice, insertions_.after_insertion(choice)));
+}
+
+void ResolutionEngine::suggest_all() {
+  if (!find_cores()) return;
+  std::uint32_t limit = options_.limit();
+  if (uses_reductions_) {
+    for (const ResolutionCost& cost : rated_reductions()) {
+      if (limit == 0) return;
+      add_solution(cost);
+      --limit;
+    }
+  }
+  encode_step();
+  insertions_.sums().sums_emit();
+  if (base::run_failed() || limit == 0) return;
+  const auto& literals = insertions_.literals();
+  sat::enumerate(
+      insertions_.formula(), sat::Lits(literals.begin(), literals.end()),
+      insertions_.formula().group(0),
+      [this](const sat::LiteralCube&) {
+        const Choice choice = insertions_.choice();
+        add_solution(rate(choice, insertions_.after_insertion(choice)));
+      },
+      limit);
+}
+
+// The search for an insertion has to beat the cheapest reduction, and needs no more bits than its
+// cost has.
+std::optional<ResolutionEngine::RatedChoice> ResolutionEngine::cheapest_choice(
+    const ResolutionCost* incumbent) {
+  const CoreCounters counters = encode_step();
+  sat::CnfFormula& formula = insertions_.formula();
+  CostFormula cost(
+      insertions_.order(), insertions_.candidates(), insertions_.literals(),
+      {.coefficients = coefficients_, .cores = counters, .unlock_number = unlock_number_}, formula);
+  const sat::Lits bits = cost.cost_bits();
+  insertions_.sums().sums_emit();
+  if (incumbent != nullptr) {
+    if (incumbent->total() == 0) return std::nullopt;
+    sat::IntegerCircuit(formula).assert_at_most(bits, incumbent->total() - 1, sat::PermanentGroup);
+  }
+  std::optional<RatedChoice> best;
+  std::vector<bool> values;
+  const auto resolve = [&](std::span<const sat::Lit> number, std::vector<bool>& found) {
+    return sat::resolve_cost(formula, number, found, [&] {
+      best = {.choice = insertions_.choice(),
+              .total = sat::IntegerCircuit(formula).model_value(bits)};
+    });
+  };
+  if (resolve(bits, values)) sat::minimise_cost(formula, bits, values, resolve);
+  return best;
+}
+
+std::optional<ResolutionEngine::Best> ResolutionEngine::best_transformation() {
+  std::vector<ResolutionCost> reductions;
+  if (uses_reductions_) reductions = rated_reductions();
+  const ResolutionCost* const incumbent = reductions.empty() ? nullptr : &reductions.front();
+  const std::optional<RatedChoice> found = cheapest_choice(incumbent);
+  if (base::run_failed()) return std::nullopt;
+  if (found) {
+    InsertedSignal inserted = insertions_.after_insertion(found->choice);
+    ResolutionCost cost = rate(found->choice, inserted);
+    assert(cost.total() == found->total && "the formula counts what the result has");
+    return Best{std::move(cost), std::move(inserted)};
+  }
+  if (incumbent != nullptr) return Best{*incumbent, std::nullopt};
+  return std::nullopt;
+}
+
+void ResolutionEngine::resolve_all() {
+  while (find_cores() && makes_progress()) {
+    std::optional<Best> best = best_transformation();
+    if (!best) break;
+    results::Report step;
+    step.add(std::make_unique<ResolutionSolution>(best->cost));
+    step.print(std::cout,
+               {.found = "suggested a transformation", .empty = "no transformation computed"});
+    apply(std::move(*best));
+    if (base::run_failed()) return;
+    if (base::verbosity() >= verbosity_of_steps &&
+        !save(std::string(file_name) + std::to_string(signals_inserted_ + reductions_applied_)))
+      return;
+  }
+  if (base::run_failed()) return;
+  if (store_.cores.empty()) {
+    save(std::string(file_name));
+  } else {
+    base::print_warning("failed to resolve some of the encoding conflicts");
+  }
+}
+
+bool ResolutionEngine::makes_progress() {
+  const auto conflicts = static_cast<std::size_t>(std::ranges::count(store_.is_csc, true));
+  if (conflicts < fewest_conflicts_) {
+    fewest_conflicts_ = conflicts;
+    steps_without_progress_ = 0;
+    return true;
+  }
+  return ++steps_without_progress_ <= most_steps_without_progress;
+}
+
+void ResolutionEngine::apply(Best best) {
+  if (!best.inserted) {
+    const Reduction& reduction = std::get<Reduction>(best.cost.transformation);
+    if (!apply_reduction(prefix_, reduction) ||
+        !remove_implicit_places(prefix_, options_.encoding.formula))
+      return;
+    store_.cores.clear();
+    ++reductions_applied_;
+    return;
+  }
+  for (conflicts::Core& core : store_.cores) {
+    core = conflicts::Core(renumbered(core.first, best.inserted->numbers.events),
+                           renumbered(core.second, best.inserted->numbers.events));
+  }
+  const net::SignalId signal = best.inserted->signal;
+  insertions_.adopt(std::move(best.inserted->prefix));
+  ++signals_inserted_;
+  const conflicts::UscCheck usc(prefix_, options_, conflicts::Notes::left_out);
+  store_.cores = updated_cores(prefix_, store_.cores, signal, as_predicate(usc));
+}
+
+bool ResolutionEngine::save(const std::string& base_name) const {
+  return formats::save_g(prefix_, base_name + ".g") &&
+         formats::save_mci(prefix_, base_name + ".mci");
+}
+
+std::string ResolutionEngine::empty_message() const {
+  const std::string verdict =
+      store_.cores.empty() ? "all conflicts resolved" : "cannot make further progress";
+  return verdict + " (" + std::to_string(signals_inserted_) + " signal insertion(s) and " +
+         std::to_string(reductions_applied_) + " concurrency reduction(s) applied)";
+}
+
+void ResolutionEngine::report(const std::string& output) const {
+  results::deliver(report_, {.found = "suggested a transformation", .empty = empty_message()},
+                   output);
+}
+
+void ResolutionEngine::print_statistics(std::ostream& stream) const {
+  stream << '\n';
+  insertions_.formula().print_size(stream);
+}
+
+}  // namespace vorel::resolution
