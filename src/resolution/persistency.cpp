@@ -67,6 +67,8 @@ class PersistencyCheck {
     }
     for (const OccurrenceId id : candidates_.all_occurrences())
       if (keeps_[candidates_.candidate_of(id)]) check_occurrence(id);
+    for (const auto& event : prefix_.events)
+      if (net::is_dummy(*event) && event->is_cut_off()) check_occurrences_behind(*event);
     return std::move(keeps_);
   }
 
@@ -191,10 +193,7 @@ class PersistencyCheck {
     const Events before = without(made.all, *rivalry.winner);
     if (!mark_all({&lost.all, &before}, first_)) return;
     mark_behind(lost, *rivalry.loser);
-    if (rivalry.winner->is_cut_off()) {
-      first_.insert(*rivalry.winner);
-      refuse_delayers_behind(*rivalry.winner, signal, lost);
-    }
+    if (rivalry.winner->is_cut_off()) refuse_delayers_behind(*rivalry.winner, signal, lost);
     for (const Event* event : next)
       if (excites(*event, signal)) check_replacement(lost, made, *rivalry.winner, *event, signal);
   }
@@ -239,13 +238,18 @@ class PersistencyCheck {
       if (std::ranges::none_of(reached, [&](const auto* t) { return t->signal == &signal; }))
         continue;
       for (const CandidateId id : delayers_[*transition]) {
-        const auto occurrences = candidates_.occurrences_of(id);
-        const bool fired = std::any_of(occurrences.begin(), occurrences.end(),
-                                       [this](OccurrenceId o) { return has_fired(o); });
-        if (!fired || is_made_anew(candidates_.insertion(id), *cut_off.transition, chain))
+        if (!has_fired_for_loser(id) ||
+            is_made_anew(candidates_.insertion(id), *cut_off.transition, chain))
           refuse(id, lost);
       }
     }
+  }
+  bool has_fired_for_loser(CandidateId id) const {
+    const auto occurrences = candidates_.occurrences_of(id);
+    return std::any_of(occurrences.begin(), occurrences.end(), [this](OccurrenceId occurrence) {
+      return std::ranges::any_of(candidates_.occurrence(occurrence).followers,
+                                 [this](auto event) { return behind_.contains(event); });
+    });
   }
   static Transitions transitions_behind(const Transition& transition) {
     Transitions behind;
@@ -314,6 +318,21 @@ class PersistencyCheck {
       if (!is_replaced(id, lost, made, *rivalry.winner))
         keeps_[candidates_.candidate_of(id)] = false;
     }
+  }
+
+  // The same of occurrences that are not in the prefix.
+  void check_occurrences_behind(const Event& cut_off) {
+    if (!may_lose_[cut_off]) return;
+    const History lost = history_of(cut_off);
+    const auto can_happen = [&](const Rivalry& rivalry) {
+      const Events before = without(history_of(*rivalry.winner).all, *rivalry.winner);
+      return mark_all({&lost.all, &before}, first_);
+    };
+    if (std::ranges::none_of(rivalries_of(lost), can_happen)) return;
+    Transitions dummies = transitions_behind(*cut_off.transition);
+    std::erase_if(dummies, [](const Transition* t) { return !t->signal->is_dummy(); });
+    for (const CandidateId id : candidates_.all())
+      if (is_made_anew(candidates_.insertion(id), *cut_off.transition, dummies)) keeps_[id] = false;
   }
 
   // Another occurrence of the candidate is excited after the winner, and nothing but what has lost
