@@ -11,7 +11,7 @@
 #include "net/clone_net.h"
 #include "net/edit.h"
 #include "oracle/book_insertion.h"
-#include "oracle/history.h"
+#include "oracle/edit_rules.h"
 #include "oracle/parse_g.h"
 #include "oracle/prefix_checks.h"
 #include "oracle/random.h"
@@ -40,70 +40,6 @@ struct NamedNet {
 
   std::map<std::string, std::uint32_t> tokens;
   std::map<std::string, std::pair<Names, Names>> arcs;
-};
-
-oracle::EventSet<Stg> correspondents(const Event& cut_off) {
-  auto result = oracle::causes_of<Stg>({});
-  for (const auto* event : cut_off.cut_off.correspondents()) {
-    result.merge(oracle::local_configuration<Stg>(*event));
-  }
-  return result;
-}
-
-// What is asked of the insertion, word by word.
-class Validity {
- public:
-  explicit Validity(const StgPrefix& prefix) : prefix_{prefix} {}
-
-  bool operator()(const SeqBefore& insertion) const {
-    return std::ranges::all_of(insertion.places,
-                               [](const auto* place) { return place->postset.size() == 1; });
-  }
-  bool operator()(const SeqAfter& insertion) const {
-    return agrees_at_cut_offs([&](const auto& past) { return is_open(insertion, past); });
-  }
-  bool operator()(const Concurrent& insertion) const {
-    for (const auto& event : prefix_.events) {
-      auto past = oracle::local_configuration<Stg>(*event);
-      past.erase(event.get());
-      const int count = balance(insertion, past);
-      if (event->transition == insertion.source && count != 0) return false;
-      if (event->transition == insertion.target && count != 1) return false;
-    }
-    return agrees_at_cut_offs([&](const auto& past) { return balance(insertion, past); });
-  }
-
- private:
-  using Past = oracle::EventSet<Stg>;
-
-  template <class Number>
-  bool agrees_at_cut_offs(Number number) const {
-    return std::ranges::all_of(prefix_.events, [&](const auto& event) {
-      return !event->is_cut_off() ||
-             number(oracle::local_configuration<Stg>(*event)) == number(correspondents(*event));
-    });
-  }
-  // Some event of the source has kept all of the places: there is one such event at most.
-  static bool is_open(const SeqAfter& insertion, const Past& past) {
-    return std::ranges::any_of(past, [&](const Event* event) {
-      if (event->transition != insertion.source) return false;
-      return std::ranges::none_of(event->postset, [&](const auto* condition) {
-        return std::ranges::count(insertion.places, condition->place) != 0 &&
-               std::ranges::any_of(condition->postset,
-                                   [&](const Event* consumer) { return past.contains(consumer); });
-      });
-    });
-  }
-  static int balance(const Concurrent& insertion, const Past& past) {
-    int count = insertion.marked ? 1 : 0;
-    for (const Event* event : past) {
-      count += event->transition == insertion.source ? 1 : 0;
-      count -= event->transition == insertion.target ? 1 : 0;
-    }
-    return count;
-  }
-
-  const StgPrefix& prefix_;
 };
 
 StgPrefix unfold_example(const std::string& name) {
@@ -143,7 +79,7 @@ bool is_possible(const StgPrefix& prefix, const Insertion& insertion) {
   if (const auto* both = std::get_if<Concurrent>(&insertion)) {
     if (both->source == both->target) return false;
   }
-  return std::visit(Validity(prefix), insertion);
+  return oracle::keeps_prefix_complete(prefix, insertion);
 }
 
 using Kept = base::OwnedList<StgPrefix::Condition>;
