@@ -9,6 +9,7 @@
 #include "base/run_state.h"
 #include "base/sort_unique.h"
 #include "resolution/input_like.h"
+#include "resolution/persistency.h"
 #include "resolution/transformation.h"
 #include "resolution/transition_counts.h"
 
@@ -236,6 +237,7 @@ std::vector<net::Insertion> insertions(const net::StgPrefix& prefix, int concurr
   enumeration.add_sequential();
   if (concurrent_insertions > 0) enumeration.add_concurrent(concurrent_insertions == 1);
   std::vector<net::Insertion> found = enumeration.take();
+  remove_hazards(prefix, found);
   if (base::verbosity() >= verbosity_of_list) print_list(std::cerr, found);
   if (base::verbosity() >= verbosity_of_number)
     base::print_formatted(std::cerr, "\nNumber of valid transition insertions: %u",
