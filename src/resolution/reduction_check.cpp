@@ -204,15 +204,20 @@ void ReductionCheck::find_hazards() {
 std::optional<TokenBound> ReductionCheck::hazard(const Reduction& reduction) {
   Question question(run_, reduction);
   question.tokens_at_most(0);
+  const auto is_source = [&](const Hazard& hazard) {
+    return std::ranges::find(reduction.sources, hazard.winner) != reduction.sources.end();
+  };
   sat::Lits lits;
   for (const Hazard& hazard : hazards_) {
-    if (std::ranges::count(reduction.sources, hazard.winner) == 0) lits.push_back(hazard.lit);
+    if (!is_source(hazard)) lits.push_back(hazard.lit);
   }
   run_.formula().add_clause(lits, question.group());
   auto found = question.answer(false, 1);
   if (!found) return std::nullopt;
-  const auto met = std::ranges::find_if(
-      hazards_, [this](const Hazard& hazard) { return run_.formula().is_true(hazard.lit); });
+  // What stays undefined could be true: a gate that is used positively alone is never decided.
+  const auto met = std::ranges::find_if(hazards_, [&](const Hazard& hazard) {
+    return !is_source(hazard) && run_.formula().value(hazard.lit) != sat::ModelValue::no;
+  });
   assert(met != hazards_.end());
   ++found->run[*met->winner];
   return found;
