@@ -349,8 +349,9 @@ class PersistencyCheck {
       if (!std::ranges::all_of(rivalries_of(given), is_lost)) return false;
       if (!mark_all({&lost.settled, &made.all, &given.all}, first_)) return false;
       mark_all({&lost.settled, &made.all}, first_);
-      return std::ranges::all_of(given.settled,
-                                 [this](const Event* event) { return first_.contains(*event); });
+      return !has_fired(other) && std::ranges::all_of(given.settled, [this](const Event* event) {
+        return first_.contains(*event);
+      });
     });
   }
 
