@@ -105,8 +105,8 @@ std::vector<Set> sets_of(std::uint32_t candidates, std::size_t most, oracle::Ran
 }
 
 TEST(InsertionSets, AreThoseThatMakeASignalInTheStateGraph) {
-  const auto [first, end] = support::seeds(40);
-  unsigned allowed = 0, refused = 0;
+  const auto [first, end] = support::seeds(24);
+  unsigned allowed = 0;
   for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
     const net::Stg stg = oracle::random_stg(
         seed, {.dummies = seed % 3 == 1, .toggles = seed % 3 == 2, .max_states = 60});
@@ -114,7 +114,7 @@ TEST(InsertionSets, AreThoseThatMakeASignalInTheStateGraph) {
     if (!prefix) continue;
     Step step(*prefix);
     oracle::Random random(seed);
-    for (const Set& set : sets_of(step.candidates().size(), 400, random)) {
+    for (const Set& set : sets_of(step.candidates().size(), 150, random)) {
       const auto insertions = step.insertions_of(set);
       SCOPED_TRACE("seed " + std::to_string(seed) + ": " + text_of(insertions));
       const bool is_allowed = step.allows(set);
@@ -126,11 +126,10 @@ TEST(InsertionSets, AreThoseThatMakeASignalInTheStateGraph) {
       } else if (drawn.has_one_code) {
         EXPECT_NE(drawn.fault, "") << "is missing";
       }
-      ++(is_allowed ? allowed : refused);
+      allowed += is_allowed ? 1 : 0;
     }
   }
   EXPECT_GT(allowed, (end - first) / 2);
-  std::printf("allowed %u refused %u\n", allowed, refused);
 }
 
 }  // namespace
