@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "base/indexed_by.h"
-#include "net/causality.h"
 #include "net/edit.h"
 #include "net/event_relations.h"
+#include "net/general_occurrences.h"
 
 namespace vorel::net {
 namespace {
@@ -94,29 +94,34 @@ class TransitionInsertion {
   }
 
   void run(const Concurrent& insertion) {
-    StgTransition& source = *prefix_.transitions[insertion.source->index];
-    StgTransition& target = *prefix_.transitions[insertion.target->index];
-    const auto followed = last_before(source, target);
+    run(General{{insertion.source}, {insertion.marked}, {insertion.target}});
+  }
 
-    StgPlace& before = add_place(prefix_, place_name(source, added_), insertion.marked);
-    Condition* const initial = insertion.marked ? prefix_.conditions.back().get() : nullptr;
-    StgPlace& after = add_place(prefix_, place_name(added_, target), false);
-    add_arc(source, before);
-    add_arc(before, added_);
-    add_arc(added_, after);
-    add_arc(after, target);
-
-    // What each event of the source, and the initial token, gives to the target in the end.
-    Condition* const first = initial == nullptr ? nullptr : &produce(*trigger(*initial), after);
-    base::IndexedBy<Event, Condition*> tokens(prefix_.events.size());
-    for (Event* event : events_of(source)) {
-      Event* const next = trigger(produce(*event, before));
-      if (next != nullptr) tokens[*event] = &produce(*next, after);
+  void run(const General& insertion) {
+    const std::vector<GeneralOccurrence> occurrences = general_occurrences(prefix_, insertion);
+    std::vector<Tokens> sources;
+    for (std::size_t i = 0; i < insertion.sources.size(); ++i) {
+      sources.push_back(give_tokens(*insertion.sources[i], insertion.starred[i]));
     }
-    for (const auto& [consumer, event] : followed) {
-      Condition* const token = event == nullptr ? first : tokens[*event];
-      assert(token != nullptr && "before an event of the target there is one of the source");
-      add_link(*token, *consumer);
+    std::vector<StgPlace*> after;
+    for (const StgTransition* const_target : insertion.targets) {
+      StgTransition& target = *prefix_.transitions[const_target->index];
+      after.push_back(&add_place(prefix_, place_name(added_, target), false));
+      add_arc(added_, *after.back());
+      add_arc(*after.back(), target);
+    }
+    for (const GeneralOccurrence& occurrence : occurrences) {
+      Event& event = add_event(prefix_, added_);
+      for (std::size_t i = 0; i < sources.size(); ++i) {
+        const Event* const source = occurrence.sources[i];
+        add_link(source == nullptr ? *sources[i].initial : *sources[i].after[*source], event);
+      }
+      for (StgPlace* place : after) {
+        Condition& token = produce(event, *place);
+        for (Event* follower : occurrence.followers) {
+          if (follower->transition == place->postset.front()) add_link(token, *follower);
+        }
+      }
     }
   }
 
@@ -156,27 +161,20 @@ class TransitionInsertion {
     return &event;
   }
 
-  // The events of the target, each with the last event of the source among its causes, or null
-  // where there is none. In a safe net the events of one transition in a configuration are a chain,
-  // so that the last one is that which comes last in any causal order.
-  std::vector<std::pair<Event*, Event*>> last_before(const StgTransition& source,
-                                                     const StgTransition& target) const {
-    const std::vector<Event*> order = topological_order(prefix_);
-    std::vector<std::pair<Event*, Event*>> result;
-    constexpr std::uint32_t none = 0;  // else a position in the order, plus one
-    base::IndexedBy<Event, std::uint32_t> last(order.size(), none);
-    for (std::uint32_t position = 0; position < order.size(); ++position) {
-      Event& event = *order[position];
-      std::uint32_t& here = last[event];
-      for (const Condition* condition : event.preset) {
-        if (!condition->is_initial()) here = std::max(here, last[*condition->pre_event]);
-      }
-      if (event.transition == &target) {
-        result.emplace_back(&event, here == none ? nullptr : order[here - 1]);
-      }
-      if (event.transition == &source) here = position + 1;
-    }
-    return result;
+  // On a new place between a source and the new transition.
+  struct Tokens {
+    Condition* initial = nullptr;
+    base::IndexedBy<Event, Condition*> after;
+  };
+  Tokens give_tokens(const StgTransition& const_source, bool is_starred) {
+    StgTransition& source = *prefix_.transitions[const_source.index];
+    StgPlace& place = add_place(prefix_, place_name(source, added_), is_starred);
+    Tokens tokens{is_starred ? prefix_.conditions.back().get() : nullptr,
+                  base::IndexedBy<Event, Condition*>(prefix_.events.size())};
+    add_arc(source, place);
+    add_arc(place, added_);
+    for (Event* event : events_of(source)) tokens.after[*event] = &produce(*event, place);
+    return tokens;
   }
 
   StgPrefix& prefix_;

@@ -10,7 +10,8 @@
 //     lost no condition of the places within [e] exactly if the same holds of [f];
 //   - Concurrent: the events of source and target alternate in each local configuration, so that
 //     the number of the source's, plus one if marked, minus that of the target's is 0 before each
-//     event of the source and 1 before each of the target, and is the same in [e] and [f].
+//     event of the source and 1 before each of the target, and is the same in [e] and [f];
+//   - General: the same of each source, with its star for the mark, and each target.
 // The new net is safe then if the old one is. Nothing lies after a cut-off, before and afterwards.
 #pragma once
 
@@ -41,7 +42,15 @@ struct Concurrent {
   const StgTransition* target = nullptr;
 };
 
-using Insertion = std::variant<SeqBefore, SeqAfter, Concurrent>;
+// Triggered by all of `sources`, those with a star giving a token at the start; waited for by all
+// of `targets`; concurrent with all between.
+struct General {
+  std::vector<const StgTransition*> sources;  // by index, at least one
+  std::vector<bool> starred;                  // by position of the source
+  std::vector<const StgTransition*> targets;  // by index, at least one
+};
+
+using Insertion = std::variant<SeqBefore, SeqAfter, Concurrent, General>;
 
 // Inserts a transition of the signal, with the sign, and its events. The prefix is open afterwards
 // (net/edit.h), so that several insertions, which must not overlap, need one finish_edit().
@@ -53,6 +62,7 @@ using Insertion = std::variant<SeqBefore, SeqAfter, Concurrent>;
 //   Concurrent: an event after each event of the source but cut-offs, and one for the initial token
 //               if marked; consumed from by all events of the target that follow before the next
 //               event of the source.
+//   General:    an event for each of general_occurrences().
 StgTransition& insert_transition(StgPrefix& prefix, const Insertion& insertion, Signal& signal,
                                  Sign sign);
 

@@ -6,6 +6,7 @@
 
 #include "base/sort_unique.h"
 #include "net/event_relations.h"
+#include "net/general_occurrences.h"
 #include "net/instances.h"
 
 namespace vorel::resolution {
@@ -72,6 +73,17 @@ class Candidates::Maker {
     for (std::size_t i = 0; i < sources.size(); ++i) {
       if (sources[i]->is_cut_off()) continue;
       add({.causes = {base::id_of(*sources[i])}, .followers = std::move(followers[i])});
+    }
+  }
+
+  void make(const net::General& insertion) {
+    for (const net::GeneralOccurrence& made : net::general_occurrences(made_.prefix_, insertion)) {
+      EdgeOccurrence occurrence;
+      for (const Event* event : made.sources) {
+        if (event != nullptr) occurrence.causes.push_back(base::id_of(*event));
+      }
+      for (const Event* event : made.followers) occurrence.followers.push_back(base::id_of(*event));
+      add(std::move(occurrence));
     }
   }
 

@@ -61,6 +61,7 @@ class Question {
 ReductionCheck::ReductionCheck(const net::StgPrefix& prefix, OccurrenceCounts& counts,
                                const sat::CnfParams& params)
     : prefix_{prefix},
+      counts_{counts},
       run_{prefix, counts, params},
       stalled_{prefix, counts, params},
       is_target_(prefix.transitions.size()),
@@ -121,6 +122,23 @@ void ReductionCheck::choose_target(const StgTransition& target) {
     formula.add_unit(is_target_[*transition] ^ !is_target, target_group_);
   }
   target_ = &target;
+  for (const Event* cut_off : cut_offs_to_pass()) {
+    formula.add_unit(~stalled_.fired(*cut_off), target_group_);
+  }
+}
+
+// By the number of targets up to it that those up to the correspondents do not have. If none is
+// negative, a run behind one with more has a twin with fewer targets.
+std::vector<const ReductionCheck::Event*> ReductionCheck::cut_offs_to_pass() {
+  std::vector<const Event*> result;
+  const OccurrenceCount& count = counts_.of(*target_);
+  for (const auto& event : prefix_.events) {
+    if (!event->is_cut_off()) continue;
+    const std::uint32_t other = counts_.before_or_at(event->cut_off.correspondents(), *target_);
+    if (count[*event] < other) return {};
+    if (count[*event] > other) result.push_back(event.get());
+  }
+  return result;
 }
 
 sat::Lits ReductionCheck::competitions_with_loser_other_than_target() {

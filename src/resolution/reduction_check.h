@@ -64,11 +64,13 @@ class ReductionCheck {
   using Event = net::StgPrefix::Event;
   using Condition = net::StgPrefix::Condition;
 
+  std::vector<const Event*> cut_offs_to_pass();
   void encode_stalling();
   void find_competitions();
   sat::Lits competitions_with_loser_other_than_target();
 
   const net::StgPrefix& prefix_;
+  OccurrenceCounts& counts_;
   EncodedRun run_;
   EncodedRun stalled_;                                       // for the second question
   base::IndexedBy<net::StgTransition, sat::Lit> is_target_;  // of stalled_

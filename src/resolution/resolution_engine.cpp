@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 #include <iostream>
+#include <limits>
+#include <map>
 #include <utility>
 
 #include "base/messages.h"
@@ -16,6 +18,7 @@
 #include "resolution/core_update.h"
 #include "resolution/cost_formula.h"
 #include "resolution/implicit_places.h"
+#include "resolution/reduction_cost.h"
 #include "resolution/reductions.h"
 #include "resolution/resolution_solution.h"
 #include "resolution/signal_locks.h"
@@ -86,7 +89,16 @@ void ResolutionEngine::classify_cores() {
   print_adjacency(std::cout, store_.cores.size(), usc_arcs(prefix_, store_.cores, is_usc, is_csc));
 }
 
-std::vector<ResolutionCost> ResolutionEngine::rated_reductions() const { return {}; }
+std::vector<ResolutionCost> ResolutionEngine::rated_reductions() const {
+  if (!uses_reductions_) return {};
+  std::vector<ResolutionCost> costs = evaluate_reductions(
+      prefix_, store_, coefficients_, reductions(prefix_, options_.encoding.formula));
+  std::multimap<std::uint64_t, ResolutionCost*> by_total;  // in the order given where equal
+  for (ResolutionCost& cost : costs) by_total.emplace(cost.total(), &cost);
+  std::vector<ResolutionCost> sorted;
+  for (const auto& [total, cost] : by_total) sorted.push_back(std::move(*cost));
+  return sorted;
+}
 
 CoreCounters ResolutionEngine::encode_step() {
   if (uses_reductions_ && coefficients_.non_locked_signals != 0)
@@ -110,10 +122,9 @@ ResolutionCost ResolutionEngine::rate(const Choice& choice, const InsertedSignal
 
 void ResolutionEngine::suggest_one() {
   if (!find_cores()) return;
-  if (uses_reductions_) {
-    const std::vector<ResolutionCost> reductions = rated_reductions();
-    if (!reductions.empty()) return add_solution(reductions.front());
-  }
+  const std::vector<ResolutionCost> rated = rated_reductions();
+  if (base::run_failed()) return;
+  if (!rated.empty()) return add_solution(rated.front());
   encode_step();
   insertions_.sums().sums_emit();
   if (base::run_failed() || !insertions_.formula().solve()) return;
@@ -124,13 +135,12 @@ void ResolutionEngine::suggest_one() {
 void ResolutionEngine::suggest_all() {
   if (!find_cores()) return;
   std::uint32_t limit = options_.limit();
-  if (uses_reductions_) {
-    for (const ResolutionCost& cost : rated_reductions()) {
-      if (limit == 0) return;
-      add_solution(cost);
-      --limit;
-    }
+  for (const ResolutionCost& cost : rated_reductions()) {
+    if (limit == 0) return;
+    add_solution(cost);
+    --limit;
   }
+  if (base::run_failed()) return;
   encode_step();
   insertions_.sums().sums_emit();
   if (base::run_failed() || limit == 0) return;
@@ -173,9 +183,9 @@ std::optional<ResolutionEngine::RatedChoice> ResolutionEngine::cheapest_choice(
 }
 
 std::optional<ResolutionEngine::Best> ResolutionEngine::best_transformation() {
-  std::vector<ResolutionCost> reductions;
-  if (uses_reductions_) reductions = rated_reductions();
-  const ResolutionCost* const incumbent = reductions.empty() ? nullptr : &reductions.front();
+  const std::vector<ResolutionCost> rated = rated_reductions();
+  if (base::run_failed()) return std::nullopt;
+  const ResolutionCost* const incumbent = rated.empty() ? nullptr : &rated.front();
   const std::optional<RatedChoice> found = cheapest_choice(incumbent);
   if (base::run_failed()) return std::nullopt;
   if (found) {

@@ -10,6 +10,7 @@ namespace vorel::resolution {
 namespace {
 
 using net::Concurrent;
+using net::General;
 using net::SeqAfter;
 using net::SeqBefore;
 
@@ -28,6 +29,16 @@ std::vector<std::uint32_t> key_of(const SeqAfter& insertion) {
 }
 std::vector<std::uint32_t> key_of(const Concurrent& insertion) {
   return {insertion.source->index, insertion.marked ? 1u : 0u, insertion.target->index};
+}
+
+// A list that begins like another comes after it.
+std::vector<std::uint32_t> key_of(const General& insertion) {
+  std::vector<std::uint32_t> key;
+  for (const auto* source : insertion.sources) key.push_back(source->index + 1);
+  key.push_back(0);
+  for (const bool star : insertion.starred) key.push_back(star ? 1 : 0);
+  for (const auto* target : insertion.targets) key.push_back(target->index + 1);
+  return key;
 }
 
 std::strong_ordering compare(const net::Insertion& a, const net::Insertion& b) {
@@ -63,6 +74,19 @@ std::string text_of(const SeqAfter& insertion) {
 std::string text_of(const Concurrent& insertion) {
   return insertion.source->name + (insertion.marked ? " -||*-> " : " -||-> ") +
          insertion.target->name;
+}
+
+std::string text_of(const General& insertion) {
+  std::string text;
+  for (std::size_t i = 0; i < insertion.sources.size(); ++i) {
+    text += (i == 0 ? "{" : ",") + insertion.sources[i]->name;
+    if (insertion.starred[i]) text += '*';
+  }
+  text += "}-$->";
+  for (std::size_t i = 0; i < insertion.targets.size(); ++i) {
+    text += (i == 0 ? "{" : ",") + insertion.targets[i]->name;
+  }
+  return text + "}";
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ bool insertion_less(const net::Insertion& a, const net::Insertion& b);
 bool insertion_equal(const net::Insertion& a, const net::Insertion& b);
 
 // "{a,b}|t", "a|t", or "|t" for the whole preset; "t|{a,b}", "t|a", "t|"; "u -||-> t", with a star
-// "u -||*-> t" for a token at the start.
+// "u -||*-> t" for a token at the start; "{a,b*,c}-$->{t,u}", with a star in the same way.
 std::string to_text(const net::Insertion& insertion);
 // "u --> t", "{u,v} -*-> t", the star for a token at the start.
 std::string to_text(const Reduction& reduction);

@@ -57,18 +57,44 @@ std::vector<const StgPlace*> random_places(const base::PtrList<StgPlace>& list,
   return places;
 }
 
+// With further sources and targets: few alternate with others, so look for them.
+General with_more(const StgPrefix& prefix, const Concurrent& first, oracle::Random& random) {
+  const auto is_valid = [&prefix](const Insertion& insertion) {
+    return oracle::keeps_prefix_complete(prefix, insertion);
+  };
+  General insertion;
+  for (const auto& transition : prefix.transitions) {
+    const StgTransition* const t = transition.get();
+    const bool is_starred = t == first.source ? first.marked : random.chance(50);
+    if (t == first.target || (t != first.source && random.chance(50) &&
+                              is_valid(Concurrent{first.source, first.marked, t}))) {
+      insertion.targets.push_back(t);
+    } else if (t == first.source ||
+               (random.chance(50) && is_valid(Concurrent{t, is_starred, first.target}))) {
+      insertion.sources.push_back(t);
+      insertion.starred.push_back(is_starred);
+    }
+  }
+  return insertion;
+}
+
 Insertion random_insertion(const StgPrefix& prefix, oracle::Random& random) {
   const auto pick = [&] {
     return prefix.transitions[random.below(prefix.transitions.size())].get();
   };
   const StgTransition* const t = pick();
-  switch (random.below(3)) {
+  const Concurrent both{t, random.chance(40), pick()};
+  switch (random.below(4)) {
     case 0:
       return SeqBefore{t, random_places(t->preset, random)};
     case 1:
       return SeqAfter{t, random_places(t->postset, random)};
+    case 2:
+      if (t != both.target && oracle::keeps_prefix_complete(prefix, both))
+        return with_more(prefix, both, random);
+      return both;
     default:
-      return Concurrent{t, random.chance(40), pick()};
+      return both;
   }
 }
 
@@ -127,7 +153,18 @@ std::string fault_of(const StgPrefix& prefix) {
   return oracle::completeness_fault(prefix, graph);
 }
 
-using Counts = std::array<int, 3>;  // by kind of insertion
+using Counts = std::array<int, std::variant_size_v<Insertion>>;  // by kind
+
+void expect_alternation(const StgPrefix& prefix, const General& insertion,
+                        const StgTransition& added) {
+  for (std::size_t i = 0; i < insertion.sources.size(); ++i) {
+    EXPECT_TRUE(oracle::keeps_prefix_complete(
+        prefix, Concurrent{insertion.sources[i], insertion.starred[i], &added}));
+  }
+  for (const StgTransition* target : insertion.targets) {
+    EXPECT_TRUE(oracle::keeps_prefix_complete(prefix, Concurrent{&added, false, target}));
+  }
+}
 
 // Up to three insertions of a dummy, which no parity tells of, with one numbering or several.
 void expect_good_edits(StgPrefix& prefix, oracle::Random& random, Counts& counts) {
@@ -142,7 +179,11 @@ void expect_good_edits(StgPrefix& prefix, oracle::Random& random, Counts& counts
     const Insertion insertion = random_insertion(prefix, random);
     if (!is_possible(prefix, insertion)) continue;
     const std::string x = oracle::insert_by_the_book(book, insertion, drawn, Sign::toggle).name;
-    EXPECT_EQ(insert_transition(prefix, insertion, signal, Sign::toggle).name, x);
+    const StgTransition& added = insert_transition(prefix, insertion, signal, Sign::toggle);
+    EXPECT_EQ(added.name, x);
+    if (const auto* general = std::get_if<General>(&insertion)) {
+      expect_alternation(prefix, *general, added);
+    }
     ++counts[insertion.index()];
     ++done;
     if (random.chance(50)) finish_and_expect_map(prefix);

@@ -46,8 +46,10 @@ class BookEdit {
       run(*before);
     } else if (const auto* after = std::get_if<net::SeqAfter>(&insertion)) {
       run(*after);
+    } else if (const auto* both = std::get_if<net::Concurrent>(&insertion)) {
+      run(net::General{{both->source}, {both->marked}, {both->target}});
     } else {
-      run(std::get<net::Concurrent>(insertion));
+      run(std::get<net::General>(insertion));
     }
     return *x_;
   }
@@ -75,9 +77,13 @@ class BookEdit {
     join(source, *x_, 0);
   }
 
-  void run(const net::Concurrent& insertion) {
-    join(counterpart(stg_.transitions, *insertion.source), *x_, insertion.marked ? 1 : 0);
-    join(*x_, counterpart(stg_.transitions, *insertion.target), 0);
+  void run(const net::General& insertion) {
+    for (std::size_t i = 0; i < insertion.sources.size(); ++i) {
+      join(counterpart(stg_.transitions, *insertion.sources[i]), *x_, insertion.starred[i] ? 1 : 0);
+    }
+    for (const StgTransition* target : insertion.targets) {
+      join(*x_, counterpart(stg_.transitions, *target), 0);
+    }
   }
 
   void join(StgTransition& from, StgTransition& to, std::uint32_t tokens) {

@@ -39,6 +39,15 @@ class Validity {
     }
     return agrees_at_cut_offs([&](const auto& past) { return balance(insertion, past); });
   }
+  bool operator()(const net::General& insertion) const {
+    for (std::size_t i = 0; i < insertion.sources.size(); ++i) {
+      for (const net::StgTransition* target : insertion.targets) {
+        if (!(*this)(net::Concurrent{insertion.sources[i], insertion.starred[i], target}))
+          return false;
+      }
+    }
+    return true;
+  }
 
  private:
   using Past = EventSet<net::Stg>;

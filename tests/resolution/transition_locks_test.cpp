@@ -1,0 +1,187 @@
+#include "resolution/transition_locks.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+
+#include "net/edit.h"
+#include "oracle/history.h"
+#include "oracle/prefix_checks.h"
+#include "oracle/random.h"
+#include "oracle/random_stg.h"
+#include "resolution/resolution_support.h"
+#include "support/seeds.h"
+
+namespace vorel::resolution {
+namespace {
+
+using net::StgPrefix;
+using net::StgTransition;
+using Event = StgPrefix::Event;
+using Past = oracle::EventSet<net::Stg>;
+using resolution_support::unfold_example;
+
+int count(const Past& past, std::uint32_t transition) {
+  return static_cast<int>(std::ranges::count_if(
+      past, [transition](const Event* e) { return e->transition->index == transition; }));
+}
+
+// The rules by which pairs are crossed out, one event after the other.
+std::vector<std::vector<bool>> plain_locks(const StgPrefix& prefix) {
+  const std::size_t size = prefix.transitions.size();
+  std::vector<std::vector<bool>> locks(size, std::vector<bool>(size, true));
+  std::vector<bool> is_dead(size, true);
+  for (const auto& event : prefix.events) {
+    const Past past = oracle::local_configuration<net::Stg>(*event);
+    const std::uint32_t a = event->transition->index;
+    is_dead[a] = false;
+    for (std::uint32_t b = 0; b < size; ++b) {
+      if (count(past, a) != count(past, b) + 1) locks[a][b] = false;
+      if (count(past, b) != count(past, a)) locks[b][a] = false;
+    }
+    if (!event->is_cut_off()) continue;
+    auto others = oracle::causes_of<net::Stg>({});
+    for (const auto* other : event->cut_off.correspondents()) {
+      others.merge(oracle::local_configuration<net::Stg>(*other));
+    }
+    for (std::uint32_t p = 0; p < size; ++p) {
+      for (std::uint32_t q = 0; q < size; ++q) {
+        if (count(past, p) - count(others, p) != count(past, q) - count(others, q)) {
+          locks[p][q] = false;
+        }
+      }
+    }
+  }
+  for (std::uint32_t p = 0; p < size; ++p) {
+    for (std::uint32_t q = 0; q < size; ++q) {
+      if (p == q || is_dead[p] || is_dead[q]) locks[p][q] = false;
+    }
+  }
+  return locks;
+}
+
+// All largest sets of transitions that may wait for the sources, by trying all sets; none if there
+// are too many.
+std::set<std::vector<std::uint32_t>> plain_destinations(
+    const StgPrefix& prefix, const std::vector<std::vector<bool>>& locks,
+    const std::vector<const StgTransition*>& sources) {
+  std::vector<std::uint32_t> all;
+  for (const auto& t : prefix.transitions) {
+    const bool may_wait = prefix.driven_signals().contains(base::id_of(*t->signal));
+    if (may_wait && std::ranges::all_of(sources, [&](const auto* s) {
+          return locks[s->index][t->index] || locks[t->index][s->index];
+        })) {
+      all.push_back(t->index);
+    }
+  }
+  std::set<std::vector<std::uint32_t>> good;
+  for (std::uint32_t bits = 1; all.size() < 12 && bits < 1u << all.size(); ++bits) {
+    std::vector<std::uint32_t> set;
+    for (std::uint32_t i = 0; i < all.size(); ++i) {
+      if ((bits >> i & 1) != 0) set.push_back(all[i]);
+    }
+    const bool is_good = std::ranges::all_of(set, [&](auto u) {
+      return std::ranges::all_of(set, [&](auto v) {
+        return !locks[u][v] && std::ranges::all_of(sources, [&](const auto* s) {
+          return locks[s->index][u] == locks[s->index][v];
+        });
+      });
+    });
+    if (is_good) good.insert(set);
+  }
+  std::set<std::vector<std::uint32_t>> largest;
+  for (const auto& set : good) {
+    if (std::ranges::none_of(good, [&](const auto& other) {
+          return other.size() > set.size() && std::ranges::includes(other, set);
+        })) {
+      largest.insert(set);
+    }
+  }
+  return largest;
+}
+
+void expect_good_edit(std::uint64_t seed, const net::General& insertion) {
+  auto prefix = oracle::unfold(oracle::random_stg(seed), 150);
+  net::Signal& signal =
+      net::insert_signal(*prefix, "x", net::SignalKind::dummy, net::unknown_value);
+  net::insert_transition(*prefix, insertion, signal, net::Sign::toggle);
+  net::finish_edit(*prefix);
+  EXPECT_EQ(oracle::branching_fault<net::Stg>(*prefix), "");
+  const auto graph = oracle::explore<net::Stg>(*prefix, 5'000);
+  EXPECT_EQ(graph.outcome, oracle::Exploration::complete);
+  EXPECT_EQ(oracle::completeness_fault(*prefix, graph), "");
+}
+
+// All but the trivial ones are found, and each can be made.
+std::size_t expect_destinations(std::uint64_t seed, const StgPrefix& prefix,
+                                const TransitionRelation& relation,
+                                const std::vector<std::vector<bool>>& locks) {
+  oracle::Random random(seed);
+  std::size_t found = 0;
+  for (int tries = 0; tries < 10; ++tries) {
+    std::vector<const StgTransition*> sources;
+    for (const auto& t : prefix.transitions) {
+      if (sources.size() < 3 && random.chance(15)) sources.push_back(t.get());
+    }
+    if (sources.empty()) continue;
+    auto expected = plain_destinations(prefix, locks, sources);
+    for (const net::Insertion& insertion : max_destination_cliques(sources, relation)) {
+      const auto& general = std::get<net::General>(insertion);
+      SCOPED_TRACE(to_text(insertion));
+      EXPECT_EQ(general.sources, sources);
+      std::vector<std::uint32_t> targets;
+      for (const auto* target : general.targets) targets.push_back(target->index);
+      EXPECT_EQ(expected.erase(targets), 1u);
+      expect_good_edit(seed, general);
+      ++found;
+    }
+    for (const auto& left : expected) {
+      const bool is_small = left.size() == 1 || sources.size() == 1;
+      EXPECT_TRUE(is_small) << "not a trivial one";
+    }
+  }
+  return found;
+}
+
+TEST(TransitionLocks, RandomPrefixesAgreeWithTheRules) {
+  std::size_t locked = 0, found = 0;
+  const auto [first, end] = support::seeds(150);
+  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
+    SCOPED_TRACE(seed);
+    const auto prefix = oracle::unfold(oracle::random_stg(seed), 150);
+    if (!prefix) continue;
+    const TransitionRelation relation = transition_lock_relation(*prefix);
+    const auto expected = plain_locks(*prefix);
+    for (std::uint32_t a = 0; a < relation.size(); ++a) {
+      EXPECT_EQ(relation[a].item, prefix->transitions[a].get());
+      for (std::uint32_t b = 0; b < relation.size(); ++b) {
+        EXPECT_EQ(has_edge(relation, a, b), expected[a][b]);
+        EXPECT_EQ(std::ranges::binary_search(relation[b].pre, a), expected[a][b]);
+        locked += expected[a][b] ? 1 : 0;
+      }
+    }
+    found += expect_destinations(seed, *prefix, relation, expected);
+  }
+  EXPECT_GT(locked, end - first);
+  EXPECT_GT(found, (end - first) / 3);
+}
+
+TEST(TransitionLocks, NothingIsKnownWhereACorrespondentIsNot) {
+  StgPrefix prefix = unfold_example("celement");
+  const auto edges = [&prefix] {
+    std::size_t sum = 0;
+    for (const auto& vertex : transition_lock_relation(prefix)) sum += vertex.post.size();
+    return sum;
+  };
+  EXPECT_GT(edges(), 0u);
+  (*std::ranges::find_if(prefix.events, [](const auto& e) {
+    return e->is_cut_off();
+  }))->mark_cut_off();
+  EXPECT_EQ(edges(), 0u);
+}
+
+}  // namespace
+}  // namespace vorel::resolution
