@@ -5,7 +5,7 @@
 namespace vorel::resolution {
 namespace {
 
-std::string text_of(const Candidates& candidates, configuration::StgEventId id) {
+std::string text_of(const Candidates& candidates, base::Id<net::StgPrefix::Event> id) {
   const auto& event = base::element(candidates.prefix().events, id);
   return "e" + std::to_string(event.index) + "(" + event.transition->name + ")";
 }

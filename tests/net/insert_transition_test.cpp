@@ -59,18 +59,17 @@ std::vector<const StgPlace*> random_places(const base::PtrList<StgPlace>& list,
 
 // With further sources and targets: few alternate with others, so look for them.
 General with_more(const StgPrefix& prefix, const Concurrent& first, oracle::Random& random) {
-  const auto is_valid = [&prefix](const Insertion& insertion) {
-    return oracle::keeps_prefix_complete(prefix, insertion);
-  };
   General insertion;
   for (const auto& transition : prefix.transitions) {
     const StgTransition* const t = transition.get();
     const bool is_starred = t == first.source ? first.marked : random.chance(50);
-    if (t == first.target || (t != first.source && random.chance(50) &&
-                              is_valid(Concurrent{first.source, first.marked, t}))) {
+    if (t == first.target ||
+        (t != first.source && random.chance(50) &&
+         oracle::keeps_prefix_complete(prefix, Concurrent{first.source, first.marked, t}))) {
       insertion.targets.push_back(t);
     } else if (t == first.source ||
-               (random.chance(50) && is_valid(Concurrent{t, is_starred, first.target}))) {
+               (random.chance(50) &&
+                oracle::keeps_prefix_complete(prefix, Concurrent{t, is_starred, first.target}))) {
       insertion.sources.push_back(t);
       insertion.starred.push_back(is_starred);
     }

@@ -42,8 +42,8 @@ class Validity {
   bool operator()(const net::General& insertion) const {
     for (std::size_t i = 0; i < insertion.sources.size(); ++i) {
       for (const net::StgTransition* target : insertion.targets) {
-        if (!(*this)(net::Concurrent{insertion.sources[i], insertion.starred[i], target}))
-          return false;
+        const net::Concurrent pair{insertion.sources[i], insertion.starred[i], target};
+        if (!(*this)(pair)) return false;
       }
     }
     return true;

@@ -81,6 +81,7 @@ class Rules {
     });
   }
 
+  bool is_wanted(const net::General&) const { return false; }
   bool is_wanted(const net::SeqBefore& insertion) const {
     return !is_dead(insertion.target) && !may_not_wait(insertion.target);
   }
