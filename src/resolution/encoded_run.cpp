@@ -10,10 +10,12 @@ EncodedRun::EncodedRun(const net::StgPrefix& prefix, OccurrenceCounts& counts,
                        const sat::CnfParams& params)
     : prefix_{prefix},
       counts_{counts},
+      instances_{prefix},
       formula_{params},
       events_(prefix.events.size()),
       marked_(prefix.conditions.size()),
       enabled_(prefix.events.size()),
+      places_(prefix.places.size()),
       thresholds_(prefix.transitions.size()) {
   for (sat::Lit& lit : events_) lit = sat::Lit(formula_.new_var(false), false);
   for (const auto& event : prefix.events) {
@@ -49,13 +51,22 @@ sat::Lit EncodedRun::enabled(const Event& event) {
   return formula_.define_gate(cell, sat::GateAnd, lits, sat::PermanentGroup, +1);
 }
 
+sat::Lit EncodedRun::marked(const net::StgPlace& place) {
+  sat::LitCell& cell = places_[place];
+  if (cell.serves(+1)) return cell.lit;
+  sat::Lits lits;
+  for (const Condition* condition : instances_.conditions_of(base::id_of(place))) {
+    lits.push_back(marked(*condition));
+  }
+  return formula_.define_gate(cell, sat::GateOr, lits, sat::PermanentGroup, +1);
+}
+
 const sat::Lits& EncodedRun::thresholds(const net::StgTransition& transition) {
   sat::Lits& result = thresholds_[transition];
   if (!result.empty()) return result;
   const OccurrenceCount& count = counts_.of(transition);
   std::vector<sat::Lits> events;
-  for (const auto& event : prefix_.events) {
-    if (event->transition != &transition) continue;
+  for (const Event* event : instances_.events_of(base::id_of(transition))) {
     const std::uint32_t number = count[*event];
     assert(number > 0);
     if (events.size() < number) events.resize(number);

@@ -9,6 +9,7 @@
 #include <span>
 
 #include "base/indexed_by.h"
+#include "net/instances.h"
 #include "resolution/occurrence_counts.h"
 #include "sat/cnf_formula.h"
 #include "sat/integer_circuit.h"
@@ -32,10 +33,11 @@ class EncodedRun {
   // The event is in the run.
   sat::Lit fired(const Event& event) const { return events_[event]; }
   sat::Lit produced(const Condition& condition) const;
-  // The condition is in the cut that the run ends in; the event can fire there. To be used
-  // positively.
+  // The condition is in the cut that the run ends in; the event can fire there; the place has a
+  // token. To be used positively.
   sat::Lit marked(const Condition& condition);
   sat::Lit enabled(const Event& event);
+  sat::Lit marked(const net::StgPlace& place);
 
   // The number of occurrences of the transitions in the run, plus `more`; what must not be used
   // once the group has been removed.
@@ -51,10 +53,12 @@ class EncodedRun {
 
   const net::StgPrefix& prefix_;
   OccurrenceCounts& counts_;
+  const net::Instances<net::StgPrefix> instances_;
   sat::CnfFormula formula_;
   base::IndexedBy<Event, sat::Lit> events_;
   base::IndexedBy<Condition, sat::LitCell> marked_;
   base::IndexedBy<Event, sat::LitCell> enabled_;
+  base::IndexedBy<net::StgPlace, sat::LitCell> places_;
   base::IndexedBy<net::StgTransition, sat::Lits> thresholds_;  // empty until asked for
 };
 

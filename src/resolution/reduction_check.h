@@ -13,6 +13,11 @@
 //   3. While x is below 0, no event that the target has made possible takes a token from one that
 //      needs nothing of it. Such a choice would be made too early for the new net: the loser may be
 //      the way to a source.
+//   4. While x is 0, no event takes its token from another one of the target's signal and leaves
+//   the
+//      target enabled. In the old net the signal stays excited; in the new one it would not be,
+//      which makes a hazard where there was none. Where dummies lead to the target this is asked of
+//      the places that they do not produce on.
 // If besides no two sources are ever concurrent (again for the caller), the new net takes away no
 // event: each run of the old net that starts where the new one can be is part of a longer one that
 // is a run of the new net, in another order. For suppose the target g is enabled at x = 0, has
@@ -24,7 +29,8 @@
 //
 // More is asked than that nothing is stopped for good. A source that comes only if the environment
 // or another part of the circuit chooses so again and again does not count (2 wants it on all ways,
-// up to the first repetition); nor does a waiting of the target that avoids a choice for good; and
+// up to the first repetition, which is that of a cut-off that has no more targets before it
+// than its correspondents); nor does a waiting of the target that avoids a choice for good; and
 // values of x may not differ where it does not matter since neither source nor target comes any
 // more.
 #pragma once
@@ -55,7 +61,7 @@ class ReductionCheck {
 
   // The target of all reductions that are asked about from now on.
   void choose_target(const net::StgTransition& target);
-  // Nullopt when 1 to 3 hold, and after a reported failure.
+  // Nullopt when 1 to 4 hold, and after a reported failure.
   std::optional<TokenBound> objection(const Reduction& reduction);
   // Whether the target ever has to wait.
   bool changes_anything(const Reduction& reduction);
@@ -68,6 +74,9 @@ class ReductionCheck {
   void encode_stalling();
   void find_competitions();
   sat::Lits competitions_with_loser_other_than_target();
+  sat::Lit hazard_lit(const Event& winner, const Event& loser);
+  void find_hazards();
+  std::optional<TokenBound> hazard(const Reduction& reduction);
 
   const net::StgPrefix& prefix_;
   OccurrenceCounts& counts_;
@@ -80,6 +89,12 @@ class ReductionCheck {
     const Event *winner, *loser;
   };
   std::vector<Competition> competitions_;
+  // Of the target: before the winner takes the token from one of the same signal.
+  struct Hazard {
+    const net::StgTransition* winner;
+    sat::Lit lit;
+  };
+  std::vector<Hazard> hazards_;
   const net::StgTransition* target_ = nullptr;
 };
 

@@ -8,6 +8,7 @@
 #include "net/event_relations.h"
 #include "resolution/core_survival.h"
 #include "resolution/critical_path.h"
+#include "resolution/input_like.h"
 #include "resolution/logic_complexity.h"
 #include "resolution/signal_locks.h"
 
@@ -18,43 +19,32 @@ using net::StgPrefix;
 using net::StgTransition;
 using Event = StgPrefix::Event;
 
-// Signals that come next to a transition, through dummies.
-template <class Links>
-std::vector<net::SignalId> nearest_signals(const net::Stg& stg, const StgTransition& start,
-                                           Links next_to) {
+// Those that the transition leads to, or stands for, through dummies.
+std::vector<net::SignalId> signals_from(const StgTransition& start) {
   std::vector<net::SignalId> signals;
-  base::MarkSet<StgTransition> seen(stg.transitions.size());
-  std::vector<const StgTransition*> open{&start};
-  seen.insert(start);
-  while (!open.empty()) {
-    const StgTransition& transition = *open.back();
-    open.pop_back();
-    if (!transition.signal->is_dummy()) {
-      signals.push_back(base::id_of(*transition.signal));
-      continue;
-    }
-    next_to(transition, [&](const StgTransition& other) {
-      if (seen.insert(other)) open.push_back(&other);
-    });
+  for (const StgTransition* transition : closure_through_dummies(start)) {
+    if (!transition->signal->is_dummy()) signals.push_back(base::id_of(*transition->signal));
   }
   base::sort_unique(signals);
   return signals;
 }
 
-std::vector<net::SignalId> signals_from(const net::Stg& stg, const StgTransition& start) {
-  return nearest_signals(stg, start, [](const StgTransition& transition, auto visit) {
-    for (const net::StgPlace* place : transition.postset) {
-      for (const StgTransition* next : place->postset) visit(*next);
+void append_signals_to(const net::Stg& stg, const StgTransition& end,
+                       std::vector<net::SignalId>& signals) {
+  base::MarkSet<StgTransition> seen(stg.transitions.size());
+  std::vector<const StgTransition*> open{&end};
+  while (!open.empty()) {
+    const StgTransition& transition = *open.back();
+    open.pop_back();
+    if (!seen.insert(transition)) continue;
+    if (!transition.signal->is_dummy()) {
+      signals.push_back(base::id_of(*transition.signal));
+      continue;
     }
-  });
-}
-
-std::vector<net::SignalId> signals_to(const net::Stg& stg, const StgTransition& start) {
-  return nearest_signals(stg, start, [](const StgTransition& transition, auto visit) {
     for (const net::StgPlace* place : transition.preset) {
-      for (const StgTransition* before : place->preset) visit(*before);
+      open.insert(open.end(), place->preset.begin(), place->preset.end());
     }
-  });
+  }
 }
 
 class Evaluation {
@@ -135,10 +125,9 @@ class Evaluation {
     TriggerSignals triggers = triggers_;
     std::vector<net::SignalId> added;
     for (const StgTransition* source : reduction.sources) {
-      const auto signals = signals_to(prefix_, *source);
-      added.insert(added.end(), signals.begin(), signals.end());
+      append_signals_to(prefix_, *source, added);
     }
-    for (const net::SignalId signal : signals_from(prefix_, *reduction.target)) {
+    for (const net::SignalId signal : signals_from(*reduction.target)) {
       auto& list = triggers[signal];
       list.insert(list.end(), added.begin(), added.end());
       base::sort_unique(list);
