@@ -103,6 +103,7 @@ class Rules {
     if (consumers(after).contains(u) || consumers(behind).contains(t)) return false;
     return !std::ranges::includes(through_dummies(t), through_dummies(u));
   }
+  static bool is_wanted(const net::General& /*insertion*/) { return false; }  // for others to ask
 
   const net::StgPrefix& prefix_;
   Transitions alive_;
