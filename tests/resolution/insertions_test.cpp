@@ -81,6 +81,7 @@ class Rules {
     });
   }
 
+  bool is_wanted(const net::General&) const { return false; }
   bool is_wanted(const net::SeqBefore& insertion) const {
     return !is_dead(insertion.target) && !may_not_wait(insertion.target);
   }
@@ -103,7 +104,6 @@ class Rules {
     if (consumers(after).contains(u) || consumers(behind).contains(t)) return false;
     return !std::ranges::includes(through_dummies(t), through_dummies(u));
   }
-  static bool is_wanted(const net::General& /*insertion*/) { return false; }  // for others to ask
 
   const net::StgPrefix& prefix_;
   Transitions alive_;
