@@ -74,9 +74,9 @@ class Leftovers {
     }
   };
   std::set<Pair> pairs_of(const Transition& transition) {
+    for (const auto& event : prefix_.events) at_[*event] = after(*event, transition);
     std::set<Pair> pairs;
     for (const auto& event : prefix_.events) {
-      at_[*event] = after(*event, transition);
       if (!event->is_cut_off()) continue;
       const Leftover here = at_[*event];
       Leftover there;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <map>
 #include <set>
 #include <span>
 #include <utility>
@@ -69,7 +70,8 @@ class SignalLock {
         last_(prefix_.events.size()),
         predecessor_(prefix_.events.size()),
         place_(candidates_.all_occurrences().size()),
-        is_excluded_(candidates_.size()) {}
+        is_excluded_(candidates_.size()),
+        excluders_(candidates_.size()) {}
 
   Lit literal_of(SignalId signal) {
     edges_ = instances_.events_of(signal);
@@ -82,7 +84,21 @@ class SignalLock {
     exclude(locked, is_excluded_);
     for (const CandidateList& set : separators_) require_some(locked, set);
     forbid_chains_in_places(locked);
-    return require_a_start(locked) ? locked : sat::LitFalse;
+    require_a_start(locked);
+    return locked;
+  }
+
+  // To be called after the last signal. Candidates that are excluded by the same are many: the
+  // clauses of all edges of one component with all signals of the others would be.
+  void emit_exclusions() {
+    std::map<Lits, CandidateList> groups;
+    for (const CandidateId candidate : candidates_.all())
+      groups[excluders_[candidate]].push_back(candidate);
+    for (const auto& [excluders, group] : groups) {
+      if (excluders.empty()) continue;
+      const Lit chosen = gates_.any_of(group);
+      for (const Lit excluder : excluders) gates_.add_clause(std::array{~excluder, ~chosen});
+    }
   }
 
  private:
@@ -235,11 +251,8 @@ class SignalLock {
 
   // ---- How it begins
 
-  // False if there is no way.
-  bool require_a_start(Lit locked) {
-    const bool has_first = std::ranges::any_of(
-        edges_, [this](const Event* edge) { return predecessor_[*edge] == none; });
-    if (!has_first) return true;  // the signal has no edges at all
+  void require_a_start(Lit locked) {
+    if (edges_.empty()) return;
     Lits starts{~locked};
     add_early_start(starts);
     add_start(starts, [this](OccurrenceId id) {
@@ -254,7 +267,6 @@ class SignalLock {
       });
     }
     gates_.add_clause(starts);
-    return true;
   }
 
   void add_early_start(Lits& starts) {
@@ -313,6 +325,8 @@ class SignalLock {
   Row good_;      // occurrences of candidates that are not excluded
   Row followed_;  // occurrences before some edge
   std::set<CandidateList> separators_;
+
+  base::IndexedBy<net::Insertion, Lits> excluders_;  // by candidate: the conditions that exclude it
 };
 
 }  // namespace
@@ -322,6 +336,7 @@ SignalLits locked_signals(const OccurrenceOrder& order, CandidateGates& gates) {
   SignalLits literals(prefix.signals.size(), sat::LitUninit);
   SignalLock lock(order, gates);
   for (const SignalId signal : prefix.visible_signals()) literals[signal] = lock.literal_of(signal);
+  lock.emit_exclusions();
   return literals;
 }
 

@@ -5,10 +5,19 @@
 namespace vorel::resolution {
 namespace {
 
-std::string cause_of(const Candidates& candidates, const EdgeOccurrence& occurrence) {
-  if (occurrence.causes.empty()) return "INITIAL";
-  const auto& event = base::element(candidates.prefix().events, occurrence.causes.front());
+std::string text_of(const Candidates& candidates, base::Id<net::StgPrefix::Event> id) {
+  const auto& event = base::element(candidates.prefix().events, id);
   return "e" + std::to_string(event.index) + "(" + event.transition->name + ")";
+}
+
+std::string cause_of(const Candidates& candidates, const EdgeOccurrence& occurrence) {
+  return occurrence.causes.empty() ? "INITIAL" : text_of(candidates, occurrence.causes.front());
+}
+
+std::string causes_of(const Candidates& candidates, const EdgeOccurrence& occurrence) {
+  std::string text;
+  for (const auto cause : occurrence.causes) text += " " + text_of(candidates, cause);
+  return text;
 }
 
 std::string conditions_of(const Candidates& candidates, const EdgeOccurrence& occurrence) {
@@ -30,6 +39,8 @@ std::string to_text(const Candidates& candidates, OccurrenceId id) {
     return text + "conditions:" + conditions_of(candidates, occurrence);
   if (std::holds_alternative<net::SeqAfter>(insertion))
     return text + "base event: " + cause_of(candidates, occurrence);
+  if (std::holds_alternative<net::General>(insertion))
+    return text + "source events:" + causes_of(candidates, occurrence);
   return text + cause_of(candidates, occurrence);
 }
 

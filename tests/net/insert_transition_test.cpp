@@ -11,7 +11,7 @@
 #include "net/clone_net.h"
 #include "net/edit.h"
 #include "oracle/book_insertion.h"
-#include "oracle/history.h"
+#include "oracle/edit_rules.h"
 #include "oracle/parse_g.h"
 #include "oracle/prefix_checks.h"
 #include "oracle/random.h"
@@ -42,78 +42,6 @@ struct NamedNet {
   std::map<std::string, std::pair<Names, Names>> arcs;
 };
 
-oracle::EventSet<Stg> correspondents(const Event& cut_off) {
-  auto result = oracle::causes_of<Stg>({});
-  for (const auto* event : cut_off.cut_off.correspondents()) {
-    result.merge(oracle::local_configuration<Stg>(*event));
-  }
-  return result;
-}
-
-// What is asked of the insertion, word by word.
-class Validity {
- public:
-  explicit Validity(const StgPrefix& prefix) : prefix_{prefix} {}
-
-  bool operator()(const SeqBefore& insertion) const {
-    return std::ranges::all_of(insertion.places,
-                               [](const auto* place) { return place->postset.size() == 1; });
-  }
-  bool operator()(const SeqAfter& insertion) const {
-    return agrees_at_cut_offs([&](const auto& past) { return is_open(insertion, past); });
-  }
-  bool operator()(const Concurrent& insertion) const {
-    for (const auto& event : prefix_.events) {
-      auto past = oracle::local_configuration<Stg>(*event);
-      past.erase(event.get());
-      const int count = balance(insertion, past);
-      if (event->transition == insertion.source && count != 0) return false;
-      if (event->transition == insertion.target && count != 1) return false;
-    }
-    return agrees_at_cut_offs([&](const auto& past) { return balance(insertion, past); });
-  }
-  bool operator()(const General& insertion) const {
-    for (std::size_t i = 0; i < insertion.sources.size(); ++i) {
-      for (const StgTransition* target : insertion.targets) {
-        if (!(*this)(Concurrent{insertion.sources[i], insertion.starred[i], target})) return false;
-      }
-    }
-    return true;
-  }
-
- private:
-  using Past = oracle::EventSet<Stg>;
-
-  template <class Number>
-  bool agrees_at_cut_offs(Number number) const {
-    return std::ranges::all_of(prefix_.events, [&](const auto& event) {
-      return !event->is_cut_off() ||
-             number(oracle::local_configuration<Stg>(*event)) == number(correspondents(*event));
-    });
-  }
-  // Some event of the source has kept all of the places: there is one such event at most.
-  static bool is_open(const SeqAfter& insertion, const Past& past) {
-    return std::ranges::any_of(past, [&](const Event* event) {
-      if (event->transition != insertion.source) return false;
-      return std::ranges::none_of(event->postset, [&](const auto* condition) {
-        return std::ranges::count(insertion.places, condition->place) != 0 &&
-               std::ranges::any_of(condition->postset,
-                                   [&](const Event* consumer) { return past.contains(consumer); });
-      });
-    });
-  }
-  static int balance(const Concurrent& insertion, const Past& past) {
-    int count = insertion.marked ? 1 : 0;
-    for (const Event* event : past) {
-      count += event->transition == insertion.source ? 1 : 0;
-      count -= event->transition == insertion.target ? 1 : 0;
-    }
-    return count;
-  }
-
-  const StgPrefix& prefix_;
-};
-
 StgPrefix unfold_example(const std::string& name) {
   const auto text = oracle::read_file(VOREL_EXAMPLES "/" + name + ".g");
   return std::move(*oracle::unfold(*oracle::parse_g(text.value()), 300));
@@ -131,16 +59,17 @@ std::vector<const StgPlace*> random_places(const base::PtrList<StgPlace>& list,
 
 // With further sources and targets: few alternate with others, so look for them.
 General with_more(const StgPrefix& prefix, const Concurrent& first, oracle::Random& random) {
-  const Validity is_valid(prefix);
   General insertion;
   for (const auto& transition : prefix.transitions) {
     const StgTransition* const t = transition.get();
     const bool is_starred = t == first.source ? first.marked : random.chance(50);
-    if (t == first.target || (t != first.source && random.chance(50) &&
-                              is_valid(Concurrent{first.source, first.marked, t}))) {
+    if (t == first.target ||
+        (t != first.source && random.chance(50) &&
+         oracle::keeps_prefix_complete(prefix, Concurrent{first.source, first.marked, t}))) {
       insertion.targets.push_back(t);
     } else if (t == first.source ||
-               (random.chance(50) && is_valid(Concurrent{t, is_starred, first.target}))) {
+               (random.chance(50) &&
+                oracle::keeps_prefix_complete(prefix, Concurrent{t, is_starred, first.target}))) {
       insertion.sources.push_back(t);
       insertion.starred.push_back(is_starred);
     }
@@ -160,7 +89,8 @@ Insertion random_insertion(const StgPrefix& prefix, oracle::Random& random) {
     case 1:
       return SeqAfter{t, random_places(t->postset, random)};
     case 2:
-      if (t != both.target && Validity(prefix)(both)) return with_more(prefix, both, random);
+      if (t != both.target && oracle::keeps_prefix_complete(prefix, both))
+        return with_more(prefix, both, random);
       return both;
     default:
       return both;
@@ -174,7 +104,7 @@ bool is_possible(const StgPrefix& prefix, const Insertion& insertion) {
   if (const auto* both = std::get_if<Concurrent>(&insertion)) {
     if (both->source == both->target) return false;
   }
-  return std::visit(Validity(prefix), insertion);
+  return oracle::keeps_prefix_complete(prefix, insertion);
 }
 
 using Kept = base::OwnedList<StgPrefix::Condition>;
@@ -227,10 +157,11 @@ using Counts = std::array<int, std::variant_size_v<Insertion>>;  // by kind
 void expect_alternation(const StgPrefix& prefix, const General& insertion,
                         const StgTransition& added) {
   for (std::size_t i = 0; i < insertion.sources.size(); ++i) {
-    EXPECT_TRUE(Validity(prefix)(Concurrent{insertion.sources[i], insertion.starred[i], &added}));
+    EXPECT_TRUE(oracle::keeps_prefix_complete(
+        prefix, Concurrent{insertion.sources[i], insertion.starred[i], &added}));
   }
   for (const StgTransition* target : insertion.targets) {
-    EXPECT_TRUE(Validity(prefix)(Concurrent{&added, false, target}));
+    EXPECT_TRUE(oracle::keeps_prefix_complete(prefix, Concurrent{&added, false, target}));
   }
 }
 

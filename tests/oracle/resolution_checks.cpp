@@ -133,7 +133,8 @@ class Comparison {
       if ((*now)[signal->index] != expected) return signal->name + " starts with another value";
     }
     if (!claim_.resolved) return "";
-    const SignalSet conflicts = csc_conflict_signals(after_, now_, *now);
+    SignalSet conflicts = csc_conflict_signals(after_, now_, *now);
+    for (const std::uint32_t signal : signals_that_dummies_disable(now_)) conflicts.erase(signal);
     if (conflicts.empty()) return "";
     return "CSC conflict for " + after_.signals[*conflicts.begin()]->name;
   }
@@ -165,9 +166,14 @@ class Comparison {
   }
 
   std::string disabling_fault() const {
+    std::set<std::string> undecided;
+    for (const std::uint32_t signal : signals_that_dummies_disable(now_)) {
+      undecided.insert(after_.signals[signal]->name);
+    }
     const auto was_disabled = disabled_names(before_, old_);
     for (const auto& [signal, by] : disabled_names(after_, now_)) {
-      if (!was_disabled.contains({signal, by})) return by + " disables " + signal;
+      if (!undecided.contains(signal) && !was_disabled.contains({signal, by}))
+        return by + " disables " + signal;
     }
     return "";
   }

@@ -22,7 +22,9 @@ struct ResolutionClaim {
 // input enabled at once where it was; no output or internal signal disabled by another but those
 // that were; no loop of new signals alone; weakly bisimilar with the new signals hidden. Of an STG
 // that was reduced, the last is asked in a weaker form: what could still happen sometime still can.
-// Transitions are known by their names, dummies included. `before` must be safe and consistent.
+// Conflicts and persistency of a signal that some dummy makes impossible are left open: whether it
+// is enabled depends on how a state is reached. Transitions are known by their names, dummies
+// included. `before` must be safe and consistent.
 std::string resolution_fault(const net::Stg& before, const net::Stg& after,
                              const ResolutionClaim& claim, std::size_t max_states = 20'000);
 

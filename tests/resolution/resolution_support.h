@@ -1,12 +1,17 @@
 // tests/resolution/resolution_support.h - prefixes to try transformations on.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "oracle/coding.h"
 #include "oracle/parse_g.h"
+#include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
 #include "support/process_builder.h"
+#include "support/seeds.h"
 
 namespace vorel::resolution_support {
 
@@ -19,5 +24,34 @@ inline const net::StgTransition& transition_of(const net::StgPrefix& prefix,
                                                const std::string& name) {
   return **std::ranges::find(prefix.transitions, name, [](const auto& t) { return t->name; });
 }
+
+// Calls check(prefix, seed) for the prefixes of random STGs, plain ones, with edges without a sign,
+// and with dummies in turn, until one fails.
+template <class Check>
+void on_prefixes(std::uint64_t usual_count, Check check) {
+  const auto [first, end] = support::seeds(usual_count);
+  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const auto stg = oracle::random_stg(seed, {.dummies = seed % 3 == 0, .toggles = seed % 3 == 1});
+    if (const auto prefix = oracle::unfold(stg, 150)) check(*prefix, seed);
+  }
+}
+
+// The signals that lose their excitation to dummies alone: a new signal, or any other, that happens
+// to fire right after those seems to have disabled them.
+class OldHazards {
+ public:
+  explicit OldHazards(const net::Stg& stg) {
+    for (const std::uint32_t signal :
+         oracle::signals_that_dummies_disable(oracle::explore<net::Stg>(stg)))
+      endings_.push_back(" disables " + stg.signals[signal]->name);
+  }
+  bool explain(const std::string& fault) const {
+    return std::ranges::any_of(endings_, [&](const auto& end) { return fault.ends_with(end); });
+  }
+
+ private:
+  std::vector<std::string> endings_;
+};
 
 }  // namespace vorel::resolution_support

@@ -7,12 +7,14 @@
 #include <set>
 #include <string>
 
+#include "base/run_state.h"
 #include "oracle/history.h"
 #include "oracle/net_builder.h"
 #include "oracle/random.h"
 #include "oracle/random_stg.h"
 #include "oracle/state_graph.h"
 #include "resolution/resolution_support.h"
+#include "support/caught_messages.h"
 #include "support/seeds.h"
 
 namespace vorel::resolution {
@@ -228,6 +230,24 @@ TEST(SignalLocks, OfTheExamples) {
        std::map<std::string, std::size_t>{{"celement", 2}, {"muller3", 4}, {"sequencer", 3}}) {
     EXPECT_EQ(pairs_of(signal_lock_relation(unfold_example(name))).size(), count) << name;
   }
+}
+
+TEST(SignalLocks, AreToldWithTheirNumbers) {
+  const StgPrefix prefix = unfold_example("vme_read");
+  const Reduction reduction{{&resolution_support::transition_of(prefix, "lds-")},
+                            true,
+                            &resolution_support::transition_of(prefix, "dsr+")};
+  const support::CaughtMessages caught;
+  base::run_state().verbosity = 4;
+  EXPECT_EQ(lock_numbers(prefix).unlocked, 15u);
+  EXPECT_EQ(lock_numbers(prefix, &reduction).unlocked, 13u);
+  base::run_state().verbosity = 0;
+  EXPECT_EQ(caught.text(),
+            "\nLocked signals of the STG:\n\ndsr d\ndsr dtack\nldtack lds\nd dtack"
+            "\nLock/Unlock numbers: 10/15"
+            "\nLock relation after concurrency reduction lds- -*-> dsr+"
+            "\ndsr d\ndsr lds\ndsr dtack\nldtack lds\nd dtack"
+            "\nLock/Unlock numbers: 12/13");
 }
 
 }  // namespace
