@@ -157,47 +157,56 @@ sat::Lit ReductionCheck::hazard_lit(const Event& winner, const Event& loser) {
 }
 
 void ReductionCheck::find_hazards() {
-  const auto signals = signals_led_to(target_);
-  // A dummy may lead to a source, and so to the target.
-  const auto keeps_excited = [&](const StgTransition& loser) {
-    if (loser.signal->is_dummy()) return true;
-    return &loser != &target_ && std::ranges::find(signals, loser.signal) != signals.end();
-  };
-  const auto may_win = [&](const StgTransition& winner, const StgTransition& loser) {
+  const auto may_win = [this](const StgTransition& winner, const StgTransition& loser) {
     return &winner != &target_ && &winner != &loser &&
            (winner.signal->is_dummy() || winner.signal != loser.signal);
   };
+  const auto signals = signals_led_to(target_);
   for (const auto& condition : prefix_.conditions) {
     if (condition->postset.size() < 2) continue;
     for (const Event* loser : condition->postset) {
-      if (!keeps_excited(*loser->transition)) continue;
+      if (loser->transition == &target_) continue;
+      const auto led_to = signals_led_to(*loser->transition);
+      const bool excites = std::ranges::find_first_of(led_to, signals) != led_to.end();
+      if (!excites && !net::is_dummy(*loser)) continue;
       for (const Event* winner : condition->postset) {
-        if (may_win(*winner->transition, *loser->transition))
-          hazards_.push_back({winner->transition, hazard_lit(*winner, *loser)});
+        if (may_win(*winner->transition, *loser->transition)) {
+          hazards_.push_back(
+              {winner->transition, loser->transition, excites, hazard_lit(*winner, *loser)});
+        }
       }
     }
   }
 }
 
+// A winner that is a source lets the target fire.
+bool ReductionCheck::is_hazard_of(const Hazard& hazard, const Reduction& reduction) const {
+  const auto is_source = [&](const StgTransition* transition) {
+    return std::ranges::find(reduction.sources, transition) != reduction.sources.end();
+  };
+  if (is_source(hazard.winner)) return false;
+  return hazard.excites || std::ranges::any_of(closure_through_dummies(*hazard.loser), is_source);
+}
+
 std::optional<TokenBound> ReductionCheck::hazard(const Reduction& reduction) {
   Question question(run_, reduction);
   question.tokens_at_most(0);
-  const auto is_source = [&](const Hazard& hazard) {
-    return std::ranges::find(reduction.sources, hazard.winner) != reduction.sources.end();
-  };
+  std::vector<const Hazard*> possible;
   sat::Lits lits;
   for (const Hazard& hazard : hazards_) {
-    if (!is_source(hazard)) lits.push_back(hazard.lit);
+    if (!is_hazard_of(hazard, reduction)) continue;
+    possible.push_back(&hazard);
+    lits.push_back(hazard.lit);
   }
   run_.formula().add_clause(lits, question.group());
   auto found = question.answer(false, 1);
   if (!found) return std::nullopt;
   // What stays undefined could be true: a gate that is used positively alone is never decided.
-  const auto met = std::ranges::find_if(hazards_, [&](const Hazard& hazard) {
-    return !is_source(hazard) && run_.formula().value(hazard.lit) != sat::ModelValue::no;
+  const auto met = std::ranges::find_if(possible, [this](const Hazard* hazard) {
+    return run_.formula().value(hazard->lit) != sat::ModelValue::no;
   });
-  assert(met != hazards_.end());
-  ++found->run[*met->winner];
+  assert(met != possible.end());
+  ++found->run[*(*met)->winner];
   return found;
 }
 

@@ -16,8 +16,8 @@
 //   4. While x is 0, no event takes its token from another one of the target's signal and leaves
 //   the
 //      target enabled. In the old net the signal stays excited; in the new one it would not be,
-//      which makes a hazard where there was none. A dummy that loses its token counts as one of the
-//      signal, as it may lead to it, and the target as enabled if dummies may enable it.
+//      which makes a hazard where there was none. A dummy that loses its token counts if it leads
+//      to the signal or to a source, and the target as enabled if dummies may enable it.
 // If besides no two sources are ever concurrent (again for the caller), the new net takes away no
 // event: each run of the old net that starts where the new one can be is part of a longer one that
 // is a run of the new net, in another order. For suppose the target g is enabled at x = 0, has
@@ -68,11 +68,19 @@ class ReductionCheck {
   using Event = net::StgPrefix::Event;
   using Condition = net::StgPrefix::Condition;
 
+  // Of run_: the target is enabled once the winner has taken a token from the loser.
+  struct Hazard {
+    const net::StgTransition *winner, *loser;
+    bool excites;  // the loser is of the target's signal, or leads to it
+    sat::Lit lit;
+  };
+
   void encode_stalling();
   void exclude_cut_offs_to_pass();
   void find_competitions();
   void find_hazards();
   sat::Lit hazard_lit(const Event& winner, const Event& loser);
+  bool is_hazard_of(const Hazard& hazard, const Reduction& reduction) const;
   std::optional<TokenBound> hazard(const Reduction& reduction);
 
   const net::StgPrefix& prefix_;
@@ -83,11 +91,6 @@ class ReductionCheck {
   sat::Lits target_is_enabled_;  // of run_: for each event of the target
   // Of run_: for each two events of which one takes a token from the other, which waits for less.
   sat::Lits competitions_;
-  // Of run_: the target is enabled once the winner has taken a token from one of its signal.
-  struct Hazard {
-    const net::StgTransition* winner;
-    sat::Lit lit;
-  };
   std::vector<Hazard> hazards_;
 };
 
