@@ -16,8 +16,8 @@
 //   4. While x is 0, no event takes its token from another one of the target's signal and leaves
 //   the
 //      target enabled. In the old net the signal stays excited; in the new one it would not be,
-//      which makes a hazard where there was none. Where dummies lead to the target this is asked of
-//      the places that they do not produce on.
+//      which makes a hazard where there was none. A dummy that loses its token counts if it leads
+//      to the signal or to a source, and the target as enabled if dummies may enable it.
 // If besides no two sources are ever concurrent (again for the caller), the new net takes away no
 // event: each run of the old net that starts where the new one can be is part of a longer one that
 // is a run of the new net, in another order. For suppose the target g is enabled at x = 0, has
@@ -54,13 +54,11 @@ struct TokenBound {
 
 class ReductionCheck {
  public:
-  // Both must outlive it, and the prefix must not change.
+  // For all reductions with the target. Prefix and counts must outlive it, and the prefix must not
+  // change.
   ReductionCheck(const net::StgPrefix& prefix, OccurrenceCounts& counts,
-                 const sat::CnfParams& params);
-  ~ReductionCheck() = default;
+                 const sat::CnfParams& params, const net::StgTransition& target);
 
-  // The target of all reductions that are asked about from now on.
-  void choose_target(const net::StgTransition& target);
   // Nullopt when 1 to 4 hold, and after a reported failure.
   std::optional<TokenBound> objection(const Reduction& reduction);
   // Whether the target ever has to wait.
@@ -70,32 +68,30 @@ class ReductionCheck {
   using Event = net::StgPrefix::Event;
   using Condition = net::StgPrefix::Condition;
 
-  std::vector<const Event*> cut_offs_to_pass();
+  // Of run_: the target is enabled once the winner has taken a token from the loser.
+  struct Hazard {
+    const net::StgTransition *winner, *loser;
+    bool excites;  // the loser is of the target's signal, or leads to it
+    sat::Lit lit;
+  };
+
   void encode_stalling();
+  void exclude_cut_offs_to_pass();
   void find_competitions();
-  sat::Lits competitions_with_loser_other_than_target();
-  sat::Lit hazard_lit(const Event& winner, const Event& loser);
   void find_hazards();
+  sat::Lit hazard_lit(const Event& winner, const Event& loser);
+  bool is_hazard_of(const Hazard& hazard, const Reduction& reduction) const;
   std::optional<TokenBound> hazard(const Reduction& reduction);
 
   const net::StgPrefix& prefix_;
   OccurrenceCounts& counts_;
+  const net::StgTransition& target_;
   EncodedRun run_;
-  EncodedRun stalled_;                                       // for the second question
-  base::IndexedBy<net::StgTransition, sat::Lit> is_target_;  // of stalled_
-  sat::ClauseGroup target_group_;                            // of stalled_
-  // One of the two takes a token from the other, and waits for more than that does.
-  struct Competition {
-    const Event *winner, *loser;
-  };
-  std::vector<Competition> competitions_;
-  // Of the target: before the winner takes the token from one of the same signal.
-  struct Hazard {
-    const net::StgTransition* winner;
-    sat::Lit lit;
-  };
+  EncodedRun stalled_;           // for the second question
+  sat::Lits target_is_enabled_;  // of run_: for each event of the target
+  // Of run_: for each two events of which one takes a token from the other, which waits for less.
+  sat::Lits competitions_;
   std::vector<Hazard> hazards_;
-  const net::StgTransition* target_ = nullptr;
 };
 
 }  // namespace vorel::resolution
