@@ -66,7 +66,10 @@ Waiting judge(const net::Stg& stg, const StateGraph<net::Stg>& graph, const Wait
     changes |= reduced.states[i].arcs.size() != graph.states[before].arcs.size();
   }
   if (!changes) return Waiting::changes_nothing;
-  const auto hurt = disabled_signals(after, reduced), known = disabled_signals(stg, graph);
+  auto hurt = disabled_signals(after, reduced);
+  const auto known = disabled_signals(stg, graph);
+  const SignalSet lost = signals_that_dummies_disable(graph);
+  std::erase_if(hurt, [&](const auto& pair) { return lost.contains(pair.first); });
   return std::ranges::includes(known, hurt) ? Waiting::valid : Waiting::disables;
 }
 
