@@ -17,8 +17,6 @@ floors=(
   "decomposition"
   "driver tools"
 )
-to_come=" resolution " # drawn dashed, as long as there is no such folder
-planned=("resolution conflicts" "resolution unfolder")
 
 fail() {
   printf 'architecture.sh: %s\n' "$1" >&2
@@ -33,7 +31,6 @@ for i in "${!folders[@]}"; do position[${folders[i]}]=$i; done
 for path in src/*/; do
   folder=$(basename "$path")
   [ -n "${position[$folder]-}" ] || fail "src/$folder stands on no floor"
-  to_come=${to_come/ $folder / }
 done
 
 # A line such as: src/net/net.h:#include "base/id.h" becomes: net base
@@ -61,18 +58,12 @@ draw() {
   echo '// Made by scripts/architecture.sh from the includes of src.'
   echo 'digraph architecture {'
   echo '  node [shape=box, style=filled, fillcolor="#eef3fa", fontname="Helvetica"];'
-  local i folder previous="" pair
+  local i previous=""
   for ((i = ${#floors[@]} - 1; i >= 0; i--)); do
     echo "  floor$i [label=\"$i\", shape=plaintext, style=\"\"];"
     [ -z "$previous" ] || echo "  $previous -> floor$i [style=invis];"
     previous=floor$i
     echo "  { rank=same; floor$i; ${floors[i]// /; }; }"
-  done
-  for folder in $to_come; do
-    printf '  %s [label="%s\\n(to come)", style=dashed];\n' "$folder" "$folder"
-  done
-  for pair in "${planned[@]}"; do
-    if [[ $to_come == *" ${pair% *} "* ]]; then echo "  ${pair/ / -> } [style=dashed];"; fi
   done
   printf '%s\n' "${!arrow[@]}" | LC_ALL=C sort | sed 's/\(.*\) \(.*\)/  \1 -> \2;/'
   echo '}'

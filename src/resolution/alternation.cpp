@@ -28,11 +28,14 @@ std::uint32_t size_of(base::BitRow row) {
 class SignalValues {
  public:
   SignalValues(const Candidates& candidates, const OccurrenceOrder& order,
-               const CandidateLits& chosen, sat::SumsTreeBuilder& parities)
+               const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
+               sat::CnfFormula& formula, sat::ClauseGroup group)
       : candidates_{candidates},
         order_{order},
         chosen_{chosen},
         parities_{parities},
+        formula_{formula},
+        group_{group},
         sizes_(candidates.prefix().events.size()),
         after_(candidates.prefix().events.size()) {
     for (const auto& event : candidates.prefix().events) {
@@ -76,33 +79,35 @@ class SignalValues {
     return causes;
   }
 
-  // The parity of the occurrences of the row, from that at the cause which has most of them.
+  // The parity of the occurrences of the row: that at the cause which has most of them, and how
+  // many more there are. The latter recurs wherever the same happens again.
   Lit value_after(base::BitRow row, const EventSet& causes) {
     const auto [entry, is_new] = known_.try_emplace(row);
     if (!is_new) return entry->second;
     const auto nearest =
         std::ranges::max_element(causes, {}, [this](auto id) { return sizes_[id]; });
-    set_.clear();
-    base::BitRow known;
-    if (nearest != causes.end()) {
-      set_.push_back(after_[*nearest]);
-      known = order_.before(*nearest);
-    }
+    const bool has_cause = nearest != causes.end();
+    const base::BitRow known = has_cause ? order_.before(*nearest) : base::BitRow{};
     between_.assign(row.begin(), row.end());
     for (std::size_t i = 0; i < known.size(); ++i) {
       assert((known[i] & ~row[i]) == 0 && "what comes before a cause comes before its effects");
       between_[i] ^= known[i];
     }
+    set_.clear();
     base::for_each_bit(between_, [this](std::uint32_t number) {
       set_.push_back(chosen_[candidates_.candidate_of({number})]);
     });
-    return entry->second = parities_.sums_literal(set_);
+    const Lit change = parities_.sums_literal(set_);
+    const Lit start = has_cause ? after_[*nearest] : sat::LitFalse;
+    return entry->second = formula_.make_gate(sat::Gate(sat::GateXor, {start, change}), group_);
   }
 
   const Candidates& candidates_;
   const OccurrenceOrder& order_;
   const CandidateLits& chosen_;
   sat::SumsTreeBuilder& parities_;
+  sat::CnfFormula& formula_;
+  const sat::ClauseGroup group_;
   base::IndexedBy<Event, std::uint32_t> sizes_;  // of the rows
   base::IndexedBy<Event, Lit> after_;
   std::deque<Words> unions_;  // rows of several events; entries stay where they are
@@ -123,7 +128,7 @@ void add_equality(Lit condition, Lit a, Lit b, sat::CnfFormula& formula, sat::Cl
 void add_alternation(const Candidates& candidates, const OccurrenceOrder& order,
                      const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
                      sat::CnfFormula& formula, sat::ClauseGroup group) {
-  SignalValues values(candidates, order, chosen, parities);
+  SignalValues values(candidates, order, chosen, parities, formula, group);
   for (const CandidateId candidate : candidates.all()) {
     Lits found;
     for (const OccurrenceId id : candidates.occurrences_of(candidate))

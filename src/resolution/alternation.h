@@ -14,10 +14,10 @@
 namespace vorel::resolution {
 
 // Adds: all occurrences of a chosen candidate find the signal at one value, and so do a cut-off and
-// its correspondents. The values are recorded as parities with the builder, which belongs to the
-// formula and must define them before the next solve. Each is the parity of an earlier one and of
-// the occurrences in between, so that the sets are small however long the prefix is; occurrences
-// and events behind the same occurrences share one.
+// its correspondents. Each value is an earlier one and the parity of the occurrences in between, so
+// that sets are small however long the prefix is, and recur; occurrences and events behind the same
+// occurrences share one. The parities are recorded with the builder, which belongs to the formula
+// and must define them before the next solve.
 void add_alternation(const Candidates& candidates, const OccurrenceOrder& order,
                      const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
                      sat::CnfFormula& formula, sat::ClauseGroup group);

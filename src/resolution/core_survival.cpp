@@ -12,16 +12,10 @@ using configuration::EventSet;
 using net::StgPrefix;
 using Event = StgPrefix::Event;
 
-EventSet past_of(const StgPrefix& prefix, const Event& event) {
-  Event* last = &base::element(prefix.events, base::id_of(event));
-  const auto past = net::causal_past<net::Stg>(prefix, {&last, 1});
-  return configuration::event_set(std::vector<const Event*>(past.begin(), past.end()));
-}
-
 }  // namespace
 
 CoreSurvival::CoreSurvival(const StgPrefix& prefix, OccurrenceCounts& counts)
-    : prefix_{prefix}, counts_{counts}, structure_{prefix} {}
+    : prefix_{prefix}, counts_{counts}, structure_{prefix}, pasts_(prefix.events.size()) {}
 
 bool CoreSurvival::is_source(const Reduction& reduction, const Event& event) const {
   return std::ranges::count(reduction.sources, event.transition) != 0;
@@ -51,18 +45,37 @@ bool CoreSurvival::are_executable(const Reduction& reduction, const Pair& pair) 
   return is_executable(reduction, pair.first) && is_executable(reduction, pair.second);
 }
 
-std::optional<CoreSurvival::Pair> CoreSurvival::with_past(const Pair& pair,
-                                                          const Event& event) const {
-  const EventSet past = past_of(prefix_, event);
+const EventSet& CoreSurvival::past_of(const Event& event) {
+  EventSet& past = pasts_[event];
+  if (past.empty()) {
+    Event* last = &base::element(prefix_.events, base::id_of(event));
+    const auto events = net::causal_past<net::Stg>(prefix_, {&last, 1});
+    past = configuration::event_set(std::vector<const Event*>(events.begin(), events.end()));
+  }
+  return past;
+}
+
+// The configuration has not consumed what the others need; these are free of conflicts.
+bool CoreSurvival::is_free(const EventSet& configuration, const EventSet& more) const {
+  return std::ranges::all_of(more, [&](configuration::StgEventId id) {
+    const auto& preset = base::element(prefix_.events, id).preset;
+    return std::ranges::all_of(preset, [&](const auto* condition) {
+      return std::ranges::none_of(condition->postset, [&](const Event* rival) {
+        return std::ranges::binary_search(configuration, base::id_of(*rival));
+      });
+    });
+  });
+}
+
+std::optional<CoreSurvival::Pair> CoreSurvival::with_past(const Pair& pair, const Event& event) {
+  const EventSet& past = past_of(event);
   const EventSet more = configuration::set_difference(past, pair.first);
-  if (more != configuration::set_difference(past, pair.second)) return std::nullopt;
-  Pair longer{configuration::set_union(pair.first, more),
-              configuration::set_union(pair.second, more)};
-  if (!configuration::is_configuration(prefix_, longer.first) ||
-      !configuration::is_configuration(prefix_, longer.second)) {
+  if (more.empty() || more != configuration::set_difference(past, pair.second) ||
+      !is_free(pair.first, more) || !is_free(pair.second, more)) {
     return std::nullopt;
   }
-  return longer;
+  return Pair{configuration::set_union(pair.first, more),
+              configuration::set_union(pair.second, more)};
 }
 
 std::optional<CoreSurvival::Pair> CoreSurvival::executable_pair(const Reduction& reduction,
@@ -85,8 +98,7 @@ std::vector<net::SignalId> CoreSurvival::excited(const Reduction& reduction,
     const auto edges = structure_.instances().events_of(signal);
     const auto can_fire = [&](const Event* event) {
       return state.is_enabled(*event) &&
-             is_executable(reduction,
-                           configuration::set_union(configuration, past_of(prefix_, *event)));
+             is_executable(reduction, configuration::set_union(configuration, past_of(*event)));
     };
     if (std::ranges::any_of(edges, can_fire)) signals.push_back(signal);
   }

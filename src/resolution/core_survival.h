@@ -36,13 +36,16 @@ class CoreSurvival {
   bool is_executable(const Reduction& reduction, const EventSet& configuration);
   bool are_executable(const Reduction& reduction, const Pair& pair);
   // Adds the past of the event to both; nullopt if that is impossible or changes the core.
-  std::optional<Pair> with_past(const Pair& pair, const net::StgPrefix::Event& event) const;
+  std::optional<Pair> with_past(const Pair& pair, const net::StgPrefix::Event& event);
+  bool is_free(const EventSet& configuration, const EventSet& more) const;
+  const EventSet& past_of(const net::StgPrefix::Event& event);
   std::optional<Pair> executable_pair(const Reduction& reduction, const conflicts::Core& core);
   std::vector<net::SignalId> excited(const Reduction& reduction, const EventSet& configuration);
 
   const net::StgPrefix& prefix_;
   OccurrenceCounts& counts_;
   const configuration::StateStructure<net::StgPrefix> structure_;
+  base::IndexedBy<net::StgPrefix::Event, EventSet> pasts_;  // empty until asked for
 };
 
 }  // namespace vorel::resolution

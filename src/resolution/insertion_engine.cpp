@@ -1,14 +1,22 @@
 #include "resolution/insertion_engine.h"
 
 #include <cassert>
+#include <iostream>
 #include <utility>
 
+#include "base/run_state.h"
 #include "net/check.h"
 #include "net/clone_net.h"
 #include "resolution/insertion_constraints.h"
 #include "resolution/insertions.h"
+#include "resolution/occurrence_text.h"
 
 namespace vorel::resolution {
+namespace {
+
+constexpr int verbosity_of_occurrences = 6;
+
+}  // namespace
 
 struct InsertionEngine::Step {
   Step(const net::StgPrefix& prefix, std::int32_t concurrent_insertions, sat::CnfFormula& formula)
@@ -55,6 +63,7 @@ void InsertionEngine::start_step() {
   step_.reset();
   formula_.reset();
   step_ = std::make_unique<Step>(prefix_, concurrent_insertions_, formula_);
+  if (base::verbosity() >= verbosity_of_occurrences) print_occurrences(std::cerr, candidates());
   add_insertion_constraints(candidates(), order(), literals(), step_->sums, formula_,
                             sat::PermanentGroup);
 }

@@ -7,7 +7,8 @@
 //   - neither transition of it is dead, and no input waits for the new signal, not even behind
 //     dummies;
 //   - what net/insert_transition.h asks of its kind holds, so that the edited prefix is complete.
-//     Correspondents count together there, as the one configuration that they are.
+//     Correspondents count together there, as the one configuration that they are;
+//   - no choice makes a hazard of it (resolution/persistency.h).
 #pragma once
 
 #include <vector>

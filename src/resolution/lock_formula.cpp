@@ -71,7 +71,7 @@ class SignalLock {
         predecessor_(prefix_.events.size()),
         place_(candidates_.all_occurrences().size()),
         is_excluded_(candidates_.size()),
-        excluders_(candidates_.size()) {}
+        unlocked_by_(candidates_.size()) {}
 
   Lit literal_of(SignalId signal) {
     edges_ = instances_.events_of(signal);
@@ -81,23 +81,24 @@ class SignalLock {
     exclude_candidates();
     if (!find_separators()) return sat::LitFalse;
     const Lit locked(gates_.formula().new_var(false), false);
-    exclude(locked, is_excluded_);
+    for (const CandidateId candidate : candidates_.all())
+      if (is_excluded_[candidate]) unlocked_by_[candidate].push_back(locked);
     for (const CandidateList& set : separators_) require_some(locked, set);
     forbid_chains_in_places(locked);
     require_a_start(locked);
     return locked;
   }
 
-  // To be called after the last signal. Candidates that are excluded by the same are many: the
-  // clauses of all edges of one component with all signals of the others would be.
+  // To be called after the last signal. Many candidates unlock the same signals: an edge in one
+  // component does so with all signals of the others.
   void emit_exclusions() {
     std::map<Lits, CandidateList> groups;
     for (const CandidateId candidate : candidates_.all())
-      groups[excluders_[candidate]].push_back(candidate);
-    for (const auto& [excluders, group] : groups) {
-      if (excluders.empty()) continue;
+      groups[unlocked_by_[candidate]].push_back(candidate);
+    for (const auto& [locked, group] : groups) {
+      if (locked.empty()) continue;
       const Lit chosen = gates_.any_of(group);
-      for (const Lit excluder : excluders) gates_.add_clause(std::array{~excluder, ~chosen});
+      for (const Lit lit : locked) gates_.add_clause(std::array{~lit, ~chosen});
     }
   }
 
@@ -172,12 +173,6 @@ class SignalLock {
       const auto occurrences = candidates_.occurrences_of(candidate);
       excluded[candidate] = std::ranges::any_of(occurrences.begin(), occurrences.end(), is_bad);
     }
-  }
-
-  void exclude(Lit condition, const Excluded& excluded) {
-    for (const CandidateId candidate : candidates_.all())
-      if (excluded[candidate])
-        gates_.add_clause(std::array{~condition, ~gates_.literal(candidate)});
   }
 
   // One occurrence of these comes between two events of the signal, for each pair of neighbours.
@@ -297,8 +292,8 @@ class SignalLock {
     Excluded excluded(candidates_.size());
     set_excluded(excluded, is_bad);
     for (const CandidateId candidate : candidates_.all())
-      if (is_excluded_[candidate]) excluded[candidate] = false;
-    exclude(start, excluded);
+      if (excluded[candidate] && !is_excluded_[candidate])
+        gates_.add_clause(std::array{~start, ~gates_.literal(candidate)});
   }
 
   std::size_t edges_before(OccurrenceId id) const {
@@ -326,7 +321,7 @@ class SignalLock {
   Row followed_;  // occurrences before some edge
   std::set<CandidateList> separators_;
 
-  base::IndexedBy<net::Insertion, Lits> excluders_;  // by candidate: the conditions that exclude it
+  base::IndexedBy<net::Insertion, Lits> unlocked_by_;  // by candidate
 };
 
 }  // namespace

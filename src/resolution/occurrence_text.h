@@ -9,7 +9,7 @@
 namespace vorel::resolution {
 
 // "Instance of CANDIDATE: " and what tells it from the others: the conditions it consumes as
-// "c3(p)", or the event that it follows as "e5(t)", of which a token at the start has none.
+// "c3(p)", or the events that it follows as "e5(t)", of which a token at the start has none.
 std::string to_text(const Candidates& candidates, OccurrenceId id);
 
 // All of all candidates, a line each under a line for the candidate.

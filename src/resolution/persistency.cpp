@@ -76,6 +76,7 @@ class PersistencyCheck {
   static Transitions delayed_by(const net::Insertion& insertion) {
     if (const auto* before = std::get_if<net::SeqBefore>(&insertion)) return {before->target};
     if (const auto* both = std::get_if<net::Concurrent>(&insertion)) return {both->target};
+    if (const auto* many = std::get_if<net::General>(&insertion)) return many->targets;
     Transitions delayed;
     for (const net::StgPlace* place : std::get<net::SeqAfter>(insertion).places)
       delayed.insert(delayed.end(), place->postset.begin(), place->postset.end());
@@ -269,6 +270,8 @@ class PersistencyCheck {
     };
     if (const auto* after = std::get_if<net::SeqAfter>(&insertion)) return is_by(after->source);
     if (const auto* both = std::get_if<net::Concurrent>(&insertion)) return is_by(both->source);
+    if (const auto* many = std::get_if<net::General>(&insertion))
+      return std::ranges::any_of(many->sources, is_by);
     return std::ranges::any_of(
         std::get<net::SeqBefore>(insertion).places,
         [&](const net::StgPlace* place) { return std::ranges::any_of(place->preset, is_by); });

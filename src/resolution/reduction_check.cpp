@@ -71,31 +71,37 @@ class Question {
 }  // namespace
 
 ReductionCheck::ReductionCheck(const net::StgPrefix& prefix, OccurrenceCounts& counts,
-                               const sat::CnfParams& params)
+                               const sat::CnfParams& params, const StgTransition& target)
     : prefix_{prefix},
       counts_{counts},
+      target_{target},
       run_{prefix, counts, params},
-      stalled_{prefix, counts, params},
-      is_target_(prefix.transitions.size()),
-      target_group_{stalled_.formula().new_group()} {
+      stalled_{prefix, counts, params} {
+  for (const auto& event : prefix.events) {
+    if (event->transition == &target) target_is_enabled_.push_back(run_.enabled(*event));
+  }
   encode_stalling();
+  exclude_cut_offs_to_pass();
   find_competitions();
+  find_hazards();
 }
 
-// Every event has fired, or lacks something, or has lost it, or is one of the target, or competes
-// with the one of the target that is enabled.
+// An event of the target is enabled. Every other event has fired, or lacks something, or has lost
+// it, or competes with that one.
 void ReductionCheck::encode_stalling() {
   sat::CnfFormula& formula = stalled_.formula();
-  for (sat::Lit& lit : is_target_) lit = sat::Lit(formula.new_var(false), false);
-  base::IndexedBy<Event, sat::Lit> waits(prefix_.events.size());
-  for (const auto& event : prefix_.events) {
-    waits[*event] = sat::Lit(formula.new_var(false), false);
-    formula.add_binary(~waits[*event], is_target_[*event->transition], sat::PermanentGroup);
-    formula.add_binary(~waits[*event], stalled_.enabled(*event), sat::PermanentGroup);
-  }
+  base::IndexedBy<Event, sat::Lit> waits(prefix_.events.size(), sat::LitFalse);
   sat::Lits clause;
   for (const auto& event : prefix_.events) {
-    clause.assign({stalled_.fired(*event), is_target_[*event->transition]});
+    if (event->transition != &target_) continue;
+    waits[*event] = sat::Lit(formula.new_var(false), false);
+    formula.add_binary(~waits[*event], stalled_.enabled(*event), sat::PermanentGroup);
+    clause.push_back(waits[*event]);
+  }
+  formula.add_clause(clause, sat::PermanentGroup);
+  for (const auto& event : prefix_.events) {
+    if (event->transition == &target_) continue;
+    clause.assign({stalled_.fired(*event)});
     for (const Condition* condition : event->preset) {
       clause.push_back(~stalled_.produced(*condition));
       for (const Event* consumer : condition->postset) {
@@ -105,64 +111,36 @@ void ReductionCheck::encode_stalling() {
     }
     formula.add_clause(clause, sat::PermanentGroup);
   }
-  for (const auto& transition : prefix_.transitions) {
-    clause.assign({~is_target_[*transition]});
-    for (const auto& event : prefix_.events) {
-      if (event->transition == transition.get()) clause.push_back(waits[*event]);
-    }
-    formula.add_clause(clause, sat::PermanentGroup);
+}
+
+// Those with more targets up to them than up to their correspondents, unless others have fewer: a
+// run behind such a one has a twin with fewer targets, so whoever stalls for good need not pass it.
+void ReductionCheck::exclude_cut_offs_to_pass() {
+  const OccurrenceCount& count = counts_.of(target_);
+  sat::Lits passed;
+  for (const auto& event : prefix_.events) {
+    if (!event->is_cut_off()) continue;
+    const std::uint32_t other = counts_.before_or_at(event->cut_off.correspondents(), target_);
+    if (count[*event] < other) return;
+    if (count[*event] > other) passed.push_back(stalled_.fired(*event));
   }
+  stalled_.formula().add_units(passed, true, sat::PermanentGroup);
 }
 
 void ReductionCheck::find_competitions() {
   for (const auto& condition : prefix_.conditions) {
     for (const Event* winner : condition->postset) {
       for (const Event* loser : condition->postset) {
-        if (!needs_all_of(*loser->transition, *winner->transition))
-          competitions_.push_back({winner, loser});
+        if (loser->transition == &target_ ||
+            needs_all_of(*loser->transition, *winner->transition)) {
+          continue;
+        }
+        const sat::Lits both{run_.enabled(*winner), run_.enabled(*loser)};
+        competitions_.push_back(
+            run_.formula().make_gate(sat::Gate(sat::GateAnd, both), sat::PermanentGroup, +1));
       }
     }
   }
-}
-
-void ReductionCheck::choose_target(const StgTransition& target) {
-  sat::CnfFormula& formula = stalled_.formula();
-  formula.remove_group(target_group_);
-  target_group_ = formula.new_group();
-  for (const auto& transition : prefix_.transitions) {
-    const bool is_target = transition.get() == &target;
-    formula.add_unit(is_target_[*transition] ^ !is_target, target_group_);
-  }
-  target_ = &target;
-  find_hazards();
-  for (const Event* cut_off : cut_offs_to_pass()) {
-    formula.add_unit(~stalled_.fired(*cut_off), target_group_);
-  }
-}
-
-// By the number of targets up to it that those up to the correspondents do not have. If none is
-// negative, a run behind one with more has a twin with fewer targets.
-std::vector<const ReductionCheck::Event*> ReductionCheck::cut_offs_to_pass() {
-  std::vector<const Event*> result;
-  const OccurrenceCount& count = counts_.of(*target_);
-  for (const auto& event : prefix_.events) {
-    if (!event->is_cut_off()) continue;
-    const std::uint32_t other = counts_.before_or_at(event->cut_off.correspondents(), *target_);
-    if (count[*event] < other) return {};
-    if (count[*event] > other) result.push_back(event.get());
-  }
-  return result;
-}
-
-sat::Lits ReductionCheck::competitions_with_loser_other_than_target() {
-  sat::Lits lits;
-  for (const Competition& competition : competitions_) {
-    if (competition.loser->transition == target_) continue;
-    const sat::Lits both{run_.enabled(*competition.winner), run_.enabled(*competition.loser)};
-    lits.push_back(
-        run_.formula().make_gate(sat::Gate(sat::GateAnd, both), sat::PermanentGroup, +1));
-  }
-  return lits;
 }
 
 // Both are enabled, and the target is once the winner has fired.
@@ -170,7 +148,7 @@ sat::Lit ReductionCheck::hazard_lit(const Event& winner, const Event& loser) {
   const auto is_dummy = [](const StgTransition* t) { return t->signal->is_dummy(); };
   const StgTransition& first = *winner.transition;
   sat::Lits lits{run_.enabled(winner), run_.enabled(loser)};
-  for (const StgPlace* place : target_->preset) {
+  for (const StgPlace* place : target_.preset) {
     if (has(first.postset, place) || std::ranges::any_of(place->preset, is_dummy)) continue;
     if (has(first.preset, place)) return sat::LitFalse;
     lits.push_back(run_.marked(*place));
@@ -179,52 +157,61 @@ sat::Lit ReductionCheck::hazard_lit(const Event& winner, const Event& loser) {
 }
 
 void ReductionCheck::find_hazards() {
-  hazards_.clear();
-  const auto signals = signals_led_to(*target_);
-  const auto keeps_excited = [&](const StgTransition& loser) {
-    const auto own = signals_led_to(loser);
-    return &loser != target_ && std::ranges::find_first_of(own, signals) != own.end();
-  };
-  const auto may_win = [&](const StgTransition& winner, const StgTransition& loser) {
-    return &winner != target_ && &winner != &loser &&
+  const auto may_win = [this](const StgTransition& winner, const StgTransition& loser) {
+    return &winner != &target_ && &winner != &loser &&
            (winner.signal->is_dummy() || winner.signal != loser.signal);
   };
+  const auto signals = signals_led_to(target_);
   for (const auto& condition : prefix_.conditions) {
     if (condition->postset.size() < 2) continue;
     for (const Event* loser : condition->postset) {
-      if (!keeps_excited(*loser->transition)) continue;
+      if (loser->transition == &target_) continue;
+      const auto led_to = signals_led_to(*loser->transition);
+      const bool excites = std::ranges::find_first_of(led_to, signals) != led_to.end();
+      if (!excites && !net::is_dummy(*loser)) continue;
       for (const Event* winner : condition->postset) {
-        if (may_win(*winner->transition, *loser->transition))
-          hazards_.push_back({winner->transition, hazard_lit(*winner, *loser)});
+        if (may_win(*winner->transition, *loser->transition)) {
+          hazards_.push_back(
+              {winner->transition, loser->transition, excites, hazard_lit(*winner, *loser)});
+        }
       }
     }
   }
 }
 
+// A winner that is a source lets the target fire.
+bool ReductionCheck::is_hazard_of(const Hazard& hazard, const Reduction& reduction) const {
+  const auto is_source = [&](const StgTransition* transition) {
+    return std::ranges::find(reduction.sources, transition) != reduction.sources.end();
+  };
+  if (is_source(hazard.winner)) return false;
+  return hazard.excites || std::ranges::any_of(closure_through_dummies(*hazard.loser), is_source);
+}
+
 std::optional<TokenBound> ReductionCheck::hazard(const Reduction& reduction) {
   Question question(run_, reduction);
   question.tokens_at_most(0);
-  const auto is_source = [&](const Hazard& hazard) {
-    return std::ranges::find(reduction.sources, hazard.winner) != reduction.sources.end();
-  };
+  std::vector<const Hazard*> possible;
   sat::Lits lits;
   for (const Hazard& hazard : hazards_) {
-    if (!is_source(hazard)) lits.push_back(hazard.lit);
+    if (!is_hazard_of(hazard, reduction)) continue;
+    possible.push_back(&hazard);
+    lits.push_back(hazard.lit);
   }
   run_.formula().add_clause(lits, question.group());
   auto found = question.answer(false, 1);
   if (!found) return std::nullopt;
   // What stays undefined could be true: a gate that is used positively alone is never decided.
-  const auto met = std::ranges::find_if(hazards_, [&](const Hazard& hazard) {
-    return !is_source(hazard) && run_.formula().value(hazard.lit) != sat::ModelValue::no;
+  const auto met = std::ranges::find_if(possible, [this](const Hazard* hazard) {
+    return run_.formula().value(hazard->lit) != sat::ModelValue::no;
   });
-  assert(met != hazards_.end());
-  ++found->run[*met->winner];
+  assert(met != possible.end());
+  ++found->run[*(*met)->winner];
   return found;
 }
 
 std::optional<TokenBound> ReductionCheck::objection(const Reduction& reduction) {
-  assert(reduction.target == target_);
+  assert(reduction.target == &target_);
   {
     Question unsafe(run_, reduction);
     unsafe.tokens_at_least(2);
@@ -238,21 +225,17 @@ std::optional<TokenBound> ReductionCheck::objection(const Reduction& reduction) 
   {
     Question competing(run_, reduction);
     competing.tokens_below_zero();
-    run_.formula().add_clause(competitions_with_loser_other_than_target(), competing.group());
+    run_.formula().add_clause(competitions_, competing.group());
     if (auto found = competing.answer(false, 0)) return found;
   }
   return hazard(reduction);
 }
 
 bool ReductionCheck::changes_anything(const Reduction& reduction) {
-  assert(reduction.target == target_);
+  assert(reduction.target == &target_);
   Question waiting(run_, reduction);
   waiting.tokens_at_most(0);
-  sat::Lits enabled;
-  for (const auto& event : prefix_.events) {
-    if (event->transition == target_) enabled.push_back(run_.enabled(*event));
-  }
-  run_.formula().add_clause(enabled, waiting.group());
+  run_.formula().add_clause(target_is_enabled_, waiting.group());
   return waiting.is_possible();
 }
 

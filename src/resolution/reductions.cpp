@@ -47,7 +47,7 @@ class TransitionConcurrency {
 
 sat::CnfParams plain(sat::CnfParams params) {
   params.store_cnf_formula = false;
-  params.restrict_branching = false;
+  params.restrict_branching = true;
   return params;
 }
 
@@ -55,7 +55,6 @@ struct Tools {
   const StgPrefix& prefix;
   const TransitionConcurrency& concurrency;
   OccurrenceCounts& counts;
-  ReductionCheck& check;
   const sat::CnfParams& params;
   const ReductionLimits& limits;
 };
@@ -75,16 +74,16 @@ class SourceSearch {
   void run(std::vector<Reduction>& found) {
     if (universe_.empty()) return;
     encode();
-    tools_.check.choose_target(target_);
+    ReductionCheck check(tools_.prefix, tools_.counts, tools_.params, target_);
     std::uint32_t left = tools_.limits.max_reductions;
     for (std::uint32_t i = 0; i < tools_.limits.max_candidates && left > 0; ++i) {
       if (!find_smallest()) return;
       const Reduction candidate = candidate_of_model();
-      if (const auto objection = tools_.check.objection(candidate)) {
+      if (const auto objection = check.objection(candidate)) {
         require(*objection);
       } else if (base::run_failed()) {
         return;
-      } else if (tools_.check.changes_anything(candidate)) {
+      } else if (check.changes_anything(candidate)) {
         found.push_back(candidate);
         --left;
         exclude(candidate);
@@ -226,8 +225,7 @@ std::vector<Reduction> reductions(const StgPrefix& prefix, const sat::CnfParams&
   const sat::CnfParams formula_params = plain(params);
   const TransitionConcurrency concurrency(prefix);
   OccurrenceCounts counts(prefix);
-  ReductionCheck check(prefix, counts, formula_params);
-  const Tools tools{prefix, concurrency, counts, check, formula_params, limits};
+  const Tools tools{prefix, concurrency, counts, formula_params, limits};
   std::vector<Reduction> found;
   for (const auto& target : prefix.transitions) {
     if (!is_input_like(*target)) SourceSearch(tools, *target).run(found);

@@ -33,7 +33,7 @@ constexpr std::string_view file_name = "vorel";
 constexpr std::string_view signal_name = "csc";
 constexpr int verbosity_of_steps = 3;  // the STG after each step is kept
 // Resolving one conflict can make another. A loop that goes around in a circle must end.
-constexpr std::size_t most_steps_without_progress = 10;
+constexpr std::size_t most_steps_without_progress = 5;
 
 conflicts::KeepCore as_predicate(const conflicts::ConflictCheck& check) {
   return

@@ -5,6 +5,7 @@
 #include <cassert>
 #include <iostream>
 #include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -279,10 +280,16 @@ std::uint64_t unlocked_weight(const StgPrefix& prefix, const Signal& signal) {
   LockSearch search(prefix, event_copies(prefix));
   search.compare_one(signal.index);
   std::uint64_t sum = 0;
+  std::string locked;
   for (const net::SignalId other : prefix.visible_signals()) {
-    if (other == base::id_of(signal) || search.are_locked(signal.index, other.value)) continue;
-    sum += other.value < prefix.inputs_end ? 2 : 4;
+    if (other == base::id_of(signal)) continue;
+    if (search.are_locked(signal.index, other.value)) {
+      locked += ' ' + base::element(prefix.signals, other).name;
+    } else {
+      sum += other.value < prefix.inputs_end ? 2 : 4;
+    }
   }
+  if (base::verbosity() >= verbosity_of_pairs) std::cerr << "\nLocked signals:" << locked << '\n';
   return sum;
 }
 

@@ -82,9 +82,7 @@ TEST(Application, ReadsALegacyFileAsAPlainNetWhereThatIsAccepted) {
 TEST(Application, RefusesAModeWithoutEngineOnlyAfterReadingAndCheckingItsInput) {
   const std::string stg = support::example("vme_read.unf.pnml");
   const std::string start = "\nfile: " + stg + "\n |B|=15 |E|=12 |C|=1 |BE|=14 |EB|=13";
-  for (const char* mode : {"-R", "-T"}) {
-    expect_outcome({{mode, stg}, 2, start, not_supported});
-  }
+  expect_outcome({{"-T", stg}, 2, start, not_supported});
   const std::string bad = "\nError: bad coefficient option: ";
   expect_outcome({{"-R", "-ccsc=1-2", "-clock=5/0", stg},
                   2,

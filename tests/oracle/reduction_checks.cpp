@@ -5,6 +5,7 @@
 #include <map>
 
 #include "net/clone_net.h"
+#include "oracle/coding.h"
 
 namespace vorel::oracle {
 namespace {
@@ -64,7 +65,12 @@ Waiting judge(const net::Stg& stg, const StateGraph<net::Stg>& graph, const Wait
     if (!std::ranges::includes(can[i], could[before])) return Waiting::stops;
     changes |= reduced.states[i].arcs.size() != graph.states[before].arcs.size();
   }
-  return changes ? Waiting::valid : Waiting::changes_nothing;
+  if (!changes) return Waiting::changes_nothing;
+  auto hurt = disabled_signals(after, reduced);
+  const auto known = disabled_signals(stg, graph);
+  const SignalSet lost = signals_that_dummies_disable(graph);
+  std::erase_if(hurt, [&](const auto& pair) { return lost.contains(pair.first); });
+  return std::ranges::includes(known, hurt) ? Waiting::valid : Waiting::disables;
 }
 
 bool are_concurrent(const StateGraph<net::Stg>& graph, const net::StgTransition& a,

@@ -20,10 +20,11 @@ struct WaitingPlace {
 
 net::Stg with_place(const net::Stg& stg, const WaitingPlace& place);
 
-enum class Waiting { unsafe, stops, changes_nothing, valid };
+enum class Waiting { unsafe, stops, disables, changes_nothing, valid };
 
 // `stops`: after some run of the new net a transition can never fire any more that the old net
-// could still fire sometime. The graph is that of the STG before.
+// could still fire sometime. `disables`: a signal disables another one that it did not; dummies
+// disabled none of these. The graph is that of the STG before.
 Waiting judge(const net::Stg& stg, const StateGraph<net::Stg>& graph, const WaitingPlace& place);
 
 // In some state both can fire, in either order.

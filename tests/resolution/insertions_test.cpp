@@ -145,9 +145,11 @@ void expect_the_good_ones(const net::StgPrefix& prefix, Counts& counts) {
 
 TEST(Insertions, AreThoseByTheRulesThatKeepWhatTheStgDoes) {
   Counts counts;
-  resolution_support::on_prefixes(60, [&](const net::StgPrefix& prefix, std::uint64_t) {
+  resolution_support::on_prefixes(30, [&](const net::StgPrefix& prefix, std::uint64_t) {
     expect_the_good_ones(prefix, counts);
   });
+  for (const char* name : {"celement", "dummy_fork", "fork_join", "mutex2", "toggle", "vme_read"})
+    expect_the_good_ones(resolution_support::unfold_example(name), counts);
   EXPECT_GT(counts.hazards, 0);
   EXPECT_LT(counts.refused * 50, counts.good) << "where several events give excitation back";
 }

@@ -123,7 +123,7 @@ std::vector<net::Insertion> some_of(std::vector<net::Insertion> insertions, std:
 
 TEST(NewSignal, HasTheSetsOfEdgesThatTheStatesAllow) {
   std::size_t good = 0;
-  resolution_support::on_prefixes(25, [&](const net::StgPrefix& prefix, std::uint64_t seed) {
+  resolution_support::on_prefixes(15, [&](const net::StgPrefix& prefix, std::uint64_t seed) {
     oracle::Random random(seed);
     good += compare_all_sets(prefix, some_of(insertions(prefix, 2), 8, random));
   });
@@ -132,7 +132,7 @@ TEST(NewSignal, HasTheSetsOfEdgesThatTheStatesAllow) {
 
 TEST(NewSignal, IsOneHoweverManyEdgesItHas) {
   std::size_t most = 0;
-  resolution_support::on_prefixes(25, [&](const net::StgPrefix& prefix, std::uint64_t seed) {
+  resolution_support::on_prefixes(15, [&](const net::StgPrefix& prefix, std::uint64_t seed) {
     oracle::Random random(seed);
     Subject subject(prefix, insertions(prefix, 2));
     for (int i = 0; i < 10 && subject.candidates.size() > 0; ++i) {
