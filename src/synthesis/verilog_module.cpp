@@ -1,7 +1,6 @@
 #include "synthesis/verilog_module.h"
 
 #include "base/messages.h"
-#include "base/source_text.h"
 #include "toolkit/verilog_name.h"
 
 namespace vorel::synthesis {
@@ -22,11 +21,8 @@ std::string joined(const base::OwnedList<net::Signal>& signals, std::uint32_t fi
 bool names_can_stand_in_verilog(const net::Stg& stg) {
   for (const auto& signal : stg.signals) {
     if (signal->is_dummy() || toolkit::can_stand_in_verilog(signal->name)) continue;
-    base::print_error(signal->name.empty()
-                          ? "a signal has no name, and so cannot stand in Verilog"
-                          : "the signal " + base::quoted(signal->name) +
-                                " cannot stand in Verilog, which takes names of printable ASCII "
-                                "characters without blanks");
+    if (!signal->name.empty()) return toolkit::report_not_for_verilog("the signal", signal->name);
+    base::print_error("a signal has no name, and so cannot stand in Verilog");
     return false;
   }
   return true;

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cassert>
 
+#include "base/messages.h"
+#include "base/source_text.h"
+
 namespace vorel::toolkit {
 namespace {
 
@@ -55,6 +58,13 @@ bool is_plain(std::string_view name) {
 
 bool can_stand_in_verilog(std::string_view name) {
   return !name.empty() && std::ranges::all_of(name, [](char c) { return c > ' ' && c <= '~'; });
+}
+
+bool report_not_for_verilog(std::string_view what, std::string_view name) {
+  base::print_error(std::string(what) + ' ' + base::quoted(name) +
+                    " cannot stand in Verilog, which takes names of printable ASCII characters "
+                    "without blanks");
+  return false;
 }
 
 std::string verilog_name(std::string_view name) {
