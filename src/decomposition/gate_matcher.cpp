@@ -49,13 +49,6 @@ Code first_code(bdd::Bdd set, std::size_t input_count) {
   return code;
 }
 
-// No function without the input lies between the sets.
-bool needs(const bdd::Bdd& on, const bdd::Bdd& off, const bdd::Bdd& input) {
-  const bdd::Bdd not_input = ~input;
-  return !(cofactor(on, input) & cofactor(off, not_input)).is_false() ||
-         !(cofactor(on, not_input) & cofactor(off, input)).is_false();
-}
-
 std::vector<std::uint32_t> earlier_twins(const bdd::BDDCover& covers, std::uint32_t pin_count) {
   std::vector<bdd::Bdd> swapped;
   for (std::uint32_t pin = 0; pin < pin_count; ++pin) swapped.push_back(bdd::bdd_variable(pin));
@@ -98,22 +91,16 @@ struct GateMatcher::Demand {
   bool is_in_set[std::size(the_sets)];
 };
 
-// A query over inputs that are numbered from 0, and the codes at which choices were found wrong.
+// A query over inputs that are numbered from 0, and the codes at which choices are tried.
 class GateMatcher::Query {
  public:
-  explicit Query(const bdd::BDDCover& cover) : variables_{cover.support()} {
+  explicit Query(const bdd::BDDCover& cover) : variables_{cover.support()}, edges_{false} {
     std::vector<bdd::Bdd> renaming(variables_.empty() ? 0 : variables_.back() + 1, bdd::Bdd(false));
     for (std::uint32_t i = 0; i < variables_.size(); ++i) {
       renaming[variables_[i]] = bdd::bdd_variable(i);
     }
     cover_ = compose(cover, renaming);
-    for (std::uint32_t i = 0; i < variables_.size(); ++i) {
-      const bdd::Bdd input = bdd::bdd_variable(i);
-      if (needs(cover_.er_plus, cover_.qr_minus, input) ||
-          needs(cover_.qr_plus, cover_.er_minus, input)) {
-        ++needed_inputs_;
-      }
-    }
+    for (std::uint32_t i = 0; i < variables_.size(); ++i) find_edges(i);
   }
 
   const bdd::BDDCover& cover() const { return cover_; }
@@ -133,16 +120,44 @@ class GateMatcher::Query {
     return demand;
   }
 
-  // What choices failed at so far, for any gate.
+  // What choices are tried with: some edges, then where choices failed so far, of any gate.
   const std::vector<Demand>& demands() const { return demands_; }
-  const Demand& add(Code code) { return demands_.emplace_back(demand_at(std::move(code))); }
+  // One of the codes, if possible one that tells much.
+  const Demand& add_one_of(const bdd::Bdd& codes) {
+    const bdd::Bdd telling = codes & edges_;
+    const bdd::Bdd& best = telling.is_false() ? codes : telling;
+    return demands_.emplace_back(demand_at(first_code(best, variables_.size())));
+  }
 
   // The input of the query as one of the caller's.
   bdd::Bdd variable(std::uint32_t input) const { return bdd::bdd_variable(variables_[input]); }
 
  private:
+  // Two codes that differ in the input alone, with one value asked for at the one and the other at
+  // the other, need the input on a pin.
+  void find_edges(std::uint32_t i) {
+    const bdd::Bdd input = bdd::bdd_variable(i), no_input = ~input;
+    bdd::Bdd edges(false);
+    for (const auto& [on, off] : {std::pair{&cover_.er_plus, &cover_.qr_minus},
+                                  std::pair{&cover_.qr_plus, &cover_.er_minus}}) {
+      edges |= cofactor(*on, input) & cofactor(*off, no_input);
+      edges |= cofactor(*on, no_input) & cofactor(*off, input);
+    }
+    if (edges.is_false()) return;
+    ++needed_inputs_;
+    edges_ |= edges;
+    Code code = first_code(edges, variables_.size());
+    for (const int value : {0, 1}) {
+      code[i] = value;
+      if (std::ranges::find(demands_, code, &Demand::code) == demands_.end()) {
+        demands_.push_back(demand_at(code));
+      }
+    }
+  }
+
   std::vector<std::uint32_t> variables_;  // of the caller, by input
   bdd::BDDCover cover_;
+  bdd::Bdd edges_;
   std::uint32_t needed_inputs_ = 0;
   std::vector<Demand> demands_;
 };
@@ -222,7 +237,7 @@ std::optional<GateMatch> GateMatcher::cheapest_match(Gate& gate, Query& query) {
       return match_of(name, *choice, [&query](std::uint32_t i) { return query.variable(i); });
     }
     ++stats_.codes;
-    left &= right_choices(gate, choices, query.add(first_code(wrong, query.input_count())));
+    left &= right_choices(gate, choices, query.add_one_of(wrong));
   }
   if (base::verbosity() >= verbosity_of_gates) tell("\nNo match for gate ", name);
   return std::nullopt;

@@ -15,8 +15,9 @@
 // constant needs a driver, however cheap a wire is.
 //
 // The choices that make the gate right at one code of the query are a BDD without the variables of
-// the query, and a small one. A code is looked at when the cheapest choice that is left fails
-// there; so the last choice is right, and the cheapest that is, without a look at all codes.
+// the query, and a small one. All choices must be right at one edge for each input that is needed;
+// then at a code where the cheapest that is left is wrong, until it is right everywhere: so it is
+// the cheapest of all, without a look at all codes [STBSS-2006].
 #pragma once
 
 #include <cstdint>
@@ -39,7 +40,7 @@ class GateMatcher {
   struct Stats {
     std::uint64_t queries = 0;  // calls of match
     std::uint64_t gates = 0;    // that were tried
-    std::uint64_t codes = 0;    // at which a choice was found wrong
+    std::uint64_t codes = 0;    // where the cheapest choice left was wrong
   };
 
   // The gates are of the library, in the order of GateLibrary::gate_list. The library outlives
