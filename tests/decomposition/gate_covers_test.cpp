@@ -16,8 +16,10 @@ void expect_covers_of_its_function(const toolkit::LibraryGate& gate) {
   for (std::uint32_t values = 0; values < 1u << inputs; ++values) {
     std::vector<int> point(64, 0);
     for (std::uint32_t pin = 0; pin < inputs; ++pin) point[pin] = (values >> pin) % 2;
-    const std::vector<bool> pins(point.begin(), point.begin() + inputs);
-    const auto next_after = [&](bool output) { return oracle::next_output(gate, pins, output); };
+    const std::vector<oracle::Word> pins(point.begin(), point.begin() + inputs);
+    const auto next_after = [&](bool output) {
+      return oracle::next_output(gate, pins, output) % 2 == 1;
+    };
     EXPECT_EQ(covers.er_plus.evaluate(point), next_after(false)) << gate.name << ' ' << values;
     EXPECT_EQ(covers.qr_plus.evaluate(point), next_after(true)) << gate.name << ' ' << values;
     EXPECT_EQ(covers.er_minus.evaluate(point), !next_after(true)) << gate.name << ' ' << values;

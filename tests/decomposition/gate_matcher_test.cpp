@@ -13,177 +13,147 @@
 namespace vorel::decomposition {
 namespace {
 
-using oracle::SmallSignal;
-using oracle::SmallTable;
+using oracle::SignalCases;
+using oracle::Word;
 
 constexpr std::uint32_t any_inputs = 2147483647;
-constexpr std::uint32_t variables[] = {2, 9, 30};  // of the three variables of a small table
 
-bdd::Bdd bdd_of(SmallTable table) {
+// Of three variables, whose numbers are not the first.
+bdd::Bdd bdd_of(Word cases) {
+  const bdd::Bdd a = bdd::bdd_variable(2), b = bdd::bdd_variable(9), c = bdd::bdd_variable(30);
   bdd::Bdd result(false);
-  for (std::uint32_t point = 0; point < 8; ++point) {
-    if ((table >> point) % 2 == 0) continue;
-    bdd::Bdd code(true);
-    for (std::uint32_t v = 0; v < 3; ++v) {
-      const bdd::Bdd variable = bdd::bdd_variable(variables[v]);
-      code &= (point >> v) % 2 == 1 ? variable : ~variable;
-    }
-    result |= code;
+  for (Word i = 0; i < 8; ++i) {
+    if ((cases >> i) % 2 == 0) continue;
+    result |= (i % 2 == 0 ? ~a : a) & (i / 2 % 2 == 0 ? ~b : b) & (i / 4 == 0 ? ~c : c);
   }
   return result;
 }
 
-bdd::BDDCover cover_of(const SmallSignal& signal) {
-  return {bdd_of(signal.er_plus), bdd_of(signal.qr_plus), bdd_of(signal.er_minus),
-          bdd_of(signal.qr_minus)};
-}
-
-// Gate by gate and inverter by inverter, at each code. With an inverter behind it a gate that
-// changes its output must not change it back before the inverter has followed.
-void expect_to_implement(const toolkit::LibraryGate& gate, const GateMatch& match,
-                         const SmallSignal& signal) {
-  ASSERT_EQ(match.inputs.size(), gate.input_count());
-  for (std::uint32_t code = 0; code < 8; ++code) {
-    std::vector<int> point(64, 0);
-    for (std::uint32_t v = 0; v < 3; ++v) point[variables[v]] = (code >> v) % 2;
-    std::vector<bool> pins;
-    for (const bdd::Bdd& input : match.inputs) pins.push_back(input.evaluate(point));
-    const auto has = [code](SmallTable table) { return (table >> code) % 2 == 1; };
-    for (const bool value : {false, true}) {
-      const bool is_excited = has(value ? signal.er_minus : signal.er_plus);
-      if (!is_excited && !has(value ? signal.qr_plus : signal.qr_minus)) continue;
-      const bool output = value != match.inverted;
-      const bool next = oracle::next_output(gate, pins, output);
-      EXPECT_EQ(next != output, is_excited) << gate.name << ' ' << code;
-      if (is_excited && match.inverted) {
-        EXPECT_EQ(oracle::next_output(gate, pins, next), next) << gate.name << ' ' << code;
-      }
-    }
+Word cases_of(const bdd::Bdd& f) {
+  Word cases = 0;
+  std::vector<int> point(64);
+  for (std::uint32_t i = 0; i < 8; ++i) {
+    point[2] = i % 2, point[9] = i / 2 % 2, point[30] = i / 4;
+    cases |= Word{f.evaluate(point)} << i;
   }
-}
-
-bool is_constant(const SmallSignal& signal) {
-  return (signal.er_plus | signal.qr_plus) == 0 || (signal.er_minus | signal.qr_minus) == 0;
+  return cases;
 }
 
 // Area, and inverters.
 using Price = std::pair<double, std::uint32_t>;
-constexpr Price no_match = {std::numeric_limits<double>::infinity(), 0};
 
-// The gates of a library with all that they can do.
-struct KnownGates {
-  explicit KnownGates(const GateLibrary& its_library, bool use_latches)
-      : library{its_library}, names{library.gate_list(any_inputs, use_latches)} {
-    for (const std::string& name : names) uses.emplace_back(library.gate(name));
+// A library, and all that its gates can do.
+class KnownGates {
+ public:
+  explicit KnownGates(const GateLibrary& library)
+      : library_{library}, names_{library.gate_list(any_inputs, true)}, all_{library, names_} {
+    for (const std::string& name : names_) {
+      uses_.emplace_back(library.gate(name));
+      single_.emplace_back(library, std::vector{name});
+    }
   }
 
-  // With one gate.
-  Price least_price(std::size_t gate, const SmallSignal& signal) const {
-    const toolkit::LibraryGate& description = library.gate(names[gate]);
-    const auto count = description.pins.empty() == is_constant(signal)
-                           ? uses[gate].fewest_inverters(signal)
-                           : std::nullopt;
-    if (!count) return no_match;
-    return {description.area + *count * library.inverter_area(), *count};
+  // Gives the number of matches.
+  std::uint32_t expect_cheapest_matches(const SignalCases& signal) {
+    Price best = no_match;
+    for (std::size_t gate = 0; gate < names_.size(); ++gate) {
+      const Price least = least_price(gate, signal);
+      expect_match(single_[gate], signal, least);
+      best = std::min(best, least);
+    }
+    return expect_match(all_, signal, best);
   }
 
-  const GateLibrary& library;
-  std::vector<std::string> names;
-  std::vector<oracle::GateUses> uses;
+ private:
+  static constexpr Price no_match = {std::numeric_limits<double>::infinity(), 0};
+
+  Price least_price(std::size_t number, const SignalCases& signal) const {
+    const toolkit::LibraryGate& gate = library_.gate(names_[number]);
+    const auto count = uses_[number].fewest_inverters(signal);
+    if (!count || gate.pins.empty() != signal.is_constant()) return no_match;
+    return {gate.area + *count * library_.inverter_area(), *count};
+  }
+
+  bool expect_match(GateMatcher& matcher, const SignalCases& signal, const Price& expected) const {
+    const GateMatch match = matcher.match({bdd_of(signal.er_plus), bdd_of(signal.qr_plus),
+                                           bdd_of(signal.er_minus), bdd_of(signal.qr_minus)});
+    if (!match.exists()) {
+      EXPECT_EQ(no_match, expected);
+      return false;
+    }
+    EXPECT_EQ(Price(area_of(match, library_), inversion_count(match)), expected);
+    std::vector<Word> pins;
+    for (const bdd::Bdd& input : match.inputs) pins.push_back(cases_of(input));
+    const toolkit::LibraryGate& gate = library_.gate(match.gate);
+    EXPECT_TRUE(signal.is_within(oracle::driven_signal(oracle::next_output(gate, pins, 0),
+                                                       oracle::next_output(gate, pins, ~Word{0}),
+                                                       match.inverted)))
+        << to_string(match, library_);
+    return true;
+  }
+
+  const GateLibrary& library_;
+  const std::vector<std::string> names_;
+  std::vector<oracle::GateUses> uses_;
+  std::vector<GateMatcher> single_;
+  GateMatcher all_;
 };
-
-// True if there is a match.
-bool expect_match(GateMatcher& matcher, const KnownGates& known, const SmallSignal& signal,
-                  const Price& expected) {
-  const bdd::BDDCover query = cover_of(signal);
-  const GateMatch match = matcher.match(query);
-  const Price price =
-      match.exists() ? Price{area_of(match, known.library), inversion_count(match)} : no_match;
-  EXPECT_EQ(price, expected) << bdd::to_string(query) << to_string(match, known.library);
-  if (match.exists()) expect_to_implement(known.library.gate(match.gate), match, signal);
-  return match.exists();
-}
 
 TEST(GateMatcher, FunctionsOfThreeVariablesTakeTheBestOfAllPlacings) {
   const auto library = GateLibrary::read("");
   ASSERT_TRUE(library);
-  const KnownGates known(*library, true);
-  GateMatcher all(*library, known.names);
-  std::vector<GateMatcher> single;
-  for (const std::string& name : known.names) single.emplace_back(*library, std::vector{name});
+  KnownGates known(*library);
   std::uint32_t matches = 0;
-  for (std::uint32_t table = 0; table < 256; ++table) {
-    const auto on = static_cast<SmallTable>(table), off = static_cast<SmallTable>(~table);
-    const SmallSignal signal{on, on, off, off};
-    Price best = no_match;
-    for (std::size_t gate = 0; gate < known.names.size(); ++gate) {
-      const Price least = known.least_price(gate, signal);
-      best = std::min(best, least);
-      if (expect_match(single[gate], known, signal, least)) ++matches;
-    }
-    expect_match(all, known, signal, best);
+  for (Word on = 0; on < 256; ++on) {
+    matches += known.expect_cheapest_matches({on, on, on ^ 255u, on ^ 255u});
   }
-  EXPECT_GT(matches, 1000u);
+  EXPECT_GT(matches, 100u);
 }
 
-// Some of the gates are binate, some have pins that may change places, one swings.
-const char* const odd_library =
+// Some of the gates are binate, one swings. The area of the inverter is left open.
+const std::string odd_library =
     "GATE one 2 o=1;GATE zero 3 o=0;GATE buf 3 o=a;PIN * UNKNOWN 1 1 1 1 1 1\n"
     "GATE maj 9 o=a*b+a*c+b*c;PIN * UNKNOWN 1 1 1 1 1 1\n"
     "GATE mux 8 o=a*s+b*!s;PIN * UNKNOWN 1 1 1 1 1 1\n"
-    "GATE xor 7 o=a^b;PIN * UNKNOWN 1 1 1 1 1 1\n"
     "GATE nor2 4 o=!(a+b);PIN * UNKNOWN 1 1 1 1 1 1\n"
-    "GATE aoi 5 o=!(a*b+c);PIN * UNKNOWN 1 1 1 1 1 1\n"
     "LATCH c 6 q=a*b+(a+b)*n;PIN * UNKNOWN 1 1 1 1 1 1 SEQ q n ASYNCH\n"
     "LATCH sr 5 q=s+!r*n;PIN * UNKNOWN 1 1 1 1 1 1 SEQ q n ASYNCH\n"
     "LATCH swing 1 q=a*!n;PIN * UNKNOWN 1 1 1 1 1 1 SEQ q n ASYNCH\n"
     "LATCH gc 6 q=a*b*c+(a+b+!c)*n;PIN * UNKNOWN 1 1 1 1 1 1 SEQ q n ASYNCH\n"
+    "GATE wide 50 o=!(a*b+c*d+e*f+g*h+i*j+k*l+m*p);PIN * UNKNOWN 1 1 1 1 1 1\n"
     "GATE inv ";
+const std::string rest_of_inverter = " o=!a;PIN * UNKNOWN 1 1 1 1 1 1\n";
 
-SmallTable random_subset(std::mt19937_64& random, std::uint32_t table) {
-  return static_cast<SmallTable>(table & (random() | random()));
-}
-
-// Of some functions after 0 and after 1, perhaps those that a gate can have; the value is perhaps
-// that of the third variable.
-SmallSignal random_signal(std::mt19937_64& random) {
-  const auto after_0 = static_cast<SmallTable>(random() & random());
-  const auto after_1 = random() % 4 == 0 ? after_0 : static_cast<SmallTable>(after_0 | random());
-  SmallTable ones = 0xF0, zeros = 0x0F;
-  if (random() % 2 == 0) ones = zeros = 0xFF;
-  return {random_subset(random, after_0 & zeros), random_subset(random, after_1 & ones),
-          random_subset(random, ~after_1 & ones), random_subset(random, ~after_0 & zeros)};
+// Parts of some functions after 0 and after 1, perhaps where the third variable is the value.
+SignalCases random_signal(std::mt19937_64& random) {
+  const Word after_0 = random() & random();
+  const Word after_1 = random() % 4 == 0 ? after_0 : after_0 | random();
+  const bool is_known = random() % 2 == 0;
+  const Word ones = is_known ? 0xF0 : 0xFF, zeros = is_known ? 0x0F : 0xFF;
+  const auto part_of = [&random](Word cases) { return cases & (random() | random()); };
+  return {part_of(after_0 & zeros), part_of(after_1 & ones), part_of(~after_1 & ones),
+          part_of(~after_0 & zeros)};
 }
 
 TEST(GateMatcher, RandomSignalsTakeTheBestOfAllPlacings) {
   const support::TemporaryFolder folder;
   std::uint32_t matches = 0;
-  const auto [first, end] = support::seeds(100);
-  for (const char* inverter : {"2", "0", "30"}) {
-    const std::string text =
-        odd_library + std::string(inverter) + " o=!a;PIN * UNKNOWN 1 1 1 1 1 1\n";
-    const auto library = GateLibrary::read(folder.write("odd", text));
+  const auto [first, end] = support::seeds(60);
+  std::string narrow = odd_library;
+  narrow.erase(narrow.find("GATE wide"), narrow.find("GATE inv") - narrow.find("GATE wide"));
+  for (const char* const area : {"2", "0", "30"}) {
+    const auto library = GateLibrary::read(folder.write("odd", narrow + area + rest_of_inverter));
     ASSERT_TRUE(library);
-    const KnownGates known(*library, true);
-    GateMatcher matcher(*library, known.names);
+    KnownGates known(*library);
     for (std::uint64_t seed = first; seed < end; ++seed) {
       std::mt19937_64 random(seed);
-      const SmallSignal signal = random_signal(random);
-      Price best = no_match;
-      for (std::size_t gate = 0; gate < known.names.size(); ++gate) {
-        best = std::min(best, known.least_price(gate, signal));
-      }
-      if (expect_match(matcher, known, signal, best)) ++matches;
+      matches += known.expect_cheapest_matches(random_signal(random));
     }
   }
-  EXPECT_GT(matches, (end - first) / 2);
+  EXPECT_GT(matches, end - first);
 }
 
-struct NamedQuery {
-  const char* expected;
-  bdd::BDDCover query;
-};
-
+// The diagnostics, too, end with the match.
 TEST(GateMatcher, KnownSignalsHaveTheGatesOfTheTextbooks) {
   const auto library = GateLibrary::read("");
   ASSERT_TRUE(library);
@@ -191,80 +161,45 @@ TEST(GateMatcher, KnownSignalsHaveTheGatesOfTheTextbooks) {
   std::vector<bdd::Bdd> x;
   for (std::uint32_t i = 0; i < 6; ++i) x.push_back(bdd::bdd_variable(i));
   const bdd::Bdd both = x[3] & x[5], one = x[3] | x[5];
-  const NamedQuery rows[] = {
-      {"Gate: const1:combinational, area: 8, inputs: ", bdd::BDDCover(bdd::Bdd(true))},
-      {"Gate: delay:asynch, area: 0, inputs: x4", bdd::BDDCover(x[4])},
-      {"Gate: c_element1:asynch, area: 40, inputs: x1, x0", monotonic_shape(x[0], x[1])},
-      // The variable 4 is the signal's own: no pin needs it.
-      {"Gate: c_element0:asynch, area: 40, inputs: x3, x5",
+  const std::pair<const char*, bdd::BDDCover> rows[] = {
+      {"Best match: Gate: const1:combinational, area: 8, inputs: ", bdd::BDDCover(bdd::Bdd(true))},
+      {"Best match: Gate: delay:asynch, area: 0, inputs: e", bdd::BDDCover(x[4])},
+      {"Best match: Gate: c_element1:asynch, area: 40, inputs: b, a", monotonic_shape(x[0], x[1])},
+      // e is the signal's own value, which no pin needs.
+      {"Best match: Gate: c_element0:asynch, area: 40, inputs: d, f",
        {both & ~x[4], one & x[4], ~one & x[4], ~both & ~x[4]}},
-      {"Gate: aoi12:combinational (inverted), area: 48, inputs: x5, x0, x3",
+      {"Best match: Gate: aoi12:combinational (inverted), area: 48, inputs: f, a, d",
        bdd::BDDCover(x[5] | (x[0] & x[3]))},
-      {"Gate: and4:combinational, area: 48, inputs: x0, x1, x2, x5",
-       bdd::BDDCover(x[5] & x[2] & x[1] & x[0])},
-      {"UNSUCCESSFUL MATCH", bdd::BDDCover(x[0] & x[1] & x[2] & x[3] & x[4])},
-      {"UNSUCCESSFUL MATCH", bdd::BDDCover(x[0] ^ x[1] ^ x[2])},
+      {"No match found - too many inputs", bdd::BDDCover(x[0] & x[1] & x[2] & x[3] & x[4])},
+      {"No match found", bdd::BDDCover(x[0] ^ x[1] ^ x[2])},
       // A code at which the signal is to rise and to stay 0.
-      {"UNSUCCESSFUL MATCH", {x[0], x[0], bdd::Bdd(false), x[0]}},
+      {"No match found", {x[0], x[0], bdd::Bdd(false), x[0]}},
   };
-  for (const NamedQuery& row : rows) {
-    EXPECT_EQ(to_string(matcher.match(row.query), *library), row.expected);
+  const std::vector<std::string> names = {"a", "b", "c", "d", "e", "f"};
+  for (const auto& [last_line, query] : rows) {
+    const support::CaughtMessages messages;
+    base::run_state().verbosity = 5;
+    matcher.match(query, names);
+    base::run_state().verbosity = 0;
+    EXPECT_EQ(messages.text(),
+              "\nTrying to match " + bdd::to_string(query, names) + "\n" + last_line);
   }
-  EXPECT_EQ(matcher.max_inputs(), 4u);
-  GateMatcher without_latches(*library, library->gate_list(any_inputs, false));
-  EXPECT_EQ(to_string(without_latches.match(monotonic_shape(x[0], x[1])), *library),
-            "UNSUCCESSFUL MATCH");
 }
 
 TEST(GateMatcher, WideGatesAreMatchedWithoutLookingAtAllCodes) {
   const support::TemporaryFolder folder;
-  std::string wide = "GATE wide 50 o=!(";
+  const auto library =
+      GateLibrary::read(folder.write("wide", odd_library + "2" + rest_of_inverter));
+  ASSERT_TRUE(library);
+  GateMatcher matcher(*library, {"wide"});
   bdd::Bdd query(false);
-  for (std::uint32_t i = 0; i < 20; i += 2) {
-    const std::string a = "a" + std::to_string(i), b = "a" + std::to_string(i + 1);
-    wide += (i == 0 ? "" : "+") + a + "*" + b;
+  for (std::uint32_t i = 0; i < 14; i += 2) {
     query |= bdd::bdd_variable(40 - i) & ~bdd::bdd_variable(41 - i);
   }
-  const auto library = GateLibrary::read(
-      folder.write("wide", std::string(odd_library) + "2 o=!a;PIN * UNKNOWN 1 1 1 1 1 1\n" + wide +
-                               ");PIN * UNKNOWN 1 1 1 1 1 1\n"));
-  ASSERT_TRUE(library);
-  GateMatcher matcher(*library, library->gate_list(any_inputs, true));
   const GateMatch match = matcher.match(bdd::BDDCover(query));
   EXPECT_EQ(match.gate, "wide");
-  EXPECT_EQ(inversion_count(match), 11u);
+  EXPECT_EQ(inversion_count(match), 8u);
   EXPECT_EQ(matcher.covers_of_match(match), bdd::BDDCover(query));
-}
-
-TEST(GateMatcher, DiagnosticsFollowTheSearch) {
-  const auto library = GateLibrary::read("");
-  ASSERT_TRUE(library);
-  GateMatcher matcher(*library, library->gate_list(2, false));
-  const std::vector<std::string> names = {"req", "ack", "x"};
-  const bdd::Bdd req = bdd::bdd_variable(0), ack = bdd::bdd_variable(1);
-  const auto told = [&](int verbosity, const bdd::Bdd& function) {
-    const support::CaughtMessages messages;
-    base::run_state().verbosity = verbosity;
-    matcher.match(bdd::BDDCover(function), names);
-    base::run_state().verbosity = 0;
-    return messages.text();
-  };
-  EXPECT_EQ(told(4, req & ack), "");
-  EXPECT_EQ(told(5, req & ack),
-            "\nTrying to match BDDCover{req ack}\nBest match: Gate: and2:combinational, area: 32, "
-            "inputs: req, ack");
-  EXPECT_EQ(told(5, req ^ ack), "\nTrying to match BDDCover{req' ack + req ack'}\nNo match found");
-  EXPECT_EQ(told(5, req & ack & bdd::bdd_variable(2)),
-            "\nTrying to match BDDCover{req ack x}\nNo match found - too many inputs");
-  const std::string all = told(7, ~req);
-  for (const char* const part :
-       {"\nCovers after substituting variables: BDDCover{x0'}",
-        "\nMatch(es) exist for gate inv:combinational",
-        "\nBDD for all matches: x1' x2' (x0' x3' + x0 x3)",
-        "\nBetter match found with gate inv:combinational",
-        "\nNo improvement in cost with gate nand2:combinational; skip the gate"}) {
-    EXPECT_NE(all.find(part), std::string::npos) << part << all;
-  }
 }
 
 }  // namespace

@@ -1,10 +1,8 @@
 // oracle/gate_values.h - what gates do, by their functions and by trying everything.
-// Here:      the next value of a gate's output; the cheapest of all ways to make it a function.
+// Here:      next values of outputs; the fewest inverters with which a gate drives a signal.
 #pragma once
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
 #include <map>
 #include <optional>
 #include <utility>
@@ -14,87 +12,78 @@
 
 namespace vorel::oracle {
 
-struct BoolAlgebra {
-  const std::vector<bool>& pins;
+using Word = std::uint64_t;  // a value in each of 64 cases
 
-  bool constant(bool value) const { return value; }
-  bool pin(std::uint32_t p) const { return pins[p]; }
-  bool negation(bool a) const { return !a; }
-  bool conjunction(bool a, bool b) const { return a && b; }
-  bool disjunction(bool a, bool b) const { return a || b; }
-  bool exclusive_or(bool a, bool b) const { return a != b; }
+struct CasesAlgebra {
+  const std::vector<Word>& pins;
+
+  Word constant(bool value) const { return value ? ~Word{0} : 0; }
+  Word pin(std::uint32_t p) const { return pins[p]; }
+  Word negation(Word a) const { return ~a; }
+  Word conjunction(Word a, Word b) const { return a & b; }
+  Word disjunction(Word a, Word b) const { return a | b; }
+  Word exclusive_or(Word a, Word b) const { return a ^ b; }
 };
 
-// What the output becomes where it has a value now and the input pins have these values.
-inline bool next_output(const toolkit::LibraryGate& gate, std::vector<bool> inputs, bool output) {
-  if (gate.has_feedback) inputs.push_back(output);
-  return toolkit::value_of<bool>(gate.function, BoolAlgebra{inputs});
+inline Word next_output(const toolkit::LibraryGate& gate, std::vector<Word> pins, Word output) {
+  if (gate.has_feedback) pins.push_back(output);
+  return toolkit::value_of<Word>(gate.function, CasesAlgebra{pins});
 }
 
-// A function of three variables: bit i is the value where variable v is bit v of i.
-using SmallTable = std::uint8_t;
+// In which cases a signal is excited to rise, stays 1, is excited to fall, stays 0.
+struct SignalCases {
+  Word er_plus, qr_plus, er_minus, qr_minus;
 
-// A signal of three variables: where it is excited to rise, stays 1, is excited to fall, stays 0.
-struct SmallSignal {
-  SmallTable er_plus, qr_plus, er_minus, qr_minus;
+  bool is_constant() const { return (er_plus | qr_plus) == 0 || (er_minus | qr_minus) == 0; }
+  bool is_within(const SignalCases& o) const {
+    return ((er_plus & ~o.er_plus) | (qr_plus & ~o.qr_plus) | (er_minus & ~o.er_minus) |
+            (qr_minus & ~o.qr_minus)) == 0;
+  }
 };
 
-// All that a gate can do with variables, their complements and constants on its pins: the next
-// values after 0 and after 1, and the least number of inverters on pins.
+// Of a gate with these next values. A gate with an inverter behind it must keep what it has changed
+// to until the inverter has followed.
+inline SignalCases driven_signal(Word after_0, Word after_1, bool is_inverted) {
+  if (!is_inverted) return {after_0, after_1, ~after_1, ~after_0};
+  return {~after_1 & ~after_0, ~after_0, after_0 & after_1, after_1};
+}
+
+// All that a gate can do with three variables, their complements and constants on its pins, where
+// bit i is the case whose variable v is bit v of i.
 class GateUses {
  public:
-  explicit GateUses(const toolkit::LibraryGate& gate) : gate_{gate} {
-    std::vector<std::uint32_t> pins;
-    try_all(pins, 0);
-  }
+  explicit GateUses(const toolkit::LibraryGate& gate) : gate_{gate} { try_all({}, 0); }
 
-  // The fewest inverters with which the gate does what the signal asks for, one behind the output
-  // included. With that the gate must keep what it has changed to.
-  std::optional<std::uint32_t> fewest_inverters(const SmallSignal& signal) const {
+  std::optional<std::uint32_t> fewest_inverters(const SignalCases& signal) const {
     std::optional<std::uint32_t> best;
-    for (const auto& [next, inverters] : uses_) {
-      const auto [after_0, after_1] = next;
-      const auto is_in = [](SmallTable a, std::uint32_t b) { return (a & ~b & 0xFFu) == 0; };
-      const bool is_direct = is_in(signal.er_plus, after_0) && is_in(signal.qr_plus, after_1) &&
-                             is_in(signal.er_minus, ~after_1) && is_in(signal.qr_minus, ~after_0);
-      const bool is_inverse =
-          is_in(signal.er_plus, ~after_1 & ~after_0) && is_in(signal.qr_plus, ~after_0) &&
-          is_in(signal.er_minus, after_0 & after_1) && is_in(signal.qr_minus, after_1);
-      if (!is_direct && !is_inverse) continue;
-      const std::uint32_t count = inverters + (is_direct ? 0 : 1);
-      best = std::min(best.value_or(count), count);
+    for (const auto& [next, inverters] : fewest_) {
+      for (const bool is_inverted : {false, true}) {
+        if (!signal.is_within(driven_signal(next.first, next.second, is_inverted))) continue;
+        best = std::min(best.value_or(~0u), inverters + (is_inverted ? 1 : 0));
+      }
     }
     return best;
   }
 
  private:
-  // On each pin 0 to 5: variable n / 2, inverted if odd; 6 and 7: constants.
-  void try_all(std::vector<std::uint32_t>& pins, std::uint32_t inverters) {
-    if (pins.size() < gate_.input_count()) {
-      for (std::uint32_t use = 0; use < 8; ++use) {
-        pins.push_back(use);
-        try_all(pins, inverters + (use < 6 ? use % 2 : 0));
-        pins.pop_back();
-      }
+  void try_all(std::vector<Word> pins, std::uint32_t inverters) {
+    if (pins.size() == gate_.input_count()) {
+      const std::pair next(next_output(gate_, pins, 0), next_output(gate_, pins, ~Word{0}));
+      const auto use = fewest_.try_emplace(next, inverters).first;
+      use->second = std::min(use->second, inverters);
       return;
     }
-    std::array<SmallTable, 2> next{};
-    for (std::uint32_t point = 0; point < 8; ++point) {
-      std::vector<bool> values;
-      for (const std::uint32_t use : pins) {
-        values.push_back(use < 6 ? ((point >> (use / 2)) + use) % 2 == 1 : use == 7);
-      }
-      for (const bool output : {false, true}) {
-        if (next_output(gate_, values, output))
-          next[output] |= static_cast<SmallTable>(1u << point);
-      }
+    pins.emplace_back();
+    for (const Word input : {0xAAu, 0xCCu, 0xF0u, 0xFFu}) {
+      pins.back() = input;
+      try_all(pins, inverters);
+      pins.back() = ~input & 0xFFu;
+      try_all(pins, inverters + (input == 0xFFu ? 0 : 1));
     }
-    const auto [use, is_new] = uses_.try_emplace({next[0], next[1]}, inverters);
-    use->second = std::min(use->second, inverters);
   }
 
   const toolkit::LibraryGate& gate_;
-  std::map<std::pair<SmallTable, SmallTable>, std::uint32_t> uses_;
+  std::map<std::pair<Word, Word>, std::uint32_t> fewest_;  // by next values after 0 and after 1
 };
 
 }  // namespace vorel::oracle
