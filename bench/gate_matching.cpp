@@ -2,6 +2,7 @@
 // of functions: how many there were, how many matches they have with all the gates, the codes at
 // which choices were wrong, milliseconds for one function as median and at worst, of the best of
 // five runs each, and whether each match implements its function. Fixed seeds.
+// Usage: bench_gate_matching [LIBRARY]     without: the built-in library
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -97,8 +98,8 @@ void measure(const Kind& kind, std::vector<decomposition::GateMatcher>& matchers
               seconds.back() * 1e3, sum.is_right ? "yes" : "NO");
 }
 
-int run() {
-  const auto library = decomposition::GateLibrary::read("");
+int run(const std::string& file_name) {
+  const auto library = decomposition::GateLibrary::read(file_name);
   if (!library) return 2;
   std::vector<decomposition::GateMatcher> matchers;
   for (const std::string& gate : library->gate_list(~0u, true)) {
@@ -113,4 +114,4 @@ int run() {
 }  // namespace
 }  // namespace vorel::bench
 
-int main() { return vorel::bench::run(); }
+int main(int argc, char** argv) { return vorel::bench::run(argc > 1 ? argv[1] : ""); }

@@ -172,22 +172,19 @@ TEST_F(Verilog, OddNamesOfSignalsStandAsEscapedIdentifiers) {
     const auto& signals = subject.prefix.signals;
     ASSERT_LE(signals.size(), std::size(odd));
     for (const SynthesisStyle style : styles) {
-      const auto number_of = [](const auto& s) { return "s" + std::to_string(s->index); };
-      for (const auto& signal : signals) signal->name = number_of(signal);
+      for (const auto& signal : signals) signal->name = "s" + std::to_string(signal->index);
       const std::string plain = subject.module(style);
       for (const auto& signal : signals) signal->name = odd[signal->index];
-      std::string module = subject.module(style);
-      std::string unescaped = module;
+      std::string module = subject.module(style), unescaped = module;
       for (const auto& signal : signals) {
-        for (const char* const wire : {"", "_SET", "_RESET"}) {
-          unescaped =
-              replaced(unescaped, "\\" + signal->name + wire + " ", number_of(signal) + wire);
+        const std::string number = "s" + std::to_string(signal->index);
+        for (const std::string wire : {"", "_SET", "_RESET"}) {
+          unescaped = replaced(unescaped, "\\" + signal->name + wire + " ", number + wire);
         }
-        unescaped = replaced(unescaped, signal->name, number_of(signal));  // in comments
+        unescaped = replaced(unescaped, signal->name, number);  // in comments
       }
       EXPECT_EQ(unescaped, plain) << module;
-      module.insert(module.find('('), "_" + std::to_string(modules.size()));
-      modules += module;
+      modules += module.insert(module.find('('), "_" + std::to_string(modules.size()));
     }
   }
   EXPECT_TRUE(simulate(modules).empty());
