@@ -65,3 +65,6 @@ build-bench/bench/bench_bdd_covers
 echo
 echo "== Two-level minimisation and factoring, next to exact minima"
 build-bench/bench/bench_two_level
+echo
+echo "== All gates of the built-in library against one function"
+build-bench/bench/bench_gate_matching
