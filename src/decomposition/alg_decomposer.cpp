@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/run_state.h"
+#include "bdd/bdd_structure.h"
 #include "bdd/cover_bdd.h"
 #include "decomposition/divisions.h"
 
@@ -32,7 +33,7 @@ class Candidates {
   // `with` and `without`: the function where the sub-function is true, and where it is false.
   void add_collapsed(const bdd::Bdd& sub_function, const bdd::Bdd& with, const bdd::Bdd& without) {
     if (is_trivial(sub_function) || with == without) return;
-    if (sub_function.support().size() == 1) return;  // a literal is a signal already
+    if (bdd::is_literal(sub_function)) return;  // it is a signal already
     add_new(
         {AlgKind::collapsed, sub_function, bdd::ite(bdd::bdd_variable(variable_), with, without)});
   }

@@ -4,6 +4,8 @@
 #include <cassert>
 #include <set>
 
+#include "oracle/gate_values.h"
+
 namespace vorel::oracle {
 namespace {
 
@@ -240,16 +242,6 @@ class Explorer {
   std::vector<std::vector<GateArc>> arcs_to_;  // by state
 };
 
-struct BoolAlgebra {
-  const std::vector<bool>& pins;
-  bool constant(bool value) const { return value; }
-  bool pin(std::uint32_t p) const { return pins[p]; }
-  bool negation(bool a) const { return !a; }
-  bool conjunction(bool a, bool b) const { return a && b; }
-  bool disjunction(bool a, bool b) const { return a || b; }
-  bool exclusive_or(bool a, bool b) const { return a != b; }
-};
-
 }  // namespace
 
 void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::string& output,
@@ -266,8 +258,7 @@ void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::str
                                const bool value = !pin.wire.empty() && values[wired++];
                                at_pins.push_back(value != pin.is_inverted);
                              }
-                             if (gate.has_feedback) at_pins.push_back(now);
-                             return toolkit::value_of<bool>(gate.function, BoolAlgebra{at_pins});
+                             return next_output(gate, at_pins, now);
                            }});
   if (!is_inverted) return;
   const auto inverter = [](const std::vector<bool>& values, bool) { return !values[0]; };
