@@ -193,6 +193,17 @@ Deco collapsed_deco(const AlgDecomposition& decomposition, std::uint32_t placeho
   return deco;
 }
 
+std::optional<Deco> collapsed_deco(const Deco& deco, std::size_t part, std::uint32_t placeholder) {
+  const bdd::Bdd around = next_value(deco, part, placeholder);
+  if (bdd::cofactor(around, bdd::bdd_variable(placeholder)) == around) return std::nullopt;
+  Deco result =
+      collapsed_deco({AlgKind::collapsed, deco.subfunctions[part].function, around}, placeholder);
+  result.signal = deco.signal;
+  result.variable = deco.variable;
+  result.literals = deco.literals;
+  return result;
+}
+
 std::string to_string(const Deco& deco, const GateLibrary& library,
                       std::span<const std::string> names) {
   return DecoText(deco, library, names).run();

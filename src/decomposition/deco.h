@@ -79,8 +79,12 @@ Deco gate_deco(const AlgDecomposition& decomposition, const GateMatch& match,
 // A latch, matched with variables 0 and 1 for SET and RESET.
 Deco monotonic_deco(const bdd::Bdd& set, const bdd::Bdd& reset, const GateMatch& match,
                     const bdd::BDDCover& shape);
-// For a collapsed decomposition with this placeholder.
+// For a collapsed decomposition. No function depends on the placeholder but that around it.
 Deco collapsed_deco(const AlgDecomposition& decomposition, std::uint32_t placeholder);
+
+// The signal's function around one of the sub-functions, all else merged into it. Nothing if it
+// does not depend on the sub-function.
+std::optional<Deco> collapsed_deco(const Deco& deco, std::size_t part, std::uint32_t placeholder);
 
 // "BOOL Deco (5 lits) for [c]=a b + c (a + b)", and what is known of gate, parts and cost. Variable
 // v is called names[v]. Marked NICE is what leaves nothing more to be decomposed.

@@ -13,7 +13,7 @@
 namespace vorel::decomposition {
 namespace {
 
-using bdd::Bdd;
+using bdd::Bdd, bdd::bdd_variable;
 
 constexpr std::uint32_t placeholder = oracle::table_variables;
 
@@ -38,8 +38,7 @@ Bdd value_of(const Sum& sum) {
   Bdd f(false);
   for (const Product& product : sum) {
     Bdd term(true);
-    for (const auto& [v, value] : product)
-      term &= value ? bdd::bdd_variable(v) : ~bdd::bdd_variable(v);
+    for (const auto& [v, value] : product) term &= value ? bdd_variable(v) : ~bdd_variable(v);
     f |= term;
   }
   return f;
@@ -65,23 +64,22 @@ Sum divided_by_product(const Sum& sum, const Product& product) {
   return quotient;
 }
 
+// Quotient and remainder.
 std::pair<Sum, Sum> divided(const Sum& sum, const Sum& divisor) {
-  Sum quotient, product;
+  Sum quotient = divided_by_product(sum, *divisor.begin()), product;
+  for (const Product& d : divisor) quotient = common(quotient, divided_by_product(sum, d));
   for (const Product& d : divisor) {
-    const Sum part = divided_by_product(sum, d);
-    quotient = d == *divisor.begin() ? part : common(quotient, part);
-  }
-  for (const Product& d : divisor) {
-    for (Product q : quotient) {
-      q.insert(d.begin(), d.end());
-      product.insert(q);
+    for (const Product& q : quotient) {
+      Product term = q;
+      term.insert(d.begin(), d.end());
+      product.insert(term);
     }
   }
   return {quotient, without(sum, product)};
 }
 
-// Kernels with their co-kernels: by what any rows have in common.
-std::vector<std::pair<Sum, Product>> kernels_of(const Sum& sum) {
+// Co-kernels, which are what any two or more terms have in common.
+std::set<Product> co_kernels_of(const Sum& sum) {
   std::set<Product> cubes;
   for (const Product& term : sum) {
     const std::set<Product> before = cubes;
@@ -89,9 +87,7 @@ std::vector<std::pair<Sum, Product>> kernels_of(const Sum& sum) {
     for (const Product& other : sum)
       if (other != term) cubes.insert(common(other, term));
   }
-  std::vector<std::pair<Sum, Product>> kernels;
-  for (const Product& cube : cubes) kernels.emplace_back(divided_by_product(sum, cube), cube);
-  return kernels;
+  return cubes;
 }
 
 struct Less {
@@ -113,9 +109,9 @@ class Reference {
       open_.clear();
       for (const auto& literal : *root_.begin()) open_.push_back({{literal}});
     }
-    for (const auto& [kernel, co_kernel] : kernels_of(root_)) {
-      open(kernel);
-      open({co_kernel});
+    for (const Product& cube : co_kernels_of(root_)) {
+      open(divided_by_product(root_, cube));
+      open({cube});
     }
     while (!open_.empty()) {
       std::swap(open_[random.below(open_.size())], open_.back());
@@ -139,9 +135,9 @@ class Reference {
     const auto [q1_sum, rest] = divided(root_, divisor);
     const auto [q0_sum, r_sum] = divided(rest, sum_of(~d));
     for (const Sum& sum : {q1_sum, q0_sum, r_sum}) open(sum);
-    for (const auto& [kernel, co_kernel] : kernels_of(divisor)) open(kernel);
+    for (const Product& cube : co_kernels_of(divisor)) open(divided_by_product(divisor, cube));
     const Bdd q1 = value_of(q1_sum), q0 = value_of(q0_sum), r = value_of(r_sum);
-    const Bdd s = bdd::bdd_variable(placeholder);
+    const Bdd s = bdd_variable(placeholder);
     if (r.is_false() && q0.is_false()) {
       add(AlgKind::conjunction, d, q1);
     } else if (r.is_false() && q1.is_false()) {
@@ -166,9 +162,8 @@ class Reference {
   void add(AlgKind kind, Bdd a, Bdd b) {
     const auto is_trivial = [this](const Bdd& g) { return g.is_constant() || g == f_; };
     if (kind == AlgKind::collapsed) {
-      const auto support = b.support();
-      if (is_trivial(a) || a.support().size() == 1) return;
-      if (!std::ranges::binary_search(support, placeholder)) return;
+      const bool has_placeholder = std::ranges::binary_search(b.support(), placeholder);
+      if (is_trivial(a) || a.support().size() == 1 || !has_placeholder) return;
     } else {
       if (is_trivial(a) || is_trivial(b) || a == b) return;
       if (b < a) swap(a, b);
@@ -185,10 +180,11 @@ class Reference {
 
 TEST(AlgDecomposer, FindsWhatDivisionsLeadToInWhateverOrderTheyAreMade) {
   std::size_t compared = 0;
-  for (auto [seed, end] = support::seeds(150); seed != end; ++seed) {
+  const auto [first, end] = support::seeds(100);
+  for (std::uint64_t seed = first; seed != end; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     oracle::Random random(seed);
-    const std::uint32_t variables = 1u << random.between(1, 7);
+    const std::uint32_t variables = 1u << random.between(3, 6);
     const Bdd f = oracle::random_function(random, variables - 1, 5).bdd;
     Reference reference(f);
     const Decompositions expected = reference.run(random);
@@ -201,13 +197,13 @@ TEST(AlgDecomposer, FindsWhatDivisionsLeadToInWhateverOrderTheyAreMade) {
       EXPECT_EQ(composed(decomposition, placeholder), f) << to_string(decomposition);
     compared += list.size();
   }
-  EXPECT_GT(compared, 10 * support::seeds(150).end - 10 * support::seeds(150).first);
+  EXPECT_GT(compared, 5 * (end - first));
 }
 
-TEST(AlgDecomposer, KnownFunctionsHaveTheirTextbookForms) {
+TEST(AlgDecomposer, KnownFunctionsHaveTheirTextbookFormsAndLargeOnesSome) {
   const std::vector<std::string> names = {"a", "b", "c", "d", "e", "$1"};
-  const Bdd a = bdd::bdd_variable(0), b = bdd::bdd_variable(1), c = bdd::bdd_variable(2),
-            d = bdd::bdd_variable(3), e = bdd::bdd_variable(4);
+  const Bdd a = bdd_variable(0), b = bdd_variable(1), c = bdd_variable(2), d = bdd_variable(3),
+            e = bdd_variable(4);
   const struct {
     Bdd function;
     std::set<std::string> expected;
@@ -228,29 +224,22 @@ TEST(AlgDecomposer, KnownFunctionsHaveTheirTextbookForms) {
       texts.insert(to_string(found, names));
     EXPECT_EQ(texts, row.expected);
   }
-  // The complement of a divisor is one, too.
-  const Bdd either = a | b;
-  const auto found = AlgDecomposer(5, names).decompose((either & c) | (~either & d) | e);
-  const auto is_choice = [&](const AlgDecomposition& decomposition) {
-    return decomposition.first == either &&
-           decomposition.second == (bdd::ite(bdd::bdd_variable(5), c, d) | e);
+  // The complement of a divisor is one, too; each of three parts can stand against the others.
+  const Bdd either = a | b, with = either & c, without_either = ~either & d;
+  const auto found = AlgDecomposer(5).decompose(with | without_either | e);
+  const auto is_found = [&](AlgKind kind, Bdd first, Bdd second) {
+    if (kind != AlgKind::collapsed && second < first) swap(first, second);
+    return std::ranges::count(found, AlgDecomposition{kind, first, second}) == 1;
   };
-  EXPECT_TRUE(std::ranges::any_of(found, is_choice));
-}
-
-TEST(AlgDecomposer, EndsAtItsLimitOnLargeFunctions) {
-  // The product of so many sums has very many kernels, a sum of products a complement of many
-  // cubes.
-  Bdd product(true), sum(false);
-  for (std::uint32_t v = 0; v < 20; v += 2) {
-    product &= bdd::bdd_variable(v) | bdd::bdd_variable(v + 1);
-    sum |= bdd::bdd_variable(v) & bdd::bdd_variable(v + 1);
-  }
-  for (const Bdd& f : {product, sum, ~sum}) {
-    const auto found = AlgDecomposer(20).decompose(f);
-    EXPECT_GT(found.size(), 0u);
-    for (const AlgDecomposition& decomposition : found) EXPECT_EQ(composed(decomposition, 20), f);
-  }
+  EXPECT_TRUE(is_found(AlgKind::collapsed, either, bdd::ite(bdd_variable(5), c, d) | e));
+  EXPECT_TRUE(is_found(AlgKind::disjunction, with | without_either, e));
+  EXPECT_TRUE(is_found(AlgKind::disjunction, with | e, without_either));
+  EXPECT_TRUE(is_found(AlgKind::disjunction, without_either | e, with));
+  // The product of so many sums has very many kernels, its complement very many cubes.
+  Bdd product(true);
+  for (std::uint32_t v = 0; v < 20; v += 2) product &= bdd_variable(v) | bdd_variable(v + 1);
+  for (const Bdd& f : {product, ~product})
+    for (const auto& one : AlgDecomposer(20).decompose(f)) EXPECT_EQ(composed(one, 20), f);
 }
 
 }  // namespace
