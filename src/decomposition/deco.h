@@ -83,7 +83,8 @@ Deco monotonic_deco(const bdd::Bdd& set, const bdd::Bdd& reset, const GateMatch&
 Deco collapsed_deco(const AlgDecomposition& decomposition, std::uint32_t placeholder);
 
 // The signal's function around one of the sub-functions, all else merged into it. Nothing if it
-// does not depend on the sub-function.
+// does not depend on the sub-function. The signal and the literals are taken over; the equation is
+// not, of which a monotonic candidate has only SET and RESET.
 std::optional<Deco> collapsed_deco(const Deco& deco, std::size_t part, std::uint32_t placeholder);
 
 // "BOOL Deco (5 lits) for [c]=a b + c (a + b)", and what is known of gate, parts and cost. Variable

@@ -1,7 +1,7 @@
 // decomposition/deco_cost.h - which candidate is the better one.
 // Here:      what the cost of a decomposition is made of, and its order among those of others.
-// Not here:  gates and insertions of sub-functions, which must be known before
-// (decomposition/deco.h).
+// Not here:  gates and insertions of sub-functions (decomposition/subfunction.h), which must be
+// known.
 #pragma once
 
 #include <cstddef>
