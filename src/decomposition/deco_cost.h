@@ -1,7 +1,6 @@
 // decomposition/deco_cost.h - which candidate is the better one.
 // Here:      what the cost of a decomposition is made of, and its order among those of others.
-// Not here:  gates and insertions of sub-functions (decomposition/subfunction.h), which must be
-// known.
+// Not here:  finding gates and insertions for sub-functions (decomposition/subfunction.h).
 #pragma once
 
 #include <cstddef>
