@@ -29,7 +29,7 @@ std::vector<Bdd> variables(std::uint32_t first, std::uint32_t count) {
   return list;
 }
 
-// A function of the variables with so many nodes as chance makes of sums of products.
+// A sum of products over the variables, about half of them in each.
 Bdd random_sum(std::mt19937& random, const std::vector<Bdd>& over) {
   Bdd sum(false);
   for (std::size_t cube = 0; cube < over.size() / 2 + 1; ++cube) {
@@ -42,7 +42,7 @@ Bdd random_sum(std::mt19937& random, const std::vector<Bdd>& over) {
   return sum;
 }
 
-// Where the first function is true the outputs have to satisfy another one, elsewhere a third.
+// What the outputs have to satisfy depends on several functions of the inputs.
 decomposition::BrelRelation random_relation(std::mt19937& random, std::uint32_t inputs,
                                             std::uint32_t outputs) {
   decomposition::BrelRelation result{{}, variables(outputs, inputs), variables(0, outputs)};

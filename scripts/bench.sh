@@ -65,3 +65,6 @@ build-bench/bench/bench_bdd_covers
 echo
 echo "== Two-level minimisation and factoring, next to exact minima"
 build-bench/bench/bench_two_level
+echo
+echo "== Search inside Boolean relations"
+build-bench/bench/bench_boolean_relations

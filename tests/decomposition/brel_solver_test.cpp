@@ -6,6 +6,7 @@
 
 #include "bdd/cover_bdd.h"
 #include "oracle/table_relation.h"
+#include "support/caught_messages.h"
 #include "support/seeds.h"
 
 namespace vorel::decomposition {
@@ -89,6 +90,22 @@ TEST(BrelSolver, EverySolutionIsInsideAndTheBestCostsLittleMoreThanTheLeast) {
   EXPECT_LE(far, 1 + small / 100);
   EXPECT_GT(least, 0);
   EXPECT_GT(partial, 0);
+}
+
+TEST(BrelSolver, TellsItsStepsAndTotals) {
+  const Bdd y = bdd::bdd_variable(0), z = bdd::bdd_variable(1), x = bdd::bdd_variable(2);
+  BrelOptions options;
+  options.trace = options.verbose = true;
+  const support::CaughtMessages messages;
+  brel_solve(~(y ^ x) & (z ^ x), {x}, {y, z}, options, {literal_sum, literal_sum});
+  const std::string functions = "\t output:0 -> v2\n\t output:1 -> v2'\n";
+  EXPECT_EQ(messages.text(),
+            "\nSolution cost 2.000000:\n" + functions + "\nImcomp Solution cost 2.000000:\n" +
+                functions +
+                " cached BRs: 0\nmaxdepth 0.000000 nsols: 1.000000 Final Time:0.00 "
+                "sec\nUsed options:\n\tMaximum number of explored BR: 32\n\tNumber "
+                "of stored solutions: 5\n\tMaximum cpu time allowed: no limit\n"
+                "\tNumber of explored BR: 1 ms\nUsed CPU time: 0.00 sec\n");
 }
 
 }  // namespace
