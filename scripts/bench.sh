@@ -60,11 +60,11 @@ echo
 echo "== Properties of -F and -Fs, before the search"
 build-bench/bench/bench_property_language
 echo
+echo "== Search inside Boolean relations"
+build-bench/bench/bench_boolean_relations
+echo
 echo "== BDDs and covers of 20 variables"
 build-bench/bench/bench_bdd_covers
 echo
 echo "== Two-level minimisation and factoring, next to exact minima"
 build-bench/bench/bench_two_level
-echo
-echo "== Search inside Boolean relations"
-build-bench/bench/bench_boolean_relations
