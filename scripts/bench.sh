@@ -60,6 +60,9 @@ echo
 echo "== Properties of -F and -Fs, before the search"
 build-bench/bench/bench_property_language
 echo
+echo "== Search inside Boolean relations"
+build-bench/bench/bench_boolean_relations
+echo
 echo "== BDDs and covers of 20 variables"
 build-bench/bench/bench_bdd_covers
 echo

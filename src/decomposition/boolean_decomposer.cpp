@@ -70,20 +70,43 @@ std::size_t BooleanDecomposer::literal_count(const Bdd& function) {
   return entry->second;
 }
 
+// The exact cost matters of candidates that may be kept only.
 double BooleanDecomposer::cost_of(const std::vector<Bdd>& pins, const DecomposedFunction& function,
-                                  const DecomposingGate& gate) {
-  for (const Bdd& pin : pins)
-    if (pin.is_constant() || (!gate.is_latch && is_own_literal(pin, function))) return unusable;
+                                  double bound) {
   std::size_t sum = 0;
   for (const Bdd& pin : pins) {
     if (is_literal(pin)) continue;
     // Each variable is a literal at least.
-    if (pin.support().size() >= function.literals) return unusable;
-    const std::size_t literals = literal_count(pin);
+    const std::size_t least = pin.support().size();
+    if (least >= function.literals) return unusable;
+    sum += least;
+  }
+  if (static_cast<double>(sum) >= bound) return static_cast<double>(sum);
+  sum = 0;
+  for (const Bdd& pin : pins) {
+    const std::size_t literals = is_literal(pin) ? 0 : literal_count(pin);
     if (literals >= function.literals) return unusable;
     sum += literals;
   }
   return static_cast<double>(sum);
+}
+
+double BooleanDecomposer::offer(const std::vector<Bdd>& pins, const DecomposedFunction& function,
+                                const DecomposingGate& gate,
+                                std::vector<BooleanCandidate>& candidates) {
+  for (const Bdd& pin : pins)
+    if (pin.is_constant() || (!gate.is_latch && is_own_literal(pin, function))) return unusable;
+  const double bound = candidates.size() < most_candidates ? unusable : candidates.back().cost;
+  const double cost = cost_of(pins, function, bound);
+  const auto is_same_circuit = [&](const BooleanCandidate& other) {
+    return std::ranges::is_permutation(other.pins, pins) &&
+           with_pins(gate, other.pins) == with_pins(gate, pins);
+  };
+  if (cost >= bound || std::ranges::any_of(candidates, is_same_circuit)) return cost;
+  if (candidates.size() == most_candidates) candidates.pop_back();
+  const auto place = std::ranges::upper_bound(candidates, cost, {}, &BooleanCandidate::cost);
+  candidates.insert(place, {pins, cost});
+  return cost;
 }
 
 std::vector<BooleanCandidate> BooleanDecomposer::decompose(const DecomposedFunction& function,
@@ -96,19 +119,11 @@ std::vector<BooleanCandidate> BooleanDecomposer::decompose(const DecomposedFunct
               << to_string(bdd::cover_of(relation).cover) << '\n';
   }
   if (gate.pins.empty()) return {};
-  BrelResult result = brel_solve(
-      relation, variables_of(function.covers), gate.pins, search_options(),
-      {easy_cost, [&](const std::vector<Bdd>& pins) { return cost_of(pins, function, gate); }});
   std::vector<BooleanCandidate> candidates;
-  for (BrelSolution& solution : result.solutions) {
-    if (candidates.size() == most_candidates || solution.cost == unusable) break;
-    const auto is_same_circuit = [&](const BooleanCandidate& other) {
-      return std::ranges::is_permutation(other.pins, solution.functions) &&
-             with_pins(gate, other.pins) == with_pins(gate, solution.functions);
-    };
-    if (std::ranges::any_of(candidates, is_same_circuit)) continue;
-    candidates.push_back({std::move(solution.functions), solution.cost});
-  }
+  brel_solve(relation, variables_of(function.covers), gate.pins, search_options(),
+             {easy_cost, [&](const std::vector<Bdd>& pins) {
+                return offer(pins, function, gate, candidates);
+              }});
   return candidates;
 }
 

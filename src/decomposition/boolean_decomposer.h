@@ -59,8 +59,12 @@ class BooleanDecomposer {
  private:
   static constexpr double unusable = std::numeric_limits<double>::max();
 
+  // A lower bound will do if it is not below the other one.
   double cost_of(const std::vector<bdd::Bdd>& pins, const DecomposedFunction& function,
-                 const DecomposingGate& gate);
+                 double bound);
+  // Keeps a solution among the candidates if it is better than the last of enough; its cost.
+  double offer(const std::vector<bdd::Bdd>& pins, const DecomposedFunction& function,
+               const DecomposingGate& gate, std::vector<BooleanCandidate>& candidates);
   std::size_t literal_count(const bdd::Bdd& function);
 
   std::unordered_map<bdd::Bdd, std::size_t> literals_;

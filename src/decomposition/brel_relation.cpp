@@ -24,11 +24,16 @@ bool BrelAlgebra::is_total(const Bdd& relation) const {
   return exists(relation, all_outputs_).is_true();
 }
 
-Bdd BrelAlgebra::output_function(const Bdd& relation, std::size_t output) const {
+BrelAlgebra::Forced BrelAlgebra::forced(const Bdd& relation, std::size_t output) const {
   const Bdd allowed = exists(relation, others_[output]);
   const Bdd allows_1 = cofactor(allowed, outputs_[output]);
   const Bdd allows_0 = cofactor(allowed, ~outputs_[output]);
-  return bdd::function_between(allows_1 & ~allows_0, allows_1 | ~allows_0);
+  return {allows_1 & ~allows_0, allows_0 & ~allows_1};
+}
+
+Bdd BrelAlgebra::output_function(const Bdd& relation, std::size_t output) const {
+  const auto [to_1, to_0] = forced(relation, output);
+  return bdd::function_between(to_1, ~to_0);
 }
 
 std::vector<Bdd> BrelAlgebra::incompatible_minimum(const Bdd& relation) const {
@@ -45,6 +50,25 @@ std::vector<Bdd> BrelAlgebra::greedy_solution(Bdd relation) const {
   for (std::size_t i = 0; i < outputs_.size(); ++i) {
     functions.push_back(output_function(relation, i));
     relation = substitute(relation, i, functions.back());
+  }
+  return functions;
+}
+
+std::vector<Bdd> BrelAlgebra::alternatives(const Bdd& relation, std::span<const Bdd> solution,
+                                           std::size_t output) const {
+  assert(solution.size() == outputs_.size());
+  Bdd with_others = relation;
+  for (std::size_t i = 0; i < solution.size(); ++i)
+    if (i != output) with_others = substitute(with_others, i, solution[i]);
+  const auto [to_1, to_0] = forced(with_others, output);
+  std::vector<Bdd> functions = {bdd::function_between(to_1, ~to_0),
+                                ~bdd::function_between(to_0, ~to_1)};
+  for (const Bdd& input : inputs_) {
+    for (const Bdd& literal : {input, ~input}) {
+      if (!(to_1 & ~literal).is_false() || !(to_0 & literal).is_false()) continue;
+      functions.push_back(literal);
+      return functions;
+    }
   }
   return functions;
 }

@@ -38,6 +38,11 @@ class BrelAlgebra {
   // it is total.
   std::vector<bdd::Bdd> greedy_solution(bdd::Bdd relation) const;
 
+  // Other functions for one output of a solution, while all others stay: the first literal that
+  // will do, if one does, an irredundant sum, and an irredundant product of sums.
+  std::vector<bdd::Bdd> alternatives(const bdd::Bdd& relation, std::span<const bdd::Bdd> solution,
+                                     std::size_t output) const;
+
   // The inputs at which the functions leave the relation.
   bdd::Bdd conflict(const bdd::Bdd& relation, std::span<const bdd::Bdd> functions) const;
 
@@ -50,6 +55,11 @@ class BrelAlgebra {
   std::size_t free_output(const bdd::Bdd& relation, const bdd::Bdd& point) const;
 
  private:
+  // Where an output has to be 1, and where it has to be 0, whatever the others do.
+  struct Forced {
+    bdd::Bdd to_1, to_0;
+  };
+  Forced forced(const bdd::Bdd& relation, std::size_t output) const;
   bdd::Bdd substitute(const bdd::Bdd& relation, std::size_t output, const bdd::Bdd& function) const;
 
   std::vector<bdd::Bdd> inputs_, outputs_;

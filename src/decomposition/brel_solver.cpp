@@ -53,6 +53,12 @@ std::vector<Bdd> BrelSolver::completed(const std::vector<Bdd>& functions) const 
   return result;
 }
 
+std::vector<Bdd> BrelSolver::needed_functions(const BrelSolution& solution) const {
+  std::vector<Bdd> functions;
+  for (const std::size_t number : output_number_) functions.push_back(solution.functions[number]);
+  return functions;
+}
+
 void BrelSolver::store(const std::vector<Bdd>& functions) {
   std::vector<Bdd> solution = completed(functions);
   if (!known_solutions_.insert(solution).second) return;
@@ -133,21 +139,42 @@ void BrelSolver::search() {
   pending_.clear();
 }
 
+// The search gives each output the first irredundant sum, which need not be the shortest function.
+void BrelSolver::polish() {
+  auto& stored = result_.solutions;
+  for (bool is_better = !stored.empty(); is_better;) {
+    const double before = stored.front().cost;
+    std::vector<BrelSolution> best(
+        stored.begin(),
+        stored.begin() + std::min<std::ptrdiff_t>(std::ssize(stored), options_.polished_solutions));
+    for (const BrelSolution& solution : best) {
+      std::vector<Bdd> functions = needed_functions(solution);
+      for (std::size_t i = 0; i < functions.size(); ++i) {
+        const Bdd present = functions[i];
+        for (Bdd& other : algebra_.alternatives(needed_.relation, functions, i)) {
+          functions[i] = std::move(other);
+          store(functions);
+        }
+        functions[i] = present;
+      }
+    }
+    is_better = callbacks_.compare(stored.front().cost, before);
+  }
+}
+
 // Replays the best solution in a way that the search does not use.
 void BrelSolver::check_best() const {
   if (result_.solutions.empty()) return;
-  const std::vector<Bdd>& functions = result_.solutions.front().functions;
-  std::vector<Bdd> used;
+  const std::vector<Bdd> functions = needed_functions(result_.solutions.front());
   std::vector<Bdd> substitution;
   for (std::size_t i = 0; i < needed_.outputs.size(); ++i) {
     const std::uint32_t variable = needed_.outputs[i].variable();
     while (substitution.size() <= variable)
       substitution.push_back(bdd::bdd_variable(static_cast<std::uint32_t>(substitution.size())));
-    substitution[variable] = functions[output_number_[i]];
-    used.push_back(functions[output_number_[i]]);
+    substitution[variable] = functions[i];
   }
   if (compose(needed_.relation, substitution).is_true()) return;
-  trace_.tell_incorrect(needed_.relation, needed_.outputs, used);
+  trace_.tell_incorrect(needed_.relation, needed_.outputs, functions);
   assert(false && "the search keeps solutions only");
 }
 
@@ -157,6 +184,7 @@ BrelResult BrelSolver::solve() && {
     store(algebra_.greedy_solution(needed_.relation));
   else
     search();
+  polish();
   check_best();
   trace_.tell_totals(options_, result_, base::ticks_now() - start_);
   return std::move(result_);

@@ -34,7 +34,9 @@ struct BrelOptions {
   bool use_cache = false;              // a relation that comes again is not explored again
   std::uint32_t max_explored = 32;     // relations
   std::uint32_t stored_solutions = 5;  // in the result; 0 counts as 1
-  double cpu_limit_ms = -1.0;          // none if negative
+  // So many of the best solutions are changed in single outputs at the end, as long as that helps.
+  std::uint32_t polished_solutions = 5;
+  double cpu_limit_ms = -1.0;  // none if negative
 };
 
 // Each is given one function per output of the relation, in their order.
@@ -82,11 +84,14 @@ class BrelSolver {
   void explore(BrelNode node);
   bool is_passed_over(const BrelNode& node, double cost);
   void split(BrelNode node, const bdd::Bdd& conflict);
+  void polish();
   void store(const std::vector<bdd::Bdd>& functions);
   bool limit_is_reached() const;
   void check_best() const;
   // With the outputs that the relation does not depend on.
   std::vector<bdd::Bdd> completed(const std::vector<bdd::Bdd>& functions) const;
+  // Without them.
+  std::vector<bdd::Bdd> needed_functions(const BrelSolution& solution) const;
 
   BrelOptions options_;
   BrelCallbacks callbacks_;
