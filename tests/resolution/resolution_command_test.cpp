@@ -164,6 +164,7 @@ void expect_right_answer(const net::Stg& stg, Names options, bool repeat, Tally&
 }
 
 TEST(ResolutionCommand, ResolvedStgsDoWhatTheyDidWithoutConflicts) {
+  const support::CaughtMessages notes;
   const auto [first, end] = support::seeds(45);
   Tally tally;
   for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
@@ -177,6 +178,7 @@ TEST(ResolutionCommand, ResolvedStgsDoWhatTheyDidWithoutConflicts) {
 }
 
 TEST(ResolutionCommand, ResolvesTheExamples) {
+  const support::CaughtMessages notes;
   Tally tally;
   for (const char* name : {"vme_read", "sequencer", "dummy_fork", "celement"}) {
     SCOPED_TRACE(name);
@@ -221,6 +223,7 @@ std::string fault_of_suggestion(const net::StgPrefix& prefix, const std::string&
 }
 
 TEST(ResolutionCommand, EachSuggestionOfAStepIsValid) {
+  const support::CaughtMessages notes;
   const auto [first, end] = support::seeds(36);
   std::size_t suggestions = 0;
   for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
