@@ -60,8 +60,14 @@ echo
 echo "== Properties of -F and -Fs, before the search"
 build-bench/bench/bench_property_language
 echo
+echo "== Search inside Boolean relations"
+build-bench/bench/bench_boolean_relations
+echo
 echo "== BDDs and covers of 20 variables"
 build-bench/bench/bench_bdd_covers
 echo
 echo "== Two-level minimisation and factoring, next to exact minima"
 build-bench/bench/bench_two_level
+echo
+echo "== All gates of the built-in library against one function"
+build-bench/bench/bench_gate_matching

@@ -46,6 +46,12 @@ std::optional<std::vector<BddLiteral>> literals_of_cube(const Bdd& f) {
   return literals;
 }
 
+bool is_literal(const Bdd& f) {
+  assert(!f.is_null());
+  return Cudd_IsConstant(f.node()) == 0 && Cudd_IsConstant(Cudd_T(f.node())) != 0 &&
+         Cudd_IsConstant(Cudd_E(f.node())) != 0;
+}
+
 std::vector<Bdd> nodes_of(const Bdd& f) {
   assert(!f.is_null());
   std::vector<DdNode*> nodes = walk(f.node());

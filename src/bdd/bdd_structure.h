@@ -23,6 +23,9 @@ struct BddLiteral {
 // function is no product.
 std::optional<std::vector<BddLiteral>> literals_of_cube(const Bdd& f);
 
+// A variable or its complement.
+bool is_literal(const Bdd& f);
+
 // The nodes below and with that of f, without complement, in the current order of the variables,
 // the constant last. Nodes of one variable stand in the order in which a walk that takes the then
 // edge first reaches them.

@@ -2,6 +2,9 @@
 
 #include <cassert>
 
+#include "bdd/bdd_manager.h"
+#include "bdd/cudd_interface.h"
+
 namespace vorel::bdd {
 namespace {
 
@@ -57,6 +60,13 @@ toolkit::Cover irredundant_sum(const Bdd& f, std::span<const std::uint32_t> supp
   [[maybe_unused]] const Bdd sum = builder.add_between(f, f, 0);
   assert(sum == f);
   return std::move(builder).take_sum();
+}
+
+Bdd function_between(const Bdd& lower, const Bdd& upper) {
+  DdManager* const cudd = BddManager::instance().cudd();
+  assert(!lower.is_null() && !upper.is_null());
+  assert(Cudd_bddLeq(cudd, lower.node(), upper.node()) != 0);
+  return Bdd::from_result(Cudd_bddIsop(cudd, lower.node(), upper.node()));
 }
 
 }  // namespace vorel::bdd

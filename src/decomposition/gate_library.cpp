@@ -26,10 +26,6 @@ auto order_of(const toolkit::LibraryGate& gate) {
 }
 static_assert(toolkit::GateClass::combinational < toolkit::GateClass::asynchronous_latch);
 
-bool is_usable(const toolkit::LibraryGate& gate) {
-  return gate.name != wire_name && gate.gate_class != toolkit::GateClass::clocked_latch;
-}
-
 bool report_missing(std::string_view name) {
   base::print_error(std::string("the gate \"").append(name).append("\" is not in the library"));
   return false;
@@ -44,6 +40,20 @@ toolkit::GateEquation parsed(std::string_view equation) {
 }
 
 }  // namespace
+
+bool is_usable(const toolkit::LibraryGate& gate) {
+  return gate.name != wire_name && gate.gate_class != toolkit::GateClass::clocked_latch;
+}
+
+std::optional<std::vector<toolkit::LibraryGate>> read_gates(const std::string& file_name) {
+  if (file_name.empty()) {
+    return toolkit::read_genlib(internal_gate_library_text,
+                                std::string(internal_gate_library_name));
+  }
+  std::string text;
+  if (!base::read_whole_file(file_name, text)) return std::nullopt;
+  return toolkit::read_genlib(text, file_name);
+}
 
 GateLibrary::GateLibrary(std::vector<toolkit::LibraryGate> gates) : gates_{std::move(gates)} {
   std::ranges::sort(gates_, {}, order_of);
@@ -124,10 +134,7 @@ void GateLibrary::derive_areas() {
 }
 
 std::optional<GateLibrary> GateLibrary::read(const std::string& file_name) {
-  std::string text(internal_gate_library_text);
-  if (!file_name.empty() && !base::read_whole_file(file_name, text)) return std::nullopt;
-  auto gates = toolkit::read_genlib(
-      text, file_name.empty() ? std::string(internal_gate_library_name) : file_name);
+  auto gates = read_gates(file_name);
   if (!gates) return std::nullopt;
   GateLibrary library(std::move(*gates));
   if (!library.choose_basic_gates()) return std::nullopt;

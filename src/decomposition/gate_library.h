@@ -20,11 +20,18 @@
 
 namespace vorel::decomposition {
 
+// The gates of the file, plain or gzipped, in its order; those of the built-in text if the name is
+// empty. nullopt after an error: `cannot open "NAME" for input`, `incorrect syntax of NAME`.
+std::optional<std::vector<toolkit::LibraryGate>> read_gates(const std::string& file_name);
+
+// Whether a circuit may be built with the gate: it needs no clock, and "**wire**" is no gate at
+// all.
+bool is_usable(const toolkit::LibraryGate& gate);
+
 class GateLibrary {
  public:
-  // From the file, plain or gzipped; from the built-in text if the name is empty. nullopt after an
-  // error: `cannot open "NAME" for input`, `incorrect syntax of NAME`, or, for each of the basic
-  // gates that is missing, `the gate "NAME" is not in the library`.
+  // As read_gates. nullopt after an error, of its own `the gate "NAME" is not in the library` for
+  // each of the basic gates that is missing.
   static std::optional<GateLibrary> read(const std::string& file_name);
 
   // The cheapest gates of one input with its function, and with its complement.

@@ -8,21 +8,13 @@
 
 #include "base/messages.h"
 #include "base/unique_names.h"
+#include "synthesis/verilog_module.h"
+#include "toolkit/verilog_name.h"
 
 namespace vorel::synthesis {
 namespace {
 
 using InitialValues = std::unordered_map<std::string_view, bool>;
-
-std::string joined(const base::OwnedList<net::Signal>& signals, std::uint32_t first,
-                   std::uint32_t end) {
-  std::string text;
-  for (std::uint32_t i = first; i < end; ++i) {
-    if (i > first) text += ", ";
-    text += signals[i]->name;
-  }
-  return text;
-}
 
 toolkit::LogicExpr literal(const std::string& name) {
   return {toolkit::LogicExpr::Literal{name, false}};
@@ -77,22 +69,16 @@ class VerilogWriter {
       case SynthesisStyle::standard_c:
         is_right = write_standard_c();
     }
-    stream_ << "\n    // initial values of the signals\n    //" << initial_values_
-            << "\nendmodule\n";
+    write_module_end(stream_, initial_values_);
     return is_right;
   }
 
  private:
   void write_header() {
-    const std::string outputs = joined(stg_.signals, stg_.inputs_end, stg_.outputs_end);
-    const std::string inputs = joined(stg_.signals, 0, stg_.inputs_end);
-    const char* separator = outputs.empty() || inputs.empty() ? "" : ", ";
-    stream_ << "module VOREL_unmapped_implementation(" << outputs << separator << inputs << ");\n";
-    if (!outputs.empty()) stream_ << "    output " << outputs << ";\n";
-    if (!inputs.empty()) stream_ << "    input " << inputs << ";\n";
+    write_module_start(stream_, "VOREL_unmapped_implementation", stg_);
     std::uint64_t cost = 0;
     for (const SignalSolution* solution : solutions_) cost += solution->cost();
-    stream_ << "\n    // " << style_name()
+    stream_ << "    // " << style_name()
             << " implementation, each 'assign' statement is assumed to be ATOMIC;\n"
                "    // total cost="
             << cost << '\n';
@@ -104,17 +90,10 @@ class VerilogWriter {
   }
 
   void collect_initial_values() {
+    initial_values_ = initial_values_text(stg_);
     for (const auto& signal : stg_.signals) {
-      if (signal->is_dummy()) continue;
-      const bool value = signal->initial_value == 1;
-      values_.emplace(signal->name, value);
-      note_initial_value(signal->name, value);
+      if (!signal->is_dummy()) values_.emplace(signal->name, signal->initial_value == 1);
     }
-  }
-
-  void note_initial_value(const std::string& name, bool value) {
-    initial_values_ += value ? " " : " !";
-    initial_values_ += name;
   }
 
   void write_complex_gates() {
@@ -128,7 +107,7 @@ class VerilogWriter {
   void write_assignments(const std::string& target, const SignalSolution& solution) {
     const char* comment = "";
     for (const SignalImplementation& alternative : solution.alternatives) {
-      stream_ << "    " << comment << "assign " << target << " = "
+      stream_ << "    " << comment << "assign " << toolkit::verilog_name(target) << " = "
               << toolkit::to_verilog(alternative.equation) << "; // cost=" << alternative.cost
               << '\n';
       comment = "// ";
@@ -149,8 +128,8 @@ class VerilogWriter {
           stream_ << "    // SET=" << toolkit::to_verilog(set.equation)
                   << ", RESET=" << toolkit::to_verilog(reset.equation)
                   << ", cost=" << set.cost + reset.cost << "\n    " << comment << "assign "
-                  << signal << " = " << toolkit::to_verilog(gc_equation(signal, set, reset))
-                  << ";\n";
+                  << toolkit::verilog_name(signal) << " = "
+                  << toolkit::to_verilog(gc_equation(signal, set, reset)) << ";\n";
           comment = "// ";
         }
       }
@@ -183,14 +162,17 @@ class VerilogWriter {
           !evaluate(reset.best().equation, values_, reset_value)) {
         return false;
       }
-      note_initial_value(set_name, set_value);
-      note_initial_value(reset_name, reset_value);
+      initial_values_ += initial_value_text(set_name, set_value);
+      initial_values_ += initial_value_text(reset_name, reset_value);
     }
     return true;
   }
 
-  void write_c_element(const std::string& signal, const std::string& set,
-                       const std::string& reset) {
+  void write_c_element(const std::string& signal_name, const std::string& set_name,
+                       const std::string& reset_name) {
+    const std::string signal = toolkit::verilog_name(signal_name);
+    const std::string set = toolkit::verilog_name(set_name);
+    const std::string reset = toolkit::verilog_name(reset_name);
     stream_ << "    assign " << signal << " = " << set << " & ~" << reset << " | " << signal
             << " & (" << set << " | ~" << reset << "); // C-element with one inverted input\n";
   }
@@ -211,13 +193,7 @@ bool write_verilog(std::ostream& stream, const net::Stg& stg, SynthesisStyle sty
     stream << "\nFailed to synthesise the specification\n";
     return true;
   }
-  const auto has_no_name = [](const auto& signal) {
-    return signal->name.empty() && !signal->is_dummy();
-  };
-  if (std::ranges::any_of(stg.signals, has_no_name)) {
-    base::print_error("a signal has no name, and so cannot stand in Verilog");
-    return false;
-  }
+  if (!names_can_stand_in_verilog(stg)) return false;
   assert(solutions.size() ==
          (stg.internals_end - stg.inputs_end) * (has_two_functions(style) ? 2u : 1u));
   return VerilogWriter(stream, stg, style, solutions).run();

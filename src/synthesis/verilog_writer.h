@@ -14,7 +14,7 @@ namespace vorel::synthesis {
 // The first alternative of each function makes the circuit, the others follow as comments. For the
 // styles with two functions the solutions come in pairs, SET before RESET, of the non-input signals
 // in their order. Without solutions the text says so. False after an error: nothing is written if a
-// signal has no name.
+// signal has a name that cannot stand in Verilog.
 bool write_verilog(std::ostream& stream, const net::Stg& stg, SynthesisStyle style,
                    std::span<const SignalSolution* const> solutions);
 

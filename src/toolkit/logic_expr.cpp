@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "base/value_hash.h"
+#include "toolkit/verilog_name.h"
 
 namespace vorel::toolkit {
 namespace {
@@ -15,9 +16,11 @@ using Literal = LogicExpr::Literal;
 
 struct Notation {
   std::string_view and_sign, or_sign, before_negated, after_negated, truth, falsity;
+  std::string (*name)(std::string_view);
 };
-constexpr Notation plain = {" ", " + ", "", "'", "1", "0"};
-constexpr Notation verilog = {" & ", " | ", "~", "", "1b`1", "1b`0"};
+std::string plain_name(std::string_view name) { return std::string(name); }
+constexpr Notation plain = {" ", " + ", "", "'", "1", "0", plain_name};
+constexpr Notation verilog = {" & ", " | ", "~", "", "1b`1", "1b`0", verilog_name};
 
 class Writer {
  public:
@@ -47,7 +50,7 @@ class Writer {
   void write_node(const Const& node) { text += node.value ? notation_.truth : notation_.falsity; }
   void write_node(const Literal& node) {
     if (node.negated) text += notation_.before_negated;
-    text += node.name;
+    text += notation_.name(node.name);
     if (node.negated) text += notation_.after_negated;
   }
 

@@ -41,7 +41,8 @@ struct LogicExpr {
 // "a (b + c')"; constants are "1" and "0".
 std::string to_string(const LogicExpr& expression);
 
-// "a & (b | ~c)"; constants are "1b`1" and "1b`0".
+// "a & (b | ~c)"; constants are "1b`1" and "1b`0". Names are those of toolkit/verilog_name.h, where
+// all must be able to stand in Verilog.
 std::string to_verilog(const LogicExpr& expression);
 
 // Number of leaves that are literals.

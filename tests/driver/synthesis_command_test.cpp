@@ -166,19 +166,28 @@ TEST(SynthesisCommand, WritesVerilogToTheErrorStreamWhereTheFileCannotBeOpened) 
             "\nWarning: cannot open \"" + file + "\" for output\n" + verilog_table[0].text);
 }
 
-TEST(SynthesisCommand, ASignalWithoutANameIsRefusedInVerilog) {
+TEST(SynthesisCommand, ASignalThatCannotBeNamedInVerilogIsRefusedThere) {
+  const std::string rest =
+      " cannot stand in Verilog, which takes names of printable ASCII characters without blanks\n";
+  const std::pair<const char*, std::string> rows[] = {
+      {"", "\nError: a signal has no name, and so cannot stand in Verilog\n"},
+      {"c sc", "\nError: the signal 'c sc'" + rest},
+      {"caf\u00e9", "\nError: the signal 'caf\u00e9'" + rest},
+  };
   const support::TemporaryFolder folder;
-  std::string text = support::read_text(support::example("vme_read_csc.unf.pnml"));
-  const std::string name = "<text>csc</text>";
-  ASSERT_NE(text.find(name), std::string::npos);
-  text.replace(text.find(name), name.size(), "<text></text>");
-  folder.write("x.pnml", text);
-  for (const std::string mode : {"-E", "-G", "-S"}) {
-    const support::ProgramRun run =
-        support::run_vorel({mode, folder.path("x.pnml"), folder.path("o.v")});
-    EXPECT_EQ(run.exit_code, 2);
-    EXPECT_EQ(run.err, "\nError: a signal has no name, and so cannot stand in Verilog\n");
-    EXPECT_FALSE(std::filesystem::exists(folder.path("o.v")));
+  for (const auto& [new_name, error] : rows) {
+    std::string text = support::read_text(support::example("vme_read_csc.unf.pnml"));
+    const std::string name = "<text>csc</text>";
+    ASSERT_NE(text.find(name), std::string::npos);
+    text.replace(text.find(name), name.size(), std::string("<text>") + new_name + "</text>");
+    folder.write("x.pnml", text);
+    for (const std::string mode : {"-E", "-G", "-S"}) {
+      const support::ProgramRun run =
+          support::run_vorel({mode, folder.path("x.pnml"), folder.path("o.v")});
+      EXPECT_EQ(run.exit_code, 2);
+      EXPECT_EQ(run.err, error);
+      EXPECT_FALSE(std::filesystem::exists(folder.path("o.v")));
+    }
   }
 }
 

@@ -1,28 +1,52 @@
-// oracle/circuit_states.h - circuits of derived equations, gate by gate.
+// oracle/circuit_states.h - circuits gate by gate, in the environment that their STG describes.
+// Here:      what a circuit is, all its states, what goes wrong in them.
+// Not here:  circuits of equations (oracle/equation_circuit.h).
 #pragma once
 
-#include <set>
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "oracle/coding.h"
-#include "synthesis/signal_solution.h"
+#include "toolkit/library_gate.h"
 
 namespace vorel::oracle {
 
-// The names of its literals.
-std::set<std::string> names_in(const toolkit::LogicExpr& expression);
+// Wires have names; those of signals are the signals.
+struct CircuitGate {
+  std::string output;
+  std::vector<std::string> inputs;
+  // What the output is about to become, by the values of the inputs and its own. Takes any time;
+  // inverters that are to take none belong to the function.
+  std::function<bool(const std::vector<bool>& inputs, bool output)> next;
+};
 
-// The value of an equation under a code.
-bool value_of(const toolkit::LogicExpr& expression, const net::Stg& stg, const Values& code);
+struct Circuit {
+  std::vector<CircuitGate> gates;
+  // Signals have those of the STG, other wires without one the values at which their gates rest.
+  std::map<std::string, bool> initial;
+};
 
-// Explores the circuit in which each output and internal signal is the output of a C-element driven
-// by two gates, SET and RESET, of any delay each, with the STG as environment and as what the
-// outputs are to conform to. Empty, or what goes wrong: a gate or C-element that is excited and not
-// any more, a signal that changes where the STG does not let it, or one that never will where it
-// should. An STG in which an output can be disabled is a hazard of its own: it is passed over.
-std::string find_hazard(const net::Stg& stg, const StateGraph<net::Stg>& graph,
-                        const Values& initial,
-                        const std::vector<const synthesis::SignalSolution*>& solutions);
+// What a pin of a gate is connected to: a wire, or without one the constant 0.
+struct CircuitPin {
+  std::string wire;
+  bool is_inverted = false;  // in no time
+};
+
+// One pin for each input, in the order of the gate's. An inverted output is that of an inverter,
+// and the gate drives a wire of its own, OUTPUT'.
+void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::string& output,
+              const std::vector<CircuitPin>& pins, bool is_inverted = false);
+
+// Explores the circuit with the STG as environment and as what outputs and internal signals are to
+// conform to; dummies of the STG happen at any time. Empty, or what goes wrong first: wires without
+// a driver or with two, other initial values than the STG's, a gate that is not at rest initially
+// (but those of signals), a gate that is excited and not any more, a signal that changes where the
+// STG does not let it, one that the STG lets change and no gates can make change without another
+// input, or more states than allowed.
+std::string find_fault(const net::Stg& stg, const StateGraph<net::Stg>& graph,
+                       const Values& initial, const Circuit& circuit,
+                       std::size_t max_states = 200'000);
 
 }  // namespace vorel::oracle

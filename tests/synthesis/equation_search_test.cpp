@@ -9,7 +9,7 @@
 
 #include "base/messages.h"
 #include "conflicts/conflicts_support.h"
-#include "oracle/circuit_states.h"
+#include "oracle/equation_circuit.h"
 #include "support/legacy_files.h"
 #include "synthesis/assumptions.h"
 #include "synthesis/synthesis_support.h"

@@ -157,6 +157,39 @@ TEST_F(Verilog, OutputsOfTheExamplesFollowTheirStgs) { expect_to_follow(examples
 
 TEST_F(Verilog, OutputsOfRandomStgsFollowThem) { expect_to_follow(random_subjects(40), true); }
 
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at)) {
+    text.replace(at, from.size(), to);
+    at += to.size();
+  }
+  return text;
+}
+
+TEST_F(Verilog, OddNamesOfSignalsStandAsEscapedIdentifiers) {
+  const std::string odd[] = {"req[0]", "reg", "and2:c", "3x", "z'", "//w", "\\v", "/*", "$t+"};
+  std::string modules;
+  for (Subject& subject : examples()) {
+    const auto& signals = subject.prefix.signals;
+    ASSERT_LE(signals.size(), std::size(odd));
+    for (const SynthesisStyle style : styles) {
+      for (const auto& signal : signals) signal->name = "s" + std::to_string(signal->index);
+      const std::string plain = subject.module(style);
+      for (const auto& signal : signals) signal->name = odd[signal->index];
+      std::string module = subject.module(style), unescaped = module;
+      for (const auto& signal : signals) {
+        const std::string number = "s" + std::to_string(signal->index);
+        for (const std::string wire : {"", "_SET", "_RESET"}) {
+          unescaped = replaced(unescaped, "\\" + signal->name + wire + " ", number + wire);
+        }
+        unescaped = replaced(unescaped, signal->name, number);  // in comments
+      }
+      EXPECT_EQ(unescaped, plain) << module;
+      modules += module.insert(module.find('('), "_" + std::to_string(modules.size()));
+    }
+  }
+  EXPECT_TRUE(simulate(modules).empty());
+}
+
 TEST_F(Verilog, SimulationTellsAWrongGate) {
   const std::vector<Subject> subjects = examples();
   const auto subject = std::ranges::find(subjects, "celement", &Subject::name);

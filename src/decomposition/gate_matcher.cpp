@@ -1,0 +1,316 @@
+#include "decomposition/gate_matcher.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iostream>
+
+#include "base/messages.h"
+#include "base/run_state.h"
+#include "bdd/cover_bdd.h"
+#include "decomposition/gate_covers.h"
+#include "decomposition/pin_choices.h"
+
+namespace vorel::decomposition {
+namespace {
+
+constexpr int verbosity_of_queries = 5, verbosity_of_gates = 6, verbosity_of_renaming = 7;
+
+// To list all matches all codes are looked at, which is for diagnostics only.
+constexpr std::size_t most_inputs_to_list = 12;
+
+using Code = std::vector<int>;  // 0 or 1, by input
+
+constexpr bdd::Bdd bdd::BDDCover::*the_sets[] = {&bdd::BDDCover::er_plus, &bdd::BDDCover::qr_plus,
+                                                 &bdd::BDDCover::er_minus,
+                                                 &bdd::BDDCover::qr_minus};
+
+// A signal that changes with the output of a gate, and the other way round.
+bdd::BDDCover behind_inverter(const bdd::BDDCover& gate) {
+  return {gate.er_minus & gate.qr_minus, gate.qr_minus, gate.er_plus & gate.qr_plus, gate.qr_plus};
+}
+
+// Where the query asks for what the gate does not do.
+bdd::Bdd failures(const bdd::BDDCover& query, const bdd::BDDCover& gate) {
+  bdd::Bdd result(false);
+  for (const auto set : the_sets) result |= query.*set & ~(gate.*set);
+  return result;
+}
+
+// The smallest, where the first input is the most significant digit.
+Code first_code(bdd::Bdd set, std::size_t input_count) {
+  assert(!set.is_false());
+  Code code(input_count, 0);
+  for (std::uint32_t i = 0; i < input_count; ++i) {
+    const bdd::Bdd input = bdd::bdd_variable(i);
+    const bdd::Bdd without = cofactor(set, ~input);
+    code[i] = without.is_false() ? 1 : 0;
+    set = code[i] == 1 ? cofactor(set, input) : without;
+  }
+  return code;
+}
+
+std::vector<std::uint32_t> earlier_twins(const bdd::BDDCover& covers, std::uint32_t pin_count) {
+  std::vector<bdd::Bdd> swapped;
+  for (std::uint32_t pin = 0; pin < pin_count; ++pin) swapped.push_back(bdd::bdd_variable(pin));
+  std::vector<std::uint32_t> twin;
+  for (std::uint32_t pin = 0; pin < pin_count; ++pin) {
+    twin.push_back(pin);
+    for (std::uint32_t earlier = pin; earlier-- > 0 && twin[pin] == pin;) {
+      swap(swapped[pin], swapped[earlier]);
+      if (compose(covers, swapped) == covers) twin[pin] = earlier;
+      swap(swapped[pin], swapped[earlier]);
+    }
+  }
+  return twin;
+}
+
+// Making the text may print diagnostics of its own, which come first.
+void tell(const char* title, const std::string& text) { std::cerr << title << text << std::flush; }
+
+bdd::BDDCover behind_inverter_if(bool is_inverted, bdd::BDDCover gate) {
+  return is_inverted ? behind_inverter(gate) : gate;
+}
+
+// What the choice puts on the pins, where input i is variable_of(i).
+template <class VariableOf>
+GateMatch match_of(const std::string& gate, const PinChoices::Choice& choice,
+                   VariableOf variable_of) {
+  GateMatch match{.gate = gate, .inputs = {}, .inverted = choice.is_output_inverted};
+  for (const PinChoices::Pin& pin : choice.pins) {
+    bdd::Bdd input = pin.is_constant ? bdd::Bdd(pin.input == 1) : variable_of(pin.input);
+    match.inputs.push_back(pin.is_inverted ? ~std::move(input) : std::move(input));
+  }
+  return match;
+}
+
+}  // namespace
+
+// What a query asks for at one code.
+struct GateMatcher::Demand {
+  Code code;
+  bool is_in_set[std::size(the_sets)];
+};
+
+// A query over inputs that are numbered from 0, and the codes at which choices are tried.
+class GateMatcher::Query {
+ public:
+  explicit Query(const bdd::BDDCover& cover) : variables_{cover.support()}, edges_{false} {
+    std::vector<bdd::Bdd> renaming(variables_.empty() ? 0 : variables_.back() + 1, bdd::Bdd(false));
+    for (std::uint32_t i = 0; i < variables_.size(); ++i) {
+      renaming[variables_[i]] = bdd::bdd_variable(i);
+    }
+    cover_ = compose(cover, renaming);
+    for (std::uint32_t i = 0; i < variables_.size(); ++i) find_edges(i);
+  }
+
+  const bdd::BDDCover& cover() const { return cover_; }
+  std::uint32_t input_count() const { return static_cast<std::uint32_t>(variables_.size()); }
+  // A gate with fewer pins cannot match.
+  std::uint32_t needed_inputs() const { return needed_inputs_; }
+  bool is_constant() const {
+    return (cover_.er_plus.is_false() && cover_.qr_plus.is_false()) ||
+           (cover_.er_minus.is_false() && cover_.qr_minus.is_false());
+  }
+
+  Demand demand_at(Code code) const {
+    Demand demand{.code = std::move(code), .is_in_set = {}};
+    for (std::size_t i = 0; i < std::size(the_sets); ++i) {
+      demand.is_in_set[i] = (cover_.*the_sets[i]).evaluate(demand.code);
+    }
+    return demand;
+  }
+
+  // What choices are tried with: some edges, then where choices failed so far, of any gate.
+  const std::vector<Demand>& demands() const { return demands_; }
+  // One of the codes, if possible one that tells much.
+  const Demand& add_one_of(const bdd::Bdd& codes) {
+    const bdd::Bdd telling = codes & edges_;
+    const bdd::Bdd& best = telling.is_false() ? codes : telling;
+    return demands_.emplace_back(demand_at(first_code(best, variables_.size())));
+  }
+
+  // The input of the query as one of the caller's.
+  bdd::Bdd variable(std::uint32_t input) const { return bdd::bdd_variable(variables_[input]); }
+
+ private:
+  // Two codes that differ in the input alone, with one value asked for at the one and the other at
+  // the other, need the input on a pin.
+  void find_edges(std::uint32_t i) {
+    const bdd::Bdd input = bdd::bdd_variable(i), no_input = ~input;
+    bdd::Bdd edges(false);
+    for (const auto& [on, off] : {std::pair{&cover_.er_plus, &cover_.qr_minus},
+                                  std::pair{&cover_.qr_plus, &cover_.er_minus}}) {
+      edges |= cofactor(*on, input) & cofactor(*off, no_input);
+      edges |= cofactor(*on, no_input) & cofactor(*off, input);
+    }
+    if (edges.is_false()) return;
+    ++needed_inputs_;
+    edges_ |= edges;
+    Code code = first_code(edges, variables_.size());
+    for (const int value : {0, 1}) {
+      code[i] = value;
+      if (std::ranges::find(demands_, code, &Demand::code) == demands_.end()) {
+        demands_.push_back(demand_at(code));
+      }
+    }
+  }
+
+  std::vector<std::uint32_t> variables_;  // of the caller, by input
+  bdd::BDDCover cover_;
+  bdd::Bdd edges_;
+  std::uint32_t needed_inputs_ = 0;
+  std::vector<Demand> demands_;
+};
+
+GateMatcher::GateMatcher(const GateLibrary& library, const std::vector<std::string>& gates)
+    : library_{library} {
+  for (const std::string& name : gates) {
+    const toolkit::LibraryGate& gate = library.gate(name);
+    assert((gates_.empty() || gates_.back().description->area <= gate.area) && "sorted by area");
+    number_of_.emplace(name, gates_.size());
+    gates_.push_back({.description = &gate, .covers = {}, .earlier_twin = {}, .valid_choices = {}});
+    max_inputs_ = std::max(max_inputs_, gate.input_count());
+  }
+}
+
+const bdd::BDDCover& GateMatcher::covers(Gate& gate) {
+  if (!gate.covers) gate.covers = covers_of(*gate.description);
+  return *gate.covers;
+}
+
+const bdd::BDDCover& GateMatcher::covers(const std::string& gate) {
+  const auto found = number_of_.find(gate);
+  assert(found != number_of_.end() && "a gate of the matcher");
+  return covers(gates_[found->second]);
+}
+
+const bdd::Bdd& GateMatcher::valid_choices(Gate& gate, std::uint32_t input_count) {
+  const std::uint32_t pin_count = gate.description->input_count();
+  if (gate.valid_choices.empty()) gate.earlier_twin = earlier_twins(covers(gate), pin_count);
+  bdd::Bdd& valid = gate.valid_choices[input_count];
+  if (valid.is_null()) valid = PinChoices(pin_count, input_count).valid(gate.earlier_twin);
+  return valid;
+}
+
+bool GateMatcher::is_admitted(const Gate& gate, const Query& query) const {
+  const toolkit::LibraryGate& description = *gate.description;
+  if (query.is_constant()) return description.pins.empty();
+  return description.input_count() >= std::max(1u, query.needed_inputs());
+}
+
+bdd::BDDCover GateMatcher::covers_of_match(const GateMatch& match) {
+  assert(match.exists());
+  return behind_inverter_if(match.inverted, compose(covers(match.gate), match.inputs));
+}
+
+bool GateMatcher::implements(const bdd::BDDCover& query, const GateMatch& match) {
+  return failures(query, covers_of_match(match)).is_false();
+}
+
+// The choices that make the gate do at the code what is asked for there.
+bdd::Bdd GateMatcher::right_choices(Gate& gate, const PinChoices& choices, const Demand& demand) {
+  const bdd::BDDCover direct = compose(covers(gate), choices.values_at(demand.code));
+  const bdd::BDDCover inverted = behind_inverter(direct);
+  bdd::Bdd right_direct(true), right_inverted(true);
+  for (std::size_t i = 0; i < std::size(the_sets); ++i) {
+    if (!demand.is_in_set[i]) continue;
+    right_direct &= direct.*the_sets[i];
+    right_inverted &= inverted.*the_sets[i];
+  }
+  return ite(PinChoices::output_inversion(), right_inverted, right_direct);
+}
+
+std::optional<GateMatch> GateMatcher::cheapest_match(Gate& gate, Query& query) {
+  ++stats_.gates;
+  const std::string& name = gate.description->name;
+  const PinChoices choices(gate.description->input_count(), query.input_count());
+  bdd::Bdd left = valid_choices(gate, query.input_count());
+  for (const Demand& demand : query.demands()) {
+    if (left.is_false()) break;
+    left &= right_choices(gate, choices, demand);
+  }
+  while (const auto choice = choices.cheapest(left)) {
+    const bdd::Bdd wrong =
+        failures(query.cover(), covers_of_match(match_of(name, *choice, bdd::bdd_variable)));
+    if (wrong.is_false()) {
+      if (base::verbosity() >= verbosity_of_gates) tell_all_matches(gate, query, left);
+      return match_of(name, *choice, [&query](std::uint32_t i) { return query.variable(i); });
+    }
+    ++stats_.codes;
+    left &= right_choices(gate, choices, query.add_one_of(wrong));
+  }
+  if (base::verbosity() >= verbosity_of_gates) tell("\nNo match for gate ", name);
+  return std::nullopt;
+}
+
+void GateMatcher::tell_all_matches(Gate& gate, const Query& query, bdd::Bdd matches) {
+  tell("\nMatch(es) exist for gate ", gate.description->name);
+  const std::uint32_t input_count = query.input_count();
+  if (input_count > most_inputs_to_list) return;
+  const PinChoices choices(gate.description->input_count(), input_count);
+  for (std::uint32_t number = 0; number < 1u << input_count; ++number) {
+    Code code(input_count);
+    for (std::uint32_t i = 0; i < input_count; ++i) code[i] = static_cast<int>(number >> i) & 1;
+    matches &= right_choices(gate, choices, query.demand_at(std::move(code)));
+  }
+  tell("\nBDD for all matches: ", toolkit::to_string(bdd::expression_of(matches)));
+}
+
+GateMatch GateMatcher::best_match(Query& query) {
+  GateMatch best;
+  double best_area = 0;
+  for (Gate& gate : gates_) {
+    if (!is_admitted(gate, query)) continue;
+    const double gate_area = gate.description->area;
+    if (best.exists() &&
+        (gate_area > best_area || (gate_area == best_area && inversion_count(best) == 0))) {
+      if (base::verbosity() >= verbosity_of_gates) {
+        tell("\nNo improvement in cost with gate ", gate.description->name + "; skip the gate");
+      }
+      break;
+    }
+    auto match = cheapest_match(gate, query);
+    if (!match) continue;
+    const double area = area_of(*match, library_);
+    if (best.exists() && (area > best_area || (area == best_area &&
+                                               inversion_count(*match) >= inversion_count(best)))) {
+      continue;
+    }
+    if (base::verbosity() >= verbosity_of_gates) {
+      tell("\nBetter match found with gate ", match->gate);
+    }
+    best = std::move(*match);
+    best_area = area;
+  }
+  return best;
+}
+
+GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::string> names) {
+  ++stats_.queries;
+  const bool is_told = base::verbosity() >= verbosity_of_queries;
+  if (is_told) tell("\nTrying to match ", to_string(cover, names));
+  Query query(cover);
+  if (query.needed_inputs() > max_inputs_) {
+    if (is_told) tell("\nNo match found - too many inputs", "");
+    return {};
+  }
+  if (base::verbosity() >= verbosity_of_renaming) {
+    tell("\nCovers after substituting variables: ", to_string(query.cover()));
+  }
+  GateMatch best = best_match(query);
+  assert(!best.exists() || implements(cover, best));
+  if (is_told) {
+    if (best.exists()) {
+      tell("\nBest match: ", to_string(best, library_, names));
+    } else {
+      tell("\nNo match found", "");
+    }
+  }
+  return best;
+}
+
+bdd::BDDCover monotonic_shape(const bdd::Bdd& set, const bdd::Bdd& reset) {
+  return {set & ~reset, set | ~reset, reset & ~set, reset | ~set};
+}
+
+}  // namespace vorel::decomposition

@@ -1,0 +1,21 @@
+// decomposition/gate_models.h - the gates of a library as Verilog modules, to simulate netlists
+// with. Here:      one module for each gate. Not here:  netlists.
+//
+// A module has the name and the pins of its gate; the feedback of a latch is no port. The output
+// follows its function after the parameter `delay`: 0 for inverters, since those at the inputs of
+// gates in a netlist take no time, 1 for all others. Where a pin is called delay, the parameter is
+// delay1. A latch starts unknown unless its inputs decide.
+#pragma once
+
+#include <ostream>
+#include <span>
+
+#include "toolkit/library_gate.h"
+
+namespace vorel::decomposition {
+
+// Of the gates that a netlist may use. False after an error, with nothing written: a name cannot
+// stand in Verilog.
+bool write_gate_models(std::ostream& stream, std::span<const toolkit::LibraryGate> gates);
+
+}  // namespace vorel::decomposition
