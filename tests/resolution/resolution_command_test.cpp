@@ -12,12 +12,12 @@
 
 #include "formats/g_writer.h"
 #include "formats/mci_reader.h"
+#include "formats/process_file.h"
 #include "net/clone_net.h"
 #include "oracle/book_insertion.h"
 #include "oracle/parse_g.h"
 #include "oracle/prefix_checks.h"
 #include "oracle/random_stg.h"
-#include "oracle/reference_unfolder.h"
 #include "oracle/resolution_checks.h"
 #include "resolution/insertions.h"
 #include "resolution/transformation.h"
@@ -164,6 +164,7 @@ void expect_right_answer(const net::Stg& stg, Names options, bool repeat, Tally&
 }
 
 TEST(ResolutionCommand, ResolvedStgsDoWhatTheyDidWithoutConflicts) {
+  const support::CaughtMessages notes;
   const auto [first, end] = support::seeds(45);
   Tally tally;
   for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
@@ -177,6 +178,7 @@ TEST(ResolutionCommand, ResolvedStgsDoWhatTheyDidWithoutConflicts) {
 }
 
 TEST(ResolutionCommand, ResolvesTheExamples) {
+  const support::CaughtMessages notes;
   Tally tally;
   for (const char* name : {"vme_read", "sequencer", "dummy_fork", "celement"}) {
     SCOPED_TRACE(name);
@@ -187,10 +189,10 @@ TEST(ResolutionCommand, ResolvesTheExamples) {
 }
 
 // The STG after one suggestion, "INSERTION, INSERTION, ..." or "{u,v} --> t", and its fault.
-std::string fault_of_suggestion(const net::Stg& stg, const std::string& text) {
+std::string fault_of_suggestion(const net::StgPrefix& prefix, const std::string& text) {
   const std::size_t arrow = std::min(text.find(" --> "), text.find(" -*-> "));
   if (arrow != std::string::npos) {
-    net::Stg reduced = net::clone_net(stg);
+    net::Stg reduced = net::clone_net<net::Stg>(prefix);
     const auto named = [&reduced](const std::string& name) -> net::StgTransition& {
       return **std::ranges::find(reduced.transitions, name, [](const auto& t) { return t->name; });
     };
@@ -204,11 +206,10 @@ std::string fault_of_suggestion(const net::Stg& stg, const std::string& text) {
     }
     net::add_arc(place, named(text.substr(text.find("> ") + 2)));
     net::sort_net(reduced);
-    return oracle::resolution_fault(stg, reduced, {.resolved = false, .reduced = true});
+    return oracle::resolution_fault(prefix, reduced, {.resolved = false, .reduced = true});
   }
-  const auto prefix = oracle::unfold(stg);
   std::map<std::string, net::Insertion> known;
-  for (const net::Insertion& insertion : insertions(*prefix, 2))
+  for (const net::Insertion& insertion : insertions(prefix, 2))
     known.emplace(to_text(insertion), insertion);
   std::vector<net::Insertion> chosen;
   for (std::size_t at = 0; at < text.size();) {
@@ -218,28 +219,28 @@ std::string fault_of_suggestion(const net::Stg& stg, const std::string& text) {
     chosen.push_back(found->second);
     at = end + 2;
   }
-  return oracle::insert_signal_by_the_book(stg, chosen).fault;
+  return oracle::insert_signal_by_the_book(prefix, chosen).fault;
 }
 
 TEST(ResolutionCommand, EachSuggestionOfAStepIsValid) {
+  const support::CaughtMessages notes;
   const auto [first, end] = support::seeds(36);
   std::size_t suggestions = 0;
   for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
     const TemporaryFolder folder;
-    const std::string prefix = unfolded(folder, random_stg(seed));
-    // Places between two transitions go by other names in the file.
-    const net::Stg stg = *oracle::parse_g(support::read_text(folder.path("stg.g")));
+    const std::string file = unfolded(folder, random_stg(seed));
+    const auto prefix = formats::read_stg_prefix(file);
     Names options = option_sets[seed % std::size(option_sets)];
     if (seed % 3 != 0) options.push_back("-a9");
     SCOPED_TRACE("seed " + std::to_string(seed) + testing::PrintToString(options));
-    const Answer answer = resolve(folder, prefix, options);
+    const Answer answer = resolve(folder, file, options);
     EXPECT_TRUE(answer.run.exit_code < 2 && answer.g.empty() && answer.mci.empty());
     std::set<std::string> texts;
     std::istringstream lines(answer.run.out);
     for (std::string line; std::getline(lines, line);) {
       if (!line.starts_with("SOLUTION ") || !std::getline(lines, line)) continue;
       EXPECT_TRUE(texts.insert(line).second) << line << " is suggested twice";
-      EXPECT_EQ(fault_of_suggestion(stg, line), "") << line;
+      EXPECT_EQ(fault_of_suggestion(std::get<net::StgPrefix>(*prefix), line), "") << line;
     }
     suggestions += texts.size();
   }
