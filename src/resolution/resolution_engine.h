@@ -24,7 +24,7 @@ namespace vorel::resolution {
 
 class ResolutionEngine {
  public:
-  // Changes the prefix: its numbers at once, all of it when conflicts are resolved.
+  // run() changes the prefix: its numbers at least, all of it when conflicts are resolved.
   ResolutionEngine(net::StgPrefix& prefix, const base::Params& params);
   ResolutionEngine(const ResolutionEngine&) = delete;
   ResolutionEngine& operator=(const ResolutionEngine&) = delete;
@@ -53,6 +53,7 @@ class ResolutionEngine {
     std::uint64_t total;  // by the formula
   };
 
+  bool prepare_prefix();
   // Brings the cores up to date and tells their number. False when none is left, and after a
   // reported error.
   bool find_cores();
