@@ -1,20 +1,31 @@
 #include "resolution/cost_formula.h"
 
 #include <algorithm>
-#include <bit>
-#include <cassert>
-#include <utility>
 
 #include "resolution/critical_path.h"
 #include "resolution/logic_complexity.h"
 #include "resolution/signal_locks.h"
 #include "resolution/trigger_formula.h"
-#include "sat/integer_circuit.h"
 
 namespace vorel::resolution {
 
 using sat::Lit;
 using sat::Lits;
+
+namespace {
+
+// At most the highest number.
+std::uint64_t product_of(std::uint64_t a, std::uint64_t b) {
+  constexpr std::uint64_t highest = ~std::uint64_t{0};
+  return b != 0 && a > highest / b ? highest : a * b;
+}
+
+// What it counts if it is not locked with the new signal.
+std::uint64_t weight_of(const net::StgPrefix& prefix, net::SignalId signal) {
+  return prefix.driven_signals().contains(signal) ? 4 : 2;
+}
+
+}  // namespace
 
 CandidateList delaying_candidates(const Candidates& candidates) {
   const net::StgPrefix& prefix = candidates.prefix();
@@ -36,49 +47,39 @@ CandidateList delaying_candidates(const Candidates& candidates) {
 CostFormula::CostFormula(const OccurrenceOrder& order, const Candidates& candidates,
                          const CandidateLits& literals, const CostContext& context,
                          sat::CnfFormula& formula, sat::ClauseGroup group)
-    : candidates_{candidates},
-      formula_{formula},
-      group_{group},
-      coefficients_{context.coefficients} {
+    : candidates_{candidates}, formula_{formula}, coefficients_{context.coefficients} {
   CandidateGates gates(candidates, literals, formula, group);
   if (coefficients_.delay != 0) add_delay(literals);
   if (coefficients_.logic != 0) {
-    logic_ = logic_number(order, coefficients_.pwr_of_2, gates, group);
-    add_term(logic_, coefficients_.logic);
+    logic_ = logic_literals(order, coefficients_.pwr_of_2, gates, group);
+    for (const auto& [lit, weight] : logic_)
+      literals_.push_back({lit, product_of(weight, coefficients_.logic)});
   }
   add_kinds(literals);
   if (coefficients_.non_locked_signals != 0) add_locks(order, gates, context.unlock_number);
   if (coefficients_.csc_cores != 0) {
-    csc_cores_ = count(context.cores.csc_counter_literals);
-    add_term(csc_cores_, coefficients_.csc_cores);
+    csc_cores_ = context.cores.csc_counter_literals;
+    add_each(csc_cores_, coefficients_.csc_cores);
   }
   if (coefficients_.usc_cores != 0) {
-    usc_cores_ = count(context.cores.usc_counter_literals);
-    add_term(usc_cores_, coefficients_.usc_cores);
+    usc_cores_ = context.cores.usc_counter_literals;
+    add_each(usc_cores_, coefficients_.usc_cores);
   }
 }
 
 void CostFormula::add_delay(const CandidateLits& literals) {
   delaying_ = delaying_candidates(candidates_);
-  Lits lits;
-  for (const CandidateId candidate : delaying_) lits.push_back(literals[candidate]);
-  add_term(count(lits), coefficients_.delay);
+  for (const CandidateId candidate : delaying_)
+    literals_.push_back({literals[candidate], coefficients_.delay});
 }
 
 void CostFormula::add_kinds(const CandidateLits& literals) {
-  Lits sequential, concurrent;
-  for (const CandidateId candidate : candidates_.all())
-    (is_sequential(candidates_.insertion(candidate)) ? sequential : concurrent)
-        .push_back(literals[candidate]);
-  if (coefficients_.seq_insertions == coefficients_.conc_insertions) {
-    sequential.insert(sequential.end(), concurrent.begin(), concurrent.end());
-    concurrent.clear();
+  for (const CandidateId candidate : candidates_.all()) {
+    const std::uint64_t coefficient = is_sequential(candidates_.insertion(candidate))
+                                          ? coefficients_.seq_insertions
+                                          : coefficients_.conc_insertions;
+    if (coefficient != 0) literals_.push_back({literals[candidate], coefficient});
   }
-  const auto add = [this](const Lits& lits, std::uint32_t coefficient) {
-    if (coefficient != 0 && !lits.empty()) add_term(count(lits), coefficient);
-  };
-  add(sequential, coefficients_.seq_insertions);
-  add(concurrent, coefficients_.conc_insertions);
 }
 
 void CostFormula::add_locks(const OccurrenceOrder& order, CandidateGates& gates,
@@ -86,36 +87,14 @@ void CostFormula::add_locks(const OccurrenceOrder& order, CandidateGates& gates,
   if (coefficients_.use_concurrency_reduction) unlock_number_ = unlock_number;
   locked_ = locked_signals(order, gates);
   const net::StgPrefix& prefix = candidates_.prefix();
-  Lits inputs, driven;
-  for (const net::SignalId signal : prefix.visible_signals())
-    (prefix.driven_signals().contains(signal) ? driven : inputs).push_back(~locked_[signal]);
   const std::uint64_t coefficient = coefficients_.non_locked_signals;
-  add_term(count(inputs), 2 * coefficient);
-  add_term(count(driven), 4 * coefficient);
-  if (unlock_number_ != 0) add_term(sat::IntegerCircuit::constant(unlock_number_), coefficient);
+  for (const net::SignalId signal : prefix.visible_signals())
+    literals_.push_back({~locked_[signal], weight_of(prefix, signal) * coefficient});
+  literals_.push_back({sat::LitTrue, product_of(unlock_number_, coefficient)});
 }
 
-void CostFormula::add_term(Lits number, std::uint64_t coefficient) {
-  numbers_.push_back(std::move(number));
-  weights_.push_back(coefficient);
-}
-
-// With no more bits than the bound needs.
-Lits CostFormula::count(const Lits& lits) {
-  Lits bits = sat::IntegerCircuit(formula_).count_ones(lits, group_);
-  const auto length = static_cast<std::size_t>(std::bit_width(lits.size()));
-  if (bits.size() > length) bits.resize(length);
-  return bits;
-}
-
-void CostFormula::cost_terms(std::vector<Lits>& numbers,
-                             std::vector<std::uint64_t>& coefficients) const {
-  numbers.insert(numbers.end(), numbers_.begin(), numbers_.end());
-  coefficients.insert(coefficients.end(), weights_.begin(), weights_.end());
-}
-
-Lits CostFormula::cost_bits() {
-  return sat::IntegerCircuit(formula_).weighted_sum(weights_, numbers_, group_);
+void CostFormula::add_each(const Lits& lits, std::uint64_t coefficient) {
+  for (const Lit lit : lits) literals_.push_back({lit, coefficient});
 }
 
 std::uint64_t CostFormula::non_locked() const {
@@ -124,20 +103,24 @@ std::uint64_t CostFormula::non_locked() const {
   for (std::uint32_t i = 0; i < locked_.size(); ++i) {
     const net::SignalId signal{i};
     if (!prefix.visible_signals().contains(signal) || formula_.is_true(locked_[signal])) continue;
-    number += prefix.driven_signals().contains(signal) ? 4 : 2;
+    number += weight_of(prefix, signal);
   }
   return number;
 }
 
+std::uint64_t CostFormula::number_of(const Lits& lits) const {
+  return static_cast<std::uint64_t>(
+      std::ranges::count_if(lits, [this](Lit lit) { return formula_.is_true(lit); }));
+}
+
 ResolutionCost CostFormula::evaluate(const Choice& chosen) const {
-  const sat::IntegerCircuit circuit(formula_);
   ResolutionCost cost(coefficients_, insertions_of(candidates_, chosen));
   cost.delay = static_cast<std::uint64_t>(
       std::ranges::count_if(delaying_, [&](CandidateId candidate) { return chosen[candidate]; }));
-  cost.logic = circuit.model_value(logic_);
+  cost.logic = sat::model_cost(formula_, logic_);
   cost.non_locked = non_locked();
-  cost.csc_cores = circuit.model_value(csc_cores_);
-  cost.usc_cores = circuit.model_value(usc_cores_);
+  cost.csc_cores = number_of(csc_cores_);
+  cost.usc_cores = number_of(usc_cores_);
   return cost;
 }
 

@@ -12,6 +12,7 @@
 #include "resolution/core_conditions.h"
 #include "resolution/lock_formula.h"
 #include "resolution/transformation_cost.h"
+#include "sat/core_guided.h"
 
 namespace vorel::resolution {
 
@@ -27,7 +28,7 @@ struct CostContext {
   std::uint64_t unlock_number = 0;
 };
 
-// Numbers with the coefficient 0 are not built, and count 0. The numbers are defined in both
+// What has the coefficient 0 is not built, and counts 0. The literals are defined in both
 // directions, but for signals that are not locked: see resolution/lock_formula.h.
 class CostFormula {
  public:
@@ -37,10 +38,8 @@ class CostFormula {
               const CandidateLits& literals, const CostContext& context, sat::CnfFormula& formula,
               sat::ClauseGroup group = sat::PermanentGroup);
 
-  // Appends the terms of the cost: each number with its lowest bit first, and its coefficient.
-  void cost_terms(std::vector<sat::Lits>& numbers, std::vector<std::uint64_t>& coefficients) const;
-  // The sum of the terms; no bits if there are none.
-  sat::Lits cost_bits();
+  // All that costs something; what does in any case is the weight of LitTrue.
+  const std::vector<sat::WeightedLit>& literals() const { return literals_; }
 
   // The numbers of the last model.
   ResolutionCost evaluate(const Choice& chosen) const;
@@ -53,18 +52,16 @@ class CostFormula {
   void add_delay(const CandidateLits& literals);
   void add_kinds(const CandidateLits& literals);
   void add_locks(const OccurrenceOrder& order, CandidateGates& gates, std::uint64_t unlock_number);
-  void add_term(sat::Lits number, std::uint64_t coefficient);
-  sat::Lits count(const sat::Lits& lits);
+  void add_each(const sat::Lits& lits, std::uint64_t coefficient);
+  std::uint64_t number_of(const sat::Lits& lits) const;
   std::uint64_t non_locked() const;
 
   const Candidates& candidates_;
   sat::CnfFormula& formula_;
-  const sat::ClauseGroup group_;
   const CostCoefficients coefficients_;
-  std::vector<sat::Lits> numbers_;
-  std::vector<std::uint64_t> weights_;  // by number
+  std::vector<sat::WeightedLit> literals_, logic_;
   CandidateList delaying_;
-  sat::Lits logic_, csc_cores_, usc_cores_;
+  sat::Lits csc_cores_, usc_cores_;
   SignalLits locked_;
   std::uint64_t unlock_number_ = 0;  // as far as it counts
 };

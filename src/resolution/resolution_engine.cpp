@@ -22,9 +22,8 @@
 #include "resolution/reductions.h"
 #include "resolution/resolution_solution.h"
 #include "resolution/signal_locks.h"
+#include "sat/core_guided.h"
 #include "sat/enumeration.h"
-#include "sat/integer_circuit.h"
-#include "sat/least_cost.h"
 
 namespace vorel::resolution {
 namespace {
@@ -166,8 +165,7 @@ void ResolutionEngine::suggest_all() {
       limit);
 }
 
-// The search for an insertion has to beat the cheapest reduction, and needs no more bits than its
-// cost has.
+// An insertion has to beat the cheapest reduction.
 std::optional<ResolutionEngine::RatedChoice> ResolutionEngine::cheapest_choice(
     const ResolutionCost* incumbent) {
   const CoreCounters counters = encode_step();
@@ -175,22 +173,13 @@ std::optional<ResolutionEngine::RatedChoice> ResolutionEngine::cheapest_choice(
   CostFormula cost(
       insertions_.order(), insertions_.candidates(), insertions_.literals(),
       {.coefficients = coefficients_, .cores = counters, .unlock_number = unlock_number_}, formula);
-  const sat::Lits bits = cost.cost_bits();
   insertions_.sums().sums_emit();
-  if (incumbent != nullptr) {
-    if (incumbent->total() == 0) return std::nullopt;
-    sat::IntegerCircuit(formula).assert_at_most(bits, incumbent->total() - 1, sat::PermanentGroup);
-  }
-  std::optional<RatedChoice> best;
-  std::vector<bool> values;
-  const auto resolve = [&](std::span<const sat::Lit> number, std::vector<bool>& found) {
-    return sat::resolve_cost(formula, number, found, [&] {
-      best = {.choice = insertions_.choice(),
-              .total = sat::IntegerCircuit(formula).model_value(bits)};
-    });
-  };
-  if (resolve(bits, values)) sat::minimise_cost(formula, bits, values, resolve);
-  return best;
+  Choice choice;
+  const std::optional<std::uint64_t> total =
+      sat::find_least_cost(formula, cost.literals(), incumbent ? incumbent->total() : unknown_cost,
+                           sat::PermanentGroup, [&] { choice = insertions_.choice(); });
+  if (!total) return std::nullopt;
+  return RatedChoice{.choice = std::move(choice), .total = *total};
 }
 
 std::optional<ResolutionEngine::Best> ResolutionEngine::best_transformation() {

@@ -153,38 +153,32 @@ class TriggerFormula {
   const net::Instances<net::StgPrefix> instances_;
 };
 
-Lits count_with(sat::IntegerCircuit& circuit, const TriggerCount& count, sat::ClauseGroup group) {
-  return circuit.add(circuit.count_ones(count.possible, group),
-                     sat::IntegerCircuit::constant(count.certain), group);
+// 2 to the power of a count has one bit set, that of the count. As in the evaluation, what goes
+// beyond 64 bits is lost.
+void add_power(const TriggerCount& count, sat::CnfFormula& formula, sat::ClauseGroup group,
+               std::vector<sat::WeightedLit>& literals) {
+  constexpr std::uint64_t bits = 64;
+  sat::IntegerCircuit circuit(formula);
+  const Lits number = circuit.count_ones(count.possible, group);
+  const Lits values = circuit.decode(number, count.possible.size(), group);
+  for (std::size_t i = 0; i < values.size() && count.certain + i < bits; ++i)
+    literals.push_back({values[i], std::uint64_t{1} << (count.certain + i)});
 }
 
 }  // namespace
 
-Lits logic_number(const OccurrenceOrder& order, bool pwr_of_2, CandidateGates& gates,
-                  sat::ClauseGroup group) {
-  const std::vector<TriggerCount> counts = TriggerFormula(order, gates).run();
-  sat::IntegerCircuit circuit(gates.formula());
-  if (!pwr_of_2) {
-    TriggerCount all;
-    for (const TriggerCount& count : counts) {
-      all.certain += count.certain;
-      all.possible.insert(all.possible.end(), count.possible.begin(), count.possible.end());
+std::vector<sat::WeightedLit> logic_literals(const OccurrenceOrder& order, bool pwr_of_2,
+                                             CandidateGates& gates, sat::ClauseGroup group) {
+  std::vector<sat::WeightedLit> literals;
+  for (const TriggerCount& count : TriggerFormula(order, gates).run()) {
+    if (pwr_of_2) {
+      add_power(count, gates.formula(), group, literals);
+    } else {
+      literals.push_back({sat::LitTrue, count.certain});
+      for (const Lit lit : count.possible) literals.push_back({lit, 1});
     }
-    return count_with(circuit, all, group);
   }
-  // 2 to the power of a count has one bit set, that of the count. As in the evaluation, what goes
-  // beyond 64 bits is lost.
-  constexpr std::size_t word = 64;
-  std::vector<Lits> powers;
-  for (const TriggerCount& count : counts) {
-    const Lits bits = circuit.count_ones(count.possible, group);
-    Lits power(static_cast<std::size_t>(count.certain), sat::LitFalse);
-    const Lits values = circuit.decode(bits, count.possible.size(), group);
-    power.insert(power.end(), values.begin(), values.end());
-    if (power.size() > word) power.resize(word);
-    powers.push_back(std::move(power));
-  }
-  return circuit.sum(powers, group);
+  return literals;
 }
 
 }  // namespace vorel::resolution

@@ -5,17 +5,18 @@
 
 #include "resolution/candidate_gates.h"
 #include "resolution/occurrence_order.h"
+#include "sat/core_guided.h"
 
 namespace vorel::resolution {
 
-// The number of logic_complexity() of the prefix that the candidates chosen make, its bits lowest
-// first, defined in both directions.
+// What the literals weigh that are true is logic_complexity() of the prefix that the candidates
+// chosen make. They are defined in both directions.
 //
 // The order of old events stays, so a trigger of an event is lost exactly if a chosen occurrence
 // comes in between, and the new signal triggers an event exactly if some chosen occurrence comes
 // before it and before no event of a signal that comes before it. Only events that have such
 // occurrences cost anything.
-sat::Lits logic_number(const OccurrenceOrder& order, bool pwr_of_2, CandidateGates& gates,
-                       sat::ClauseGroup group);
+std::vector<sat::WeightedLit> logic_literals(const OccurrenceOrder& order, bool pwr_of_2,
+                                             CandidateGates& gates, sat::ClauseGroup group);
 
 }  // namespace vorel::resolution

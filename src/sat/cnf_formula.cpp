@@ -148,12 +148,8 @@ void CnfFormula::add_at_most_one(std::span<const Lit> lits, ClauseGroup group) {
   at_most_one_.add(*this, lits, group);
 }
 
-bool CnfFormula::solve() {
-  assert(promised_.empty() && "an output was promised and is not defined");
-  if (store_cnf_formula_) store_formula();
-  const std::uint64_t start = base::ticks_now();
-  const SolveStatus status = solver_->solve(true, true);
-  base::run_state().sat_ticks += base::ticks_now() - start;
+// Reports what is no answer.
+bool CnfFormula::is_model(SolveStatus status) {
   switch (status) {
     case SolveStatus::unsat:
       return false;
@@ -172,6 +168,27 @@ bool CnfFormula::solve() {
   return false;
 }
 
+bool CnfFormula::solve() {
+  assert(promised_.empty() && "an output was promised and is not defined");
+  if (store_cnf_formula_) store_formula();
+  const std::uint64_t start = base::ticks_now();
+  const SolveStatus status = solver_->solve(true, true);
+  base::run_state().sat_ticks += base::ticks_now() - start;
+  return is_model(status);
+}
+
+std::optional<bool> CnfFormula::solve_assuming(std::span<const Lit> assumptions,
+                                               std::uint64_t max_conflicts) {
+  assert(promised_.empty() && "an output was promised and is not defined");
+  assert(std::ranges::all_of(assumptions, &Lit::is_variable));
+  if (store_cnf_formula_) store_formula(assumptions);
+  const std::uint64_t start = base::ticks_now();
+  const SolveStatus status = solver_->solve_assuming(assumptions, max_conflicts);
+  base::run_state().sat_ticks += base::ticks_now() - start;
+  if (status == SolveStatus::timeout && max_conflicts != no_conflict_limit) return std::nullopt;
+  return is_model(status);
+}
+
 ModelValue CnfFormula::value(Lit lit) const {
   if (lit.is_constant()) return lit == LitTrue ? ModelValue::yes : ModelValue::no;
   assert(lit.is_variable());
@@ -180,13 +197,13 @@ ModelValue CnfFormula::value(Lit lit) const {
   return plain == ModelValue::yes ? ModelValue::no : ModelValue::yes;
 }
 
-void CnfFormula::store_formula() const {
+void CnfFormula::store_formula(std::span<const Lit> assumptions) const {
   base::OutputFile file(formula_file_name);
   if (!file.is_open()) {
     base::print_warning(base::cannot_open_for_output(formula_file_name));
     return;
   }
-  write_dimacs(file.stream(), *solver_);
+  write_dimacs(file.stream(), *solver_, assumptions);
   if (!file.commit())
     base::print_warning(base::format_message("cannot write \"%s\"", formula_file_name));
 }

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <span>
 #include <unordered_set>
@@ -32,6 +33,8 @@ struct CnfParams {
 
   static CnfParams of(const base::Params& params);
 };
+
+inline constexpr std::uint64_t no_conflict_limit = ~std::uint64_t{0};
 
 class CnfFormula {
  public:
@@ -78,12 +81,17 @@ class CnfFormula {
   // Solves; false when there is no model, and after a reported failure (see run_failed()).
   // No promised output may be left without its definition.
   bool solve();
+  // The same with literals that are true besides. Nothing when that is still open after so many
+  // conflicts. After false, failed_assumptions() has some of them that exclude each other.
+  std::optional<bool> solve_assuming(std::span<const Lit> assumptions,
+                                     std::uint64_t max_conflicts = no_conflict_limit);
+  const Lits& failed_assumptions() const { return solver_->failed_assumptions(); }
   // After a solve that gave true. A constant has its own value.
   ModelValue value(Lit lit) const;
   bool is_true(Lit lit) const { return value(lit) == ModelValue::yes; }
 
   // Writes the instance in DIMACS form to formula.cnf in the current directory.
-  void store_formula() const;
+  void store_formula(std::span<const Lit> assumptions = {}) const;
   // "Original Num Var/Cl/Lit\t\t\tV/C/L".
   void print_size(std::ostream& stream) const;
 
@@ -95,6 +103,7 @@ class CnfFormula {
 
  private:
   void create_default_groups();
+  static bool is_model(SolveStatus status);
   // Passes a clause on as it stands.
   void emit(std::span<const Lit> clause, ClauseGroup group);
   void emit_unit(Lit lit, ClauseGroup group);

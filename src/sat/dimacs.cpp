@@ -27,11 +27,12 @@ void append_clause(std::string& text, std::span<const Lit> clause) {
 
 }  // namespace
 
-void write_dimacs(std::ostream& stream, const SatSolver& solver) {
-  std::uint64_t clause_count = 0;
+void write_dimacs(std::ostream& stream, const SatSolver& solver, std::span<const Lit> units) {
+  std::uint64_t clause_count = units.size();
   solver.visit_clauses([&](std::span<const Lit>) { ++clause_count; });
   stream << "p cnf " << solver.num_vars() << ' ' << clause_count << '\n';
   std::string text;
+  for (const Lit& unit : units) append_clause(text, {&unit, 1});
   solver.visit_clauses([&](std::span<const Lit> clause) {
     append_clause(text, clause);
     if (text.size() < flush_size) return;

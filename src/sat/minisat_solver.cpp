@@ -2,6 +2,7 @@
 
 #include <minisat/simp/SimpSolver.h>
 
+#include <algorithm>
 #include <cassert>
 #include <map>
 #include <vector>
@@ -15,8 +16,9 @@ using Minisat::lbool;
 using Minisat::vec;
 
 constexpr double garbage_fraction = 0.5;
-constexpr std::uint32_t min_garbage = 150000;  // words of the clause arena
-constexpr int max_variables = 1 << 30;         // a literal is twice the variable, as an int
+constexpr std::uint32_t min_garbage = 150000;                 // words of the clause arena
+constexpr std::uint64_t max_budget = std::uint64_t{1} << 62;  // of conflicts; above that: none
+constexpr int max_variables = 1 << 30;  // a literal is twice the variable, as an int
 
 Minisat::Lit to_minisat(Lit lit) {
   assert(lit.is_variable());
@@ -92,6 +94,7 @@ struct MiniSatSolver::State {
   void poison(ClauseGroup group);
   Minisat::Var selector_of(GroupRecord& group);
   void assemble_assumptions();
+  void note_failed(std::span<const Lit> assumptions);
 
   Core core;
   std::map<ClauseGroup, GroupRecord> groups;  // in the order of their numbers
@@ -100,6 +103,7 @@ struct MiniSatSolver::State {
   bool contradiction = false;  // an empty permanent clause
   vec<Minisat::Lit> clause;    // scratch
   vec<Minisat::Lit> assumptions;
+  Lits failed;  // of the assumptions that came from outside
   std::vector<Minisat::Var> extra_frozen;
 };
 
@@ -127,6 +131,17 @@ void MiniSatSolver::State::assemble_assumptions() {
     for (const Minisat::Lit unit : group.units) assumptions.push(unit);
   for (const auto& [id, group] : groups)
     if (group.selector != var_Undef) assumptions.push(Minisat::mkLit(group.selector, true));
+}
+
+// Those of the groups are in the final conflict as well.
+void MiniSatSolver::State::note_failed(std::span<const Lit> given) {
+  Lits sorted(given.begin(), given.end());
+  std::ranges::sort(sorted);
+  failed.clear();
+  for (int i = 0; i < core.conflict.size(); ++i) {
+    const Lit lit = from_minisat(~core.conflict[i]);
+    if (std::ranges::binary_search(sorted, lit)) failed.push_back(lit);
+  }
 }
 
 MiniSatSolver::MiniSatSolver(const MiniSatParams& params)
@@ -222,6 +237,26 @@ SolveStatus MiniSatSolver::solve(bool simplify, bool turn_off_simplification) {
     return answer == l_True ? SolveStatus::sat : SolveStatus::unsat;
   });
 }
+
+SolveStatus MiniSatSolver::solve_assuming(std::span<const Lit> assumptions,
+                                          std::uint64_t max_conflicts) {
+  state_->failed.clear();
+  if (state_->is_poisoned()) return SolveStatus::unsat;
+  return guarded([&] {
+    state_->assemble_assumptions();
+    for (const Lit lit : assumptions) state_->assumptions.push(to_minisat(lit));
+    state_->core.budgetOff();
+    if (max_conflicts <= max_budget)
+      state_->core.setConfBudget(static_cast<std::int64_t>(max_conflicts));
+    const lbool answer = state_->core.solveLimited(state_->assumptions);
+    if (answer == l_Undef) return SolveStatus::timeout;
+    if (answer == l_True) return SolveStatus::sat;
+    state_->note_failed(assumptions);
+    return SolveStatus::unsat;
+  });
+}
+
+const Lits& MiniSatSolver::failed_assumptions() const { return state_->failed; }
 
 ModelValue MiniSatSolver::value(Var variable) const {
   const int index = to_minisat(variable);

@@ -36,6 +36,9 @@ class MiniSatSolver final : public SatSolver {
   Lits unit_literals() const override;
   void reset() override;
   SolveStatus solve(bool simplify, bool turn_off_simplification) override;
+  SolveStatus solve_assuming(std::span<const Lit> assumptions,
+                             std::uint64_t max_conflicts) override;
+  const Lits& failed_assumptions() const override;
   ModelValue value(Var variable) const override;
   std::uint32_t num_vars() const override;
   std::uint64_t num_clauses() const override;

@@ -46,6 +46,13 @@ class SatSolver {
   // Back to an empty solver without variables, clauses and groups.
   virtual void reset() = 0;
   virtual SolveStatus solve(bool simplify, bool turn_off_simplification) = 0;
+  // Looks for a model in which the assumptions are true, too; ends with timeout after so many
+  // conflicts.
+  virtual SolveStatus solve_assuming(std::span<const Lit> assumptions,
+                                     std::uint64_t max_conflicts) = 0;
+  // After solve_assuming() gave unsat: assumptions that cannot be true together, each once, in no
+  // particular order; none if there is no model at all.
+  virtual const Lits& failed_assumptions() const = 0;
 
   // The last model.
   virtual ModelValue value(Var variable) const = 0;

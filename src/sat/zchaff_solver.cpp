@@ -91,6 +91,30 @@ SolveStatus ZChaffSolver::solve(bool, bool) {
   return outcome == zchaff::Outcome::timeout ? SolveStatus::timeout : SolveStatus::memory;
 }
 
+SolveStatus ZChaffSolver::solve_assuming(std::span<const Lit> assumptions,
+                                         std::uint64_t max_conflicts) {
+  failed_.clear();
+  if (state_ == State::failed) return SolveStatus::error;
+  clause_.clear();
+  for (const Lit lit : assumptions) clause_.push_back(to_core(lit));
+  const zchaff::Outcome outcome = core_->solve(clause_, max_conflicts);
+  state_ = State::added;  // the next solve may be another one
+  switch (outcome) {
+    case zchaff::Outcome::satisfiable:
+      return SolveStatus::sat;
+    case zchaff::Outcome::timeout:
+      return SolveStatus::timeout;
+    case zchaff::Outcome::unsatisfiable:
+      for (const zchaff::Literal literal : core_->failed_assumptions())
+        failed_.push_back(Lit::from_code(literal.code()));
+      return SolveStatus::unsat;
+    case zchaff::Outcome::memory_out:
+      break;
+  }
+  state_ = State::failed;
+  return SolveStatus::memory;
+}
+
 ModelValue ZChaffSolver::value(Var variable) const {
   return from_core(core_->value(zchaff::Variable{static_cast<std::uint32_t>(variable)}));
 }

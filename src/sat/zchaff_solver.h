@@ -31,6 +31,9 @@ class ZChaffSolver final : public SatSolver {
   Lits unit_literals() const override;
   void reset() override;
   SolveStatus solve(bool simplify, bool turn_off_simplification) override;
+  SolveStatus solve_assuming(std::span<const Lit> assumptions,
+                             std::uint64_t max_conflicts) override;
+  const Lits& failed_assumptions() const override { return failed_; }
   ModelValue value(Var variable) const override;
   std::uint32_t num_vars() const override;
   std::uint64_t num_clauses() const override;
@@ -51,6 +54,7 @@ class ZChaffSolver final : public SatSolver {
   std::unique_ptr<zchaff::SolverCore> core_;
   State state_ = State::fresh;
   std::vector<zchaff::Literal> clause_;  // scratch
+  Lits failed_;
 };
 
 }  // namespace vorel::sat

@@ -165,6 +165,34 @@ void ConflictAnalyzer::clear_marks() {
   walked_.clear();
 }
 
+void ConflictAnalyzer::decisions_against(Literal literal, std::vector<Literal>& decisions) {
+  decisions.clear();
+  if (assignment_.level(literal.variable()) == 0) {
+    decisions.push_back(literal);
+    return;
+  }
+  involved_.assign(1, literal.variable());
+  mark(literal.variable()) = Mark::in_clause;
+  decisions.push_back(literal);
+  for (std::size_t next = assignment_.trail().size(); next-- > 0;) {
+    const Literal implied = assignment_.trail()[next];
+    const Variable v = implied.variable();
+    if (assignment_.level(v) == 0) break;
+    if (mark(v) == Mark::none) continue;
+    if (assignment_.reason(v) == no_clause) {
+      decisions.push_back(implied);
+      continue;
+    }
+    for (const Literal other : arena_[assignment_.reason(v)].literals()) {
+      const Variable u = other.variable();
+      if (mark(u) != Mark::none || assignment_.level(u) == 0) continue;
+      mark(u) = Mark::in_clause;
+      involved_.push_back(u);
+    }
+  }
+  clear_marks();
+}
+
 const LearntClause& ConflictAnalyzer::analyze(ClauseRef conflict) {
   assert(assignment_.level() > 0);
   involved_.clear();

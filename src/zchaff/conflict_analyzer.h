@@ -31,6 +31,8 @@ class ConflictAnalyzer {
   // Above level 0, with a clause of which all literals are false. The result is overwritten by the
   // next call.
   const LearntClause& analyze(ClauseRef conflict);
+  // The literal, which is false, and the decisions by which it is.
+  void decisions_against(Literal literal, std::vector<Literal>& decisions);
   // The variables that played a part in the last conflict.
   const std::vector<Variable>& involved() const { return involved_; }
   std::uint64_t removed_literals() const { return removed_literals_; }

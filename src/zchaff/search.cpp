@@ -1,4 +1,6 @@
 // The search of zchaff/solver_core.h: decisions, learning, restarts.
+#include <algorithm>
+
 #include "base/clock.h"
 #include "zchaff/solver_core.h"
 
@@ -61,7 +63,8 @@ void SolverCore::restart() {
   if (policy_.is_reduction_due()) {
     reduce();
   } else {
-    backtrack(reusable_level());
+    const std::uint32_t assumptions = assumed_ == assumptions_.size() ? assumption_levels_ : 0;
+    backtrack(std::max(reusable_level(), assumptions));
   }
 }
 
@@ -71,7 +74,24 @@ void SolverCore::reduce() {
   policy_.note_reduction();
 }
 
-Outcome SolverCore::search(std::uint64_t deadline) {
+// Assumptions are the first decisions, one after the other. False when one of them cannot be true.
+bool SolverCore::decide_assumptions() {
+  for (; assumed_ < assumptions_.size(); ++assumed_) {
+    const Literal literal = assumptions_[assumed_];
+    if (assignment_.value(literal) == Truth::yes) continue;
+    if (assignment_.value(literal) == Truth::no) {
+      analyzer_.decisions_against(literal, failed_);
+      return false;
+    }
+    assignment_.open_level();
+    assignment_.assign(literal, no_clause);
+    return true;
+  }
+  assumption_levels_ = assignment_.level();
+  return true;
+}
+
+Outcome SolverCore::search(std::uint64_t deadline, std::uint64_t last_conflict) {
   if (out_of_memory_) return Outcome::memory_out;
   while (!refuted_by_) {
     if (assignment_.level() == 0) settle();
@@ -82,8 +102,11 @@ Outcome SolverCore::search(std::uint64_t deadline) {
       if (deadline != no_deadline && policy_.conflicts() % conflicts_per_look == 0 &&
           base::ticks_now() > deadline)
         return Outcome::timeout;
+      if (policy_.conflicts() >= last_conflict) return Outcome::timeout;
     } else if (policy_.is_restart_due() || policy_.is_reduction_due()) {
       restart();
+    } else if (assumed_ < assumptions_.size()) {
+      if (!decide_assumptions()) return Outcome::unsatisfiable;
     } else if (!decide()) {
       return Outcome::satisfiable;
     }
@@ -91,11 +114,18 @@ Outcome SolverCore::search(std::uint64_t deadline) {
   return Outcome::unsatisfiable;
 }
 
-Outcome SolverCore::solve() {
+Outcome SolverCore::solve(std::span<const Literal> assumptions, std::uint64_t max_conflicts) {
   ++stats_.solves;
   policy_.note_solve();
   model_.clear();
-  const Outcome outcome = search(deadline_in(params_.time_limit));
+  failed_.clear();
+  if (!assumptions.empty()) backtrack(0);  // what was decided may be against them
+  assumptions_.assign(assumptions.begin(), assumptions.end());
+  assumed_ = 0;
+  assumption_levels_ = 0;
+  const std::uint64_t room = no_conflict_limit - policy_.conflicts();
+  const Outcome outcome =
+      search(deadline_in(params_.time_limit), policy_.conflicts() + std::min(max_conflicts, room));
   if (outcome == Outcome::satisfiable) {
     model_ = assignment_.values();
   } else {

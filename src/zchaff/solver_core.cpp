@@ -148,6 +148,7 @@ bool SolverCore::delete_group(Group group) {
 void SolverCore::backtrack(std::uint32_t level) {
   assignment_.backtrack(level, [this](Variable v) { order_.restore(v); });
   propagator_.retreat();
+  assumed_ = 0;
 }
 
 void SolverCore::reset_search() { backtrack(0); }

@@ -44,6 +44,8 @@ struct SolverCoreStats {
 // After timeout and memory_out the core is unharmed, but for the clauses that did not fit.
 enum class Outcome : std::uint8_t { unsatisfiable, satisfiable, timeout, memory_out };
 
+inline constexpr std::uint64_t no_conflict_limit = ~std::uint64_t{0};
+
 class SolverCore {
  public:
   explicit SolverCore(const SolverCoreParams& params = {});
@@ -64,7 +66,12 @@ class SolverCore {
 
   // Takes back all decisions; what was learnt stays.
   void reset_search();
-  Outcome solve();
+  Outcome solve() { return solve({}, no_conflict_limit); }
+  // A model in which the assumptions are true; timeout after so many conflicts.
+  Outcome solve(std::span<const Literal> assumptions, std::uint64_t max_conflicts);
+  // When that is unsatisfiable: assumptions that cannot be true together, each once; none if the
+  // clauses alone are.
+  const std::vector<Literal>& failed_assumptions() const { return failed_; }
   // In the last model; open without one, and where the search had no need of the variable.
   Truth value(Variable variable) const;
 
@@ -120,10 +127,11 @@ class SolverCore {
   void backtrack(std::uint32_t level);
   bool learn_from(ClauseRef conflict);
   bool decide();
+  bool decide_assumptions();
   void restart();
   std::uint32_t reusable_level();
   void reduce();
-  Outcome search(std::uint64_t deadline);
+  Outcome search(std::uint64_t deadline, std::uint64_t last_conflict);
 
   const SolverCoreParams params_;
   GroupTable groups_;
@@ -138,8 +146,11 @@ class SolverCore {
   std::optional<GroupSet> refuted_by_;        // unsatisfiable while all these groups are alive
   bool out_of_memory_ = false;
   std::vector<Literal> clause_;  // scratch of add_clause
-  std::vector<Truth> model_;     // by the codes of literals
-  SolverCoreStats stats_;        // those not counted elsewhere
+  std::vector<Literal> assumptions_, failed_;
+  std::size_t assumed_ = 0;              // so many of the assumptions are true
+  std::uint32_t assumption_levels_ = 0;  // those of the assumptions once all are true
+  std::vector<Truth> model_;             // by the codes of literals
+  SolverCoreStats stats_;                // those not counted elsewhere
 };
 
 }  // namespace vorel::zchaff

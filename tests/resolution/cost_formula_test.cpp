@@ -12,7 +12,6 @@
 #include "oracle/reference_unfolder.h"
 #include "resolution/insertion_mutex.h"
 #include "resolution/insertions.h"
-#include "sat/least_cost.h"
 #include "support/default_params.h"
 #include "support/seeds.h"
 
@@ -89,8 +88,7 @@ class Comparison {
     CostFormula cost(order_, candidates_, literals_,
                      {.coefficients = coefficients_, .cores = cores_, .unlock_number = 7},
                      formula_);
-    const sat::Lits bits = cost.cost_bits();
-    for (int i = 0; i < 6; ++i) expect_costs(cost, bits, counts);
+    for (int i = 0; i < 6; ++i) expect_costs(cost, counts);
   }
 
  private:
@@ -114,20 +112,15 @@ class Comparison {
     return chosen;
   }
 
-  void expect_costs(const CostFormula& formula, const sat::Lits& bits, Counts& counts) {
+  void expect_costs(const CostFormula& formula, Counts& counts) {
     const Choice chosen = random_choice(formula.locked());
     formula_.renew_group(formula_.group(1));
     for (const CandidateId candidate : candidates_.all())
       formula_.add_unit(literals_[candidate] ^ !chosen[candidate], formula_.group(1));
     ResolutionCost cost(coefficients_, {});
-    const sat::Resolve resolve = [&](std::span<const sat::Lit> all, std::vector<bool>& values) {
-      return sat::resolve_cost(formula_, all, values, [&] { cost = formula.evaluate(chosen); });
-    };
-    std::vector<bool> values;
-    ASSERT_TRUE(resolve(bits, values));
-    sat::minimise_cost(formula_, bits, values, resolve);
-    std::uint64_t least = 0;
-    for (std::size_t i = 0; i < values.size(); ++i) least |= std::uint64_t{values[i]} << i;
+    const auto least = sat::find_least_cost(formula_, formula.literals(), unknown_cost,
+                                            formula_.renew_group(formula_.group(2)),
+                                            [&] { cost = formula.evaluate(chosen); });
     EXPECT_EQ(cost.total(), least);
 
     StgPrefix edited = net::clone_prefix(prefix_);

@@ -3,10 +3,12 @@
 #include <set>
 
 #include "base/messages.h"
+#include "sat/core_guided.h"
 #include "sat/enumeration.h"
 #include "sat/integer_circuit.h"
 #include "sat/least_cost.h"
 #include "sat/sat_testing.h"
+#include "support/seeds.h"
 
 namespace vorel::sat {
 namespace {
@@ -15,8 +17,8 @@ constexpr std::uint64_t no_limit = ~std::uint64_t{0};
 
 // Random clauses over the inputs, added to the formula and kept for evaluation.
 struct RandomFormula : FormulaOf {
-  RandomFormula(Random& random, std::uint32_t variables, std::uint32_t clause_count)
-      : FormulaOf(variables) {
+  RandomFormula(Random& random, std::uint32_t variables, std::uint32_t clause_count, int solver = 1)
+      : FormulaOf(variables, solver) {
     for (std::uint32_t i = 0; i < clause_count; ++i) {
       clauses.push_back(random_lits(random, variables, 2 + random.below(2), false));
       formula.add_clause(clauses.back(), PermanentGroup);
@@ -177,6 +179,51 @@ void check_least_cost(Random& random, bool weighted) {
 TEST(LeastCost, DescentEndsAtTheMinimum) {
   Random random(53);
   for (int round = 0; round < 450; ++round) check_least_cost(random, round % 3 == 0);
+}
+
+// Few weights make large plateaus; literals stand more than once, and with their complements.
+void check_core_guided(Random& random, int solver) {
+  const bool is_hard = random.chance(50);
+  RandomFormula f(random, 10, random.below(is_hard ? 45 : 15), solver);
+  const std::uint32_t most = random.chance(50) ? 3 : 30;
+  std::vector<WeightedLit> cost;
+  for (std::uint32_t i = random.below(16); i > 0; --i)
+    cost.push_back({random_lit(random, f.inputs), random.below(most)});
+  for (std::uint32_t v = 0; v < f.inputs && random.chance(70); ++v)
+    cost.push_back({lit_of(v) ^ random.chance(20), 1 + random.below(most)});
+  const auto cost_of = [&](Assignment a) {
+    std::uint64_t sum = 0;
+    for (const auto& [lit, weight] : cost) sum += holds(lit, a) ? weight : 0;
+    return sum;
+  };
+  std::optional<std::uint64_t> least;
+  for (Assignment a = 0; a < f.assignment_count(); ++a)
+    if (f.is_model(a)) least = std::min(least.value_or(no_limit), cost_of(a));
+
+  const std::uint64_t bound = random.chance(50) ? no_limit : least.value_or(4) + random.below(3);
+  const auto group = random.chance(50) ? PermanentGroup : f.formula.group(2);
+  if (least && *least >= bound) least.reset();
+  std::uint64_t last = bound;
+  const auto found = find_least_cost(f.formula, cost, bound, group, [&] {
+    Assignment model = 0;
+    for (std::uint32_t v = 0; v < f.inputs; ++v)
+      model |= f.formula.is_true(lit_of(v)) ? 1u << v : 0;
+    EXPECT_TRUE(f.is_model(model));
+    EXPECT_LT(cost_of(model), last) << "each is better than the one before";
+    last = cost_of(model);
+    EXPECT_EQ(model_cost(f.formula, cost), last);
+  });
+  EXPECT_EQ(found, least);
+  EXPECT_EQ(last, least.value_or(bound));
+}
+
+TEST(CoreGuided, EndsAtTheMinimum) {
+  const auto [first, end] = support::seeds(1000);
+  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
+    SCOPED_TRACE(seed);
+    Random random(seed);
+    check_core_guided(random, static_cast<int>(seed % 2));
+  }
 }
 
 }  // namespace

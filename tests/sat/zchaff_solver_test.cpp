@@ -6,6 +6,7 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
+#include "base/sort_unique.h"
 #include "sat/minisat_solver.h"
 #include "sat/sat_testing.h"
 #include "support/seeds.h"
@@ -38,9 +39,7 @@ class Pair {
     solver_.add_clause(clause, groups_[place].first);
     if (!normalise_clause(clause)) return;
     clauses_[groups_[place].first].push_back(clause);
-    for (Lit& lit : clause)
-      lit = Lit(others_variable_[static_cast<std::uint32_t>(lit.variable())], lit.negated());
-    other_.add_clause(clause, groups_[place].second);
+    other_.add_clause(of_other(clause), groups_[place].second);
   }
   void delete_group(std::size_t place) {
     solver_.delete_group(groups_[place].first);
@@ -58,6 +57,24 @@ class Pair {
       for (const Lits& clause : clauses)
         EXPECT_TRUE(std::ranges::any_of(clause, [this](Lit lit) { return is_true(lit); }));
     return true;
+  }
+  // Under assumptions; `max_conflicts` is that of our solver.
+  void solve_assuming(const Lits& assumptions, std::uint64_t max_conflicts) {
+    const SolveStatus status = solver_.solve_assuming(assumptions, max_conflicts);
+    if (status == SolveStatus::timeout && max_conflicts < no_conflict_limit) return;
+    EXPECT_EQ(status, other_.solve_assuming(of_other(assumptions), no_conflict_limit));
+    const auto holds = [this](Lit lit) { return is_true(lit); };
+    EXPECT_TRUE(status != SolveStatus::sat || std::ranges::all_of(assumptions, holds));
+    if (status != SolveStatus::unsat) return;
+    for (const Lits& failed :
+         {of_other(solver_.failed_assumptions()), other_.failed_assumptions()}) {
+      Lits given = of_other(assumptions), sorted = failed;
+      std::ranges::sort(given);
+      std::ranges::sort(sorted);
+      EXPECT_TRUE(std::ranges::includes(given, sorted));
+      EXPECT_EQ(std::ranges::adjacent_find(sorted), sorted.end());
+      EXPECT_EQ(other_.solve_assuming(failed, no_conflict_limit), SolveStatus::unsat);
+    }
   }
   // Excludes the model on some variables.
   void block(Random& random, std::size_t place) {
@@ -102,6 +119,11 @@ class Pair {
   }
 
  private:
+  Lits of_other(Lits lits) const {
+    for (Lit& lit : lits)
+      lit = Lit(others_variable_[static_cast<std::uint32_t>(lit.variable())], lit.negated());
+    return lits;
+  }
   bool is_true(Lit lit) const {
     return solver_.value(lit.variable()) == (lit.negated() ? ModelValue::no : ModelValue::yes);
   }
@@ -145,7 +167,7 @@ void add_clauses(Pair& pair, Random& random) {
 }
 
 void take_step(Pair& pair, Random& random) {
-  switch (random.below(8)) {
+  switch (random.below(10)) {
     case 0:
       if (pair.group_count() <= 32) pair.add_group();
       break;
@@ -162,6 +184,13 @@ void take_step(Pair& pair, Random& random) {
     case 5: {
       const std::size_t place = random.below(static_cast<std::uint32_t>(pair.group_count()));
       if (place > 0) pair.delete_group(place);
+      break;
+    }
+    case 6:
+    case 7: {
+      Lits assumptions = random_lits(random, pair.variables(), random.below(8), false);
+      base::sort_unique(assumptions);
+      pair.solve_assuming(assumptions, random.chance(30) ? random.below(5) : no_conflict_limit);
       break;
     }
     default:

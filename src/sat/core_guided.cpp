@@ -1,0 +1,261 @@
+#include "sat/core_guided.h"
+
+#include <algorithm>
+#include <cassert>
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+#include "base/messages.h"
+#include "sat/totalizer.h"
+
+namespace vorel::sat {
+namespace {
+
+constexpr std::uint64_t highest = ~std::uint64_t{0};
+constexpr std::uint64_t minimisation_conflicts = 1000;  // for one literal of a core
+constexpr std::uint64_t exhaustion_conflicts = 1000;    // for one more of a core
+constexpr int most_trims = 5;
+
+std::uint64_t sum_of(std::uint64_t a, std::uint64_t b) { return a > highest - b ? highest : a + b; }
+
+class CoreGuidedSearch {
+ public:
+  CoreGuidedSearch(CnfFormula& formula, std::span<const WeightedLit> cost, std::uint64_t bound,
+                   ClauseGroup group, const std::function<void()>& record)
+      : formula_{formula}, cost_{cost}, group_{group}, record_{record}, upper_{bound} {
+    normalise();
+  }
+
+  std::optional<std::uint64_t> run() {
+    threshold_ = next_threshold(highest);
+    while (lower_ < upper_ && !base::run_failed()) {
+      if (is_satisfiable(assumptions())) {
+        note_model();
+        if (!relax_cores() && !lower_threshold()) break;
+      } else {
+        if (base::run_failed() || formula_.failed_assumptions().empty()) break;
+        take_core(formula_.failed_assumptions());
+      }
+    }
+    if (base::run_failed() || !has_model_) return std::nullopt;
+    return upper_;
+  }
+
+ private:
+  // A literal that costs something. An output of a totalizer stands for all thresholds from it on
+  // until it is found in a core.
+  struct Soft {
+    Lit lit;
+    std::uint64_t weight;     // what is not part of the lower bound yet
+    std::uint32_t totalizer;  // none: a literal of the cost itself
+    std::uint32_t count;
+  };
+  struct Core {
+    Lits lits;
+    std::uint64_t weight;
+  };
+  static constexpr std::uint32_t none = ~0u;
+
+  // Each variable once, without constants.
+  void normalise() {
+    std::map<Lit, std::uint64_t> weights;
+    for (const auto& [lit, weight] : cost_) {
+      if (lit == LitTrue) lower_ = sum_of(lower_, weight);
+      if (!lit.is_constant() && weight != 0) weights[lit] = sum_of(weights[lit], weight);
+    }
+    for (auto& [lit, weight] : weights) {
+      const auto other = weights.find(~lit);
+      if (other != weights.end()) {
+        const std::uint64_t both = std::min(weight, other->second);
+        lower_ = sum_of(lower_, both);
+        weight -= both;
+        other->second -= both;
+      }
+      if (weight != 0) add_soft({lit, weight, none, 0});
+    }
+  }
+
+  void add_soft(const Soft& soft) {
+    index_of_.emplace(soft.lit, static_cast<std::uint32_t>(softs_.size()));
+    softs_.push_back(soft);
+  }
+  Soft& soft_of(Lit lit) { return softs_[index_of_.at(lit)]; }
+
+  bool is_satisfiable(const Lits& assumed) { return formula_.solve_assuming(assumed).value(); }
+
+  Lits assumptions() const {
+    Lits lits;
+    for (const Soft& soft : softs_)
+      if (soft.weight != 0 && soft.weight >= threshold_) lits.push_back(~soft.lit);
+    return lits;
+  }
+
+  void note_model() {
+    const std::uint64_t cost = model_cost(formula_, cost_);
+    assert(cost >= lower_);
+    if (cost >= upper_) return;
+    upper_ = cost;
+    has_model_ = true;
+    record_();
+  }
+
+  // A literal whose weight would lift the lower bound to the upper one is false in what is better.
+  void harden() {
+    for (Soft& soft : softs_) {
+      if (soft.weight == 0 || sum_of(lower_, soft.weight) < upper_) continue;
+      formula_.add_unit(~soft.lit, group_);
+      soft.weight = 0;
+    }
+  }
+
+  // ---- Strata
+
+  // The weights below the last threshold, until they are much fewer than the literals [ABL-2013].
+  std::uint64_t next_threshold(std::uint64_t last) const {
+    std::map<std::uint64_t, std::size_t, std::greater<>> counts;
+    for (const Soft& soft : softs_)
+      if (soft.weight != 0) ++counts[soft.weight];
+    std::size_t literals = 0, weights = 0;
+    for (const auto& [weight, count] : counts) {
+      literals += count;
+      ++weights;
+      if (weight < last && 4 * literals > 5 * weights) return weight;
+    }
+    return counts.empty() ? 0 : counts.rbegin()->first;
+  }
+
+  // False when all literals are assumed already: the model is one of least cost.
+  bool lower_threshold() {
+    const bool all = std::ranges::all_of(
+        softs_, [this](const Soft& s) { return s.weight == 0 || s.weight >= threshold_; });
+    if (all) {
+      assert(upper_ == lower_);
+      return false;
+    }
+    harden();
+    threshold_ = next_threshold(threshold_);
+    return true;
+  }
+
+  // ---- Cores: literals that cannot all be false [IMM-2019]
+
+  void take_core(const Lits& failed) {
+    Core core{.lits = {}, .weight = highest};
+    Lits assumed = failed;
+    trim(assumed);
+    minimise(assumed);
+    for (const Lit lit : assumed) {
+      core.lits.push_back(~lit);
+      core.weight = std::min(core.weight, soft_of(~lit).weight);
+    }
+    assert(core.weight > 0);
+    std::ranges::sort(core.lits);
+    lower_ = sum_of(lower_, core.weight);
+    formula_.add_clause(core.lits, group_);
+    for (const Lit lit : core.lits) soft_of(lit).weight -= core.weight;
+    for (const Lit lit : core.lits) expose_next(soft_of(lit));
+    if (core.lits.size() > 1) cores_.push_back(std::move(core));
+  }
+
+  void trim(Lits& assumed) {
+    for (int i = 0; i < most_trims && assumed.size() > 1; ++i) {
+      const std::size_t size = assumed.size();
+      if (formula_.solve_assuming(assumed) != false || base::run_failed()) return;
+      assumed = formula_.failed_assumptions();
+      if (assumed.size() == size) return;
+    }
+  }
+
+  void minimise(Lits& assumed) {
+    std::ranges::sort(assumed, [this](Lit a, Lit b) {
+      const std::uint64_t x = soft_of(~a).weight, y = soft_of(~b).weight;
+      return x != y ? x > y : a < b;
+    });
+    for (std::size_t i = assumed.size(); i-- > 0 && assumed.size() > 1;) {
+      Lits rest = assumed;
+      rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(i));
+      if (formula_.solve_assuming(rest, minimisation_conflicts) != false) continue;
+      if (base::run_failed()) return;
+      assumed = std::move(rest);
+    }
+  }
+
+  void expose_next(const Soft& soft) {
+    if (soft.totalizer == none) return;
+    const std::uint32_t count = soft.count + 1;
+    Counter& counter = counters_[soft.totalizer];
+    if (count > counter.totalizer.size() || count <= counter.exposed) return;
+    expose(soft.totalizer, count);
+  }
+
+  void expose(std::uint32_t index, std::uint32_t count) {
+    Counter& counter = counters_[index];
+    counter.exposed = count;
+    add_soft({counter.totalizer.at_least(count, formula_, group_), counter.weight, index, count});
+  }
+
+  // How many literals of each core found since the last time are true beyond the first one: not
+  // before all cores are found that there are without these counts [BJ-2017]. False if there was
+  // no core.
+  bool relax_cores() {
+    if (cores_.empty()) return false;
+    for (const Core& core : cores_) {
+      const auto index = static_cast<std::uint32_t>(counters_.size());
+      counters_.push_back({Totalizer(core.lits), core.weight, 1});
+      const std::uint32_t count = exhaust(counters_.back());
+      if (count <= core.lits.size()) expose(index, count);
+    }
+    cores_.clear();
+    return true;
+  }
+
+  struct Counter {
+    Totalizer totalizer;
+    std::uint64_t weight;
+    std::uint32_t exposed;  // highest threshold that is among the literals
+  };
+
+  // The first threshold from 2 that is not easily seen to be reached in any case.
+  std::uint32_t exhaust(Counter& counter) {
+    std::uint32_t count = 2;
+    for (; count <= counter.totalizer.size() && lower_ < upper_; ++count) {
+      const Lit next = counter.totalizer.at_least(count, formula_, group_);
+      const Lits assumed{~next};
+      if (formula_.solve_assuming(assumed, exhaustion_conflicts) != false) break;
+      if (base::run_failed()) break;
+      formula_.add_unit(next, group_);
+      lower_ = sum_of(lower_, counter.weight);
+    }
+    return count;
+  }
+
+  CnfFormula& formula_;
+  const std::span<const WeightedLit> cost_;
+  const ClauseGroup group_;
+  const std::function<void()>& record_;
+  std::uint64_t lower_ = 0, upper_;
+  bool has_model_ = false;
+  std::uint64_t threshold_ = 0;  // literals of less weight are not assumed to be false
+  std::vector<Soft> softs_;
+  std::unordered_map<Lit, std::uint32_t> index_of_;  // in softs_
+  std::vector<Counter> counters_;
+  std::vector<Core> cores_;  // counted in the lower bound, not relaxed yet
+};
+
+}  // namespace
+
+std::uint64_t model_cost(const CnfFormula& formula, std::span<const WeightedLit> cost) {
+  std::uint64_t total = 0;
+  for (const auto& [lit, weight] : cost)
+    if (formula.is_true(lit)) total = sum_of(total, weight);
+  return total;
+}
+
+std::optional<std::uint64_t> find_least_cost(CnfFormula& formula, std::span<const WeightedLit> cost,
+                                             std::uint64_t bound, ClauseGroup group,
+                                             const std::function<void()>& record) {
+  return CoreGuidedSearch(formula, cost, bound, group, record).run();
+}
+
+}  // namespace vorel::sat
