@@ -35,11 +35,17 @@ trace is as short as can be: four philosophers need four steps to get stuck.'
 show build/vorel -D -f examples/philosophers4.unf.pnml build/demo.xml
 show cat build/demo.xml
 
-explain 'From a Signal Transition Graph to a circuit: the bus controller with a signal more, csc, which tells
-apart states that looked alike. Each output and internal signal gets an equation over the signals of
-its context, with a quote behind what is inverted.'
-show build/vorel-unfold examples/vme_read_csc.g build/vme_read_csc.unf.pnml
-show build/vorel -E build/vme_read_csc.unf.pnml
-explain 'With an output file named .v they are written as a Verilog module.'
-show build/vorel -E build/vme_read_csc.unf.pnml build/vme_read_csc.v
-show cat build/vme_read_csc.v
+explain 'From a Signal Transition Graph to a circuit. The bus controller has two states with one code in which
+it does different things next, a conflict: no circuit can tell them apart.'
+show build/vorel -C -f build/vme_read.unf.pnml
+explain 'With -R -f a new signal is put where it resolves the conflict at the least cost. The STG is written as
+vorel.g and its prefix as vorel.mci; the warning is about the old format of the latter.'
+cd build
+show ./vorel -R -f vme_read.unf.pnml || [ $? -eq 1 ]
+show cat vorel.g
+explain 'Each output and internal signal gets an equation over the signals of its context, with a quote behind
+what is inverted. With an output file named .v they are written as a Verilog module.'
+show ./vorel-unfold vorel.g vme_read_resolved.unf.pnml
+show ./vorel -E vme_read_resolved.unf.pnml
+show ./vorel -E vme_read_resolved.unf.pnml vme_read.v
+show cat vme_read.v

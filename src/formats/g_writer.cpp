@@ -111,4 +111,10 @@ bool save_mci(const net::NetPrefix& prefix, const std::string& file_name) {
                    [&prefix](base::OutputFile& file) { return write_mci(prefix, file.stream()); });
 }
 
+bool save_g_and_mci(const net::StgPrefix& prefix, const std::string& name) {
+  return save_file(name + ".g", [&](base::OutputFile& file) {
+    return write_g(prefix, file.stream()) && save_mci(prefix, name + ".mci");
+  });
+}
+
 }  // namespace vorel::formats

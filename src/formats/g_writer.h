@@ -22,4 +22,7 @@ bool save_g(const net::Stg& stg, const std::string& file_name);
 bool save_mci(const net::StgPrefix& prefix, const std::string& file_name);
 bool save_mci(const net::NetPrefix& prefix, const std::string& file_name);
 
+// "NAME.g" and "NAME.mci": the former only appears if the latter has been written.
+bool save_g_and_mci(const net::StgPrefix& prefix, const std::string& name);
+
 }  // namespace vorel::formats

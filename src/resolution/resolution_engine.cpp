@@ -252,8 +252,7 @@ void ResolutionEngine::apply(Best best) {
 }
 
 bool ResolutionEngine::save(const std::string& base_name) const {
-  return formats::save_g(prefix_, base_name + ".g") &&
-         formats::save_mci(prefix_, base_name + ".mci");
+  return formats::save_g_and_mci(prefix_, base_name);
 }
 
 std::string ResolutionEngine::empty_message() const {

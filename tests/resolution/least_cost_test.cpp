@@ -64,7 +64,7 @@ class Edited {
   // Where the new signal stands after a configuration of old events, before it moves on.
   struct Stand {
     bool value;
-    std::set<std::uint32_t> enabled;  // its events
+    std::set<std::uint32_t> enabled;  // its events, without dummies before them
   };
   Stand stand_after(const configuration::EventSet& set) const {
     std::vector<Event*> events;
@@ -73,8 +73,9 @@ class Edited {
     const configuration::FinalState<net::StgPrefix> state(
         structure_, configuration::event_set({past.begin(), past.end()}));
     Stand stand{state.code()[base::id_of(*signal)], {}};
+    const auto is_marked = [&](const auto* condition) { return state.is_marked(*condition); };
     for (const auto& event : prefix.events)
-      if (event->transition->signal == signal && state.is_enabled(*event))
+      if (event->transition->signal == signal && std::ranges::all_of(event->preset, is_marked))
         stand.enabled.insert(event->index);
     return stand;
   }
