@@ -34,6 +34,8 @@ class BitRows {
   BitRows(std::size_t rows, std::size_t columns)
       : stride_{(columns + 63) / 64}, words_(rows * stride_, 0) {}
 
+  std::size_t stride() const { return stride_; }  // words of a row
+
   BitRow operator[](std::size_t row) const {
     assert((row + 1) * stride_ <= words_.size());
     return {words_.data() + row * stride_, stride_};
@@ -41,6 +43,10 @@ class BitRows {
   void set(std::size_t row, std::uint32_t column) {
     assert(column / 64 < stride_ && (row + 1) * stride_ <= words_.size());
     words_[row * stride_ + column / 64] |= std::uint64_t{1} << column % 64;
+  }
+  void reset(std::size_t row, std::uint32_t column) {
+    assert(column / 64 < stride_ && (row + 1) * stride_ <= words_.size());
+    words_[row * stride_ + column / 64] &= ~(std::uint64_t{1} << column % 64);
   }
   // Adds the members of another row.
   void add(std::size_t row, std::size_t other) {
@@ -55,7 +61,7 @@ class BitRows {
   }
 
  private:
-  std::size_t stride_ = 0;  // words of a row
+  std::size_t stride_ = 0;
   std::vector<std::uint64_t> words_;
 };
 

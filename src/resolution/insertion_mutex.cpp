@@ -109,7 +109,7 @@ void print_graph(std::ostream& stream, const Candidates& candidates,
   stream << "\nMutex relation: |V|=" << graph.size() << " |E|=" << degrees / 2;
   for (const CandidateId a : candidates.all()) {
     stream << '\n' << to_text(candidates.insertion(a)) << ':';
-    toolkit::for_each_vertex(graph.neighbours(a.value), [&](std::uint32_t b) {
+    base::for_each_bit(graph.neighbours(a.value), [&](std::uint32_t b) {
       stream << ' ' << to_text(candidates.insertion({b}));
     });
   }

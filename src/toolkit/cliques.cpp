@@ -19,7 +19,7 @@ void erase(Words& set, std::uint32_t vertex) {
   set[vertex / 64] &= ~(std::uint64_t{1} << vertex % 64);
 }
 
-std::size_t common_count(VertexRow a, VertexRow b) {
+std::size_t common_count(base::BitRow a, base::BitRow b) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < a.size(); ++i)
     count += static_cast<std::size_t>(std::popcount(a[i] & b[i]));
@@ -58,7 +58,7 @@ class MaximalCliques {
     std::size_t most = 0;
     bool is_first = true;
     for (const Words* set : {&level.candidates, &level.excluded}) {
-      for_each_vertex(*set, [&](std::uint32_t v) {
+      base::for_each_bit(*set, [&](std::uint32_t v) {
         const std::size_t count = common_count(level.candidates, graph_.neighbours(v));
         if (!is_first && count <= most) return;
         pivot = v;
@@ -80,7 +80,7 @@ class MaximalCliques {
   void enter(std::size_t depth, std::uint32_t vertex) {
     Level& next = level_at(depth + 1);
     const Level& level = levels_[depth];  // after the levels may have moved
-    const VertexRow row = graph_.neighbours(vertex);
+    const base::BitRow row = graph_.neighbours(vertex);
     for (std::size_t i = 0; i < row.size(); ++i) {
       next.candidates[i] = level.candidates[i] & row[i];
       next.excluded[i] = level.excluded[i] & row[i];
@@ -90,7 +90,7 @@ class MaximalCliques {
   bool search(std::size_t depth) {
     if (is_empty(levels_[depth].candidates)) return !is_empty(levels_[depth].excluded) || report();
     const std::uint32_t pivot = pivot_of(levels_[depth]);
-    for_each_vertex(levels_[depth].candidates, [&](std::uint32_t v) {
+    base::for_each_bit(levels_[depth].candidates, [&](std::uint32_t v) {
       if (!graph_.has_edge(pivot, v)) levels_[depth].branches.push_back(v);
     });
     // Deeper levels may move this one.
@@ -137,7 +137,7 @@ class CliqueCover {
     for (std::uint32_t next = start; next != none; next = best_of(joined, useful)) {
       for (const std::uint32_t member : clique) cover_edge(member, next);
       clique.push_back(next);
-      const VertexRow all = graph_.neighbours(next), open = uncovered_.neighbours(next);
+      const base::BitRow all = graph_.neighbours(next), open = uncovered_.neighbours(next);
       for (std::size_t i = 0; i < joined.size(); ++i) {
         joined[i] &= all[i];
         useful[i] |= open[i];
@@ -152,7 +152,7 @@ class CliqueCover {
     std::uint32_t best = none;
     for (std::size_t i = 0; i < joined.size(); ++i) {
       const std::uint64_t word = joined[i] & useful[i];
-      for_each_vertex(VertexRow(&word, 1), [&](std::uint32_t low) {
+      base::for_each_bit(base::BitRow(&word, 1), [&](std::uint32_t low) {
         const std::uint32_t v = static_cast<std::uint32_t>(i * 64) + low;
         if (best == none || open_degree_[v] > open_degree_[best]) best = v;
       });
