@@ -13,8 +13,8 @@ namespace vorel::sat {
 namespace {
 
 constexpr std::uint64_t highest = ~std::uint64_t{0};
-constexpr std::uint64_t minimisation_conflicts = 1000;  // for one literal of a core
-constexpr std::uint64_t exhaustion_conflicts = 1000;    // for one more of a core
+constexpr std::uint64_t minimisation_conflicts = 100;  // for one literal of a core
+constexpr std::uint64_t exhaustion_conflicts = 1000;   // for one more of a core
 constexpr int most_trims = 5;
 
 std::uint64_t sum_of(std::uint64_t a, std::uint64_t b) { return a > highest - b ? highest : a + b; }
@@ -27,7 +27,12 @@ class CoreGuidedSearch {
     normalise();
   }
 
+  // Without any assumptions first: a formula without models is refuted faster so, and what the
+  // first model costs keeps the assumptions few.
   std::optional<std::uint64_t> run() {
+    if (lower_ >= upper_ || !is_satisfiable({})) return std::nullopt;
+    note_model();
+    harden();
     threshold_ = next_threshold(highest);
     while (lower_ < upper_ && !base::run_failed()) {
       if (is_satisfiable(assumptions())) {
