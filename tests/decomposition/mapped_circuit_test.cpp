@@ -8,6 +8,7 @@
 
 #include "bdd/cover_bdd.h"
 #include "conflicts/conflicts_support.h"
+#include "decomposition/direct_candidates.h"
 #include "decomposition/gate_matcher.h"
 #include "decomposition/gate_models.h"
 #include "oracle/netlist.h"
@@ -18,10 +19,11 @@
 namespace vorel::decomposition {
 namespace {
 
-using bdd::Bdd, bdd::bdd_of, bdd::bdd_variable;
+using bdd::Bdd, bdd::bdd_variable;
 using conflicts_support::Subject;
 
 constexpr std::uint32_t any_inputs = 2147483647;
+constexpr std::uint64_t any_literals = ~std::uint64_t{0};
 
 // Gates for most functions of few signals, an inverter called like an instance, no name that is
 // plain.
@@ -66,48 +68,23 @@ class Mapper {
     const auto functions = solutions_of(whole), pairs = solutions_of(parts);
     auto circuit = std::make_unique<MappedCircuit>(prefix_, library_);
     for (std::size_t i = 0; i < functions.size(); ++i) {
-      const auto latch = [&] { return latch_of(pairs[2 * i]->best(), pairs[2 * i + 1]->best()); };
-      Deco deco = prefers_latches ? latch() : gate_of(*functions[i]);
-      if (!deco.directly_implementable) deco = prefers_latches ? gate_of(*functions[i]) : latch();
+      Deco deco = matched_candidate(*functions[i], matcher_, names_).value_or(Deco());
+      const auto signal = static_cast<std::uint32_t>(prefix_.inputs_end + i);
+      if (prefers_latches || !deco.directly_implementable) {
+        for (Deco& latch :
+             monotonic_candidates(names_[signal], signal, *pairs[2 * i], *pairs[2 * i + 1],
+                                  any_literals, matcher_, names_)) {
+          latch.judge();
+          if (latch.directly_implementable) deco = std::move(latch);
+        }
+      }
       if (!deco.directly_implementable) return nullptr;
-      deco.signal = functions[i]->name();
       circuit->add(deco, functions[i]->triggers(), names_);
     }
     return functions.empty() ? nullptr : std::move(circuit);
   }
 
  private:
-  Deco gate_of(const synthesis::SignalSolution& solution) {
-    for (const synthesis::SignalImplementation& alternative : solution.alternatives) {
-      std::vector<Bdd> variables;
-      for (const std::string& name : alternative.context)
-        variables.push_back(bdd_of(toolkit::LogicExpr{toolkit::LogicExpr::Literal{name}}, names_));
-      Bdd sets[4];
-      for (std::size_t s = 0; s < 4; ++s) sets[s] = bdd_of(alternative.covers[s], variables);
-      const GateMatch match = matcher_.match({sets[0], sets[1], sets[2], sets[3]});
-      if (!match.exists()) continue;
-      Deco deco = matched_deco(match, matcher_.covers_of_match(match));
-      deco.function = alternative.equation;
-      deco.judge();
-      return deco;
-    }
-    return {};
-  }
-
-  Deco latch_of(const synthesis::SignalImplementation& set,
-                const synthesis::SignalImplementation& reset) {
-    const GateMatch match = matcher_.match(monotonic_shape(bdd_variable(0), bdd_variable(1)));
-    if (!match.exists()) return {};
-    Deco deco = monotonic_deco(bdd_of(set.equation, names_), bdd_of(reset.equation, names_), match,
-                               matcher_.covers_of_match(match));
-    deco.function = set.equation;
-    deco.inverse_function = reset.equation;
-    for (Subfunction& part : deco.subfunctions)
-      part.match = matcher_.match(bdd::BDDCover(part.function));
-    deco.judge();
-    return deco;
-  }
-
   const net::StgPrefix& prefix_;
   const GateLibrary& library_;
   GateMatcher matcher_;
