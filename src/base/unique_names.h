@@ -10,6 +10,8 @@ namespace vorel::base {
 
 class UniqueNames {
  public:
+  explicit UniqueNames(std::uint64_t first_number = 1) : next_{first_number} {}
+
   // A name that exists already. May be told twice.
   void add(std::string_view name) { taken_.emplace(name); }
 
@@ -25,7 +27,7 @@ class UniqueNames {
 
  private:
   std::unordered_set<std::string> taken_;
-  std::uint64_t next_ = 1;
+  std::uint64_t next_;
 };
 
 }  // namespace vorel::base

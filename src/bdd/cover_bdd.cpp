@@ -1,5 +1,7 @@
 #include "bdd/cover_bdd.h"
 
+#include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "base/memory_overflow.h"
@@ -84,6 +86,30 @@ Bdd bdd_of(const toolkit::Cover& cover, std::span<const Bdd> variables) {
   products.reserve(2 * cover.size());
   for (const toolkit::Cube& cube : cover) products.push_back(bdd_of(cube, variables));
   return sum_of(std::move(products));
+}
+
+Bdd bdd_of(const toolkit::LogicExpr& expression, std::span<const std::string> names) {
+  using Expr = toolkit::LogicExpr;
+  if (const auto* constant = std::get_if<Expr::Const>(&expression.node))
+    return Bdd(constant->value);
+  if (const auto* literal = std::get_if<Expr::Literal>(&expression.node)) {
+    const auto found = std::ranges::find(names, literal->name);
+    assert(found != names.end());
+    const Bdd variable = bdd_variable(static_cast<std::uint32_t>(found - names.begin()));
+    return literal->negated ? ~variable : variable;
+  }
+  const auto* conjunction = std::get_if<Expr::And>(&expression.node);
+  Bdd result(conjunction != nullptr);
+  for (const Expr& operand : conjunction != nullptr
+                                 ? conjunction->operands
+                                 : std::get<Expr::Or>(expression.node).operands) {
+    if (conjunction != nullptr) {
+      result &= bdd_of(operand, names);
+    } else {
+      result |= bdd_of(operand, names);
+    }
+  }
+  return result;
 }
 
 SupportCover cover_of(const Bdd& f) {

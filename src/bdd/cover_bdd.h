@@ -1,6 +1,7 @@
 // bdd/cover_bdd.h - between sums of products and BDDs.
-// Here:      cubes and covers as BDDs, a BDD as a minimised cover and as a factored expression.
-// Not here:  minimisation and factoring themselves (toolkit/minimise.h, toolkit/factor.h).
+// Here:      cubes, covers and expressions as BDDs, a BDD as a minimised cover and as a factored
+// expression. Not here:  minimisation and factoring themselves (toolkit/minimise.h,
+// toolkit/factor.h).
 #pragma once
 
 #include <cstddef>
@@ -18,6 +19,9 @@ namespace vorel::bdd {
 // Position i stands for variables[i], which may be any function. A cube without positions is true.
 Bdd bdd_of(const toolkit::Cube& cube, std::span<const Bdd> variables);
 Bdd bdd_of(const toolkit::Cover& cover, std::span<const Bdd> variables);
+
+// The name of each literal must be among the names; it stands for the variable of that position.
+Bdd bdd_of(const toolkit::LogicExpr& expression, std::span<const std::string> names);
 
 // A cover over the variables that the function depends on: position i stands for support[i].
 struct SupportCover {

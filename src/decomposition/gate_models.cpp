@@ -47,15 +47,6 @@ struct TermAlgebra {
   }
 };
 
-bool names_can_stand_in_verilog(const toolkit::LibraryGate& gate) {
-  std::vector<std::string> names = gate.pins;
-  names.push_back(gate.name);
-  names.push_back(gate.output);
-  const auto bad = std::ranges::find_if_not(names, toolkit::can_stand_in_verilog);
-  if (bad == names.end()) return true;
-  return toolkit::report_not_for_verilog("gate " + base::quoted(gate.name) + ": the name", *bad);
-}
-
 bool is_inverter(const toolkit::LibraryGate& gate) {
   return gate.pin_count() == 1 && toolkit::truth_table(gate.function, 1).front() % 4 == 1;
 }
@@ -79,6 +70,15 @@ void write_model(std::ostream& stream, const toolkit::LibraryGate& gate) {
 }
 
 }  // namespace
+
+bool names_can_stand_in_verilog(const toolkit::LibraryGate& gate) {
+  std::vector<std::string> names = gate.pins;
+  names.push_back(gate.name);
+  names.push_back(gate.output);
+  const auto bad = std::ranges::find_if_not(names, toolkit::can_stand_in_verilog);
+  if (bad == names.end()) return true;
+  return toolkit::report_not_for_verilog("gate " + base::quoted(gate.name) + ": the name", *bad);
+}
 
 bool write_gate_models(std::ostream& stream, std::span<const toolkit::LibraryGate> gates) {
   std::vector<const toolkit::LibraryGate*> usable;

@@ -14,6 +14,9 @@
 
 namespace vorel::decomposition {
 
+// False after an error: the name of the gate or of a pin cannot stand in Verilog.
+bool names_can_stand_in_verilog(const toolkit::LibraryGate& gate);
+
 // Of the gates that a netlist may use. False after an error, with nothing written: a name cannot
 // stand in Verilog.
 bool write_gate_models(std::ostream& stream, std::span<const toolkit::LibraryGate> gates);

@@ -81,6 +81,13 @@ XmlNode* xml_element(XmlDocument& document, std::string_view name, std::string_v
   return node;
 }
 
+void xml_append_text(XmlDocument& document, XmlNode& node, std::string_view text) {
+  const auto copy = copy_into(document, xml_text(text));
+  XmlNode* data = document.allocate_node(rapidxml::node_data);
+  data->value(copy.data(), copy.size());
+  node.append_node(data);
+}
+
 void xml_attribute(XmlDocument& document, XmlNode& node, std::string_view name,
                    std::string_view value) {
   assert(!name.empty());

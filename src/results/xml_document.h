@@ -14,6 +14,8 @@ using XmlNode = rapidxml::xml_node<char>;
 // A new element with copies of the texts, owned by the document, not yet attached. In values any
 // bytes may stand: those that XML cannot carry become U+FFFD, so that the document stays readable.
 XmlNode* xml_element(XmlDocument& document, std::string_view name, std::string_view value = {});
+// Appended as text after the children that the element has.
+void xml_append_text(XmlDocument& document, XmlNode& node, std::string_view text);
 // Appended after the attributes that the element has.
 void xml_attribute(XmlDocument& document, XmlNode& node, std::string_view name,
                    std::string_view value);

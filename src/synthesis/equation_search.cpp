@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "base/messages.h"
-#include "base/output_file.h"
 #include "base/run_state.h"
 #include "configuration/dummy_cutoffs.h"
 #include "synthesis/assumptions.h"
 #include "synthesis/monotonic_cover.h"
+#include "synthesis/verilog_module.h"
 #include "synthesis/verilog_writer.h"
 #include "toolkit/factor.h"
 #include "toolkit/minimise.h"
@@ -127,23 +127,9 @@ results::VerdictMessages EquationSearch::messages() const {
 }
 
 void EquationSearch::report(const std::string& output) const {
-  const bool is_document = output.ends_with(".xml");
-  // A failed run makes no document.
-  if (!output.ends_with(".v") && !(is_document && base::run_failed())) {
-    results::deliver(report_, messages(), output);
-    return;
-  }
-  const results::VerdictMessages sentences = messages();
-  std::cout << '\n' << (report_.solutions.empty() ? sentences.empty : sentences.found) << '\n';
-  if (is_document) return;
-  std::cout.flush();  // the file can be the standard output, by another name
-  base::OutputFile file(output);
-  if (!file.is_open()) {
-    base::print_warning(base::cannot_open_for_output(output));
-    write_verilog(std::cerr, prefix_, style_, solutions_);
-  } else if (write_verilog(file.stream(), prefix_, style_, solutions_) && !file.commit()) {
-    base::print_error("cannot write a file");
-  }
+  deliver_with_module(report_, messages(), output, [this](std::ostream& stream) {
+    return write_verilog(stream, prefix_, style_, solutions_);
+  });
 }
 
 void EquationSearch::print_statistics(std::ostream& stream) const {

@@ -34,14 +34,23 @@ results::XmlNode* implementation_element(results::XmlDocument& document,
 
 }  // namespace
 
+void print_signal_heading(std::ostream& stream, std::string_view name, std::uint64_t cost,
+                          const std::vector<std::string>& triggers) {
+  stream << "Signal " << name << " (cost " << cost << ")\nTriggers (approximation):";
+  print_names(stream, triggers);
+}
+
+void print_context(std::ostream& stream, const std::vector<std::string>& context) {
+  stream << "\nContext:";
+  print_names(stream, context);
+}
+
 std::uint64_t SignalSolution::cost() const { return best().cost; }
 
 void SignalSolution::print(std::ostream& stream) const {
-  stream << "Signal " << name_ << " (cost " << cost() << ")\nTriggers (approximation):";
-  print_names(stream, triggers_);
+  print_signal_heading(stream, name_, cost(), triggers_);
   for (const SignalImplementation& alternative : alternatives) {
-    stream << "\nContext:";
-    print_names(stream, alternative.context);
+    print_context(stream, alternative.context);
     stream << "\nEquation (" << alternative.cost
            << " lits): " << toolkit::to_string(alternative.equation);
   }

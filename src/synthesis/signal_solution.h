@@ -4,7 +4,9 @@
 #pragma once
 
 #include <array>
+#include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "results/solution.h"
@@ -12,6 +14,12 @@
 #include "toolkit/logic_expr.h"
 
 namespace vorel::synthesis {
+
+// "Signal NAME (cost N)\nTriggers (approximation): a b", which all texts of a signal begin with.
+void print_signal_heading(std::ostream& stream, std::string_view name, std::uint64_t cost,
+                          const std::vector<std::string>& triggers);
+// "\nContext: a b".
+void print_context(std::ostream& stream, const std::vector<std::string>& context);
 
 struct SignalImplementation {
   std::vector<std::string> context;  // the support, by the order of signals

@@ -1,6 +1,10 @@
 #include "synthesis/verilog_module.h"
 
+#include <iostream>
+
 #include "base/messages.h"
+#include "base/output_file.h"
+#include "base/run_state.h"
 #include "toolkit/verilog_name.h"
 
 namespace vorel::synthesis {
@@ -52,6 +56,25 @@ std::string initial_values_text(const net::Stg& stg) {
 
 void write_module_end(std::ostream& stream, std::string_view initial_values) {
   stream << "\n    // initial values of the signals\n    //" << initial_values << "\nendmodule\n";
+}
+
+void deliver_with_module(const results::Report& report, const results::VerdictMessages& messages,
+                         const std::string& output, const ModuleWriter& write_module) {
+  const bool is_document = output.ends_with(".xml");
+  if (!output.ends_with(".v") && !(is_document && base::run_failed())) {
+    results::deliver(report, messages, output);
+    return;
+  }
+  std::cout << '\n' << (report.solutions.empty() ? messages.empty : messages.found) << '\n';
+  if (is_document) return;
+  std::cout.flush();  // the file can be the standard output, by another name
+  base::OutputFile file(output);
+  if (!file.is_open()) {
+    base::print_warning(base::cannot_open_for_output(output));
+    write_module(std::cerr);
+  } else if (write_module(file.stream()) && !file.commit()) {
+    base::print_error("cannot write a file");
+  }
 }
 
 }  // namespace vorel::synthesis
