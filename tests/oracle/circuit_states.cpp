@@ -252,13 +252,13 @@ void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::str
     if (!pin.wire.empty()) inputs.push_back(pin.wire);
   const std::string own = is_inverted ? output + "'" : output;
   circuit.gates.push_back({own, inputs, [gate, pins](const std::vector<bool>& values, bool now) {
-                             std::vector<bool> at_pins;
+                             std::vector<Word> at_pins;  // one case, in the lowest bit
                              std::size_t wired = 0;
                              for (const CircuitPin& pin : pins) {
                                const bool value = !pin.wire.empty() && values[wired++];
-                               at_pins.push_back(value != pin.is_inverted);
+                               at_pins.push_back(value != pin.is_inverted ? 1 : 0);
                              }
-                             return next_output(gate, at_pins, now);
+                             return (next_output(gate, at_pins, now ? 1 : 0) & 1u) != 0;
                            }});
   if (!is_inverted) return;
   const auto inverter = [](const std::vector<bool>& values, bool) { return !values[0]; };
