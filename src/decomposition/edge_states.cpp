@@ -86,10 +86,16 @@ bool EdgeStates::can_be_triggered(CandidateId candidate) const {
   const auto occurrences = candidates_.occurrences_of(candidate);
   return std::all_of(occurrences.begin(), occurrences.end(), [this](OccurrenceId id) {
     const auto& triggers = occurrences_[id].triggers;
-    return !triggers.empty() && std::ranges::all_of(triggers, [this](const Event* trigger) {
+    return std::ranges::all_of(triggers, [this](const Event* trigger) {
       return is_in_support_[*trigger->transition->signal];
     });
   });
+}
+
+bool EdgeStates::is_excited_at_start(CandidateId candidate) const {
+  const auto occurrences = candidates_.occurrences_of(candidate);
+  return std::any_of(occurrences.begin(), occurrences.end(),
+                     [this](OccurrenceId id) { return occurrences_[id].triggers.empty(); });
 }
 
 Lit EdgeStates::triggered(OccurrenceId id) {
@@ -187,16 +193,17 @@ bool EdgeStates::is_triggered_in_model(OccurrenceId id) {
 }
 
 // The next value is the initial one, changed once for each occurrence that is excited or has fired.
-std::optional<EdgeStates::Deviation> EdgeStates::deviation(std::span<const CandidateId> edges) {
+std::optional<EdgeStates::Deviation> EdgeStates::deviation(std::span<const CandidateId> edges,
+                                                           bool begins_at_1) {
   Lits inputs{target_lit_};
   for (const CandidateId edge : edges)
     for (const OccurrenceId id : candidates_.occurrences_of(edge)) inputs.push_back(triggered(id));
   sat::CnfFormula& formula = states_.formula();
   const sat::ClauseGroup question = new_question();
   const Lit differs = formula.make_gate(sat::Gate(sat::GateXor, inputs), question);
-  formula.add_unit(differs ^ initial_value(), question);
+  formula.add_unit(differs ^ begins_at_1, question);
   if (!formula.solve()) return std::nullopt;
-  Deviation deviation{.edges = {}, .is_odd = formula.is_true(target_lit_) != initial_value()};
+  Deviation deviation{.edges = {}, .value = formula.is_true(target_lit_)};
   for (const CandidateId candidate : candidates_.all()) {
     const auto occurrences = candidates_.occurrences_of(candidate);
     const auto count = std::count_if(occurrences.begin(), occurrences.end(),

@@ -43,18 +43,21 @@ class EdgeStates {
   // A rising edge: the target is true in each state in which an occurrence is excited, and false in
   // each state in which a trigger can fire that makes it excited. A falling edge: the other way
   // round. None for candidates that are triggered by a signal on which the target does not depend,
-  // or that can be excited at the start; and after a reported failure. At verbosity 6 tells why
-  // not.
+  // and after a reported failure. At verbosity 6 tells why not.
   Admission admission(CandidateId candidate);
+  // Some occurrence needs no trigger: where the candidate is chosen, the signal begins at the other
+  // value than the target, and is about to change.
+  bool is_excited_at_start(CandidateId candidate) const;
 
-  // A state in which the target is not what the edges, all of them admitted, make of the next value
-  // of the signal. They would if an odd number of these were chosen (an even number for false).
+  // A state in which the next value of a signal with these edges, all of them admitted, is not the
+  // target. It is the target there if the number of these among the edges is odd and the signal
+  // begins at 0, or it is even and the signal begins at 1; for `value` false the other way round.
   struct Deviation {
     resolution::CandidateList edges;
-    bool is_odd = false;
+    bool value = false;  // of the target
   };
   // Nothing if there is no such state, and after a reported failure.
-  std::optional<Deviation> deviation(std::span<const CandidateId> edges);
+  std::optional<Deviation> deviation(std::span<const CandidateId> edges, bool begins_at_1);
 
  private:
   using Event = net::StgPrefix::Event;

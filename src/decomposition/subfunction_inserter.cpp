@@ -82,7 +82,7 @@ class SubfunctionInserter::Search {
         own_{formula_.new_group()},
         mode_{formula_.new_group()} {
     step_.states.set_target(function_, inserter.names_);
-    initial_value_ = step_.states.initial_value() ? 1 : 0;
+
     add_admissions();
   }
   Search(const Search&) = delete;
@@ -113,7 +113,7 @@ class SubfunctionInserter::Search {
   const bdd::Bdd function_;
   const sat::ClauseGroup own_;  // the clauses of this function
   sat::ClauseGroup mode_;       // those of a search for the best
-  std::uint8_t initial_value_ = 0;
+  sat::Lit begins_at_1_ = sat::LitFalse;
   bool has_edges_ = false;  // of both kinds
   bool is_exact_ = false;
   std::uint64_t broken_codings_ = 0;
@@ -123,7 +123,8 @@ class SubfunctionInserter::Search {
 
 void SubfunctionInserter::Search::add_admissions() {
   const resolution::InsertionEngine& engine = inserter_.engine_;
-  Lits rising, falling;
+  Lits rising, falling, excited_at_start;
+  std::vector<std::pair<CandidateId, Admission>> admitted;
   std::string useful;
   for (const CandidateId candidate : engine.candidates().all()) {
     const sat::Lit chosen = engine.literals()[candidate];
@@ -132,17 +133,24 @@ void SubfunctionInserter::Search::add_admissions() {
       formula_.add_unit(~chosen, own_);
       continue;
     }
-    const bool is_rising = admission == Admission::rising;
-    (is_rising ? rising : falling).push_back(chosen);
-    // The parity is the value that the edge finds, if the signal begins at 0.
-    const bool finds_odd = is_rising == (initial_value_ == 1);
-    formula_.add_binary(~chosen, engine.parities()[candidate] ^ !finds_odd, own_);
+    (admission == Admission::rising ? rising : falling).push_back(chosen);
+    if (step_.states.is_excited_at_start(candidate)) excited_at_start.push_back(chosen);
+    admitted.emplace_back(candidate, admission);
     useful += "\n " + resolution::to_text(engine.candidates().insertion(candidate));
   }
   has_edges_ = !rising.empty() && !falling.empty();
   if (!has_edges_) return;
   formula_.add_clause(rising, own_);
   formula_.add_clause(falling, own_);
+  begins_at_1_ = formula_.make_gate(sat::Gate(sat::GateOr, excited_at_start), own_) ^
+                 step_.states.initial_value();
+  // A rising edge comes after an even number of edges if the signal begins at 0.
+  for (const auto& [candidate, admission] : admitted) {
+    const sat::Lit not_chosen = ~engine.literals()[candidate];
+    const sat::Lit needed = engine.parities()[candidate] ^ (admission == Admission::falling);
+    formula_.add_clause(Lits{not_chosen, ~needed, begins_at_1_}, own_);
+    formula_.add_clause(Lits{not_chosen, needed, ~begins_at_1_}, own_);
+  }
   if (tells(verbosity_of_details)) std::cerr << "\nUseful insertions:" << useful;
 }
 
@@ -183,23 +191,24 @@ bool SubfunctionInserter::Search::solve() {
 bool SubfunctionInserter::Search::accept(const resolution::Choice& choice) {
   InserterStats& stats = inserter_.stats_;
   ++stats.choices;
+  const bool begins_at_1 = formula_.is_true(begins_at_1_);
   if (is_exact_) {
     std::vector<CandidateId> edges;
     for (const CandidateId candidate : inserter_.engine_.candidates().all())
       if (choice[candidate]) edges.push_back(candidate);
-    if (const auto deviation = step_.states.deviation(edges)) {
+    if (const auto deviation = step_.states.deviation(edges, begins_at_1)) {
       ++stats.deviating;
-      Lits lits;
+      Lits lits{begins_at_1_};
       for (const CandidateId edge : deviation->edges)
         lits.push_back(inserter_.engine_.literals()[edge]);
-      const sat::Lit parity = formula_.make_gate(sat::Gate(sat::GateXor, lits), mode_);
-      formula_.add_unit(parity ^ !deviation->is_odd, mode_);
+      const sat::Lit value = formula_.make_gate(sat::Gate(sat::GateXor, lits), mode_);
+      formula_.add_unit(value ^ !deviation->value, mode_);
       return false;
     }
     if (base::run_failed()) return false;
   }
   const resolution::InsertedSignal inserted =
-      inserter_.engine_.after_insertion(choice, initial_value_);
+      inserter_.engine_.after_insertion(choice, begins_at_1 ? 1 : 0);
   const bool is_expected = computes(inserted.prefix, inserted.signal, function_, inserter_.names_,
                                     inserter_.options_.encoding);
   if (base::run_failed()) return false;
@@ -233,20 +242,20 @@ SubfunctionInsertion SubfunctionInserter::Search::rated(const resolution::Choice
                                                         bool is_expected) const {
   const resolution::Candidates& candidates = inserter_.engine_.candidates();
   const resolution::TriggerSignals triggers = resolution::trigger_signals(inserted.prefix);
+  const net::Signal& signal = base::element(inserted.prefix.signals, inserted.signal);
   SubfunctionInsertion result{.edges = insertions_of(candidates, choice),
                               .choice = choice,
-                              .initial_value = initial_value_,
+                              .initial_value = signal.initial_value,
                               .expected_implementation = is_expected,
                               .triggers = {}};
-  for (const net::SignalId signal : inserted.prefix.driven_signals())
-    if (signal != inserted.signal && std::ranges::count(triggers[signal], inserted.signal) != 0)
+  for (const net::SignalId other : inserted.prefix.driven_signals())
+    if (other != inserted.signal && std::ranges::count(triggers[other], inserted.signal) != 0)
       ++result.ack_count;
   for (const net::SignalId trigger : triggers[inserted.signal])
     result.triggers.push_back(base::element(inserted.prefix.signals, trigger).name);
   resolution::ResolutionCost cost(inserter_.coefficients_, result.edges);
   evaluate_choice(candidates, choice, {}, cost);
-  evaluate_result(inserted.prefix, base::element(inserted.prefix.signals, inserted.signal), 0,
-                  cost);
+  evaluate_result(inserted.prefix, signal, 0, cost);
   result.delay = cost.delay;
   result.logic_complexity = cost.logic;
   result.non_locked = cost.non_locked;

@@ -26,7 +26,9 @@ struct SubfunctionInsertion {
 
   resolution::SignalInsertion edges;  // in the order of candidates
   resolution::Choice choice;          // the same among the candidates of the step
-  std::uint8_t initial_value = 0;     // of the new signal: the value of the function at the start
+  // Of the new signal: the value of the function at the start, or the other one if the signal is
+  // excited there.
+  std::uint8_t initial_value = 0;
   // The next value of the new signal is the function in all states. Otherwise it only rises where
   // the function does and falls where that falls, but not always: its equation is another one.
   bool expected_implementation = false;
