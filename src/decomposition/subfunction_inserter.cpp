@@ -224,6 +224,7 @@ bool SubfunctionInserter::Search::accept(const resolution::Choice& choice) {
     return false;
   }
   accepted_ = rated(choice, inserted, is_expected);
+  assert(sat::IntegerCircuit(formula_).model_value(step_.acks) == accepted_->ack_count);
   const auto is_same = [this](const auto& other) { return other.is_same_as(*accepted_); };
   if (std::ranges::none_of(found_, is_same)) found_.push_back(*accepted_);
   return true;
