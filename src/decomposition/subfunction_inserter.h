@@ -10,6 +10,7 @@
 // becomes a clause more, and edges after which the STG has an encoding conflict are excluded. Only
 // if no edges compute the function, edges are taken that come close. So what is returned keeps the
 // coding of an STG without conflicts, and with a conflict in it nothing is ever found.
+// A signal that would only rise, or only fall, is none.
 // Where cut-offs are dummies the check of the coding is not reliable: it refuses good edges, too.
 #pragma once
 

@@ -121,7 +121,7 @@ TEST(SubfunctionInserter, MakesSignalsThatDoWhatIsSaidOfThem) {
   RecordProperty("unexpected", static_cast<int>(unexpected));
 }
 
-// All signals of two edges, put into the net by states.
+// All signals of a rising and a falling edge, put into the net by states.
 std::vector<net::Stg> signals_by_the_book(const net::StgPrefix& prefix) {
   const std::vector<net::Insertion> all = resolution::insertions(prefix, 0);
   std::vector<net::Stg> results;
@@ -130,7 +130,8 @@ std::vector<net::Stg> signals_by_the_book(const net::StgPrefix& prefix) {
     for (const std::size_t number : set) edges.push_back(all[number]);
     if (edges.size() < 2) return true;
     oracle::BookStep step = oracle::insert_signal_by_the_book(prefix, edges, "x");
-    if (step.fault.empty() && step.has_one_code && oracle::conflicting_signals(step.stg).empty())
+    if (step.fault.empty() && step.has_one_code && step.signs.front() != step.signs.back() &&
+        oracle::conflicting_signals(step.stg).empty())
       results.push_back(std::move(step.stg));
     return true;
   });
