@@ -125,14 +125,17 @@ void add_equality(Lit condition, Lit a, Lit b, sat::CnfFormula& formula, sat::Cl
 
 }  // namespace
 
-void add_alternation(const Candidates& candidates, const OccurrenceOrder& order,
-                     const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
-                     sat::CnfFormula& formula, sat::ClauseGroup group) {
+CandidateLits add_alternation(const Candidates& candidates, const OccurrenceOrder& order,
+                              const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
+                              sat::CnfFormula& formula, sat::ClauseGroup group) {
   SignalValues values(candidates, order, chosen, parities, formula, group);
+  CandidateLits values_before(candidates.size());
   for (const CandidateId candidate : candidates.all()) {
     Lits found;
     for (const OccurrenceId id : candidates.occurrences_of(candidate))
       found.push_back(values.before(id));
+    assert(!found.empty() && "a valid candidate has an occurrence");
+    values_before[candidate] = found.front();
     base::sort_unique(found);
     for (std::size_t i = 1; i < found.size(); ++i)
       add_equality(chosen[candidate], found[i - 1], found[i], formula, group);
@@ -145,17 +148,19 @@ void add_alternation(const Candidates& candidates, const OccurrenceOrder& order,
   base::sort_unique(at_cut_offs);
   for (const auto& [here, there] : at_cut_offs)
     add_equality(sat::LitTrue, here, there, formula, group);
+  return values_before;
 }
 
 std::vector<net::Sign> edge_signs(const Candidates& candidates, const OccurrenceOrder& order,
-                                  std::span<const CandidateId> chosen) {
+                                  std::span<const CandidateId> chosen, std::uint8_t initial_value) {
+  assert(initial_value <= 1);
   Words is_chosen((candidates.all_occurrences().size() + 63) / 64);
   for (const CandidateId candidate : chosen)
     for (const OccurrenceId id : candidates.occurrences_of(candidate))
       is_chosen[id.value / 64] |= std::uint64_t{1} << id.value % 64;
   const auto sign_of = [&](OccurrenceId id) {
     const base::BitRow row = order.before(id);
-    int edges = 0;
+    int edges = initial_value;
     for (std::size_t i = 0; i < row.size(); ++i) edges += std::popcount(row[i] & is_chosen[i]);
     return edges % 2 == 0 ? net::Sign::plus : net::Sign::minus;
   };

@@ -21,9 +21,9 @@ void print_statistics(const std::vector<toolkit::Clique>& cover) {
 
 }  // namespace
 
-void add_insertion_constraints(const Candidates& candidates, const OccurrenceOrder& order,
-                               const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
-                               sat::CnfFormula& formula, sat::ClauseGroup group) {
+CandidateLits add_insertion_constraints(const Candidates& candidates, const OccurrenceOrder& order,
+                                        const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
+                                        sat::CnfFormula& formula, sat::ClauseGroup group) {
   const auto cover = toolkit::clique_cover(insertion_mutex(candidates, order));
   if (base::verbosity() >= verbosity_of_cover) print_statistics(cover);
   for (const toolkit::Clique& clique : cover) {
@@ -31,7 +31,7 @@ void add_insertion_constraints(const Candidates& candidates, const OccurrenceOrd
     for (const std::uint32_t candidate : clique) literals.push_back(chosen[CandidateId{candidate}]);
     formula.add_at_most_one(literals, group);
   }
-  add_alternation(candidates, order, chosen, parities, formula, group);
+  return add_alternation(candidates, order, chosen, parities, formula, group);
 }
 
 }  // namespace vorel::resolution

@@ -8,9 +8,10 @@
 namespace vorel::resolution {
 
 // Adds: no two chosen candidates exclude each other, and the chosen ones alternate. The former is
-// said for cliques that cover the relation; how many there are is printed at verbosity 4.
-void add_insertion_constraints(const Candidates& candidates, const OccurrenceOrder& order,
-                               const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
-                               sat::CnfFormula& formula, sat::ClauseGroup group);
+// said for cliques that cover the relation; how many there are is printed at verbosity 4. Returns
+// what add_alternation() does.
+CandidateLits add_insertion_constraints(const Candidates& candidates, const OccurrenceOrder& order,
+                                        const CandidateLits& chosen, sat::SumsTreeBuilder& parities,
+                                        sat::CnfFormula& formula, sat::ClauseGroup group);
 
 }  // namespace vorel::resolution

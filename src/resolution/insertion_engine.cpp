@@ -30,6 +30,7 @@ struct InsertionEngine::Step {
   Candidates candidates;
   OccurrenceOrder order;
   CandidateLits literals;
+  CandidateLits parities;  // none before the constraints
   sat::SumsTreeBuilder sums;
 };
 
@@ -59,13 +60,18 @@ const CandidateLits& InsertionEngine::literals() const {
   return step_->literals;
 }
 
+const CandidateLits& InsertionEngine::parities() const {
+  assert(step_ != nullptr);
+  return step_->parities;
+}
+
 void InsertionEngine::start_step() {
   step_.reset();
   formula_.reset();
   step_ = std::make_unique<Step>(prefix_, concurrent_insertions_, formula_);
   if (base::verbosity() >= verbosity_of_occurrences) print_occurrences(std::cerr, candidates());
-  add_insertion_constraints(candidates(), order(), literals(), step_->sums, formula_,
-                            sat::PermanentGroup);
+  step_->parities = add_insertion_constraints(candidates(), order(), literals(), step_->sums,
+                                              formula_, sat::PermanentGroup);
 }
 
 Choice InsertionEngine::choice() const {
@@ -75,15 +81,15 @@ Choice InsertionEngine::choice() const {
   return choice;
 }
 
-InsertedSignal InsertionEngine::after_insertion(const Choice& choice) const {
+InsertedSignal InsertionEngine::after_insertion(const Choice& choice,
+                                                std::uint8_t initial_value) const {
   InsertedSignal result{.prefix = net::clone_prefix(prefix_), .signal = {}, .numbers = {}};
-  constexpr std::uint8_t initial_value = 0;
   net::Signal& signal =
       net::insert_signal(result.prefix, base_name_, net::SignalKind::internal, initial_value);
   std::vector<CandidateId> chosen;
   for (const CandidateId candidate : candidates().all())
     if (choice[candidate]) chosen.push_back(candidate);
-  const std::vector<net::Sign> signs = edge_signs(candidates(), order(), chosen);
+  const std::vector<net::Sign> signs = edge_signs(candidates(), order(), chosen, initial_value);
   for (std::size_t i = 0; i < chosen.size(); ++i)
     net::insert_transition(result.prefix, candidates().insertion(chosen[i]), signal, signs[i]);
   result.numbers = net::finish_edit(result.prefix);

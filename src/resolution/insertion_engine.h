@@ -6,8 +6,8 @@
 //
 // A step: start_step(), more clauses on the candidates' literals, sums().sums_emit(), solving the
 // formula, choice() of the model, after_insertion(), adopt(). The formula says which edges can be
-// inserted together as a signal that begins at 0: no two exclude each other, and rising and falling
-// edges alternate in every run.
+// inserted together as a signal: no two exclude each other, and rising and falling edges alternate
+// in every run. What rises in a signal that begins at 0 falls in one that begins at 1.
 #pragma once
 
 #include <memory>
@@ -46,12 +46,15 @@ class InsertionEngine {
   const Candidates& candidates() const;
   const OccurrenceOrder& order() const;
   const CandidateLits& literals() const;
+  // By candidate: whether an odd number of chosen edges comes before it, where it is chosen. Then
+  // it falls if the signal begins at 0.
+  const CandidateLits& parities() const;
 
   // Of the current model.
   Choice choice() const;
 
   // A copy of the prefix with the edges chosen.
-  InsertedSignal after_insertion(const Choice& choice) const;
+  InsertedSignal after_insertion(const Choice& choice, std::uint8_t initial_value = 0) const;
   // Puts the prefix in place of the current one, which ends the step.
   void adopt(net::StgPrefix prefix);
 

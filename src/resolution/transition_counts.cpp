@@ -60,7 +60,7 @@ class TransitionCounts::Maker {
     }
   }
 
-  Counts leads_of(const net::StgTransition& transition) const {
+  Counts leads_of([[maybe_unused]] const net::StgTransition& transition) const {
     constexpr std::int32_t none = varying - 1;
     Counts leads(prefix_.transitions.size(), none);
     for (const auto& event : prefix_.events) {

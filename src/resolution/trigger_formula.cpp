@@ -46,6 +46,16 @@ class TriggerFormula {
     return counts;
   }
 
+  // Whether some event of the signal comes right after an edge that is chosen.
+  Lit is_triggered_by_new_signal(SignalId signal) {
+    Row followed(words(), 0);
+    for (const Event* event : instances_.events_of(signal)) {
+      const Row direct = direct_before(base::id_of(*event), finder_.triggers_of(*event));
+      for (std::size_t i = 0; i < followed.size(); ++i) followed[i] |= direct[i];
+    }
+    return gates_.any_of(gates_.candidates_in(followed));
+  }
+
  private:
   // One way in which a signal can trigger another: a candidate is chosen, or nothing has to be,
   // and none of the others is.
@@ -82,15 +92,13 @@ class TriggerFormula {
 
   TriggerCount count_of(SignalId signal) {
     Ways ways;
-    Row followed(words(), 0);  // the occurrences right before some event
     for (const Event* event : instances_.events_of(signal)) {
       const Events triggers = finder_.triggers_of(*event);
       const Row direct = direct_before(base::id_of(*event), triggers);
       add_ways(triggers, direct, {}, ways);
-      for (std::size_t i = 0; i < followed.size(); ++i) followed[i] |= direct[i];
     }
     TriggerCount count = count_of(ways);
-    count.possible.push_back(gates_.any_of(gates_.candidates_in(followed)));
+    count.possible.push_back(is_triggered_by_new_signal(signal));
     return count;
   }
 
@@ -166,6 +174,14 @@ void add_power(const TriggerCount& count, sat::CnfFormula& formula, sat::ClauseG
 }
 
 }  // namespace
+
+Lits acknowledgements(const OccurrenceOrder& order, CandidateGates& gates) {
+  TriggerFormula formula(order, gates);
+  Lits lits;
+  for (const SignalId signal : gates.candidates().prefix().driven_signals())
+    lits.push_back(formula.is_triggered_by_new_signal(signal));
+  return lits;
+}
 
 std::vector<sat::WeightedLit> logic_literals(const OccurrenceOrder& order, bool pwr_of_2,
                                              CandidateGates& gates, sat::ClauseGroup group) {

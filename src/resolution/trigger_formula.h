@@ -19,4 +19,8 @@ namespace vorel::resolution {
 std::vector<sat::WeightedLit> logic_literals(const OccurrenceOrder& order, bool pwr_of_2,
                                              CandidateGates& gates, sat::ClauseGroup group);
 
+// By output and internal signal in turn: whether the new signal triggers it, which is to say that
+// it waits for the new signal somewhere. Defined in both directions.
+sat::Lits acknowledgements(const OccurrenceOrder& order, CandidateGates& gates);
+
 }  // namespace vorel::resolution

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,18 +14,19 @@ namespace vorel::oracle {
 
 struct ResolutionClaim {
   std::vector<std::string> new_signals = {};
-  bool resolved = true;  // no CSC conflict is left
-  bool reduced = false;  // transitions may wait for others, too
+  std::uint8_t initial_value = 0;  // of the new signals
+  bool resolved = true;            // no CSC conflict is left
+  bool reduced = false;            // transitions may wait for others, too
 };
 
 // The first fault in words, and an empty text when there is none: labels kept, the new signals
-// internal; safe, consistent, the new signals 0 at the start; no trace that was none before; each
-// input enabled at once where it was; no output or internal signal disabled by another but those
-// that were; no loop of new signals alone; weakly bisimilar with the new signals hidden. Of an STG
-// that was reduced, the last is asked in a weaker form: what could still happen sometime still can.
-// Conflicts and persistency of a signal that some dummy makes impossible are left open: whether it
-// is enabled depends on how a state is reached. Transitions are known by their names, dummies
-// included. `before` must be safe and consistent.
+// internal; safe, consistent, the new signals as they should be at the start; no trace that was
+// none before; each input enabled at once where it was; no output or internal signal disabled by
+// another but those that were; no loop of new signals alone; weakly bisimilar with the new signals
+// hidden. Of an STG that was reduced, the last is asked in a weaker form: what could still happen
+// sometime still can. Conflicts and persistency of a signal that some dummy makes impossible are
+// left open: whether it is enabled depends on how a state is reached. Transitions are known by
+// their names, dummies included. `before` must be safe and consistent.
 std::string resolution_fault(const net::Stg& before, const net::Stg& after,
                              const ResolutionClaim& claim, std::size_t max_states = 20'000);
 

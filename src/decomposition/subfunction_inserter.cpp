@@ -1,0 +1,380 @@
+#include "decomposition/subfunction_inserter.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iostream>
+#include <utility>
+
+#include "base/messages.h"
+#include "base/run_state.h"
+#include "bdd/cover_bdd.h"
+#include "conflicts/csc_check.h"
+#include "decomposition/edge_states.h"
+#include "resolution/cost_formula.h"
+#include "resolution/logic_complexity.h"
+#include "resolution/trigger_formula.h"
+#include "sat/integer_circuit.h"
+#include "sat/least_cost.h"
+
+namespace vorel::decomposition {
+namespace {
+
+using resolution::CandidateId;
+using sat::Lits;
+
+constexpr int verbosity_of_results = 4, verbosity_of_details = 5;
+constexpr std::uint32_t attempt_group = 2;  // of the descent to the least cost
+// Each of them costs a check of the whole STG. Where so many sets of edges break the coding, others
+// for the same function are likely to.
+constexpr std::uint64_t most_broken_codings = 60;
+
+bool tells(int verbosity) { return base::verbosity() >= verbosity; }
+
+std::string subject(const bdd::Bdd& function, const std::vector<std::string>& names,
+                    const std::string& context, bool local) {
+  return "subfunction $1=" + toolkit::to_string(bdd::expression_of(function, names)) + " in [" +
+         context + "]" + (local ? " LOCALLY" : "");
+}
+
+SubfunctionInsertion complemented(SubfunctionInsertion insertion) {
+  insertion.initial_value ^= 1;
+  return insertion;
+}
+
+}  // namespace
+
+struct SubfunctionInserter::Step {
+  Step(resolution::InsertionEngine& engine, const configuration::EncodingOptions& options,
+       const resolution::CostCoefficients& coefficients)
+      : states{(engine.start_step(), engine.candidates()), options} {
+    if (tells(verbosity_of_details)) {
+      std::cerr << '\n' << engine.candidates().size() << " relevant general insertions computed:";
+      for (const CandidateId candidate : engine.candidates().all())
+        std::cerr << "\n " << resolution::to_text(engine.candidates().insertion(candidate));
+    }
+    sat::CnfFormula& formula = engine.formula();
+    resolution::CandidateGates gates(engine.candidates(), engine.literals(), formula,
+                                     sat::PermanentGroup);
+    acks = sat::IntegerCircuit(formula).count_ones(acknowledgements(engine.order(), gates),
+                                                   sat::PermanentGroup);
+    const resolution::CoreCounters no_cores;
+    const resolution::CostFormula cost(engine.order(), engine.candidates(), engine.literals(),
+                                       {.coefficients = coefficients, .cores = no_cores}, formula);
+    std::vector<std::uint64_t> weights;
+    std::vector<Lits> numbers;
+    for (const auto& [lit, weight] : cost.literals()) {
+      weights.push_back(weight);
+      numbers.push_back({lit});
+    }
+    rating = sat::IntegerCircuit(formula).weighted_sum(weights, numbers, sat::PermanentGroup);
+    rating.insert(rating.end(), acks.begin(), acks.end());
+    engine.sums().sums_emit();
+  }
+
+  EdgeStates states;
+  Lits acks;    // the number of signals that wait for the new one
+  Lits rating;  // that number, and below it the cost
+};
+
+// The edges of a step that one function admits, and searches among them. The formula is left as it
+// was found.
+class SubfunctionInserter::Search {
+ public:
+  Search(SubfunctionInserter& inserter, Step& step, bdd::Bdd function)
+      : inserter_{inserter},
+        step_{step},
+        formula_{inserter.engine_.formula()},
+        function_{std::move(function)},
+        own_{formula_.new_group()},
+        mode_{formula_.new_group()} {
+    step_.states.set_target(function_, inserter.names_);
+
+    add_admissions();
+  }
+  Search(const Search&) = delete;
+  Search& operator=(const Search&) = delete;
+  ~Search() {
+    formula_.remove_group(own_);
+    formula_.remove_group(mode_);
+    formula_.renew_group(formula_.group(attempt_group));
+  }
+
+  bool has_edges() const { return has_edges_; }
+  // The best; with `exact`, of those that compute the function.
+  std::optional<SubfunctionInsertion> best(bool exact, bool local);
+  std::vector<SubfunctionInsertion>& found() { return found_; }
+
+ private:
+  void add_admissions();
+  // Solves until the model is to our liking, and keeps it as the last one accepted.
+  bool solve();
+  bool accept(const resolution::Choice& choice);
+  SubfunctionInsertion rated(const resolution::Choice& choice,
+                             const resolution::InsertedSignal& inserted, bool is_expected) const;
+  void exclude(const resolution::Choice& choice, sat::ClauseGroup group);
+
+  SubfunctionInserter& inserter_;
+  Step& step_;
+  sat::CnfFormula& formula_;
+  const bdd::Bdd function_;
+  const sat::ClauseGroup own_;  // the clauses of this function
+  sat::ClauseGroup mode_;       // those of a search for the best
+  sat::Lit begins_at_1_ = sat::LitFalse;
+  bool has_edges_ = false;  // of both kinds
+  bool is_exact_ = false;
+  std::uint64_t broken_codings_ = 0;
+  std::optional<SubfunctionInsertion> accepted_;
+  std::vector<SubfunctionInsertion> found_;  // each set once
+};
+
+void SubfunctionInserter::Search::add_admissions() {
+  const resolution::InsertionEngine& engine = inserter_.engine_;
+  Lits rising, falling, excited_at_start;
+  std::vector<std::pair<CandidateId, Admission>> admitted;
+  std::string useful;
+  for (const CandidateId candidate : engine.candidates().all()) {
+    const sat::Lit chosen = engine.literals()[candidate];
+    const Admission admission = step_.states.admission(candidate);
+    if (admission == Admission::none) {
+      formula_.add_unit(~chosen, own_);
+      continue;
+    }
+    (admission == Admission::rising ? rising : falling).push_back(chosen);
+    if (step_.states.is_excited_at_start(candidate)) excited_at_start.push_back(chosen);
+    admitted.emplace_back(candidate, admission);
+    useful += "\n " + resolution::to_text(engine.candidates().insertion(candidate));
+  }
+  has_edges_ = !rising.empty() && !falling.empty();
+  if (!has_edges_) return;
+  formula_.add_clause(rising, own_);
+  formula_.add_clause(falling, own_);
+  begins_at_1_ = formula_.make_gate(sat::Gate(sat::GateOr, excited_at_start), own_) ^
+                 step_.states.initial_value();
+  // A rising edge comes after an even number of edges if the signal begins at 0.
+  for (const auto& [candidate, admission] : admitted) {
+    const sat::Lit not_chosen = ~engine.literals()[candidate];
+    const sat::Lit needed = engine.parities()[candidate] ^ (admission == Admission::falling);
+    formula_.add_clause(Lits{not_chosen, ~needed, begins_at_1_}, own_);
+    formula_.add_clause(Lits{not_chosen, needed, ~begins_at_1_}, own_);
+  }
+  if (tells(verbosity_of_details)) std::cerr << "\nUseful insertions:" << useful;
+}
+
+std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best(bool exact, bool local) {
+  assert(has_edges());
+  is_exact_ = exact;
+  accepted_.reset();
+  mode_ = formula_.renew_group(mode_);
+  formula_.renew_group(formula_.group(attempt_group));
+  if (local) sat::IntegerCircuit(formula_).assert_equal(step_.acks, 1, mode_);
+  std::optional<SubfunctionInsertion> best;
+  const auto resolve = [&](std::span<const sat::Lit> bits, std::vector<bool>& values) {
+    return sat::resolve_cost(
+        formula_, bits, values, [&] { best = accepted_; }, [this] { return solve(); });
+  };
+  std::vector<bool> values;
+  if (resolve(step_.rating, values)) sat::minimise_cost(formula_, step_.rating, values, resolve);
+  if (base::run_failed()) return std::nullopt;
+  return best;
+}
+
+bool SubfunctionInserter::Search::solve() {
+  if (broken_codings_ >= most_broken_codings) return false;
+  while (formula_.solve()) {
+    const bool is_good = accept(inserter_.engine_.choice());
+    if (base::run_failed()) return false;
+    if (is_good) return true;
+    if (broken_codings_ >= most_broken_codings) {
+      ++inserter_.stats_.searches_given_up;
+      return false;
+    }
+  }
+  return false;
+}
+
+// The literals that are added are no part of the numbers that are minimised, so that the model can
+// still be read.
+bool SubfunctionInserter::Search::accept(const resolution::Choice& choice) {
+  InserterStats& stats = inserter_.stats_;
+  ++stats.choices;
+  const bool begins_at_1 = formula_.is_true(begins_at_1_);
+  if (is_exact_) {
+    std::vector<CandidateId> edges;
+    for (const CandidateId candidate : inserter_.engine_.candidates().all())
+      if (choice[candidate]) edges.push_back(candidate);
+    if (const auto deviation = step_.states.deviation(edges, begins_at_1)) {
+      ++stats.deviating;
+      Lits lits{begins_at_1_};
+      for (const CandidateId edge : deviation->edges)
+        lits.push_back(inserter_.engine_.literals()[edge]);
+      const sat::Lit value = formula_.make_gate(sat::Gate(sat::GateXor, lits), mode_);
+      formula_.add_unit(value ^ !deviation->value, mode_);
+      return false;
+    }
+    if (base::run_failed()) return false;
+  }
+  const resolution::InsertedSignal inserted =
+      inserter_.engine_.after_insertion(choice, begins_at_1 ? 1 : 0);
+  const bool is_expected = computes(inserted.prefix, inserted.signal, function_, inserter_.names_,
+                                    inserter_.options_.encoding);
+  if (base::run_failed()) return false;
+  if (is_exact_ && !is_expected) {
+    ++stats.deviating;
+    exclude(choice, mode_);
+    return false;
+  }
+  if (!inserter_.keeps_coding(inserted.prefix)) {
+    ++stats.broken_codings;
+    ++broken_codings_;
+    exclude(choice, own_);
+    return false;
+  }
+  accepted_ = rated(choice, inserted, is_expected);
+  assert(sat::IntegerCircuit(formula_).model_value(step_.acks) == accepted_->ack_count);
+  const auto is_same = [this](const auto& other) { return other.is_same_as(*accepted_); };
+  if (std::ranges::none_of(found_, is_same)) found_.push_back(*accepted_);
+  return true;
+}
+
+void SubfunctionInserter::Search::exclude(const resolution::Choice& choice,
+                                          sat::ClauseGroup group) {
+  Lits clause;
+  for (const CandidateId candidate : inserter_.engine_.candidates().all())
+    clause.push_back(inserter_.engine_.literals()[candidate] ^ choice[candidate]);
+  formula_.add_clause(clause, group);
+}
+
+SubfunctionInsertion SubfunctionInserter::Search::rated(const resolution::Choice& choice,
+                                                        const resolution::InsertedSignal& inserted,
+                                                        bool is_expected) const {
+  const resolution::Candidates& candidates = inserter_.engine_.candidates();
+  const resolution::TriggerSignals triggers = resolution::trigger_signals(inserted.prefix);
+  const net::Signal& signal = base::element(inserted.prefix.signals, inserted.signal);
+  SubfunctionInsertion result{.edges = insertions_of(candidates, choice),
+                              .choice = choice,
+                              .initial_value = signal.initial_value,
+                              .expected_implementation = is_expected,
+                              .triggers = {}};
+  for (const net::SignalId other : inserted.prefix.driven_signals())
+    if (other != inserted.signal && std::ranges::count(triggers[other], inserted.signal) != 0)
+      ++result.ack_count;
+  for (const net::SignalId trigger : triggers[inserted.signal])
+    result.triggers.push_back(base::element(inserted.prefix.signals, trigger).name);
+  resolution::ResolutionCost cost(inserter_.coefficients_, result.edges);
+  evaluate_choice(candidates, choice, {}, cost);
+  evaluate_result(inserted.prefix, signal, 0, cost);
+  result.delay = cost.delay;
+  result.logic_complexity = cost.logic;
+  result.non_locked = cost.non_locked;
+  result.cost = cost.total();
+  return result;
+}
+
+SubfunctionInserter::SubfunctionInserter(net::StgPrefix& prefix, std::string base_name,
+                                         const std::vector<std::string>& names,
+                                         const base::Params& params)
+    : prefix_{prefix},
+      names_{names},
+      options_{configuration::SearchOptions::of(params)},
+      coefficients_{resolution::CostCoefficients::of(params)},
+      engine_{prefix, std::move(base_name), options_.encoding.formula,
+              params.get("concurrent_insertions")} {
+  options_.method = 0;
+  options_.all_solutions = 0;
+  options_.min_cost = false;
+  options_.inclusion = configuration::InclusionConstraints::by_net;
+}
+
+SubfunctionInserter::~SubfunctionInserter() = default;
+
+SubfunctionInserter::Step& SubfunctionInserter::step() {
+  if (step_ == nullptr) step_ = std::make_unique<Step>(engine_, options_.encoding, coefficients_);
+  return *step_;
+}
+
+bool SubfunctionInserter::keeps_coding(const net::StgPrefix& prefix) const {
+  conflicts::CscCheck check(prefix, options_, conflicts::Notes::left_out);
+  check.run();
+  return !base::run_failed() && check.solutions().solutions.empty();
+}
+
+// False after a reported failure.
+bool SubfunctionInserter::compute_insertions(const bdd::Bdd& function, const std::string& context,
+                                             bool local, InsertionResult& result) {
+  Search search(*this, step(), function);
+  if (base::run_failed()) return false;
+  if (tells(verbosity_of_details)) {
+    std::cerr << "\n Computing the expected implementation field for\n $1="
+              << toolkit::to_string(bdd::expression_of(function, names_)) << " in [" << context
+              << ']';
+  }
+  InsertionResult::Slot& slot = local ? result.best_local : result.best;
+  if (search.has_edges()) {
+    slot.insertion = search.best(true, local);
+    if (!slot.insertion && !base::run_failed()) slot.insertion = search.best(false, local);
+  }
+  if (base::run_failed()) return false;
+  slot.is_computed = true;
+  for (SubfunctionInsertion& insertion : search.found()) {
+    const auto is_same = [&](const auto& other) { return other.is_same_as(insertion); };
+    if (std::ranges::none_of(result.insertions, is_same))
+      result.insertions.push_back(std::move(insertion));
+  }
+  std::ranges::stable_sort(result.insertions, std::less<>());
+  // What is best of all is best of the local ones if it is one of them; without any there is no
+  // local one either.
+  if (!local && (!slot.insertion || slot.insertion->is_local())) result.best_local = slot;
+  return true;
+}
+
+std::optional<SubfunctionInsertion> SubfunctionInserter::insert(const bdd::Bdd& function,
+                                                                const std::string& context,
+                                                                bool local) {
+  ++stats_.questions;
+  const bdd::Bdd regular = function.is_complement() ? ~function : function;
+  const std::string about = subject(regular, names_, context, local);
+  if (tells(verbosity_of_details)) std::cerr << "\n\nTrying to insert " << about;
+  InsertionResult& result = cache_[regular];
+  const InsertionResult::Slot& slot = local ? result.best_local : result.best;
+  if (slot.is_computed) {
+    ++stats_.cache_hits;
+    if (tells(verbosity_of_details)) std::cerr << "\nThe result is retrieved from the cache";
+  } else {
+    if (base::verbosity() == verbosity_of_results) std::cerr << "\n\nTrying to insert " << about;
+    if (!compute_insertions(regular, context, local, result)) return std::nullopt;
+    if (tells(verbosity_of_results))
+      std::cerr << '\n' << result.insertions.size() << " insertions for " << about;
+    if (tells(verbosity_of_details)) {
+      for (const SubfunctionInsertion& insertion : result.insertions)
+        std::cerr << '\n'
+                  << insertion.text() << (insertion.is_local() ? " LOCAL" : "")
+                  << (insertion.expected_implementation ? " EXP_IMPL" : "")
+                  << " cost=" << insertion.cost;
+    }
+  }
+  if (tells(verbosity_of_results)) {
+    if (slot.insertion)
+      std::cerr << "\nThe computed best insertion " << slot.insertion->text();
+    else
+      std::cerr << "\nCannot insert a signal";
+  }
+  if (!slot.insertion || regular == function) return slot.insertion;
+  return complemented(*slot.insertion);
+}
+
+net::SignalId SubfunctionInserter::apply(const SubfunctionInsertion& insertion) {
+  assert(step_ != nullptr && "the insertion was found for the STG as it is");
+  resolution::InsertedSignal inserted =
+      engine_.after_insertion(insertion.choice, insertion.initial_value);
+  cache_.clear();
+  step_.reset();
+  engine_.adopt(std::move(inserted.prefix));
+  return inserted.signal;
+}
+
+const InsertionResult* SubfunctionInserter::result_of(const bdd::Bdd& function) const {
+  const auto entry = cache_.find(function.is_complement() ? ~function : function);
+  return entry == cache_.end() ? nullptr : &entry->second;
+}
+
+}  // namespace vorel::decomposition

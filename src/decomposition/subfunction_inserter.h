@@ -1,0 +1,95 @@
+// decomposition/subfunction_inserter.h - new signals that compute given functions.
+// Here:      the best set of edges for a function, all that was found for a function kept until the
+//            STG changes; putting a set into the STG.
+// Not here:  which edges a function admits (decomposition/edge_states.h), which edges make a signal
+//            (resolution/insertion_engine.h).
+//
+// The function picks from the candidates of the resolution of conflicts those that could be rising
+// edges, and those that could be falling ones. The formula of a step of that resolution chooses
+// among them. What it chooses is looked at: a state in which the next value is not the function
+// becomes a clause more, and edges after which the STG has an encoding conflict are excluded. Only
+// if no edges compute the function, edges are taken that come close. So what is returned keeps the
+// coding of an STG without conflicts, and with a conflict in it nothing is ever found.
+// A signal that would only rise, or only fall, is none.
+// Where cut-offs are dummies the check of the coding is not reliable: it refuses good edges, too.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "base/params.h"
+#include "bdd/bdd.h"
+#include "configuration/search_options.h"
+#include "decomposition/subfunction_insertion.h"
+#include "resolution/insertion_engine.h"
+#include "resolution/transformation_cost.h"
+
+namespace vorel::decomposition {
+
+// One entry of the cache. The initial values are those for the function without complement.
+struct InsertionResult {
+  struct Slot {
+    bool is_computed = false;
+    std::optional<SubfunctionInsertion> insertion;  // none: there is none
+  };
+  Slot best;
+  Slot best_local;                               // with exactly one signal that waits
+  std::vector<SubfunctionInsertion> insertions;  // all that were met on the way, the best first
+};
+
+struct InserterStats {
+  std::uint64_t questions = 0, cache_hits = 0;
+  std::uint64_t choices = 0;            // sets of edges looked at
+  std::uint64_t deviating = 0;          // of these, not the function in some state
+  std::uint64_t broken_codings = 0;     // of these, excluded since they make a conflict
+  std::uint64_t searches_given_up = 0;  // because they broke the coding too often
+};
+
+class SubfunctionInserter {
+ public:
+  // The prefix must be numbered causally, its cut-offs have known correspondents, its signals known
+  // initial values. Variable v of all functions stands for the signal names[v], which may grow; an
+  // entry that is no signal of the STG may not be used. New signals get the base name, with a
+  // number where that is taken.
+  SubfunctionInserter(net::StgPrefix& prefix, std::string base_name,
+                      const std::vector<std::string>& names, const base::Params& params);
+  ~SubfunctionInserter();
+
+  // The best insertion for the function; with `local`, the best of those that are local. None if
+  // there is none, and after a reported failure. The context, which may be any text, says what the
+  // function is for: it appears in what is told of the search, on the standard error stream, and
+  // does not change the result. A function and its complement share what was found.
+  std::optional<SubfunctionInsertion> insert(const bdd::Bdd& function, const std::string& context,
+                                             bool local);
+
+  // Inserts the signal into the prefix, which must be the one that the insertion was found for, and
+  // forgets all results.
+  net::SignalId apply(const SubfunctionInsertion& insertion);
+
+  // What is known of a function or its complement; null if nobody has asked.
+  const InsertionResult* result_of(const bdd::Bdd& function) const;
+  const InserterStats& stats() const { return stats_; }
+
+ private:
+  struct Step;   // what all functions share until the STG changes
+  class Search;  // for one function
+
+  Step& step();
+  bool compute_insertions(const bdd::Bdd& function, const std::string& context, bool local,
+                          InsertionResult& result);
+  bool keeps_coding(const net::StgPrefix& prefix) const;
+
+  net::StgPrefix& prefix_;
+  const std::vector<std::string>& names_;
+  configuration::SearchOptions options_;
+  const resolution::CostCoefficients coefficients_;
+  resolution::InsertionEngine engine_;
+  std::unique_ptr<Step> step_;
+  std::unordered_map<bdd::Bdd, InsertionResult> cache_;
+  InserterStats stats_;
+};
+
+}  // namespace vorel::decomposition
