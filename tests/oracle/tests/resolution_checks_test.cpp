@@ -62,8 +62,10 @@ TEST(ResolutionFault, TellsGoodFromBadResolutions) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.after);
     const net::Stg before = without(stg_of(row.before), "x");
-    EXPECT_EQ(resolution_fault(before, stg_of(row.after), {{"x"}, row.resolved, row.reduced}),
-              row.fault);
+    EXPECT_EQ(
+        resolution_fault(before, stg_of(row.after),
+                         {.new_signals = {"x"}, .resolved = row.resolved, .reduced = row.reduced}),
+        row.fault);
   }
 }
 
@@ -71,7 +73,7 @@ TEST(ResolutionFault, AcceptsTheStateSignalOfTheBusController) {
   const net::Stg before = example("vme_read"), after = example("vme_read_csc");
   EXPECT_EQ(resolution_fault(before, after, {{"csc"}}), "");
   EXPECT_EQ(resolution_fault(before, before, {{}}), "CSC conflict for d");
-  EXPECT_EQ(resolution_fault(before, before, {{}, false}), "");
+  EXPECT_EQ(resolution_fault(before, before, {.new_signals = {}, .resolved = false}), "");
   EXPECT_EQ(resolution_fault(before, after, {{"x"}}), "signal csc is of another kind");
 }
 
