@@ -15,6 +15,7 @@ floors=(
   "reachlang conflicts synthesis"
   "reach resolution"
   "decomposition"
+  "verify"
   "driver tools"
 )
 
