@@ -3,14 +3,10 @@
 
 #include <filesystem>
 #include <map>
-#include <random>
 
-#include "base/messages.h"
 #include "decomposition/gate_library.h"
-#include "net/initial_values.h"
 #include "oracle/netlist.h"
 #include "oracle/parse_g.h"
-#include "oracle/reference_unfolder.h"
 #include "support/caught_messages.h"
 #include "support/run_program.h"
 #include "verify/circuit_builder.h"
@@ -285,33 +281,6 @@ TEST(VerilogCircuits, WrittenFromEquationsAndInGatesAreRight) {
       const auto initial = *oracle::find_initial_values(stg, graph);
       EXPECT_EQ(oracle::find_fault(stg, graph, initial, oracle_circuit(*circuit)), "");
       if (mode == "-T") expect_the_same(*circuit, oracle::read_netlist(text, by_name).circuit);
-    }
-  }
-}
-
-TEST(VerilogCircuits, FromDamagedTextsGiveACircuitOrOneError) {
-  const std::string texts[] = {
-      head + "wire w = a && b || !a; // x\nassign #(1,2) c = w ? ~(a ^ 1'b1) : a & b;\nendmodule\n",
-      "`timescale 1ns/1ps\n(* keep = \"x\" *) module m(output wire c, input a, b);\n" + inv +
-          "i(.O(\\w[0] ), .A(a)), (v, b);\n// #PRAGMA: zero delay\n" + inv +
-          "j(u, v); /* x */ nor #2 (c, u, \\w[0] );\n// initial values of the signals\n"
-          "// !a !b !c w[0] v\nendmodule\n"};
-  std::mt19937 random(17);
-  const std::string signs = "(),;.~&|^?:=#*/\\\"'`[]10ab \n!";
-  for (const std::string& whole : texts) {
-    ASSERT_TRUE(read(whole));
-    for (std::size_t i = 0; i < 4 * whole.size(); ++i) {
-      std::string text = whole;
-      if (i < whole.size()) text.resize(i);
-      for (std::size_t change = 0; i >= whole.size() && change < i % 3 + 1; ++change)
-        text[random() % text.size()] =
-            random() % 8 == 0 ? static_cast<char>(random()) : signs[random() % signs.size()];
-      const support::CaughtMessages messages;
-      const bool is_read = read(text).has_value();
-      const std::string told = messages.text();
-      const std::size_t error = told.find("Error: ");
-      EXPECT_EQ(is_read, error == std::string::npos) << text << '\n' << told;
-      EXPECT_EQ(error, told.rfind("Error: ")) << text << '\n' << told;
     }
   }
 }
