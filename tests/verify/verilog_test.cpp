@@ -1,7 +1,7 @@
 // Circuits from Verilog: what is accepted, what is refused and how, what vorel itself writes.
 #include <gtest/gtest.h>
 
-#include <filesystem>
+#include <algorithm>
 #include <map>
 
 #include "decomposition/gate_library.h"
@@ -280,6 +280,12 @@ TEST(VerilogCircuits, WrittenFromEquationsAndInGatesAreRight) {
       const auto graph = oracle::explore<net::Stg>(stg);
       const auto initial = *oracle::find_initial_values(stg, graph);
       EXPECT_EQ(oracle::find_fault(stg, graph, initial, oracle_circuit(*circuit)), "");
+      const auto hidden = read(text, {.hide_internal = true}, stg);
+      ASSERT_TRUE(hidden);
+      const auto signals = std::ranges::count_if(
+          hidden->wires, [](const Wire& wire) { return wire.signal.has_value(); });
+      EXPECT_EQ(signals, stg.outputs_end);
+      EXPECT_EQ(shown(*hidden), shown(*circuit));
       if (mode == "-T") expect_the_same(*circuit, oracle::read_netlist(text, by_name).circuit);
     }
   }
