@@ -84,7 +84,7 @@ TEST(Application, FailsOnlyAfterReadingAndCheckingItsInput) {
   expect_outcome({{"-T", stg},
                   2,
                   start + "\nFailed to decompose\n",
-                  "\nError: CSC conflict for output signal lds: cannot derive equation\n"
+                  "\nError: CSC conflict for output signal d: cannot derive equation\n"
                   "\nError: failed to decompose\n"});
   const std::string bad = "\nError: bad coefficient option: ";
   expect_outcome({{"-R", "-ccsc=1-2", "-clock=5/0", stg},
