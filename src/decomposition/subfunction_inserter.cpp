@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <iostream>
+#include <span>
 #include <utility>
 
 #include "base/clock.h"
@@ -24,9 +25,8 @@ using resolution::CandidateId;
 using sat::Lits;
 
 constexpr int verbosity_of_results = 4, verbosity_of_details = 5;
-// Each of them costs a check of the whole STG. Where so many sets of edges break the coding, others
-// for the same function are likely to.
-constexpr std::uint64_t most_broken_codings = 60;
+// Where so many sets of edges break the coding, others for the same function are likely to.
+constexpr std::size_t most_refused = 60;
 // That are looked at one after another.
 constexpr std::size_t most_sets = 200;
 
@@ -79,7 +79,8 @@ struct SubfunctionInserter::Step {
 // was found.
 class SubfunctionInserter::Search {
  public:
-  Search(SubfunctionInserter& inserter, Step& step, bdd::Bdd function)
+  Search(SubfunctionInserter& inserter, Step& step, bdd::Bdd function,
+         std::span<const resolution::Choice> refused)
       : inserter_{inserter},
         step_{step},
         formula_{inserter.engine_.formula()},
@@ -87,8 +88,8 @@ class SubfunctionInserter::Search {
         own_{formula_.new_group()},
         mode_{formula_.new_group()} {
     step_.states.set_target(function_, inserter.names_);
-
     add_admissions();
+    for (const resolution::Choice& choice : refused) exclude(choice, own_);
   }
   Search(const Search&) = delete;
   Search& operator=(const Search&) = delete;
@@ -130,7 +131,6 @@ class SubfunctionInserter::Search {
   sat::Lit begins_at_1_ = sat::LitFalse;
   bool has_edges_ = false;  // of both kinds
   bool is_exact_ = false;
-  std::uint64_t broken_codings_ = 0;
   std::vector<CandidateId> admitted_;
   std::vector<EdgeStates::Deviation> deviations_;  // of sets met in a search for the best
   std::vector<SubfunctionInsertion> found_;        // each set once
@@ -178,21 +178,20 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best(bool exact
   if (local) sat::IntegerCircuit(formula_).assert_equal(step_.acks, 1, mode_);
   if (const auto sets = all_sets()) {
     for (const EdgeSet& set : *sets) {
-      if (broken_codings_ >= most_broken_codings || base::run_failed()) break;
+      if (base::run_failed()) break;
       if (std::ranges::any_of(deviations_,
                               [&](const auto& deviation) { return has(set, deviation); }))
         continue;
       if (auto accepted = accept(set)) return accepted;
     }
   } else {
-    while (broken_codings_ < most_broken_codings) {
+    for (;;) {
       const std::optional<EdgeSet> set = cheapest_set();
       if (!set || base::run_failed()) return std::nullopt;
       if (auto accepted = accept(*set)) return accepted;
       if (base::run_failed()) return std::nullopt;
     }
   }
-  if (broken_codings_ >= most_broken_codings) ++inserter_.stats_.searches_given_up;
   return std::nullopt;
 }
 
@@ -265,12 +264,6 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(const Ed
   if (is_exact_ && !is_expected) {
     ++stats.deviating;
     exclude(choice, mode_);
-    return std::nullopt;
-  }
-  if (!inserter_.keeps_coding(inserted.prefix)) {
-    ++stats.broken_codings;
-    ++broken_codings_;
-    exclude(choice, own_);
     return std::nullopt;
   }
   SubfunctionInsertion accepted = rated(choice, inserted, is_expected);
@@ -346,7 +339,7 @@ bool SubfunctionInserter::keeps_coding(const net::StgPrefix& prefix) const {
 bool SubfunctionInserter::compute_insertions(const bdd::Bdd& function, const std::string& context,
                                              bool local, InsertionResult& result) {
   const base::AddedTime timer(stats_.seconds);
-  Search search(*this, step(), function);
+  Search search(*this, step(), function, result.refused);
   if (base::run_failed()) return false;
   if (tells(verbosity_of_details)) {
     std::cerr << "\n Computing the expected implementation field for\n $1="
@@ -406,6 +399,16 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::insert(const bdd::Bdd& 
   }
   if (!slot.insertion || regular == function) return slot.insertion;
   return complemented(*slot.insertion);
+}
+
+void SubfunctionInserter::refuse(const bdd::Bdd& function, const SubfunctionInsertion& insertion) {
+  ++stats_.refused;
+  InsertionResult& result = cache_.at(function.is_complement() ? ~function : function);
+  std::erase_if(result.insertions, [&](const auto& other) { return other.is_same_as(insertion); });
+  result.refused.push_back(insertion.choice);
+  const bool is_given_up = result.refused.size() >= most_refused;
+  stats_.searches_given_up += is_given_up;
+  result.best = result.best_local = {.is_computed = is_given_up, .insertion = std::nullopt};
 }
 
 resolution::InsertedSignal SubfunctionInserter::after(const SubfunctionInsertion& insertion) const {
