@@ -14,9 +14,6 @@
 // Dummies, choices and several transitions that are one edge are followed by keeping all markings
 // in which the STG may be; more than 1024 at once is a complaint, too. With dummies a signal is due
 // if it is enabled in all of these markings that enable no dummy.
-//
-// Not supported: a signal whose edge alone excites it again. Simulators do not survive the gate
-// that swings in no time.
 #pragma once
 
 #include <optional>

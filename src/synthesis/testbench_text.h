@@ -13,7 +13,7 @@ inline constexpr const char* state_text = R"(
     reg [63:0] act_time [0:nodes-1];  // when they will, if active
     integer slowness [0:nodes-1];
     reg is_over, is_traced, next;
-    integer edges, edge_count, random_state, first, last;
+    integer edges, edge_count, random_state, first, last, looked_at;
     reg [8*256-1:0] vcd;
 
     // The STG. All markings that it can be in after what has happened, and what they tell.
@@ -142,16 +142,26 @@ inline constexpr const char* circuit_text = R"(
         end
     endtask
 
-    // What the gate is about to make of its output.
+    // What the gate is about to make of its output. It is held again at the first change, as one
+    // that its own output excites would swing for ever.
     task find_next(input integer node);
         begin
+            next = value[node];
+            looked_at = node;
             let_go(node);
             settle;
-            next = net[node];
+            looked_at = -1;
             hold(node);
             settle;
         end
     endtask
+
+    always @(net)
+        if (looked_at >= 0) begin
+            next = net[looked_at] === value[looked_at] ? !value[looked_at] : net[looked_at];
+            hold(looked_at);
+            looked_at = -1;
+        end
 
     task plan(input integer node);
         act_time[node] = $time + 1 + {$random(random_state)} % slowness[node];
@@ -273,6 +283,7 @@ inline constexpr const char* circuit_text = R"(
 
     initial begin
         edge_count = 0;
+        looked_at = -1;
         if (!$value$plusargs("edges=%d", edges)) edges = 1000;
         if (!$value$plusargs("seed=%d", random_state)) random_state = 1;
         is_traced = $test$plusargs("trace");
