@@ -1,7 +1,7 @@
 
 .inputs aa ba pr
 .outputs ar br pa
-.internal csc map csc1 map1 map2 map3 map4 map5 map6
+.internal csc map csc1
 
 .graph
 aa+ csc+
@@ -14,26 +14,14 @@ br+ ba+
 br- ba-
 pa+ pr-
 pa- pr+
-pr+ ar+
+pr+ map-
 pr- csc1-
-csc+ map5-
-csc- map1-
-map+ map1+
-map- ar-
-csc1+ csc-
-csc1- map5+
-map1+ pa-
-map1- map6+
-map2+ map+
-map2- map-
-map3+ map2+
-map3- map2-
-map4+ map3+
-map4- map3-
-map5+ map4+
-map5- map6-
-map6+ br-
-map6- map4-
+csc+ ar-
+csc- br-
+map+ csc-
+map- ar+
+csc1+ map+
+csc1- pa-
 
 .marking { <pa-,pr+> }
 .end

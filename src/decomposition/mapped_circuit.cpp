@@ -15,6 +15,10 @@ namespace vorel::decomposition {
 namespace {
 
 constexpr const char* module_name = "VOREL_mapped_implementation";
+results::VerdictMessages messages(double area) {
+  return {base::format_message("Logic decomposition finished (area=%.2f)", area),
+          "Failed to decompose"};
+}
 
 }  // namespace
 
@@ -85,18 +89,15 @@ synthesis::TestbenchSubject MappedCircuit::testbench_subject() const {
 }
 
 void MappedCircuit::report(const std::string& output) const {
-  const std::string found =
-      base::format_message("Logic decomposition finished (area=%.2f)", area());
-  synthesis::deliver_with_module(report_, {.found = found, .empty = {}}, output,
+  synthesis::deliver_with_module(report_, messages(area()), output,
                                  [this](std::ostream& stream) { return write_verilog(stream); });
 }
 
 void report_failure(const std::string& output) {
-  synthesis::deliver_with_module(results::Report(), {.found = {}, .empty = "Failed to decompose"},
-                                 output, [](std::ostream& stream) {
-                                   stream << "\nFailed to decompose\n";
-                                   return true;
-                                 });
+  synthesis::deliver_with_module(results::Report(), messages(0), output, [](std::ostream& stream) {
+    stream << "\nFailed to decompose\n";
+    return true;
+  });
 }
 
 }  // namespace vorel::decomposition
