@@ -2,7 +2,9 @@
 // delays, and read by a synthesiser.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <limits>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -11,12 +13,11 @@
 
 #include "decomposition/decomposition_driver.h"
 #include "decomposition/gate_models.h"
-#include "net/initial_values.h"
+#include "formats/pnml_reader.h"
+#include "net/process_variant.h"
+#include "oracle/coding.h"
 #include "oracle/netlist.h"
-#include "oracle/parse_g.h"
 #include "oracle/random.h"
-#include "oracle/reference_unfolder.h"
-#include "oracle/resolution_checks.h"
 #include "support/default_params.h"
 #include "support/run_program.h"
 
@@ -24,7 +25,9 @@ namespace vorel::decomposition {
 namespace {
 
 struct Mapped {
-  std::string title, module;
+  std::string title() const { return example + option + '\n' + module; }
+
+  std::string example, option, module;
   std::unique_ptr<net::StgPrefix> prefix;  // with the inserted signals
   std::unique_ptr<DecompositionDriver> driver;
 };
@@ -67,39 +70,34 @@ class Simulation : public testing::Test {
     folder_.write("gates.v", models.str());
     for (const auto& entry : std::filesystem::directory_iterator(VOREL_EXAMPLES)) {
       if (entry.path().extension() != ".g") continue;
-      for (const int most_inputs : {2147483647, 2}) map(entry.path(), most_inputs);
+      map(entry.path().stem(), "", std::numeric_limits<std::int32_t>::max());
+      map(entry.path().stem(), " -g2", 2);
     }
-    ASSERT_GE(circuits_.size(), 16u);
+    ASSERT_GE(circuits_.size(), 20u);
   }
 
   support::ProgramRun shell(const std::string& command) const {
     return support::run_program({"/bin/sh", "-c", command}, {.directory = folder_.path()});
   }
 
-  // The STG without dummies in the file, its conflicts resolved.
-  void map(const std::string& file, int most_inputs) {
-    auto stg = oracle::parse_g(*oracle::read_file(file));
-    ASSERT_TRUE(stg);
-    if (stg->internals_end < stg->signals.size()) return;
-    if (!oracle::conflicting_signals(*stg).empty()) {
-      shell(VOREL_UNFOLD_BINARY " " + file + " in.pnml && " VOREL_BINARY " -R -f in.pnml");
-      stg = oracle::parse_g(*oracle::read_file(folder_.path("vorel.g")));
-      ASSERT_TRUE(stg);
+  // The example, its conflicts resolved.
+  void map(const std::string& example, const std::string& option, int most_inputs) {
+    std::string file = support::example(example + ".unf.pnml");
+    if (shell(VOREL_BINARY " -C " + file).out.find("no CSC conflicts") == std::string::npos) {
+      shell(VOREL_BINARY " -R -f " + file + "; " VOREL_UNFOLD_BINARY " vorel.g in.pnml");
+      file = folder_.path("in.pnml");
     }
-    const support::CaughtMessages warnings;
-    testing::internal::CaptureStdout();
-    auto prefix = std::make_unique<net::StgPrefix>(*oracle::unfold(*stg));
-    net::find_initial_values(*prefix);
+    const auto process = formats::read_pnml<net::StgPrefixVariant>(file);
+    ASSERT_NE(process, nullptr) << file;
+    auto prefix = std::make_unique<net::StgPrefix>(std::move(std::get<net::StgPrefix>(*process)));
     auto driver = std::make_unique<DecompositionDriver>(
         *prefix, support::default_params({{"max_gate_inputs", most_inputs}}), "");
+    const support::CaughtMessages warnings;
     driver->run();
-    testing::internal::GetCapturedStdout();
     ASSERT_NE(driver->circuit(), nullptr) << file;
     std::ostringstream text;
     ASSERT_TRUE(driver->circuit()->write_verilog(text));
-    circuits_.push_back({std::filesystem::path(file).stem().string() + ", gates with at most " +
-                             std::to_string(most_inputs) + " inputs\n" + text.str(),
-                         text.str(), std::move(prefix), std::move(driver)});
+    circuits_.push_back({example, option, text.str(), std::move(prefix), std::move(driver)});
   }
 
   // Both get a number, so that many can be simulated together.
@@ -143,7 +141,7 @@ TEST_F(Simulation, MappedExamplesFollowTheirStgsWhateverTheDelays) {
   for (const char* const seed : {"1", "2", "3"}) {
     const auto lines = simulate(std::string("+edges=400 +seed=") + seed);
     for (std::size_t i = 0; i < lines.size(); ++i)
-      EXPECT_EQ(lines[i], "400 edges, all as the STG has them") << circuits_[i].title;
+      EXPECT_EQ(lines[i], "400 edges, all as the STG has them") << circuits_[i].title();
   }
 }
 
@@ -156,7 +154,10 @@ TEST_F(Simulation, WrongGatesAreComplainedOf) {
   for (const Mapped& mapped : circuits_) {
     const auto graph = oracle::explore<net::Stg>(*mapped.prefix);
     const auto initial = oracle::find_initial_values(*mapped.prefix, graph);
-    if (!oracle::disabled_signals(*mapped.prefix, graph).empty()) continue;
+    if (!oracle::disabled_signals(*mapped.prefix, graph).empty() ||
+        mapped.prefix->internals_end < mapped.prefix->signals.size()) {
+      continue;
+    }
     for (int i = 0; i < 8; ++i) {
       const std::string module = changed(mapped.module, random);
       if (module.empty()) continue;
@@ -188,7 +189,27 @@ TEST_F(Simulation, YosysTakesNetlistsAndModels) {
     const auto run = shell(
         "yosys -q -p 'read_verilog gates.v netlist.v; "
         "hierarchy -check -top VOREL_mapped_implementation'");
-    EXPECT_EQ(run.exit_code, 0) << mapped.title << run.err;
+    EXPECT_EQ(run.exit_code, 0) << mapped.title() << run.err;
+  }
+}
+
+TEST_F(Simulation, ReadmeTellsTheSizesOfMappedExamples) {
+  const std::string readme = support::read_text(support::example("../README.md"));
+  for (const Mapped& mapped : circuits_) {
+    if (!mapped.option.empty()) continue;
+    std::string row = "| `" + mapped.example + "` |";
+    for (const Mapped& other : circuits_) {
+      if (other.example != mapped.example) continue;
+      int gates = 0;
+      std::istringstream lines(other.module);
+      for (std::string line; std::getline(lines, line);)
+        gates += line.starts_with("    \\") && !line.starts_with("    \\delay:") ? 1 : 0;
+      std::ostringstream cells;
+      cells << ' ' << gates << " | " << other.driver->circuit()->area() << " | "
+            << other.driver->inserted().size() << " |";
+      row += cells.str();
+    }
+    EXPECT_NE(readme.find('\n' + row + '\n'), std::string::npos) << row;
   }
 }
 
