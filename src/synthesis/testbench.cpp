@@ -94,7 +94,7 @@ class Writer {
     stream_ << "\n    // In zero time: what is held has time of its own here.\n";
     for (const std::string& delay : subject_.delays)
       stream_ << "    defparam dut." << delay << " = 0;\n";
-    stream_ << "    " << subject_.module << " dut(";
+    stream_ << "    " << toolkit::verilog_name(subject_.module) << " dut(";
     for (std::size_t node = gates_; node < nodes_.size(); ++node)
       stream_ << (node == gates_ ? "." : ", .") << toolkit::verilog_name(nodes_[node].name)
               << "(value[" << node << "])";
@@ -134,17 +134,20 @@ class Writer {
     for (const auto& transition : stg_.transitions) {
       const std::string index = '[' + std::to_string(transition->index) + "] = ";
       const auto write_side = [&](const char* name, const base::PtrList<net::StgPlace>& side) {
-        stream_ << "            " << name << index;
+        stream_ << name << index;
         write_places([&side](const net::StgPlace& place) {
           return std::ranges::find(side, &place) != side.end();
         });
-        stream_ << ";\n";
+        stream_ << "; ";
       };
-      write_side("preset", transition->preset);
+      write_side("            preset", transition->preset);
       write_side("postset", transition->postset);
-      stream_ << "            node_of" << index << node_of(*transition->signal)
-              << ";\n            value_before" << index
-              << static_cast<std::uint32_t>(transition->sign) << ";\n";
+      const net::Signal& signal = *transition->signal;
+      const auto sign = static_cast<std::uint32_t>(transition->sign);
+      stream_ << "node_of" << index << node_of(signal) << "; value_before" << index << sign
+              << "; // "
+              << (signal.is_dummy() ? "a dummy" : signal.name + std::string("+-~").substr(sign, 1))
+              << '\n';
     }
     stream_ << "            following_count = 0;\n            add_following(";
     write_places([](const net::StgPlace& place) { return place.initial_marking > 0; });

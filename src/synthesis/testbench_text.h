@@ -19,7 +19,7 @@ inline constexpr const char* state_text = R"(
     // The STG. All markings that it can be in after what has happened, and what they tell.
     reg [places-1:0] preset [0:transitions-1];
     reg [places-1:0] postset [0:transitions-1];
-    integer node_of [0:transitions-1];      // -1: a dummy
+    integer node_of [0:transitions-1];          // -1: a dummy
     reg [1:0] value_before [0:transitions-1];  // of its node; 2: any
     reg [places-1:0] possible [0:most_markings-1];
     reg [places-1:0] following [0:most_markings-1];
