@@ -5,9 +5,9 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/install-dependencies.sh
-echo "Building build/vorel and build/vorel-unfold ..."
+echo "Building build/vorel, build/vorel-unfold and build/vorel-gates ..."
 [ -f build/CMakeCache.txt ] || cmake -S . -B build -G Ninja >/dev/null
-cmake --build build --target vorel vorel-unfold -- --quiet
+cmake --build build --target vorel vorel-unfold vorel-gates -- --quiet
 
 explain() { printf '\n----------------------------------------------------------------\n%s\n' "$1"; }
 show() {
@@ -49,3 +49,20 @@ show ./vorel-unfold vorel.g vme_read_resolved.unf.pnml
 show ./vorel -E vme_read_resolved.unf.pnml
 show ./vorel -E vme_read_resolved.unf.pnml vme_read.v
 show cat vme_read.v
+
+explain 'With -T the signals are mapped to gates of a library, here of at most two inputs. A signal that needs
+more is decomposed by another new signal, so that the circuit works whatever the delays of its gates.
+The module is a netlist, vorel.g the STG with all signals that it has now.'
+cd "$(mktemp -d)"
+trap 'rm -rf "$PWD"' EXIT
+build=$OLDPWD
+show "$build"/vorel-unfold "$build"/../examples/sequencer.g sequencer.unf.pnml
+show "$build"/vorel -R -f sequencer.unf.pnml || [ $? -eq 1 ]
+show "$build"/vorel-unfold vorel.g resolved.unf.pnml
+show "$build"/vorel -T -g2 resolved.unf.pnml sequencer.v || [ $? -eq 1 ]
+show cat sequencer.v
+explain 'A testbench plays the STG and gives each gate a random delay, a new one each time. It complains of any edge
+that the STG does not allow, of one that does not come, and of gates that are disabled.'
+show "$build"/vorel-gates --testbench vorel.g sequencer.v simulation.v
+show iverilog -o simulation sequencer.v simulation.v
+for seed in 1 2 3; do show vvp -n simulation +edges=10000 +seed=$seed; done
