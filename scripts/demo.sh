@@ -49,20 +49,17 @@ show ./vorel-unfold vorel.g vme_read_resolved.unf.pnml
 show ./vorel -E vme_read_resolved.unf.pnml
 show ./vorel -E vme_read_resolved.unf.pnml vme_read.v
 show cat vme_read.v
-
-explain 'With -T the signals are mapped to gates of a library, here of at most two inputs. A signal that needs
-more is decomposed by another new signal, so that the circuit works whatever the delays of its gates.
-The module is a netlist, vorel.g the STG with all signals that it has now.'
-cd "$(mktemp -d)"
-trap 'rm -rf "$PWD"' EXIT
-build=$OLDPWD
-show "$build"/vorel-unfold "$build"/../examples/sequencer.g sequencer.unf.pnml
-show "$build"/vorel -R -f sequencer.unf.pnml || [ $? -eq 1 ]
-show "$build"/vorel-unfold vorel.g resolved.unf.pnml
-show "$build"/vorel -T -g2 resolved.unf.pnml sequencer.v || [ $? -eq 1 ]
-show cat sequencer.v
-explain 'A testbench plays the STG and gives each gate a random delay, a new one each time. It complains of any edge
-that the STG does not allow, of one that does not come, and of gates that are disabled.'
-show "$build"/vorel-gates --testbench vorel.g sequencer.v simulation.v
-show iverilog -o simulation sequencer.v simulation.v
-for seed in 1 2 3; do show vvp -n simulation +edges=10000 +seed=$seed; done
+explain 'With -T each signal becomes a gate or latch of a library, here the built-in one. A function that no gate has
+is decomposed by a new signal. The STG with all its signals is written as vorel.g again.'
+show ./vorel -T vme_read_resolved.unf.pnml vme_read_mapped.v || [ $? -eq 1 ]
+show cat vme_read_mapped.v
+explain 'A testbench plays the STG and has each gate take a random time, another one at each edge. It complains of
+any edge that the STG does not allow, of one that does not come, and of a gate that is disabled.'
+show ./vorel-gates --testbench vorel.g vme_read_mapped.v simulation.v
+show iverilog -o simulation vme_read_mapped.v simulation.v
+show vvp -n simulation +seed=1 +edges=20 +trace
+show vvp -n simulation +seed=2 +edges=10000
+explain 'With an OR where there was an AND:'
+sed 's/and2:/or2:/' vme_read_mapped.v >wrong.v
+show iverilog -o simulation wrong.v simulation.v
+show vvp -n simulation
