@@ -29,6 +29,19 @@ class StopWatch {
   std::uint64_t ticks_ = ticks_now();
 };
 
+// Adds the seconds that it lives.
+class AddedTime {
+ public:
+  explicit AddedTime(double& seconds) : seconds_{seconds}, start_{ticks_now()} {}
+  AddedTime(const AddedTime&) = delete;
+  AddedTime& operator=(const AddedTime&) = delete;
+  ~AddedTime() { seconds_ += seconds_of(ticks_now() - start_); }
+
+ private:
+  double& seconds_;
+  std::uint64_t start_;
+};
+
 // Two decimals: "0.01".
 std::string format_seconds(double value);
 

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <utility>
 
+#include "base/clock.h"
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "bdd/cover_bdd.h"
@@ -13,8 +14,8 @@
 #include "resolution/cost_formula.h"
 #include "resolution/logic_complexity.h"
 #include "resolution/trigger_formula.h"
+#include "sat/core_guided.h"
 #include "sat/integer_circuit.h"
-#include "sat/least_cost.h"
 
 namespace vorel::decomposition {
 namespace {
@@ -23,7 +24,6 @@ using resolution::CandidateId;
 using sat::Lits;
 
 constexpr int verbosity_of_results = 4, verbosity_of_details = 5;
-constexpr std::uint32_t attempt_group = 2;  // of the descent to the least cost
 // Each of them costs a check of the whole STG. Where so many sets of edges break the coding, others
 // for the same function are likely to.
 constexpr std::uint64_t most_broken_codings = 60;
@@ -55,25 +55,22 @@ struct SubfunctionInserter::Step {
     sat::CnfFormula& formula = engine.formula();
     resolution::CandidateGates gates(engine.candidates(), engine.literals(), formula,
                                      sat::PermanentGroup);
-    acks = sat::IntegerCircuit(formula).count_ones(acknowledgements(engine.order(), gates),
-                                                   sat::PermanentGroup);
+    const Lits waiting = acknowledgements(engine.order(), gates);
+    acks = sat::IntegerCircuit(formula).count_ones(waiting, sat::PermanentGroup);
     const resolution::CoreCounters no_cores;
     const resolution::CostFormula cost(engine.order(), engine.candidates(), engine.literals(),
                                        {.coefficients = coefficients, .cores = no_cores}, formula);
-    std::vector<std::uint64_t> weights;
-    std::vector<Lits> numbers;
-    for (const auto& [lit, weight] : cost.literals()) {
-      weights.push_back(weight);
-      numbers.push_back({lit});
-    }
-    rating = sat::IntegerCircuit(formula).weighted_sum(weights, numbers, sat::PermanentGroup);
-    rating.insert(rating.end(), acks.begin(), acks.end());
+    rating = cost.literals();
+    std::uint64_t most = 0;
+    for (const sat::WeightedLit& weighted : rating) most += weighted.weight;
+    for (const sat::Lit lit : waiting) rating.push_back({lit, most + 1});
     engine.sums().sums_emit();
   }
 
   EdgeStates states;
-  Lits acks;    // the number of signals that wait for the new one
-  Lits rating;  // that number, and below it the cost
+  Lits acks;  // the number of signals that wait for the new one
+  // That number, and what weighs less than one of them, the cost.
+  std::vector<sat::WeightedLit> rating;
 };
 
 // The edges of a step that one function admits, and searches among them. The formula is left as it
@@ -96,7 +93,6 @@ class SubfunctionInserter::Search {
   ~Search() {
     formula_.remove_group(own_);
     formula_.remove_group(mode_);
-    formula_.renew_group(formula_.group(attempt_group));
   }
 
   bool has_edges() const { return has_edges_; }
@@ -106,9 +102,8 @@ class SubfunctionInserter::Search {
 
  private:
   void add_admissions();
-  // Solves until the model is to our liking, and keeps it as the last one accepted.
-  bool solve();
-  bool accept(const resolution::Choice& choice);
+  // Finds the least cost until the model is to our liking.
+  std::optional<SubfunctionInsertion> accept(const resolution::Choice& choice, bool begins_at_1);
   SubfunctionInsertion rated(const resolution::Choice& choice,
                              const resolution::InsertedSignal& inserted, bool is_expected) const;
   void exclude(const resolution::Choice& choice, sat::ClauseGroup group);
@@ -123,7 +118,6 @@ class SubfunctionInserter::Search {
   bool has_edges_ = false;  // of both kinds
   bool is_exact_ = false;
   std::uint64_t broken_codings_ = 0;
-  std::optional<SubfunctionInsertion> accepted_;
   std::vector<SubfunctionInsertion> found_;  // each set once
 };
 
@@ -163,41 +157,34 @@ void SubfunctionInserter::Search::add_admissions() {
 std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best(bool exact, bool local) {
   assert(has_edges());
   is_exact_ = exact;
-  accepted_.reset();
   mode_ = formula_.renew_group(mode_);
-  formula_.renew_group(formula_.group(attempt_group));
   if (local) sat::IntegerCircuit(formula_).assert_equal(step_.acks, 1, mode_);
-  std::optional<SubfunctionInsertion> best;
-  const auto resolve = [&](std::span<const sat::Lit> bits, std::vector<bool>& values) {
-    return sat::resolve_cost(
-        formula_, bits, values, [&] { best = accepted_; }, [this] { return solve(); });
-  };
-  std::vector<bool> values;
-  if (resolve(step_.rating, values)) sat::minimise_cost(formula_, step_.rating, values, resolve);
-  if (base::run_failed()) return std::nullopt;
-  return best;
-}
-
-bool SubfunctionInserter::Search::solve() {
-  if (broken_codings_ >= most_broken_codings) return false;
-  while (formula_.solve()) {
-    const bool is_good = accept(inserter_.engine_.choice());
-    if (base::run_failed()) return false;
-    if (is_good) return true;
-    if (broken_codings_ >= most_broken_codings) {
-      ++inserter_.stats_.searches_given_up;
-      return false;
-    }
+  while (broken_codings_ < most_broken_codings) {
+    resolution::Choice choice;
+    bool begins_at_1 = false;
+    std::uint64_t waiting = 0;
+    const sat::ClauseGroup descent = formula_.new_group();
+    const auto least =
+        sat::find_least_cost(formula_, step_.rating, resolution::unknown_cost, descent, [&] {
+          choice = inserter_.engine_.choice();
+          begins_at_1 = formula_.is_true(begins_at_1_);
+          waiting = sat::IntegerCircuit(formula_).model_value(step_.acks);
+        });
+    formula_.remove_group(descent);
+    if (!least || base::run_failed()) return std::nullopt;
+    const std::optional<SubfunctionInsertion> accepted = accept(choice, begins_at_1);
+    assert(!accepted || accepted->ack_count == waiting);
+    if (accepted || base::run_failed()) return accepted;
   }
-  return false;
+  ++inserter_.stats_.searches_given_up;
+  return std::nullopt;
 }
 
-// The literals that are added are no part of the numbers that are minimised, so that the model can
-// still be read.
-bool SubfunctionInserter::Search::accept(const resolution::Choice& choice) {
+// Nothing if the choice is refused; it does not come again then.
+std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(
+    const resolution::Choice& choice, bool begins_at_1) {
   InserterStats& stats = inserter_.stats_;
   ++stats.choices;
-  const bool begins_at_1 = formula_.is_true(begins_at_1_);
   if (is_exact_) {
     std::vector<CandidateId> edges;
     for (const CandidateId candidate : inserter_.engine_.candidates().all())
@@ -209,31 +196,30 @@ bool SubfunctionInserter::Search::accept(const resolution::Choice& choice) {
         lits.push_back(inserter_.engine_.literals()[edge]);
       const sat::Lit value = formula_.make_gate(sat::Gate(sat::GateXor, lits), mode_);
       formula_.add_unit(value ^ !deviation->value, mode_);
-      return false;
+      return std::nullopt;
     }
-    if (base::run_failed()) return false;
+    if (base::run_failed()) return std::nullopt;
   }
   const resolution::InsertedSignal inserted =
       inserter_.engine_.after_insertion(choice, begins_at_1 ? 1 : 0);
   const bool is_expected = computes(inserted.prefix, inserted.signal, function_, inserter_.names_,
                                     inserter_.options_.encoding);
-  if (base::run_failed()) return false;
+  if (base::run_failed()) return std::nullopt;
   if (is_exact_ && !is_expected) {
     ++stats.deviating;
     exclude(choice, mode_);
-    return false;
+    return std::nullopt;
   }
   if (!inserter_.keeps_coding(inserted.prefix)) {
     ++stats.broken_codings;
     ++broken_codings_;
     exclude(choice, own_);
-    return false;
+    return std::nullopt;
   }
-  accepted_ = rated(choice, inserted, is_expected);
-  assert(sat::IntegerCircuit(formula_).model_value(step_.acks) == accepted_->ack_count);
-  const auto is_same = [this](const auto& other) { return other.is_same_as(*accepted_); };
-  if (std::ranges::none_of(found_, is_same)) found_.push_back(*accepted_);
-  return true;
+  SubfunctionInsertion accepted = rated(choice, inserted, is_expected);
+  const auto is_same = [&](const auto& other) { return other.is_same_as(accepted); };
+  if (std::ranges::none_of(found_, is_same)) found_.push_back(accepted);
+  return accepted;
 }
 
 void SubfunctionInserter::Search::exclude(const resolution::Choice& choice,
@@ -301,6 +287,7 @@ bool SubfunctionInserter::keeps_coding(const net::StgPrefix& prefix) const {
 // False after a reported failure.
 bool SubfunctionInserter::compute_insertions(const bdd::Bdd& function, const std::string& context,
                                              bool local, InsertionResult& result) {
+  const base::AddedTime timer(stats_.seconds);
   Search search(*this, step(), function);
   if (base::run_failed()) return false;
   if (tells(verbosity_of_details)) {
