@@ -9,7 +9,7 @@ packages=(
   minisat librapidxml-dev libgzstream-dev zlib1g-dev libcli11-dev
   libgtest-dev libbenchmark-dev      # for tests and benchmarks
   libxml2-utils                      # xmllint, with which tests check the XML that is written
-  iverilog                           # the same for Verilog, compiled and simulated
+  iverilog yosys                     # the same for Verilog: compiled, simulated, synthesised
 )
 if [ $# -gt 0 ]; then packages=("$@"); fi
 
