@@ -207,9 +207,12 @@ TEST_F(Mapping, OfTheExamplesGivesCircuitsThatDoWhatTheStgsDo) {
   for (const auto& entry : std::filesystem::directory_iterator(VOREL_EXAMPLES)) {
     if (entry.path().extension() != ".g") continue;
     if (!prepare(*oracle::parse_g(support::read_text(entry.path())))) continue;
+    run_vorel({"-T", "in.pnml", entry.path().stem().string() + ".xml"});
     for (const Setting& setting : settings) try_setting(setting, entry.path().stem());
   }
   expect_others_to_read_modules();
+  expect_silence("xmllint --noout --schema '" + support::example("../docs/results.xsd") +
+                 "' *.xml 2> messages || cat messages");
   tell_tallies();
 }
 
