@@ -16,6 +16,19 @@ inline std::uint64_t ticks_now() {
 
 inline double seconds_of(std::uint64_t ticks) { return static_cast<double>(ticks) / 1e9; }
 
+// Adds the seconds that it lives.
+class AddedTime {
+ public:
+  explicit AddedTime(double& seconds) : seconds_{seconds}, start_{ticks_now()} {}
+  AddedTime(const AddedTime&) = delete;
+  AddedTime& operator=(const AddedTime&) = delete;
+  ~AddedTime() { seconds_ += seconds_of(ticks_now() - start_); }
+
+ private:
+  double& seconds_;
+  std::uint64_t start_;
+};
+
 // Two decimals: "0.01".
 std::string format_seconds(double value);
 

@@ -28,19 +28,6 @@ using configuration::Notes;
 
 bool tells(int verbosity) { return base::verbosity() >= verbosity; }
 
-// Adds the time that it lives.
-class Timer {
- public:
-  explicit Timer(double& seconds) : seconds_{seconds}, start_{base::ticks_now()} {}
-  Timer(const Timer&) = delete;
-  Timer& operator=(const Timer&) = delete;
-  ~Timer() { seconds_ += base::seconds_of(base::ticks_now() - start_); }
-
- private:
-  double& seconds_;
-  std::uint64_t start_;
-};
-
 std::uint32_t most_pins(const GateLibrary& library, const std::vector<std::string>& gates) {
   std::uint32_t pins = 2;
   for (const std::string& gate : gates) pins = std::max(pins, library.gate(gate).input_count());
@@ -92,11 +79,35 @@ DecompositionDriver::DecompositionDriver(net::StgPrefix& prefix, const base::Par
 DecompositionDriver::~DecompositionDriver() = default;
 
 void DecompositionDriver::run() {
-  if (!prepare() || !decompose_all()) {
+  const bool is_decomposed = prepare() && decompose_all();
+  if (tools_ != nullptr && tells(verbosity_of_rounds)) tell_statistics();
+  if (!is_decomposed) {
     base::print_error("failed to decompose");
     return;
   }
   if (formats::save_g_and_mci(prefix_, file_name)) build_circuit();
+}
+
+void DecompositionDriver::tell_statistics() const {
+  const InserterStats& inserter = inserter_stats();
+  base::print_formatted(
+      std::cerr,
+      "\nDecomposition statistics:\n rounds=%u insertions tried=%llu decompositions re-used=%llu"
+      "\n candidates=%llu useful=%llu matcher queries=%llu relations=%llu"
+      "\n subfunctions=%llu known=%llu choices of edges=%llu deviating=%llu breaking the coding=%llu"
+      "\n seconds deriving=%.2f decomposing=%.2f inserting=%.2f\n",
+      stats_.rounds, static_cast<unsigned long long>(stats_.tried),
+      static_cast<unsigned long long>(stats_.reused),
+      static_cast<unsigned long long>(decomposer_stats().candidates),
+      static_cast<unsigned long long>(decomposer_stats().useful),
+      static_cast<unsigned long long>(matcher_stats().queries),
+      static_cast<unsigned long long>(decomposer_stats().relations),
+      static_cast<unsigned long long>(inserter.questions),
+      static_cast<unsigned long long>(inserter.cache_hits),
+      static_cast<unsigned long long>(inserter.choices),
+      static_cast<unsigned long long>(inserter.deviating),
+      static_cast<unsigned long long>(inserter.broken_codings), stats_.derivation_seconds,
+      stats_.decomposition_seconds - inserter.seconds, inserter.seconds);
 }
 
 bool DecompositionDriver::prepare() {
@@ -116,7 +127,7 @@ bool DecompositionDriver::decompose_all() {
 // A gate that the signal had before is kept while it is right.
 std::optional<DecompositionDriver::State> DecompositionDriver::state_of(
     const net::StgPrefix& prefix, const Implementations& known) {
-  const Timer timer(stats_.derivation_seconds);
+  const base::AddedTime timer(stats_.derivation_seconds);
   for (std::size_t i = 0; i < prefix.internals_end; ++i)
     tools_->variables.of(prefix.signals[i]->name);
   std::optional<Derivation> equations =
@@ -166,7 +177,7 @@ bool DecompositionDriver::insert_a_signal() {
 
 // Of the signals without a gate, the one with the largest function first.
 std::optional<DecompositionDriver::Choice> DecompositionDriver::choose() {
-  const Timer timer(stats_.decomposition_seconds);
+  const base::AddedTime timer(stats_.decomposition_seconds);
   const std::vector<SignalFunctions>& signals = state_->equations.functions();
   std::vector<std::size_t> order;
   for (std::size_t i = 0; i < signals.size(); ++i)

@@ -102,6 +102,7 @@ class DecompositionDriver {
   std::optional<Trial> attempt(const Deco& deco);
   bool adopt(Trial trial);
   void build_circuit();
+  void tell_statistics() const;
 
   net::StgPrefix& prefix_;
   const base::Params params_;

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <utility>
 
+#include "base/clock.h"
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "bdd/cover_bdd.h"
@@ -301,6 +302,7 @@ bool SubfunctionInserter::keeps_coding(const net::StgPrefix& prefix) const {
 // False after a reported failure.
 bool SubfunctionInserter::compute_insertions(const bdd::Bdd& function, const std::string& context,
                                              bool local, InsertionResult& result) {
+  const base::AddedTime timer(stats_.seconds);
   Search search(*this, step(), function);
   if (base::run_failed()) return false;
   if (tells(verbosity_of_details)) {

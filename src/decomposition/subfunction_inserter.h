@@ -46,6 +46,7 @@ struct InserterStats {
   std::uint64_t deviating = 0;          // of these, not the function in some state
   std::uint64_t broken_codings = 0;     // of these, excluded since they make a conflict
   std::uint64_t searches_given_up = 0;  // because they broke the coding too often
+  double seconds = 0;                   // in all searches
 };
 
 class SubfunctionInserter {
