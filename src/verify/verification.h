@@ -31,9 +31,14 @@ struct TraceEdge {
   bool rises = false;
 };
 
-// Why an answer is no.
+// Why an answer is no. The last edge of the trace is the one that goes wrong: for conformance the
+// output edge that the STG does not let happen there, for a hazard the edge that takes the
+// excitation away. For progress and deadlock the trace ends in the state where the output is due.
 struct Finding {
   Question question;
+  // The output of the gate concerned: the one that does not rest, changes where it must not, is no
+  // longer excited, stays away.
+  WireId wire;
   std::string message;           // one line, which names the wires and gates concerned
   std::vector<TraceEdge> trace;  // from the initial state, dummies left out; it replays
 };
