@@ -60,14 +60,16 @@ UnfoldOutcome UnfoldingLoop::run() {
     if (!batch_.empty() && !must_give_up()) {
       add_batch();
       extend_batch();
+      batch_.clear();
     }
     if (must_give_up()) break;
     collect_batch();
     stopped = should_stop();
   }
-  if (must_give_up()) return outcome_;
-  if (stopped) {
+  if (must_give_up() && !keeps_incomplete()) return outcome_;
+  if (stopped || outcome_ != UnfoldOutcome::complete) {
     drop_relation();
+    if (batch_.empty()) collect_batch();
     for (; !batch_.empty(); collect_batch()) add_batch();
   }
   on_finish();
@@ -91,6 +93,12 @@ bool UnfoldingLoop::must_give_up() {
     give_up(UnfoldOutcome::out_of_time);
   }
   return outcome_ != UnfoldOutcome::complete;
+}
+
+// What was found before a bound was met is as good as ever; only some is missing.
+bool UnfoldingLoop::keeps_incomplete() const {
+  return options_.keep_incomplete &&
+         (outcome_ == UnfoldOutcome::too_many_events || outcome_ == UnfoldOutcome::out_of_time);
 }
 
 void UnfoldingLoop::extend_with(Worker& worker, EventId event) {

@@ -2,9 +2,9 @@
 // Here:      all questions of verify/verification.h, answered on a prefix of the composition.
 // Not here:  where the circuit comes from (verify/circuit_builder.h), how answers are told (tools).
 //
-// The composition of circuit and STG is unfolded (verify/composition.h), and each question becomes a
-// property of one reachable marking, which a SAT solver looks for. What it finds is replayed by the
-// token game of circuit and STG before it is told.
+// The composition of circuit and STG is unfolded (verify/composition.h), and each question becomes
+// a property of one reachable marking, which a SAT solver looks for. What it finds is replayed by
+// the token game of circuit and STG before it is told.
 #pragma once
 
 #include <cstdint>

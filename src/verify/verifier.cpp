@@ -1,0 +1,147 @@
+#include "verify/verifier.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/messages.h"
+#include "unfolder/unfolder.h"
+#include "verify/progress_check.h"
+#include "verify/state_questions.h"
+
+namespace vorel::verify {
+namespace {
+
+class Verifier {
+ public:
+  Verifier(const net::Stg& stg, const Circuit& circuit, const VerifierOptions& options)
+      : options_{options},
+        deadline_{options.limits.max_seconds},
+        functions_{circuit},
+        composition_{stg, functions_},
+        faults_{composition_},
+        traces_{composition_, faults_, deadline_} {
+    result_.answers.fill(Answer::undecided);
+  }
+
+  std::optional<Verification> run() {
+    check_initial_state();
+    if (!unfold()) return std::nullopt;
+    const auto is_silent = [this](const net::Signal& s) { return composition_.is_silent(s); };
+    const auto presets = edge_presets(composition_.stg(), is_silent);
+    if (presets) {
+      const configuration::StateStructure<net::NetPrefix> structure(prefix_);
+      MarkingFormula formula(composition_, *presets, structure, options_.formula, deadline_);
+      ask(formula);
+    }
+    if (base::run_failed()) return std::nullopt;
+    std::ranges::sort(result_.findings, {}, &Finding::question);
+    return std::move(result_);
+  }
+
+ private:
+  Answer& answer(Question question) { return result_.answers[static_cast<std::size_t>(question)]; }
+
+  void fail(const Fault& fault, std::vector<const TraceBuilder::Event*> events) {
+    answer(fault.question) = Answer::fails;
+    if (auto finding = traces_.finding(fault, std::move(events)))
+      result_.findings.push_back(std::move(*finding));
+  }
+
+  void check_initial_state() {
+    answer(Question::initial_state) = Answer::holds;
+    const auto fault = faults_.find(Question::initial_state, faults_.game().initial_state());
+    if (fault) fail(*fault, {});
+  }
+
+  bool unfold() {
+    unfolder::UnfoldOptions options;
+    options.number_of_threads = options_.threads;
+    options.max_events = options_.limits.max_events;
+    options.max_seconds = deadline_.left();
+    options.keep_incomplete = true;
+    unfolder::Unfolder<net::Net> unfolder(composition_.make_net(), options);
+    if (!unfolder.unfold()) return false;
+    is_complete_ = unfolder.is_complete();
+    prefix_ = std::move(unfolder).result();
+    result_.events = prefix_.events.size();
+    result_.conditions = prefix_.conditions.size();
+    result_.cut_offs = static_cast<std::size_t>(
+        std::ranges::count_if(prefix_.events, [](const auto& e) { return e->is_cut_off(); }));
+    return true;
+  }
+
+  void ask(MarkingFormula& formula) {
+    ask(formula, Question::conformance, nonconforming(formula));
+    const HazardLiterals hazard = hazards(formula);
+    ask(formula, Question::hazard, hazard.hazard);
+    const bool arbitrates = find_arbiters(formula, hazard.arbitrations);
+    ask(formula, Question::deadlock, dead(formula));
+    if (base::run_failed()) return;
+    ProgressCheck progress(formula, faults_, traces_,
+                           !arbitrates && answer(Question::conformance) == Answer::holds &&
+                               answer(Question::hazard) == Answer::holds);
+    auto found = progress.run();
+    answer(Question::progress) = proved(found.answer);
+    if (found.finding) result_.findings.push_back(std::move(*found.finding));
+  }
+
+  // What holds of the markings that are in the prefix.
+  Answer proved(Answer answer) const {
+    return answer == Answer::holds && !is_complete_ ? Answer::undecided : answer;
+  }
+
+  void ask(MarkingFormula& formula, Question question, sat::Lit wrong) {
+    if (base::run_failed()) return;
+    const auto found = formula.solve({wrong});
+    if (!found) return;
+    answer(question) = proved(Answer::holds);
+    if (!*found) return;
+    const auto events = formula.events_of_model();
+    const auto state = traces_.state_after(events);
+    if (!state) return;
+    const auto fault = faults_.find(question, *state);
+    if (fault)
+      fail(*fault, events);
+    else
+      base::print_error("what was found cannot be confirmed in its state");
+  }
+
+  // Whether some gate may take away the excitation of another, as far as is known.
+  bool find_arbiters(MarkingFormula& formula,
+                     const std::vector<HazardLiterals::Arbitration>& arbitrations) {
+    bool is_possible = false;
+    for (const auto& [loser, winner, happens] : arbitrations) {
+      const std::pair<WireId, WireId> pair = std::minmax(loser, winner);
+      if (std::ranges::find(result_.arbiters, pair) != result_.arbiters.end()) continue;
+      const auto found = formula.solve({happens});
+      if (base::run_failed()) return true;
+      is_possible = is_possible || found != false;
+      if (found != true) continue;
+      const auto state = traces_.state_after(formula.events_of_model());
+      if (state && !faults_.is_arbitration(loser, winner, *state))
+        base::print_error("an arbitration that was found cannot be confirmed in its state");
+      result_.arbiters.push_back(pair);
+    }
+    std::ranges::sort(result_.arbiters);
+    return is_possible;
+  }
+
+  const VerifierOptions options_;
+  const Deadline deadline_;
+  const CircuitFunctions functions_;
+  const Composition composition_;
+  const FaultFinder faults_;
+  const TraceBuilder traces_;
+  net::NetPrefix prefix_;
+  bool is_complete_ = true;
+  Verification result_;
+};
+
+}  // namespace
+
+std::optional<Verification> verify(const net::Stg& stg, const Circuit& circuit,
+                                   const VerifierOptions& options) {
+  return Verifier(stg, circuit, options).run();
+}
+
+}  // namespace vorel::verify
