@@ -87,8 +87,7 @@ class Mutator {
     const toolkit::LibraryGate& gate = found->second;
     std::vector<Piece> inputs;
     Piece output;
-    for (std::size_t dot = text_.find("(.", at) + 1; dot < end;
-         dot = text_.find(" .", dot) + 1) {
+    for (std::size_t dot = text_.find("(.", at) + 1; dot < end; dot = text_.find(" .", dot) + 1) {
       const std::size_t open = text_.find('(', dot);
       const Piece wire{open + 1, text_.find(')', open) - open - 1};
       if (text_.substr(dot + 1, open - dot - 1) == gate.output)
@@ -150,7 +149,8 @@ class Mutator {
     const auto& [name, gate] = any_of(gates_);
     std::vector<std::string> others;
     for (const auto& [other_name, other] : library_)
-      if (other_name != gate->name && other.output == gate->output && inputs_of(other) == inputs_of(*gate) &&
+      if (other_name != gate->name && other.output == gate->output &&
+          inputs_of(other) == inputs_of(*gate) &&
           other.gate_class != toolkit::GateClass::clocked_latch)
         others.push_back(other_name);
     if (others.empty()) return std::nullopt;
