@@ -313,7 +313,8 @@ class CircuitStates::Explorer {
     return is_due(changed, before) && is_due(victim, before) && !is_due(victim, after);
   }
 
-  // Of all that could happen nothing can, but the STG goes on.
+  // Nothing can happen, but the STG goes on. A gate that is about to change where it must not has
+  // not come to rest.
   bool is_stuck(const CircuitState& state) const {
     const auto& arcs = graph_.states[state.environment].arcs;
     for (const auto& arc : arcs) {
@@ -321,7 +322,7 @@ class CircuitStates::Explorer {
       if (kind == net::SignalKind::input || kind == net::SignalKind::dummy) return false;
     }
     for (std::size_t g = 0; g < outputs_.size(); ++g)
-      if (is_excited(g, state) && !after_gate(state, g).empty()) return false;
+      if (is_excited(g, state)) return false;
     return !arcs.empty();
   }
 
