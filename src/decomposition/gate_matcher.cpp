@@ -204,7 +204,7 @@ bdd::BDDCover GateMatcher::covers_of_match(const GateMatch& match) {
 }
 
 bool GateMatcher::implements(const bdd::BDDCover& query, const GateMatch& match) {
-  return failures(query, covers_of_match(match)).is_false();
+  return does(covers_of_match(match), query);
 }
 
 // The choices that make the gate do at the code what is asked for there.
@@ -307,6 +307,10 @@ GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::st
     }
   }
   return best;
+}
+
+bool does(const bdd::BDDCover& gate, const bdd::BDDCover& query) {
+  return failures(query, gate).is_false();
 }
 
 bdd::BDDCover monotonic_shape(const bdd::Bdd& set, const bdd::Bdd& reset) {

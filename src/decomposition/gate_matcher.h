@@ -90,6 +90,9 @@ class GateMatcher {
   Stats stats_;
 };
 
+// Whether the gate does what the query asks for, in each of its four sets.
+bool does(const bdd::BDDCover& gate, const bdd::BDDCover& query);
+
 // The function of a signal that `set` makes rise and `reset` makes fall: it keeps its value where
 // they are equal. This is a C-element with one inverted input; a latch that decides about set and
 // reset at a time implements another function.
