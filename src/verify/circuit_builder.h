@@ -40,11 +40,11 @@ struct InitialValue {
 std::vector<InitialValue> parse_initial_values(std::string_view list);
 
 struct CircuitOptions {
-  std::string top;                    // the module; empty: the only one that is no gate's
+  std::string top = {};               // the module; empty: the only one that is no gate's
   bool zero_delay_inverters = false;  // all, as if each stood below the pragma
   bool hide_internal = false;         // wires are no internal signals, whatever their names
-  std::vector<InitialValue> initial_values;
-  std::vector<std::pair<std::string, std::string>> mutexes;  // outputs, by names of wires
+  std::vector<InitialValue> initial_values = {};
+  std::vector<std::pair<std::string, std::string>> mutexes = {};  // outputs, by names of wires
 };
 
 // nullopt after an error, which names the file and the line. The initial values of the STG are set

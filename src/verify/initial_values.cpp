@@ -21,14 +21,13 @@ class Propagation {
     go_forward();
     while (go_back()) {
     }
-    std::optional<WireId> unknown;
     for (const Gate& gate : circuit_.gates) {
-      if (is_known(gate.output)) continue;
-      if (!unknown) unknown = gate.output;
-      if (std::ranges::all_of(gate.inputs, [this](WireId w) { return is_known(w); }))
-        return gate.output;
+      const auto known = [this](WireId wire) { return is_known(wire); };
+      if (!is_known(gate.output) && std::ranges::all_of(gate.inputs, known)) return gate.output;
     }
-    return unknown;
+    const auto unknown = std::ranges::find(values_, net::unknown_value);
+    if (unknown == values_.end()) return std::nullopt;
+    return WireId{static_cast<std::uint32_t>(unknown - values_.begin())};
   }
 
  private:

@@ -11,6 +11,8 @@
 namespace vorel::verify {
 namespace {
 
+constexpr std::uint64_t first_prefix_size = 5000, growth_of_prefix = 4;
+
 class Verifier {
  public:
   Verifier(const net::Stg& stg, const Circuit& circuit, const VerifierOptions& options)
@@ -25,14 +27,12 @@ class Verifier {
 
   std::optional<Verification> run() {
     check_initial_state();
-    if (!unfold()) return std::nullopt;
     const auto is_silent = [this](const net::Signal& s) { return composition_.is_silent(s); };
     const auto presets = edge_presets(composition_.stg(), is_silent);
-    if (presets) {
-      const configuration::StateStructure<net::NetPrefix> structure(prefix_);
-      MarkingFormula formula(composition_, *presets, structure, options_.formula, deadline_);
-      ask(formula);
-    }
+    if (presets)
+      ask_on_growing_prefixes(*presets);
+    else
+      base::print_warning("too many dummies come before one edge; all is left undecided");
     if (base::run_failed()) return std::nullopt;
     std::ranges::sort(result_.findings, {}, &Finding::question);
     return std::move(result_);
@@ -53,10 +53,24 @@ class Verifier {
     if (fault) fail(*fault, {});
   }
 
-  bool unfold() {
+  // A circuit with a fault goes on behind it, often in very many ways: a fault is looked for before
+  // all of them are unfolded.
+  void ask_on_growing_prefixes(const MarkingFormula::Presets& presets) {
+    const std::uint64_t bound = options_.limits.max_events;
+    for (std::uint64_t size = first_prefix_size;; size *= growth_of_prefix) {
+      const bool is_last_size = bound != 0 && size >= bound;
+      if (!unfold(is_last_size ? bound : size)) return;
+      const bool is_last = is_complete_ || is_last_size || deadline_.is_over();
+      const configuration::StateStructure<net::NetPrefix> structure(prefix_);
+      MarkingFormula formula(composition_, presets, structure, options_.formula, deadline_);
+      if (ask(formula, is_last) || base::run_failed()) return;
+    }
+  }
+
+  bool unfold(std::uint64_t max_events) {
     unfolder::UnfoldOptions options;
     options.number_of_threads = options_.threads;
-    options.max_events = options_.limits.max_events;
+    options.max_events = max_events;
     options.max_seconds = deadline_.left();
     options.keep_incomplete = true;
     unfolder::Unfolder<net::Net> unfolder(composition_.make_net(), options);
@@ -70,10 +84,18 @@ class Verifier {
     return true;
   }
 
-  void ask(MarkingFormula& formula) {
+  // True if nothing is left to be asked.
+  bool ask(MarkingFormula& formula, bool is_last) {
     ask(formula, Question::conformance, nonconforming(formula));
     const HazardLiterals hazard = hazards(formula);
     ask(formula, Question::hazard, hazard.hazard);
+    const bool is_wrong =
+        answer(Question::conformance) == Answer::fails || answer(Question::hazard) == Answer::fails;
+    if (is_last || is_wrong) ask_the_rest(formula, hazard);
+    return is_last || is_wrong;
+  }
+
+  void ask_the_rest(MarkingFormula& formula, const HazardLiterals& hazard) {
     const bool arbitrates = find_arbiters(formula, hazard.arbitrations);
     ask(formula, Question::deadlock, dead(formula));
     if (base::run_failed()) return;
