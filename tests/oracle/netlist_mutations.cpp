@@ -23,7 +23,10 @@ class Mutator {
   Mutator(const std::string& module, const std::map<std::string, toolkit::LibraryGate>& library,
           Random& random)
       : text_{module}, library_{library}, random_{random} {
-    for (std::size_t at = 0; at < text_.size(); at = text_.find('\n', at) + 1) look_at_line(at);
+    for (std::size_t at = 0, end = 0; end != std::string::npos; at = end + 1) {
+      look_at_line(at);
+      end = text_.find('\n', at);
+    }
   }
 
   std::optional<std::string> run(NetlistMutation mutation) {
@@ -87,7 +90,8 @@ class Mutator {
     const toolkit::LibraryGate& gate = found->second;
     std::vector<Piece> inputs;
     Piece output;
-    for (std::size_t dot = text_.find("(.", at) + 1; dot < end; dot = text_.find(" .", dot) + 1) {
+    for (std::size_t dot = text_.find("(.", at) + 1; dot > 0 && dot < end;
+         dot = text_.find(" .", dot) + 1) {
       const std::size_t open = text_.find('(', dot);
       const Piece wire{open + 1, text_.find(')', open) - open - 1};
       if (text_.substr(dot + 1, open - dot - 1) == gate.output)
