@@ -48,32 +48,43 @@ class VerifyRun {
     if (!stg) return std::nullopt;
     const auto library = decomposition::read_gates(request_.library);
     if (!library) return std::nullopt;
+    bool is_complete = false;
+    const auto prefix = unfold(std::move(*stg), is_complete);
+    if (!prefix) return std::nullopt;
+    VerifyResult result{.request = request_,
+                        .stg = *prefix,
+                        .stg_is_known = is_complete,
+                        .circuit = {},
+                        .verification = {}};
+    result.verification.answers.fill(Answer::undecided);
+    if (is_complete && !find_answers(result, *library)) return std::nullopt;
+    if (!deliver(result)) return std::nullopt;
+    return result.verification.verdict();
+  }
+
+ private:
+  // With initial values, if it could be unfolded to its end. nullopt after an error: it is not safe
+  // or not consistent.
+  std::optional<net::StgPrefix> unfold(net::Stg stg, bool& is_complete) const {
     unfolder::UnfoldOptions options;
     options.number_of_threads = request_.verifier.threads;
     options.max_events = request_.verifier.limits.max_events;
     options.max_seconds = request_.verifier.limits.max_seconds;
     options.keep_incomplete = true;
-    // Inconsistent STGs are found on their way, and initial values with them.
-    unfolder::Unfolder<net::Stg> unfolder(std::move(*stg), options);
+    unfolder::Unfolder<net::Stg> unfolder(std::move(stg), options);
     if (!unfolder.unfold()) return std::nullopt;
-    const bool is_complete = unfolder.is_complete();
+    is_complete = unfolder.is_complete();
     net::StgPrefix prefix = std::move(unfolder).result();
-    if (!net::find_initial_values(prefix)) return std::nullopt;
-    VerifyResult result{.request = request_, .stg = prefix, .circuit = {}, .verification = {}};
-    if (!find_answers(result, *library, is_complete) || !deliver(result)) return std::nullopt;
-    return result.verification.verdict();
+    if (is_complete && !net::find_initial_values(prefix)) return std::nullopt;
+    return prefix;
   }
 
- private:
   // False after an error.
-  bool find_answers(VerifyResult& result, const std::vector<toolkit::LibraryGate>& library,
-                    bool stg_is_known) {
+  bool find_answers(VerifyResult& result, const std::vector<toolkit::LibraryGate>& library) {
     auto circuit = verify::read_circuit(request_.circuit, result.stg, library, request_.options);
     if (!circuit) return false;
     result.circuit = std::move(*circuit);
     result.reading_seconds = watch_.lap();
-    result.verification.answers.fill(Answer::undecided);
-    if (!stg_is_known) return true;
     verify::VerifierOptions options = request_.verifier;
     if (options.limits.max_seconds > 0) {
       options.limits.max_seconds -= result.reading_seconds;

@@ -22,9 +22,13 @@ void print_finding(const verify::Circuit& circuit, const verify::Finding& findin
 void print_report(const VerifyResult& result, std::ostream& stream) {
   const verify::Circuit& circuit = result.circuit;
   const verify::Verification& verification = result.verification;
-  stream << "\ncircuit: " << circuit.gates.size() << " gate(s), " << circuit.wires.size()
-         << " wire(s)\n |B|=" << verification.conditions << " |E|=" << verification.events
-         << " |C|=" << verification.cut_offs << "\n\n";
+  if (result.stg_is_known) {
+    stream << "\ncircuit: " << circuit.gates.size() << " gate(s), " << circuit.wires.size()
+           << " wire(s)\n |B|=" << verification.conditions << " |E|=" << verification.events
+           << " |C|=" << verification.cut_offs << "\n\n";
+  } else {
+    stream << "\ncircuit: not read, the STG alone goes beyond a limit\n\n";
+  }
   for (const QuestionRow& row : question_rows) {
     stream << row.title << ": " << row_of(answer_to(result, row.question)).word << '\n';
     if (const auto* const finding = finding_for(result, row.question))

@@ -17,6 +17,7 @@ namespace vorel::tools {
 struct VerifyResult {
   const VerifyRequest& request;
   const net::Stg& stg;
+  bool stg_is_known = true;  // else it alone reached a limit, and the circuit was not read
   verify::Circuit circuit;
   verify::Verification verification;
   double reading_seconds = 0, verifying_seconds = 0;
