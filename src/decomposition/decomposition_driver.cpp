@@ -9,6 +9,7 @@
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "decomposition/deco_cost.h"
+#include "decomposition/signal_variables.h"
 #include "formats/g_writer.h"
 #include "resolution/apply_reduction.h"
 
@@ -19,6 +20,11 @@ constexpr const char* file_name = "vorel";
 constexpr const char* signal_name = "map";
 constexpr int verbosity_of_rounds = 1, verbosity_of_reuse = 2, verbosity_of_files = 3;
 constexpr std::size_t line_width = 52;
+
+// Steps that bring no progress, in a run.
+constexpr int most_detours = 8;
+
+using configuration::Notes;
 
 bool tells(int verbosity) { return base::verbosity() >= verbosity; }
 
@@ -41,15 +47,24 @@ std::uint32_t most_pins(const GateLibrary& library, const std::vector<std::strin
   return pins;
 }
 
-synthesis::SignalSolution& solution(const synthesis::EquationSearch& equations,
-                                    std::size_t number) {
-  return static_cast<synthesis::SignalSolution&>(*equations.found().solutions[number]);
+std::uint64_t cost_of(const SignalFunctions& functions) { return functions.solution->cost(); }
+
+void tell_equations(const std::vector<SignalFunctions>& signals) {
+  for (const SignalFunctions& functions : signals) {
+    std::cerr << '\n';
+    functions.solution->print(std::cerr);
+  }
+  std::cerr << "\nCG signals' costs:";
+  for (const SignalFunctions& functions : signals) std::cerr << ' ' << cost_of(functions);
 }
 
-// Of a signal that is not implemented yet, and for which something can be done.
-bool can_be_applied(const Deco& deco) {
-  return deco.kind != DecoKind::uninitialised && !deco.directly_implementable &&
-         deco.chosen_part() != nullptr;
+void tell_reuse(const std::string& signal) {
+  const std::string line = '\n' + std::string(line_width, '$');
+  std::cerr << line << "\nRe-using decomposition for " << signal << line;
+}
+
+bdd::Bdd regular(const bdd::Bdd& function) {
+  return function.is_complement() ? ~function : function;
 }
 
 }  // namespace
@@ -78,7 +93,6 @@ DecompositionDriver::~DecompositionDriver() = default;
 
 void DecompositionDriver::run() {
   if (!prepare() || !decompose_all()) {
-    decos_.clear();
     base::print_error("failed to decompose");
     return;
   }
@@ -93,133 +107,143 @@ bool DecompositionDriver::prepare() {
 }
 
 bool DecompositionDriver::decompose_all() {
-  for (;;) {
-    ++stats_.rounds;
-    if (!derive()) return false;
-    reuse_decompositions();
-    const std::optional<std::size_t> chosen = choose();
-    if (base::run_failed()) return false;
-    if (!chosen) {
-      return std::ranges::all_of(functions_, [this](const SignalFunctions& functions) {
-        return decos_.at(functions.name()).directly_implementable;
-      });
-    }
-    if (!apply(*chosen)) return false;
-  }
+  state_ = state_of(prefix_, {});
+  while (state_ && !state_->complexity.empty())
+    if (!insert_a_signal()) return false;
+  return state_.has_value();
 }
 
-// False after a reported failure, and if there is nothing to derive.
-bool DecompositionDriver::derive() {
+// A gate that the signal had before is kept while it is right.
+std::optional<DecompositionDriver::State> DecompositionDriver::state_of(
+    const net::StgPrefix& prefix, const Implementations& known) {
   const Timer timer(stats_.derivation_seconds);
-  functions_.clear();
-  for (std::size_t i = 0; i < prefix_.internals_end; ++i)
-    tools_->variables.of(prefix_.signals[i]->name);
-  const auto run = [&](std::optional<synthesis::EquationSearch>& search,
-                       synthesis::SynthesisStyle style) {
-    base::Params params = params_;
-    params.set("synthesis_type", static_cast<std::int32_t>(style));
-    params.set("solver", 0);
-    search.emplace(prefix_, configuration::SearchOptions::of(params), style);
-    search->run();
-    return !base::run_failed() && !search->found().solutions.empty();
-  };
-  const bool uses_latches = params_.get("use_latches") != 0;
-  if (!run(whole_, synthesis::SynthesisStyle::four_sets)) return false;
-  for (std::size_t i = 0; i < whole_->found().solutions.size(); ++i) {
-    solution(*whole_, i).trim(4, 8);
-    functions_.push_back({.solution = &solution(*whole_, i)});
-  }
-  if (tells(verbosity_of_rounds)) tell_equations();
-  if (!uses_latches) return true;
-  if (!run(latches_, synthesis::SynthesisStyle::standard_c)) return false;
-  for (std::size_t i = 0; i < functions_.size(); ++i) {
-    for (const std::size_t number : {2 * i, 2 * i + 1}) solution(*latches_, number).trim(2, 4);
-    functions_[i].set = &solution(*latches_, 2 * i);
-    functions_[i].reset = &solution(*latches_, 2 * i + 1);
-  }
-  return true;
-}
-
-void DecompositionDriver::tell_equations() const {
-  for (const SignalFunctions& functions : functions_) {
-    std::cerr << '\n';
-    functions.solution->print(std::cerr);
-  }
-  std::cerr << "\nCG signals' costs:";
-  for (const SignalFunctions& functions : functions_)
-    std::cerr << ' ' << functions.solution->cost();
-}
-
-// What needs an insertion was found for the STG as it was.
-void DecompositionDriver::reuse_decompositions() {
-  for (const SignalFunctions& functions : functions_) {
-    const auto entry = decos_.find(functions.name());
-    if (entry == decos_.end()) continue;
-    const Deco& deco = entry->second;
-    if (!deco.directly_implementable || !tools_->decomposer.still_holds(deco, functions)) {
-      decos_.erase(entry);
-      continue;
+  for (std::size_t i = 0; i < prefix.internals_end; ++i)
+    tools_->variables.of(prefix.signals[i]->name);
+  std::optional<Derivation> equations =
+      Derivation::of(prefix, params_, state_ ? Notes::left_out : Notes::given);
+  if (!equations) return std::nullopt;
+  if (tells(verbosity_of_rounds)) tell_equations(equations->functions());
+  State state{.equations = std::move(*equations), .implementations = {}, .complexity = {}};
+  for (const SignalFunctions& functions : state.equations.functions()) {
+    const auto before = known.find(functions.name());
+    Deco deco;
+    if (before != known.end() && tools_->decomposer.still_holds(before->second, functions)) {
+      deco = before->second;
+      ++stats_.reused;
+      if (tells(verbosity_of_reuse)) tell_reuse(functions.name());
+    } else {
+      deco = tools_->decomposer.implementation_of(functions);
     }
-    ++stats_.reused;
-    if (tells(verbosity_of_reuse)) {
-      const std::string line = '\n' + std::string(line_width, '$');
-      std::cerr << line << "\nRe-using decomposition for " << functions.name() << line;
-    }
+    if (deco.directly_implementable)
+      state.implementations.emplace(functions.name(), std::move(deco));
+    else
+      state.complexity.push_back(cost_of(functions));
   }
+  std::ranges::sort(state.complexity, std::greater<>());
+  return state;
 }
 
-std::optional<std::size_t> DecompositionDriver::choose() {
+bool DecompositionDriver::insert_a_signal() {
+  ++stats_.rounds;
+  seen_.insert(state_->complexity);
+  decos_.clear();
+  rejected_.clear();
+  std::optional<Trial> least_harmful;
+  while (const std::optional<Choice> chosen = choose()) {
+    const std::string& name = state_->equations.functions()[chosen->signal].name();
+    const Deco& deco = decos_.at(name)[chosen->deco];
+    rejected_.insert(regular(deco.chosen_part()->function));
+    std::optional<Trial> trial = attempt(deco);
+    if (!trial) return false;
+    if (trial->state.complexity < state_->complexity) return adopt(std::move(*trial));
+    const bool is_new = !seen_.contains(trial->state.complexity);
+    if (is_new && (!least_harmful || trial->state.complexity < least_harmful->state.complexity))
+      least_harmful = std::move(trial);
+  }
+  if (base::run_failed() || !least_harmful || ++detours_ > most_detours) return false;
+  return adopt(std::move(*least_harmful));
+}
+
+// Of the signals without a gate, the one with the largest function first.
+std::optional<DecompositionDriver::Choice> DecompositionDriver::choose() {
   const Timer timer(stats_.decomposition_seconds);
+  const std::vector<SignalFunctions>& signals = state_->equations.functions();
   std::vector<std::size_t> order;
-  for (std::size_t i = 0; i < functions_.size(); ++i) order.push_back(i);
-  const auto cost_of = [this](std::size_t i) { return functions_[i].solution->cost(); };
-  std::ranges::stable_sort(order, std::greater<>(), cost_of);
-  std::optional<std::size_t> best;
+  for (std::size_t i = 0; i < signals.size(); ++i)
+    if (!state_->implementations.contains(signals[i].name())) order.push_back(i);
+  std::ranges::stable_sort(order, std::greater<>(),
+                           [&](std::size_t i) { return cost_of(signals[i]); });
+  const auto rated = [&](const Choice& choice) {
+    const SignalFunctions& functions = signals[choice.signal];
+    return RatedDeco{&decos_.at(functions.name())[choice.deco], cost_of(functions)};
+  };
+  std::optional<Choice> best;
   for (const std::size_t i : order) {
-    const std::string& name = functions_[i].name();
-    if (best && decos_.at(functions_[*best].name()).chosen_part()->is_settled() &&
-        cost_of(i) < cost_of(*best))
+    if (best && rated(*best).deco->chosen_part()->is_settled() &&
+        cost_of(signals[i]) < rated(*best).gate_literals)
       break;
-    if (!decos_.contains(name))
-      decos_.emplace(name, tools_->decomposer.decompose(
-                               functions_[i], static_cast<std::uint32_t>(prefix_.signals.size())));
+    const std::optional<Choice> choice = first_choice(i);
     if (base::run_failed()) return std::nullopt;
-    if (!can_be_applied(decos_.at(name))) continue;
-    if (!best || is_preferred({&decos_.at(name), cost_of(i)},
-                              {&decos_.at(functions_[*best].name()), cost_of(*best)}))
-      best = i;
+    if (choice && (!best || is_preferred(rated(*choice), rated(*best)))) best = choice;
   }
   return best;
 }
 
-bool DecompositionDriver::apply(std::size_t signal) {
-  const Timer timer(stats_.insertion_seconds);
-  const std::string name = functions_[signal].name();
-  const Deco deco = decos_.extract(name).mapped();
-  const std::string line(line_width, '@');
-  if (tells(verbosity_of_rounds)) {
-    std::cerr << "\n\n"
-              << line << "\nChosen decomposition(s):\n\nSignal " << name
-              << to_string(deco, tools_->library, tools_->variables.names());
+std::optional<DecompositionDriver::Choice> DecompositionDriver::first_choice(std::size_t signal) {
+  const SignalFunctions& functions = state_->equations.functions()[signal];
+  const auto [entry, is_new] = decos_.try_emplace(functions.name());
+  if (is_new) {
+    entry->second = tools_->decomposer.decompositions(
+        functions, static_cast<std::uint32_t>(prefix_.signals.size()));
   }
-  const Subfunction& part = *deco.chosen_part();
-  SubfunctionInserter& inserter = tools_->inserter;
-  std::optional<SubfunctionInsertion> insertion = inserter.insert(part.function, name, false);
-  assert(insertion && "the candidate was rated with it");
-  const net::SignalId inserted = inserter.apply(*insertion);
-  inserted_.push_back(base::element(prefix_.signals, inserted).name);
-  if (tells(verbosity_of_rounds)) std::cerr << "\n1 new signal(s) inserted\n" << line;
-  if (tells(verbosity_of_files) &&
-      !formats::save_g_and_mci(prefix_, file_name + std::to_string(stats_.rounds)))
-    return false;
-  return resolution::re_unfold(prefix_);
+  for (std::size_t i = 0; i < entry->second.size(); ++i) {
+    const Subfunction* const part = entry->second[i].chosen_part();
+    if (part != nullptr && !rejected_.contains(regular(part->function))) return Choice{signal, i};
+  }
+  return std::nullopt;
 }
 
+std::optional<DecompositionDriver::Trial> DecompositionDriver::attempt(const Deco& deco) {
+  ++stats_.tried;
+  const std::optional<SubfunctionInsertion> insertion =
+      tools_->inserter.insert(deco.chosen_part()->function, deco.signal, false);
+  assert(insertion && "the candidate was rated with it");
+  resolution::InsertedSignal inserted = tools_->inserter.after(*insertion);
+  std::string name = base::element(inserted.prefix.signals, inserted.signal).name;
+  if (!resolution::re_unfold(inserted.prefix)) return std::nullopt;
+  std::optional<State> state = state_of(inserted.prefix, state_->implementations);
+  if (!state) return std::nullopt;
+  return Trial{.prefix = std::move(inserted.prefix),
+               .signal = std::move(name),
+               .deco = deco,
+               .state = std::move(*state)};
+}
+
+bool DecompositionDriver::adopt(Trial trial) {
+  if (tells(verbosity_of_rounds)) {
+    const std::string line = '\n' + std::string(line_width, '@');
+    std::cerr << "\n\n"
+              << line << "\nChosen decomposition(s):\n\nSignal " << trial.deco.signal
+              << to_string(trial.deco, tools_->library, tools_->variables.names())
+              << "\n1 new signal(s) inserted" << line;
+  }
+  tools_->inserter.adopt(std::move(trial.prefix));
+  inserted_.push_back(std::move(trial.signal));
+  state_ = std::move(trial.state);
+  return !tells(verbosity_of_files) ||
+         formats::save_g_and_mci(prefix_, file_name + std::to_string(stats_.rounds));
+}
+
+// What a later signal has made cheaper than it was is taken so.
 void DecompositionDriver::build_circuit() {
   circuit_ = std::make_unique<MappedCircuit>(prefix_, tools_->library);
-  for (const SignalFunctions& functions : functions_)
-    circuit_->add(decos_.at(functions.name()), functions.solution->triggers(),
+  for (const SignalFunctions& functions : state_->equations.functions()) {
+    const Deco& kept = state_->implementations.at(functions.name());
+    const Deco fresh = tools_->decomposer.implementation_of(functions);
+    const bool is_cheaper = fresh.directly_implementable && fresh.cost < kept.cost;
+    circuit_->add(is_cheaper ? fresh : kept, functions.solution->triggers(),
                   tools_->variables.names());
+  }
 }
 
 void DecompositionDriver::report(const std::string& output) const {
@@ -231,7 +255,7 @@ void DecompositionDriver::report(const std::string& output) const {
 }
 
 void DecompositionDriver::print_statistics(std::ostream& stream) const {
-  if (whole_) whole_->print_statistics(stream);
+  if (state_) stream << state_->equations.statistics();
 }
 
 const SignalDecomposer::Stats& DecompositionDriver::decomposer_stats() const {

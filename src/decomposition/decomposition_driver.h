@@ -4,6 +4,12 @@
 // Not here:  where decompositions come from (decomposition/signal_decomposer.h), where edges of a
 //            new signal can go (decomposition/subfunction_inserter.h), the result as text
 //            (decomposition/mapped_circuit.h).
+//
+// What is known of a new signal before it is there is an estimate: others that wait for it get
+// larger functions, and what its edges do not quite fit is a function of its own. So each insertion
+// is tried on a copy, and taken if the signals without a gate have come closer to one: the literals
+// of their functions, the largest first, are compared in the order of sequences, which cannot
+// descend for ever.
 #pragma once
 
 #include <cstdint>
@@ -11,25 +17,27 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "base/params.h"
 #include "decomposition/deco.h"
+#include "decomposition/derivation.h"
 #include "decomposition/gate_library.h"
 #include "decomposition/mapped_circuit.h"
 #include "decomposition/signal_decomposer.h"
-#include "decomposition/signal_variables.h"
 #include "decomposition/subfunction_inserter.h"
 #include "net/process.h"
-#include "synthesis/equation_search.h"
 
 namespace vorel::decomposition {
 
 struct DriverStats {
   std::uint32_t rounds = 0;
-  std::uint64_t reused = 0;  // decompositions that still held in a later round
-  double derivation_seconds = 0, decomposition_seconds = 0, insertion_seconds = 0;
+  std::uint64_t tried = 0;   // insertions on a copy
+  std::uint64_t reused = 0;  // gates that still did in a later STG
+  double derivation_seconds = 0, decomposition_seconds = 0;
 };
 
 class DecompositionDriver {
@@ -52,32 +60,60 @@ class DecompositionDriver {
   // By name, as they came.
   const std::vector<std::string>& inserted() const { return inserted_; }
   const DriverStats& stats() const { return stats_; }
-  // Of what a run has done that has got as far as a library.
+  // Of a run that has got as far as a library.
   const SignalDecomposer::Stats& decomposer_stats() const;
   const GateMatcher::Stats& matcher_stats() const;
   const InserterStats& inserter_stats() const;
 
  private:
   struct Tools;  // that live as long as the library
+  // By signal.
+  using Implementations = std::map<std::string, Deco>;
+  // Literals of the functions without a gate, descending.
+  using Complexity = std::vector<std::uint64_t>;
+
+  // What is known of an STG as a whole.
+  struct State {
+    Derivation equations;
+    Implementations implementations;  // of those that have one
+    Complexity complexity;
+  };
+  // An STG with one more signal.
+  struct Trial {
+    net::StgPrefix prefix;
+    std::string signal;  // that is new
+    Deco deco;           // that it is for
+    State state;
+  };
+  struct Choice {
+    std::size_t signal;  // its position among the functions
+    std::size_t deco;    // its position among those of the signal
+  };
 
   bool prepare();
-  // True once each signal has its gate, false after a failure.
+  // True once each signal has its gate, false after a failure or if none can be found.
   bool decompose_all();
-  bool derive();
-  void tell_equations() const;
-  void reuse_decompositions();
-  // The signal whose decomposition is carried out next.
-  std::optional<std::size_t> choose();
-  bool apply(std::size_t signal);
+  // Goes on with the first insertion that brings progress, or else with the one that does least
+  // harm.
+  bool insert_a_signal();
+  std::optional<State> state_of(const net::StgPrefix& prefix, const Implementations& known);
+  std::optional<Choice> choose();
+  std::optional<Choice> first_choice(std::size_t signal);
+  std::optional<Trial> attempt(const Deco& deco);
+  bool adopt(Trial trial);
   void build_circuit();
 
   net::StgPrefix& prefix_;
   const base::Params params_;
   const std::string library_name_;
   std::unique_ptr<Tools> tools_;
-  std::optional<synthesis::EquationSearch> whole_, latches_;  // of the round
-  std::vector<SignalFunctions> functions_;                    // by output or internal signal
-  std::map<std::string, Deco> decos_;                         // by signal, those that there are
+  std::optional<State> state_;
+  // Of the round: decompositions of signals that have been looked at, and functions whose insertion
+  // brings no progress.
+  std::map<std::string, std::vector<Deco>> decos_;
+  std::unordered_set<bdd::Bdd> rejected_;
+  std::set<Complexity> seen_;  // what the STG has been like
+  int detours_ = 0;
   std::vector<std::string> inserted_;
   std::unique_ptr<MappedCircuit> circuit_;
   DriverStats stats_;

@@ -285,20 +285,27 @@ GateMatch GateMatcher::best_match(Query& query) {
   return best;
 }
 
+GateMatch GateMatcher::found_match(const bdd::BDDCover& cover) {
+  Query query(cover);
+  if (query.needed_inputs() > max_inputs_) {
+    if (base::verbosity() >= verbosity_of_queries) tell("\nNo match found - too many inputs", "");
+    return {};
+  }
+  if (base::verbosity() >= verbosity_of_renaming)
+    tell("\nCovers after substituting variables: ", to_string(query.cover()));
+  GateMatch best = best_match(query);
+  assert(!best.exists() || implements(cover, best));
+  return best;
+}
+
 GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::string> names) {
   ++stats_.queries;
   const bool is_told = base::verbosity() >= verbosity_of_queries;
   if (is_told) tell("\nTrying to match ", to_string(cover, names));
-  Query query(cover);
-  if (query.needed_inputs() > max_inputs_) {
-    if (is_told) tell("\nNo match found - too many inputs", "");
-    return {};
-  }
-  if (base::verbosity() >= verbosity_of_renaming) {
-    tell("\nCovers after substituting variables: ", to_string(query.cover()));
-  }
-  GateMatch best = best_match(query);
-  assert(!best.exists() || implements(cover, best));
+  const auto [entry, is_new] =
+      known_.try_emplace({cover.er_plus, cover.qr_plus, cover.er_minus, cover.qr_minus});
+  if (is_new) entry->second = found_match(cover);
+  const GateMatch& best = entry->second;
   if (is_told) {
     if (best.exists()) {
       tell("\nBest match: ", to_string(best, library_, names));

@@ -11,6 +11,14 @@
 #include "synthesis/verilog_module.h"
 
 namespace vorel::decomposition {
+namespace {
+
+results::VerdictMessages messages(double area) {
+  return {base::format_message("Logic decomposition finished (area=%.2f)", area),
+          "Failed to decompose"};
+}
+
+}  // namespace
 
 MappedCircuit::MappedCircuit(const net::Stg& stg, const GateLibrary& library)
     : stg_{stg}, library_{library} {
@@ -61,18 +69,15 @@ bool MappedCircuit::write_verilog(std::ostream& stream) const {
 }
 
 void MappedCircuit::report(const std::string& output) const {
-  const std::string found =
-      base::format_message("Logic decomposition finished (area=%.2f)", area());
-  synthesis::deliver_with_module(report_, {.found = found, .empty = {}}, output,
+  synthesis::deliver_with_module(report_, messages(area()), output,
                                  [this](std::ostream& stream) { return write_verilog(stream); });
 }
 
 void report_failure(const std::string& output) {
-  synthesis::deliver_with_module(results::Report(), {.found = {}, .empty = "Failed to decompose"},
-                                 output, [](std::ostream& stream) {
-                                   stream << "\nFailed to decompose\n";
-                                   return true;
-                                 });
+  synthesis::deliver_with_module(results::Report(), messages(0), output, [](std::ostream& stream) {
+    stream << "\nFailed to decompose\n";
+    return true;
+  });
 }
 
 }  // namespace vorel::decomposition

@@ -10,7 +10,6 @@
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "bdd/cover_bdd.h"
-#include "decomposition/deco_cost.h"
 #include "decomposition/direct_candidates.h"
 
 namespace vorel::decomposition {
@@ -145,13 +144,15 @@ void SignalDecomposer::add_collapsed(std::vector<Deco>& candidates) {
   }
 }
 
+std::vector<Deco> SignalDecomposer::latches(const SignalFunctions& functions) {
+  if (functions.set == nullptr) return {};
+  return monotonic_candidates(functions.name(), variables_.of(functions.name()), *functions.set,
+                              *functions.reset, functions.solution->cost(), matcher_,
+                              variables_.names());
+}
+
 std::vector<Deco> SignalDecomposer::all_candidates(const SignalFunctions& functions) {
-  std::vector<Deco> candidates;
-  if (functions.set != nullptr) {
-    candidates = monotonic_candidates(functions.name(), variables_.of(functions.name()),
-                                      *functions.set, *functions.reset, functions.solution->cost(),
-                                      matcher_, variables_.names());
-  }
+  std::vector<Deco> candidates = latches(functions);
   for (const synthesis::SignalImplementation& of : functions.solution->alternatives) {
     const std::vector<Deco>& found = candidates_of(Alternative(functions, of, variables_));
     candidates.insert(candidates.end(), found.begin(), found.end());
@@ -172,22 +173,37 @@ void SignalDecomposer::complete(Deco& deco, const std::string& signal) {
   }
 }
 
-Deco SignalDecomposer::decompose(const SignalFunctions& functions, std::uint32_t signal_count) {
-  const DecoSetting setting{
-      .library = library_,
-      .signal_count = signal_count,
-      .first_free_variable = variables_.first_free(),
-      .has_gate = [this](const bdd::BDDCover& cover) { return matcher_.match(cover).exists(); },
-      .names = variables_.names()};
+DecoSetting SignalDecomposer::setting(std::uint32_t signal_count) {
+  return {.library = library_,
+          .signal_count = signal_count,
+          .first_free_variable = variables_.first_free(),
+          .has_gate = [this](const bdd::BDDCover& cover) { return matcher_.match(cover).exists(); },
+          .names = variables_.names()};
+}
+
+Deco SignalDecomposer::implementation_of(const SignalFunctions& functions) {
   std::vector<Deco> candidates =
       matched_candidates(*functions.solution, matcher_, variables_.names());
-  if (candidates.empty()) candidates = all_candidates(functions);
-  std::vector<Deco> useful;
+  if (candidates.empty()) candidates = latches(functions);
+  Deco* best = nullptr;
   for (Deco& deco : candidates) {
+    deco.judge();
+    if (!deco.directly_implementable) continue;
+    rate(deco, setting(0));
+    if (best == nullptr || deco.cost < best->cost) best = &deco;
+  }
+  return best == nullptr ? Deco{} : std::move(*best);
+}
+
+std::vector<Deco> SignalDecomposer::decompositions(const SignalFunctions& functions,
+                                                   std::uint32_t signal_count) {
+  const DecoSetting now = setting(signal_count);
+  std::vector<Deco> useful;
+  for (Deco& deco : all_candidates(functions)) {
     ++stats_.candidates;
     complete(deco, functions.name());
     if (base::run_failed()) return {};
-    rate(deco, setting);
+    rate(deco, now);
     if (deco.useful) {
       useful.push_back(std::move(deco));
     } else if (tells(verbosity_of_useless)) {
@@ -198,7 +214,7 @@ Deco SignalDecomposer::decompose(const SignalFunctions& functions, std::uint32_t
   stats_.useful += useful.size();
   std::ranges::stable_sort(useful, {}, &Deco::cost);
   tell(functions.name(), useful);
-  return useful.empty() ? Deco{} : std::move(useful.front());
+  return useful;
 }
 
 void SignalDecomposer::tell(const std::string& signal, const std::vector<Deco>& useful) const {
@@ -220,25 +236,25 @@ void SignalDecomposer::tell(const std::string& signal, const std::vector<Deco>& 
   }
 }
 
-bool SignalDecomposer::still_holds(const Deco& deco, const SignalFunctions& functions) {
-  assert(deco.directly_implementable);
-  if (deco.kind == DecoKind::monotonic) {
+bool SignalDecomposer::still_holds(const Deco& implementation, const SignalFunctions& functions) {
+  assert(implementation.directly_implementable);
+  if (implementation.kind == DecoKind::monotonic) {
     const auto is_among = [&](const bdd::Bdd& function, const synthesis::SignalSolution* solution) {
       return solution != nullptr &&
              std::ranges::any_of(solution->alternatives, [&](const auto& alternative) {
                return bdd::bdd_of(alternative.equation, variables_.names()) == function;
              });
     };
-    return is_among(deco.subfunctions[0].function, functions.set) &&
-           is_among(deco.subfunctions[1].function, functions.reset);
+    return is_among(implementation.subfunctions[0].function, functions.set) &&
+           is_among(implementation.subfunctions[1].function, functions.reset);
   }
   std::vector<bdd::Bdd> inputs;
   std::set<std::uint32_t> support;
-  for (const Subfunction& part : deco.subfunctions) {
+  for (const Subfunction& part : implementation.subfunctions) {
     inputs.push_back(part.function);
     for (const std::uint32_t variable : part.function.support()) support.insert(variable);
   }
-  const bdd::BDDCover gate = compose(deco.shape, inputs);
+  const bdd::BDDCover gate = compose(implementation.shape, inputs);
   return std::ranges::any_of(functions.solution->alternatives, [&](const auto& of) {
     std::set<std::uint32_t> context;
     for (const std::string& name : of.context) context.insert(variables_.of(name));

@@ -17,23 +17,14 @@
 #include "decomposition/alg_decomposer.h"
 #include "decomposition/boolean_decomposer.h"
 #include "decomposition/deco.h"
+#include "decomposition/deco_cost.h"
+#include "decomposition/derivation.h"
 #include "decomposition/gate_library.h"
 #include "decomposition/gate_matcher.h"
 #include "decomposition/signal_variables.h"
 #include "decomposition/subfunction_inserter.h"
-#include "synthesis/signal_solution.h"
 
 namespace vorel::decomposition {
-
-// What has been derived of a signal.
-struct SignalFunctions {
-  const synthesis::SignalSolution* solution = nullptr;
-  // Of a latch that drives it; null if no latches are used.
-  const synthesis::SignalSolution* set = nullptr;
-  const synthesis::SignalSolution* reset = nullptr;
-
-  const std::string& name() const { return solution->name(); }
-};
 
 class SignalDecomposer {
  public:
@@ -48,13 +39,14 @@ class SignalDecomposer {
   SignalDecomposer(const GateLibrary& library, const std::vector<std::string>& gates,
                    SignalVariables& variables, SubfunctionInserter& inserter);
 
-  // The best decomposition: a gate or a latch if there is one, else a useful candidate of least
-  // cost. Without any it is uninitialised.
-  Deco decompose(const SignalFunctions& functions, std::uint32_t signal_count);
-
-  // Whether a decomposition that needs no insertion still does what the signal now must do. The
-  // gate has not changed, and what it is connected to has kept its names.
-  bool still_holds(const Deco& deco, const SignalFunctions& functions);
+  // The cheapest gate that implements the signal as it is, or latch with gates for its SET and
+  // RESET. Uninitialised if there is none.
+  Deco implementation_of(const SignalFunctions& functions);
+  // Whether such a one still does what the signal must do, in an STG that has changed.
+  bool still_holds(const Deco& implementation, const SignalFunctions& functions);
+  // For a signal without one. What can be carried out, the cheapest first; the insertions are those
+  // of the inserter's prefix.
+  std::vector<Deco> decompositions(const SignalFunctions& functions, std::uint32_t signal_count);
 
   const Stats& stats() const { return stats_; }
   const GateMatcher::Stats& matcher_stats() const { return matcher_.stats(); }
@@ -74,8 +66,10 @@ class SignalDecomposer {
   void add_boolean(const Alternative& alternative, std::vector<Deco>& candidates);
   void add_collapsed(std::vector<Deco>& candidates);
   std::vector<Deco> all_candidates(const SignalFunctions& functions);
+  std::vector<Deco> latches(const SignalFunctions& functions);
   // Finds gates and insertions for its sub-functions; stops at one that has neither.
   void complete(Deco& deco, const std::string& signal);
+  DecoSetting setting(std::uint32_t signal_count);
   void tell(const std::string& signal, const std::vector<Deco>& useful) const;
 
   const GateLibrary& library_;

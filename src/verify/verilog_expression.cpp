@@ -125,8 +125,9 @@ class ExpressionParser {
 
   bool constant(Operand& operand) {
     const std::string_view text = cursor_.token().text;
-    const bool has_size = text.size() == 4 && text.starts_with("1'") &&
-                          std::string_view("bBdDhHoO").find(text[2]) != std::string_view::npos;
+    const bool is_verilog = text.starts_with("1'") && text.size() == 4 &&
+                            std::string_view("bBdDhHoO").find(text[2]) != std::string_view::npos;
+    const bool has_size = is_verilog || text == "1b`0" || text == "1b`1";
     if ((!has_size && text.size() != 1) || (text.back() != '0' && text.back() != '1'))
       return cursor_.fail_expected("a constant, 1'b0 or 1'b1");
     result_.push_back({text.back() == '1' ? VerilogOp::constant_1 : VerilogOp::constant_0});

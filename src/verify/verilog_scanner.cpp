@@ -76,6 +76,8 @@ class Scanner {
     if (is_word_start(here.front()) || here.front() == '$') {
       return add_while(TokenKind::word, is_word_part);
     }
+    // So vorel writes the constants of its equations, which is no Verilog.
+    if (here.starts_with("1b`0") || here.starts_with("1b`1")) return add(TokenKind::number, 4);
     if (is_digit(here.front()) || here.front() == '\'') {
       return add_while(TokenKind::number, is_number_part);
     }

@@ -91,7 +91,8 @@ TEST(VerilogCircuits, AreReadInAllFormsOfTheirText) {
       {head + "nand g(w, a, b), (v, a), (\\u , w , v); not (c, t, u); xnor(s, a, b, c);endmodule",
        "w/1=11101110 a b; v/1=1010 a; u=11101110 w v; c=1010 u; t/1=1010 u; "
        "s/1=1001011010010110 a b c"},
-      {head + "assign c = \\a & c, y = b & 1'b0; endmodule", "c=0001 a; y=00"},
+      {head + "assign c = \\a & c, y = b & 1'b0, z = 1b`1 & ~1b`0; endmodule",
+       "c=0001 a; y=00; z/1=11"},
       {head + c_gate + "u(c, 1'b1, b); endmodule", "c=0111 b"},
       // What a gate is the library tells.
       {"module \\inv:combinational (O, A); parameter x = 1; always @(*) O = ~A; endmodule\n" +
