@@ -298,10 +298,14 @@ class CircuitStates::Explorer {
   // Of the gates that were excited before the change of one of them, or of an input.
   void find_disabled(const CircuitState& before, const std::vector<std::size_t>& excited,
                      std::size_t changed, const std::string& name, const CircuitState& after) {
-    for (const std::size_t gate : excited)
-      if (gate != changed && !is_excited(gate, after) &&
-          !is_let_through(before, changed, after, gate))
-        found(CircuitQuestion::hazard, circuit_.gates[gate].output + " is disabled by " + name);
+    for (const std::size_t gate : excited) {
+      if (gate == changed || is_excited(gate, after)) continue;
+      const std::string& victim = circuit_.gates[gate].output;
+      if (!is_let_through(before, changed, after, gate))
+        found(CircuitQuestion::hazard, victim + " is disabled by " + name);
+      else
+        faults.arbiters.insert(std::minmax(victim, circuit_.gates[changed].output));
+    }
   }
 
   // One output disables another, and that is a choice: so it is declared, or so the STG has it.

@@ -64,6 +64,8 @@ struct CircuitFaults {
   // than allowed: no question has an answer then.
   std::string obstacle;
   std::array<std::string, circuit_question_count> faults;  // the first of each; empty: none
+  // Outputs that disable each other and may; in the order of their names.
+  std::set<std::pair<std::string, std::string>> arbiters;
 
   const std::string& operator[](CircuitQuestion question) const {
     return faults[static_cast<std::size_t>(question)];

@@ -115,8 +115,9 @@ class VerifyCampaign : public testing::Test {
     std::vector<std::string> command{VOREL_VERIFY_BINARY, "spec.g", "circuit.v", "--json",
                                      "out.json"};
     if (subject.hides_internal) command.push_back("--hide-internal");
-    const support::ProgramRun result = run(command);
     oracle::Netlist netlist = oracle::read_netlist(module, library_);
+    if (is_mutated) declare_mutexes(netlist.circuit, command);
+    const support::ProgramRun result = run(command);
     Tally& tally = tallies_[kind + (subject.hides_internal ? ", hiding" : "")];
     if (result.exit_code == 2) {
       ++tally.refused;
@@ -144,6 +145,15 @@ class VerifyCampaign : public testing::Test {
     compare_answers(states, document, result, tally);
   }
 
+  // Here and there, between any two.
+  void declare_mutexes(oracle::Circuit& circuit, std::vector<std::string>& command) {
+    const std::string& a = circuit.gates[random_.below(circuit.gates.size())].output;
+    const std::string& b = circuit.gates[random_.below(circuit.gates.size())].output;
+    if (a == b || random_.chance(70)) return;
+    circuit.mutexes.emplace(a, b);
+    command.insert(command.end(), {"--mutex", a + ',' + b});
+  }
+
   bool is_refused_rightly(const Subject& subject, const oracle::Netlist& netlist,
                           const std::string& message) const {
     if (!netlist.fault.empty()) return true;
@@ -157,6 +167,10 @@ class VerifyCampaign : public testing::Test {
   void compare_answers(const oracle::CircuitStates& states, const Json& document,
                        const support::ProgramRun& result, Tally& tally) {
     bool has_fault = false;
+    std::set<std::pair<std::string, std::string>> arbiters;
+    for (const Json& pair : document.at("arbiters"))
+      arbiters.insert(std::minmax<std::string>(pair.at(0), pair.at(1)));
+    EXPECT_EQ(arbiters, states.faults().arbiters);
     for (std::size_t i = 0; i < questions.size(); ++i) {
       const auto& [key, question] = questions[i];
       const Json& answer = document.at("questions").at(i);
@@ -165,6 +179,7 @@ class VerifyCampaign : public testing::Test {
       const bool is_left_open = answer.at("answer") == "undecided" && result.exit_code == 3;
       EXPECT_TRUE(is_left_open || answer.at("answer") == (fault.empty() ? "yes" : "no"))
           << key << ": " << fault << answer;
+      if (is_left_open) ++tally.faults[std::string(key) + " left open"];
       if (!fault.empty()) ++tally.faults[key];
       has_fault = has_fault || !fault.empty();
       if (answer.at("answer") != "no") continue;
@@ -182,12 +197,12 @@ class VerifyCampaign : public testing::Test {
   void try_all(Subject& subject, const std::string& g_text, std::uint64_t seed) {
     const auto netlists = netlists_of(g_text);
     if (netlists.empty() || !subject.explore()) return;
-    oracle::Random random(seed);
+    random_ = oracle::Random(seed);
     for (const auto& [mode, module] : netlists) {
       compare(subject, module, mode, false);
       for (std::size_t m = 0; m < oracle::netlist_mutation_count; ++m) {
         const auto mutation = static_cast<oracle::NetlistMutation>(m);
-        if (const auto changed = oracle::mutated(module, mutation, library_, random)) {
+        if (const auto changed = oracle::mutated(module, mutation, library_, random_)) {
           compare(subject, *changed, oracle::name_of(mutation), true);
           ++mutations_;
         }
@@ -198,6 +213,7 @@ class VerifyCampaign : public testing::Test {
 
   const support::TemporaryFolder folder_;
   const Json schema_;
+  oracle::Random random_{1};
   std::map<std::string, toolkit::LibraryGate> library_;
   std::map<std::string, Tally> tallies_;
   std::size_t netlists_ = 0, mutations_ = 0;
