@@ -5,9 +5,9 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/install-dependencies.sh
-echo "Building build/vorel and build/vorel-unfold ..."
+echo "Building build/vorel, build/vorel-unfold and build/vorel-verify ..."
 [ -f build/CMakeCache.txt ] || cmake -S . -B build -G Ninja >/dev/null
-cmake --build build --target vorel vorel-unfold -- --quiet
+cmake --build build --target vorel vorel-unfold vorel-verify -- --quiet
 
 explain() { printf '\n----------------------------------------------------------------\n%s\n' "$1"; }
 show() {
@@ -49,3 +49,13 @@ show ./vorel-unfold vorel.g vme_read_resolved.unf.pnml
 show ./vorel -E vme_read_resolved.unf.pnml
 show ./vorel -E vme_read_resolved.unf.pnml vme_read.v
 show cat vme_read.v
+
+explain 'Is that circuit right, whatever time its gates take? vorel-verify unfolds it together with the Signal
+Transition Graph, and asks of all states at once whether outputs change only where they may, no gate
+is interrupted, and all that is due comes.'
+show ./vorel-verify vorel.g vme_read.v
+cd ..
+explain 'A C-element of simple gates computes the right function, and yet is wrong: when the environment is fast,
+c falls again before the gates that are to keep it have noticed that it has risen.'
+show cat examples/celement_gates.v
+show build/vorel-verify examples/celement.g examples/celement_gates.v || [ $? -eq 3 ]
