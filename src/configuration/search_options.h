@@ -22,6 +22,10 @@ struct EncodingOptions {
   EncodingOptions without_dummy_rules() const;
 };
 
+// What is told about the input besides the answer: who searches one prefix many times leaves it out
+// after the first.
+enum class Notes : std::uint8_t { given, left_out };
+
 enum class InclusionConstraints : std::int8_t { by_net = -1, none = 0, added = 1 };
 
 struct SearchOptions {

@@ -22,10 +22,7 @@ enum class Inclusion : std::uint8_t {
   either_in_other,
 };
 
-// What is told about the input besides the answer: a caller that makes many checks of one prefix
-// leaves it out after the first.
-enum class Notes : std::uint8_t { given, left_out };
-
+using configuration::Notes;
 using State = configuration::FinalState<net::StgPrefix>;
 // The literals of one of the pair.
 using PairState = configuration::StateLiterals<net::StgPrefix>;

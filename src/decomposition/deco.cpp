@@ -141,6 +141,12 @@ bdd::Bdd next_value(const Deco& deco, std::optional<std::size_t> replaced,
                   bdd::compose(deco.shape.er_plus, inputs));
 }
 
+Deco boolean_deco(const std::string& gate, const bdd::BDDCover& covers,
+                  const std::vector<bdd::Bdd>& pins) {
+  return deco_with_gate(DecoKind::boolean, {.gate = gate, .inputs = identity(pins.size())}, covers,
+                        pins);
+}
+
 Deco matched_deco(const GateMatch& match, const bdd::BDDCover& shape) {
   assert(match.exists());
   std::vector<bdd::Bdd> parts, position;  // of a variable

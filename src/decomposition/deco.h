@@ -69,6 +69,9 @@ struct Deco {
 bdd::Bdd next_value(const Deco& deco, std::optional<std::size_t> replaced,
                     std::uint32_t replacement);
 
+// A gate with a function on each of its pins.
+Deco boolean_deco(const std::string& gate, const bdd::BDDCover& covers,
+                  const std::vector<bdd::Bdd>& pins);
 // A gate that implements the signal as it is, on inputs that are literals. `shape` is what the
 // match does, over the same variables.
 Deco matched_deco(const GateMatch& match, const bdd::BDDCover& shape);

@@ -51,8 +51,9 @@ bdd::BDDCover covers_of(const synthesis::SignalImplementation& alternative,
   return {sets[0], sets[1], sets[2], sets[3]};
 }
 
-std::optional<Deco> matched_candidate(const synthesis::SignalSolution& solution,
-                                      GateMatcher& matcher, std::span<const std::string> names) {
+std::vector<Deco> matched_candidates(const synthesis::SignalSolution& solution,
+                                     GateMatcher& matcher, std::span<const std::string> names) {
+  std::vector<Deco> candidates;
   for (const synthesis::SignalImplementation& alternative : solution.alternatives) {
     if (tells_attempts()) tell_attempt(alternative);
     const GateMatch match = matcher.match(covers_of(alternative, names), names);
@@ -64,10 +65,9 @@ std::optional<Deco> matched_candidate(const synthesis::SignalSolution& solution,
     deco.variable = variable_of(solution.name(), names);
     deco.function = alternative.equation;
     deco.literals = alternative.cost;
-    deco.judge();
-    return deco;
+    candidates.push_back(std::move(deco));
   }
-  return std::nullopt;
+  return candidates;
 }
 
 std::vector<Deco> monotonic_candidates(const std::string& signal, std::uint32_t variable,

@@ -8,7 +8,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -24,9 +23,9 @@ namespace vorel::decomposition {
 bdd::BDDCover covers_of(const synthesis::SignalImplementation& alternative,
                         std::span<const std::string> names);
 
-// A gate with literals on its pins for the first alternative that has one. The candidate is judged.
-std::optional<Deco> matched_candidate(const synthesis::SignalSolution& solution,
-                                      GateMatcher& matcher, std::span<const std::string> names);
+// For each alternative that has one the gate with literals on its pins.
+std::vector<Deco> matched_candidates(const synthesis::SignalSolution& solution,
+                                     GateMatcher& matcher, std::span<const std::string> names);
 
 // A latch for each pair of alternatives in turn, up to the first pair with as many literals as
 // given: the signal's complex gate. None if no latch takes such pairs. The candidates have their

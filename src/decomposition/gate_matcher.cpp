@@ -204,7 +204,7 @@ bdd::BDDCover GateMatcher::covers_of_match(const GateMatch& match) {
 }
 
 bool GateMatcher::implements(const bdd::BDDCover& query, const GateMatch& match) {
-  return failures(query, covers_of_match(match)).is_false();
+  return does(covers_of_match(match), query);
 }
 
 // The choices that make the gate do at the code what is asked for there.
@@ -285,20 +285,27 @@ GateMatch GateMatcher::best_match(Query& query) {
   return best;
 }
 
+GateMatch GateMatcher::found_match(const bdd::BDDCover& cover) {
+  Query query(cover);
+  if (query.needed_inputs() > max_inputs_) {
+    if (base::verbosity() >= verbosity_of_queries) tell("\nNo match found - too many inputs", "");
+    return {};
+  }
+  if (base::verbosity() >= verbosity_of_renaming)
+    tell("\nCovers after substituting variables: ", to_string(query.cover()));
+  GateMatch best = best_match(query);
+  assert(!best.exists() || implements(cover, best));
+  return best;
+}
+
 GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::string> names) {
   ++stats_.queries;
   const bool is_told = base::verbosity() >= verbosity_of_queries;
   if (is_told) tell("\nTrying to match ", to_string(cover, names));
-  Query query(cover);
-  if (query.needed_inputs() > max_inputs_) {
-    if (is_told) tell("\nNo match found - too many inputs", "");
-    return {};
-  }
-  if (base::verbosity() >= verbosity_of_renaming) {
-    tell("\nCovers after substituting variables: ", to_string(query.cover()));
-  }
-  GateMatch best = best_match(query);
-  assert(!best.exists() || implements(cover, best));
+  const auto [entry, is_new] =
+      known_.try_emplace({cover.er_plus, cover.qr_plus, cover.er_minus, cover.qr_minus});
+  if (is_new) entry->second = found_match(cover);
+  const GateMatch& best = entry->second;
   if (is_told) {
     if (best.exists()) {
       tell("\nBest match: ", to_string(best, library_, names));
@@ -307,6 +314,10 @@ GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::st
     }
   }
   return best;
+}
+
+bool does(const bdd::BDDCover& gate, const bdd::BDDCover& query) {
+  return failures(query, gate).is_false();
 }
 
 bdd::BDDCover monotonic_shape(const bdd::Bdd& set, const bdd::Bdd& reset) {

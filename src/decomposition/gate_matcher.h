@@ -25,8 +25,10 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
+#include "base/hashing.h"
 #include "bdd/bdd_cover.h"
 #include "decomposition/gate_library.h"
 #include "decomposition/gate_match.h"
@@ -47,8 +49,9 @@ class GateMatcher {
   // this.
   GateMatcher(const GateLibrary& library, const std::vector<std::string>& gates);
 
-  // The match does not exist if no gate implements the query. `names` are those of the query's
-  // variables, for the diagnostics that go to the standard error stream from verbosity 5.
+  // The match does not exist if no gate implements the query. No query is searched for twice.
+  // `names` are those of the query's variables, for the diagnostics that go to the standard error
+  // stream from verbosity 5.
   GateMatch match(const bdd::BDDCover& query, std::span<const std::string> names = {});
 
   // What a signal does whose gate is that of a match, with these inputs and inverters.
@@ -78,6 +81,7 @@ class GateMatcher {
   const bdd::BDDCover& covers(Gate& gate);
   const bdd::Bdd& valid_choices(Gate& gate, std::uint32_t input_count);
   bool is_admitted(const Gate& gate, const Query& query) const;
+  GateMatch found_match(const bdd::BDDCover& cover);
   GateMatch best_match(Query& query);
   std::optional<GateMatch> cheapest_match(Gate& gate, Query& query);
   bdd::Bdd right_choices(Gate& gate, const PinChoices& choices, const Demand& demand);
@@ -86,9 +90,13 @@ class GateMatcher {
   const GateLibrary& library_;
   std::vector<Gate> gates_;
   std::map<std::string, std::size_t, std::less<>> number_of_;  // of a gate, by name
+  std::unordered_map<std::vector<bdd::Bdd>, GateMatch, base::SequenceHash> known_;  // by four sets
   std::uint32_t max_inputs_ = 1;
   Stats stats_;
 };
+
+// Whether the gate does what the query asks for, in each of its four sets.
+bool does(const bdd::BDDCover& gate, const bdd::BDDCover& query);
 
 // The function of a signal that `set` makes rise and `reset` makes fall: it keeps its value where
 // they are equal. This is a C-element with one inverted input; a latch that decides about set and

@@ -11,6 +11,14 @@
 #include "synthesis/verilog_module.h"
 
 namespace vorel::decomposition {
+namespace {
+
+results::VerdictMessages messages(double area) {
+  return {base::format_message("Logic decomposition finished (area=%.2f)", area),
+          "Failed to decompose"};
+}
+
+}  // namespace
 
 MappedCircuit::MappedCircuit(const net::Stg& stg, const GateLibrary& library)
     : stg_{stg}, library_{library} {
@@ -34,11 +42,6 @@ double MappedCircuit::area() const {
   return area;
 }
 
-results::VerdictMessages MappedCircuit::messages() const {
-  return {base::format_message("Logic decomposition finished (area=%.2f)", area()),
-          "Failed to decompose"};
-}
-
 bool MappedCircuit::names_can_stand() const {
   if (!synthesis::names_can_stand_in_verilog(stg_)) return false;
   std::set<std::string> gates;
@@ -53,10 +56,6 @@ bool MappedCircuit::names_can_stand() const {
 }
 
 bool MappedCircuit::write_verilog(std::ostream& stream) const {
-  if (report_.solutions.empty()) {
-    stream << "\nFailed to decompose\n";
-    return true;
-  }
   assert(report_.solutions.size() == stg_.internals_end - stg_.inputs_end);
   if (!names_can_stand()) return false;
   synthesis::write_module_start(stream, "VOREL_mapped_implementation", stg_);
@@ -70,8 +69,15 @@ bool MappedCircuit::write_verilog(std::ostream& stream) const {
 }
 
 void MappedCircuit::report(const std::string& output) const {
-  synthesis::deliver_with_module(report_, messages(), output,
+  synthesis::deliver_with_module(report_, messages(area()), output,
                                  [this](std::ostream& stream) { return write_verilog(stream); });
+}
+
+void report_failure(const std::string& output) {
+  synthesis::deliver_with_module(results::Report(), messages(0), output, [](std::ostream& stream) {
+    stream << "\nFailed to decompose\n";
+    return true;
+  });
 }
 
 }  // namespace vorel::decomposition

@@ -16,7 +16,6 @@
 
 namespace vorel::decomposition {
 
-// Without signals it stands for a decomposition that has failed.
 class MappedCircuit {
  public:
   // Both outlive this, and the STG has all inserted signals.
@@ -26,7 +25,6 @@ class MappedCircuit {
   void add(const Deco& deco, std::vector<std::string> triggers, std::span<const std::string> names);
 
   double area() const;
-  results::VerdictMessages messages() const;
   // MappedSolutions.
   const results::Report& found() const { return report_; }
   const MappedSolution& solution(std::size_t number) const;
@@ -44,5 +42,8 @@ class MappedCircuit {
   base::UniqueNames taken_{0};
   results::Report report_;
 };
+
+// The verdict without a circuit, and a file that says so.
+void report_failure(const std::string& output);
 
 }  // namespace vorel::decomposition

@@ -19,6 +19,9 @@ struct ChosenInsertion {
   // Then the new signal delays nothing but the signal that it was made for.
   bool is_local() const { return ack_count == 1; }
 
+  // The new signal is the function in all states; else its own function is one that is not known
+  // before it has been inserted.
+  bool expected_implementation = true;
   std::uint64_t cost = 0;       // as the cost coefficients weigh it
   std::uint64_t ack_count = 0;  // signals that acknowledge the new one
   std::string text;
@@ -32,8 +35,13 @@ struct Subfunction {
   bool is_literal() const { return bdd::is_literal(function); }
   bool is_trivial() const { return is_constant() || is_literal(); }
   bool has_local_insertion() const { return insertion && insertion->is_local(); }
-  // Nothing remains to be decomposed in it.
-  bool is_settled() const { return is_literal() || is_gate() || has_local_insertion(); }
+  // Nothing remains to be decomposed in it. What is known of the function says nothing of a signal
+  // that does not compute it.
+  bool is_settled() const {
+    if (is_literal()) return true;
+    if (insertion && !insertion->expected_implementation) return false;
+    return is_gate() || has_local_insertion();
+  }
   // Signals other than the first that have to wait for the new one; 0 without an insertion.
   std::uint64_t extra_acks() const {
     return insertion && insertion->ack_count > 0 ? insertion->ack_count - 1 : 0;

@@ -332,7 +332,8 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::insert(const bdd::Bdd& 
                                                                 bool local) {
   ++stats_.questions;
   const bdd::Bdd regular = function.is_complement() ? ~function : function;
-  const std::string about = subject(regular, names_, context, local);
+  const std::string about =
+      tells(verbosity_of_results) ? subject(regular, names_, context, local) : std::string();
   if (tells(verbosity_of_details)) std::cerr << "\n\nTrying to insert " << about;
   InsertionResult& result = cache_[regular];
   const InsertionResult::Slot& slot = local ? result.best_local : result.best;
@@ -362,14 +363,15 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::insert(const bdd::Bdd& 
   return complemented(*slot.insertion);
 }
 
-net::SignalId SubfunctionInserter::apply(const SubfunctionInsertion& insertion) {
+resolution::InsertedSignal SubfunctionInserter::after(const SubfunctionInsertion& insertion) const {
   assert(step_ != nullptr && "the insertion was found for the STG as it is");
-  resolution::InsertedSignal inserted =
-      engine_.after_insertion(insertion.choice, insertion.initial_value);
+  return engine_.after_insertion(insertion.choice, insertion.initial_value);
+}
+
+void SubfunctionInserter::adopt(net::StgPrefix prefix) {
   cache_.clear();
   step_.reset();
-  engine_.adopt(std::move(inserted.prefix));
-  return inserted.signal;
+  engine_.adopt(std::move(prefix));
 }
 
 const InsertionResult* SubfunctionInserter::result_of(const bdd::Bdd& function) const {

@@ -65,9 +65,12 @@ class SubfunctionInserter {
   std::optional<SubfunctionInsertion> insert(const bdd::Bdd& function, const std::string& context,
                                              bool local);
 
-  // Inserts the signal into the prefix, which must be the one that the insertion was found for, and
-  // forgets all results.
-  net::SignalId apply(const SubfunctionInsertion& insertion);
+  // A copy of the prefix with the new signal. The prefix must be the one that the insertion was
+  // found for.
+  resolution::InsertedSignal after(const SubfunctionInsertion& insertion) const;
+  // Puts what after() has made, perhaps unfolded anew, in place of the prefix and forgets all
+  // results.
+  void adopt(net::StgPrefix prefix);
 
   // What is known of a function or its complement; null if nobody has asked.
   const InsertionResult* result_of(const bdd::Bdd& function) const;

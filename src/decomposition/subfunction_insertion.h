@@ -22,7 +22,12 @@ struct SubfunctionInsertion {
   bool is_same_as(const SubfunctionInsertion& other) const;
   // "UNEXP_IMPL ACK(2) a|t, u|b": the edges as resolution::to_text() has them.
   std::string text() const;
-  ChosenInsertion summary() const { return {.cost = cost, .ack_count = ack_count, .text = text()}; }
+  ChosenInsertion summary() const {
+    return {.expected_implementation = expected_implementation,
+            .cost = cost,
+            .ack_count = ack_count,
+            .text = text()};
+  }
 
   resolution::SignalInsertion edges;  // in the order of candidates
   resolution::Choice choice;          // the same among the candidates of the step

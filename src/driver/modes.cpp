@@ -17,6 +17,7 @@
 #include "conflicts/csc_check.h"
 #include "conflicts/normalcy_check.h"
 #include "conflicts/usc_check.h"
+#include "decomposition/decomposition_driver.h"
 #include "driver/coefficients.h"
 #include "driver/option_table.h"
 #include "formats/process_file.h"
@@ -46,19 +47,22 @@ void print_times(std::uint64_t total_ticks) {
             << base::format_seconds(base::seconds_of(total_ticks));
 }
 
+enum class FailedRuns : std::uint8_t { left_out, reported };
+
 // Only the search is timed, neither building the engine nor its report.
 template <class Engine>
-void run_engine(Engine& engine, const std::string& output) {
+void run_engine(Engine& engine, const std::string& output,
+                FailedRuns failed_runs = FailedRuns::left_out) {
   const std::uint64_t start = base::ticks_now();
   engine.run();
   const std::uint64_t total_ticks = base::ticks_now() - start;
-  if (base::run_failed()) return;
+  const bool has_failed = base::run_failed();
+  if (has_failed && failed_runs == FailedRuns::left_out) return;
   engine.report(output);
+  if (has_failed) return;
   engine.print_statistics(std::cout);
   print_times(total_ticks);
 }
-
-void report_not_supported() { base::print_error("This mode is currently not supported"); }
 
 template <net::Process P>
 void run_deadlock(RunRequest request, P& process) {
@@ -105,21 +109,13 @@ template <synthesis::SynthesisStyle style>
 void run_synthesis(RunRequest request, net::StgPrefix& prefix) {
   if (!prepare_run(prefix, request)) return;
   synthesis::EquationSearch engine(prefix, configuration::SearchOptions::of(request.params), style);
-  if (base::run_failed()) return;
-  const std::uint64_t start = base::ticks_now();
-  engine.run();
-  const std::uint64_t total_ticks = base::ticks_now() - start;
-  const bool has_equations = !base::run_failed();
-  engine.report(request.output);
-  if (!has_equations) return;
-  engine.print_statistics(std::cout);
-  print_times(total_ticks);
+  if (!base::run_failed()) run_engine(engine, request.output, FailedRuns::reported);
 }
 
-// The run of a mode whose engine does not exist yet.
-template <net::Process P>
-void run_without_engine(RunRequest request, P& process) {
-  if (prepare_run(process, request)) report_not_supported();
+void run_decomposition(RunRequest request, net::StgPrefix& prefix) {
+  if (!prepare_run(prefix, request)) return;
+  decomposition::DecompositionDriver engine(prefix, request.params, request.data);
+  run_engine(engine, request.output, FailedRuns::reported);
 }
 
 // An input that was read with errors is not run.
@@ -168,7 +164,7 @@ constexpr ModeEntry mode_entries[] = {
     {Mode::gc, stg_mode<run_synthesis<synthesis::SynthesisStyle::generalised_c>>},
     {Mode::standard_c, stg_mode<run_synthesis<synthesis::SynthesisStyle::standard_c>>},
     {Mode::resolve, stg_mode<run_resolve>},
-    {Mode::decomposition, stg_mode<run_without_engine<net::StgPrefix>>},
+    {Mode::decomposition, stg_mode<run_decomposition>},
 };
 static_assert(std::size(mode_entries) == last_mode);
 

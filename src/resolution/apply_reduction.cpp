@@ -49,6 +49,16 @@ bool re_unfold(net::StgPrefix& prefix) {
   return true;
 }
 
+// Insertions are judged by all correspondents, and events are passed in the order of their numbers.
+bool prepare_for_insertions(net::StgPrefix& prefix) {
+  const auto is_unknown = [](const auto& event) {
+    return event->is_cut_off() && event->cut_off.is_unknown();
+  };
+  if (std::ranges::any_of(prefix.events, is_unknown)) return re_unfold(prefix);
+  net::finish_edit(prefix);
+  return true;
+}
+
 bool apply_reduction(net::StgPrefix& prefix, const Reduction& reduction) {
   assert(!reduction.sources.empty() && reduction.target != nullptr);
   add_waiting_place(prefix, reduction);

@@ -16,6 +16,10 @@ namespace vorel::resolution {
 // not safe; the prefix is of no use then.
 bool re_unfold(net::StgPrefix& prefix);
 
+// Makes a prefix that has been read one that signals can be inserted into: with known
+// correspondents, numbered causally. False as above.
+bool prepare_for_insertions(net::StgPrefix& prefix);
+
 // Adds the place and unfolds anew. The place is called "<u,t>" with one source u, else "CR", and
 // made unique. The transitions of the reduction must be those of the prefix; they stay, with other
 // numbers perhaps.

@@ -58,18 +58,8 @@ ResolutionEngine::ResolutionEngine(net::StgPrefix& prefix, const base::Params& p
                   params.get("concurrent_insertions")},
       fewest_conflicts_{std::numeric_limits<std::size_t>::max()} {}
 
-// Insertions are judged by all correspondents, and events are passed in the order of their numbers.
-bool ResolutionEngine::prepare_prefix() {
-  const auto is_unknown = [](const auto& event) {
-    return event->is_cut_off() && event->cut_off.is_unknown();
-  };
-  if (std::ranges::any_of(prefix_.events, is_unknown)) return re_unfold(prefix_);
-  net::finish_edit(prefix_);
-  return true;
-}
-
 void ResolutionEngine::run() {
-  if (!prepare_prefix()) return;
+  if (!prepare_for_insertions(prefix_)) return;
   if (options_.all_solutions != 0) {
     suggest_all();
   } else if (options_.min_cost) {

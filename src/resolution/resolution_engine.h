@@ -53,7 +53,6 @@ class ResolutionEngine {
     std::uint64_t total;  // by the formula
   };
 
-  bool prepare_prefix();
   // Brings the cores up to date and tells their number. False when none is left, and after a
   // reported error.
   bool find_cores();

@@ -38,16 +38,17 @@ std::string_view suffix_of(FunctionPhase phase) {
 
 EquationSearch::EquationSearch(const net::StgPrefix& prefix,
                                const configuration::SearchOptions& options, SynthesisStyle style,
-                               std::size_t max_codes)
+                               configuration::Notes notes, std::size_t max_codes)
     : prefix_{prefix},
       style_{style},
+      notes_{notes},
       output_configurations_{options.output_configurations},
       encoding_{options.encoding},
       structure_{prefix},
       triggers_{structure_},
       support_search_{structure_, options.encoding, style},
       state_search_{structure_, options.encoding, style, max_codes} {
-  if (configuration::has_dummy_cutoffs(prefix)) {
+  if (notes == configuration::Notes::given && configuration::has_dummy_cutoffs(prefix)) {
     base::print_warning("there are dummy cut-offs; the result will not be reliable");
   }
 }
@@ -55,7 +56,8 @@ EquationSearch::EquationSearch(const net::StgPrefix& prefix,
 void EquationSearch::run() {
   assert(report_.solutions.empty() && "an engine runs once");
   using enum FunctionPhase;
-  if (base::verbosity() >= 1) print_broken_assumptions(std::cerr, structure_, encoding_);
+  if (notes_ == configuration::Notes::given && base::verbosity() >= 1)
+    print_broken_assumptions(std::cerr, structure_, encoding_);
   if (base::run_failed()) return;
   const auto derive_all = [this](net::SignalId signal) {
     if (has_two_functions(style_)) return derive({signal, set}) && derive({signal, reset});

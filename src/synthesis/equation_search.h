@@ -9,6 +9,7 @@
 
 #include <ostream>
 #include <string>
+#include <utility>
 
 #include "results/report.h"
 #include "synthesis/signal_solution.h"
@@ -23,11 +24,12 @@ class EquationSearch {
   // Refers to the prefix; warns of dummy cut-offs. Functions of more codes than allowed are found
   // as cubes (StateSetSearch).
   EquationSearch(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
-                 SynthesisStyle style, std::size_t max_codes = StateSetSearch::usual_max_codes);
+                 SynthesisStyle style, configuration::Notes notes = configuration::Notes::given,
+                 std::size_t max_codes = StateSetSearch::usual_max_codes);
 
   // Without a conflict of codes that stands in the way every signal gets its solutions; else the
-  // conflict is reported, and there are none. At verbosity 1 tells before what the equations take
-  // for granted and is not so.
+  // conflict is reported, and there are none. At verbosity 1 the notes tell before what the
+  // equations take for granted and is not so.
   void run();
   // Delivers the solutions, to a Verilog module if the output is named *.v.
   void report(const std::string& output) const;
@@ -35,6 +37,7 @@ class EquationSearch {
 
   // By signal; SET before RESET.
   const results::Report& found() const { return report_; }
+  results::Report take() && { return std::move(report_); }
   std::uint64_t solve_calls() const {
     return support_search_.solve_calls() + state_search_.solve_calls();
   }
@@ -49,6 +52,7 @@ class EquationSearch {
 
   const net::StgPrefix& prefix_;
   const SynthesisStyle style_;
+  const configuration::Notes notes_;
   const bool output_configurations_;
   const configuration::EncodingOptions encoding_;
   const configuration::StateStructure<net::StgPrefix> structure_;

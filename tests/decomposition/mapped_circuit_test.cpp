@@ -74,7 +74,9 @@ class Mapper {
     const auto functions = solutions_of(whole), pairs = solutions_of(parts);
     auto circuit = std::make_unique<MappedCircuit>(prefix_, library_);
     for (std::size_t i = 0; i < functions.size(); ++i) {
-      Deco deco = matched_candidate(*functions[i], matcher_, names_).value_or(Deco());
+      std::vector<Deco> matched = matched_candidates(*functions[i], matcher_, names_);
+      Deco deco = matched.empty() ? Deco() : std::move(matched.front());
+      deco.judge();
       const auto signal = static_cast<std::uint32_t>(prefix_.inputs_end + i);
       if (prefers_latches || !deco.directly_implementable) {
         for (Deco& latch :
@@ -138,7 +140,7 @@ class MappedCircuits : public testing::Test {
             "");
         module.insert(module.find('('), std::to_string(circuits_));
         modules_[library] += module;
-        results::save_results(circuit->found(), circuit->messages(),
+        results::save_results(circuit->found(), results::VerdictMessages{"circuit", ""},
                               folder_.path(std::to_string(circuits_) + ".xml"));
       }
     }

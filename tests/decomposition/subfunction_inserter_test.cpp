@@ -110,7 +110,9 @@ TEST(SubfunctionInserter, MakesSignalsThatDoWhatIsSaidOfThem) {
       EXPECT_TRUE(!locally || insertion->is_local());
       ++(insertion->expected_implementation ? expected : unexpected);
       local += insertion->is_local();
-      const net::SignalId signal = inserter.apply(*insertion);
+      resolution::InsertedSignal inserted = inserter.after(*insertion);
+      const net::SignalId signal = inserted.signal;
+      inserter.adopt(std::move(inserted.prefix));
       expect_sound(prefix, *insertion, edited, signal, function, names);
     }
   });

@@ -27,7 +27,7 @@ class Derivation {
         style_{style},
         engine_{subject.prefix,
                 configuration::SearchOptions::of(support::default_params({{"solver", solver}})),
-                style, max_codes} {
+                style, configuration::Notes::given, max_codes} {
     for (const auto& configuration : subject.configurations) states_.insert(configuration.state);
   }
 

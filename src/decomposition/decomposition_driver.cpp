@@ -1,0 +1,273 @@
+#include "decomposition/decomposition_driver.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iostream>
+#include <utility>
+
+#include "base/clock.h"
+#include "base/messages.h"
+#include "base/run_state.h"
+#include "decomposition/deco_cost.h"
+#include "decomposition/signal_variables.h"
+#include "formats/g_writer.h"
+#include "resolution/apply_reduction.h"
+
+namespace vorel::decomposition {
+namespace {
+
+constexpr const char* file_name = "vorel";
+constexpr const char* signal_name = "map";
+constexpr int verbosity_of_rounds = 1, verbosity_of_reuse = 2, verbosity_of_files = 3;
+constexpr std::size_t line_width = 52;
+
+// Steps that bring no progress, in a run.
+constexpr int most_detours = 8;
+
+using configuration::Notes;
+
+bool tells(int verbosity) { return base::verbosity() >= verbosity; }
+
+// Adds the time that it lives.
+class Timer {
+ public:
+  explicit Timer(double& seconds) : seconds_{seconds}, start_{base::ticks_now()} {}
+  Timer(const Timer&) = delete;
+  Timer& operator=(const Timer&) = delete;
+  ~Timer() { seconds_ += base::seconds_of(base::ticks_now() - start_); }
+
+ private:
+  double& seconds_;
+  std::uint64_t start_;
+};
+
+std::uint32_t most_pins(const GateLibrary& library, const std::vector<std::string>& gates) {
+  std::uint32_t pins = 2;
+  for (const std::string& gate : gates) pins = std::max(pins, library.gate(gate).input_count());
+  return pins;
+}
+
+std::uint64_t cost_of(const SignalFunctions& functions) { return functions.solution->cost(); }
+
+void tell_equations(const std::vector<SignalFunctions>& signals) {
+  for (const SignalFunctions& functions : signals) {
+    std::cerr << '\n';
+    functions.solution->print(std::cerr);
+  }
+  std::cerr << "\nCG signals' costs:";
+  for (const SignalFunctions& functions : signals) std::cerr << ' ' << cost_of(functions);
+}
+
+void tell_reuse(const std::string& signal) {
+  const std::string line = '\n' + std::string(line_width, '$');
+  std::cerr << line << "\nRe-using decomposition for " << signal << line;
+}
+
+bdd::Bdd regular(const bdd::Bdd& function) {
+  return function.is_complement() ? ~function : function;
+}
+
+}  // namespace
+
+struct DecompositionDriver::Tools {
+  Tools(GateLibrary of, net::StgPrefix& prefix, const base::Params& params)
+      : library{std::move(of)},
+        gates{library.gate_list(static_cast<std::uint32_t>(params.get("max_gate_inputs")),
+                                params.get("use_latches") != 0)},
+        variables{most_pins(library, gates)},
+        inserter{prefix, signal_name, variables.names(), params},
+        decomposer{library, gates, variables, inserter} {}
+
+  const GateLibrary library;
+  const std::vector<std::string> gates;
+  SignalVariables variables;
+  SubfunctionInserter inserter;
+  SignalDecomposer decomposer;
+};
+
+DecompositionDriver::DecompositionDriver(net::StgPrefix& prefix, const base::Params& params,
+                                         std::string library_name)
+    : prefix_{prefix}, params_{params}, library_name_{std::move(library_name)} {}
+
+DecompositionDriver::~DecompositionDriver() = default;
+
+void DecompositionDriver::run() {
+  if (!prepare() || !decompose_all()) {
+    base::print_error("failed to decompose");
+    return;
+  }
+  if (formats::save_g_and_mci(prefix_, file_name)) build_circuit();
+}
+
+bool DecompositionDriver::prepare() {
+  std::optional<GateLibrary> library = GateLibrary::read(library_name_);
+  if (!library || !resolution::prepare_for_insertions(prefix_)) return false;
+  tools_ = std::make_unique<Tools>(std::move(*library), prefix_, params_);
+  return true;
+}
+
+bool DecompositionDriver::decompose_all() {
+  state_ = state_of(prefix_, {});
+  while (state_ && !state_->complexity.empty())
+    if (!insert_a_signal()) return false;
+  return state_.has_value();
+}
+
+// A gate that the signal had before is kept while it is right.
+std::optional<DecompositionDriver::State> DecompositionDriver::state_of(
+    const net::StgPrefix& prefix, const Implementations& known) {
+  const Timer timer(stats_.derivation_seconds);
+  for (std::size_t i = 0; i < prefix.internals_end; ++i)
+    tools_->variables.of(prefix.signals[i]->name);
+  std::optional<Derivation> equations =
+      Derivation::of(prefix, params_, state_ ? Notes::left_out : Notes::given);
+  if (!equations) return std::nullopt;
+  if (tells(verbosity_of_rounds)) tell_equations(equations->functions());
+  State state{.equations = std::move(*equations), .implementations = {}, .complexity = {}};
+  for (const SignalFunctions& functions : state.equations.functions()) {
+    const auto before = known.find(functions.name());
+    Deco deco;
+    if (before != known.end() && tools_->decomposer.still_holds(before->second, functions)) {
+      deco = before->second;
+      ++stats_.reused;
+      if (tells(verbosity_of_reuse)) tell_reuse(functions.name());
+    } else {
+      deco = tools_->decomposer.implementation_of(functions);
+    }
+    if (deco.directly_implementable)
+      state.implementations.emplace(functions.name(), std::move(deco));
+    else
+      state.complexity.push_back(cost_of(functions));
+  }
+  std::ranges::sort(state.complexity, std::greater<>());
+  return state;
+}
+
+bool DecompositionDriver::insert_a_signal() {
+  ++stats_.rounds;
+  seen_.insert(state_->complexity);
+  decos_.clear();
+  rejected_.clear();
+  std::optional<Trial> least_harmful;
+  while (const std::optional<Choice> chosen = choose()) {
+    const std::string& name = state_->equations.functions()[chosen->signal].name();
+    const Deco& deco = decos_.at(name)[chosen->deco];
+    rejected_.insert(regular(deco.chosen_part()->function));
+    std::optional<Trial> trial = attempt(deco);
+    if (!trial) return false;
+    if (trial->state.complexity < state_->complexity) return adopt(std::move(*trial));
+    const bool is_new = !seen_.contains(trial->state.complexity);
+    if (is_new && (!least_harmful || trial->state.complexity < least_harmful->state.complexity))
+      least_harmful = std::move(trial);
+  }
+  if (base::run_failed() || !least_harmful || ++detours_ > most_detours) return false;
+  return adopt(std::move(*least_harmful));
+}
+
+// Of the signals without a gate, the one with the largest function first.
+std::optional<DecompositionDriver::Choice> DecompositionDriver::choose() {
+  const Timer timer(stats_.decomposition_seconds);
+  const std::vector<SignalFunctions>& signals = state_->equations.functions();
+  std::vector<std::size_t> order;
+  for (std::size_t i = 0; i < signals.size(); ++i)
+    if (!state_->implementations.contains(signals[i].name())) order.push_back(i);
+  std::ranges::stable_sort(order, std::greater<>(),
+                           [&](std::size_t i) { return cost_of(signals[i]); });
+  const auto rated = [&](const Choice& choice) {
+    const SignalFunctions& functions = signals[choice.signal];
+    return RatedDeco{&decos_.at(functions.name())[choice.deco], cost_of(functions)};
+  };
+  std::optional<Choice> best;
+  for (const std::size_t i : order) {
+    if (best && rated(*best).deco->chosen_part()->is_settled() &&
+        cost_of(signals[i]) < rated(*best).gate_literals)
+      break;
+    const std::optional<Choice> choice = first_choice(i);
+    if (base::run_failed()) return std::nullopt;
+    if (choice && (!best || is_preferred(rated(*choice), rated(*best)))) best = choice;
+  }
+  return best;
+}
+
+std::optional<DecompositionDriver::Choice> DecompositionDriver::first_choice(std::size_t signal) {
+  const SignalFunctions& functions = state_->equations.functions()[signal];
+  const auto [entry, is_new] = decos_.try_emplace(functions.name());
+  if (is_new) {
+    entry->second = tools_->decomposer.decompositions(
+        functions, static_cast<std::uint32_t>(prefix_.signals.size()));
+  }
+  for (std::size_t i = 0; i < entry->second.size(); ++i) {
+    const Subfunction* const part = entry->second[i].chosen_part();
+    if (part != nullptr && !rejected_.contains(regular(part->function))) return Choice{signal, i};
+  }
+  return std::nullopt;
+}
+
+std::optional<DecompositionDriver::Trial> DecompositionDriver::attempt(const Deco& deco) {
+  ++stats_.tried;
+  const std::optional<SubfunctionInsertion> insertion =
+      tools_->inserter.insert(deco.chosen_part()->function, deco.signal, false);
+  assert(insertion && "the candidate was rated with it");
+  resolution::InsertedSignal inserted = tools_->inserter.after(*insertion);
+  std::string name = base::element(inserted.prefix.signals, inserted.signal).name;
+  if (!resolution::re_unfold(inserted.prefix)) return std::nullopt;
+  std::optional<State> state = state_of(inserted.prefix, state_->implementations);
+  if (!state) return std::nullopt;
+  return Trial{.prefix = std::move(inserted.prefix),
+               .signal = std::move(name),
+               .deco = deco,
+               .state = std::move(*state)};
+}
+
+bool DecompositionDriver::adopt(Trial trial) {
+  if (tells(verbosity_of_rounds)) {
+    const std::string line = '\n' + std::string(line_width, '@');
+    std::cerr << "\n\n"
+              << line << "\nChosen decomposition(s):\n\nSignal " << trial.deco.signal
+              << to_string(trial.deco, tools_->library, tools_->variables.names())
+              << "\n1 new signal(s) inserted" << line;
+  }
+  tools_->inserter.adopt(std::move(trial.prefix));
+  inserted_.push_back(std::move(trial.signal));
+  state_ = std::move(trial.state);
+  return !tells(verbosity_of_files) ||
+         formats::save_g_and_mci(prefix_, file_name + std::to_string(stats_.rounds));
+}
+
+// What a later signal has made cheaper than it was is taken so.
+void DecompositionDriver::build_circuit() {
+  circuit_ = std::make_unique<MappedCircuit>(prefix_, tools_->library);
+  for (const SignalFunctions& functions : state_->equations.functions()) {
+    const Deco& kept = state_->implementations.at(functions.name());
+    const Deco fresh = tools_->decomposer.implementation_of(functions);
+    const bool is_cheaper = fresh.directly_implementable && fresh.cost < kept.cost;
+    circuit_->add(is_cheaper ? fresh : kept, functions.solution->triggers(),
+                  tools_->variables.names());
+  }
+}
+
+void DecompositionDriver::report(const std::string& output) const {
+  if (circuit_ != nullptr) {
+    circuit_->report(output);
+  } else {
+    report_failure(output);
+  }
+}
+
+void DecompositionDriver::print_statistics(std::ostream& stream) const {
+  if (state_) stream << state_->equations.statistics();
+}
+
+const SignalDecomposer::Stats& DecompositionDriver::decomposer_stats() const {
+  return tools_->decomposer.stats();
+}
+
+const GateMatcher::Stats& DecompositionDriver::matcher_stats() const {
+  return tools_->decomposer.matcher_stats();
+}
+
+const InserterStats& DecompositionDriver::inserter_stats() const {
+  return tools_->inserter.stats();
+}
+
+}  // namespace vorel::decomposition

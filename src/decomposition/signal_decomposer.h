@@ -1,0 +1,86 @@
+// decomposition/signal_decomposer.h - all ways to decompose one signal, and the best of them.
+// Here:      candidates from all sources, completed by gates and insertions, in the order of cost.
+// Not here:  the sources (decomposition/direct_candidates.h, decomposition/alg_decomposer.h,
+//            decomposition/boolean_decomposer.h), the choice among signals
+//            (decomposition/decomposition_driver.h).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "base/hashing.h"
+#include "decomposition/alg_decomposer.h"
+#include "decomposition/boolean_decomposer.h"
+#include "decomposition/deco.h"
+#include "decomposition/deco_cost.h"
+#include "decomposition/derivation.h"
+#include "decomposition/gate_library.h"
+#include "decomposition/gate_matcher.h"
+#include "decomposition/signal_variables.h"
+#include "decomposition/subfunction_inserter.h"
+
+namespace vorel::decomposition {
+
+class SignalDecomposer {
+ public:
+  struct Stats {
+    std::uint64_t candidates = 0;  // that were completed
+    std::uint64_t useful = 0;
+    std::uint64_t relations = 0;  // of functions and gates
+  };
+
+  // Gates by name, of which none has more pins than there are variables for, in the order in which
+  // they are tried. All arguments outlive this.
+  SignalDecomposer(const GateLibrary& library, const std::vector<std::string>& gates,
+                   SignalVariables& variables, SubfunctionInserter& inserter);
+
+  // The cheapest gate that implements the signal as it is, or latch with gates for its SET and
+  // RESET. Uninitialised if there is none.
+  Deco implementation_of(const SignalFunctions& functions);
+  // Whether such a one still does what the signal must do, in an STG that has changed.
+  bool still_holds(const Deco& implementation, const SignalFunctions& functions);
+  // For a signal without one. What can be carried out, the cheapest first; the insertions are those
+  // of the inserter's prefix.
+  std::vector<Deco> decompositions(const SignalFunctions& functions, std::uint32_t signal_count);
+
+  const Stats& stats() const { return stats_; }
+  const GateMatcher::Stats& matcher_stats() const { return matcher_.stats(); }
+
+ private:
+  struct Alternative;
+  // Of a conjunction or disjunction of variables 0 and 1.
+  struct TwoInputGate {
+    AlgKind kind;
+    GateMatch match;
+    bdd::BDDCover shape;
+  };
+
+  // Candidates of one alternative. They depend on nothing but its four sets.
+  const std::vector<Deco>& candidates_of(const Alternative& alternative);
+  void add_algebraic(const Alternative& alternative, std::vector<Deco>& candidates);
+  void add_boolean(const Alternative& alternative, std::vector<Deco>& candidates);
+  void add_collapsed(std::vector<Deco>& candidates);
+  std::vector<Deco> all_candidates(const SignalFunctions& functions);
+  std::vector<Deco> latches(const SignalFunctions& functions);
+  // Finds gates and insertions for its sub-functions; stops at one that has neither.
+  void complete(Deco& deco, const std::string& signal);
+  DecoSetting setting(std::uint32_t signal_count);
+  void tell(const std::string& signal, const std::vector<Deco>& useful) const;
+
+  const GateLibrary& library_;
+  const std::vector<std::string>& gates_;
+  SignalVariables& variables_;
+  SubfunctionInserter& inserter_;
+  GateMatcher matcher_;
+  BooleanDecomposer boolean_;
+  std::vector<TwoInputGate> two_input_gates_;
+  std::unordered_map<std::vector<bdd::Bdd>, std::vector<Deco>, base::SequenceHash> known_;
+  Stats stats_;
+};
+
+}  // namespace vorel::decomposition
