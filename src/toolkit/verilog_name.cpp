@@ -60,6 +60,10 @@ bool can_stand_in_verilog(std::string_view name) {
   return !name.empty() && std::ranges::all_of(name, [](char c) { return c > ' ' && c <= '~'; });
 }
 
+bool is_verilog_keyword(std::string_view word) {
+  return std::ranges::binary_search(keywords, word);
+}
+
 bool report_not_for_verilog(std::string_view what, std::string_view name) {
   base::print_error(std::string(what) + ' ' + base::quoted(name) +
                     " cannot stand in Verilog, which takes names of printable ASCII characters "
@@ -69,7 +73,7 @@ bool report_not_for_verilog(std::string_view what, std::string_view name) {
 
 std::string verilog_name(std::string_view name) {
   assert(can_stand_in_verilog(name));
-  if (is_plain(name) && !std::ranges::binary_search(keywords, name)) return std::string(name);
+  if (is_plain(name) && !is_verilog_keyword(name)) return std::string(name);
   return "\\" + std::string(name) + ' ';
 }
 

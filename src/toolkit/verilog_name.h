@@ -11,6 +11,9 @@ namespace vorel::toolkit {
 // Names of printable ASCII characters without blanks can, and at least one.
 bool can_stand_in_verilog(std::string_view name);
 
+// Of any version, SystemVerilog included.
+bool is_verilog_keyword(std::string_view word);
+
 // The error about a name that cannot; `what` is of that name, such as "the signal". Gives false,
 // for a caller to pass on.
 bool report_not_for_verilog(std::string_view what, std::string_view name);

@@ -1,6 +1,5 @@
 #include "tools/gates_command.h"
 
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -11,6 +10,7 @@
 #include "decomposition/gate_models.h"
 #include "formats/overwriting.h"
 #include "formats/save_file.h"
+#include "tools/arguments.h"
 
 namespace vorel::tools {
 namespace {
@@ -37,25 +37,16 @@ struct GatesRequest {
 };
 
 // nullopt where nothing is left to do: after --help, --version or a reported error.
-std::optional<GatesRequest> parse_arguments(int argc, char** argv) {
+std::optional<GatesRequest> parse_gates_arguments(int argc, char** argv) {
   GatesRequest request;
   CLI::App app{description, "vorel-gates"};
   app.footer(footer);
-  app.set_help_flag("-h,--help", "print this help");
-  app.set_version_flag("--version", "vorel-gates " VOREL_VERSION, "print the version");
+  add_usual_flags(app);
   app.add_option("output", request.output, "file for the modules; - or none: standard output")
       ->type_name("");
   app.add_option("-d,--library", request.library, "gate library in the GENLIB format, or with .gz")
       ->type_name("FILE");
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& what_is_asked) {
-    app.exit(what_is_asked);
-    return std::nullopt;
-  } catch (const CLI::ParseError& error) {
-    base::print_error(std::string(error.what()) + " (vorel-gates --help tells more)");
-    return std::nullopt;
-  }
+  if (!parse_arguments(app, argc, argv)) return std::nullopt;
   return request;
 }
 
@@ -80,7 +71,7 @@ void write_models(const GatesRequest& request) {
 
 int run_gates_command(int argc, char** argv) {
   base::start_program();
-  if (const auto request = parse_arguments(argc, argv)) write_models(*request);
+  if (const auto request = parse_gates_arguments(argc, argv)) write_models(*request);
   return base::finish_program();
 }
 

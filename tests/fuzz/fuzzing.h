@@ -17,6 +17,7 @@ void fuzz_mci(const std::string& bytes);
 void fuzz_mp(const std::string& bytes);
 void fuzz_nets(const std::string& bytes);
 void fuzz_pnml(const std::string& bytes);
+void fuzz_verilog(const std::string& bytes);
 
 // Stays in force when assertions are off; a fuzzer has no handler for what is thrown.
 inline void require(bool fact) {

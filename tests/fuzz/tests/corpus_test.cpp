@@ -13,11 +13,9 @@ namespace vorel::fuzzing {
 namespace {
 
 TEST(Corpus, DamagedInputsAreReadOrRefused) {
-  const std::pair<std::string, void (*)(const std::string&)> targets[] = {{"genlib", fuzz_genlib},
-                                                                          {"mci", fuzz_mci},
-                                                                          {"mp", fuzz_mp},
-                                                                          {"nets", fuzz_nets},
-                                                                          {"pnml", fuzz_pnml}};
+  const std::pair<std::string, void (*)(const std::string&)> targets[] = {
+      {"genlib", fuzz_genlib}, {"mci", fuzz_mci},   {"mp", fuzz_mp},
+      {"nets", fuzz_nets},     {"pnml", fuzz_pnml}, {"verilog", fuzz_verilog}};
   for (const auto& [name, target] : targets) {
     std::vector<std::string> seeds;
     for (const auto& file : std::filesystem::directory_iterator(VOREL_CORPUS "/" + name)) {
