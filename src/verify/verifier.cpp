@@ -88,7 +88,7 @@ class Verifier {
   bool ask(MarkingFormula& formula, bool is_last) {
     ask(formula, Question::conformance, nonconforming(formula));
     const HazardLiterals hazard = hazards(formula);
-    ask(formula, Question::hazard, hazard.hazard);
+    ask(formula, Question::hazard, hazard.hazards);
     const bool is_wrong =
         answer(Question::conformance) == Answer::fails || answer(Question::hazard) == Answer::fails;
     if (is_last || is_wrong) ask_the_rest(formula, hazard);
@@ -97,7 +97,7 @@ class Verifier {
 
   void ask_the_rest(MarkingFormula& formula, const HazardLiterals& hazard) {
     const bool arbitrates = find_arbiters(formula, hazard.arbitrations);
-    ask(formula, Question::deadlock, dead(formula));
+    ask(formula, Question::deadlock, {dead(formula)});
     if (base::run_failed()) return;
     ProgressCheck progress(formula, faults_, traces_,
                            !arbitrates && answer(Question::conformance) == Answer::holds &&
@@ -112,12 +112,19 @@ class Verifier {
     return answer == Answer::holds && !is_complete_ ? Answer::undecided : answer;
   }
 
-  void ask(MarkingFormula& formula, Question question, sat::Lit wrong) {
+  // One after the other: together they are much harder to refute than each alone.
+  void ask(MarkingFormula& formula, Question question, const sat::Lits& wrong) {
     if (base::run_failed()) return;
-    const auto found = formula.solve({wrong});
-    if (!found) return;
+    for (const sat::Lit lit : wrong) {
+      const auto found = formula.solve({lit});
+      if (!found) return;
+      if (*found) return tell(formula, question);
+    }
     answer(question) = proved(Answer::holds);
-    if (!*found) return;
+  }
+
+  // What the model shows.
+  void tell(MarkingFormula& formula, Question question) {
     const auto events = formula.events_of_model();
     const auto state = traces_.state_after(events);
     if (!state) return;
