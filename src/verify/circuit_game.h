@@ -39,10 +39,10 @@ class CircuitGame {
   // The opposite of a move that has been made, with nothing after it that depends on it.
   void undo(const Move& move, GameState& state) const;
 
-  // Whether gates and silent transitions alone can lead to an edge of the wire. Explores state by
-  // state; nothing beyond the bound.
-  std::optional<bool> can_change_by_gates(WireId wire, const GameState& state,
-                                          std::size_t max_states) const;
+  // Whether gates and silent transitions alone can lead to an edge of the wire, or to where the STG
+  // does not let it change any more. Explores state by state; nothing beyond the bound.
+  std::optional<bool> can_come_by_gates(WireId wire, const GameState& state,
+                                        std::size_t max_states) const;
 
  private:
   const net::Stg& stg() const { return composition_.stg(); }

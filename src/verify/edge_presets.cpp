@@ -71,10 +71,9 @@ class BackwardSearch {
 
 }  // namespace
 
-std::optional<std::vector<std::vector<PlaceSet>>> edge_presets(const net::Stg& stg,
-                                                               const IsSilent& is_silent,
-                                                               std::size_t max_sets) {
-  std::vector<std::vector<PlaceSet>> result(stg.signals.size());
+std::optional<EdgePresets> edge_presets(const net::Stg& stg, const IsSilent& is_silent,
+                                        std::size_t max_sets) {
+  EdgePresets result(stg.signals.size());
   std::vector<BackwardSearch> searches(stg.signals.size(), {stg, is_silent, max_sets});
   for (const auto& transition : stg.transitions)
     if (!is_silent(*transition->signal))

@@ -20,10 +20,12 @@ namespace vorel::verify {
 using PlaceSet = std::vector<std::uint32_t>;  // numbers of places, ascending
 using IsSilent = std::function<bool(const net::Signal&)>;
 
-// By signal; those of silent signals are empty. Nothing when one of them has more sets than
-// allowed: when many silent transitions side by side come before one edge.
-std::optional<std::vector<std::vector<PlaceSet>>> edge_presets(const net::Stg& stg,
-                                                               const IsSilent& is_silent,
-                                                               std::size_t max_sets = 4096);
+// By number of the signal; those of silent signals are empty.
+using EdgePresets = std::vector<std::vector<PlaceSet>>;
+
+// Nothing when a signal has more sets than allowed: when many silent transitions side by side come
+// before one edge.
+std::optional<EdgePresets> edge_presets(const net::Stg& stg, const IsSilent& is_silent,
+                                        std::size_t max_sets = 4096);
 
 }  // namespace vorel::verify

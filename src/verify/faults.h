@@ -21,8 +21,8 @@ struct Fault {
 
 class FaultFinder {
  public:
-  explicit FaultFinder(const Composition& composition)
-      : composition_{composition}, game_{composition}, runs_{composition} {}
+  FaultFinder(const Composition& composition, const EdgePresets& presets)
+      : composition_{composition}, game_{composition}, runs_{composition, presets} {}
 
   const CircuitGame& game() const { return game_; }
   const GateRuns& runs() const { return runs_; }

@@ -13,7 +13,8 @@ constexpr std::uint32_t from_start = 0xFFFFFFFFu;
 
 }  // namespace
 
-GateRuns::GateRuns(const Composition& composition) : composition_{composition} {
+GateRuns::GateRuns(const Composition& composition, const EdgePresets& presets)
+    : composition_{composition}, presets_{presets} {
   for (Step m = 0; m < composition.moves().size(); ++m) {
     const Move& move = composition.moves()[m];
     if (!move.wire || move.gate != no_gate) inner_moves_.push_back(m);
@@ -43,15 +44,34 @@ GateRuns::Step GateRuns::edge_among(const std::vector<Step>& moves, WireId wire)
   return found == moves.end() ? no_move : *found;
 }
 
+std::vector<bool> GateRuns::after(const std::vector<Step>& steps, std::vector<bool> marking) const {
+  for (const Step step : steps) {
+    assert(is_enabled(step, marking));
+    fire(step, marking);
+  }
+  return marking;
+}
+
+bool GateRuns::is_due(WireId wire, const std::vector<bool>& marking) const {
+  const auto is_marked = [&](std::uint32_t place) { return marking[place]; };
+  return std::ranges::any_of(presets_[composition_.signal_of(wire)->index],
+                             [&](const auto& set) { return std::ranges::all_of(set, is_marked); });
+}
+
+bool GateRuns::has_come(WireId wire, const std::vector<bool>& marking,
+                        const std::vector<Step>& enabled, std::vector<Step>& steps) const {
+  if (!is_due(wire, marking)) return true;
+  const Step edge = edge_among(enabled, wire);
+  if (edge != no_move) steps.push_back(edge);
+  return edge != no_move;
+}
+
 bool GateRuns::run_in_rounds(WireId wire, std::vector<bool> marking,
                              std::vector<Step>& steps) const {
   std::set<std::vector<bool>> seen;
   while (seen.insert(marking).second) {
     const std::vector<Step> moves = enabled_moves(marking);
-    if (const Step edge = edge_among(moves, wire); edge != no_move) {
-      steps.push_back(edge);
-      return true;
-    }
+    if (has_come(wire, marking, moves, steps)) return true;
     for (const Step move : moves) {
       if (!is_enabled(move, marking)) continue;
       fire(move, marking);
@@ -77,8 +97,8 @@ RunOutcome GateRuns::explore(WireId wire, const std::vector<bool>& start, std::s
   for (std::size_t i = 0; i < open.size(); ++i) {
     if (open.size() > max_markings) return RunOutcome::unknown;
     const std::vector<Step> moves = enabled_moves(*open[i]);
-    if (const Step edge = edge_among(moves, wire); edge != no_move) {
-      steps.assign(1, edge);
+    steps.clear();
+    if (has_come(wire, *open[i], moves, steps)) {
       for (const auto* at = open[i]; seen.at(*at).from != nullptr; at = seen.at(*at).from)
         steps.push_back(seen.at(*at).by);
       std::ranges::reverse(steps);
@@ -93,32 +113,55 @@ RunOutcome GateRuns::explore(WireId wire, const std::vector<bool>& start, std::s
   return RunOutcome::never;
 }
 
-std::vector<std::uint32_t> GateRuns::tokens_needed(const std::vector<Step>& steps) const {
+std::vector<GateRuns::Step> GateRuns::needed_steps(const std::vector<Step>& steps) const {
   std::vector<std::uint32_t> producer(composition_.place_count(), from_start);  // of the token now
-  std::vector<std::vector<std::uint32_t>> causes(steps.size());  // of each token of its preset
+  std::vector<std::vector<std::uint32_t>> causes(steps.size());
   for (std::uint32_t i = 0; i < steps.size(); ++i) {
     for (const std::uint32_t place : composition_.preset(steps[i]))
-      causes[i].push_back(producer[place]);
+      if (producer[place] != from_start) causes[i].push_back(producer[place]);
     for (const std::uint32_t place : composition_.postset(steps[i])) producer[place] = i;
   }
   std::vector<bool> is_needed(steps.size());
   is_needed.back() = true;
-  std::vector<std::uint32_t> needed;
+  std::vector<Step> needed;
   for (std::size_t i = steps.size(); i-- > 0;) {
     if (!is_needed[i]) continue;
-    const auto& preset = composition_.preset(steps[i]);
-    for (std::size_t k = 0; k < preset.size(); ++k) {
-      if (causes[i][k] == from_start)
-        needed.push_back(preset[k]);
-      else
-        is_needed[causes[i][k]] = true;
-    }
+    needed.push_back(steps[i]);
+    for (const std::uint32_t cause : causes[i]) is_needed[cause] = true;
   }
+  std::ranges::reverse(needed);
   return needed;
+}
+
+std::vector<std::uint32_t> GateRuns::tokens_taken(const std::vector<Step>& steps) const {
+  std::vector<bool> is_touched(composition_.place_count());
+  std::vector<std::uint32_t> taken;
+  for (const Step step : steps) {
+    for (const std::uint32_t place : composition_.preset(step))
+      if (!is_touched[place]) taken.push_back(place);
+    for (const std::uint32_t place : composition_.preset(step)) is_touched[place] = true;
+    for (const std::uint32_t place : composition_.postset(step)) is_touched[place] = true;
+  }
+  return taken;
+}
+
+std::vector<std::uint32_t> GateRuns::tokens_absent(WireId wire, const std::vector<Step>& steps,
+                                                   const std::vector<bool>& start) const {
+  const std::vector<bool> end = after(steps, start);
+  std::vector<std::uint32_t> absent;
+  for (const PlaceSet& set : presets_[composition_.signal_of(wire)->index]) {
+    const auto is_lost = [&](std::uint32_t place) { return start[place] && !end[place]; };
+    if (std::ranges::any_of(set, is_lost)) continue;
+    const auto missing = std::ranges::find_if(set, [&](auto place) { return !end[place]; });
+    assert(missing != set.end() && "the wire is not due");
+    absent.push_back(*missing);
+  }
+  return absent;
 }
 
 GateRuns::Run GateRuns::run_to_edge(WireId wire, const std::vector<bool>& marking,
                                     bool is_persistent, std::size_t max_markings) const {
+  assert(is_due(wire, marking));
   std::vector<Step> steps;
   Run run;
   if (run_in_rounds(wire, marking, steps))
@@ -127,7 +170,12 @@ GateRuns::Run GateRuns::run_to_edge(WireId wire, const std::vector<bool>& markin
     run.outcome = RunOutcome::never;
   else
     run.outcome = explore(wire, marking, max_markings, steps);
-  if (run.outcome == RunOutcome::comes) run.needed = tokens_needed(steps);
+  if (run.outcome != RunOutcome::comes) return run;
+  const bool is_edge = composition_.moves()[steps.back()].wire == wire;
+  std::vector<Step> fewer = needed_steps(steps);
+  if (is_edge || !is_due(wire, after(fewer, marking))) steps = std::move(fewer);
+  run.needed = tokens_taken(steps);
+  if (!is_edge) run.absent = tokens_absent(wire, steps, marking);
   return run;
 }
 

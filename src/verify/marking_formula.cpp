@@ -17,7 +17,7 @@ configuration::EncodingOptions options_of(const sat::CnfParams& params) {
 
 }  // namespace
 
-MarkingFormula::MarkingFormula(const Composition& composition, const Presets& presets,
+MarkingFormula::MarkingFormula(const Composition& composition, const EdgePresets& presets,
                                const configuration::StateStructure<net::NetPrefix>& structure,
                                const sat::CnfParams& params, const Deadline& deadline)
     : composition_{composition},

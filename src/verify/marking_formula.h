@@ -21,10 +21,9 @@ namespace vorel::verify {
 class MarkingFormula {
  public:
   using Event = net::NetPrefix::Event;
-  using Presets = std::vector<std::vector<PlaceSet>>;  // by signal
 
   // The prefix is that of the composition's net. All must outlive it.
-  MarkingFormula(const Composition& composition, const Presets& presets,
+  MarkingFormula(const Composition& composition, const EdgePresets& presets,
                  const configuration::StateStructure<net::NetPrefix>& structure,
                  const sat::CnfParams& params, const Deadline& deadline);
 
@@ -56,7 +55,7 @@ class MarkingFormula {
   void define_values();
 
   const Composition& composition_;
-  const Presets& presets_;
+  const EdgePresets& presets_;
   const Deadline& deadline_;
   configuration::SearchInstance<net::NetPrefix> instance_;
   sat::Lits values_;                       // by wire

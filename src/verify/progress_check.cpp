@@ -78,58 +78,33 @@ bool ProgressCheck::is_silently_acyclic() const {
                              [&](const auto& t) { return visit(visit, *t); });
 }
 
-void ProgressCheck::add_resting(std::size_t gate, sat::Lits& lits) {
+void ProgressCheck::add_resting(std::size_t gate) {
   const net::Signal* const signal =
       composition_.signal_of(composition_.circuit().gates[gate].output);
   const sat::Lit excited = formula_.excited(gate);
-  if (signal == nullptr) lits.push_back(~excited);
+  if (signal == nullptr) at_rest_.push_back(~excited);
   for (const auto& transition : composition_.stg().transitions)
     if (transition->signal == signal)
-      lits.push_back(~formula_.all_of({excited, formula_.enabled(*transition)}));
+      at_rest_.push_back(~formula_.all_of({excited, formula_.enabled(*transition)}));
 }
 
+// Those of wires that are no signals first: it is their delays that would take many rounds.
 void ProgressCheck::choose_resting_gates() {
   const auto& gates = composition_.circuit().gates;
   AcyclicGates acyclic(composition_.functions());
-  for (std::size_t g = 0; g < gates.size(); ++g)
-    if (composition_.signal_of(gates[g].output) == nullptr && acyclic.add(g))
-      add_resting(g, hidden_at_rest_);
-  all_at_rest_ = hidden_at_rest_;
-  for (std::size_t g = 0; g < gates.size(); ++g)
-    if (composition_.signal_of(gates[g].output) != nullptr && acyclic.add(g))
-      add_resting(g, all_at_rest_);
+  for (const bool of_signals : {false, true})
+    for (std::size_t g = 0; g < gates.size(); ++g)
+      if ((composition_.signal_of(gates[g].output) != nullptr) == of_signals && acyclic.add(g))
+        add_resting(g);
   if (!is_silently_acyclic()) return;
   for (const auto& transition : composition_.stg().transitions)
     if (composition_.is_silent(*transition->signal))
-      all_at_rest_.push_back(~formula_.enabled(*transition));
-}
-
-// Once due, the signal is until it has changed or an input takes its place: nothing else takes the
-// tokens that lead to its edges.
-bool ProgressCheck::stays_due(const net::Signal& signal) const {
-  std::vector<bool> is_seen(composition_.stg().places.size());
-  for (const PlaceSet& set : formula_.edge_presets(signal))
-    for (const std::uint32_t place : set) is_seen[place] = true;
-  return std::ranges::all_of(composition_.stg().places, [&](const auto& place) {
-    if (!is_seen[place->index]) return true;
-    std::size_t own = 0, silent = 0;
-    for (const auto* transition : place->postset) {
-      const auto wire = composition_.wire_of(*transition->signal);
-      if (!wire)
-        ++silent;
-      else if (transition->signal == &signal)
-        ++own;
-      else if (composition_.functions().driver(*wire) != no_gate)
-        return false;
-    }
-    return silent == 0 || (silent == 1 && own == 0);
-  });
+      at_rest_.push_back(~formula_.enabled(*transition));
 }
 
 sat::Lits ProgressCheck::question(WireId wire) {
-  const net::Signal& signal = *composition_.signal_of(wire);
-  sat::Lits lits = stays_due(signal) ? all_at_rest_ : hidden_at_rest_;
-  lits.push_back(formula_.change_allowed(signal));
+  sat::Lits lits = at_rest_;
+  lits.push_back(formula_.change_allowed(*composition_.signal_of(wire)));
   lits.push_back(~formula_.excited(composition_.functions().driver(wire)));
   return lits;
 }
@@ -155,6 +130,7 @@ Answer ProgressCheck::check_signal(WireId wire, Result& result) {
     }
     sat::Lits clause{~asked};
     for (const std::uint32_t place : run.needed) clause.push_back(~formula_.marked(place));
+    for (const std::uint32_t place : run.absent) clause.push_back(formula_.marked(place));
     formula_.formula().add_clause(clause, sat::PermanentGroup);
   }
   return Answer::undecided;

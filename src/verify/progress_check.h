@@ -37,10 +37,8 @@ class ProgressCheck {
  private:
   Answer check_signal(WireId wire, Result& result);
   sat::Lits question(WireId wire);
-  // Literals that say that the gates rest, of hidden wires only or of all.
   void choose_resting_gates();
-  void add_resting(std::size_t gate, sat::Lits& lits);
-  bool stays_due(const net::Signal& signal) const;
+  void add_resting(std::size_t gate);
   bool has_no_free_choice() const;
   bool is_silently_acyclic() const;
 
@@ -49,7 +47,7 @@ class ProgressCheck {
   const FaultFinder& faults_;
   const TraceBuilder& traces_;
   const bool is_persistent_;
-  sat::Lits hidden_at_rest_, all_at_rest_;
+  sat::Lits at_rest_;  // what says that the chosen gates are
 };
 
 }  // namespace vorel::verify

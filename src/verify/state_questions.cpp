@@ -19,9 +19,14 @@ class HazardBuilder {
 
   HazardLiterals run() {
     const Circuit& circuit = composition_.circuit();
-    for (std::size_t gate = 0; gate < circuit.gates.size(); ++gate)
+    HazardLiterals result;
+    for (std::size_t gate = 0; gate < circuit.gates.size(); ++gate) {
+      hazards_.clear();
       for (const WireId wire : circuit.gates[gate].inputs) add_pair(gate, wire);
-    return {formula_.any_of(hazards_), std::move(arbitrations_)};
+      result.hazards.push_back(formula_.any_of(hazards_));
+    }
+    result.arbitrations = std::move(arbitrations_);
+    return result;
   }
 
  private:
@@ -91,19 +96,19 @@ class HazardBuilder {
 
   MarkingFormula& formula_;
   const Composition& composition_;
-  sat::Lits hazards_;
+  sat::Lits hazards_;  // of the gate that it is about
   std::vector<HazardLiterals::Arbitration> arbitrations_;
 };
 
 }  // namespace
 
-sat::Lit nonconforming(MarkingFormula& formula) {
+sat::Lits nonconforming(MarkingFormula& formula) {
   const Composition& composition = formula.composition();
   sat::Lits wrong;
   for (std::size_t gate = 0; gate < composition.circuit().gates.size(); ++gate)
     if (const auto* signal = composition.signal_of(composition.circuit().gates[gate].output))
       wrong.push_back(formula.all_of({formula.excited(gate), ~formula.change_allowed(*signal)}));
-  return formula.any_of(wrong);
+  return wrong;
 }
 
 sat::Lit dead(MarkingFormula& formula) {

@@ -10,14 +10,15 @@
 
 namespace vorel::verify {
 
-// Some gate is excited and the STG does not let its signal change.
-sat::Lit nonconforming(MarkingFormula& formula);
+// Of each gate that drives a signal: it is excited and the STG does not let the signal change.
+sat::Lits nonconforming(MarkingFormula& formula);
 
 // All stops, and the STG lets a signal change that a gate drives.
 sat::Lit dead(MarkingFormula& formula);
 
 struct HazardLiterals {
-  sat::Lit hazard;  // some gate loses its excitation to a change that may not take it
+  // By gate: it loses its excitation to a change that may not take it.
+  sat::Lits hazards;
   // Gates that may lose it to one another, and where the first of them does to the second.
   struct Arbitration {
     WireId loser, winner;

@@ -20,17 +20,17 @@ class Verifier {
         deadline_{options.limits.max_seconds},
         functions_{circuit},
         composition_{stg, functions_},
-        faults_{composition_},
+        presets_{
+            edge_presets(stg, [this](const net::Signal& s) { return composition_.is_silent(s); })},
+        faults_{composition_, presets_ ? *presets_ : no_presets_},
         traces_{composition_, faults_, deadline_} {
     result_.answers.fill(Answer::undecided);
   }
 
   std::optional<Verification> run() {
     check_initial_state();
-    const auto is_silent = [this](const net::Signal& s) { return composition_.is_silent(s); };
-    const auto presets = edge_presets(composition_.stg(), is_silent);
-    if (presets)
-      ask_on_growing_prefixes(*presets);
+    if (presets_)
+      ask_on_growing_prefixes();
     else
       base::print_warning("too many dummies come before one edge; all is left undecided");
     if (base::run_failed()) return std::nullopt;
@@ -55,14 +55,14 @@ class Verifier {
 
   // A circuit with a fault goes on behind it, often in very many ways: a fault is looked for before
   // all of them are unfolded.
-  void ask_on_growing_prefixes(const MarkingFormula::Presets& presets) {
+  void ask_on_growing_prefixes() {
     const std::uint64_t bound = options_.limits.max_events;
     for (std::uint64_t size = first_prefix_size;; size *= growth_of_prefix) {
       const bool is_last_size = bound != 0 && size >= bound;
       if (!unfold(is_last_size ? bound : size)) return;
       const bool is_last = is_complete_ || is_last_size || deadline_.is_over();
       const configuration::StateStructure<net::NetPrefix> structure(prefix_);
-      MarkingFormula formula(composition_, presets, structure, options_.formula, deadline_);
+      MarkingFormula formula(composition_, *presets_, structure, options_.formula, deadline_);
       if (ask(formula, is_last) || base::run_failed()) return;
     }
   }
@@ -88,7 +88,7 @@ class Verifier {
   bool ask(MarkingFormula& formula, bool is_last) {
     ask(formula, Question::conformance, nonconforming(formula));
     const HazardLiterals hazard = hazards(formula);
-    ask(formula, Question::hazard, hazard.hazard);
+    ask(formula, Question::hazard, hazard.hazards);
     const bool is_wrong =
         answer(Question::conformance) == Answer::fails || answer(Question::hazard) == Answer::fails;
     if (is_last || is_wrong) ask_the_rest(formula, hazard);
@@ -97,7 +97,7 @@ class Verifier {
 
   void ask_the_rest(MarkingFormula& formula, const HazardLiterals& hazard) {
     const bool arbitrates = find_arbiters(formula, hazard.arbitrations);
-    ask(formula, Question::deadlock, dead(formula));
+    ask(formula, Question::deadlock, {dead(formula)});
     if (base::run_failed()) return;
     ProgressCheck progress(formula, faults_, traces_,
                            !arbitrates && answer(Question::conformance) == Answer::holds &&
@@ -112,12 +112,19 @@ class Verifier {
     return answer == Answer::holds && !is_complete_ ? Answer::undecided : answer;
   }
 
-  void ask(MarkingFormula& formula, Question question, sat::Lit wrong) {
+  // One after the other: together they are much harder to refute than each alone.
+  void ask(MarkingFormula& formula, Question question, const sat::Lits& wrong) {
     if (base::run_failed()) return;
-    const auto found = formula.solve({wrong});
-    if (!found) return;
+    for (const sat::Lit lit : wrong) {
+      const auto found = formula.solve({lit});
+      if (!found) return;
+      if (*found) return tell(formula, question);
+    }
     answer(question) = proved(Answer::holds);
-    if (!*found) return;
+  }
+
+  // What the model shows.
+  void tell(MarkingFormula& formula, Question question) {
     const auto events = formula.events_of_model();
     const auto state = traces_.state_after(events);
     if (!state) return;
@@ -152,6 +159,8 @@ class Verifier {
   const Deadline deadline_;
   const CircuitFunctions functions_;
   const Composition composition_;
+  const std::optional<EdgePresets> presets_;
+  const EdgePresets no_presets_;
   const FaultFinder faults_;
   const TraceBuilder traces_;
   net::NetPrefix prefix_;

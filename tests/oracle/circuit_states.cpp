@@ -124,7 +124,7 @@ class CircuitStates::Explorer {
 
  private:
   struct GateArc {
-    std::size_t gate;
+    std::size_t gate;  // one more than there are for a dummy
     std::uint32_t source;
   };
 
@@ -289,7 +289,8 @@ class CircuitStates::Explorer {
       const net::SignalKind kind = arc.transition->signal->kind;
       if (kind != net::SignalKind::input && kind != net::SignalKind::dummy) continue;
       const CircuitState next{arc.target, state.others};
-      number_of(next);
+      const std::uint32_t target = number_of(next);
+      if (kind == net::SignalKind::dummy) arcs_to_[target].push_back({outputs_.size(), number});
       find_disabled(state, excited, outputs_.size(), arc.transition->name, next);
     }
     if (is_stuck(state)) found(CircuitQuestion::deadlock, "all rests where the STG does not");
@@ -330,7 +331,8 @@ class CircuitStates::Explorer {
     return !arcs.empty();
   }
 
-  // From each state in which the STG lets the signal change gates alone must be able to change it.
+  // From each state in which the STG lets the signal change gates alone must be able to change it,
+  // or to choose another that takes its place.
   void find_missing_outputs() {
     for (std::size_t gate = 0; gate < outputs_.size(); ++gate) {
       if (!wires_.is_signal(outputs_[gate])) continue;
@@ -351,6 +353,8 @@ class CircuitStates::Explorer {
     for (const auto& arcs : arcs_to_)
       for (const GateArc& arc : arcs)
         if (arc.gate == gate) add(arc.source);
+    for (std::uint32_t i = 0; i < states_.size(); ++i)
+      if (!is_due(gate, states_[i])) add(i);
     while (!open.empty()) {
       const std::uint32_t state = open.back();
       open.pop_back();
