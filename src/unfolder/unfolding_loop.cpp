@@ -54,7 +54,7 @@ UnfoldOutcome UnfoldingLoop::run() {
   start_ticks_ = base::ticks_now();
   extend_with(*workers_.front(), no_event);
   collect_batch();
-  bool stopped = should_stop();
+  bool stopped = should_stop() || has_enough_events();
   while (!stopped && !batch_.empty() && !must_give_up()) {
     if (options_.non_local_correspondents) find_non_local_cut_offs();
     if (!batch_.empty() && !must_give_up()) {
@@ -64,7 +64,7 @@ UnfoldOutcome UnfoldingLoop::run() {
     }
     if (must_give_up()) break;
     collect_batch();
-    stopped = should_stop();
+    stopped = should_stop() || has_enough_events();
   }
   if (must_give_up() && !keeps_incomplete()) return outcome_;
   if (stopped || outcome_ != UnfoldOutcome::complete) {
@@ -83,10 +83,21 @@ void UnfoldingLoop::give_up(UnfoldOutcome outcome) {
   outcome_.compare_exchange_strong(none, outcome);
 }
 
+bool UnfoldingLoop::has_too_many_events() const {
+  return options_.max_events != 0 && process_.event_count() > options_.max_events;
+}
+
+// What is to be kept does not depend on the threads: it ends between batches.
+bool UnfoldingLoop::has_enough_events() {
+  if (options_.keep_incomplete && has_too_many_events() && !batch_.empty())
+    give_up(UnfoldOutcome::too_many_events);
+  return outcome_ == UnfoldOutcome::too_many_events;
+}
+
 // True once the run has to end without a result. All workers ask.
 bool UnfoldingLoop::must_give_up() {
   if (outcome_ != UnfoldOutcome::complete) return true;
-  if (options_.max_events != 0 && process_.event_count() > options_.max_events) {
+  if (!options_.keep_incomplete && has_too_many_events()) {
     give_up(UnfoldOutcome::too_many_events);
   } else if (options_.max_seconds > 0 &&
              base::seconds_of(base::ticks_now() - start_ticks_) > options_.max_seconds) {

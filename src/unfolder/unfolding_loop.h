@@ -89,6 +89,8 @@ class UnfoldingLoop {
   void give_up(UnfoldOutcome outcome);
   bool must_give_up();
   bool keeps_incomplete() const;
+  bool has_too_many_events() const;
+  bool has_enough_events();
   void pass_on_correspondent(EventId cut_off);
   void sort_for_entry(std::vector<EventId>& events) const;
   std::string sizes() const;

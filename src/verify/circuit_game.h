@@ -1,7 +1,6 @@
 // verify/circuit_game.h - circuit and STG step by step, in one state at hand.
-// Here:      which steps there are, what gates and the STG say of a state; no prefix, no clauses,
-// no
-//            cubes of functions.
+// Here:      which steps there are, what gates and the STG say of a state; without a prefix,
+//            clauses or cubes of functions.
 // Not here:  the same for all states at once (verify/marking_formula.h), which it checks.
 #pragma once
 

@@ -56,7 +56,8 @@ bool FaultFinder::is_dead(const GameState& state) const {
   });
 }
 
-bool FaultFinder::is_fault(const Fault& fault, const GameState& state, bool is_persistent) const {
+bool FaultFinder::is_fault(const Fault& fault, const GameState& state, bool is_persistent,
+                           std::size_t max_markings) const {
   const std::size_t gate = composition_.functions().driver(fault.wire);
   const bool is_signal = composition_.signal_of(fault.wire) != nullptr;
   switch (fault.question) {
@@ -70,7 +71,8 @@ bool FaultFinder::is_fault(const Fault& fault, const GameState& state, bool is_p
              !is_let_through(gate, *fault.move, state);
     case Question::progress:
       return is_signal && game_.is_change_allowed(fault.wire, state) &&
-             runs_.run_to_edge(fault.wire, marking_of(composition_, state), is_persistent)
+             runs_.run_to_edge(fault.wire, marking_of(composition_, state), is_persistent,
+                               max_markings)
                      .outcome == RunOutcome::never;
     case Question::deadlock:
       return is_signal && game_.is_change_allowed(fault.wire, state) && is_dead(state);

@@ -30,8 +30,9 @@ class FaultFinder {
   // The first in the state; of progress the caller has to name the wire.
   std::optional<Fault> find(Question question, const GameState& state) const;
   // Of progress: only where it is certain. Gates that are persistent never take away what another
-  // is about to do (verify/gate_runs.h).
-  bool is_fault(const Fault& fault, const GameState& state, bool is_persistent = false) const;
+  // is about to do; for others as many markings are explored (verify/gate_runs.h).
+  bool is_fault(const Fault& fault, const GameState& state, bool is_persistent = false,
+                std::size_t max_markings = GateRuns::usual_max_markings) const;
   // What the gate loses to the move is what it may lose: a mutual exclusion element was declared,
   // or the STG itself lets the one edge happen or the other.
   bool is_let_through(std::size_t gate, const Move& move, const GameState& before) const;

@@ -20,6 +20,8 @@ enum class RunOutcome : std::uint8_t { comes, never, unknown };
 
 class GateRuns {
  public:
+  static constexpr std::size_t usual_max_markings = 20'000;
+
   // Both must outlive it.
   GateRuns(const Composition& composition, const EdgePresets& presets);
 
@@ -33,7 +35,7 @@ class GateRuns {
   // another is about to do, that decides: it ends in rest or goes round without the edge only if
   // nothing leads there. Otherwise the markings are explored one by one, up to a bound.
   Run run_to_edge(WireId wire, const std::vector<bool>& marking, bool is_persistent,
-                  std::size_t max_markings = 20'000) const;
+                  std::size_t max_markings = usual_max_markings) const;
 
  private:
   using Step = std::uint32_t;  // number of a move

@@ -1,8 +1,7 @@
 // verify/marking_formula.h - what holds in a reachable marking of the composition, as literals.
 // Here:      values of wires, excited gates, what the STG enables and lets happen; solving.
 // Not here:  the questions (verify/state_questions.h, verify/progress_check.h), the same in one
-// state
-//            at hand (verify/circuit_game.h).
+//            state at hand (verify/circuit_game.h).
 #pragma once
 
 #include <cstddef>

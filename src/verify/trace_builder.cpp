@@ -8,7 +8,10 @@ namespace vorel::verify {
 namespace {
 
 // The exhaustive check that gates alone do not lead to an edge; beyond it, the search is believed.
-constexpr std::size_t max_states_of_check = 10'000;
+constexpr std::size_t max_states_of_check = 5'000;
+
+// Spent for each event; where a fault of progress takes more to be certain, the event stays.
+constexpr std::size_t max_markings_of_shortening = 200;
 
 }  // namespace
 
@@ -37,7 +40,7 @@ void TraceBuilder::shorten(const Fault& fault, std::vector<const Event*>& events
     if (!deadline_.is_over() && std::ranges::none_of(event.postset, is_taken)) {
       GameState before = state;
       faults_.game().undo(move_of(event), before);
-      is_left_out = faults_.is_fault(fault, before, is_persistent);
+      is_left_out = faults_.is_fault(fault, before, is_persistent, max_markings_of_shortening);
       if (is_left_out) state = std::move(before);
     }
     if (is_left_out) continue;

@@ -1,7 +1,6 @@
 // verify/random_circuit.h - circuits for a small STG, right and wrong ones, from a seed.
 // Here:      next-state functions of its state graph as gates, split, mutated; the same circuit as
-// the
-//            oracle and as the verifier see it.
+//            the oracle and as the verifier see it.
 #pragma once
 
 #include <string>
