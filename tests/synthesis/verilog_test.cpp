@@ -124,7 +124,7 @@ class Verilog : public testing::Test {
     const std::string seed = std::to_string(support::seeds(1).first);
     const support::ProgramRun run = shell(
         "ulimit -t 100; iverilog -Wall -Wno-implicit -o test.vvp test.v && vvp -n test.vvp "
-        "+edges=400 +seed=" +
+        "+edges=200 +seed=" +
         seed);
     EXPECT_EQ(run.exit_code, 0);
     EXPECT_EQ(run.err, "");
@@ -160,7 +160,7 @@ class Verilog : public testing::Test {
 
 TEST_F(Verilog, OutputsOfTheExamplesFollowTheirStgs) {
   add_all(examples());
-  expect_to_follow(400);
+  expect_to_follow(200);
 }
 
 TEST_F(Verilog, OutputsOfRandomStgsFollowThem) {
@@ -189,7 +189,7 @@ TEST_F(Verilog, OddNamesOfSignalsStandAsEscapedIdentifiers) {
       add(subject, style, module);
     }
   }
-  expect_to_follow(400);
+  expect_to_follow(200);
 }
 
 TEST_F(Verilog, SimulationTellsWhatIsWrong) {
