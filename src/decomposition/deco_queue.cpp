@@ -49,6 +49,16 @@ void DecoQueue::drop_front() {
   entries_.pop();
 }
 
+void DecoQueue::reconsider_front() {
+  Entry entry = entries_.top();
+  drop_front();
+  Deco& deco = candidates_[entry.candidate];
+  for (Subfunction& part : deco.subfunctions) part.insertion.reset();
+  entry.stage = Stage::bounded_with_literals;
+  entry.cost = least_cost(deco, means_.setting(), LiteralsLeft::counted);
+  entries_.push(entry);
+}
+
 std::vector<const Deco*> DecoQueue::all() {
   std::vector<const Deco*> result;
   std::priority_queue<Entry> known;

@@ -35,6 +35,9 @@ class DecoQueue {
   // if there is none, and after a reported failure.
   const Deco* front();
   void drop_front();
+  // The insertions of the one at the front are no longer the best: it takes the place that those
+  // give it which there are now.
+  void reconsider_front();
   // All that can be carried out, in their order.
   std::vector<const Deco*> all();
 

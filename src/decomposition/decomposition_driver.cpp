@@ -107,7 +107,7 @@ void DecompositionDriver::tell_statistics() const {
       static_cast<unsigned long long>(inserter.cache_hits),
       static_cast<unsigned long long>(inserter.choices),
       static_cast<unsigned long long>(inserter.deviating),
-      static_cast<unsigned long long>(inserter.broken_codings), stats_.derivation_seconds,
+      static_cast<unsigned long long>(inserter.refused), stats_.derivation_seconds,
       stats_.decomposition_seconds - inserter.seconds, inserter.seconds);
 }
 
@@ -162,8 +162,14 @@ bool DecompositionDriver::insert_a_signal() {
   rejected_.clear();
   std::optional<Trial> least_harmful;
   while (const Deco* const deco = choose()) {
+    std::optional<resolution::InsertedSignal> inserted = inserted_for(*deco);
+    if (base::run_failed()) return false;
+    if (!inserted) {
+      decos_.at(deco->signal).reconsider_front();
+      continue;
+    }
     rejected_.insert(regular(deco->chosen_part()->function));
-    std::optional<Trial> trial = attempt(*deco);
+    std::optional<Trial> trial = attempt(*deco, std::move(*inserted));
     if (!trial) return false;
     if (trial->state.complexity < state_->complexity) return adopt(std::move(*trial));
     const bool is_new = !seen_.contains(trial->state.complexity);
@@ -214,12 +220,20 @@ const Deco* DecompositionDriver::best_of(const SignalFunctions& functions) {
   }
 }
 
-std::optional<DecompositionDriver::Trial> DecompositionDriver::attempt(const Deco& deco) {
-  ++stats_.tried;
+std::optional<resolution::InsertedSignal> DecompositionDriver::inserted_for(const Deco& deco) {
+  const Subfunction& part = *deco.chosen_part();
   const std::optional<SubfunctionInsertion> insertion =
-      tools_->inserter.insert(deco.chosen_part()->function, deco.signal, false);
-  assert(insertion && "the candidate was rated with it");
+      tools_->inserter.insert(part.function, deco.signal, false);
+  if (!insertion || insertion->text() != part.insertion->text) return std::nullopt;
   resolution::InsertedSignal inserted = tools_->inserter.after(*insertion);
+  if (tools_->inserter.keeps_coding(inserted.prefix)) return inserted;
+  tools_->inserter.refuse(part.function, *insertion);
+  return std::nullopt;
+}
+
+std::optional<DecompositionDriver::Trial> DecompositionDriver::attempt(
+    const Deco& deco, resolution::InsertedSignal inserted) {
+  ++stats_.tried;
   std::string name = base::element(inserted.prefix.signals, inserted.signal).name;
   if (!resolution::re_unfold(inserted.prefix)) return std::nullopt;
   std::optional<State> state = state_of(inserted.prefix, state_->implementations);

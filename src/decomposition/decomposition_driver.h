@@ -96,7 +96,10 @@ class DecompositionDriver {
   // The decomposition that is carried out next; null if there is none.
   const Deco* choose();
   const Deco* best_of(const SignalFunctions& functions);
-  std::optional<Trial> attempt(const Deco& deco);
+  // The STG with the signal for it. Nothing if the insertion is not the best any more, as it makes
+  // an encoding conflict.
+  std::optional<resolution::InsertedSignal> inserted_for(const Deco& deco);
+  std::optional<Trial> attempt(const Deco& deco, resolution::InsertedSignal inserted);
   bool adopt(Trial trial);
   void build_circuit();
   void tell_statistics() const;

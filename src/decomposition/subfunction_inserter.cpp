@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <iostream>
+#include <span>
 #include <utility>
 
 #include "base/clock.h"
@@ -24,9 +25,10 @@ using resolution::CandidateId;
 using sat::Lits;
 
 constexpr int verbosity_of_results = 4, verbosity_of_details = 5;
-// Each of them costs a check of the whole STG. Where so many sets of edges break the coding, others
-// for the same function are likely to.
-constexpr std::uint64_t most_broken_codings = 60;
+// Where so many sets of edges break the coding, others for the same function are likely to.
+constexpr std::size_t most_refused = 60;
+// That are looked at one after another.
+constexpr std::size_t most_sets = 200;
 
 bool tells(int verbosity) { return base::verbosity() >= verbosity; }
 
@@ -77,7 +79,8 @@ struct SubfunctionInserter::Step {
 // was found.
 class SubfunctionInserter::Search {
  public:
-  Search(SubfunctionInserter& inserter, Step& step, bdd::Bdd function)
+  Search(SubfunctionInserter& inserter, Step& step, bdd::Bdd function,
+         std::span<const resolution::Choice> refused)
       : inserter_{inserter},
         step_{step},
         formula_{inserter.engine_.formula()},
@@ -85,8 +88,8 @@ class SubfunctionInserter::Search {
         own_{formula_.new_group()},
         mode_{formula_.new_group()} {
     step_.states.set_target(function_, inserter.names_);
-
     add_admissions();
+    for (const resolution::Choice& choice : refused) exclude(choice, own_);
   }
   Search(const Search&) = delete;
   Search& operator=(const Search&) = delete;
@@ -101,9 +104,20 @@ class SubfunctionInserter::Search {
   std::vector<SubfunctionInsertion>& found() { return found_; }
 
  private:
+  // Edges that make a signal.
+  struct EdgeSet {
+    resolution::Choice choice;
+    bool begins_at_1;
+    std::uint64_t waiting;  // signals that wait for it
+    std::uint64_t rating;
+  };
+
   void add_admissions();
-  // Finds the least cost until the model is to our liking.
-  std::optional<SubfunctionInsertion> accept(const resolution::Choice& choice, bool begins_at_1);
+  std::optional<std::vector<EdgeSet>> all_sets();
+  std::optional<EdgeSet> cheapest_set();
+  EdgeSet set_of_model() const;
+  static bool has(const EdgeSet& set, const EdgeStates::Deviation& deviation);
+  std::optional<SubfunctionInsertion> accept(const EdgeSet& set);
   SubfunctionInsertion rated(const resolution::Choice& choice,
                              const resolution::InsertedSignal& inserted, bool is_expected) const;
   void exclude(const resolution::Choice& choice, sat::ClauseGroup group);
@@ -117,8 +131,9 @@ class SubfunctionInserter::Search {
   sat::Lit begins_at_1_ = sat::LitFalse;
   bool has_edges_ = false;  // of both kinds
   bool is_exact_ = false;
-  std::uint64_t broken_codings_ = 0;
-  std::vector<SubfunctionInsertion> found_;  // each set once
+  std::vector<CandidateId> admitted_;
+  std::vector<EdgeStates::Deviation> deviations_;  // of sets met in a search for the best
+  std::vector<SubfunctionInsertion> found_;        // each set once
 };
 
 void SubfunctionInserter::Search::add_admissions() {
@@ -136,6 +151,7 @@ void SubfunctionInserter::Search::add_admissions() {
     (admission == Admission::rising ? rising : falling).push_back(chosen);
     if (step_.states.is_excited_at_start(candidate)) excited_at_start.push_back(chosen);
     admitted.emplace_back(candidate, admission);
+    admitted_.push_back(candidate);
     useful += "\n " + resolution::to_text(engine.candidates().insertion(candidate));
   }
   has_edges_ = !rising.empty() && !falling.empty();
@@ -158,39 +174,79 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best(bool exact
   assert(has_edges());
   is_exact_ = exact;
   mode_ = formula_.renew_group(mode_);
+  deviations_.clear();
   if (local) sat::IntegerCircuit(formula_).assert_equal(step_.acks, 1, mode_);
-  while (broken_codings_ < most_broken_codings) {
-    resolution::Choice choice;
-    bool begins_at_1 = false;
-    std::uint64_t waiting = 0;
-    const sat::ClauseGroup descent = formula_.new_group();
-    const auto least =
-        sat::find_least_cost(formula_, step_.rating, resolution::unknown_cost, descent, [&] {
-          choice = inserter_.engine_.choice();
-          begins_at_1 = formula_.is_true(begins_at_1_);
-          waiting = sat::IntegerCircuit(formula_).model_value(step_.acks);
-        });
-    formula_.remove_group(descent);
-    if (!least || base::run_failed()) return std::nullopt;
-    const std::optional<SubfunctionInsertion> accepted = accept(choice, begins_at_1);
-    assert(!accepted || accepted->ack_count == waiting);
-    if (accepted || base::run_failed()) return accepted;
+  if (const auto sets = all_sets()) {
+    for (const EdgeSet& set : *sets) {
+      if (base::run_failed()) break;
+      if (std::ranges::any_of(deviations_,
+                              [&](const auto& deviation) { return has(set, deviation); }))
+        continue;
+      if (auto accepted = accept(set)) return accepted;
+    }
+  } else {
+    for (;;) {
+      const std::optional<EdgeSet> set = cheapest_set();
+      if (!set || base::run_failed()) return std::nullopt;
+      if (auto accepted = accept(*set)) return accepted;
+      if (base::run_failed()) return std::nullopt;
+    }
   }
-  ++inserter_.stats_.searches_given_up;
   return std::nullopt;
 }
 
-// Nothing if the choice is refused; it does not come again then.
-std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(
-    const resolution::Choice& choice, bool begins_at_1) {
+SubfunctionInserter::Search::EdgeSet SubfunctionInserter::Search::set_of_model() const {
+  return {.choice = inserter_.engine_.choice(),
+          .begins_at_1 = formula_.is_true(begins_at_1_),
+          .waiting = sat::IntegerCircuit(formula_).model_value(step_.acks),
+          .rating = sat::model_cost(formula_, step_.rating)};
+}
+
+// The cheapest first. Nothing if there are too many; a search for the least cost proves a bound for
+// each literal of the cost, which takes longer than some sets.
+std::optional<std::vector<SubfunctionInserter::Search::EdgeSet>>
+SubfunctionInserter::Search::all_sets() {
+  std::vector<EdgeSet> sets;
+  const sat::ClauseGroup blocking = formula_.new_group();
+  while (sets.size() < most_sets && formula_.solve()) {
+    sets.push_back(set_of_model());
+    exclude(sets.back().choice, blocking);
+  }
+  formula_.remove_group(blocking);
+  if (sets.size() == most_sets) return std::nullopt;
+  std::ranges::stable_sort(sets, {}, &EdgeSet::rating);
+  return sets;
+}
+
+std::optional<SubfunctionInserter::Search::EdgeSet> SubfunctionInserter::Search::cheapest_set() {
+  std::optional<EdgeSet> set;
+  const sat::ClauseGroup descent = formula_.new_group();
+  sat::find_least_cost(formula_, step_.rating, resolution::unknown_cost, descent,
+                       [&] { set = set_of_model(); });
+  formula_.remove_group(descent);
+  return set;
+}
+
+// With an odd number of these edges in a signal that begins at 0, and an even number in one that
+// begins at 1, the next value is the function's there.
+bool SubfunctionInserter::Search::has(const EdgeSet& set, const EdgeStates::Deviation& deviation) {
+  bool next = set.begins_at_1;
+  for (const CandidateId edge : deviation.edges) next ^= set.choice[edge];
+  return next != deviation.value;
+}
+
+// Nothing if the set is refused; it does not come again then.
+std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(const EdgeSet& set) {
+  const resolution::Choice& choice = set.choice;
   InserterStats& stats = inserter_.stats_;
   ++stats.choices;
   if (is_exact_) {
     std::vector<CandidateId> edges;
     for (const CandidateId candidate : inserter_.engine_.candidates().all())
       if (choice[candidate]) edges.push_back(candidate);
-    if (const auto deviation = step_.states.deviation(edges, begins_at_1)) {
+    if (const auto deviation = step_.states.deviation(edges, set.begins_at_1)) {
       ++stats.deviating;
+      deviations_.push_back(*deviation);
       Lits lits{begins_at_1_};
       for (const CandidateId edge : deviation->edges)
         lits.push_back(inserter_.engine_.literals()[edge]);
@@ -201,7 +257,7 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(
     if (base::run_failed()) return std::nullopt;
   }
   const resolution::InsertedSignal inserted =
-      inserter_.engine_.after_insertion(choice, begins_at_1 ? 1 : 0);
+      inserter_.engine_.after_insertion(choice, set.begins_at_1 ? 1 : 0);
   const bool is_expected = computes(inserted.prefix, inserted.signal, function_, inserter_.names_,
                                     inserter_.options_.encoding);
   if (base::run_failed()) return std::nullopt;
@@ -210,13 +266,8 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(
     exclude(choice, mode_);
     return std::nullopt;
   }
-  if (!inserter_.keeps_coding(inserted.prefix)) {
-    ++stats.broken_codings;
-    ++broken_codings_;
-    exclude(choice, own_);
-    return std::nullopt;
-  }
   SubfunctionInsertion accepted = rated(choice, inserted, is_expected);
+  assert(accepted.ack_count == set.waiting);
   const auto is_same = [&](const auto& other) { return other.is_same_as(accepted); };
   if (std::ranges::none_of(found_, is_same)) found_.push_back(accepted);
   return accepted;
@@ -225,7 +276,7 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(
 void SubfunctionInserter::Search::exclude(const resolution::Choice& choice,
                                           sat::ClauseGroup group) {
   Lits clause;
-  for (const CandidateId candidate : inserter_.engine_.candidates().all())
+  for (const CandidateId candidate : admitted_)
     clause.push_back(inserter_.engine_.literals()[candidate] ^ choice[candidate]);
   formula_.add_clause(clause, group);
 }
@@ -288,7 +339,7 @@ bool SubfunctionInserter::keeps_coding(const net::StgPrefix& prefix) const {
 bool SubfunctionInserter::compute_insertions(const bdd::Bdd& function, const std::string& context,
                                              bool local, InsertionResult& result) {
   const base::AddedTime timer(stats_.seconds);
-  Search search(*this, step(), function);
+  Search search(*this, step(), function, result.refused);
   if (base::run_failed()) return false;
   if (tells(verbosity_of_details)) {
     std::cerr << "\n Computing the expected implementation field for\n $1="
@@ -348,6 +399,16 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::insert(const bdd::Bdd& 
   }
   if (!slot.insertion || regular == function) return slot.insertion;
   return complemented(*slot.insertion);
+}
+
+void SubfunctionInserter::refuse(const bdd::Bdd& function, const SubfunctionInsertion& insertion) {
+  ++stats_.refused;
+  InsertionResult& result = cache_.at(function.is_complement() ? ~function : function);
+  std::erase_if(result.insertions, [&](const auto& other) { return other.is_same_as(insertion); });
+  result.refused.push_back(insertion.choice);
+  const bool is_given_up = result.refused.size() >= most_refused;
+  stats_.searches_given_up += is_given_up;
+  result.best = result.best_local = {.is_computed = is_given_up, .insertion = std::nullopt};
 }
 
 resolution::InsertedSignal SubfunctionInserter::after(const SubfunctionInsertion& insertion) const {

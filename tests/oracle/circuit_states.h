@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct Circuit {
   std::vector<CircuitGate> gates;
   // Signals have those of the STG, other wires without one the values at which their gates rest.
   std::map<std::string, bool> initial;
+  // Wires that may be excited initially, as signals may.
+  std::set<std::string> declared = {};
 };
 
 // What a pin of a gate is connected to: a wire, or without one the constant 0.
@@ -42,9 +45,9 @@ void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::str
 // Explores the circuit with the STG as environment and as what outputs and internal signals are to
 // conform to; dummies of the STG happen at any time. Empty, or what goes wrong first: wires without
 // a driver or with two, other initial values than the STG's, a gate that is not at rest initially
-// (but those of signals), a gate that is excited and not any more, a signal that changes where the
-// STG does not let it, one that the STG lets change and no gates can make change without another
-// input, or more states than allowed.
+// (but those of signals and what is declared), a gate that is excited and not any more, a signal
+// that changes where the STG does not let it, one that the STG lets change and no gates can make
+// change without another input, or more states than allowed.
 std::string find_fault(const net::Stg& stg, const StateGraph<net::Stg>& graph,
                        const Values& initial, const Circuit& circuit,
                        std::size_t max_states = 200'000);
