@@ -83,7 +83,7 @@ class Writer {
                  {"signals", stg_.internals_end - stg_.inputs_end},
                  {"gates", gates_},
                  {"nodes", nodes_.size()},
-                 {"most_markings", 1024},
+                 {"most_markings", 256},
                  {"slowest", 64}};
     for (const auto& size : sizes)
       stream_ << "    localparam " << size.name << " = " << size.value << ";\n";

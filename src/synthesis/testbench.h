@@ -12,7 +12,7 @@
 //  - of a gate that was excited and is disabled, unless the STG itself withdraws the edge,
 //  - of a gate whose output has no value.
 // Dummies, choices and several transitions that are one edge are followed by keeping all markings
-// in which the STG may be; more than 1024 at once is a complaint, too. With dummies a signal is due
+// in which the STG may be; more than 256 at once is a complaint, too. With dummies a signal is due
 // if it is enabled in all of these markings that enable no dummy.
 #pragma once
 
