@@ -71,6 +71,8 @@ const Setting settings[] = {{"built-in", nullptr},
                             {"nand", nand_library},
                             {"rich", rich_library}};
 
+const Names more_options[] = {{}, {"-t"}, {"-p2"}, {"-cs"}, {"-$0"}, {"-$1", "-p0"}, {"-cl", "-t"}};
+
 struct Tally {
   unsigned tried = 0, mapped = 0, inserted = 0;
   std::string failed;  // the titles
@@ -105,11 +107,12 @@ class Mapping : public testing::Test {
     return support::run_vorel(arguments, {.directory = folder_.path()});
   }
 
-  void try_setting(const Setting& setting, const std::string& title) {
-    SCOPED_TRACE(title + ", " + setting.name);
+  void try_setting(const Setting& setting, const std::string& title, const Names& more = {}) {
+    SCOPED_TRACE(title + ", " + setting.name + testing::PrintToString(more));
     for (const char* file : {"vorel.g", "circuit.v"}) std::filesystem::remove(folder_.path(file));
     Names arguments = {"-T"};
-    arguments.insert(arguments.end(), setting.options.begin(), setting.options.end());
+    for (const Names& options : {setting.options, more})
+      arguments.insert(arguments.end(), options.begin(), options.end());
     std::string library;
     if (setting.library != nullptr) {
       library = folder_.write("library", with_pins(setting.library));
@@ -221,7 +224,8 @@ TEST_F(Mapping, OfRandomStgsGivesCircuitsThatDoWhatTheseDo) {
   const auto [first, end] = support::seeds(30);
   for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
     if (!prepare(oracle::random_stg(seed, {.toggles = seed % 3 == 0, .max_states = 100}))) continue;
-    try_setting(settings[seed % std::size(settings)], std::to_string(seed));
+    try_setting(settings[seed % std::size(settings)], std::to_string(seed),
+                more_options[seed / std::size(settings) % std::size(more_options)]);
   }
   expect_others_to_read_modules();
   tell_tallies();
