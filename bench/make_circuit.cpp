@@ -4,6 +4,8 @@
 //   handshakes  n handshakes that go through a whole cycle in parallel: conflicts
 //   pipeline    n stages in a row, each a C-element: no coding conflict
 //   ring        n cells in a ring with one token that goes round: no coding conflict
+//   tokens      n cells in a ring with a token in every fourth: no coding conflict
+//   tree        n inputs that C-elements join two by two: no coding conflict
 // and for the resolution of conflicts:
 //   controllers     n controllers of a bus side by side, each with a conflict of its own
 //   sequencer       n handshakes one after another within another: all look alike between them
@@ -99,8 +101,9 @@ void write_stages(unsigned n, bool busy) {
 void write_pipeline(unsigned n) { write_stages(n, false); }
 void write_busy_pipeline(unsigned n) { write_stages(n, true); }
 
-// A cell follows the one before it once the one after it has the opposite value.
-void write_ring(unsigned n) {
+// A cell follows the one before it once the one after it has the opposite value; at first every
+// so-manieth is high.
+void write_cells(unsigned n, unsigned distance) {
   cout << ".outputs";
   for (unsigned i = 0; i < n; ++i) cout << ' ' << name("c", i);
   cout << "\n.graph\n";
@@ -110,9 +113,36 @@ void write_ring(unsigned n) {
     cout << before << "+ " << cell << "+\n" << before << "- " << cell << "-\n";
     cout << after << "- " << cell << "+\n" << after << "+ " << cell << "-\n";
   }
-  cout << ".marking { <c0+,c1+> <" << name("c", n - 1) << "-,c0->";
-  for (unsigned i = 1; i + 1 < n; ++i)
-    cout << " <" << name("c", i + 1) << "-," << name("c", i) << "+>";
+  cout << ".marking {";
+  const auto is_high = [&](unsigned i) { return i % distance == 0 && i + 2 < n; };
+  for (unsigned i = 0; i < n; ++i) {
+    const std::string cell = name("c", i), after = name("c", (i + 1) % n);
+    if (is_high(i))
+      cout << " <" << cell << "+," << after << "+>";
+    else if (is_high((i + 1) % n))
+      cout << " <" << cell << "-," << after << "->";
+    else
+      cout << " <" << after << "-," << cell << "+>";
+  }
+  cout << " }\n";
+}
+void write_ring(unsigned n) { write_cells(n, n); }
+void write_tokens(unsigned n) { write_cells(n, 4); }
+
+// Node k joins the nodes 2k and 2k+1, those from n on are inputs.
+void write_tree(unsigned n) {
+  const auto node = [n](unsigned k) { return name(k < n ? "c" : "a", k); };
+  cout << ".inputs";
+  for (unsigned k = n; k < 2 * n; ++k) cout << ' ' << node(k);
+  cout << "\n.outputs";
+  for (unsigned k = 1; k < n; ++k) cout << ' ' << node(k);
+  cout << "\n.graph\n";
+  for (const char* sign : {"+", "-"})
+    for (unsigned k = 2; k < 2 * n; ++k)
+      cout << node(k) << sign << ' ' << node(k / 2) << sign << '\n';
+  for (unsigned k = n; k < 2 * n; ++k) cout << "c1+ " << node(k) << "-\nc1- " << node(k) << "+\n";
+  cout << ".marking {";
+  for (unsigned k = n; k < 2 * n; ++k) cout << " <c1-," << node(k) << "+>";
   cout << " }\n";
 }
 
@@ -172,6 +202,7 @@ struct Family {
 constexpr Family families[] = {
     {"fork_join", 1, write_fork_join},     {"handshakes", 1, write_handshakes},
     {"pipeline", 1, write_pipeline},       {"ring", 3, write_ring},
+    {"tokens", 4, write_tokens},           {"tree", 2, write_tree},
     {"controllers", 1, write_controllers}, {"sequencer", 1, write_sequencer},
     {"busy_ring", 3, write_busy_ring},     {"busy_pipeline", 1, write_busy_pipeline},
 };

@@ -24,4 +24,8 @@ find_path(CLI11_INCLUDE CLI/CLI.hpp REQUIRED)
 add_library(cli11 INTERFACE IMPORTED)
 target_include_directories(cli11 SYSTEM INTERFACE ${CLI11_INCLUDE})
 
+find_path(NLOHMANN_JSON_INCLUDE nlohmann/json.hpp REQUIRED)
+add_library(nlohmann_json INTERFACE IMPORTED)
+target_include_directories(nlohmann_json SYSTEM INTERFACE ${NLOHMANN_JSON_INCLUDE})
+
 include(${CMAKE_CURRENT_LIST_DIR}/cudd.cmake)

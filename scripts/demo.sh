@@ -5,9 +5,9 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/install-dependencies.sh
-echo "Building build/vorel and build/vorel-unfold ..."
+echo "Building vorel and its companions in build/ ..."
 [ -f build/CMakeCache.txt ] || cmake -S . -B build -G Ninja >/dev/null
-cmake --build build --target vorel vorel-unfold -- --quiet
+cmake --build build --target vorel vorel-unfold vorel-gates vorel-verify -- --quiet
 
 explain() { printf '\n----------------------------------------------------------------\n%s\n' "$1"; }
 show() {
@@ -49,3 +49,26 @@ show ./vorel-unfold vorel.g vme_read_resolved.unf.pnml
 show ./vorel -E vme_read_resolved.unf.pnml
 show ./vorel -E vme_read_resolved.unf.pnml vme_read.v
 show cat vme_read.v
+explain 'With -T each signal becomes a gate or latch of a library, here the built-in one. A function that no gate has
+is decomposed by a new signal. The STG with all its signals is written as vorel.g again.'
+show ./vorel -T vme_read_resolved.unf.pnml vme_read_mapped.v || [ $? -eq 1 ]
+show cat vme_read_mapped.v
+explain 'vorel-verify proves that the netlist is right, whatever time its gates take: it unfolds it together with the
+Signal Transition Graph, and asks of all states at once whether outputs change only where they may, no
+gate is interrupted, and all that is due comes.'
+show ./vorel-verify vorel.g vme_read_mapped.v
+explain 'A testbench plays the STG and has each gate take a random time, another one at each edge. It complains of
+any edge that the STG does not allow, of one that does not come, and of a gate that is disabled.'
+show ./vorel-gates --testbench vorel.g vme_read_mapped.v simulation.v
+show iverilog -o simulation vme_read_mapped.v simulation.v
+show vvp -n simulation +seed=1 +edges=20 +trace
+show vvp -n simulation +seed=2 +edges=10000
+explain 'With an OR where there was an AND:'
+sed 's/and2:/or2:/' vme_read_mapped.v >wrong.v
+show iverilog -o simulation wrong.v simulation.v
+show vvp -n simulation
+cd ..
+explain 'A C-element of simple gates computes the right function, and yet is wrong: when the environment is fast,
+c falls again before the gates that are to keep it have noticed that it has risen.'
+show cat examples/celement_gates.v
+show build/vorel-verify examples/celement.g examples/celement_gates.v || [ $? -eq 3 ]

@@ -6,10 +6,10 @@ set -euo pipefail
 
 packages=(
   g++ cmake ninja-build xz-utils     # to build
-  minisat librapidxml-dev libgzstream-dev zlib1g-dev libcli11-dev
+  minisat librapidxml-dev libgzstream-dev zlib1g-dev libcli11-dev nlohmann-json3-dev
   libgtest-dev libbenchmark-dev      # for tests and benchmarks
   libxml2-utils                      # xmllint, with which tests check the XML that is written
-  iverilog                           # the same for Verilog, compiled and simulated
+  iverilog yosys                     # the same for Verilog: compiled, simulated, synthesised
 )
 if [ $# -gt 0 ]; then packages=("$@"); fi
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace vorel::base {
 
@@ -15,6 +16,18 @@ inline std::uint64_t ticks_now() {
 }
 
 inline double seconds_of(std::uint64_t ticks) { return static_cast<double>(ticks) / 1e9; }
+
+// Seconds from one reading to the next.
+class StopWatch {
+ public:
+  double lap() {
+    const std::uint64_t before = std::exchange(ticks_, ticks_now());
+    return seconds_of(ticks_ - before);
+  }
+
+ private:
+  std::uint64_t ticks_ = ticks_now();
+};
 
 // Adds the seconds that it lives.
 class AddedTime {

@@ -30,8 +30,9 @@ double top_area(const Deco& deco, const GateLibrary& library) {
                                           : area_of(deco.gate, library);
 }
 
-std::size_t literals_left(const Deco& deco, const DecoSetting& setting) {
-  return bdd::literal_count(next_value(deco, deco.chosen, setting.first_free_variable));
+// With a new signal for the sub-function, the others merged into the signal's function.
+bool reduces_literals(const Deco& deco, std::size_t part, const DecoSetting& setting) {
+  return bdd::literal_count(next_value(deco, part, setting.first_free_variable)) < deco.literals;
 }
 
 // Whether the gate and all that is not settled are one gate of what is settled: nothing of it needs
@@ -111,7 +112,7 @@ DecoCost cost_of(const Deco& deco, const DecoSetting& setting) {
   cost.not_local = !deco.is_local();
   if (const Subfunction* const part = deco.chosen_part()) {
     cost.chosen_not_expected = !part->is_settled();
-    cost.not_reduced_literals = literals_left(deco, setting) >= deco.literals;
+    cost.not_reduced_literals = !reduces_literals(deco, *deco.chosen, setting);
     cost.extra_acks = part->extra_acks();
     cost.insertion_cost = part->insertion->cost / (std::uint64_t{setting.signal_count} + 1);
   }
@@ -119,6 +120,23 @@ DecoCost cost_of(const Deco& deco, const DecoSetting& setting) {
   cost.non_mappable_area = non_mappable_area(deco, setting);
   cost.total_area = total_area(deco, setting);
   return cost;
+}
+
+// With the best insertions a sub-function is settled, delays nothing else and costs nothing.
+double least_cost(const Deco& deco, const DecoSetting& setting, LiteralsLeft literals) {
+  DecoCost cost;
+  bool reduces = literals == LiteralsLeft::ignored;
+  cost.not_directly_implementable = deco.kind == DecoKind::collapsed;
+  for (std::size_t i = 0; i < deco.subfunctions.size(); ++i) {
+    if (!deco.must_be_inserted(deco.subfunctions[i])) continue;
+    cost.not_directly_implementable = true;
+    reduces = reduces || reduces_literals(deco, i, setting);
+  }
+  cost.not_reduced_literals = cost.not_directly_implementable && !reduces;
+  if (deco.kind == DecoKind::collapsed) cost.non_splittable_area = top_area(deco, setting.library);
+  cost.non_mappable_area = non_mappable_area(deco, setting);
+  cost.total_area = total_area(deco, setting);
+  return cost.value(setting.library.inverter_area());
 }
 
 void rate(Deco& deco, const DecoSetting& setting) {

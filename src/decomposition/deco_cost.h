@@ -49,6 +49,13 @@ struct DecoSetting {
 // Of a useful candidate that has been judged.
 DecoCost cost_of(const Deco& deco, const DecoSetting& setting);
 
+// Whether a bound counts what is left of the signal's function.
+enum class LiteralsLeft : std::uint8_t { ignored, counted };
+
+// No more than the candidate can cost, whatever insertions there are. Its sub-functions have the
+// gates that there are for them.
+double least_cost(const Deco& deco, const DecoSetting& setting, LiteralsLeft literals);
+
 // Judges the candidate, then sets its cost and whether it is degraded. At verbosity 3 both are told
 // on the standard error stream.
 void rate(Deco& deco, const DecoSetting& setting);

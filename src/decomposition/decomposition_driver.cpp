@@ -93,20 +93,21 @@ void DecompositionDriver::tell_statistics() const {
   base::print_formatted(
       std::cerr,
       "\nDecomposition statistics:\n rounds=%u insertions tried=%llu decompositions re-used=%llu"
-      "\n candidates=%llu useful=%llu matcher queries=%llu relations=%llu"
-      "\n subfunctions=%llu known=%llu choices of edges=%llu deviating=%llu breaking the coding=%llu"
+      "\n candidates=%llu completed=%llu matcher queries=%llu relations=%llu"
+      "\n subfunctions=%llu known=%llu choices of edges=%llu deviating=%llu breaking the "
+      "coding=%llu"
       "\n seconds deriving=%.2f decomposing=%.2f inserting=%.2f\n",
       stats_.rounds, static_cast<unsigned long long>(stats_.tried),
       static_cast<unsigned long long>(stats_.reused),
       static_cast<unsigned long long>(decomposer_stats().candidates),
-      static_cast<unsigned long long>(decomposer_stats().useful),
+      static_cast<unsigned long long>(decomposer_stats().completed),
       static_cast<unsigned long long>(matcher_stats().queries),
       static_cast<unsigned long long>(decomposer_stats().relations),
       static_cast<unsigned long long>(inserter.questions),
       static_cast<unsigned long long>(inserter.cache_hits),
       static_cast<unsigned long long>(inserter.choices),
       static_cast<unsigned long long>(inserter.deviating),
-      static_cast<unsigned long long>(inserter.broken_codings), stats_.derivation_seconds,
+      static_cast<unsigned long long>(inserter.refused), stats_.derivation_seconds,
       stats_.decomposition_seconds - inserter.seconds, inserter.seconds);
 }
 
@@ -160,11 +161,15 @@ bool DecompositionDriver::insert_a_signal() {
   decos_.clear();
   rejected_.clear();
   std::optional<Trial> least_harmful;
-  while (const std::optional<Choice> chosen = choose()) {
-    const std::string& name = state_->equations.functions()[chosen->signal].name();
-    const Deco& deco = decos_.at(name)[chosen->deco];
-    rejected_.insert(regular(deco.chosen_part()->function));
-    std::optional<Trial> trial = attempt(deco);
+  while (const Deco* const deco = choose()) {
+    std::optional<resolution::InsertedSignal> inserted = inserted_for(*deco);
+    if (base::run_failed()) return false;
+    if (!inserted) {
+      decos_.at(deco->signal).reconsider_front();
+      continue;
+    }
+    rejected_.insert(regular(deco->chosen_part()->function));
+    std::optional<Trial> trial = attempt(*deco, std::move(*inserted));
     if (!trial) return false;
     if (trial->state.complexity < state_->complexity) return adopt(std::move(*trial));
     const bool is_new = !seen_.contains(trial->state.complexity);
@@ -176,50 +181,59 @@ bool DecompositionDriver::insert_a_signal() {
 }
 
 // Of the signals without a gate, the one with the largest function first.
-std::optional<DecompositionDriver::Choice> DecompositionDriver::choose() {
+const Deco* DecompositionDriver::choose() {
   const base::AddedTime timer(stats_.decomposition_seconds);
-  const std::vector<SignalFunctions>& signals = state_->equations.functions();
-  std::vector<std::size_t> order;
-  for (std::size_t i = 0; i < signals.size(); ++i)
-    if (!state_->implementations.contains(signals[i].name())) order.push_back(i);
+  std::vector<const SignalFunctions*> order;
+  for (const SignalFunctions& functions : state_->equations.functions())
+    if (!state_->implementations.contains(functions.name())) order.push_back(&functions);
   std::ranges::stable_sort(order, std::greater<>(),
-                           [&](std::size_t i) { return cost_of(signals[i]); });
-  const auto rated = [&](const Choice& choice) {
-    const SignalFunctions& functions = signals[choice.signal];
-    return RatedDeco{&decos_.at(functions.name())[choice.deco], cost_of(functions)};
-  };
-  std::optional<Choice> best;
-  for (const std::size_t i : order) {
-    if (best && rated(*best).deco->chosen_part()->is_settled() &&
-        cost_of(signals[i]) < rated(*best).gate_literals)
+                           [](const SignalFunctions* functions) { return cost_of(*functions); });
+  std::optional<RatedDeco> best;
+  for (const SignalFunctions* functions : order) {
+    if (best && best->deco->chosen_part()->is_settled() &&
+        cost_of(*functions) < best->gate_literals)
       break;
-    const std::optional<Choice> choice = first_choice(i);
-    if (base::run_failed()) return std::nullopt;
-    if (choice && (!best || is_preferred(rated(*choice), rated(*best)))) best = choice;
+    const Deco* const deco = best_of(*functions);
+    if (base::run_failed()) return nullptr;
+    if (deco == nullptr) continue;
+    const RatedDeco rated{deco, cost_of(*functions)};
+    if (!best || is_preferred(rated, *best)) best = rated;
   }
-  return best;
+  return best ? best->deco : nullptr;
 }
 
-std::optional<DecompositionDriver::Choice> DecompositionDriver::first_choice(std::size_t signal) {
-  const SignalFunctions& functions = state_->equations.functions()[signal];
-  const auto [entry, is_new] = decos_.try_emplace(functions.name());
-  if (is_new) {
-    entry->second = tools_->decomposer.decompositions(
-        functions, static_cast<std::uint32_t>(prefix_.signals.size()));
+const Deco* DecompositionDriver::best_of(const SignalFunctions& functions) {
+  auto entry = decos_.find(functions.name());
+  if (entry == decos_.end()) {
+    entry = decos_
+                .emplace(functions.name(),
+                         tools_->decomposer.decompositions(
+                             functions, static_cast<std::uint32_t>(prefix_.signals.size())))
+                .first;
   }
-  for (std::size_t i = 0; i < entry->second.size(); ++i) {
-    const Subfunction* const part = entry->second[i].chosen_part();
-    if (part != nullptr && !rejected_.contains(regular(part->function))) return Choice{signal, i};
+  for (;;) {
+    const Deco* const deco = entry->second.front();
+    if (deco == nullptr) return nullptr;
+    const Subfunction* const part = deco->chosen_part();
+    if (part != nullptr && !rejected_.contains(regular(part->function))) return deco;
+    entry->second.drop_front();
   }
+}
+
+std::optional<resolution::InsertedSignal> DecompositionDriver::inserted_for(const Deco& deco) {
+  const Subfunction& part = *deco.chosen_part();
+  const std::optional<SubfunctionInsertion> insertion =
+      tools_->inserter.insert(part.function, deco.signal, false);
+  if (!insertion || insertion->text() != part.insertion->text) return std::nullopt;
+  resolution::InsertedSignal inserted = tools_->inserter.after(*insertion);
+  if (tools_->inserter.keeps_coding(inserted.prefix)) return inserted;
+  tools_->inserter.refuse(part.function, *insertion);
   return std::nullopt;
 }
 
-std::optional<DecompositionDriver::Trial> DecompositionDriver::attempt(const Deco& deco) {
+std::optional<DecompositionDriver::Trial> DecompositionDriver::attempt(
+    const Deco& deco, resolution::InsertedSignal inserted) {
   ++stats_.tried;
-  const std::optional<SubfunctionInsertion> insertion =
-      tools_->inserter.insert(deco.chosen_part()->function, deco.signal, false);
-  assert(insertion && "the candidate was rated with it");
-  resolution::InsertedSignal inserted = tools_->inserter.after(*insertion);
   std::string name = base::element(inserted.prefix.signals, inserted.signal).name;
   if (!resolution::re_unfold(inserted.prefix)) return std::nullopt;
   std::optional<State> state = state_of(inserted.prefix, state_->implementations);

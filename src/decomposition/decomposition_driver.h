@@ -24,6 +24,7 @@
 
 #include "base/params.h"
 #include "decomposition/deco.h"
+#include "decomposition/deco_queue.h"
 #include "decomposition/derivation.h"
 #include "decomposition/gate_library.h"
 #include "decomposition/mapped_circuit.h"
@@ -85,11 +86,6 @@ class DecompositionDriver {
     Deco deco;           // that it is for
     State state;
   };
-  struct Choice {
-    std::size_t signal;  // its position among the functions
-    std::size_t deco;    // its position among those of the signal
-  };
-
   bool prepare();
   // True once each signal has its gate, false after a failure or if none can be found.
   bool decompose_all();
@@ -97,9 +93,13 @@ class DecompositionDriver {
   // harm.
   bool insert_a_signal();
   std::optional<State> state_of(const net::StgPrefix& prefix, const Implementations& known);
-  std::optional<Choice> choose();
-  std::optional<Choice> first_choice(std::size_t signal);
-  std::optional<Trial> attempt(const Deco& deco);
+  // The decomposition that is carried out next; null if there is none.
+  const Deco* choose();
+  const Deco* best_of(const SignalFunctions& functions);
+  // The STG with the signal for it. Nothing if the insertion is not the best any more, as it makes
+  // an encoding conflict.
+  std::optional<resolution::InsertedSignal> inserted_for(const Deco& deco);
+  std::optional<Trial> attempt(const Deco& deco, resolution::InsertedSignal inserted);
   bool adopt(Trial trial);
   void build_circuit();
   void tell_statistics() const;
@@ -111,7 +111,7 @@ class DecompositionDriver {
   std::optional<State> state_;
   // Of the round: decompositions of signals that have been looked at, and functions whose insertion
   // brings no progress.
-  std::map<std::string, std::vector<Deco>> decos_;
+  std::map<std::string, DecoQueue> decos_;
   std::unordered_set<bdd::Bdd> rejected_;
   std::set<Complexity> seen_;  // what the STG has been like
   int detours_ = 0;

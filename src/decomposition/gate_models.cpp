@@ -52,15 +52,12 @@ bool is_inverter(const toolkit::LibraryGate& gate) {
 }
 
 void write_model(std::ostream& stream, const toolkit::LibraryGate& gate) {
-  base::UniqueNames names;
-  names.add(gate.output);
   std::string inputs;
   for (std::uint32_t pin = 0; pin < gate.input_count(); ++pin) {
-    names.add(gate.pins[pin]);
     inputs += (pin == 0 ? "" : ", ") + toolkit::verilog_name(gate.pins[pin]);
   }
   const std::string output = toolkit::verilog_name(gate.output);
-  const std::string delay = names.take("delay");
+  const std::string delay = delay_parameter(gate);
   stream << "\nmodule " << toolkit::verilog_name(gate.name) << '(' << output
          << (inputs.empty() ? "" : ", ") << inputs << ");\n    output " << output << ";\n";
   if (!inputs.empty()) stream << "    input " << inputs << ";\n";
@@ -78,6 +75,13 @@ bool names_can_stand_in_verilog(const toolkit::LibraryGate& gate) {
   const auto bad = std::ranges::find_if_not(names, toolkit::can_stand_in_verilog);
   if (bad == names.end()) return true;
   return toolkit::report_not_for_verilog("gate " + base::quoted(gate.name) + ": the name", *bad);
+}
+
+std::string delay_parameter(const toolkit::LibraryGate& gate) {
+  base::UniqueNames names;
+  names.add(gate.output);
+  for (std::uint32_t pin = 0; pin < gate.input_count(); ++pin) names.add(gate.pins[pin]);
+  return names.take("delay");
 }
 
 bool write_gate_models(std::ostream& stream, std::span<const toolkit::LibraryGate> gates) {

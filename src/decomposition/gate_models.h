@@ -9,6 +9,7 @@
 
 #include <ostream>
 #include <span>
+#include <string>
 
 #include "toolkit/library_gate.h"
 
@@ -16,6 +17,9 @@ namespace vorel::decomposition {
 
 // False after an error: the name of the gate or of a pin cannot stand in Verilog.
 bool names_can_stand_in_verilog(const toolkit::LibraryGate& gate);
+
+// As Verilog takes it.
+std::string delay_parameter(const toolkit::LibraryGate& gate);
 
 // Of the gates that a netlist may use. False after an error, with nothing written: a name cannot
 // stand in Verilog.

@@ -9,10 +9,12 @@
 #include "base/messages.h"
 #include "decomposition/gate_models.h"
 #include "synthesis/verilog_module.h"
+#include "toolkit/verilog_name.h"
 
 namespace vorel::decomposition {
 namespace {
 
+constexpr const char* module_name = "VOREL_mapped_implementation";
 results::VerdictMessages messages(double area) {
   return {base::format_message("Logic decomposition finished (area=%.2f)", area),
           "Failed to decompose"};
@@ -58,7 +60,7 @@ bool MappedCircuit::names_can_stand() const {
 bool MappedCircuit::write_verilog(std::ostream& stream) const {
   assert(report_.solutions.size() == stg_.internals_end - stg_.inputs_end);
   if (!names_can_stand()) return false;
-  synthesis::write_module_start(stream, "VOREL_mapped_implementation", stg_);
+  synthesis::write_module_start(stream, module_name, stg_);
   stream << base::format_message("    // mapped implementation; total area=%.2f\n", area());
   for (std::size_t i = 0; i < report_.solutions.size(); ++i) {
     stream << '\n';
@@ -66,6 +68,24 @@ bool MappedCircuit::write_verilog(std::ostream& stream) const {
   }
   synthesis::write_module_end(stream, synthesis::initial_values_text(stg_));
   return true;
+}
+
+synthesis::TestbenchSubject MappedCircuit::testbench_subject() const {
+  synthesis::TestbenchSubject subject{module_name, {}, {}};
+  const auto add_gate = [&](const GateInstance& gate, std::optional<bool> initial) {
+    subject.delays.push_back(toolkit::verilog_name(gate.name) + '.' +
+                             delay_parameter(library_.gate(gate.gate)));
+    if (gate.inverted()) subject.wires.push_back({gate.bubble.wire, initial});
+  };
+  for (std::size_t i = 0; i < report_.solutions.size(); ++i) {
+    for (const GateInstance& gate : solution(i).subfunction_gates()) {
+      add_gate(gate, std::nullopt);
+      subject.wires.push_back({gate.output, std::nullopt});
+    }
+    const bool is_high = stg_.signals[stg_.inputs_end + i]->initial_value == 1;
+    add_gate(solution(i).main_gate(), !is_high);
+  }
+  return subject;
 }
 
 void MappedCircuit::report(const std::string& output) const {

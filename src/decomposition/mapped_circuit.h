@@ -13,6 +13,7 @@
 #include "decomposition/mapped_solution.h"
 #include "net/net.h"
 #include "results/report.h"
+#include "synthesis/testbench.h"
 
 namespace vorel::decomposition {
 
@@ -31,6 +32,8 @@ class MappedCircuit {
 
   // False after an error, with nothing written: a name cannot stand in Verilog.
   bool write_verilog(std::ostream& stream) const;
+  // What of this module takes time, with the gate models.
+  synthesis::TestbenchSubject testbench_subject() const;
   // Delivers the circuit, as a module if the output is named *.v.
   void report(const std::string& output) const;
 

@@ -15,8 +15,7 @@
 namespace vorel::decomposition {
 namespace {
 
-constexpr int verbosity_of_best = 2, verbosity_of_useful = 3, verbosity_of_candidates = 4,
-              verbosity_of_useless = 5;
+constexpr int verbosity_of_best = 2, verbosity_of_useful = 3, verbosity_of_candidates = 4;
 constexpr std::size_t line_width = 52;
 
 bool tells(int verbosity) { return base::verbosity() >= verbosity; }
@@ -161,13 +160,11 @@ std::vector<Deco> SignalDecomposer::all_candidates(const SignalFunctions& functi
   return candidates;
 }
 
-void SignalDecomposer::complete(Deco& deco, const std::string& signal) {
-  for (Subfunction& part : deco.subfunctions)
-    if (!part.is_constant())
-      part.match = matcher_.match(bdd::BDDCover(part.function), variables_.names());
+void SignalDecomposer::add_insertions(Deco& deco) {
+  ++stats_.completed;
   for (Subfunction& part : deco.subfunctions) {
     if (!deco.must_be_inserted(part)) continue;
-    const auto insertion = inserter_.insert(part.function, signal, false);
+    const auto insertion = inserter_.insert(part.function, deco.signal, false);
     if (!insertion) return;
     part.insertion = insertion->summary();
   }
@@ -195,42 +192,35 @@ Deco SignalDecomposer::implementation_of(const SignalFunctions& functions) {
   return best == nullptr ? Deco{} : std::move(*best);
 }
 
-std::vector<Deco> SignalDecomposer::decompositions(const SignalFunctions& functions,
-                                                   std::uint32_t signal_count) {
-  const DecoSetting now = setting(signal_count);
-  std::vector<Deco> useful;
-  for (Deco& deco : all_candidates(functions)) {
-    ++stats_.candidates;
-    complete(deco, functions.name());
-    if (base::run_failed()) return {};
-    rate(deco, now);
-    if (deco.useful) {
-      useful.push_back(std::move(deco));
-    } else if (tells(verbosity_of_useless)) {
-      std::cerr << "\n\nDeleting useless decomposition:\n\n"
-                << to_string(deco, library_, variables_.names());
-    }
+DecoQueue SignalDecomposer::decompositions(const SignalFunctions& functions,
+                                           std::uint32_t signal_count) {
+  std::vector<Deco> candidates = all_candidates(functions);
+  stats_.candidates += candidates.size();
+  for (Deco& deco : candidates) {
+    for (Subfunction& part : deco.subfunctions)
+      if (!part.is_constant())
+        part.match = matcher_.match(bdd::BDDCover(part.function), variables_.names());
   }
-  stats_.useful += useful.size();
-  std::ranges::stable_sort(useful, {}, &Deco::cost);
-  tell(functions.name(), useful);
-  return useful;
+  DecoQueue queue(std::move(candidates),
+                  {.add_insertions = [this](Deco& deco) { add_insertions(deco); },
+                   .setting = [this, signal_count] { return setting(signal_count); }});
+  tell(functions.name(), queue);
+  return queue;
 }
 
-void SignalDecomposer::tell(const std::string& signal, const std::vector<Deco>& useful) const {
+void SignalDecomposer::tell(const std::string& signal, DecoQueue& queue) const {
   if (tells(verbosity_of_useful)) {
     std::cerr << "\n\nUseful decompositions for " << signal;
-    for (const Deco& deco : useful)
-      std::cerr << '\n' << to_string(deco, library_, variables_.names());
+    for (const Deco* deco : queue.all())
+      std::cerr << '\n' << to_string(*deco, library_, variables_.names());
   }
   if (tells(verbosity_of_best)) {
     const std::string line = '\n' + std::string(line_width, '$');
     std::cerr << line;
-    if (useful.empty()) {
-      std::cerr << "\nNo decomposition for " << signal;
+    if (const Deco* const best = queue.front()) {
+      std::cerr << "\nBest decomposition for " << to_string(*best, library_, variables_.names());
     } else {
-      std::cerr << "\nBest decomposition for "
-                << to_string(useful.front(), library_, variables_.names());
+      std::cerr << "\nNo decomposition for " << signal;
     }
     std::cerr << line;
   }

@@ -18,6 +18,7 @@
 #include "decomposition/boolean_decomposer.h"
 #include "decomposition/deco.h"
 #include "decomposition/deco_cost.h"
+#include "decomposition/deco_queue.h"
 #include "decomposition/derivation.h"
 #include "decomposition/gate_library.h"
 #include "decomposition/gate_matcher.h"
@@ -29,8 +30,8 @@ namespace vorel::decomposition {
 class SignalDecomposer {
  public:
   struct Stats {
-    std::uint64_t candidates = 0;  // that were completed
-    std::uint64_t useful = 0;
+    std::uint64_t candidates = 0;
+    std::uint64_t completed = 0;  // candidates for which insertions were looked for
     std::uint64_t relations = 0;  // of functions and gates
   };
 
@@ -44,9 +45,9 @@ class SignalDecomposer {
   Deco implementation_of(const SignalFunctions& functions);
   // Whether such a one still does what the signal must do, in an STG that has changed.
   bool still_holds(const Deco& implementation, const SignalFunctions& functions);
-  // For a signal without one. What can be carried out, the cheapest first; the insertions are those
-  // of the inserter's prefix.
-  std::vector<Deco> decompositions(const SignalFunctions& functions, std::uint32_t signal_count);
+  // For a signal without one. The insertions are those of the inserter's prefix, which has so many
+  // signals; the queue goes out of use with it.
+  DecoQueue decompositions(const SignalFunctions& functions, std::uint32_t signal_count);
 
   const Stats& stats() const { return stats_; }
   const GateMatcher::Stats& matcher_stats() const { return matcher_.stats(); }
@@ -67,10 +68,9 @@ class SignalDecomposer {
   void add_collapsed(std::vector<Deco>& candidates);
   std::vector<Deco> all_candidates(const SignalFunctions& functions);
   std::vector<Deco> latches(const SignalFunctions& functions);
-  // Finds gates and insertions for its sub-functions; stops at one that has neither.
-  void complete(Deco& deco, const std::string& signal);
+  void add_insertions(Deco& deco);
   DecoSetting setting(std::uint32_t signal_count);
-  void tell(const std::string& signal, const std::vector<Deco>& useful) const;
+  void tell(const std::string& signal, DecoQueue& queue) const;
 
   const GateLibrary& library_;
   const std::vector<std::string>& gates_;

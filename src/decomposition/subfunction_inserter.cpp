@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <iostream>
+#include <span>
 #include <utility>
 
 #include "base/clock.h"
@@ -14,8 +15,8 @@
 #include "resolution/cost_formula.h"
 #include "resolution/logic_complexity.h"
 #include "resolution/trigger_formula.h"
+#include "sat/core_guided.h"
 #include "sat/integer_circuit.h"
-#include "sat/least_cost.h"
 
 namespace vorel::decomposition {
 namespace {
@@ -24,10 +25,10 @@ using resolution::CandidateId;
 using sat::Lits;
 
 constexpr int verbosity_of_results = 4, verbosity_of_details = 5;
-constexpr std::uint32_t attempt_group = 2;  // of the descent to the least cost
-// Each of them costs a check of the whole STG. Where so many sets of edges break the coding, others
-// for the same function are likely to.
-constexpr std::uint64_t most_broken_codings = 60;
+// Where so many sets of edges break the coding, others for the same function are likely to.
+constexpr std::size_t most_refused = 60;
+// That are looked at one after another.
+constexpr std::size_t most_sets = 200;
 
 bool tells(int verbosity) { return base::verbosity() >= verbosity; }
 
@@ -56,32 +57,30 @@ struct SubfunctionInserter::Step {
     sat::CnfFormula& formula = engine.formula();
     resolution::CandidateGates gates(engine.candidates(), engine.literals(), formula,
                                      sat::PermanentGroup);
-    acks = sat::IntegerCircuit(formula).count_ones(acknowledgements(engine.order(), gates),
-                                                   sat::PermanentGroup);
+    const Lits waiting = acknowledgements(engine.order(), gates);
+    acks = sat::IntegerCircuit(formula).count_ones(waiting, sat::PermanentGroup);
     const resolution::CoreCounters no_cores;
     const resolution::CostFormula cost(engine.order(), engine.candidates(), engine.literals(),
                                        {.coefficients = coefficients, .cores = no_cores}, formula);
-    std::vector<std::uint64_t> weights;
-    std::vector<Lits> numbers;
-    for (const auto& [lit, weight] : cost.literals()) {
-      weights.push_back(weight);
-      numbers.push_back({lit});
-    }
-    rating = sat::IntegerCircuit(formula).weighted_sum(weights, numbers, sat::PermanentGroup);
-    rating.insert(rating.end(), acks.begin(), acks.end());
+    rating = cost.literals();
+    std::uint64_t most = 0;
+    for (const sat::WeightedLit& weighted : rating) most += weighted.weight;
+    for (const sat::Lit lit : waiting) rating.push_back({lit, most + 1});
     engine.sums().sums_emit();
   }
 
   EdgeStates states;
-  Lits acks;    // the number of signals that wait for the new one
-  Lits rating;  // that number, and below it the cost
+  Lits acks;  // the number of signals that wait for the new one
+  // That number, and what weighs less than one of them, the cost.
+  std::vector<sat::WeightedLit> rating;
 };
 
 // The edges of a step that one function admits, and searches among them. The formula is left as it
 // was found.
 class SubfunctionInserter::Search {
  public:
-  Search(SubfunctionInserter& inserter, Step& step, bdd::Bdd function)
+  Search(SubfunctionInserter& inserter, Step& step, bdd::Bdd function,
+         std::span<const resolution::Choice> refused)
       : inserter_{inserter},
         step_{step},
         formula_{inserter.engine_.formula()},
@@ -89,15 +88,14 @@ class SubfunctionInserter::Search {
         own_{formula_.new_group()},
         mode_{formula_.new_group()} {
     step_.states.set_target(function_, inserter.names_);
-
     add_admissions();
+    for (const resolution::Choice& choice : refused) exclude(choice, own_);
   }
   Search(const Search&) = delete;
   Search& operator=(const Search&) = delete;
   ~Search() {
     formula_.remove_group(own_);
     formula_.remove_group(mode_);
-    formula_.renew_group(formula_.group(attempt_group));
   }
 
   bool has_edges() const { return has_edges_; }
@@ -106,10 +104,20 @@ class SubfunctionInserter::Search {
   std::vector<SubfunctionInsertion>& found() { return found_; }
 
  private:
+  // Edges that make a signal.
+  struct EdgeSet {
+    resolution::Choice choice;
+    bool begins_at_1;
+    std::uint64_t waiting;  // signals that wait for it
+    std::uint64_t rating;
+  };
+
   void add_admissions();
-  // Solves until the model is to our liking, and keeps it as the last one accepted.
-  bool solve();
-  bool accept(const resolution::Choice& choice);
+  std::optional<std::vector<EdgeSet>> all_sets();
+  std::optional<EdgeSet> cheapest_set();
+  EdgeSet set_of_model() const;
+  static bool has(const EdgeSet& set, const EdgeStates::Deviation& deviation);
+  std::optional<SubfunctionInsertion> accept(const EdgeSet& set);
   SubfunctionInsertion rated(const resolution::Choice& choice,
                              const resolution::InsertedSignal& inserted, bool is_expected) const;
   void exclude(const resolution::Choice& choice, sat::ClauseGroup group);
@@ -123,9 +131,9 @@ class SubfunctionInserter::Search {
   sat::Lit begins_at_1_ = sat::LitFalse;
   bool has_edges_ = false;  // of both kinds
   bool is_exact_ = false;
-  std::uint64_t broken_codings_ = 0;
-  std::optional<SubfunctionInsertion> accepted_;
-  std::vector<SubfunctionInsertion> found_;  // each set once
+  std::vector<CandidateId> admitted_;
+  std::vector<EdgeStates::Deviation> deviations_;  // of sets met in a search for the best
+  std::vector<SubfunctionInsertion> found_;        // each set once
 };
 
 void SubfunctionInserter::Search::add_admissions() {
@@ -143,6 +151,7 @@ void SubfunctionInserter::Search::add_admissions() {
     (admission == Admission::rising ? rising : falling).push_back(chosen);
     if (step_.states.is_excited_at_start(candidate)) excited_at_start.push_back(chosen);
     admitted.emplace_back(candidate, admission);
+    admitted_.push_back(candidate);
     useful += "\n " + resolution::to_text(engine.candidates().insertion(candidate));
   }
   has_edges_ = !rising.empty() && !falling.empty();
@@ -164,83 +173,110 @@ void SubfunctionInserter::Search::add_admissions() {
 std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best(bool exact, bool local) {
   assert(has_edges());
   is_exact_ = exact;
-  accepted_.reset();
   mode_ = formula_.renew_group(mode_);
-  formula_.renew_group(formula_.group(attempt_group));
+  deviations_.clear();
   if (local) sat::IntegerCircuit(formula_).assert_equal(step_.acks, 1, mode_);
-  std::optional<SubfunctionInsertion> best;
-  const auto resolve = [&](std::span<const sat::Lit> bits, std::vector<bool>& values) {
-    return sat::resolve_cost(
-        formula_, bits, values, [&] { best = accepted_; }, [this] { return solve(); });
-  };
-  std::vector<bool> values;
-  if (resolve(step_.rating, values)) sat::minimise_cost(formula_, step_.rating, values, resolve);
-  if (base::run_failed()) return std::nullopt;
-  return best;
-}
-
-bool SubfunctionInserter::Search::solve() {
-  if (broken_codings_ >= most_broken_codings) return false;
-  while (formula_.solve()) {
-    const bool is_good = accept(inserter_.engine_.choice());
-    if (base::run_failed()) return false;
-    if (is_good) return true;
-    if (broken_codings_ >= most_broken_codings) {
-      ++inserter_.stats_.searches_given_up;
-      return false;
+  if (const auto sets = all_sets()) {
+    for (const EdgeSet& set : *sets) {
+      if (base::run_failed()) break;
+      if (std::ranges::any_of(deviations_,
+                              [&](const auto& deviation) { return has(set, deviation); }))
+        continue;
+      if (auto accepted = accept(set)) return accepted;
+    }
+  } else {
+    for (;;) {
+      const std::optional<EdgeSet> set = cheapest_set();
+      if (!set || base::run_failed()) return std::nullopt;
+      if (auto accepted = accept(*set)) return accepted;
+      if (base::run_failed()) return std::nullopt;
     }
   }
-  return false;
+  return std::nullopt;
 }
 
-// The literals that are added are no part of the numbers that are minimised, so that the model can
-// still be read.
-bool SubfunctionInserter::Search::accept(const resolution::Choice& choice) {
+SubfunctionInserter::Search::EdgeSet SubfunctionInserter::Search::set_of_model() const {
+  return {.choice = inserter_.engine_.choice(),
+          .begins_at_1 = formula_.is_true(begins_at_1_),
+          .waiting = sat::IntegerCircuit(formula_).model_value(step_.acks),
+          .rating = sat::model_cost(formula_, step_.rating)};
+}
+
+// The cheapest first. Nothing if there are too many; a search for the least cost proves a bound for
+// each literal of the cost, which takes longer than some sets.
+std::optional<std::vector<SubfunctionInserter::Search::EdgeSet>>
+SubfunctionInserter::Search::all_sets() {
+  std::vector<EdgeSet> sets;
+  const sat::ClauseGroup blocking = formula_.new_group();
+  while (sets.size() < most_sets && formula_.solve()) {
+    sets.push_back(set_of_model());
+    exclude(sets.back().choice, blocking);
+  }
+  formula_.remove_group(blocking);
+  if (sets.size() == most_sets) return std::nullopt;
+  std::ranges::stable_sort(sets, {}, &EdgeSet::rating);
+  return sets;
+}
+
+std::optional<SubfunctionInserter::Search::EdgeSet> SubfunctionInserter::Search::cheapest_set() {
+  std::optional<EdgeSet> set;
+  const sat::ClauseGroup descent = formula_.new_group();
+  sat::find_least_cost(formula_, step_.rating, resolution::unknown_cost, descent,
+                       [&] { set = set_of_model(); });
+  formula_.remove_group(descent);
+  return set;
+}
+
+// With an odd number of these edges in a signal that begins at 0, and an even number in one that
+// begins at 1, the next value is the function's there.
+bool SubfunctionInserter::Search::has(const EdgeSet& set, const EdgeStates::Deviation& deviation) {
+  bool next = set.begins_at_1;
+  for (const CandidateId edge : deviation.edges) next ^= set.choice[edge];
+  return next != deviation.value;
+}
+
+// Nothing if the set is refused; it does not come again then.
+std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(const EdgeSet& set) {
+  const resolution::Choice& choice = set.choice;
   InserterStats& stats = inserter_.stats_;
   ++stats.choices;
-  const bool begins_at_1 = formula_.is_true(begins_at_1_);
   if (is_exact_) {
     std::vector<CandidateId> edges;
     for (const CandidateId candidate : inserter_.engine_.candidates().all())
       if (choice[candidate]) edges.push_back(candidate);
-    if (const auto deviation = step_.states.deviation(edges, begins_at_1)) {
+    if (const auto deviation = step_.states.deviation(edges, set.begins_at_1)) {
       ++stats.deviating;
+      deviations_.push_back(*deviation);
       Lits lits{begins_at_1_};
       for (const CandidateId edge : deviation->edges)
         lits.push_back(inserter_.engine_.literals()[edge]);
       const sat::Lit value = formula_.make_gate(sat::Gate(sat::GateXor, lits), mode_);
       formula_.add_unit(value ^ !deviation->value, mode_);
-      return false;
+      return std::nullopt;
     }
-    if (base::run_failed()) return false;
+    if (base::run_failed()) return std::nullopt;
   }
   const resolution::InsertedSignal inserted =
-      inserter_.engine_.after_insertion(choice, begins_at_1 ? 1 : 0);
+      inserter_.engine_.after_insertion(choice, set.begins_at_1 ? 1 : 0);
   const bool is_expected = computes(inserted.prefix, inserted.signal, function_, inserter_.names_,
                                     inserter_.options_.encoding);
-  if (base::run_failed()) return false;
+  if (base::run_failed()) return std::nullopt;
   if (is_exact_ && !is_expected) {
     ++stats.deviating;
     exclude(choice, mode_);
-    return false;
+    return std::nullopt;
   }
-  if (!inserter_.keeps_coding(inserted.prefix)) {
-    ++stats.broken_codings;
-    ++broken_codings_;
-    exclude(choice, own_);
-    return false;
-  }
-  accepted_ = rated(choice, inserted, is_expected);
-  assert(sat::IntegerCircuit(formula_).model_value(step_.acks) == accepted_->ack_count);
-  const auto is_same = [this](const auto& other) { return other.is_same_as(*accepted_); };
-  if (std::ranges::none_of(found_, is_same)) found_.push_back(*accepted_);
-  return true;
+  SubfunctionInsertion accepted = rated(choice, inserted, is_expected);
+  assert(accepted.ack_count == set.waiting);
+  const auto is_same = [&](const auto& other) { return other.is_same_as(accepted); };
+  if (std::ranges::none_of(found_, is_same)) found_.push_back(accepted);
+  return accepted;
 }
 
 void SubfunctionInserter::Search::exclude(const resolution::Choice& choice,
                                           sat::ClauseGroup group) {
   Lits clause;
-  for (const CandidateId candidate : inserter_.engine_.candidates().all())
+  for (const CandidateId candidate : admitted_)
     clause.push_back(inserter_.engine_.literals()[candidate] ^ choice[candidate]);
   formula_.add_clause(clause, group);
 }
@@ -303,7 +339,7 @@ bool SubfunctionInserter::keeps_coding(const net::StgPrefix& prefix) const {
 bool SubfunctionInserter::compute_insertions(const bdd::Bdd& function, const std::string& context,
                                              bool local, InsertionResult& result) {
   const base::AddedTime timer(stats_.seconds);
-  Search search(*this, step(), function);
+  Search search(*this, step(), function, result.refused);
   if (base::run_failed()) return false;
   if (tells(verbosity_of_details)) {
     std::cerr << "\n Computing the expected implementation field for\n $1="
@@ -363,6 +399,16 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::insert(const bdd::Bdd& 
   }
   if (!slot.insertion || regular == function) return slot.insertion;
   return complemented(*slot.insertion);
+}
+
+void SubfunctionInserter::refuse(const bdd::Bdd& function, const SubfunctionInsertion& insertion) {
+  ++stats_.refused;
+  InsertionResult& result = cache_.at(function.is_complement() ? ~function : function);
+  std::erase_if(result.insertions, [&](const auto& other) { return other.is_same_as(insertion); });
+  result.refused.push_back(insertion.choice);
+  const bool is_given_up = result.refused.size() >= most_refused;
+  stats_.searches_given_up += is_given_up;
+  result.best = result.best_local = {.is_computed = is_given_up, .insertion = std::nullopt};
 }
 
 resolution::InsertedSignal SubfunctionInserter::after(const SubfunctionInsertion& insertion) const {

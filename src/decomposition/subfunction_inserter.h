@@ -7,11 +7,12 @@
 // The function picks from the candidates of the resolution of conflicts those that could be rising
 // edges, and those that could be falling ones. The formula of a step of that resolution chooses
 // among them. What it chooses is looked at: a state in which the next value is not the function
-// becomes a clause more, and edges after which the STG has an encoding conflict are excluded. Only
-// if no edges compute the function, edges are taken that come close. So what is returned keeps the
-// coding of an STG without conflicts, and with a conflict in it nothing is ever found.
-// A signal that would only rise, or only fall, is none.
-// Where cut-offs are dummies the check of the coding is not reliable: it refuses good edges, too.
+// becomes a clause more. Only if no edges compute the function, edges are taken that come close. A
+// signal that would only rise, or only fall, is none.
+//
+// Edges can make an encoding conflict. As that is rare and takes a search through pairs of states,
+// it is checked of an insertion that is about to be carried out, and refused then. Where cut-offs
+// are dummies the check is not reliable: it refuses good edges, too.
 #pragma once
 
 #include <memory>
@@ -38,14 +39,15 @@ struct InsertionResult {
   Slot best;
   Slot best_local;                               // with exactly one signal that waits
   std::vector<SubfunctionInsertion> insertions;  // all that were met on the way, the best first
+  std::vector<resolution::Choice> refused;       // sets of edges that do not count
 };
 
 struct InserterStats {
   std::uint64_t questions = 0, cache_hits = 0;
   std::uint64_t choices = 0;            // sets of edges looked at
   std::uint64_t deviating = 0;          // of these, not the function in some state
-  std::uint64_t broken_codings = 0;     // of these, excluded since they make a conflict
-  std::uint64_t searches_given_up = 0;  // because they broke the coding too often
+  std::uint64_t refused = 0;            // of these
+  std::uint64_t searches_given_up = 0;  // because too many were refused
   double seconds = 0;                   // in all searches
 };
 
@@ -66,6 +68,10 @@ class SubfunctionInserter {
   std::optional<SubfunctionInsertion> insert(const bdd::Bdd& function, const std::string& context,
                                              bool local);
 
+  // Whether the STG of a prefix that after() has made is without encoding conflicts.
+  bool keeps_coding(const net::StgPrefix& prefix) const;
+  // An insertion that insert() has given for the function: it shall give another one.
+  void refuse(const bdd::Bdd& function, const SubfunctionInsertion& insertion);
   // A copy of the prefix with the new signal. The prefix must be the one that the insertion was
   // found for.
   resolution::InsertedSignal after(const SubfunctionInsertion& insertion) const;
@@ -84,7 +90,6 @@ class SubfunctionInserter {
   Step& step();
   bool compute_insertions(const bdd::Bdd& function, const std::string& context, bool local,
                           InsertionResult& result);
-  bool keeps_coding(const net::StgPrefix& prefix) const;
 
   net::StgPrefix& prefix_;
   const std::vector<std::string>& names_;

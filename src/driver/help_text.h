@@ -50,7 +50,7 @@ STGs, which come as *.g, *.ll_net or *.pnml; see vorel-unfold --help.
 
 The name of the output selects what is written there:
   *.xml         - the verdict and all solutions as one XML document;
-  *.v           - a Verilog module, in the modes -E, -G and -S;
+  *.v           - a Verilog module, in the modes -E, -G, -S and -T;
   cerr          - the same as no name: text for people on stdout;
   anything else - text for other programs: NO, or for each solution YES and
                   its traces, each behind a line _SEQUENCE: (or equations).

@@ -75,7 +75,7 @@ class VerilogWriter {
 
  private:
   void write_header() {
-    write_module_start(stream_, "VOREL_unmapped_implementation", stg_);
+    write_module_start(stream_, module_name, stg_);
     std::uint64_t cost = 0;
     for (const SignalSolution* solution : solutions_) cost += solution->cost();
     stream_ << "    // " << style_name()
@@ -145,16 +145,14 @@ class VerilogWriter {
   }
 
   bool write_standard_c() {
-    base::UniqueNames names;
-    for (const auto& signal : stg_.signals) names.take(signal->name);
+    const std::vector<StandardCWires> wires = standard_c_wires(stg_);
     for (std::size_t pair = 0; 2 * pair < solutions_.size(); ++pair) {
       const std::string& signal = signal_of_pair(pair);
       const SignalSolution& set = *solutions_[2 * pair];
       const SignalSolution& reset = *solutions_[2 * pair + 1];
       stream_ << "\n\n    // Signal " << signal << " cost=" << set.cost() + reset.cost() << '\n';
-      const std::string set_name = names.take(signal + "_SET");
+      const auto& [set_name, reset_name] = wires[pair];
       write_assignments(set_name, set);
-      const std::string reset_name = names.take(signal + "_RESET");
       write_assignments(reset_name, reset);
       write_c_element(signal, set_name, reset_name);
       bool set_value = false, reset_value = false;
@@ -186,6 +184,18 @@ class VerilogWriter {
 };
 
 }  // namespace
+
+std::vector<StandardCWires> standard_c_wires(const net::Stg& stg) {
+  base::UniqueNames names;
+  for (const auto& signal : stg.signals) names.take(signal->name);
+  std::vector<StandardCWires> wires;
+  for (const net::SignalId id : stg.driven_signals()) {
+    const std::string& signal = stg.signals[id.value]->name;
+    std::string set = names.take(signal + "_SET");
+    wires.push_back({std::move(set), names.take(signal + "_RESET")});
+  }
+  return wires;
+}
 
 bool write_verilog(std::ostream& stream, const net::Stg& stg, SynthesisStyle style,
                    std::span<const SignalSolution* const> solutions) {

@@ -4,12 +4,22 @@
 #include <ostream>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "net/net.h"
 #include "synthesis/function_phase.h"
 #include "synthesis/signal_solution.h"
 
 namespace vorel::synthesis {
+
+inline constexpr const char* module_name = "VOREL_unmapped_implementation";
+
+// Of signal z: z_SET and z_RESET, or with a number behind where the STG has a signal of that name.
+struct StandardCWires {
+  std::string set, reset;
+};
+// By output or internal signal.
+std::vector<StandardCWires> standard_c_wires(const net::Stg& stg);
 
 // The first alternative of each function makes the circuit, the others follow as comments. For the
 // styles with two functions the solutions come in pairs, SET before RESET, of the non-input signals

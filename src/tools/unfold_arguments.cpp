@@ -1,16 +1,12 @@
 #include "tools/unfold_arguments.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cassert>
-#include <charconv>
 #include <limits>
 #include <memory>
 #include <string>
 #include <thread>
-#include <vector>
 
-#include "base/messages.h"
+#include "tools/arguments.h"
 
 namespace vorel::tools {
 namespace {
@@ -56,38 +52,7 @@ Examples:
 Exit code: 0 done, 1 done with warnings, 2 errors (nothing is written but the
 drawing of --dot-net), 5 out of memory.)";
 
-// The table of options with no more than what an option is given: the descriptions say the rest.
-class PlainHelp : public CLI::Formatter {
- public:
-  PlainHelp() { column_width(24); }
-  std::string make_option_opts(const CLI::Option* option) const override {
-    return option->get_type_name().empty() ? "" : " " + option->get_type_name();
-  }
-};
-
 std::uint32_t preset_threads() { return std::clamp(std::thread::hardware_concurrency(), 1u, 8u); }
-
-std::vector<std::string> format_names() {
-  std::vector<std::string> names;
-  for (const formats::NetFormatRow& row : formats::net_formats) names.emplace_back(row.name);
-  return names;
-}
-
-// Ranges of the library let numbers pass that are too large for any type, or negative.
-std::string count_fault(const std::string& text) {
-  std::uint64_t count = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, count);
-  if (error == std::errc() && stop == end && count > 0) return {};
-  return "'" + text + "' is not a number of events above 0";
-}
-
-// Also refuses what is no number.
-std::string time_fault(const std::string& text) {
-  double seconds = 0;
-  if (CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= 1e9) return {};
-  return "'" + text + "' is not a number of seconds above 0";
-}
 
 class UnfoldArguments {
  public:
@@ -96,8 +61,7 @@ class UnfoldArguments {
     // The bound on memory is enough: beyond, unfolding is 20 times slower.
     request_.options.conc_rel_size = std::numeric_limits<std::uint32_t>::max();
     app_.footer(footer);
-    app_.set_help_flag("-h,--help", "print this help");
-    app_.set_version_flag("--version", "vorel-unfold " VOREL_VERSION, "print the version");
+    add_usual_flags(app_);
     app_.formatter(std::make_shared<PlainHelp>());
     add_files();
     add_unfolding();
@@ -106,19 +70,7 @@ class UnfoldArguments {
   }
 
   std::optional<UnfoldRequest> parse(int argc, char** argv) {
-    try {
-      app_.parse(argc, argv);
-    } catch (const CLI::Success& what_is_asked) {
-      app_.exit(what_is_asked);
-      return std::nullopt;
-    } catch (const CLI::ParseError& error) {
-      base::print_error(std::string(error.what()) + " (vorel-unfold --help tells more)");
-      return std::nullopt;
-    }
-    for (const formats::NetFormatRow& row : formats::net_formats) {
-      if (row.name == format_) request_.input_format = row.format;
-    }
-    assert(format_.empty() || request_.input_format);
+    if (!parse_arguments(app_, argc, argv)) return std::nullopt;
     request_.options.order = static_cast<unfolder::AdequateOrder>(order_);
     request_.progress = !no_progress_ && !request_.quiet;
     return std::move(request_);
@@ -130,10 +82,7 @@ class UnfoldArguments {
         ->required()
         ->type_name("");
     app_.add_option("output", request_.output, "file for the result, or -")->type_name("");
-    app_.add_option("--format", format_,
-                    "format of the input, whatever its name: g, ll_net or pnml")
-        ->check(CLI::IsMember(format_names()).description(""))
-        ->type_name("NAME");
+    add_format_option(app_, request_.format_name);
     app_.add_flag("--merge", request_.merge, "write the merged process of the prefix");
     app_.add_option("--dot", request_.drawing,
                     "draw the prefix too, in the language of Graphviz:\n"
@@ -179,11 +128,11 @@ class UnfoldArguments {
   void add_bounds() {
     app_.add_option("--max-events", request_.options.max_events,
                     "give up when the prefix gets more events than N")
-        ->check(CLI::Validator(count_fault, "", "count"))
+        ->check(is_count_of_events())
         ->type_name("N");
     app_.add_option("--timeout", request_.options.max_seconds,
                     "give up after S seconds, which may be a fraction")
-        ->check(CLI::Validator(time_fault, "", "time"))
+        ->check(is_time())
         ->type_name("S");
   }
 
@@ -202,7 +151,6 @@ class UnfoldArguments {
   }
 
   UnfoldRequest request_;
-  std::string format_;
   std::uint32_t order_ = static_cast<std::uint32_t>(unfolder::UnfoldOptions{}.order);
   bool no_progress_ = false;
   CLI::App app_{description, "vorel-unfold"};

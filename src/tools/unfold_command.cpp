@@ -23,25 +23,13 @@
 namespace vorel::tools {
 namespace {
 
-// Seconds from one reading to the next.
-class StopWatch {
- public:
-  double lap() {
-    const std::uint64_t before = std::exchange(ticks_, base::ticks_now());
-    return base::seconds_of(ticks_ - before);
-  }
-
- private:
-  std::uint64_t ticks_ = base::ticks_now();
-};
-
 class UnfoldRun {
  public:
   explicit UnfoldRun(const UnfoldRequest& request)
       : request_{request}, messages_{request.output == standard_stream ? std::cerr : std::cout} {}
 
   void run() {
-    auto net = read_net(request_);
+    auto net = read_net(request_.input, *request_.input_format);
     figures_.reading_seconds = watch_.lap();
     if (!net) return;
     std::visit([this](auto& n) { draw_and_unfold(std::move(n)); }, *net);
@@ -115,7 +103,7 @@ class UnfoldRun {
 
   const UnfoldRequest& request_;
   std::ostream& messages_;
-  StopWatch watch_;
+  base::StopWatch watch_;
   UnfoldFigures figures_;
 };
 

@@ -1,10 +1,8 @@
 // tools/unfold_files.h - the files of a run of vorel-unfold.
 // Here:      the formats that their names tell, the name of an output that is not given, what is
-//            wrong with names before any work is done; reading the net, writing the result.
+//            wrong with names before any work is done; writing the result.
 // Not here:  the formats themselves.
 #pragma once
-
-#include <optional>
 
 #include "net/process.h"
 #include "tools/unfold_request.h"
@@ -14,9 +12,6 @@ namespace vorel::tools {
 // Sets the formats and the name of the output. False after an error: an ending or a combination
 // that nothing can be made of, or an output that cannot be written.
 bool settle_files(UnfoldRequest& request);
-
-// nullopt after an error.
-std::optional<formats::AnyNet> read_net(const UnfoldRequest& request);
 
 // Write the result, after settle_files(). False after an error.
 template <class N>

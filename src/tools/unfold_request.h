@@ -8,13 +8,10 @@
 #include <string>
 #include <string_view>
 
-#include "formats/net_file.h"
+#include "tools/input_net.h"
 #include "unfolder/unfold_options.h"
 
 namespace vorel::tools {
-
-// The name of the standard input and of the standard output.
-inline constexpr std::string_view standard_stream = "-";
 
 enum class ProcessFormat { pnml, mci, mp };
 
@@ -35,7 +32,8 @@ struct UnfoldRequest {
   std::string output;                              // empty: named after the input
   std::string drawing;                             // of the prefix; empty: none
   std::string net_drawing;                         // empty: none
-  std::optional<formats::NetFormat> input_format;  // none: told by the name
+  std::string format_name;                         // of the input; empty: told by its name
+  std::optional<formats::NetFormat> input_format;  // settled from both
   ProcessFormat output_format = ProcessFormat::pnml;
   bool merge = false;
   bool stats = false;

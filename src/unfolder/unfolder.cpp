@@ -76,7 +76,11 @@ bool Unfolder<N>::is_initially_safe() const {
 }
 
 template <class N>
-bool Unfolder<N>::report(UnfoldOutcome outcome) const {
+bool Unfolder<N>::report(UnfoldOutcome outcome) {
+  is_complete_ = outcome == UnfoldOutcome::complete;
+  const bool at_a_bound =
+      outcome == UnfoldOutcome::too_many_events || outcome == UnfoldOutcome::out_of_time;
+  if (options_.keep_incomplete && at_a_bound) return true;
   switch (outcome) {
     case UnfoldOutcome::complete:
       return true;

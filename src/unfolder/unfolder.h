@@ -25,8 +25,10 @@ class Unfolder {
   Unfolder(N net, const UnfoldOptions& options, UnfoldingLoop::Callback callback = {});
 
   // False after a reported error: a transition without preset, a net that is not safe (with a
-  // trace), or more events or time than allowed. Runs once.
+  // trace), or more events or time than allowed unless what there is is to be kept. Runs once.
   bool unfold();
+  // After a successful run: it came to its end before the bounds.
+  bool is_complete() const { return is_complete_; }
   // Warns of a prefix all of whose events are cut-offs.
   void warn_if_no_events() const;
   // After a successful run.
@@ -37,7 +39,7 @@ class Unfolder {
  private:
   bool has_presets() const;
   bool is_initially_safe() const;
-  bool report(UnfoldOutcome outcome) const;
+  bool report(UnfoldOutcome outcome);
   void report_unsafe() const;
   void set_cut_off(net::EventOf<N>& event, EventId id, const std::vector<std::uint32_t>& numbers,
                    net::PrefixOf<N>& prefix) const;
@@ -46,6 +48,7 @@ class Unfolder {
   const UnfoldOptions options_;
   const FlatNet flat_;
   UnfoldingLoop loop_;
+  bool is_complete_ = true;
 };
 
 }  // namespace vorel::unfolder

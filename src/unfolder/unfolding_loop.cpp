@@ -54,20 +54,22 @@ UnfoldOutcome UnfoldingLoop::run() {
   start_ticks_ = base::ticks_now();
   extend_with(*workers_.front(), no_event);
   collect_batch();
-  bool stopped = should_stop();
+  bool stopped = should_stop() || has_enough_events();
   while (!stopped && !batch_.empty() && !must_give_up()) {
     if (options_.non_local_correspondents) find_non_local_cut_offs();
     if (!batch_.empty() && !must_give_up()) {
       add_batch();
       extend_batch();
+      batch_.clear();
     }
     if (must_give_up()) break;
     collect_batch();
-    stopped = should_stop();
+    stopped = should_stop() || has_enough_events();
   }
-  if (must_give_up()) return outcome_;
-  if (stopped) {
+  if (must_give_up() && !keeps_incomplete()) return outcome_;
+  if (stopped || outcome_ != UnfoldOutcome::complete) {
     drop_relation();
+    if (batch_.empty()) collect_batch();
     for (; !batch_.empty(); collect_batch()) add_batch();
   }
   on_finish();
@@ -81,16 +83,33 @@ void UnfoldingLoop::give_up(UnfoldOutcome outcome) {
   outcome_.compare_exchange_strong(none, outcome);
 }
 
+bool UnfoldingLoop::has_too_many_events() const {
+  return options_.max_events != 0 && process_.event_count() > options_.max_events;
+}
+
+// What is to be kept does not depend on the threads: it ends between batches.
+bool UnfoldingLoop::has_enough_events() {
+  if (options_.keep_incomplete && has_too_many_events() && !batch_.empty())
+    give_up(UnfoldOutcome::too_many_events);
+  return outcome_ == UnfoldOutcome::too_many_events;
+}
+
 // True once the run has to end without a result. All workers ask.
 bool UnfoldingLoop::must_give_up() {
   if (outcome_ != UnfoldOutcome::complete) return true;
-  if (options_.max_events != 0 && process_.event_count() > options_.max_events) {
+  if (!options_.keep_incomplete && has_too_many_events()) {
     give_up(UnfoldOutcome::too_many_events);
   } else if (options_.max_seconds > 0 &&
              base::seconds_of(base::ticks_now() - start_ticks_) > options_.max_seconds) {
     give_up(UnfoldOutcome::out_of_time);
   }
   return outcome_ != UnfoldOutcome::complete;
+}
+
+// What was found before a bound was met is as good as ever; only some is missing.
+bool UnfoldingLoop::keeps_incomplete() const {
+  return options_.keep_incomplete &&
+         (outcome_ == UnfoldOutcome::too_many_events || outcome_ == UnfoldOutcome::out_of_time);
 }
 
 void UnfoldingLoop::extend_with(Worker& worker, EventId event) {

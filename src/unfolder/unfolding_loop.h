@@ -43,7 +43,7 @@ class UnfoldingLoop {
   UnfoldingLoop(const FlatNet& net, const UnfoldOptions& options, Callback callback);
   virtual ~UnfoldingLoop();
 
-  // Runs once.
+  // Runs once. Beyond a bound there is a prefix, if it is to be kept, but not a complete one.
   UnfoldOutcome run();
 
   // Afterwards.
@@ -88,6 +88,9 @@ class UnfoldingLoop {
   void drop_relation();
   void give_up(UnfoldOutcome outcome);
   bool must_give_up();
+  bool keeps_incomplete() const;
+  bool has_too_many_events() const;
+  bool has_enough_events();
   void pass_on_correspondent(EventId cut_off);
   void sort_for_entry(std::vector<EventId>& events) const;
   std::string sizes() const;

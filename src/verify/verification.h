@@ -19,7 +19,8 @@ enum class Question : std::uint8_t {
   initial_state = 0,  // at the start gates rest, but those of signals that the STG excites
   conformance = 1,    // outputs change only where the STG lets them
   hazard = 2,         // an excited gate stays excited until it has fired
-  progress = 3,       // an output that is due comes, whatever inputs do
+  progress = 3,       // an output that is due comes, whatever inputs do, unless in a choice another
+                      // comes instead
   deadlock = 4,       // the circuit with its environment stops only where the STG does
 };
 inline constexpr std::size_t question_count = 5;
@@ -31,9 +32,14 @@ struct TraceEdge {
   bool rises = false;
 };
 
-// Why an answer is no.
+// Why an answer is no. The last edge of the trace is the one that goes wrong: for conformance the
+// output edge that the STG does not let happen there, for a hazard the edge that takes the
+// excitation away. For progress and deadlock the trace ends in the state where the output is due.
 struct Finding {
   Question question;
+  // The output of the gate concerned: the one that does not rest, changes where it must not, is no
+  // longer excited, stays away.
+  WireId wire;
   std::string message;           // one line, which names the wires and gates concerned
   std::vector<TraceEdge> trace;  // from the initial state, dummies left out; it replays
 };

@@ -37,36 +37,6 @@ TEST(GateCovers, EveryBuiltInGateIsExcitedWhereItsFunctionChangesTheOutput) {
   for (const std::string& name : names) expect_covers_of_its_function(library->gate(name));
 }
 
-TEST(GateCovers, KnownGatesHaveTheirTextbookCovers) {
-  const auto library = GateLibrary::read("");
-  ASSERT_TRUE(library);
-  const bdd::Bdd a = bdd::bdd_variable(0), b = bdd::bdd_variable(1), c = bdd::bdd_variable(2),
-                 d = bdd::bdd_variable(3);
-  const struct {
-    const char* name;
-    bdd::BDDCover covers;
-  } rows[] = {
-      {"const0:combinational", bdd::BDDCover(bdd::Bdd(false))},
-      {"const1:combinational", bdd::BDDCover(bdd::Bdd(true))},
-      {"inv:combinational", bdd::BDDCover(~a)},
-      {"oai12:combinational", bdd::BDDCover(~(a & (b | c)))},
-      {"aoi22:combinational", bdd::BDDCover(~((a & b) | (c & d)))},
-      {"delay:asynch", bdd::BDDCover(a)},
-      {"delay_inv:asynch", bdd::BDDCover(~a)},
-      {"c_element0:asynch", {a & b, a | b, ~a & ~b, ~a | ~b}},
-      {"sr_nor:asynch", {a, a | ~b, ~a & b, ~a}},
-      {"rs_nor:asynch", {a & ~b, ~b, b, ~a | b}},
-      {"sr_nand:asynch", {~a, ~a | b, a & ~b, a}},
-      {"rs_nand:asynch", {~b, a | ~b, ~a & b, b}},
-      {"gated_latch0:asynch", {a & b, a | ~b, ~a & b, ~a | ~b}},
-      {"gated_latch1:asynch", {a & ~b, a | b, ~a & ~b, ~a | b}},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(covers_of(library->gate(row.name)), row.covers)
-        << row.name << ' ' << bdd::to_string(covers_of(library->gate(row.name)));
-  }
-}
-
 TEST(GateCovers, WideGatesTakeLittleRoom) {
   const struct {
     const char* sign;

@@ -103,7 +103,11 @@ TEST(SubfunctionInserter, MakesSignalsThatDoWhatIsSaidOfThem) {
       SubfunctionInserter inserter(edited, "x", names, params);
       const Bdd function = random_function(names.size(), random);
       const bool locally = random.chance(30);
-      const auto insertion = inserter.insert(function, "test", locally);
+      auto insertion = inserter.insert(function, "test", locally);
+      while (insertion && !inserter.keeps_coding(inserter.after(*insertion).prefix)) {
+        inserter.refuse(function, *insertion);
+        insertion = inserter.insert(function, "test", locally);
+      }
       if (!insertion) continue;
       SCOPED_TRACE(toolkit::to_string(bdd::expression_of(function, names)) + ": " +
                    insertion->text());

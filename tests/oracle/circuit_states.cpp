@@ -64,30 +64,74 @@ struct CircuitState {
   auto operator<=>(const CircuitState&) const = default;
 };
 
-class Explorer {
+}  // namespace
+
+class CircuitStates::Explorer {
  public:
   Explorer(const net::Stg& stg, const Graph& graph, const Values& initial, const Circuit& circuit,
            std::size_t max_states)
       : stg_{stg}, graph_{graph}, circuit_{circuit}, max_states_{max_states}, wires_{stg, circuit} {
     for (const auto& state : graph.states) codes_.push_back(code_of(state, initial));
     for (std::size_t g = 0; g < circuit.gates.size(); ++g) outputs_.push_back(wires_.output(g));
+    faults.obstacle = wires_.fault();
+    if (!faults.obstacle.empty()) return;
+    CircuitState first{0, std::vector<bool>(wires_.size() - stg_.internals_end)};
+    set_initial_values(first);
+    if (!faults.obstacle.empty()) return;
+    find_excited_initially(first);
+    number_of(first);
+    for (std::uint32_t i = 0; i < states_.size() && states_.size() <= max_states_; ++i) visit(i);
+    if (states_.size() > max_states_)
+      faults.obstacle = "too many states";
+    else
+      find_missing_outputs();
   }
 
-  std::string run() {
-    if (!wires_.fault().empty()) return wires_.fault();
-    CircuitState first{0, std::vector<bool>(wires_.size() - stg_.internals_end)};
-    std::string fault = set_initial_values(first);
-    if (!fault.empty()) return fault;
-    number_of(first);
-    for (std::uint32_t i = 0; i < states_.size() && fault.empty(); ++i) fault = visit(i);
-    return fault.empty() ? missing_output() : fault;
+  std::string refute(CircuitQuestion question, const std::string& wire,
+                     const std::vector<CircuitEdge>& trace) const {
+    const std::size_t gate = gate_of(wire);
+    if (question != CircuitQuestion::deadlock && gate == outputs_.size()) return "no gate's wire";
+    const bool ends_before_fault =
+        question == CircuitQuestion::conformance || question == CircuitQuestion::hazard;
+    if (ends_before_fault && trace.empty()) return "an empty trace";
+    std::set<CircuitState> states{states_[0]};
+    for (std::size_t i = 0; i + (ends_before_fault ? 1 : 0) < trace.size(); ++i) {
+      states = after(states, trace[i]);
+      if (states.empty()) return trace[i].wire + " cannot change";
+    }
+    const auto shows_it = [&](const CircuitState& state) {
+      switch (question) {
+        case CircuitQuestion::initial_state:
+          return trace.empty() && is_excited(gate, state) &&
+                 !(wires_.is_signal(outputs_[gate]) && is_due(gate, state));
+        case CircuitQuestion::conformance:
+          return gate_of(trace.back().wire) == gate && is_excited(gate, state) &&
+                 values_in(state)[outputs_[gate]] != trace.back().rises && !is_due(gate, state);
+        case CircuitQuestion::hazard:
+          return disables(state, trace.back(), gate);
+        case CircuitQuestion::progress:
+          return is_due(gate, state) && !states_leading_to(gate)[number_of_.at(state)];
+        case CircuitQuestion::deadlock:
+          return is_stuck(state);
+      }
+      return false;
+    };
+    states = with_dummies(states);
+    return std::ranges::any_of(states, shows_it) ? "" : "nothing is wrong behind the trace";
   }
+
+  CircuitFaults faults;
 
  private:
   struct GateArc {
-    std::size_t gate;
+    std::size_t gate;  // one more than there are for a dummy
     std::uint32_t source;
   };
+
+  void found(CircuitQuestion question, const std::string& text) {
+    std::string& fault = faults.faults[static_cast<std::size_t>(question)];
+    if (fault.empty()) fault = text;
+  }
 
   std::vector<bool> values_in(const CircuitState& state) const {
     const Values& code = codes_[state.environment];
@@ -100,7 +144,19 @@ class Explorer {
     return wires_.is_excited(gate, values_in(state));
   }
 
-  std::string set_initial_values(CircuitState& first) const {
+  // Of a gate that drives a signal: the STG lets it change.
+  bool is_due(std::size_t gate, const CircuitState& state) const {
+    return wires_.is_signal(outputs_[gate]) &&
+           !after_edge(state.environment, outputs_[gate]).empty();
+  }
+
+  // The number of gates if none drives the wire.
+  std::size_t gate_of(const std::string& wire) const {
+    return static_cast<std::size_t>(std::ranges::find(circuit_.gates, wire, &CircuitGate::output) -
+                                    circuit_.gates.begin());
+  }
+
+  void set_initial_values(CircuitState& first) {
     const auto given = [this](std::size_t gate) {
       return circuit_.initial.find(circuit_.gates[gate].output);
     };
@@ -110,7 +166,7 @@ class Explorer {
     for (const auto& [name, value] : circuit_.initial) {
       for (std::uint32_t s = 0; s < stg_.internals_end; ++s)
         if (stg_.signals[s]->name == name && (codes_[0][s] != 0) != value)
-          return name + " has another initial value";
+          faults.obstacle = name + " has another initial value";
     }
     for (std::size_t g = 0; g < outputs_.size(); ++g)
       if (!wires_.is_signal(outputs_[g]) && given(g) != circuit_.initial.end())
@@ -121,10 +177,14 @@ class Explorer {
         if (!wires_.is_signal(outputs_[g]) && given(g) == circuit_.initial.end() &&
             is_excited(g, first))
           other(g).flip();
+  }
+
+  void find_excited_initially(const CircuitState& first) {
     for (std::size_t g = 0; g < outputs_.size(); ++g)
-      if (!wires_.is_signal(outputs_[g]) && is_excited(g, first))
-        return circuit_.gates[g].output + " is not at rest initially";
-    return "";
+      if (is_excited(g, first) && !is_due(g, first) &&
+          !circuit_.declared.contains(circuit_.gates[g].output))
+        found(CircuitQuestion::initial_state,
+              circuit_.gates[g].output + " is not at rest initially");
   }
 
   std::uint32_t number_of(const CircuitState& state) {
@@ -139,17 +199,32 @@ class Explorer {
 
   // States of the environment after an edge of the signal, dummies before it perhaps.
   std::set<std::uint32_t> after_edge(std::uint32_t environment, std::uint32_t signal) const {
-    std::set<std::uint32_t> result, seen{environment};
+    std::set<std::uint32_t> result;
+    for (const std::uint32_t state : after_dummies(environment))
+      for (const auto& arc : graph_.states[state].arcs)
+        if (arc.transition->signal->index == signal) result.insert(arc.target);
+    return result;
+  }
+
+  // Of any number of them, or none.
+  std::set<std::uint32_t> after_dummies(std::uint32_t environment) const {
+    std::set<std::uint32_t> seen{environment};
     std::vector<std::uint32_t> open{environment};
     while (!open.empty()) {
       const std::uint32_t state = open.back();
       open.pop_back();
-      for (const auto& arc : graph_.states[state].arcs) {
-        if (arc.transition->signal->index == signal) result.insert(arc.target);
+      for (const auto& arc : graph_.states[state].arcs)
         if (arc.transition->signal->is_dummy() && seen.insert(arc.target).second)
           open.push_back(arc.target);
-      }
     }
+    return seen;
+  }
+
+  std::set<CircuitState> with_dummies(const std::set<CircuitState>& states) const {
+    std::set<CircuitState> result;
+    for (const CircuitState& state : states)
+      for (const std::uint32_t environment : after_dummies(state.environment))
+        result.insert({environment, state.others});
     return result;
   }
 
@@ -166,7 +241,37 @@ class Explorer {
     return result;
   }
 
-  std::string visit(std::uint32_t number) {
+  // Where circuit and environment let the edge happen.
+  std::vector<CircuitState> after(const CircuitState& state, const CircuitEdge& edge) const {
+    const std::size_t gate = gate_of(edge.wire);
+    if (gate < outputs_.size()) {
+      if (values_in(state)[outputs_[gate]] == edge.rises || !is_excited(gate, state)) return {};
+      return after_gate(state, gate);
+    }
+    std::vector<CircuitState> result;
+    for (std::uint32_t s = 0; s < stg_.inputs_end; ++s)
+      if (stg_.signals[s]->name == edge.wire && values_in(state)[s] != edge.rises)
+        for (const std::uint32_t target : after_edge(state.environment, s))
+          result.push_back({target, state.others});
+    return result;
+  }
+
+  std::set<CircuitState> after(const std::set<CircuitState>& states,
+                               const CircuitEdge& edge) const {
+    std::set<CircuitState> result;
+    for (const CircuitState& state : states)
+      for (const CircuitState& next : after(state, edge)) result.insert(next);
+    return result;
+  }
+
+  bool disables(const CircuitState& state, const CircuitEdge& edge, std::size_t victim) const {
+    if (!is_excited(victim, state) || gate_of(edge.wire) == victim) return false;
+    return std::ranges::any_of(after(state, edge), [&](const CircuitState& next) {
+      return !is_excited(victim, next) && !is_let_through(state, gate_of(edge.wire), next, victim);
+    });
+  }
+
+  void visit(std::uint32_t number) {
     const CircuitState state = states_[number];
     std::vector<std::size_t> excited;
     for (std::size_t g = 0; g < outputs_.size(); ++g)
@@ -174,42 +279,69 @@ class Explorer {
     for (const std::size_t gate : excited) {
       const auto targets = after_gate(state, gate);
       const std::string& name = circuit_.gates[gate].output;
-      if (targets.empty()) return name + " changes where the STG does not allow it";
+      if (targets.empty())
+        found(CircuitQuestion::conformance, name + " changes where the STG does not allow it");
       for (const CircuitState& next : targets) {
         arcs_to_[number_of(next)].push_back({gate, number});
-        const std::string victim = disabled_in(next, excited, gate);
-        if (!victim.empty()) return victim + " is disabled by " + name;
+        find_disabled(state, excited, gate, name, next);
       }
     }
     for (const auto& arc : graph_.states[state.environment].arcs) {
       const net::SignalKind kind = arc.transition->signal->kind;
       if (kind != net::SignalKind::input && kind != net::SignalKind::dummy) continue;
       const CircuitState next{arc.target, state.others};
-      number_of(next);
-      const std::string victim = disabled_in(next, excited, outputs_.size());
-      if (!victim.empty()) return victim + " is disabled by " + arc.transition->name;
+      const std::uint32_t target = number_of(next);
+      if (kind == net::SignalKind::dummy) arcs_to_[target].push_back({outputs_.size(), number});
+      find_disabled(state, excited, outputs_.size(), arc.transition->name, next);
     }
-    return states_.size() > max_states_ ? "too many states" : "";
+    if (is_stuck(state)) found(CircuitQuestion::deadlock, "all rests where the STG does not");
   }
 
-  // Of the gates that were excited before the change of one of them, or of none.
-  std::string disabled_in(const CircuitState& after, const std::vector<std::size_t>& excited,
-                          std::size_t changed) const {
-    for (const std::size_t gate : excited)
-      if (gate != changed && !is_excited(gate, after)) return circuit_.gates[gate].output;
-    return "";
+  // Of the gates that were excited before the change of one of them, or of an input.
+  void find_disabled(const CircuitState& before, const std::vector<std::size_t>& excited,
+                     std::size_t changed, const std::string& name, const CircuitState& after) {
+    for (const std::size_t gate : excited) {
+      if (gate == changed || is_excited(gate, after)) continue;
+      const std::string& victim = circuit_.gates[gate].output;
+      if (!is_let_through(before, changed, after, gate))
+        found(CircuitQuestion::hazard, victim + " is disabled by " + name);
+      else
+        faults.arbiters.insert(std::minmax(victim, circuit_.gates[changed].output));
+    }
   }
 
-  // From each state in which the STG lets the signal change gates alone must be able to change it.
-  std::string missing_output() const {
+  // One output disables another, and that is a choice: so it is declared, or so the STG has it.
+  bool is_let_through(const CircuitState& before, std::size_t changed, const CircuitState& after,
+                      std::size_t victim) const {
+    if (changed == outputs_.size()) return false;
+    const std::string &a = circuit_.gates[changed].output, &b = circuit_.gates[victim].output;
+    if (circuit_.mutexes.contains({a, b}) || circuit_.mutexes.contains({b, a})) return true;
+    return is_due(changed, before) && is_due(victim, before) && !is_due(victim, after);
+  }
+
+  // Nothing can happen, but the STG goes on. A gate that is about to change where it must not has
+  // not come to rest.
+  bool is_stuck(const CircuitState& state) const {
+    const auto& arcs = graph_.states[state.environment].arcs;
+    for (const auto& arc : arcs) {
+      const net::SignalKind kind = arc.transition->signal->kind;
+      if (kind == net::SignalKind::input || kind == net::SignalKind::dummy) return false;
+    }
+    for (std::size_t g = 0; g < outputs_.size(); ++g)
+      if (is_excited(g, state)) return false;
+    return !arcs.empty();
+  }
+
+  // From each state in which the STG lets the signal change gates alone must be able to change it,
+  // or to choose another that takes its place.
+  void find_missing_outputs() {
     for (std::size_t gate = 0; gate < outputs_.size(); ++gate) {
       if (!wires_.is_signal(outputs_[gate])) continue;
       const std::vector<bool> can_change = states_leading_to(gate);
       for (std::size_t i = 0; i < states_.size(); ++i)
-        if (!can_change[i] && !after_edge(states_[i].environment, outputs_[gate]).empty())
-          return circuit_.gates[gate].output + " never changes";
+        if (!can_change[i] && is_due(gate, states_[i]))
+          found(CircuitQuestion::progress, circuit_.gates[gate].output + " never changes");
     }
-    return "";
   }
 
   std::vector<bool> states_leading_to(std::size_t gate) const {
@@ -222,6 +354,8 @@ class Explorer {
     for (const auto& arcs : arcs_to_)
       for (const GateArc& arc : arcs)
         if (arc.gate == gate) add(arc.source);
+    for (std::uint32_t i = 0; i < states_.size(); ++i)
+      if (!is_due(gate, states_[i])) add(i);
     while (!open.empty()) {
       const std::uint32_t state = open.back();
       open.pop_back();
@@ -241,8 +375,6 @@ class Explorer {
   std::map<CircuitState, std::uint32_t> number_of_;
   std::vector<std::vector<GateArc>> arcs_to_;  // by state
 };
-
-}  // namespace
 
 void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::string& output,
               const std::vector<CircuitPin>& pins, bool is_inverted) {
@@ -265,9 +397,25 @@ void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::str
   circuit.gates.push_back({output, {own}, inverter});
 }
 
+CircuitStates::CircuitStates(const net::Stg& stg, const Graph& graph, const Values& initial,
+                             const Circuit& circuit, std::size_t max_states)
+    : explorer_{std::make_unique<Explorer>(stg, graph, initial, circuit, max_states)} {}
+CircuitStates::~CircuitStates() = default;
+
+const CircuitFaults& CircuitStates::faults() const { return explorer_->faults; }
+
+std::string CircuitStates::refute(CircuitQuestion question, const std::string& wire,
+                                  const std::vector<CircuitEdge>& trace) const {
+  return explorer_->refute(question, wire, trace);
+}
+
 std::string find_fault(const net::Stg& stg, const Graph& graph, const Values& initial,
                        const Circuit& circuit, std::size_t max_states) {
-  return Explorer(stg, graph, initial, circuit, max_states).run();
+  const CircuitStates states(stg, graph, initial, circuit, max_states);
+  std::string text = states.faults().obstacle;
+  for (const std::string& fault : states.faults().faults)
+    if (!fault.empty()) text += (text.empty() ? "" : "; ") + fault;
+  return text;
 }
 
 }  // namespace vorel::oracle

@@ -3,9 +3,15 @@
 // Not here:  circuits of equations (oracle/equation_circuit.h).
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "oracle/coding.h"
@@ -26,6 +32,10 @@ struct Circuit {
   std::vector<CircuitGate> gates;
   // Signals have those of the STG, other wires without one the values at which their gates rest.
   std::map<std::string, bool> initial;
+  // Wires that may be excited initially, as signals may.
+  std::set<std::string> declared = {};
+  // Outputs that may disable each other, though the STG does not say so.
+  std::set<std::pair<std::string, std::string>> mutexes = {};
 };
 
 // What a pin of a gate is connected to: a wire, or without one the constant 0.
@@ -39,12 +49,58 @@ struct CircuitPin {
 void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::string& output,
               const std::vector<CircuitPin>& pins, bool is_inverted = false);
 
-// Explores the circuit with the STG as environment and as what outputs and internal signals are to
-// conform to; dummies of the STG happen at any time. Empty, or what goes wrong first: wires without
-// a driver or with two, other initial values than the STG's, a gate that is not at rest initially
-// (but those of signals), a gate that is excited and not any more, a signal that changes where the
-// STG does not let it, one that the STG lets change and no gates can make change without another
-// input, or more states than allowed.
+// Questions about a circuit, each with what is wrong where the answer is no.
+enum class CircuitQuestion : std::uint8_t {
+  initial_state,  // other initial values than the STG's, or a gate that does not rest, but those of
+                  // signals that the STG excites
+  conformance,    // a signal changes where the STG does not let it
+  hazard,    // a gate is excited and not any more; but outputs may disable each other where the
+             // STG has them do so, or where the pair is let through
+  progress,  // a signal that the STG lets change, and that gates alone cannot make change, nor make
+             // another change instead
+  deadlock,  // all rests where the STG does not
+};
+inline constexpr std::size_t circuit_question_count = 5;
+
+struct CircuitFaults {
+  // Wires without a driver or with two, signals of other initial values than the STG's, more states
+  // than allowed: no question has an answer then.
+  std::string obstacle;
+  std::array<std::string, circuit_question_count> faults;  // the first of each; empty: none
+  // Outputs that disable each other and may; in the order of their names.
+  std::set<std::pair<std::string, std::string>> arbiters;
+
+  const std::string& operator[](CircuitQuestion question) const {
+    return faults[static_cast<std::size_t>(question)];
+  }
+};
+
+// An edge of a wire.
+struct CircuitEdge {
+  std::string wire;
+  bool rises = false;
+};
+
+// All states of the circuit with the STG as environment and as what outputs and internal signals
+// are to conform to; dummies of the STG happen at any time. What does not conform does not happen.
+class CircuitStates {
+ public:
+  CircuitStates(const net::Stg& stg, const StateGraph<net::Stg>& graph, const Values& initial,
+                const Circuit& circuit, std::size_t max_states = 200'000);
+  ~CircuitStates();
+
+  const CircuitFaults& faults() const;
+  // Empty, or why the trace does not show that the answer is no, for this wire. The last edge is
+  // the one that goes wrong; for progress and deadlock the state behind it is.
+  std::string refute(CircuitQuestion question, const std::string& wire,
+                     const std::vector<CircuitEdge>& trace) const;
+
+ private:
+  class Explorer;
+  std::unique_ptr<Explorer> explorer_;
+};
+
+// An obstacle, or all faults with "; " between; empty if there is none.
 std::string find_fault(const net::Stg& stg, const StateGraph<net::Stg>& graph,
                        const Values& initial, const Circuit& circuit,
                        std::size_t max_states = 200'000);

@@ -1,5 +1,6 @@
-// oracle/netlist.h - a Verilog module of library gates, read back as a circuit.
-// Here:      instances, inverters that take no time, the initial values in the last lines.
+// oracle/netlist.h - a Verilog module as vorel writes it, read back as a circuit.
+// Here:      instances, inverters that take no time, assignments, the initial values in the last
+//            lines.
 // Not here:  what the circuit does (oracle/circuit_states.h).
 #pragma once
 
@@ -11,14 +12,14 @@
 namespace vorel::oracle {
 
 struct Netlist {
-  Circuit circuit;
+  Circuit circuit;    // gates in the order of the text
   double area = 0;    // of all instances
   std::string fault;  // what the text has wrong; empty if nothing
 };
 
-// By name. An inverter below the pragma of zero delay belongs to the gate whose pin it drives, the
-// output of any other is a wire that starts where the gates rest, behind a latch as its signal
-// says.
+// Gates by name. An inverter below the pragma of zero delay belongs to the gates whose pins it
+// drives. An assignment is one gate. A wire between a latch and the inverter behind it starts as
+// the latch's signal says, unless it is in the list of initial values.
 Netlist read_netlist(const std::string& module,
                      const std::map<std::string, toolkit::LibraryGate>& library);
 

@@ -129,9 +129,10 @@ class Comparison {
     const auto signals = by_name(before_.signals);
     for (const auto& signal : after_.signals) {
       const auto old = signals.find(signal->name);
-      const std::uint8_t expected =
+      const auto expected =
           old == signals.end() ? claim_.initial_value : (*was)[old->second->index];
-      if ((*now)[signal->index] != expected) return signal->name + " starts with another value";
+      if (expected && (*now)[signal->index] != expected)
+        return signal->name + " starts with another value";
     }
     if (!claim_.resolved) return "";
     SignalSet conflicts = csc_conflict_signals(after_, now_, *now);

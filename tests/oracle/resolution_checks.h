@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,9 +15,9 @@ namespace vorel::oracle {
 
 struct ResolutionClaim {
   std::vector<std::string> new_signals = {};
-  std::uint8_t initial_value = 0;  // of the new signals
-  bool resolved = true;            // no CSC conflict is left
-  bool reduced = false;            // transitions may wait for others, too
+  std::optional<std::uint8_t> initial_value = 0;  // of the new signals; none: any
+  bool resolved = true;                           // no CSC conflict is left
+  bool reduced = false;                           // transitions may wait for others, too
 };
 
 // The first fault in words, and an empty text when there is none: labels kept, the new signals

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <set>
 #include <string>
 
@@ -213,15 +212,6 @@ StgPrefix long_alternation(bool is_whole) {
 TEST(SignalLocks, ManyEventsOfASignalAreComparedInChunks) {
   EXPECT_EQ(pairs_of(signal_lock_relation(long_alternation(true))), (Pairs{{"p", "q"}}));
   EXPECT_EQ(pairs_of(signal_lock_relation(long_alternation(false))), Pairs{});
-}
-
-TEST(SignalLocks, OfTheExamples) {
-  EXPECT_EQ(pairs_of(signal_lock_relation(unfold_example("vme_read"))),
-            (Pairs{{"d", "dsr"}, {"dsr", "dtack"}, {"d", "dtack"}, {"lds", "ldtack"}}));
-  for (const auto& [name, count] :
-       std::map<std::string, std::size_t>{{"celement", 2}, {"muller3", 4}, {"sequencer", 3}}) {
-    EXPECT_EQ(pairs_of(signal_lock_relation(unfold_example(name))).size(), count) << name;
-  }
 }
 
 TEST(SignalLocks, AreToldWithTheirNumbers) {

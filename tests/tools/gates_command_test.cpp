@@ -70,6 +70,39 @@ TEST(GatesCommand, ModelsDoWhatTheGatesDo) {
   }
 }
 
+TEST(GatesCommand, NetlistsAreTriedNextToTheirStg) {
+  const support::TemporaryFolder folder;
+  const auto shell = [&folder](const std::string& command) {
+    return support::run_program({"/bin/sh", "-c", command}, {.directory = folder.path()});
+  };
+  if (shell("command -v iverilog").exit_code != 0) GTEST_SKIP() << "no Icarus Verilog";
+  const std::string prefix = support::example("vme_read_csc.unf.pnml");
+  shell(VOREL_BINARY " -T " + prefix + " T.v; " VOREL_BINARY " -S " + prefix + " S.v");
+  const std::string netlist = support::read_text(folder.path("T.v"));
+  const std::string gate = "\\c_element1:asynch  U3(";
+  const auto with = [&](const std::string& name, const std::string& other) {
+    std::string changed = netlist;
+    folder.write(name, changed.replace(changed.find(gate), gate.size(), other));
+    return name;
+  };
+  const auto error = [](const std::string& text) { return "\nError: " + text + "\n"; };
+  const struct {
+    std::string netlist, out, err;
+  } rows[] = {{"T.v", "VOREL_testbench: 300 edges, all as the STG has them\n", ""},
+              {"S.v", "VOREL_testbench: 300 edges, all as the STG has them\n", ""},
+              {with("a.v", "\\c_element2:asynch  U3("), " csc was excited and is disabled by ", ""},
+              {with("b.v", "\\c_element1:asynch  ("), "",
+               error("a gate without a name, which no testbench can refer to (file b.v, line 17, "
+                     "column 25)")}};
+  for (const auto& row : rows) {
+    const auto run = shell(VOREL_GATES_BINARY " --testbench " + support::example("vme_read_csc.g") +
+                           ' ' + row.netlist + " test.v && iverilog -o t test.v " + row.netlist +
+                           " && vvp -n t +edges=300");
+    EXPECT_NE(run.out.find(row.out), std::string::npos) << run.out;
+    EXPECT_EQ(run.err, row.err);
+  }
+}
+
 TEST(GatesCommand, WhatCannotBeDoneIsAnErrorThatWritesNothing) {
   const support::TemporaryFolder folder;
   const std::string good = "GATE g 1 o=a;PIN * UNKNOWN 1 1 1 1 1 1\n";

@@ -118,7 +118,8 @@ TEST(CircuitStates, ACElementOfAndsAndOrsNeedsAnEnvironmentThatWaitsForAllOfIt) 
   EXPECT_EQ(fault_of(c_element, {{"c", "c", {{"a"}, {"b"}}}}), "");
   EXPECT_EQ(fault_of(c_element_with_hold, instances), "");
   // With `both` c has risen, and nothing has waited for `either`.
-  EXPECT_EQ(fault_of(c_element, instances), "either is disabled by b-");
+  EXPECT_EQ(fault_of(c_element, instances),
+            "c changes where the STG does not allow it; either is disabled by b-");
 }
 
 TEST(CircuitStates, InvertersTakeTimeUnlessTheyAreBubblesOnInputs) {
@@ -146,17 +147,47 @@ TEST(CircuitStates, EveryKindOfFaultIsTold) {
       {{x, {"wire", "y", {{"w"}}}, {"wire", "w", {{"a"}}}}, {{"w", false}}, ""},
       {{x, {"wire", "y", {{"w"}}}, {"wire", "w", {{"a"}}}},
        {{"w", true}},
-       "w is not at rest initially"},
-      {{x, {"wire", "y", {{"a", true}}}}, {}, "y changes where the STG does not allow it"},
-      {{x, {"wire", "y", {{""}}}}, {}, "y never changes"},
+       "y is not at rest initially; y changes where the STG does not allow it; y is disabled by w"},
+      {{x, {"wire", "y", {{"a", true}}}},
+       {},
+       "y is not at rest initially; y changes where the STG does not allow it; y is disabled by "
+       "a+; y never changes; all rests where the STG does not"},
+      {{x, {"wire", "y", {{""}}}}, {}, "y never changes; all rests where the STG does not"},
       // It may wait for another output, which comes in any case, but for no input.
       {{x, {"wire", "y", {{"x"}}}}, {}, ""},
-      {{{"wire", "x", {{"y"}}}, {"wire", "y", {{"x"}}}}, {}, "x never changes"},
+      {{{"wire", "x", {{"y"}}}, {"wire", "y", {{"x"}}}},
+       {},
+       "x never changes; all rests where the STG does not"},
       // The wire that nobody waits for is still on its way when a changes again.
       {{x, y, {"wire", "w", {{"a"}}}}, {}, "w is disabled by a-"},
       {{x, y, {"inv", "w", {{"w"}}}}, {}, "w is not at rest initially"},
   };
   for (const auto& row : rows) EXPECT_EQ(fault_of(follower, row.instances, row.initial), row.fault);
+}
+
+// Two clients of one resource, between which the STG chooses.
+const std::string arbiter = R"(.inputs r1 r2
+.outputs g1 g2
+.graph
+r1+ g1+
+r2+ g2+
+free g1+ g2+
+g1+ r1-
+g2+ r2-
+r1- g1-
+r2- g2-
+g1- r1+ free
+g2- r2+ free
+.marking { <g1-,r1+> <g2-,r2+> free }
+.end
+)";
+
+TEST(CircuitStates, OutputsMayDisableEachOtherWhereThatIsAChoice) {
+  const Instance g1{"and", "g1", {{"r1"}, {"g2", true}}}, g2{"and", "g2", {{"r2"}, {"g1", true}}};
+  EXPECT_EQ(fault_of(arbiter, {g1, g2}), "");
+  // The choice is made by a wire that the STG does not know.
+  EXPECT_EQ(fault_of(arbiter, {{"wire", "g1", {{"w"}}}, {"and", "w", {{"r1"}, {"g2", true}}}, g2}),
+            "g1 changes where the STG does not allow it; w is disabled by g2");
 }
 
 }  // namespace

@@ -1,0 +1,54 @@
+#include "tools/arguments.h"
+
+#include <charconv>
+#include <cstdint>
+
+#include "base/messages.h"
+
+namespace vorel::tools {
+namespace {
+
+// Ranges of the library let numbers pass that are too large for any type, or negative.
+std::string count_fault(const std::string& text) {
+  std::uint64_t count = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, count);
+  if (error == std::errc() && stop == end && count > 0) return {};
+  return "'" + text + "' is not a number of events above 0";
+}
+
+// Also refuses what is no number.
+std::string time_fault(const std::string& text) {
+  double seconds = 0;
+  if (CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= 1e9) return {};
+  return "'" + text + "' is not a number of seconds above 0";
+}
+
+}  // namespace
+
+std::string PlainHelp::make_option_opts(const CLI::Option* option) const {
+  return option->get_type_name().empty() ? "" : " " + option->get_type_name();
+}
+
+CLI::Validator is_count_of_events() { return CLI::Validator(count_fault, "", "count"); }
+
+CLI::Validator is_time() { return CLI::Validator(time_fault, "", "time"); }
+
+void add_usual_flags(CLI::App& app) {
+  app.set_help_flag("-h,--help", "print this help");
+  app.set_version_flag("--version", app.get_name() + " " VOREL_VERSION, "print the version");
+}
+
+bool parse_arguments(CLI::App& app, int argc, char** argv) {
+  try {
+    app.parse(argc, argv);
+    return true;
+  } catch (const CLI::Success& what_is_asked) {
+    app.exit(what_is_asked);
+  } catch (const CLI::ParseError& error) {
+    base::print_error(std::string(error.what()) + " (" + app.get_name() + " --help tells more)");
+  }
+  return false;
+}
+
+}  // namespace vorel::tools

@@ -1,0 +1,54 @@
+#include "tools/input_net.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iostream>
+#include <vector>
+
+#include "base/input_text.h"
+#include "base/messages.h"
+#include "tools/enumeration.h"
+
+namespace vorel::tools {
+
+void add_format_option(CLI::App& app, std::string& name) {
+  std::vector<std::string> names;
+  for (const formats::NetFormatRow& row : formats::net_formats) names.emplace_back(row.name);
+  app.add_option("--format", name, "format of the input, whatever its name: g, ll_net or pnml")
+      ->check(CLI::IsMember(names).description(""))
+      ->type_name("NAME");
+}
+
+std::optional<formats::NetFormat> input_format(const std::string& format_name,
+                                               const std::string& file_name) {
+  if (!format_name.empty()) {
+    const auto row =
+        std::ranges::find(formats::net_formats, format_name, &formats::NetFormatRow::name);
+    assert(row != formats::net_formats.end() && "the option takes no other");
+    return row->format;
+  }
+  if (file_name == standard_stream) {
+    base::print_error("the standard input needs --format, one of " +
+                      enumerate(formats::net_formats, &formats::NetFormatRow::name));
+    return std::nullopt;
+  }
+  const auto format = formats::net_format_of(file_name);
+  if (!format) {
+    base::print_error("the ending of \"" + file_name + "\" tells no format; known are " +
+                      enumerate(formats::net_formats, &formats::NetFormatRow::ending) +
+                      ", each also with .gz behind, and --format tells the format of other names");
+  }
+  return format;
+}
+
+std::optional<formats::AnyNet> read_net(const std::string& file_name, formats::NetFormat format) {
+  if (file_name != standard_stream) return formats::read_net_file(file_name, format);
+  const std::string text = base::read_whole_stream(std::cin);
+  if (std::cin.bad()) {
+    base::print_error("cannot read the standard input");
+    return std::nullopt;
+  }
+  return formats::read_net_text(text, format, "standard input");
+}
+
+}  // namespace vorel::tools

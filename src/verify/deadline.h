@@ -1,0 +1,28 @@
+// verify/deadline.h - how long a verification may still take.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "base/clock.h"
+
+namespace vorel::verify {
+
+class Deadline {
+ public:
+  // From now; 0: none.
+  explicit Deadline(double seconds) : seconds_{seconds} {}
+
+  bool is_set() const { return seconds_ > 0; }
+  bool is_over() const { return is_set() && spent() > seconds_; }
+  // Positive even when it is over: 0 would be no bound.
+  double left() const { return is_set() ? std::max(seconds_ - spent(), 1e-3) : 0; }
+
+ private:
+  double spent() const { return base::seconds_of(base::ticks_now() - start_); }
+
+  std::uint64_t start_ = base::ticks_now();
+  double seconds_;
+};
+
+}  // namespace vorel::verify

@@ -1,0 +1,235 @@
+// vorel -T from an STG to a circuit: what it writes is read back, next to the STG with the signals
+// that it has inserted and next to the one without them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "decomposition/gate_library.h"
+#include "decomposition/gate_models.h"
+#include "formats/g_writer.h"
+#include "oracle/netlist.h"
+#include "oracle/parse_g.h"
+#include "oracle/random_stg.h"
+#include "oracle/resolution_checks.h"
+#include "support/run_program.h"
+#include "support/seeds.h"
+
+namespace vorel::decomposition {
+namespace {
+
+using Names = std::vector<std::string>;
+
+// Where an AND is an inverted gate.
+const char* const nand_library =
+    "GATE inv 1 o=!a;\nGATE buf 2 o=a;\nGATE one 1 o=1;\nGATE zero 1 o=0;\n"
+    "GATE nand2 2 o=!(a*b);\nGATE nor2 2 o=!(a+b);\n"
+    "LATCH c 5 q=a*b+(a+b)*n; SEQ q n ASYNCH\n";
+
+// An inverter called like an instance, names that are not plain.
+const char* const rich_library =
+    "GATE IN_BUBBLE 2 o=!a;\nGATE buf 1 o=a;\nGATE one 1 o=1;\nGATE zero 1 o=0;\n"
+    "GATE module 4 w1=a*b;\nGATE \"nand[2]\" 3 o=!(a*b);\nGATE or2 4 o=a+b;\n"
+    "GATE nor2 3 o=!(a+b);\nGATE and3 5 o=a*b*c;\nGATE or3 5 o=a+b+c;\nGATE and4 6 o=a*b*c*d;\n"
+    "GATE or4 6 o=a+b+c+d;\nGATE nand3 4 o=!(a*b*c);\nGATE nor3 4 o=!(a+b+c);\n"
+    "GATE nand4 5 o=!(a*b*c*d);\nGATE nor4 5 o=!(a+b+c+d);\nGATE mux 6 o=a*s+b*!s;\n"
+    "GATE xor 6 o=a*!b+!a*b;\nGATE maj 8 o=a*b+a*c+b*c;\nGATE ao21 6 o=a*b+c;\n"
+    "GATE oa21 6 o=(a+b)*c;\nGATE aoi21 5 o=!(a*b+c);\nGATE oai21 5 o=!((a+b)*c);\n"
+    "GATE ao22 7 o=a*b+c*d;\nGATE oa22 7 o=(a+b)*(c+d);\nGATE aoi22 6 o=!(a*b+c*d);\n"
+    "GATE oai22 6 o=!((a+b)*(c+d));\nGATE ao31 8 o=a*b*c+d;\nGATE oa31 8 o=(a+b+c)*d;\n"
+    "GATE ao211 8 o=a*b+c+d;\nGATE oa211 8 o=(a+b)*c*d;\nGATE aoi211 7 o=!(a*b+c+d);\n"
+    "GATE oai211 7 o=!((a+b)*c*d);\n"
+    "LATCH c 6 q=a*b+(a+b)*n; SEQ q n ASYNCH\nLATCH sr 5 q=s+!r*n; SEQ q n ASYNCH\n"
+    "LATCH rs 5 q=!r*(s+n); SEQ q n ASYNCH\nLATCH c3 8 q=a*b*c+(a+b+c)*n; SEQ q n ASYNCH\n"
+    "LATCH gc1 7 q=a*b*c+(a+b)*n; SEQ q n ASYNCH\nLATCH gc2 7 q=a*b+(a+b+c)*n; SEQ q n ASYNCH\n"
+    "LATCH gc3 7 q=a*b+a*n; SEQ q n ASYNCH\nLATCH gc4 7 q=(a+b)*c+c*n; SEQ q n ASYNCH\n";
+
+std::string with_pins(std::string text) {
+  const std::string pins = " PIN * UNKNOWN 1 1 1 1 1 1";
+  for (std::size_t at = text.find(';'); at != std::string::npos; at = text.find(';', at + 1))
+    if (text[at - 1] != '0' && text[at - 1] != '1') text.insert(at + 1, pins);
+  return text;
+}
+
+struct Setting {
+  const char* name;
+  const char* library;  // null: the built-in one
+  Names options = {};
+  bool use_latches = true;
+  std::uint32_t max_gate_inputs = std::numeric_limits<std::uint32_t>::max();
+};
+
+const Setting settings[] = {{"built-in", nullptr},
+                            {"no latches", nullptr, {"-g!"}, false},
+                            {"two inputs", nullptr, {"-g2"}, true, 2},
+                            {"nand", nand_library},
+                            {"rich", rich_library}};
+
+const Names more_options[] = {{}, {"-t"}, {"-p2"}, {"-cs"}, {"-$0"}, {"-$1", "-p0"}, {"-cl", "-t"}};
+
+struct Tally {
+  unsigned tried = 0, mapped = 0, inserted = 0;
+  std::string failed;  // the titles
+};
+
+class Mapping : public testing::Test {
+ protected:
+  // An STG, with its conflicts resolved if it has some, as prefix; false if that cannot be.
+  bool prepare(const net::Stg& stg) {
+    before_ = {};
+    if (!formats::save_g(stg, folder_.path("vorel.g")) || !unfold()) return false;
+    if (!oracle::conflicting_signals(*parsed()).empty()) {
+      const auto run = run_vorel({"-R", "-f", "in.pnml"});
+      if (run.out.find("all conflicts resolved") == std::string::npos || !unfold()) return false;
+    }
+    before_ = parsed();
+    const auto graph = oracle::explore(*before_);
+    return oracle::disabled_signals(*before_, graph).empty() &&
+           oracle::signals_that_dummies_disable(graph).empty();
+  }
+
+  bool unfold() {
+    return support::run_vorel_unfold({folder_.path("vorel.g"), folder_.path("in.pnml")}).exit_code <
+           2;
+  }
+
+  std::optional<net::Stg> parsed() const {
+    return oracle::parse_g(support::read_text(folder_.path("vorel.g")));
+  }
+
+  support::ProgramRun run_vorel(Names arguments) {
+    return support::run_vorel(arguments, {.directory = folder_.path()});
+  }
+
+  void try_setting(const Setting& setting, const std::string& title, const Names& more = {}) {
+    SCOPED_TRACE(title + ", " + setting.name + testing::PrintToString(more));
+    for (const char* file : {"vorel.g", "circuit.v"}) std::filesystem::remove(folder_.path(file));
+    Names arguments = {"-T"};
+    for (const Names& options : {setting.options, more})
+      arguments.insert(arguments.end(), options.begin(), options.end());
+    std::string library;
+    if (setting.library != nullptr) {
+      library = folder_.write("library", with_pins(setting.library));
+      arguments.insert(arguments.end(), {"-d", library});
+    }
+    arguments.insert(arguments.end(), {"in.pnml", "circuit.v"});
+    const support::ProgramRun run = run_vorel(arguments);
+    Tally& tally = tallies_[setting.name];
+    ++tally.tried;
+    const std::string module = support::read_text(folder_.path("circuit.v"));
+    if (run.exit_code == 2 && run.err.find("failed to decompose") != std::string::npos) {
+      tally.failed += title + ' ';
+      EXPECT_EQ(module, "\nFailed to decompose\n");
+      EXPECT_FALSE(std::filesystem::exists(folder_.path("vorel.g")));
+      return;
+    }
+    ++tally.mapped;
+    ASSERT_EQ(run.exit_code, 1) << run.out << run.err;
+    const auto after = parsed();
+    ASSERT_TRUE(after);
+    SCOPED_TRACE(support::read_text(folder_.path("vorel.g")) + module);
+    expect_right_circuit(*after, read_circuit(setting, library, module, run.out));
+    tally.inserted += static_cast<unsigned>(after->signals.size() - before_->signals.size());
+    results_[setting.name] += numbered(module, tally.mapped);
+  }
+
+  // Modules must not have one name.
+  static std::string numbered(std::string module, unsigned number) {
+    return module.insert(module.find('('), std::to_string(number));
+  }
+
+  oracle::Circuit read_circuit(const Setting& setting, const std::string& library,
+                               const std::string& module, const std::string& out) {
+    const GateLibrary gates = *GateLibrary::read(library);
+    Names admitted = gates.gate_list(setting.max_gate_inputs, setting.use_latches);
+    admitted.insert(admitted.end(), {gates.inverter_name(), gates.buffer_name()});
+    std::map<std::string, toolkit::LibraryGate> by_name;
+    for (const std::string& name : admitted) by_name.emplace(name, gates.gate(name));
+    oracle::Netlist netlist = oracle::read_netlist(module, by_name);
+    EXPECT_EQ(netlist.fault, "");
+    char told[100];
+    std::snprintf(told, sizeof told, "Logic decomposition finished (area=%.2f)", netlist.area);
+    EXPECT_NE(out.find(told), std::string::npos) << told << out;
+    return std::move(netlist.circuit);
+  }
+
+  void expect_right_circuit(const net::Stg& after, const oracle::Circuit& circuit) {
+    oracle::ResolutionClaim claim{.initial_value = std::nullopt};
+    for (const auto& signal : after.signals)
+      if (std::ranges::none_of(before_->signals,
+                               [&](const auto& old) { return old->name == signal->name; }))
+        claim.new_signals.push_back(signal->name);
+    EXPECT_EQ(oracle::resolution_fault(*before_, after, claim), "");
+    for (const net::Stg* const stg : {&after, static_cast<const net::Stg*>(&*before_)}) {
+      SCOPED_TRACE(stg == &after ? "with inserted signals" : "without inserted signals");
+      const auto graph = oracle::explore(*stg);
+      EXPECT_EQ(oracle::find_fault(*stg, graph, *oracle::find_initial_values(*stg, graph), circuit),
+                "");
+    }
+  }
+
+  void tell_tallies() {
+    for (const auto& [name, tally] : tallies_)
+      RecordProperty(name, std::to_string(tally.mapped) + " of " + std::to_string(tally.tried) +
+                               ", " + std::to_string(tally.inserted) + " inserted, not " +
+                               tally.failed);
+  }
+
+  // All modules, with the models of the gates.
+  void expect_others_to_read_modules() {
+    for (const Setting& setting : settings) {
+      const std::string library =
+          setting.library == nullptr ? "" : folder_.write("library", with_pins(setting.library));
+      std::ostringstream models;
+      ASSERT_TRUE(write_gate_models(models, *read_gates(library)));
+      folder_.write("test.v", models.str() + results_[setting.name]);
+      expect_silence("iverilog -o test.vvp test.v");
+    }
+  }
+
+  void expect_silence(const std::string& command) {
+    const support::ProgramRun run =
+        support::run_program({"/bin/sh", "-c", command}, {.directory = folder_.path()});
+    EXPECT_EQ(run.exit_code, 0);
+    EXPECT_EQ(run.out + run.err, "");
+  }
+
+  const support::TemporaryFolder folder_;
+  std::optional<net::Stg> before_;
+  std::map<std::string, Tally> tallies_;        // by setting
+  std::map<std::string, std::string> results_;  // modules by setting
+};
+
+TEST_F(Mapping, OfTheExamplesGivesCircuitsThatDoWhatTheStgsDo) {
+  for (const auto& entry : std::filesystem::directory_iterator(VOREL_EXAMPLES)) {
+    if (entry.path().extension() != ".g") continue;
+    if (!prepare(*oracle::parse_g(support::read_text(entry.path())))) continue;
+    run_vorel({"-T", "in.pnml", entry.path().stem().string() + ".xml"});
+    for (const Setting& setting : settings) try_setting(setting, entry.path().stem());
+  }
+  expect_others_to_read_modules();
+  expect_silence("xmllint --noout --schema '" + support::example("../docs/results.xsd") +
+                 "' *.xml 2> messages || cat messages");
+  tell_tallies();
+}
+
+TEST_F(Mapping, OfRandomStgsGivesCircuitsThatDoWhatTheseDo) {
+  const support::CaughtMessages warnings;
+  const auto [first, end] = support::seeds(30);
+  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
+    if (!prepare(oracle::random_stg(seed, {.toggles = seed % 3 == 0, .max_states = 100}))) continue;
+    try_setting(settings[seed % std::size(settings)], std::to_string(seed),
+                more_options[seed / std::size(settings) % std::size(more_options)]);
+  }
+  expect_others_to_read_modules();
+  tell_tallies();
+}
+
+}  // namespace
+}  // namespace vorel::decomposition
