@@ -2,16 +2,24 @@
 
 #include <utility>
 
+#include "base/hashing.h"
 #include "bdd/irredundant_sum.h"
 
 namespace vorel::decomposition {
 
 using bdd::Bdd;
 
-BrelAlgebra::BrelAlgebra(std::span<const Bdd> inputs, std::span<const Bdd> outputs)
-    : inputs_(inputs.begin(), inputs.end()),
-      outputs_(outputs.begin(), outputs.end()),
-      others_(outputs.size(), Bdd(true)),
+std::size_t BrelAlgebra::FunctionsHash::operator()(const std::vector<Bdd>& functions) const {
+  std::uint64_t hash = 0;
+  for (const Bdd& f : functions) hash = base::combine_hash(hash, bdd::IdentityHash{}(f));
+  return hash;
+}
+
+BrelAlgebra::BrelAlgebra(const BrelRelation& relation)
+    : whole_{relation.relation},
+      inputs_{relation.inputs},
+      outputs_{relation.outputs},
+      others_(outputs_.size(), Bdd(true)),
       all_outputs_(true) {
   for (std::size_t i = 0; i < outputs_.size(); ++i) {
     all_outputs_ &= outputs_[i];
@@ -20,9 +28,7 @@ BrelAlgebra::BrelAlgebra(std::span<const Bdd> inputs, std::span<const Bdd> outpu
   }
 }
 
-bool BrelAlgebra::is_total(const Bdd& relation) const {
-  return exists(relation, all_outputs_).is_true();
-}
+bool BrelAlgebra::is_total() const { return exists(whole_, all_outputs_).is_true(); }
 
 BrelAlgebra::Forced BrelAlgebra::forced(const Bdd& relation, std::size_t output) const {
   const Bdd allowed = exists(relation, others_[output]);
@@ -36,28 +42,24 @@ Bdd BrelAlgebra::output_function(const Bdd& relation, std::size_t output) const 
   return bdd::function_between(to_1, ~to_0);
 }
 
-std::vector<Bdd> BrelAlgebra::incompatible_minimum(const Bdd& relation) const {
-  std::vector<Bdd> functions;
-  functions.reserve(outputs_.size());
+void BrelAlgebra::find_minimum(const Bdd& relation, std::vector<Bdd>& functions) const {
+  functions.clear();
   for (std::size_t i = 0; i < outputs_.size(); ++i)
     functions.push_back(output_function(relation, i));
-  return functions;
 }
 
-std::vector<Bdd> BrelAlgebra::greedy_solution(Bdd relation) const {
-  std::vector<Bdd> functions;
-  functions.reserve(outputs_.size());
+void BrelAlgebra::find_greedy(Bdd relation, std::vector<Bdd>& functions) const {
+  functions.clear();
   for (std::size_t i = 0; i < outputs_.size(); ++i) {
     functions.push_back(output_function(relation, i));
     relation = substitute(relation, i, functions.back());
   }
-  return functions;
 }
 
-std::vector<Bdd> BrelAlgebra::alternatives(const Bdd& relation, std::span<const Bdd> solution,
+std::vector<Bdd> BrelAlgebra::alternatives(std::span<const Bdd> solution,
                                            std::size_t output) const {
   assert(solution.size() == outputs_.size());
-  Bdd with_others = relation;
+  Bdd with_others = whole_;
   for (std::size_t i = 0; i < solution.size(); ++i)
     if (i != output) with_others = substitute(with_others, i, solution[i]);
   const auto [to_1, to_0] = forced(with_others, output);
@@ -76,13 +78,6 @@ std::vector<Bdd> BrelAlgebra::alternatives(const Bdd& relation, std::span<const 
 // One by one, by operations whose results CUDD remembers; replacing all at once would not be.
 Bdd BrelAlgebra::substitute(const Bdd& relation, std::size_t output, const Bdd& function) const {
   return ite(function, cofactor(relation, outputs_[output]), cofactor(relation, ~outputs_[output]));
-}
-
-Bdd BrelAlgebra::conflict(const Bdd& relation, std::span<const Bdd> functions) const {
-  assert(functions.size() == outputs_.size());
-  Bdd inside = relation;
-  for (std::size_t i = 0; i < functions.size(); ++i) inside = substitute(inside, i, functions[i]);
-  return ~inside;
 }
 
 Bdd BrelAlgebra::lowest_point(Bdd set) const {
@@ -105,6 +100,22 @@ std::size_t BrelAlgebra::free_output(const Bdd& relation, const Bdd& point) cons
   // Were each value forced, there would be one vector of values, and the minimum would have it.
   assert(output < outputs_.size());
   return output;
+}
+
+std::optional<BrelAlgebra::Conflict> BrelAlgebra::conflict(const Bdd& relation,
+                                                           std::span<const Bdd> functions) const {
+  assert(functions.size() == outputs_.size());
+  Bdd inside = relation;
+  for (std::size_t i = 0; i < functions.size(); ++i) inside = substitute(inside, i, functions[i]);
+  if (inside.is_true()) return std::nullopt;
+  Bdd point = lowest_point(~inside);
+  const std::size_t output = free_output(relation, point);
+  return Conflict{std::move(point), output};
+}
+
+Bdd BrelAlgebra::restricted(const Bdd& relation, const Conflict& conflict, bool value) const {
+  const Bdd& variable = outputs_[conflict.output];
+  return relation & (~conflict.point | (value ? variable : ~variable));
 }
 
 }  // namespace vorel::decomposition

@@ -1,9 +1,11 @@
 // decomposition/brel_relation.h - a Boolean relation: which outputs each input allows.
 // Here:      the relation, and the questions that a search for functions inside it asks.
-// Not here:  the search (decomposition/brel_solver.h).
+// Not here:  the same for small relations (decomposition/brel_tables.h), the search
+//            (decomposition/brel_search.h).
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -18,50 +20,62 @@ struct BrelRelation {
   std::vector<bdd::Bdd> inputs, outputs;
 };
 
-// The questions about relations that share inputs and outputs. A vector of functions has one over
-// the inputs for each output, in their order.
+// The questions about the parts of a relation. A vector of functions has one over the inputs for
+// each output, in their order. The same questions as of BrelTables.
 class BrelAlgebra {
  public:
-  BrelAlgebra(std::span<const bdd::Bdd> inputs, std::span<const bdd::Bdd> outputs);
+  using Function = bdd::Bdd;
+  using Relation = bdd::Bdd;
+  // A point at which functions leave a relation, and an output that may take both values there.
+  struct Conflict {
+    bdd::Bdd point;  // the product of all inputs, plain or negated
+    std::size_t output;
+  };
+  struct FunctionsHash {
+    std::size_t operator()(const std::vector<bdd::Bdd>& functions) const;
+  };
+  using RelationHash = bdd::IdentityHash;
 
-  std::size_t variable_count() const { return inputs_.size() + outputs_.size(); }
-  bool is_total(const bdd::Bdd& relation) const;
+  explicit BrelAlgebra(const BrelRelation& relation);
 
-  // A function for one output that takes no value which the relation forbids whatever the others do
-  // there: an irredundant sum. Where both values are forbidden it is 0.
-  bdd::Bdd output_function(const bdd::Bdd& relation, std::size_t output) const;
+  const Relation& whole() const { return whole_; }
+  bool is_total() const;
 
-  // Each output for itself. Together the functions may leave the relation.
-  std::vector<bdd::Bdd> incompatible_minimum(const bdd::Bdd& relation) const;
+  // Each output for itself: a function that takes no value which the relation forbids whatever the
+  // others do there, of an irredundant sum. Together the functions may leave the relation.
+  void find_minimum(const Relation& relation, std::vector<Function>& functions) const;
 
   // One output after another, each with those before it settled: functions inside the relation, if
   // it is total.
-  std::vector<bdd::Bdd> greedy_solution(bdd::Bdd relation) const;
+  void find_greedy(Relation relation, std::vector<Function>& functions) const;
 
-  // Other functions for one output of a solution, while all others stay: the first literal that
-  // will do, if one does, an irredundant sum, and an irredundant product of sums.
-  std::vector<bdd::Bdd> alternatives(const bdd::Bdd& relation, std::span<const bdd::Bdd> solution,
-                                     std::size_t output) const;
+  // Other functions for one output of a solution of the whole relation, while all others stay: an
+  // irredundant sum, an irredundant product of sums, and the first literal that will do, if one
+  // does.
+  std::vector<Function> alternatives(std::span<const Function> solution, std::size_t output) const;
 
-  // The inputs at which the functions leave the relation.
-  bdd::Bdd conflict(const bdd::Bdd& relation, std::span<const bdd::Bdd> functions) const;
+  // Where the minimum of each output for itself leaves a total relation: the first such point, of
+  // which the first input is the most significant digit, and the first such output.
+  std::optional<Conflict> conflict(const Relation& relation,
+                                   std::span<const Function> functions) const;
 
-  // The product of all inputs, plain or negated, that is the first point of a set that has one: the
-  // first input is the most significant digit.
-  bdd::Bdd lowest_point(bdd::Bdd set) const;
+  // The part of a relation in which the output has the value at the point.
+  Relation restricted(const Relation& relation, const Conflict& conflict, bool value) const;
 
-  // The first output that may take both values at a point, where the minimum of each output for
-  // itself leaves the total relation.
-  std::size_t free_output(const bdd::Bdd& relation, const bdd::Bdd& point) const;
+  const bdd::Bdd& bdd_of(const Function& function) const { return function; }
 
  private:
   // Where an output has to be 1, and where it has to be 0, whatever the others do.
   struct Forced {
     bdd::Bdd to_1, to_0;
   };
-  Forced forced(const bdd::Bdd& relation, std::size_t output) const;
-  bdd::Bdd substitute(const bdd::Bdd& relation, std::size_t output, const bdd::Bdd& function) const;
+  Forced forced(const Relation& relation, std::size_t output) const;
+  bdd::Bdd output_function(const Relation& relation, std::size_t output) const;
+  Relation substitute(const Relation& relation, std::size_t output, const Function& function) const;
+  bdd::Bdd lowest_point(bdd::Bdd set) const;
+  std::size_t free_output(const Relation& relation, const bdd::Bdd& point) const;
 
+  bdd::Bdd whole_;
   std::vector<bdd::Bdd> inputs_, outputs_;
   std::vector<bdd::Bdd> others_;  // [output]: the product of all other outputs
   bdd::Bdd all_outputs_;          // the product of all

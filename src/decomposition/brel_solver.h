@@ -1,26 +1,15 @@
 // decomposition/brel_solver.h - functions inside a Boolean relation, of least cost as far as a
 // bounded search finds.
-// Here:      options, callbacks, the two orders of the search, its result.
-// Not here:  the questions that it asks of relations (decomposition/brel_relation.h), where
-// relations
-//            come from (decomposition/boolean_decomposer.h), what is told of the search
-//            (decomposition/brel_trace.h).
-//
-// The search of [BCK-2009]: where the minimum of each output for itself leaves the relation, at
-// some point an output that may take both values there is given the one or the other, which splits
-// the relation into two smaller ones.
+// Here:      options, callbacks, the result.
+// Not here:  the search itself (decomposition/brel_search.h), where relations come from
+//            (decomposition/boolean_decomposer.h).
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <functional>
-#include <string>
-#include <unordered_set>
 #include <vector>
 
-#include "base/hashing.h"
 #include "decomposition/brel_relation.h"
-#include "decomposition/brel_trace.h"
 
 namespace vorel::decomposition {
 
@@ -37,6 +26,9 @@ struct BrelOptions {
   // So many of the best solutions are changed in single outputs at the end, as long as that helps.
   std::uint32_t polished_solutions = 5;
   double cpu_limit_ms = -1.0;  // none if negative
+  // Relations of at most so many inputs and outputs are searched as tables, others as diagrams:
+  // with the same result.
+  std::uint32_t most_table_variables = 14;
 };
 
 // Each is given one function per output of the relation, in their order.
@@ -66,45 +58,17 @@ struct BrelResult {
   std::uint64_t found = 0;      // distinct solutions, stored or not
 };
 
-struct BrelNode {
-  bdd::Bdd relation;
-  std::uint32_t depth = 0;
-  std::string label;  // the choices that lead to it, if the search is traced
-};
-
 class BrelSolver {
  public:
   // Outputs that the relation does not depend on are 0 in all functions.
-  BrelSolver(const BrelRelation& relation, const BrelOptions& options, BrelCallbacks callbacks);
+  BrelSolver(BrelRelation relation, const BrelOptions& options, BrelCallbacks callbacks);
 
   BrelResult solve() &&;
 
  private:
-  void search();
-  void explore(BrelNode node);
-  bool is_passed_over(const BrelNode& node, double cost);
-  void split(BrelNode node, const bdd::Bdd& conflict);
-  void polish();
-  void store(const std::vector<bdd::Bdd>& functions);
-  bool limit_is_reached() const;
-  void check_best() const;
-  // With the outputs that the relation does not depend on.
-  std::vector<bdd::Bdd> completed(const std::vector<bdd::Bdd>& functions) const;
-  // Without them.
-  std::vector<bdd::Bdd> needed_functions(const BrelSolution& solution) const;
-
+  BrelRelation relation_;
   BrelOptions options_;
   BrelCallbacks callbacks_;
-  BrelRelation needed_;                     // without the variables that the relation does not need
-  std::vector<std::size_t> output_number_;  // [position in needed_.outputs]: that in the original
-  std::size_t output_count_;                // of the original
-  BrelAlgebra algebra_;
-  BrelTrace trace_;
-  std::uint64_t start_;           // in ticks
-  std::deque<BrelNode> pending_;  // relations to explore
-  std::unordered_set<bdd::Bdd> known_relations_;
-  std::unordered_set<std::vector<bdd::Bdd>, base::SequenceHash> known_solutions_;
-  BrelResult result_;
 };
 
 BrelResult brel_solve(const bdd::Bdd& relation, std::vector<bdd::Bdd> inputs,

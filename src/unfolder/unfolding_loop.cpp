@@ -97,7 +97,9 @@ bool UnfoldingLoop::has_enough_events() {
 // True once the run has to end without a result. All workers ask.
 bool UnfoldingLoop::must_give_up() {
   if (outcome_ != UnfoldOutcome::complete) return true;
-  if (!options_.keep_incomplete && has_too_many_events()) {
+  // A batch can be wider than memory: what is to be kept ends within one that goes far beyond.
+  const std::uint64_t bound = options_.max_events * (options_.keep_incomplete ? 4 : 1);
+  if (options_.max_events != 0 && process_.event_count() > bound) {
     give_up(UnfoldOutcome::too_many_events);
   } else if (options_.max_seconds > 0 &&
              base::seconds_of(base::ticks_now() - start_ticks_) > options_.max_seconds) {

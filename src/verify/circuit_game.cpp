@@ -105,18 +105,18 @@ void CircuitGame::undo(const Move& move, GameState& state) const {
   for (const auto* place : move.transition->preset) state.marking[place->index] = true;
 }
 
-std::optional<bool> CircuitGame::can_come_by_gates(WireId wire, const GameState& state,
+std::optional<bool> CircuitGame::can_come_by_gates(const Awaited& awaited, const GameState& state,
                                                    std::size_t max_states) const {
   Exploration<GameState> exploration(state);
   while (!exploration.is_done()) {
     if (exploration.size() > max_states) return std::nullopt;
     const GameState here = exploration.take();
-    if (!is_change_allowed(wire, here)) return true;
+    if (awaited.waits_for_arbiter && !is_change_allowed(awaited.wire, here)) return true;
     for (const Move& move : composition_.moves()) {
       if (move.wire && move.gate == no_gate) continue;
       GameState next = here;
       if (!make(move, next)) continue;
-      if (move.wire == wire) return true;
+      if (move.wire == awaited.wire) return true;
       exploration.add(next);
     }
   }

@@ -38,9 +38,9 @@ class CircuitGame {
   // The opposite of a move that has been made, with nothing after it that depends on it.
   void undo(const Move& move, GameState& state) const;
 
-  // Whether gates and silent transitions alone can lead to an edge of the wire, or to where the STG
-  // does not let it change any more. Explores state by state; nothing beyond the bound.
-  std::optional<bool> can_come_by_gates(WireId wire, const GameState& state,
+  // Whether gates and silent transitions alone can lead to what is awaited. Explores state by
+  // state; nothing beyond the bound.
+  std::optional<bool> can_come_by_gates(const Awaited& awaited, const GameState& state,
                                         std::size_t max_states) const;
 
  private:

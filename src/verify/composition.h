@@ -27,6 +27,14 @@ struct Move {
   std::size_t gate = no_gate;                      // that fires; the others are the environment's
 };
 
+// An output that is due. Where an arbiter decides about it, another may come instead, and that it
+// is due no more is as good as its edge. No other output lets itself be replaced, even if the STG
+// has a choice.
+struct Awaited {
+  WireId wire;
+  bool waits_for_arbiter = false;
+};
+
 // Refers to the STG and the functions, which must outlive it.
 class Composition {
  public:

@@ -71,8 +71,8 @@ bool FaultFinder::is_fault(const Fault& fault, const GameState& state, bool is_p
              !is_let_through(gate, *fault.move, state);
     case Question::progress:
       return is_signal && game_.is_change_allowed(fault.wire, state) &&
-             runs_.run_to_edge(fault.wire, marking_of(composition_, state), is_persistent,
-                               max_markings)
+             runs_.run_to_edge({fault.wire, fault.waits_for_arbiter},
+                               marking_of(composition_, state), is_persistent, max_markings)
                      .outcome == RunOutcome::never;
     case Question::deadlock:
       return is_signal && game_.is_change_allowed(fault.wire, state) && is_dead(state);

@@ -15,8 +15,9 @@ namespace vorel::verify {
 
 struct Fault {
   Question question;
-  WireId wire;                 // as in Finding
-  const Move* move = nullptr;  // of a hazard: what takes the excitation away
+  WireId wire;                     // as in Finding
+  const Move* move = nullptr;      // of a hazard: what takes the excitation away
+  bool waits_for_arbiter = false;  // of progress
 };
 
 class FaultFinder {

@@ -58,20 +58,20 @@ bool GateRuns::is_due(WireId wire, const std::vector<bool>& marking) const {
                              [&](const auto& set) { return std::ranges::all_of(set, is_marked); });
 }
 
-bool GateRuns::has_come(WireId wire, const std::vector<bool>& marking,
+bool GateRuns::has_come(const Awaited& awaited, const std::vector<bool>& marking,
                         const std::vector<Step>& enabled, std::vector<Step>& steps) const {
-  if (!is_due(wire, marking)) return true;
-  const Step edge = edge_among(enabled, wire);
+  if (awaited.waits_for_arbiter && !is_due(awaited.wire, marking)) return true;
+  const Step edge = edge_among(enabled, awaited.wire);
   if (edge != no_move) steps.push_back(edge);
   return edge != no_move;
 }
 
-bool GateRuns::run_in_rounds(WireId wire, std::vector<bool> marking,
+bool GateRuns::run_in_rounds(const Awaited& awaited, std::vector<bool> marking,
                              std::vector<Step>& steps) const {
   std::set<std::vector<bool>> seen;
   while (seen.insert(marking).second) {
     const std::vector<Step> moves = enabled_moves(marking);
-    if (has_come(wire, marking, moves, steps)) return true;
+    if (has_come(awaited, marking, moves, steps)) return true;
     for (const Step move : moves) {
       if (!is_enabled(move, marking)) continue;
       fire(move, marking);
@@ -81,8 +81,8 @@ bool GateRuns::run_in_rounds(WireId wire, std::vector<bool> marking,
   return false;
 }
 
-RunOutcome GateRuns::explore(WireId wire, const std::vector<bool>& start, std::size_t max_markings,
-                             std::vector<Step>& steps) const {
+RunOutcome GateRuns::explore(const Awaited& awaited, const std::vector<bool>& start,
+                             std::size_t max_markings, std::vector<Step>& steps) const {
   struct Arrival {
     const std::vector<bool>* from;
     Step by;
@@ -98,7 +98,7 @@ RunOutcome GateRuns::explore(WireId wire, const std::vector<bool>& start, std::s
     if (open.size() > max_markings) return RunOutcome::unknown;
     const std::vector<Step> moves = enabled_moves(*open[i]);
     steps.clear();
-    if (has_come(wire, *open[i], moves, steps)) {
+    if (has_come(awaited, *open[i], moves, steps)) {
       for (const auto* at = open[i]; seen.at(*at).from != nullptr; at = seen.at(*at).from)
         steps.push_back(seen.at(*at).by);
       std::ranges::reverse(steps);
@@ -159,17 +159,18 @@ std::vector<std::uint32_t> GateRuns::tokens_absent(WireId wire, const std::vecto
   return absent;
 }
 
-GateRuns::Run GateRuns::run_to_edge(WireId wire, const std::vector<bool>& marking,
+GateRuns::Run GateRuns::run_to_edge(const Awaited& awaited, const std::vector<bool>& marking,
                                     bool is_persistent, std::size_t max_markings) const {
+  const WireId wire = awaited.wire;
   assert(is_due(wire, marking));
   std::vector<Step> steps;
   Run run;
-  if (run_in_rounds(wire, marking, steps))
+  if (run_in_rounds(awaited, marking, steps))
     run.outcome = RunOutcome::comes;
   else if (is_persistent)
     run.outcome = RunOutcome::never;
   else
-    run.outcome = explore(wire, marking, max_markings, steps);
+    run.outcome = explore(awaited, marking, max_markings, steps);
   if (run.outcome != RunOutcome::comes) return run;
   const bool is_edge = composition_.moves()[steps.back()].wire == wire;
   std::vector<Step> fewer = needed_steps(steps);

@@ -2,9 +2,6 @@
 // Here:      whether an output that is due can come by gates and silent transitions alone, from one
 //            marking of the composition, and what of the marking that takes.
 // Not here:  the search for markings to start from (verify/progress_check.h).
-//
-// An output in a choice is no longer due when another has been chosen instead: that is as good as
-// its edge.
 #pragma once
 
 #include <cstddef>
@@ -34,7 +31,7 @@ class GateRuns {
   // The wire is due. First all that can fire does, round by round. Where no gate can take away what
   // another is about to do, that decides: it ends in rest or goes round without the edge only if
   // nothing leads there. Otherwise the markings are explored one by one, up to a bound.
-  Run run_to_edge(WireId wire, const std::vector<bool>& marking, bool is_persistent,
+  Run run_to_edge(const Awaited& awaited, const std::vector<bool>& marking, bool is_persistent,
                   std::size_t max_markings = usual_max_markings) const;
 
  private:
@@ -47,12 +44,13 @@ class GateRuns {
   // An edge of the wire that can fire, or no_move.
   Step edge_among(const std::vector<Step>& moves, WireId wire) const;
   bool is_due(WireId wire, const std::vector<bool>& marking) const;
-  // The wire is not due, or one of the moves is its edge, which is added to the steps.
-  bool has_come(WireId wire, const std::vector<bool>& marking, const std::vector<Step>& enabled,
-                std::vector<Step>& steps) const;
-  bool run_in_rounds(WireId wire, std::vector<bool> marking, std::vector<Step>& steps) const;
-  RunOutcome explore(WireId wire, const std::vector<bool>& marking, std::size_t max_markings,
+  // An arbiter has chosen another, or one of the moves is the edge, which is added to the steps.
+  bool has_come(const Awaited& awaited, const std::vector<bool>& marking,
+                const std::vector<Step>& enabled, std::vector<Step>& steps) const;
+  bool run_in_rounds(const Awaited& awaited, std::vector<bool> marking,
                      std::vector<Step>& steps) const;
+  RunOutcome explore(const Awaited& awaited, const std::vector<bool>& marking,
+                     std::size_t max_markings, std::vector<Step>& steps) const;
   // The last step and those that it depends on.
   std::vector<Step> needed_steps(const std::vector<Step>& steps) const;
   // Of the tokens of the start, those that some step takes.

@@ -40,12 +40,19 @@ class AcyclicGates {
 }  // namespace
 
 ProgressCheck::ProgressCheck(MarkingFormula& formula, const FaultFinder& faults,
-                             const TraceBuilder& traces, bool is_persistent)
+                             const TraceBuilder& traces,
+                             std::span<const std::pair<WireId, WireId>> arbiters,
+                             bool is_persistent)
     : formula_{formula},
       composition_{formula.composition()},
       faults_{faults},
       traces_{traces},
-      is_persistent_{is_persistent && has_no_free_choice()} {
+      is_persistent_{is_persistent && has_no_free_choice()},
+      waits_for_arbiter_(composition_.circuit().wires.size()) {
+  for (const auto& [a, b] : arbiters) {
+    let_wait_for_arbiter(a);
+    let_wait_for_arbiter(b);
+  }
   choose_resting_gates();
 }
 
@@ -78,39 +85,75 @@ bool ProgressCheck::is_silently_acyclic() const {
                              [&](const auto& t) { return visit(visit, *t); });
 }
 
-void ProgressCheck::add_resting(std::size_t gate) {
+void ProgressCheck::let_wait_for_arbiter(WireId wire) {
+  if (waits_for_arbiter_[wire.value]) return;
+  waits_for_arbiter_[wire.value] = true;
+  for (const std::size_t reader : composition_.functions().readers(wire))
+    let_wait_for_arbiter(composition_.circuit().gates[reader].output);
+}
+
+void ProgressCheck::add_resting(std::size_t gate, sat::Lits& lits) {
   const net::Signal* const signal =
       composition_.signal_of(composition_.circuit().gates[gate].output);
   const sat::Lit excited = formula_.excited(gate);
-  if (signal == nullptr) at_rest_.push_back(~excited);
+  if (signal == nullptr) lits.push_back(~excited);
   for (const auto& transition : composition_.stg().transitions)
     if (transition->signal == signal)
-      at_rest_.push_back(~formula_.all_of({excited, formula_.enabled(*transition)}));
+      lits.push_back(~formula_.all_of({excited, formula_.enabled(*transition)}));
 }
 
 // Those of wires that are no signals first: it is their delays that would take many rounds.
 void ProgressCheck::choose_resting_gates() {
   const auto& gates = composition_.circuit().gates;
   AcyclicGates acyclic(composition_.functions());
-  for (const bool of_signals : {false, true})
-    for (std::size_t g = 0; g < gates.size(); ++g)
-      if ((composition_.signal_of(gates[g].output) != nullptr) == of_signals && acyclic.add(g))
-        add_resting(g);
+  for (std::size_t g = 0; g < gates.size(); ++g)
+    if (composition_.signal_of(gates[g].output) == nullptr && acyclic.add(g))
+      add_resting(g, hidden_at_rest_);
+  all_at_rest_ = hidden_at_rest_;
+  for (std::size_t g = 0; g < gates.size(); ++g)
+    if (composition_.signal_of(gates[g].output) != nullptr && acyclic.add(g))
+      add_resting(g, all_at_rest_);
   if (!is_silently_acyclic()) return;
   for (const auto& transition : composition_.stg().transitions)
     if (composition_.is_silent(*transition->signal))
-      at_rest_.push_back(~formula_.enabled(*transition));
+      all_at_rest_.push_back(~formula_.enabled(*transition));
+}
+
+// Once due, the signal is until it has changed or an input takes its place: nothing else takes the
+// tokens that lead to its edges.
+bool ProgressCheck::stays_due(const net::Signal& signal) const {
+  std::vector<bool> is_seen(composition_.stg().places.size());
+  for (const PlaceSet& set : formula_.edge_presets(signal))
+    for (const std::uint32_t place : set) is_seen[place] = true;
+  return std::ranges::all_of(composition_.stg().places, [&](const auto& place) {
+    if (!is_seen[place->index]) return true;
+    std::size_t own = 0, silent = 0;
+    for (const auto* transition : place->postset) {
+      const auto wire = composition_.wire_of(*transition->signal);
+      if (!wire)
+        ++silent;
+      else if (transition->signal == &signal)
+        ++own;
+      else if (composition_.functions().driver(*wire) != no_gate)
+        return false;
+    }
+    return silent == 0 || (silent == 1 && own == 0);
+  });
 }
 
 sat::Lits ProgressCheck::question(WireId wire) {
-  sat::Lits lits = at_rest_;
-  lits.push_back(formula_.change_allowed(*composition_.signal_of(wire)));
+  const net::Signal& signal = *composition_.signal_of(wire);
+  // Being due no more is no fault where an arbiter has decided so.
+  const bool may_rest = waits_for_arbiter_[wire.value] || stays_due(signal);
+  sat::Lits lits = may_rest ? all_at_rest_ : hidden_at_rest_;
+  lits.push_back(formula_.change_allowed(signal));
   lits.push_back(~formula_.excited(composition_.functions().driver(wire)));
   return lits;
 }
 
 Answer ProgressCheck::check_signal(WireId wire, Result& result) {
   const sat::Lits lits = question(wire);
+  const Awaited awaited{wire, waits_for_arbiter_[wire.value]};
   const sat::Lit asked = sat::Lit(formula_.formula().new_var(false), false);
   for (std::size_t round = 0; round < max_rounds; ++round, ++result.rounds) {
     sat::Lits assumptions = lits;
@@ -122,10 +165,11 @@ Answer ProgressCheck::check_signal(WireId wire, Result& result) {
     const auto state = traces_.state_after(events);
     if (!state) return Answer::fails;
     const auto run =
-        faults_.runs().run_to_edge(wire, marking_of(composition_, *state), is_persistent_);
+        faults_.runs().run_to_edge(awaited, marking_of(composition_, *state), is_persistent_);
     if (run.outcome == RunOutcome::unknown) return Answer::undecided;
     if (run.outcome == RunOutcome::never) {
-      result.finding = traces_.finding({Question::progress, wire}, events, is_persistent_);
+      result.finding = traces_.finding(
+          {Question::progress, wire, nullptr, awaited.waits_for_arbiter}, events, is_persistent_);
       return Answer::fails;
     }
     sat::Lits clause{~asked};

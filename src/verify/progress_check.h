@@ -7,10 +7,12 @@
 // tokens which the run took are excluded, and the search goes on; if it never does, the output
 // stays away. Most of these rounds are saved by looking only at markings in which those gates rest
 // that cannot run for ever: if an output stays away from a marking, it does from all that such
-// gates lead to.
+// gates lead to, unless it is not due there any more.
 #pragma once
 
 #include <optional>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "verify/faults.h"
@@ -21,9 +23,10 @@ namespace vorel::verify {
 
 class ProgressCheck {
  public:
+  // `arbiters`: outputs of gates that may take their excitation from one another.
   // `is_persistent`: no gate loses its excitation or has it where the STG does not let it fire.
   ProgressCheck(MarkingFormula& formula, const FaultFinder& faults, const TraceBuilder& traces,
-                bool is_persistent);
+                std::span<const std::pair<WireId, WireId>> arbiters, bool is_persistent);
 
   struct Result {
     Answer answer = Answer::undecided;
@@ -38,7 +41,10 @@ class ProgressCheck {
   Answer check_signal(WireId wire, Result& result);
   sat::Lits question(WireId wire);
   void choose_resting_gates();
-  void add_resting(std::size_t gate);
+  void add_resting(std::size_t gate, sat::Lits& lits);
+  bool stays_due(const net::Signal& signal) const;
+  // And all that depends on the wire, through gates.
+  void let_wait_for_arbiter(WireId wire);
   bool has_no_free_choice() const;
   bool is_silently_acyclic() const;
 
@@ -47,7 +53,9 @@ class ProgressCheck {
   const FaultFinder& faults_;
   const TraceBuilder& traces_;
   const bool is_persistent_;
-  sat::Lits at_rest_;  // what says that the chosen gates are
+  std::vector<bool> waits_for_arbiter_;  // by wire
+  // What says that the chosen gates are, of wires that are no signals or of all.
+  sat::Lits hidden_at_rest_, all_at_rest_;
 };
 
 }  // namespace vorel::verify

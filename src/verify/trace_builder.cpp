@@ -62,7 +62,8 @@ std::optional<Finding> TraceBuilder::finding(const Fault& fault, std::vector<con
   if (!state) return std::nullopt;
   const bool is_contradicted =
       fault.question == Question::progress &&
-      faults_.game().can_come_by_gates(fault.wire, *state, max_states_of_check) == true;
+      faults_.game().can_come_by_gates({fault.wire, fault.waits_for_arbiter}, *state,
+                                       max_states_of_check) == true;
   if (!faults_.is_fault(fault, *state, is_persistent) || is_contradicted) {
     base::print_error("what was found cannot be confirmed: " + faults_.message(fault, *state));
     return std::nullopt;

@@ -19,8 +19,8 @@ enum class Question : std::uint8_t {
   initial_state = 0,  // at the start gates rest, but those of signals that the STG excites
   conformance = 1,    // outputs change only where the STG lets them
   hazard = 2,         // an excited gate stays excited until it has fired
-  progress = 3,       // an output that is due comes, whatever inputs do, unless in a choice another
-                      // comes instead
+  progress = 3,       // an output that is due comes, whatever inputs do, unless an arbiter makes
+                      // another come instead
   deadlock = 4,       // the circuit with its environment stops only where the STG does
 };
 inline constexpr std::size_t question_count = 5;

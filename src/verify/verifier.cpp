@@ -99,7 +99,7 @@ class Verifier {
     const bool arbitrates = find_arbiters(formula, hazard.arbitrations);
     ask(formula, Question::deadlock, {dead(formula)});
     if (base::run_failed()) return;
-    ProgressCheck progress(formula, faults_, traces_,
+    ProgressCheck progress(formula, faults_, traces_, result_.arbiters,
                            !arbitrates && answer(Question::conformance) == Answer::holds &&
                                answer(Question::hazard) == Answer::holds);
     auto found = progress.run();

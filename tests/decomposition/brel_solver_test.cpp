@@ -5,6 +5,7 @@
 #include <set>
 
 #include "bdd/cover_bdd.h"
+#include "decomposition/easy_cost.h"
 #include "oracle/table_relation.h"
 #include "support/caught_messages.h"
 #include "support/seeds.h"
@@ -19,6 +20,18 @@ double literal_sum(const std::vector<Bdd>& functions) {
   std::size_t sum = 0;
   for (const Bdd& f : functions) sum += literal_count(f);
   return static_cast<double>(sum);
+}
+
+// What is searched as a table has the same solutions as a diagram has.
+void expect_same_with_diagrams(const BrelRelation& relation, BrelOptions options,
+                               const BrelCallbacks& callbacks, const BrelResult& by_table) {
+  options.most_table_variables = 0;
+  const BrelResult result = BrelSolver(relation, options, callbacks).solve();
+  EXPECT_EQ(result.explored, by_table.explored);
+  EXPECT_EQ(result.found, by_table.found);
+  ASSERT_EQ(result.solutions.size(), by_table.solutions.size());
+  for (std::size_t i = 0; i < result.solutions.size(); ++i)
+    EXPECT_EQ(result.solutions[i].functions, by_table.solutions[i].functions);
 }
 
 // Outputs are variables 0 and up, inputs those behind them.
@@ -53,6 +66,7 @@ struct Case {
     EXPECT_TRUE(std::ranges::is_sorted(stored, {}, &BrelSolution::cost));
     for (const auto& [functions, cost] : stored) EXPECT_EQ(cost, literal_sum(functions));
     EXPECT_TRUE(stored.empty() || stored.front().cost == least);
+    expect_same_with_diagrams(whole, options, {literal_sum, literal_sum}, result);
     return least;
   }
 
@@ -90,6 +104,24 @@ TEST(BrelSolver, EverySolutionIsInsideAndTheBestCostsLittleMoreThanTheLeast) {
   EXPECT_LE(far, 1 + small / 100);
   EXPECT_GT(least, 0);
   EXPECT_GT(partial, 0);
+}
+
+TEST(BrelSolver, TablesOfManyWordsAreSearchedLikeDiagrams) {
+  for (auto [seed, end] = support::seeds(5); seed != end; ++seed) {
+    oracle::Random random(seed);
+    const std::uint32_t outputs = random.between(2, 3);
+    BrelRelation relation = Case(random, 6, outputs).whole;
+    for (std::uint32_t i = 6, count = random.between(7, 8); i < count; ++i) {
+      relation.inputs.push_back(bdd::bdd_variable(outputs + i));
+      relation.relation =
+          ite(relation.inputs.back(), relation.relation, Case(random, 6, outputs).whole.relation);
+    }
+    BrelOptions options;
+    options.max_explored = 20;
+    const BrelResult by_table = BrelSolver(relation, options, {easy_cost, easy_cost}).solve();
+    expect_same_with_diagrams(relation, options, {easy_cost, easy_cost}, by_table);
+    ASSERT_FALSE(testing::Test::HasFailure()) << "seed " << seed;
+  }
 }
 
 TEST(BrelSolver, TellsItsStepsAndTotals) {

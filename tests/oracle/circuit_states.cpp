@@ -332,8 +332,22 @@ class CircuitStates::Explorer {
     return !arcs.empty();
   }
 
+  // An output that disables another and is disabled by it, or something that depends on one.
+  bool waits_for_arbiter(std::size_t gate) const {
+    std::set<std::string> waiting;
+    for (const auto& [a, b] : faults.arbiters) waiting.insert({a, b});
+    for (std::size_t size = 0; size != waiting.size();) {
+      size = waiting.size();
+      for (const CircuitGate& next : circuit_.gates)
+        if (std::ranges::any_of(next.inputs,
+                                [&](const auto& wire) { return waiting.contains(wire); }))
+          waiting.insert(next.output);
+    }
+    return waiting.contains(circuit_.gates[gate].output);
+  }
+
   // From each state in which the STG lets the signal change gates alone must be able to change it,
-  // or to choose another that takes its place.
+  // or, if it waits for an arbiter, to choose another that takes its place.
   void find_missing_outputs() {
     for (std::size_t gate = 0; gate < outputs_.size(); ++gate) {
       if (!wires_.is_signal(outputs_[gate])) continue;
@@ -354,7 +368,7 @@ class CircuitStates::Explorer {
     for (const auto& arcs : arcs_to_)
       for (const GateArc& arc : arcs)
         if (arc.gate == gate) add(arc.source);
-    for (std::uint32_t i = 0; i < states_.size(); ++i)
+    for (std::uint32_t i = 0; i < states_.size() && waits_for_arbiter(gate); ++i)
       if (!is_due(gate, states_[i])) add(i);
     while (!open.empty()) {
       const std::uint32_t state = open.back();

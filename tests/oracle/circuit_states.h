@@ -56,8 +56,8 @@ enum class CircuitQuestion : std::uint8_t {
   conformance,    // a signal changes where the STG does not let it
   hazard,    // a gate is excited and not any more; but outputs may disable each other where the
              // STG has them do so, or where the pair is let through
-  progress,  // a signal that the STG lets change, and that gates alone cannot make change, nor make
-             // another change instead
+  progress,  // a signal that the STG lets change, and that gates alone cannot make change; if it
+             // depends on an arbiter, nor make another change instead
   deadlock,  // all rests where the STG does not
 };
 inline constexpr std::size_t circuit_question_count = 5;

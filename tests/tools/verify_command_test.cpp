@@ -33,6 +33,10 @@ const std::string follower =
     ".inputs a\n.outputs z\n.graph\na+ z+\nz+ a-\na- z-\nz- a+\n"
     ".marking { <z-,a+> }\n.end\n";
 
+const std::string choice =
+    ".inputs a\n.outputs x y\n.graph\na+ p\np x+ y+\nx+ a-\ny+ a-/2\na- x-\na-/2 y-\nx- q\ny- q\n"
+    "q a+\n.marking { q }\n.end\n";
+
 std::string chain_of_buffers(int length) {
   std::string text = "module chain(z, a); output z; input a;\n";
   for (int i = 0; i < length; ++i)
@@ -85,6 +89,11 @@ TEST_F(VerifyCommand, TellsRightFromWrongCircuits) {
        "assign z = set & ~reset | z & (set | ~reset); endmodule\n",
        {},
        "the circuit is correct\n"},
+      // The STG would let another output come as well, and this circuit has only the one.
+      {choice,
+       "module m(x, y, a); output x, y; input a; assign x = a, y = 1'b0; endmodule\n",
+       {},
+       "progress: no\nthe circuit is not correct\n"},
       {mutex, arbiter, {}, "arbiter: g1, g2\nthe circuit is correct\n"},
       {follower, inner_choice, {}, "no hazard: no\nthe circuit is not correct\n"},
       {follower, inner_choice, {"--mutex", "m1,m2"}, "arbiter: m1, m2\nthe circuit is correct\n"},
@@ -135,8 +144,8 @@ conformance: no
   gate o (line 7) makes c- where the STG does not allow it
   trace: a+, b+, x+, c+, a-, x-, c-
 no hazard: no
-  gate bc (line 6) is about to make z+, and is not any more after b-
-  trace: a+, b+, x+, c+, b-
+  gate ac (line 5) is about to make y+, and is not any more after a-
+  trace: a+, b+, x+, c+, a-
 progress: yes
 no deadlock: yes
 
@@ -184,13 +193,15 @@ TEST_F(VerifyCommand, WritesWavesOfTheFirstTraceAndNoneWithoutOne) {
   EXPECT_EQ(edges_in(file("out.vcd")),
             "#0 c- a- b- x- y- z- #1 a+ #2 b+ #3 x+ #4 c+ #5 a- #6 x- #7 c- #8 ");
   // More wires than a code of one character can tell apart, and names that need care.
-  std::string many = "module m(z, a); output z; input a; assign \\$end = a, z = \\$end ;\n";
-  for (int i = 0; i < 100; ++i) many += "buf (w" + std::to_string(i) + ", a);\n";
+  std::string many = "module m(z, a); output z; input a; assign \\$end = a, w0 = \\$end , h = a;\n";
+  for (int i = 0; i < 99; ++i)
+    many += "buf (w" + std::to_string(i + 1) + ", w" + std::to_string(i) + ");\n";
+  many += "buf (z, w99);\n";
   folder_.write("follower.g", follower);
   folder_.write("many.v", many + "endmodule\n");
   EXPECT_EQ(verify({"follower.g", "many.v", "--vcd", "many.vcd"}).exit_code, 3);
-  EXPECT_NE(edges_in(file("many.vcd")).find(" \\$end- w0- w1- "), std::string::npos);
-  EXPECT_NE(edges_in(file("many.vcd")).find(" w99- #1 a+ "), std::string::npos);
+  EXPECT_NE(edges_in(file("many.vcd")).find(" \\$end- w0- "), std::string::npos);
+  EXPECT_NE(edges_in(file("many.vcd")).find(" w99- #1 a+ #2 \\$end+ "), std::string::npos);
   folder_.write("right.v", chain_of_buffers(1));
   EXPECT_EQ(verify({"follower.g", "right.v", "--vcd", "right.vcd"}).exit_code, 0);
   EXPECT_FALSE(exists("right.vcd"));
