@@ -175,10 +175,16 @@ class Mapping : public testing::Test {
   }
 
   void tell_tallies() {
-    for (const auto& [name, tally] : tallies_)
+    unsigned inserted = 0, tried = 0;
+    for (const auto& [name, tally] : tallies_) {
+      inserted += tally.inserted;
+      tried += tally.tried;
+      EXPECT_GE(tally.mapped + 1, tally.tried * 3 / 4) << name;
       RecordProperty(name, std::to_string(tally.mapped) + " of " + std::to_string(tally.tried) +
                                ", " + std::to_string(tally.inserted) + " inserted, not " +
                                tally.failed);
+    }
+    EXPECT_GE(inserted, tried / 10);
   }
 
   // All modules, with the models of the gates.
@@ -217,6 +223,8 @@ TEST_F(Mapping, OfTheExamplesGivesCircuitsThatDoWhatTheStgsDo) {
   expect_silence("xmllint --noout --schema '" + support::example("../docs/results.xsd") +
                  "' *.xml 2> messages || cat messages");
   tell_tallies();
+  EXPECT_EQ(tallies_["built-in"].failed + tallies_["rich"].failed, "");
+  EXPECT_GE(tallies_["built-in"].mapped, 9u);
 }
 
 TEST_F(Mapping, OfRandomStgsGivesCircuitsThatDoWhatTheseDo) {
