@@ -159,13 +159,14 @@ class Mapping : public testing::Test {
     return std::move(netlist.circuit);
   }
 
-  void expect_right_circuit(const net::Stg& after, const oracle::Circuit& circuit) {
+  void expect_right_circuit(const net::Stg& after, oracle::Circuit circuit) {
     oracle::ResolutionClaim claim{.initial_value = std::nullopt};
     for (const auto& signal : after.signals)
       if (std::ranges::none_of(before_->signals,
                                [&](const auto& old) { return old->name == signal->name; }))
         claim.new_signals.push_back(signal->name);
     EXPECT_EQ(oracle::resolution_fault(*before_, after, claim), "");
+    circuit.declared.insert(claim.new_signals.begin(), claim.new_signals.end());
     for (const net::Stg* const stg : {&after, static_cast<const net::Stg*>(&*before_)}) {
       SCOPED_TRACE(stg == &after ? "with inserted signals" : "without inserted signals");
       const auto graph = oracle::explore(*stg);

@@ -157,9 +157,7 @@ class Reader {
     std::istringstream values(text);
     for (std::string value; values >> value;) {
       const bool is_low = value.starts_with('!');
-      const std::string name = value.substr(is_low ? 1 : 0);
-      netlist_.circuit.initial[name] = !is_low;
-      netlist_.circuit.declared.insert(name);
+      netlist_.circuit.initial[value.substr(is_low ? 1 : 0)] = !is_low;
     }
   }
 
