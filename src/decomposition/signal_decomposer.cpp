@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <iostream>
+#include <limits>
 #include <set>
 #include <unordered_set>
 #include <utility>
@@ -143,15 +144,15 @@ void SignalDecomposer::add_collapsed(std::vector<Deco>& candidates) {
   }
 }
 
-std::vector<Deco> SignalDecomposer::latches(const SignalFunctions& functions) {
+std::vector<Deco> SignalDecomposer::latches(const SignalFunctions& functions,
+                                            std::uint64_t literals) {
   if (functions.set == nullptr) return {};
   return monotonic_candidates(functions.name(), variables_.of(functions.name()), *functions.set,
-                              *functions.reset, functions.solution->cost(), matcher_,
-                              variables_.names());
+                              *functions.reset, literals, matcher_, variables_.names());
 }
 
 std::vector<Deco> SignalDecomposer::all_candidates(const SignalFunctions& functions) {
-  std::vector<Deco> candidates = latches(functions);
+  std::vector<Deco> candidates = latches(functions, functions.solution->cost());
   for (const synthesis::SignalImplementation& of : functions.solution->alternatives) {
     const std::vector<Deco>& found = candidates_of(Alternative(functions, of, variables_));
     candidates.insert(candidates.end(), found.begin(), found.end());
@@ -178,10 +179,12 @@ DecoSetting SignalDecomposer::setting(std::uint32_t signal_count) {
           .names = variables_.names()};
 }
 
+// A latch may have more literals than the gate that there is not.
 Deco SignalDecomposer::implementation_of(const SignalFunctions& functions) {
   std::vector<Deco> candidates =
       matched_candidates(*functions.solution, matcher_, variables_.names());
-  if (candidates.empty()) candidates = latches(functions);
+  if (candidates.empty())
+    candidates = latches(functions, std::numeric_limits<std::uint64_t>::max());
   Deco* best = nullptr;
   for (Deco& deco : candidates) {
     deco.judge();
