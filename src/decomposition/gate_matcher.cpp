@@ -298,10 +298,7 @@ GateMatch GateMatcher::best_match(Query& query) {
 
 GateMatch GateMatcher::found_match(const bdd::BDDCover& cover) {
   Query query(cover);
-  if (query.needed_inputs() > max_inputs_) {
-    if (base::verbosity() >= verbosity_of_queries) tell("\nNo match found - too many inputs", "");
-    return {};
-  }
+  if (query.needed_inputs() > max_inputs_) return {};
   if (base::verbosity() >= verbosity_of_renaming)
     tell("\nCovers after substituting variables: ", to_string(query.cover()));
   // Signals alike have queries that differ in the numbers of variables only.
@@ -328,7 +325,8 @@ GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::st
     if (best.exists()) {
       tell("\nBest match: ", to_string(best, library_, names));
     } else {
-      tell("\nNo match found", "");
+      const bool is_wide = Query(cover).needed_inputs() > max_inputs_;
+      tell("\nNo match found", is_wide ? " - too many inputs" : "");
     }
   }
   return best;

@@ -6,7 +6,6 @@
 #include <span>
 #include <string>
 #include <utility>
-#include <variant>
 #include <vector>
 
 #include "base/messages.h"
@@ -79,12 +78,9 @@ struct Subject {
 // nullopt after an error: the STG is not safe or not consistent, too.
 std::optional<Subject> read_subject(const std::string& stg_name, const std::string& netlist_name,
                                     std::span<const toolkit::LibraryGate> gates) {
-  const auto format = input_format("", stg_name);
-  if (!format) return std::nullopt;
-  auto net = read_net(stg_name, *format);
-  if (!net) return std::nullopt;
-  auto* const stg = std::get_if<net::Stg>(&*net);
-  if (stg == nullptr || stg->inputs_end == stg->internals_end) {
+  auto stg = read_stg("", stg_name);
+  if (!stg) return std::nullopt;
+  if (stg->inputs_end == stg->internals_end) {
     base::print_error("\"" + stg_name + "\" has no signals that a circuit drives");
     return std::nullopt;
   }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 #include <iostream>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "base/input_text.h"
@@ -49,6 +51,16 @@ std::optional<formats::AnyNet> read_net(const std::string& file_name, formats::N
     return std::nullopt;
   }
   return formats::read_net_text(text, format, "standard input");
+}
+
+std::optional<net::Stg> read_stg(const std::string& format_name, const std::string& file_name) {
+  const auto format = input_format(format_name, file_name);
+  if (!format) return std::nullopt;
+  auto net = read_net(file_name, *format);
+  if (!net) return std::nullopt;
+  if (auto* const stg = std::get_if<net::Stg>(&*net)) return std::move(*stg);
+  base::print_error("\"" + file_name + "\" has no signals; a circuit is verified next to an STG");
+  return std::nullopt;
 }
 
 }  // namespace vorel::tools

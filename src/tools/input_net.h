@@ -25,5 +25,7 @@ std::optional<formats::NetFormat> input_format(const std::string& format_name,
 
 // nullopt after an error.
 std::optional<formats::AnyNet> read_net(const std::string& file_name, formats::NetFormat format);
+// The same of a circuit's environment: nor is a net without signals one.
+std::optional<net::Stg> read_stg(const std::string& format_name, const std::string& file_name);
 
 }  // namespace vorel::tools

@@ -5,7 +5,6 @@
 #include <iostream>
 #include <optional>
 #include <utility>
-#include <variant>
 
 #include "base/clock.h"
 #include "base/messages.h"
@@ -26,25 +25,13 @@ namespace {
 
 using verify::Answer;
 
-// nullopt after an error.
-std::optional<net::Stg> read_stg(const VerifyRequest& request) {
-  const auto format = input_format(request.format_name, request.specification);
-  if (!format) return std::nullopt;
-  auto net = read_net(request.specification, *format);
-  if (!net) return std::nullopt;
-  if (auto* const stg = std::get_if<net::Stg>(&*net)) return std::move(*stg);
-  base::print_error("\"" + request.specification +
-                    "\" has no signals; a circuit is verified next to an STG");
-  return std::nullopt;
-}
-
 class VerifyRun {
  public:
   explicit VerifyRun(const VerifyRequest& request) : request_{request} {}
 
   // nullopt after an error.
   std::optional<Answer> run() {
-    auto stg = read_stg(request_);
+    auto stg = read_stg(request_.format_name, request_.specification);
     if (!stg) return std::nullopt;
     const auto library = decomposition::read_gates(request_.library);
     if (!library) return std::nullopt;

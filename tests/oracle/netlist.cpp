@@ -157,21 +157,27 @@ class Reader {
     std::istringstream values(text);
     for (std::string value; values >> value;) {
       const bool is_low = value.starts_with('!');
-      const std::string name = value.substr(is_low ? 1 : 0);
-      netlist_.circuit.initial[name] = !is_low;
-      netlist_.circuit.declared.insert(name);
+      netlist_.circuit.initial[value.substr(is_low ? 1 : 0)] = !is_low;
     }
   }
 
+  // Wires whose gates have known inputs start as those make them, a latch from what the signal
+  // behind its inverter says.
   void settle() {
     auto& initial = netlist_.circuit.initial;
     const std::vector<CircuitGate>& gates = netlist_.circuit.gates;
-    for (std::size_t g = 0; g + 1 < gates.size(); ++g) {
-      const CircuitGate& next = gates[g + 1];
-      if (initial.contains(gates[g].output) || next.inputs != std::vector{gates[g].output} ||
-          !initial.contains(next.output) || !next.next({false}, false))
-        continue;
-      initial[gates[g].output] = !initial[next.output];
+    const auto is_known = [&](const std::string& wire) { return initial.contains(wire); };
+    for (std::size_t round = 0; round < gates.size(); ++round) {
+      for (std::size_t g = 0; g < gates.size(); ++g) {
+        const auto& [output, inputs, next_value] = gates[g];
+        if (is_known(output) || !std::ranges::all_of(inputs, is_known)) continue;
+        std::vector<bool> values;
+        for (const std::string& wire : inputs) values.push_back(initial[wire]);
+        const bool is_followed = g + 1 < gates.size() &&
+                                 gates[g + 1].inputs == std::vector{output} &&
+                                 is_known(gates[g + 1].output) && gates[g + 1].next({false}, false);
+        initial[output] = next_value(values, is_followed && !initial[gates[g + 1].output]);
+      }
     }
   }
 
