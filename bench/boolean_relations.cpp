@@ -98,7 +98,8 @@ void decompose(benchmark::State& state, const char* gate_name) {
   }
   double candidates = 0;
   for (auto _ : state) {
-    decomposition::BooleanDecomposer decomposer;
+    decomposition::LiteralCounts literals;
+    decomposition::BooleanDecomposer decomposer(literals);
     candidates = 0;
     for (const auto& function : functions) {
       const Bdd relation =

@@ -65,8 +65,12 @@ std::size_t BooleanDecomposer::literal_count(const Bdd& function) {
   constexpr std::size_t most_variables = 10, most_nodes = 50;
   const std::size_t nodes = node_count(function);
   if (nodes > most_nodes || function.support().size() > most_variables) return nodes - 1;
-  const auto [entry, is_new] = literals_.try_emplace(function, 0);
-  if (is_new) entry->second = bdd::literal_count(function);
+  return literals_.of(function);
+}
+
+BooleanDecomposer::PinCost& BooleanDecomposer::known_cost(const Bdd& pin) {
+  const auto [entry, is_new] = known_costs_.try_emplace(pin);
+  if (is_new) entry->second.least = is_literal(pin) ? 0 : pin.support().size();
   return entry->second;
 }
 
@@ -75,18 +79,17 @@ double BooleanDecomposer::cost_of(const std::vector<Bdd>& pins, const Decomposed
                                   double bound) {
   std::size_t sum = 0;
   for (const Bdd& pin : pins) {
-    if (is_literal(pin)) continue;
-    // Each variable is a literal at least.
-    const std::size_t least = pin.support().size();
-    if (least >= function.literals) return unusable;
+    const std::size_t least = known_cost(pin).least;
+    if (least >= function.literals && least > 0) return unusable;
     sum += least;
   }
   if (static_cast<double>(sum) >= bound) return static_cast<double>(sum);
   sum = 0;
   for (const Bdd& pin : pins) {
-    const std::size_t literals = is_literal(pin) ? 0 : literal_count(pin);
-    if (literals >= function.literals) return unusable;
-    sum += literals;
+    PinCost& cost = known_cost(pin);
+    if (!cost.literals) cost.literals = cost.least == 0 ? 0 : literal_count(pin);
+    if (*cost.literals >= function.literals) return unusable;
+    sum += *cost.literals;
   }
   return static_cast<double>(sum);
 }
@@ -120,6 +123,7 @@ std::vector<BooleanCandidate> BooleanDecomposer::decompose(const DecomposedFunct
   }
   if (gate.pins.empty()) return {};
   std::vector<BooleanCandidate> candidates;
+  known_costs_.clear();
   brel_solve(relation, variables_of(function.covers), gate.pins, search_options(),
              {easy_cost, [&](const std::vector<Bdd>& pins) {
                 return offer(pins, function, gate, candidates);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "bdd/bdd_cover.h"
+#include "decomposition/literal_counts.h"
 #include "toolkit/library_gate.h"
 
 namespace vorel::decomposition {
@@ -42,10 +43,13 @@ struct BooleanCandidate {
   double cost = 0;  // literals of the functions that are no literals
 };
 
-// Kept for a run, so that literals of a function are counted once.
+// Kept for a run.
 class BooleanDecomposer {
  public:
   static constexpr std::size_t most_candidates = 5;
+
+  // The counts outlive this.
+  explicit BooleanDecomposer(LiteralCounts& literals) : literals_{literals} {}
 
   // Candidates, at most so many, the cheapest first. No two differ only in the order of pins that
   // the gate does not tell apart. None for a gate without pins.
@@ -65,9 +69,17 @@ class BooleanDecomposer {
   // Keeps a solution among the candidates if it is better than the last of enough; its cost.
   double offer(const std::vector<bdd::Bdd>& pins, const DecomposedFunction& function,
                const DecomposingGate& gate, std::vector<BooleanCandidate>& candidates);
+
+  // A function of a pin.
+  struct PinCost {
+    std::size_t least = 0;  // literals: each variable is one at least
+    std::optional<std::size_t> literals;
+  };
+  PinCost& known_cost(const bdd::Bdd& pin);
   std::size_t literal_count(const bdd::Bdd& function);
 
-  std::unordered_map<bdd::Bdd, std::size_t> literals_;
+  LiteralCounts& literals_;
+  std::unordered_map<bdd::Bdd, PinCost, bdd::IdentityHash> known_costs_;  // of this relation
 };
 
 }  // namespace vorel::decomposition

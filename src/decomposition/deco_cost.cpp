@@ -16,23 +16,24 @@ namespace {
 constexpr int verbosity_of_costs = 3;
 constexpr double largest_area = 1e12;  // that still fits above bit 23
 
-double literal_area(const bdd::Bdd& function, const GateLibrary& library) {
-  return library.literal_area(bdd::literal_count(function));
+double literal_area(const bdd::Bdd& function, const DecoSetting& setting) {
+  return setting.library.literal_area(setting.literal_count(function));
 }
 
-double area_of(const Subfunction& part, const GateLibrary& library) {
-  return part.is_gate() ? area_of(part.match, library) : literal_area(part.function, library);
+double area_of(const Subfunction& part, const DecoSetting& setting) {
+  return part.is_gate() ? area_of(part.match, setting.library)
+                        : literal_area(part.function, setting);
 }
 
 // Of what is between the sub-functions and the signal.
-double top_area(const Deco& deco, const GateLibrary& library) {
-  return deco.kind == DecoKind::collapsed ? literal_area(deco.collapsed, library)
-                                          : area_of(deco.gate, library);
+double top_area(const Deco& deco, const DecoSetting& setting) {
+  return deco.kind == DecoKind::collapsed ? literal_area(deco.collapsed, setting)
+                                          : area_of(deco.gate, setting.library);
 }
 
 // With a new signal for the sub-function, the others merged into the signal's function.
 bool reduces_literals(const Deco& deco, std::size_t part, const DecoSetting& setting) {
-  return bdd::literal_count(next_value(deco, part, setting.first_free_variable)) < deco.literals;
+  return setting.literal_count(next_value(deco, part, setting.first_free_variable)) < deco.literals;
 }
 
 // Whether the gate and all that is not settled are one gate of what is settled: nothing of it needs
@@ -52,24 +53,23 @@ bool is_one_gate(const Deco& deco, const DecoSetting& setting) {
 double non_splittable_area(const Deco& deco, const DecoSetting& setting) {
   if (deco.directly_implementable) return 0;
   if (deco.kind != DecoKind::collapsed && is_one_gate(deco, setting)) return 0;
-  double area = top_area(deco, setting.library);
+  double area = top_area(deco, setting);
   for (const Subfunction& part : deco.subfunctions)
-    if (!part.is_constant() && !part.is_settled()) area += area_of(part, setting.library);
+    if (!part.is_constant() && !part.is_settled()) area += area_of(part, setting);
   return area;
 }
 
 double non_mappable_area(const Deco& deco, const DecoSetting& setting) {
-  double area =
-      deco.kind == DecoKind::collapsed ? literal_area(deco.collapsed, setting.library) : 0;
+  double area = deco.kind == DecoKind::collapsed ? literal_area(deco.collapsed, setting) : 0;
   for (const Subfunction& part : deco.subfunctions)
-    if (!part.is_gate()) area += literal_area(part.function, setting.library);
+    if (!part.is_gate()) area += literal_area(part.function, setting);
   return area;
 }
 
 double total_area(const Deco& deco, const DecoSetting& setting) {
-  double area = top_area(deco, setting.library);
+  double area = top_area(deco, setting);
   for (const Subfunction& part : deco.subfunctions)
-    if (!part.is_constant()) area += area_of(part, setting.library);
+    if (!part.is_constant()) area += area_of(part, setting);
   return area;
 }
 
@@ -133,7 +133,7 @@ double least_cost(const Deco& deco, const DecoSetting& setting, LiteralsLeft lit
     reduces = reduces || reduces_literals(deco, i, setting);
   }
   cost.not_reduced_literals = cost.not_directly_implementable && !reduces;
-  if (deco.kind == DecoKind::collapsed) cost.non_splittable_area = top_area(deco, setting.library);
+  if (deco.kind == DecoKind::collapsed) cost.non_splittable_area = top_area(deco, setting);
   cost.non_mappable_area = non_mappable_area(deco, setting);
   cost.total_area = total_area(deco, setting);
   return cost.value(setting.library.inverter_area());

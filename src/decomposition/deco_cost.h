@@ -11,6 +11,7 @@
 #include <string>
 
 #include "bdd/bdd_cover.h"
+#include "bdd/cover_bdd.h"
 #include "decomposition/deco.h"
 #include "decomposition/gate_library.h"
 
@@ -44,6 +45,7 @@ struct DecoSetting {
   std::uint32_t first_free_variable = 0;               // from here on variables mean no signal
   std::function<bool(const bdd::BDDCover&)> has_gate;  // whether one gate implements the function
   std::span<const std::string> names = {};             // of variables, for diagnostics
+  std::function<std::size_t(const bdd::Bdd&)> literal_count = bdd::literal_count;
 };
 
 // Of a useful candidate that has been judged.

@@ -4,6 +4,7 @@
 #include <cassert>
 #include <iostream>
 
+#include "base/hashing.h"
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "bdd/cover_bdd.h"
@@ -23,6 +24,10 @@ using Code = std::vector<int>;  // 0 or 1, by input
 constexpr bdd::Bdd bdd::BDDCover::*the_sets[] = {&bdd::BDDCover::er_plus, &bdd::BDDCover::qr_plus,
                                                  &bdd::BDDCover::er_minus,
                                                  &bdd::BDDCover::qr_minus};
+
+std::vector<bdd::Bdd> sets_of(const bdd::BDDCover& cover) {
+  return {cover.er_plus, cover.qr_plus, cover.er_minus, cover.qr_minus};
+}
 
 // A signal that changes with the output of a gate, and the other way round.
 bdd::BDDCover behind_inverter(const bdd::BDDCover& gate) {
@@ -173,6 +178,12 @@ GateMatcher::GateMatcher(const GateLibrary& library, const std::vector<std::stri
   }
 }
 
+std::size_t GateMatcher::SetsHash::operator()(const std::vector<bdd::Bdd>& sets) const {
+  std::uint64_t hash = 0;
+  for (const bdd::Bdd& set : sets) hash = base::combine_hash(hash, bdd::IdentityHash{}(set));
+  return hash;
+}
+
 const bdd::BDDCover& GateMatcher::covers(Gate& gate) {
   if (!gate.covers) gate.covers = covers_of(*gate.description);
   return *gate.covers;
@@ -234,7 +245,7 @@ std::optional<GateMatch> GateMatcher::cheapest_match(Gate& gate, Query& query) {
         failures(query.cover(), covers_of_match(match_of(name, *choice, bdd::bdd_variable)));
     if (wrong.is_false()) {
       if (base::verbosity() >= verbosity_of_gates) tell_all_matches(gate, query, left);
-      return match_of(name, *choice, [&query](std::uint32_t i) { return query.variable(i); });
+      return match_of(name, *choice, bdd::bdd_variable);
     }
     ++stats_.codes;
     left &= right_choices(gate, choices, query.add_one_of(wrong));
@@ -290,7 +301,15 @@ GateMatch GateMatcher::found_match(const bdd::BDDCover& cover) {
   if (query.needed_inputs() > max_inputs_) return {};
   if (base::verbosity() >= verbosity_of_renaming)
     tell("\nCovers after substituting variables: ", to_string(query.cover()));
-  GateMatch best = best_match(query);
+  // Signals alike have queries that differ in the numbers of variables only.
+  const auto [entry, is_new] = known_renamed_.try_emplace(sets_of(query.cover()));
+  if (is_new) entry->second = best_match(query);
+  GateMatch best = entry->second;
+  for (bdd::Bdd& input : best.inputs) {
+    if (input.is_constant()) continue;
+    const bdd::Bdd variable = query.variable(input.variable());
+    input = input.is_complement() ? ~variable : variable;
+  }
   assert(!best.exists() || implements(cover, best));
   return best;
 }
@@ -299,8 +318,7 @@ GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::st
   ++stats_.queries;
   const bool is_told = base::verbosity() >= verbosity_of_queries;
   if (is_told) tell("\nTrying to match ", to_string(cover, names));
-  const auto [entry, is_new] =
-      known_.try_emplace({cover.er_plus, cover.qr_plus, cover.er_minus, cover.qr_minus});
+  const auto [entry, is_new] = known_.try_emplace(sets_of(cover));
   if (is_new) entry->second = found_match(cover);
   const GateMatch& best = entry->second;
   if (is_told) {

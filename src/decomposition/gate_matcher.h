@@ -28,7 +28,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "base/hashing.h"
 #include "bdd/bdd_cover.h"
 #include "decomposition/gate_library.h"
 #include "decomposition/gate_match.h"
@@ -82,6 +81,10 @@ class GateMatcher {
   const bdd::Bdd& valid_choices(Gate& gate, std::uint32_t input_count);
   bool is_admitted(const Gate& gate, const Query& query) const;
   GateMatch found_match(const bdd::BDDCover& cover);
+  struct SetsHash {
+    std::size_t operator()(const std::vector<bdd::Bdd>& sets) const;
+  };
+  using KnownMatches = std::unordered_map<std::vector<bdd::Bdd>, GateMatch, SetsHash>;
   GateMatch best_match(Query& query);
   std::optional<GateMatch> cheapest_match(Gate& gate, Query& query);
   bdd::Bdd right_choices(Gate& gate, const PinChoices& choices, const Demand& demand);
@@ -90,7 +93,8 @@ class GateMatcher {
   const GateLibrary& library_;
   std::vector<Gate> gates_;
   std::map<std::string, std::size_t, std::less<>> number_of_;  // of a gate, by name
-  std::unordered_map<std::vector<bdd::Bdd>, GateMatch, base::SequenceHash> known_;  // by four sets
+  KnownMatches known_;                                         // by the four sets
+  KnownMatches known_renamed_;  // of queries over inputs that are numbered from 0
   std::uint32_t max_inputs_ = 1;
   Stats stats_;
 };

@@ -54,7 +54,8 @@ SignalDecomposer::SignalDecomposer(const GateLibrary& library,
       gates_{gates},
       variables_{variables},
       inserter_{inserter},
-      matcher_{library, gates} {
+      matcher_{library, gates},
+      boolean_{literals_} {
   const bdd::Bdd first = bdd::bdd_variable(0), second = bdd::bdd_variable(1);
   for (const auto& [kind, function] :
        {std::pair{AlgKind::conjunction, first & second}, {AlgKind::disjunction, first | second}}) {
@@ -176,7 +177,8 @@ DecoSetting SignalDecomposer::setting(std::uint32_t signal_count) {
           .signal_count = signal_count,
           .first_free_variable = variables_.first_free(),
           .has_gate = [this](const bdd::BDDCover& cover) { return matcher_.match(cover).exists(); },
-          .names = variables_.names()};
+          .names = variables_.names(),
+          .literal_count = [this](const bdd::Bdd& f) { return literals_.of(f); }};
 }
 
 // A latch may have more literals than the gate that there is not.

@@ -22,6 +22,7 @@
 #include "decomposition/derivation.h"
 #include "decomposition/gate_library.h"
 #include "decomposition/gate_matcher.h"
+#include "decomposition/literal_counts.h"
 #include "decomposition/signal_variables.h"
 #include "decomposition/subfunction_inserter.h"
 
@@ -78,6 +79,7 @@ class SignalDecomposer {
   SignalVariables& variables_;
   SubfunctionInserter& inserter_;
   GateMatcher matcher_;
+  LiteralCounts literals_;
   BooleanDecomposer boolean_;
   std::vector<TwoInputGate> two_input_gates_;
   std::unordered_map<std::vector<bdd::Bdd>, std::vector<Deco>, base::SequenceHash> known_;

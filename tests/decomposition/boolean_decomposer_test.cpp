@@ -70,7 +70,8 @@ TEST(BooleanDecomposer, AGateOfTheCandidateDoesWhatTheSignalDoes) {
   const auto library = GateLibrary::read("");
   ASSERT_TRUE(library);
   const std::vector<std::string> names = library->gate_list(~0u, true);
-  BooleanDecomposer decomposer;
+  LiteralCounts counts;
+  BooleanDecomposer decomposer(counts);
   std::size_t count[2] = {};
   for (auto [seed, end] = support::seeds(60); seed != end; ++seed) {
     oracle::Random random(seed);
@@ -105,8 +106,9 @@ TEST(BooleanDecomposer, ASignalThatWaitsForTwoOthersIsALatchOfThem) {
   ASSERT_TRUE(library);
   const Bdd a = bdd::bdd_variable(10), b = bdd::bdd_variable(11), c = bdd::bdd_variable(12);
   const bdd::BDDCover join(~c & a & b, c & (a | b), c & ~a & ~b, ~c & (~a | ~b));
-  const auto candidates =
-      BooleanDecomposer().decompose({join, 5, 12}, {library->gate("c_element0:asynch"), first_pin});
+  LiteralCounts counts;
+  const auto candidates = BooleanDecomposer(counts).decompose(
+      {join, 5, 12}, {library->gate("c_element0:asynch"), first_pin});
   ASSERT_FALSE(candidates.empty());
   EXPECT_EQ(candidates.front().cost, 0);
 }
