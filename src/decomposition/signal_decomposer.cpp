@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cassert>
 #include <iostream>
-#include <limits>
 #include <set>
 #include <unordered_set>
 #include <utility>
@@ -145,15 +144,15 @@ void SignalDecomposer::add_collapsed(std::vector<Deco>& candidates) {
   }
 }
 
-std::vector<Deco> SignalDecomposer::latches(const SignalFunctions& functions,
-                                            std::uint64_t literals) {
+std::vector<Deco> SignalDecomposer::latches(const SignalFunctions& functions) {
   if (functions.set == nullptr) return {};
   return monotonic_candidates(functions.name(), variables_.of(functions.name()), *functions.set,
-                              *functions.reset, literals, matcher_, variables_.names());
+                              *functions.reset, functions.solution->cost(), matcher_,
+                              variables_.names());
 }
 
 std::vector<Deco> SignalDecomposer::all_candidates(const SignalFunctions& functions) {
-  std::vector<Deco> candidates = latches(functions, functions.solution->cost());
+  std::vector<Deco> candidates = latches(functions);
   for (const synthesis::SignalImplementation& of : functions.solution->alternatives) {
     const std::vector<Deco>& found = candidates_of(Alternative(functions, of, variables_));
     candidates.insert(candidates.end(), found.begin(), found.end());
@@ -181,12 +180,10 @@ DecoSetting SignalDecomposer::setting(std::uint32_t signal_count) {
           .literal_count = [this](const bdd::Bdd& f) { return literals_.of(f); }};
 }
 
-// A latch may have more literals than the gate that there is not.
 Deco SignalDecomposer::implementation_of(const SignalFunctions& functions) {
   std::vector<Deco> candidates =
       matched_candidates(*functions.solution, matcher_, variables_.names());
-  if (candidates.empty())
-    candidates = latches(functions, std::numeric_limits<std::uint64_t>::max());
+  if (candidates.empty()) candidates = latches(functions);
   Deco* best = nullptr;
   for (Deco& deco : candidates) {
     deco.judge();

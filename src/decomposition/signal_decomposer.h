@@ -68,8 +68,7 @@ class SignalDecomposer {
   void add_boolean(const Alternative& alternative, std::vector<Deco>& candidates);
   void add_collapsed(std::vector<Deco>& candidates);
   std::vector<Deco> all_candidates(const SignalFunctions& functions);
-  // With SET and RESET that have fewer literals than given.
-  std::vector<Deco> latches(const SignalFunctions& functions, std::uint64_t literals);
+  std::vector<Deco> latches(const SignalFunctions& functions);
   void add_insertions(Deco& deco);
   DecoSetting setting(std::uint32_t signal_count);
   void tell(const std::string& signal, DecoQueue& queue) const;
