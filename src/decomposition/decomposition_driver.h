@@ -9,8 +9,7 @@
 // larger functions, and what its edges do not quite fit is a function of its own. So each insertion
 // is tried on a copy, and taken if the signals without a gate have come closer to one: the literals
 // of their functions, the largest first, are compared in the order of sequences, which cannot
-// descend for ever. Where that ends, latches are admitted that cost as much as the gate they
-// replace.
+// descend for ever. Where that ends, latches are admitted whatever they cost.
 #pragma once
 
 #include <cstdint>
