@@ -121,7 +121,16 @@ bool DecompositionDriver::prepare() {
 bool DecompositionDriver::decompose_all() {
   state_ = state_of(prefix_, {});
   while (state_ && !state_->complexity.empty())
-    if (!insert_a_signal()) return false;
+    if (!insert_a_signal() && !admit_costly_latches()) return false;
+  return state_.has_value();
+}
+
+bool DecompositionDriver::admit_costly_latches() {
+  if (base::run_failed() || params_.get("use_latches") == 0 ||
+      tools_->decomposer.admits_costly_latches())
+    return false;
+  tools_->decomposer.admit_costly_latches();
+  state_ = state_of(prefix_, state_->implementations);
   return state_.has_value();
 }
 

@@ -9,7 +9,7 @@
 // larger functions, and what its edges do not quite fit is a function of its own. So each insertion
 // is tried on a copy, and taken if the signals without a gate have come closer to one: the literals
 // of their functions, the largest first, are compared in the order of sequences, which cannot
-// descend for ever.
+// descend for ever. Where that ends, latches are admitted whatever they cost.
 #pragma once
 
 #include <cstdint>
@@ -92,6 +92,9 @@ class DecompositionDriver {
   // Goes on with the first insertion that brings progress, or else with the one that does least
   // harm.
   bool insert_a_signal();
+  // What is done when nothing leads on: true if that has given a signal other ways, which it does
+  // once.
+  bool admit_costly_latches();
   std::optional<State> state_of(const net::StgPrefix& prefix, const Implementations& known);
   // The decomposition that is carried out next; null if there is none.
   const Deco* choose();

@@ -74,7 +74,7 @@ std::vector<Deco> monotonic_candidates(const std::string& signal, std::uint32_t 
                                        const synthesis::SignalSolution& set,
                                        const synthesis::SignalSolution& reset,
                                        std::uint64_t literals, GateMatcher& matcher,
-                                       std::span<const std::string> names) {
+                                       std::span<const std::string> names, LatchCost most) {
   std::vector<Deco> candidates;
   const GateMatch latch =
       matcher.match(monotonic_shape(bdd::bdd_variable(0), bdd::bdd_variable(1)));
@@ -82,7 +82,8 @@ std::vector<Deco> monotonic_candidates(const std::string& signal, std::uint32_t 
   const bdd::BDDCover shape = matcher.covers_of_match(latch);
   for (const synthesis::SignalImplementation& rising : set.alternatives) {
     for (const synthesis::SignalImplementation& falling : reset.alternatives) {
-      if (rising.cost + falling.cost >= literals) return candidates;
+      if (most == LatchCost::below_gate && rising.cost + falling.cost >= literals)
+        return candidates;
       Deco deco = monotonic_deco(bdd::bdd_of(rising.equation, names),
                                  bdd::bdd_of(falling.equation, names), latch, shape);
       deco.signal = signal;

@@ -27,14 +27,18 @@ bdd::BDDCover covers_of(const synthesis::SignalImplementation& alternative,
 std::vector<Deco> matched_candidates(const synthesis::SignalSolution& solution,
                                      GateMatcher& matcher, std::span<const std::string> names);
 
-// A latch for each pair of alternatives in turn, up to the first pair with as many literals as
-// given: the signal's complex gate. None if no latch takes such pairs. The candidates have their
-// equations and the gates of SET and RESET, if there are such; insertions and judgement are
-// missing.
+// Whether SET and RESET together have fewer literals than the gate that they stand for. Costly ones
+// are for signals that cannot do without.
+enum class LatchCost : std::uint8_t { below_gate, any };
+
+// A latch for each pair of alternatives in turn; of those below the cost of the gate, up to the
+// first pair with as many literals as given: the signal's complex gate. None if no latch takes such
+// pairs. The candidates have their equations and the gates of SET and RESET, if there are such;
+// insertions and judgement are missing.
 std::vector<Deco> monotonic_candidates(const std::string& signal, std::uint32_t variable,
                                        const synthesis::SignalSolution& set,
                                        const synthesis::SignalSolution& reset,
                                        std::uint64_t literals, GateMatcher& matcher,
-                                       std::span<const std::string> names);
+                                       std::span<const std::string> names, LatchCost most);
 
 }  // namespace vorel::decomposition

@@ -10,7 +10,6 @@
 #include "base/messages.h"
 #include "base/run_state.h"
 #include "bdd/cover_bdd.h"
-#include "decomposition/direct_candidates.h"
 
 namespace vorel::decomposition {
 namespace {
@@ -148,7 +147,7 @@ std::vector<Deco> SignalDecomposer::latches(const SignalFunctions& functions) {
   if (functions.set == nullptr) return {};
   return monotonic_candidates(functions.name(), variables_.of(functions.name()), *functions.set,
                               *functions.reset, functions.solution->cost(), matcher_,
-                              variables_.names());
+                              variables_.names(), latch_cost_);
 }
 
 std::vector<Deco> SignalDecomposer::all_candidates(const SignalFunctions& functions) {

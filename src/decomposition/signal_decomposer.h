@@ -20,6 +20,7 @@
 #include "decomposition/deco_cost.h"
 #include "decomposition/deco_queue.h"
 #include "decomposition/derivation.h"
+#include "decomposition/direct_candidates.h"
 #include "decomposition/gate_library.h"
 #include "decomposition/gate_matcher.h"
 #include "decomposition/literal_counts.h"
@@ -50,6 +51,10 @@ class SignalDecomposer {
   // signals; the queue goes out of use with it.
   DecoQueue decompositions(const SignalFunctions& functions, std::uint32_t signal_count);
 
+  // From now on latches count as implementations and candidates whatever they cost.
+  void admit_costly_latches() { latch_cost_ = LatchCost::any; }
+  bool admits_costly_latches() const { return latch_cost_ == LatchCost::any; }
+
   const Stats& stats() const { return stats_; }
   const GateMatcher::Stats& matcher_stats() const { return matcher_.stats(); }
 
@@ -79,6 +84,7 @@ class SignalDecomposer {
   SubfunctionInserter& inserter_;
   GateMatcher matcher_;
   LiteralCounts literals_;
+  LatchCost latch_cost_ = LatchCost::below_gate;
   BooleanDecomposer boolean_;
   std::vector<TwoInputGate> two_input_gates_;
   std::unordered_map<std::vector<bdd::Bdd>, std::vector<Deco>, base::SequenceHash> known_;
