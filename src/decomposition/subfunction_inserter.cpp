@@ -340,8 +340,7 @@ SubfunctionInserter::SubfunctionInserter(net::StgPrefix& prefix, std::string bas
       options_{configuration::SearchOptions::of(params)},
       coefficients_{resolution::CostCoefficients::of(params)},
       engine_{prefix, std::move(base_name), options_.encoding.formula,
-              params.get("concurrent_insertions")},
-      wide_engine_{prefix, engine_.base_name(), options_.encoding.formula, 0} {
+              params.get("concurrent_insertions")} {
   options_.method = 0;
   options_.all_solutions = 0;
   options_.min_cost = false;
@@ -403,8 +402,9 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::find_best_general(
   if (more.empty() || base::run_failed()) return std::nullopt;
   ++stats_.searches_of_general;
   admitted.insert(admitted.end(), more.begin(), more.end());  // the last kind
-  wide_engine_.start_step(std::move(admitted));
-  Step wide(wide_engine_, options_.encoding, coefficients_);
+  resolution::InsertionEngine engine(prefix_, engine_.base_name(), options_.encoding.formula, 0);
+  engine.start_step(std::move(admitted));
+  Step wide(engine, options_.encoding, coefficients_);
   Search search(*this, wide, function, result.refused);
   if (base::run_failed()) return std::nullopt;
   auto best = find_best(search, local, result);

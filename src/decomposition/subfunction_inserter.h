@@ -95,6 +95,7 @@ class SubfunctionInserter {
   // The best among the candidates of the step.
   std::optional<SubfunctionInsertion> find_best(Search& search, bool local,
                                                 InsertionResult& result);
+  // The best with insertions of tag General among the candidates beside those admitted.
   std::optional<SubfunctionInsertion> find_best_general(const bdd::Bdd& function, bool local,
                                                         resolution::SignalInsertion admitted,
                                                         InsertionResult& result);
@@ -108,7 +109,6 @@ class SubfunctionInserter {
   configuration::SearchOptions options_;
   const resolution::CostCoefficients coefficients_;
   resolution::InsertionEngine engine_;
-  resolution::InsertionEngine wide_engine_;  // for one function, with insertions of tag General
   std::unique_ptr<Step> step_;
   std::optional<resolution::TransitionRelation> locks_;  // made on demand
   std::unordered_map<bdd::Bdd, InsertionResult> cache_;
