@@ -364,10 +364,11 @@ bool SubfunctionInserter::keeps_coding(const net::StgPrefix& prefix) const {
 }
 
 std::optional<SubfunctionInsertion> SubfunctionInserter::find_best(Search& search, bool local,
+                                                                   bool only_exact,
                                                                    InsertionResult& result) {
   if (!search.has_edges()) return std::nullopt;
   auto best = search.best(true, local);
-  if (!best && !base::run_failed()) best = search.best(false, local);
+  if (!best && !only_exact && !base::run_failed()) best = search.best(false, local);
   for (SubfunctionInsertion& insertion : search.found()) {
     const auto is_same = [&](const auto& other) { return other.is_same_as(insertion); };
     if (std::ranges::none_of(result.insertions, is_same))
@@ -407,7 +408,7 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::find_best_general(
   Step wide(engine, options_.encoding, coefficients_);
   Search search(*this, wide, function, result.refused);
   if (base::run_failed()) return std::nullopt;
-  auto best = find_best(search, local, result);
+  auto best = find_best(search, local, true, result);
   stats_.general_found += best.has_value();
   return best;
 }
@@ -424,7 +425,7 @@ bool SubfunctionInserter::compute_insertions(const bdd::Bdd& function, const std
               << ']';
   }
   InsertionResult::Slot& slot = local ? result.best_local : result.best;
-  slot.insertion = find_best(search, local, result);
+  slot.insertion = find_best(search, local, false, result);
   if (!slot.insertion && !base::run_failed())
     slot.insertion = find_best_general(function, local, search.admitted(), result);
   if (base::run_failed()) return false;

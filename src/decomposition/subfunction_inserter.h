@@ -9,7 +9,7 @@
 // among them. What it chooses is looked at: a state in which the next value is not the function
 // becomes a clause more. Only if no edges compute the function, edges are taken that come close. A
 // signal that would only rise, or only fall, is none. Where there is nothing, edges with several
-// sources and targets are candidates, too.
+// sources and targets are candidates, too, and only what computes the function will do.
 //
 // Edges can make an encoding conflict. As that is rare and takes a search through pairs of states,
 // it is checked of an insertion that is about to be carried out, and refused then. Where cut-offs
@@ -92,10 +92,12 @@ class SubfunctionInserter {
   class Search;  // for one function
 
   Step& step();
-  // The best among the candidates of the step.
-  std::optional<SubfunctionInsertion> find_best(Search& search, bool local,
+  // The best among the candidates of the step; with `only_exact`, of those that compute the
+  // function.
+  std::optional<SubfunctionInsertion> find_best(Search& search, bool local, bool only_exact,
                                                 InsertionResult& result);
-  // The best with insertions of tag General among the candidates beside those admitted.
+  // The best that computes the function, with insertions of tag General among the candidates beside
+  // those admitted.
   std::optional<SubfunctionInsertion> find_best_general(const bdd::Bdd& function, bool local,
                                                         resolution::SignalInsertion admitted,
                                                         InsertionResult& result);
