@@ -96,6 +96,7 @@ void DecompositionDriver::tell_statistics() const {
       "\n candidates=%llu completed=%llu matcher queries=%llu relations=%llu"
       "\n subfunctions=%llu known=%llu choices of edges=%llu deviating=%llu breaking the "
       "coding=%llu"
+      "\n with general insertions=%llu found=%llu"
       "\n seconds deriving=%.2f decomposing=%.2f inserting=%.2f\n",
       stats_.rounds, static_cast<unsigned long long>(stats_.tried),
       static_cast<unsigned long long>(stats_.reused),
@@ -107,7 +108,9 @@ void DecompositionDriver::tell_statistics() const {
       static_cast<unsigned long long>(inserter.cache_hits),
       static_cast<unsigned long long>(inserter.choices),
       static_cast<unsigned long long>(inserter.deviating),
-      static_cast<unsigned long long>(inserter.refused), stats_.derivation_seconds,
+      static_cast<unsigned long long>(inserter.refused),
+      static_cast<unsigned long long>(inserter.searches_of_general),
+      static_cast<unsigned long long>(inserter.general_found), stats_.derivation_seconds,
       stats_.decomposition_seconds - inserter.seconds, inserter.seconds);
 }
 

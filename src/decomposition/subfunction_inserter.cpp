@@ -13,6 +13,7 @@
 #include "conflicts/csc_check.h"
 #include "decomposition/edge_states.h"
 #include "resolution/cost_formula.h"
+#include "resolution/general_insertions.h"
 #include "resolution/logic_complexity.h"
 #include "resolution/trigger_formula.h"
 #include "sat/core_guided.h"
@@ -46,9 +47,10 @@ SubfunctionInsertion complemented(SubfunctionInsertion insertion) {
 }  // namespace
 
 struct SubfunctionInserter::Step {
-  Step(resolution::InsertionEngine& engine, const configuration::EncodingOptions& options,
+  // The engine must have started a step, and go no further while this is in use.
+  Step(resolution::InsertionEngine& started, const configuration::EncodingOptions& options,
        const resolution::CostCoefficients& coefficients)
-      : states{(engine.start_step(), engine.candidates()), options} {
+      : engine{started}, states{engine.candidates(), options} {
     if (tells(verbosity_of_details)) {
       std::cerr << '\n' << engine.candidates().size() << " relevant general insertions computed:";
       for (const CandidateId candidate : engine.candidates().all())
@@ -69,6 +71,7 @@ struct SubfunctionInserter::Step {
     engine.sums().sums_emit();
   }
 
+  resolution::InsertionEngine& engine;
   EdgeStates states;
   Lits acks;  // the number of signals that wait for the new one
   // That number, and what weighs less than one of them, the cost.
@@ -80,16 +83,16 @@ struct SubfunctionInserter::Step {
 class SubfunctionInserter::Search {
  public:
   Search(SubfunctionInserter& inserter, Step& step, bdd::Bdd function,
-         std::span<const resolution::Choice> refused)
+         std::span<const resolution::SignalInsertion> refused)
       : inserter_{inserter},
         step_{step},
-        formula_{inserter.engine_.formula()},
+        formula_{step.engine.formula()},
         function_{std::move(function)},
         own_{formula_.new_group()},
         mode_{formula_.new_group()} {
     step_.states.set_target(function_, inserter.names_);
     add_admissions();
-    for (const resolution::Choice& choice : refused) exclude(choice, own_);
+    for (const resolution::SignalInsertion& edges : refused) exclude(edges, own_);
   }
   Search(const Search&) = delete;
   Search& operator=(const Search&) = delete;
@@ -102,6 +105,7 @@ class SubfunctionInserter::Search {
   // The best; with `exact`, of those that compute the function.
   std::optional<SubfunctionInsertion> best(bool exact, bool local);
   std::vector<SubfunctionInsertion>& found() { return found_; }
+  resolution::SignalInsertion admitted() const;
 
  private:
   // Edges that make a signal.
@@ -121,6 +125,7 @@ class SubfunctionInserter::Search {
   SubfunctionInsertion rated(const resolution::Choice& choice,
                              const resolution::InsertedSignal& inserted, bool is_expected) const;
   void exclude(const resolution::Choice& choice, sat::ClauseGroup group);
+  void exclude(const resolution::SignalInsertion& edges, sat::ClauseGroup group);
 
   SubfunctionInserter& inserter_;
   Step& step_;
@@ -137,7 +142,7 @@ class SubfunctionInserter::Search {
 };
 
 void SubfunctionInserter::Search::add_admissions() {
-  const resolution::InsertionEngine& engine = inserter_.engine_;
+  const resolution::InsertionEngine& engine = step_.engine;
   Lits rising, falling, excited_at_start;
   std::vector<std::pair<CandidateId, Admission>> admitted;
   std::string useful;
@@ -196,7 +201,7 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best(bool exact
 }
 
 SubfunctionInserter::Search::EdgeSet SubfunctionInserter::Search::set_of_model() const {
-  return {.choice = inserter_.engine_.choice(),
+  return {.choice = step_.engine.choice(),
           .begins_at_1 = formula_.is_true(begins_at_1_),
           .waiting = sat::IntegerCircuit(formula_).model_value(step_.acks),
           .rating = sat::model_cost(formula_, step_.rating)};
@@ -242,14 +247,13 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(const Ed
   ++stats.choices;
   if (is_exact_) {
     std::vector<CandidateId> edges;
-    for (const CandidateId candidate : inserter_.engine_.candidates().all())
+    for (const CandidateId candidate : step_.engine.candidates().all())
       if (choice[candidate]) edges.push_back(candidate);
     if (const auto deviation = step_.states.deviation(edges, set.begins_at_1)) {
       ++stats.deviating;
       deviations_.push_back(*deviation);
       Lits lits{begins_at_1_};
-      for (const CandidateId edge : deviation->edges)
-        lits.push_back(inserter_.engine_.literals()[edge]);
+      for (const CandidateId edge : deviation->edges) lits.push_back(step_.engine.literals()[edge]);
       const sat::Lit value = formula_.make_gate(sat::Gate(sat::GateXor, lits), mode_);
       formula_.add_unit(value ^ !deviation->value, mode_);
       return std::nullopt;
@@ -257,7 +261,7 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(const Ed
     if (base::run_failed()) return std::nullopt;
   }
   const resolution::InsertedSignal inserted =
-      inserter_.engine_.after_insertion(choice, set.begins_at_1 ? 1 : 0);
+      step_.engine.after_insertion(choice, set.begins_at_1 ? 1 : 0);
   const bool is_expected = computes(inserted.prefix, inserted.signal, function_, inserter_.names_,
                                     inserter_.options_.encoding);
   if (base::run_failed()) return std::nullopt;
@@ -277,18 +281,39 @@ void SubfunctionInserter::Search::exclude(const resolution::Choice& choice,
                                           sat::ClauseGroup group) {
   Lits clause;
   for (const CandidateId candidate : admitted_)
-    clause.push_back(inserter_.engine_.literals()[candidate] ^ choice[candidate]);
+    clause.push_back(step_.engine.literals()[candidate] ^ choice[candidate]);
   formula_.add_clause(clause, group);
+}
+
+// Nothing is to be done if not all of them are candidates.
+void SubfunctionInserter::Search::exclude(const resolution::SignalInsertion& edges,
+                                          sat::ClauseGroup group) {
+  const resolution::Candidates& candidates = step_.engine.candidates();
+  resolution::Choice choice(candidates.size());
+  std::size_t count = 0;
+  for (const CandidateId candidate : candidates.all()) {
+    choice[candidate] = std::ranges::any_of(edges, [&](const net::Insertion& edge) {
+      return resolution::insertion_equal(edge, candidates.insertion(candidate));
+    });
+    count += choice[candidate];
+  }
+  if (count == edges.size()) exclude(choice, group);
+}
+
+resolution::SignalInsertion SubfunctionInserter::Search::admitted() const {
+  resolution::SignalInsertion insertions;
+  for (const CandidateId candidate : admitted_)
+    insertions.push_back(step_.engine.candidates().insertion(candidate));
+  return insertions;
 }
 
 SubfunctionInsertion SubfunctionInserter::Search::rated(const resolution::Choice& choice,
                                                         const resolution::InsertedSignal& inserted,
                                                         bool is_expected) const {
-  const resolution::Candidates& candidates = inserter_.engine_.candidates();
+  const resolution::Candidates& candidates = step_.engine.candidates();
   const resolution::TriggerSignals triggers = resolution::trigger_signals(inserted.prefix);
   const net::Signal& signal = base::element(inserted.prefix.signals, inserted.signal);
   SubfunctionInsertion result{.edges = insertions_of(candidates, choice),
-                              .choice = choice,
                               .initial_value = signal.initial_value,
                               .expected_implementation = is_expected,
                               .triggers = {}};
@@ -325,7 +350,10 @@ SubfunctionInserter::SubfunctionInserter(net::StgPrefix& prefix, std::string bas
 SubfunctionInserter::~SubfunctionInserter() = default;
 
 SubfunctionInserter::Step& SubfunctionInserter::step() {
-  if (step_ == nullptr) step_ = std::make_unique<Step>(engine_, options_.encoding, coefficients_);
+  if (step_ == nullptr) {
+    engine_.start_step();
+    step_ = std::make_unique<Step>(engine_, options_.encoding, coefficients_);
+  }
   return *step_;
 }
 
@@ -333,6 +361,56 @@ bool SubfunctionInserter::keeps_coding(const net::StgPrefix& prefix) const {
   conflicts::CscCheck check(prefix, options_, conflicts::Notes::left_out);
   check.run();
   return !base::run_failed() && check.solutions().solutions.empty();
+}
+
+std::optional<SubfunctionInsertion> SubfunctionInserter::find_best(Search& search, bool local,
+                                                                   bool only_exact,
+                                                                   InsertionResult& result) {
+  if (!search.has_edges()) return std::nullopt;
+  auto best = search.best(true, local);
+  if (!best && !only_exact && !base::run_failed()) best = search.best(false, local);
+  for (SubfunctionInsertion& insertion : search.found()) {
+    const auto is_same = [&](const auto& other) { return other.is_same_as(insertion); };
+    if (std::ranges::none_of(result.insertions, is_same))
+      result.insertions.push_back(std::move(insertion));
+  }
+  return best;
+}
+
+resolution::SignalInsertion SubfunctionInserter::general_candidates(const bdd::Bdd& function) {
+  if (!locks_) locks_ = resolution::transition_lock_relation(prefix_);
+  std::vector<net::SignalId> signals;
+  for (const net::SignalId signal : prefix_.visible_signals())
+    for (const std::uint32_t variable : function.support())
+      if (names_[variable] == base::element(prefix_.signals, signal).name)
+        signals.push_back(signal);
+  auto general = resolution::general_insertions(prefix_, *locks_, signals);
+  if (general.empty()) return general;
+  const resolution::Candidates candidates(prefix_, std::move(general));
+  EdgeStates states(candidates, options_.encoding);
+  states.set_target(function, names_);
+  resolution::SignalInsertion admitted;
+  for (const CandidateId candidate : candidates.all())
+    if (states.admission(candidate) != Admission::none)
+      admitted.push_back(candidates.insertion(candidate));
+  return admitted;
+}
+
+std::optional<SubfunctionInsertion> SubfunctionInserter::find_best_general(
+    const bdd::Bdd& function, bool local, resolution::SignalInsertion admitted,
+    InsertionResult& result) {
+  const resolution::SignalInsertion more = general_candidates(function);
+  if (more.empty() || base::run_failed()) return std::nullopt;
+  ++stats_.searches_of_general;
+  admitted.insert(admitted.end(), more.begin(), more.end());  // the last kind
+  resolution::InsertionEngine engine(prefix_, engine_.base_name(), options_.encoding.formula, 0);
+  engine.start_step(std::move(admitted));
+  Step wide(engine, options_.encoding, coefficients_);
+  Search search(*this, wide, function, result.refused);
+  if (base::run_failed()) return std::nullopt;
+  auto best = find_best(search, local, true, result);
+  stats_.general_found += best.has_value();
+  return best;
 }
 
 // False after a reported failure.
@@ -347,17 +425,11 @@ bool SubfunctionInserter::compute_insertions(const bdd::Bdd& function, const std
               << ']';
   }
   InsertionResult::Slot& slot = local ? result.best_local : result.best;
-  if (search.has_edges()) {
-    slot.insertion = search.best(true, local);
-    if (!slot.insertion && !base::run_failed()) slot.insertion = search.best(false, local);
-  }
+  slot.insertion = find_best(search, local, false, result);
+  if (!slot.insertion && !base::run_failed())
+    slot.insertion = find_best_general(function, local, search.admitted(), result);
   if (base::run_failed()) return false;
   slot.is_computed = true;
-  for (SubfunctionInsertion& insertion : search.found()) {
-    const auto is_same = [&](const auto& other) { return other.is_same_as(insertion); };
-    if (std::ranges::none_of(result.insertions, is_same))
-      result.insertions.push_back(std::move(insertion));
-  }
   std::ranges::stable_sort(result.insertions, std::less<>());
   // What is best of all is best of the local ones if it is one of them; without any there is no
   // local one either.
@@ -405,7 +477,7 @@ void SubfunctionInserter::refuse(const bdd::Bdd& function, const SubfunctionInse
   ++stats_.refused;
   InsertionResult& result = cache_.at(function.is_complement() ? ~function : function);
   std::erase_if(result.insertions, [&](const auto& other) { return other.is_same_as(insertion); });
-  result.refused.push_back(insertion.choice);
+  result.refused.push_back(insertion.edges);
   const bool is_given_up = result.refused.size() >= most_refused;
   stats_.searches_given_up += is_given_up;
   result.best = result.best_local = {.is_computed = is_given_up, .insertion = std::nullopt};
@@ -413,12 +485,13 @@ void SubfunctionInserter::refuse(const bdd::Bdd& function, const SubfunctionInse
 
 resolution::InsertedSignal SubfunctionInserter::after(const SubfunctionInsertion& insertion) const {
   assert(step_ != nullptr && "the insertion was found for the STG as it is");
-  return engine_.after_insertion(insertion.choice, insertion.initial_value);
+  return engine_.after_insertion(insertion.edges, insertion.initial_value);
 }
 
 void SubfunctionInserter::adopt(net::StgPrefix prefix) {
   cache_.clear();
   step_.reset();
+  locks_.reset();
   engine_.adopt(std::move(prefix));
 }
 

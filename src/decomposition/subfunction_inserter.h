@@ -8,7 +8,8 @@
 // edges, and those that could be falling ones. The formula of a step of that resolution chooses
 // among them. What it chooses is looked at: a state in which the next value is not the function
 // becomes a clause more. Only if no edges compute the function, edges are taken that come close. A
-// signal that would only rise, or only fall, is none.
+// signal that would only rise, or only fall, is none. Where there is nothing, edges with several
+// sources and targets are candidates, too, and only what computes the function will do.
 //
 // Edges can make an encoding conflict. As that is rare and takes a search through pairs of states,
 // it is checked of an insertion that is about to be carried out, and refused then. Where cut-offs
@@ -27,6 +28,7 @@
 #include "decomposition/subfunction_insertion.h"
 #include "resolution/insertion_engine.h"
 #include "resolution/transformation_cost.h"
+#include "resolution/transition_locks.h"
 
 namespace vorel::decomposition {
 
@@ -37,9 +39,9 @@ struct InsertionResult {
     std::optional<SubfunctionInsertion> insertion;  // none: there is none
   };
   Slot best;
-  Slot best_local;                               // with exactly one signal that waits
-  std::vector<SubfunctionInsertion> insertions;  // all that were met on the way, the best first
-  std::vector<resolution::Choice> refused;       // sets of edges that do not count
+  Slot best_local;                                   // with exactly one signal that waits
+  std::vector<SubfunctionInsertion> insertions;      // all that were met on the way, the best first
+  std::vector<resolution::SignalInsertion> refused;  // sets of edges that do not count
 };
 
 struct InserterStats {
@@ -48,7 +50,9 @@ struct InserterStats {
   std::uint64_t deviating = 0;          // of these, not the function in some state
   std::uint64_t refused = 0;            // of these
   std::uint64_t searches_given_up = 0;  // because too many were refused
-  double seconds = 0;                   // in all searches
+  // With insertions of tag General; of these, with a result.
+  std::uint64_t searches_of_general = 0, general_found = 0;
+  double seconds = 0;  // in all searches
 };
 
 class SubfunctionInserter {
@@ -88,6 +92,17 @@ class SubfunctionInserter {
   class Search;  // for one function
 
   Step& step();
+  // The best among the candidates of the step; with `only_exact`, of those that compute the
+  // function.
+  std::optional<SubfunctionInsertion> find_best(Search& search, bool local, bool only_exact,
+                                                InsertionResult& result);
+  // The best that computes the function, with insertions of tag General among the candidates beside
+  // those admitted.
+  std::optional<SubfunctionInsertion> find_best_general(const bdd::Bdd& function, bool local,
+                                                        resolution::SignalInsertion admitted,
+                                                        InsertionResult& result);
+  // Of tag General; only those that the function admits.
+  resolution::SignalInsertion general_candidates(const bdd::Bdd& function);
   bool compute_insertions(const bdd::Bdd& function, const std::string& context, bool local,
                           InsertionResult& result);
 
@@ -97,6 +112,7 @@ class SubfunctionInserter {
   const resolution::CostCoefficients coefficients_;
   resolution::InsertionEngine engine_;
   std::unique_ptr<Step> step_;
+  std::optional<resolution::TransitionRelation> locks_;  // made on demand
   std::unordered_map<bdd::Bdd, InsertionResult> cache_;
   InserterStats stats_;
 };

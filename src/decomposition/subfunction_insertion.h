@@ -30,7 +30,6 @@ struct SubfunctionInsertion {
   }
 
   resolution::SignalInsertion edges;  // in the order of candidates
-  resolution::Choice choice;          // the same among the candidates of the step
   // Of the new signal: the value of the function at the start, or the other one if the signal is
   // excited there.
   std::uint8_t initial_value = 0;

@@ -19,8 +19,9 @@ constexpr int verbosity_of_occurrences = 6;
 }  // namespace
 
 struct InsertionEngine::Step {
-  Step(const net::StgPrefix& prefix, std::int32_t concurrent_insertions, sat::CnfFormula& formula)
-      : candidates{prefix, insertions(prefix, concurrent_insertions)},
+  Step(const net::StgPrefix& prefix, std::vector<net::Insertion> insertions,
+       sat::CnfFormula& formula)
+      : candidates{prefix, std::move(insertions)},
         order{candidates},
         literals(candidates.size()),
         sums{formula} {
@@ -65,10 +66,12 @@ const CandidateLits& InsertionEngine::parities() const {
   return step_->parities;
 }
 
-void InsertionEngine::start_step() {
+void InsertionEngine::start_step() { start_step(insertions(prefix_, concurrent_insertions_)); }
+
+void InsertionEngine::start_step(std::vector<net::Insertion> insertions) {
   step_.reset();
   formula_.reset();
-  step_ = std::make_unique<Step>(prefix_, concurrent_insertions_, formula_);
+  step_ = std::make_unique<Step>(prefix_, std::move(insertions), formula_);
   if (base::verbosity() >= verbosity_of_occurrences) print_occurrences(std::cerr, candidates());
   step_->parities = add_insertion_constraints(candidates(), order(), literals(), step_->sums,
                                               formula_, sat::PermanentGroup);
@@ -83,15 +86,20 @@ Choice InsertionEngine::choice() const {
 
 InsertedSignal InsertionEngine::after_insertion(const Choice& choice,
                                                 std::uint8_t initial_value) const {
+  return after_insertion(insertions_of(candidates(), choice), initial_value);
+}
+
+InsertedSignal InsertionEngine::after_insertion(const SignalInsertion& edges,
+                                                std::uint8_t initial_value) const {
+  const Candidates chosen(prefix_, edges);
+  const auto all = chosen.all();
+  const std::vector<CandidateId> ids(all.begin(), all.end());
+  const auto signs = edge_signs(chosen, OccurrenceOrder(chosen), ids, initial_value);
   InsertedSignal result{.prefix = net::clone_prefix(prefix_), .signal = {}, .numbers = {}};
   net::Signal& signal =
       net::insert_signal(result.prefix, base_name_, net::SignalKind::internal, initial_value);
-  std::vector<CandidateId> chosen;
-  for (const CandidateId candidate : candidates().all())
-    if (choice[candidate]) chosen.push_back(candidate);
-  const std::vector<net::Sign> signs = edge_signs(candidates(), order(), chosen, initial_value);
-  for (std::size_t i = 0; i < chosen.size(); ++i)
-    net::insert_transition(result.prefix, candidates().insertion(chosen[i]), signal, signs[i]);
+  for (std::size_t i = 0; i < edges.size(); ++i)
+    net::insert_transition(result.prefix, edges[i], signal, signs[i]);
   result.numbers = net::finish_edit(result.prefix);
   net::check(result.prefix);
   result.signal = base::id_of(signal);

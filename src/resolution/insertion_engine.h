@@ -37,9 +37,12 @@ class InsertionEngine {
   ~InsertionEngine();
 
   const net::StgPrefix& prefix() const { return prefix_; }
+  const std::string& base_name() const { return base_name_; }
 
   // Forgets the last step. The candidates stay until the next one starts or the prefix changes.
   void start_step();
+  // The same with these candidates, which must be valid, and sorted.
+  void start_step(std::vector<net::Insertion> insertions);
   sat::CnfFormula& formula() { return formula_; }
   const sat::CnfFormula& formula() const { return formula_; }
   sat::SumsTreeBuilder& sums();
@@ -53,7 +56,10 @@ class InsertionEngine {
   // Of the current model.
   Choice choice() const;
 
-  // A copy of the prefix with the edges chosen.
+  // A copy of the prefix with the edges, chosen among the candidates or among those of another
+  // step for the same prefix.
+  InsertedSignal after_insertion(const SignalInsertion& edges,
+                                 std::uint8_t initial_value = 0) const;
   InsertedSignal after_insertion(const Choice& choice, std::uint8_t initial_value = 0) const;
   // Puts the prefix in place of the current one, which ends the step.
   void adopt(net::StgPrefix prefix);

@@ -15,6 +15,7 @@ namespace {
 using net::StgTransition;
 using Vertices = std::vector<std::uint32_t>;
 
+constexpr std::size_t most_cliques = 100;
 constexpr int verbosity_of_cliques = 5;
 constexpr int verbosity_of_relations = 6;
 constexpr int verbosity_of_derived_relations = 7;
@@ -120,7 +121,7 @@ class DestinationSearch {
     std::vector<toolkit::Clique> cliques;
     toolkit::for_each_maximal_clique(graph, [&cliques](const toolkit::Clique& clique) {
       cliques.push_back(clique);
-      return true;
+      return cliques.size() < most_cliques;
     });
     if (base::verbosity() >= verbosity_of_cliques) print_cliques(compatible, cliques);
     return cliques;

@@ -25,8 +25,9 @@ TransitionRelation transition_lock_relation(const net::StgPrefix& prefix);
 // The insertions with these sources whose targets are maximal: outputs and internal signals, each
 // locked with each source, the new transition having to come after the same edge of the source for
 // all of them. A source has a star where the targets come first. `sources`: by index, at least one.
-// Left out are trivial ones, which an arc between two transitions, or none, does as well. At
-// verbosity 5 tells the sets of targets, at 6 and 7 the relations that they come from.
+// Left out are trivial ones, which an arc between two transitions, or none, does as well, and what
+// comes after the first 100 sets of targets, as there can be exponentially many. At verbosity 5
+// tells the sets of targets, at 6 and 7 the relations that they come from.
 std::vector<net::Insertion> max_destination_cliques(
     std::span<const net::StgTransition* const> sources, const TransitionRelation& locks);
 

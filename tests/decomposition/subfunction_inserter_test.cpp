@@ -93,7 +93,7 @@ void expect_sound(const net::StgPrefix& prefix, const SubfunctionInsertion& inse
 }
 
 TEST(SubfunctionInserter, MakesSignalsThatDoWhatIsSaidOfThem) {
-  unsigned expected = 0, unexpected = 0, local = 0;
+  unsigned expected = 0, unexpected = 0, local = 0, general = 0;
   on_coded_prefixes(40, [&](net::StgPrefix& prefix, std::uint64_t seed) {
     oracle::Random random(seed);
     const Names names = names_of(prefix);
@@ -114,6 +114,9 @@ TEST(SubfunctionInserter, MakesSignalsThatDoWhatIsSaidOfThem) {
       EXPECT_TRUE(!locally || insertion->is_local());
       ++(insertion->expected_implementation ? expected : unexpected);
       local += insertion->is_local();
+      general += std::ranges::any_of(insertion->edges, [](const net::Insertion& edge) {
+        return std::holds_alternative<net::General>(edge);
+      });
       resolution::InsertedSignal inserted = inserter.after(*insertion);
       const net::SignalId signal = inserted.signal;
       inserter.adopt(std::move(inserted.prefix));
@@ -125,6 +128,7 @@ TEST(SubfunctionInserter, MakesSignalsThatDoWhatIsSaidOfThem) {
   EXPECT_GT(local, 0u);
   RecordProperty("expected", static_cast<int>(expected));
   RecordProperty("unexpected", static_cast<int>(unexpected));
+  RecordProperty("general", static_cast<int>(general));
 }
 
 // All signals of a rising and a falling edge, put into the net by states.

@@ -12,6 +12,7 @@
 #include "oracle/reference_unfolder.h"
 #include "resolution/insertion_mutex.h"
 #include "resolution/insertions.h"
+#include "resolution/resolution_support.h"
 #include "support/default_params.h"
 #include "support/seeds.h"
 
@@ -23,6 +24,7 @@ using net::StgPrefix;
 // As many as are tried together: enough to lock signals.
 std::vector<net::Insertion> random_insertions(const StgPrefix& prefix, oracle::Random& random) {
   std::vector<net::Insertion> all = insertions(prefix, 2);
+  std::ranges::copy(resolution_support::all_general_insertions(prefix), std::back_inserter(all));
   random.shuffle(all);
   if (all.size() > 40) all.erase(all.begin() + 40, all.end());
   std::ranges::sort(all, insertion_less);
@@ -40,6 +42,9 @@ net::Insertion moved_to(const StgPrefix& prefix, net::Insertion insertion) {
   } else if (auto* after = std::get_if<net::SeqAfter>(&insertion)) {
     transition(after->source);
     places(after->places);
+  } else if (auto* many = std::get_if<net::General>(&insertion)) {
+    for (auto*& source : many->sources) transition(source);
+    for (auto*& target : many->targets) transition(target);
   } else {
     auto& both = std::get<net::Concurrent>(insertion);
     transition(both.source);

@@ -121,11 +121,19 @@ std::vector<net::Insertion> some_of(std::vector<net::Insertion> insertions, std:
   return insertions;
 }
 
+std::vector<net::Insertion> some_of_all_kinds(const net::StgPrefix& prefix, std::size_t count,
+                                              oracle::Random& random) {
+  std::vector<net::Insertion> some = some_of(insertions(prefix, 2), count, random);
+  std::ranges::move(some_of(resolution_support::all_general_insertions(prefix), count / 2, random),
+                    std::back_inserter(some));
+  return some;
+}
+
 TEST(NewSignal, HasTheSetsOfEdgesThatTheStatesAllow) {
   std::size_t good = 0;
   resolution_support::on_prefixes(15, [&](const net::StgPrefix& prefix, std::uint64_t seed) {
     oracle::Random random(seed);
-    good += compare_all_sets(prefix, some_of(insertions(prefix, 2), 8, random));
+    good += compare_all_sets(prefix, some_of_all_kinds(prefix, 6, random));
   });
   EXPECT_GT(good, 0u);
 }
@@ -134,7 +142,7 @@ TEST(NewSignal, IsOneHoweverManyEdgesItHas) {
   std::size_t most = 0;
   resolution_support::on_prefixes(15, [&](const net::StgPrefix& prefix, std::uint64_t seed) {
     oracle::Random random(seed);
-    Subject subject(prefix, insertions(prefix, 2));
+    Subject subject(prefix, some_of_all_kinds(prefix, 100, random));
     for (int i = 0; i < 10 && subject.candidates.size() > 0; ++i) {
       const Chosen chosen = subject.completed({{random.below(subject.candidates.size())}});
       if (chosen.empty()) continue;

@@ -10,6 +10,7 @@
 #include "oracle/parse_g.h"
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
+#include "resolution/general_insertions.h"
 #include "support/process_builder.h"
 #include "support/seeds.h"
 
@@ -23,6 +24,13 @@ inline net::StgPrefix unfold_example(const std::string& name) {
 inline const net::StgTransition& transition_of(const net::StgPrefix& prefix,
                                                const std::string& name) {
   return **std::ranges::find(prefix.transitions, name, [](const auto& t) { return t->name; });
+}
+
+// Of tag General, with transitions of any signals as sources.
+inline std::vector<net::Insertion> all_general_insertions(const net::StgPrefix& prefix) {
+  const auto visible = prefix.visible_signals();
+  return resolution::general_insertions(prefix, resolution::transition_lock_relation(prefix),
+                                        std::vector<net::SignalId>(visible.begin(), visible.end()));
 }
 
 // Calls check(prefix, seed) for the prefixes of random STGs, plain ones, with edges without a sign,
