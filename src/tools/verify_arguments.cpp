@@ -38,9 +38,9 @@ Questions, each answered by yes, no with a trace, or undecided:
 
 Examples:
   vorel-verify vme.g vme.v
-  vorel-verify --lib cells.genlib --vcd trace.vcd spec.g netlist.v
+  vorel-verify --lib cells.genlib --vcd trace.vcd stg.g netlist.v
   vorel-verify --mutex g1,g2 --initial x=1,y=0 arbiter.g arbiter.v
-  vorel-verify --timeout 60 --json verdict.json spec.g netlist.v
+  vorel-verify --timeout 60 --json verdict.json stg.g netlist.v
 
 Exit code: 0 correct, 2 errors, 3 not correct, 4 undecided (a limit was reached),
 5 out of memory.)";
@@ -93,9 +93,7 @@ class VerifyArguments {
 
  private:
   void add_files() {
-    app_.add_option("spec", request_.specification, "file with the STG, or -")
-        ->required()
-        ->type_name("");
+    app_.add_option("stg", request_.stg, "file with the STG, or -")->required()->type_name("");
     app_.add_option("circuit", request_.circuit, "file with the circuit, in Verilog")
         ->required()
         ->type_name("");

@@ -31,7 +31,7 @@ class VerifyRun {
 
   // nullopt after an error.
   std::optional<Answer> run() {
-    auto stg = read_stg(request_.format_name, request_.specification);
+    auto stg = read_stg(request_.format_name, request_.stg);
     if (!stg) return std::nullopt;
     const auto library = decomposition::read_gates(request_.library);
     if (!library) return std::nullopt;
@@ -109,7 +109,7 @@ class VerifyRun {
 
 bool files_can_be_written(const VerifyRequest& request) {
   const OutputName outputs[] = {{"--json", request.document}, {"--vcd", request.waves}};
-  const InputName inputs[] = {{"is the specification", request.specification},
+  const InputName inputs[] = {{"is the STG", request.stg},
                               {"is the circuit", request.circuit},
                               {"is the library", request.library}};
   return can_be_written(outputs, inputs);

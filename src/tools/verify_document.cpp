@@ -63,7 +63,7 @@ bool write_document(const VerifyResult& result, std::ostream& stream) {
   const Json document{
       {"program", "vorel-verify"},
       {"version", VOREL_VERSION},
-      {"specification", result.request.specification},
+      {"stg", result.request.stg},
       {"circuit", result.request.circuit},
       {"verdict", row_of(verification.verdict()).verdict},
       {"questions", questions_of(result)},

@@ -11,9 +11,9 @@
 namespace vorel::tools {
 
 struct VerifyRequest {
-  std::string specification;  // file with the STG, or standard_stream
+  std::string stg;  // file with the STG, or standard_stream
   std::string circuit;
-  std::string format_name;  // of the specification; empty: told by its name
+  std::string format_name;  // of the STG; empty: told by its name
   std::string library;      // empty: the built-in one
   std::string document;     // JSON; empty: none
   std::string waves;        // VCD of the failing trace; empty: none

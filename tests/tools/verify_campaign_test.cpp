@@ -91,11 +91,11 @@ class VerifyCampaign : public testing::Test {
   // The netlists of an STG by the mode that makes them; none where there are conflicts.
   std::map<std::string, std::string> netlists_of(const std::string& g_text) const {
     std::map<std::string, std::string> netlists;
-    folder_.write("spec.g", g_text);
-    if (run({VOREL_UNFOLD_BINARY, "-q", "spec.g", "spec.unf.pnml"}).exit_code > 1) return netlists;
+    folder_.write("stg.g", g_text);
+    if (run({VOREL_UNFOLD_BINARY, "-q", "stg.g", "stg.unf.pnml"}).exit_code > 1) return netlists;
     for (const std::string mode : {"-E", "-G", "-S", "-T"}) {
       std::filesystem::remove(folder_.path("out.v"));
-      if (run({VOREL_BINARY, mode, "spec.unf.pnml", "out.v"}).exit_code > 1) continue;
+      if (run({VOREL_BINARY, mode, "stg.unf.pnml", "out.v"}).exit_code > 1) continue;
       std::string module = support::read_text(folder_.path("out.v"));
       if (!module.starts_with("module")) continue;
       // As no compiler takes them.
@@ -106,14 +106,14 @@ class VerifyCampaign : public testing::Test {
     return netlists;
   }
 
-  // The STG of spec.g next to the module.
+  // The STG of stg.g next to the module.
   void compare(const Subject& subject, const std::string& module, const std::string& kind,
                bool is_mutated) {
     SCOPED_TRACE(subject.title + (subject.hides_internal ? ", hiding, " : ", ") + kind + '\n' +
-                 support::read_text(folder_.path("spec.g")) + module);
+                 support::read_text(folder_.path("stg.g")) + module);
     folder_.write("circuit.v", module);
     std::filesystem::remove(folder_.path("out.json"));
-    std::vector<std::string> command{VOREL_VERIFY_BINARY, "spec.g", "circuit.v", "--json",
+    std::vector<std::string> command{VOREL_VERIFY_BINARY, "stg.g", "circuit.v", "--json",
                                      "out.json"};
     if (subject.hides_internal) command.push_back("--hide-internal");
     oracle::Netlist netlist = oracle::read_netlist(module, library_);

@@ -73,7 +73,7 @@ TEST_F(VerifyCommand, TellsRightFromWrongCircuits) {
       "module m(z, a); output z; input a;\n"
       "assign m1 = a & ~m2, m2 = a & ~m1, z = m1 | m2; endmodule\n";
   const struct {
-    std::string spec, circuit;
+    std::string stg, circuit;
     Arguments options;
     std::string expected;  // the answers other than yes, arbiters, the verdict
   } rows[] = {
@@ -112,10 +112,10 @@ TEST_F(VerifyCommand, TellsRightFromWrongCircuits) {
        "initial state: no\nno hazard: no\nthe circuit is not correct\n"},
   };
   for (const auto& row : rows) {
-    const std::string spec =
-        row.spec.starts_with('.') ? folder_.write("spec.g", row.spec) : row.spec;
+    const std::string stg =
+        row.stg.starts_with('.') ? folder_.write("stg.g", row.stg) : row.stg;
     SCOPED_TRACE(row.circuit);
-    Arguments arguments{spec, folder_.write("circuit.v", row.circuit)};
+    Arguments arguments{stg, folder_.write("circuit.v", row.circuit)};
     arguments.insert(arguments.end(), row.options.begin(), row.options.end());
     const support::ProgramRun run = verify(arguments);
     EXPECT_EQ(run.err, "");
@@ -267,7 +267,7 @@ TEST_F(VerifyCommand, RefusesWhatItCannotAnswerAndWritesNothing) {
       {{"f.g", "f.v", "--timeout", "-1"},
        "--timeout: '-1' is not a number of seconds above 0" + more},
       {{"f.g", "f.v", "--json", "f.v"}, "refusing to overwrite f.v, which is the circuit"},
-      {{"f.g", "f.v", "--vcd", "f.g"}, "refusing to overwrite f.g, which is the specification"},
+      {{"f.g", "f.v", "--vcd", "f.g"}, "refusing to overwrite f.g, which is the STG"},
       {{"f.g", "f.v", "--vcd", "unsafe.g"},
        "refusing to overwrite unsafe.g, which is a net or process by its name (give the output "
        "another one)"},
