@@ -16,6 +16,8 @@ floors=(
   "reach resolution"
   "decomposition"
   "verify"
+  "flow"
+  "report"
   "driver tools"
 )
 

@@ -43,12 +43,12 @@ std::optional<std::uint32_t> read_unsigned(std::string_view text) {
 
 // -cs looks at cores and the number of insertions only, -cl at the logic too. The initializers are
 // in the order of the members.
-CoefficientTexts small_preset(Mode mode) {
+resolution::CoefficientTexts small_preset(Mode mode) {
   assert(mode == Mode::resolve || mode == Mode::decomposition);
   if (mode == Mode::resolve) return {"32", "16", "0", "0", "1", "2", "0"};
   return {"0", "0", "0", "0", "1", "2", "0"};
 }
-CoefficientTexts logic_preset(Mode mode) {
+resolution::CoefficientTexts logic_preset(Mode mode) {
   assert(mode == Mode::resolve || mode == Mode::decomposition);
   if (mode == Mode::resolve) return {"#s*8", "#s*4", "0", "#s*1", "#s*4", "#s*8", "50"};
   return {"0", "0", "0", "#s*32", "#s*1", "#s*2", "8"};
@@ -76,7 +76,7 @@ class CommandLineParser {
   bool apply_plus_minus(const OptionRow& row, std::string_view argument);
   bool valid_here(const OptionRow& row, std::string_view argument) const;
   bool invalid_here(std::string_view argument) const;
-  void use_preset(const CoefficientTexts& texts);
+  void use_preset(const resolution::CoefficientTexts& texts);
   bool finish_options();
   bool parse_file_names();
 
@@ -135,7 +135,7 @@ bool CommandLineParser::apply_all_solutions(const OptionRow& row, std::string_vi
   return valid_here(row, argument);
 }
 
-void CommandLineParser::use_preset(const CoefficientTexts& texts) {
+void CommandLineParser::use_preset(const resolution::CoefficientTexts& texts) {
   request_.coefficients = texts;
   request_.params.set("pwr_of_2", 0);
 }
@@ -144,7 +144,7 @@ bool CommandLineParser::apply_coefficients(const OptionRow& row, std::string_vie
   if (!valid_here(row, argument)) return false;
   if (argument == "-cs") return use_preset(small_preset(mode_)), true;
   if (argument == "-cl") return use_preset(logic_preset(mode_)), true;
-  for (const CoefficientRow& coefficient : coefficient_table()) {
+  for (const resolution::CoefficientRow& coefficient : resolution::coefficient_table()) {
     const std::string prefix = std::string("-c").append(coefficient.name).append("=");
     if (!argument.starts_with(prefix)) continue;
     request_.coefficients.*coefficient.text = argument.substr(prefix.size());

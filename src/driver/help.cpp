@@ -13,7 +13,7 @@ namespace vorel::driver {
 namespace {
 
 std::string current_value(std::string_view name, const RunRequest& defaults) {
-  for (const CoefficientRow& row : coefficient_table()) {
+  for (const resolution::CoefficientRow& row : resolution::coefficient_table()) {
     if (row.name == name) return defaults.coefficients.*row.text;
   }
   return std::to_string(defaults.params.get(name));

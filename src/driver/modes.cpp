@@ -18,13 +18,13 @@
 #include "conflicts/normalcy_check.h"
 #include "conflicts/usc_check.h"
 #include "decomposition/decomposition_driver.h"
-#include "driver/coefficients.h"
 #include "driver/option_table.h"
 #include "formats/process_file.h"
 #include "net/process.h"
 #include "net/process_variant.h"
 #include "reach/deadlock_check.h"
 #include "reach/reach_check.h"
+#include "resolution/coefficients.h"
 #include "resolution/resolution_engine.h"
 #include "synthesis/equation_search.h"
 
@@ -36,7 +36,7 @@ template <net::Process P>
 bool prepare_run(const P& process, RunRequest& request) {
   net::print_statistics(process, std::cout);
   if constexpr (P::NetType::has_signals) {
-    evaluate_coefficients(request.coefficients, process, request.params);
+    resolution::evaluate_coefficients(request.coefficients, process, request.params);
   }
   return !base::run_failed();
 }

@@ -97,20 +97,9 @@ constexpr bool are_selected_by_second_character(std::span<const OptionRow> rows)
 }
 static_assert(are_selected_by_second_character(options));
 
-constexpr CoefficientRow coefficients[] = {
-    {"csc", &CoefficientTexts::csc, "coeff_CSC_cores"},
-    {"usc", &CoefficientTexts::usc, "coeff_USC_cores"},
-    {"del", &CoefficientTexts::del, "coeff_delay"},
-    {"trig", &CoefficientTexts::trig, "coeff_logic"},
-    {"seq", &CoefficientTexts::seq, "coeff_seq_insertions"},
-    {"conc", &CoefficientTexts::conc, "coeff_conc_insertions"},
-    {"lock", &CoefficientTexts::lock, "coeff_non_locked_signals"},
-};
-
 }  // namespace
 
 std::span<const ModeRow> mode_table() { return modes; }
 std::span<const OptionRow> option_table() { return options; }
-std::span<const CoefficientRow> coefficient_table() { return coefficients; }
 
 }  // namespace vorel::driver

@@ -84,17 +84,8 @@ struct OptionRow {
   std::string_view paragraph;  // of the full help; {NAME} stands for a current value
 };
 
-// A coefficient of the cost function.
-struct CoefficientRow {
-  std::string_view name;  // in -cNAME=EXPR and in the help
-  std::string CoefficientTexts::*text;
-  std::string_view key;  // of its value
-};
-
 // In the order of the help.
 std::span<const ModeRow> mode_table();
 std::span<const OptionRow> option_table();
-// In the order of evaluation.
-std::span<const CoefficientRow> coefficient_table();
 
 }  // namespace vorel::driver

@@ -81,7 +81,7 @@ TEST(CommandLine, TakesFileNamesAfterTheOptionsAndIgnoresTheRest) {
 }
 
 std::string texts_after(const Arguments& arguments) {
-  const CoefficientTexts t = parse(arguments).value().coefficients;
+  const resolution::CoefficientTexts t = parse(arguments).value().coefficients;
   return t.csc + ' ' + t.usc + ' ' + t.del + ' ' + t.trig + ' ' + t.seq + ' ' + t.conc + ' ' +
          t.lock;
 }

@@ -1,13 +1,12 @@
-#include "driver/coefficients.h"
+#include "resolution/coefficients.h"
 
 #include <cassert>
 #include <optional>
 #include <string>
 
 #include "base/messages.h"
-#include "driver/option_table.h"
 
-namespace vorel::driver {
+namespace vorel::resolution {
 namespace {
 
 // What wraps is computed unsigned; the conversion back is defined.
@@ -246,7 +245,19 @@ std::optional<std::int32_t> ExpressionParser::answer() {
   return value;
 }
 
+constexpr CoefficientRow coefficients[] = {
+    {"csc", &CoefficientTexts::csc, "coeff_CSC_cores"},
+    {"usc", &CoefficientTexts::usc, "coeff_USC_cores"},
+    {"del", &CoefficientTexts::del, "coeff_delay"},
+    {"trig", &CoefficientTexts::trig, "coeff_logic"},
+    {"seq", &CoefficientTexts::seq, "coeff_seq_insertions"},
+    {"conc", &CoefficientTexts::conc, "coeff_conc_insertions"},
+    {"lock", &CoefficientTexts::lock, "coeff_non_locked_signals"},
+};
+
 }  // namespace
+
+std::span<const CoefficientRow> coefficient_table() { return coefficients; }
 
 std::int32_t evaluate(std::string_view text, const net::Stg& stg) {
   const auto value = ExpressionParser(text, stg).answer();
@@ -265,4 +276,4 @@ void evaluate_coefficients(const CoefficientTexts& texts, const net::Stg& stg,
   }
 }
 
-}  // namespace vorel::driver
+}  // namespace vorel::resolution

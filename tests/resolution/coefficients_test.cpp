@@ -1,13 +1,12 @@
-#include "driver/coefficients.h"
+#include "resolution/coefficients.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "base/default_params.h"
-#include "driver/option_table.h"
 
-namespace vorel::driver {
+namespace vorel::resolution {
 namespace {
 
 // 3 inputs, 2 outputs, 1 internal signal, 4 dummies, 5 places, 7 transitions.
@@ -118,4 +117,4 @@ TEST_F(Coefficients, OfTheDefaultTextsAreStoredUnderTheirKeys) {
 }
 
 }  // namespace
-}  // namespace vorel::driver
+}  // namespace vorel::resolution

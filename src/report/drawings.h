@@ -1,0 +1,35 @@
+// report/drawings.h - nets, prefixes and netlists as pictures.
+// Here:      what is drawn how, each picture as SVG to be put into a page, with a text that says
+// the
+//            same for those who do not see it.
+// Not here:  the layout, which Graphviz makes (report/graph_layout.h), waveforms
+//            (report/waveform_drawing.h).
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "flow/flow_result.h"
+#include "net/process.h"
+
+namespace vorel::report {
+
+struct Drawing {
+  std::string svg;          // one element <svg>; empty where there is too much to draw
+  std::string alternative;  // plain text, never empty
+};
+
+// Beyond it a picture helps nobody.
+inline constexpr std::size_t most_drawn_events = 400;
+
+// Places with one producer and one consumer are arcs (with a token, if marked); transitions are
+// coloured by the kind of their signals.
+Drawing draw_stg(const net::Stg& stg);
+// Conditions with one producer and at most one consumer are arcs; cut-offs are dashed; the more
+// conflict cores run through an event the darker it is. An empty map is one of zeros.
+Drawing draw_prefix(const net::StgPrefix& prefix, const flow::CoreMap& cores);
+// Gates as boxes with their names or functions, wires from outputs to inputs, bubbles for
+// inversions without delay.
+Drawing draw_schematic(const flow::CircuitResult& circuit, const net::Stg& stg);
+
+}  // namespace vorel::report

@@ -1,0 +1,15 @@
+// report/page.h - all that a run of the flow has to tell, as one HTML page that needs no network.
+#pragma once
+
+#include <ostream>
+
+#include "flow/flow_request.h"
+#include "flow/flow_result.h"
+
+namespace vorel::report {
+
+// False after an error.
+bool write_page(const flow::FlowRequest& request, const flow::FlowResult& result,
+                std::ostream& stream);
+
+}  // namespace vorel::report

@@ -1,0 +1,48 @@
+// resolution/coefficients.h - the coefficients of the cost function, given as small expressions.
+// Here:      the texts by default, the grammar, its evaluation over the counts of an STG, the
+// errors. Not here:  the numbers that they weigh (resolution/transformation_cost.h).
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "base/params.h"
+#include "net/net.h"
+
+namespace vorel::resolution {
+
+// The texts of the cost function's seven coefficients, as given by -c or by default.
+// They are evaluated against the STG once it is in memory.
+struct CoefficientTexts {
+  std::string csc = "#s*8";
+  std::string usc = "#s*4";
+  std::string del = "#s*2";
+  std::string trig = "#s*1";
+  std::string seq = "#s*4";
+  std::string conc = "#s*8";
+  std::string lock = "50";
+};
+
+// A coefficient of the cost function.
+struct CoefficientRow {
+  std::string_view name;  // in -cNAME=EXPR and in the help
+  std::string CoefficientTexts::*text;
+  std::string_view key;  // of its value
+};
+
+// In the order of evaluation.
+std::span<const CoefficientRow> coefficient_table();
+
+// The value of one expression in signed 32-bit arithmetic that wraps; 0 after a reported error.
+//   #i #o #I #d   input, output, internal, dummy signals
+//   #s            signals but for dummies
+//   #p #t         places, transitions
+std::int32_t evaluate(std::string_view text, const net::Stg& stg);
+
+// Evaluates the seven texts and stores each value under its key.
+void evaluate_coefficients(const CoefficientTexts& texts, const net::Stg& stg,
+                           base::Params& params);
+
+}  // namespace vorel::resolution
