@@ -1,6 +1,6 @@
 // tools/verify_result.h - all that a run of vorel-verify has to tell, and the words for it.
 // Here:      the data, names of questions and answers.
-// Not here:  its forms (tools/verify_report.h, tools/verify_document.h, tools/verify_waves.h).
+// Not here:  its forms (tools/verify_report.h, tools/verify_document.h, flow/waveforms.h).
 #pragma once
 
 #include <array>
