@@ -25,8 +25,9 @@ constexpr bdd::Bdd bdd::BDDCover::*the_sets[] = {&bdd::BDDCover::er_plus, &bdd::
                                                  &bdd::BDDCover::er_minus,
                                                  &bdd::BDDCover::qr_minus};
 
-std::vector<bdd::Bdd> sets_of(const bdd::BDDCover& cover) {
-  return {cover.er_plus, cover.qr_plus, cover.er_minus, cover.qr_minus};
+std::vector<bdd::Bdd> key_of(const bdd::BDDCover& cover, OutputInverter inverter) {
+  const bdd::Bdd is_admitted(inverter == OutputInverter::admitted);
+  return {cover.er_plus, cover.qr_plus, cover.er_minus, cover.qr_minus, is_admitted};
 }
 
 // A signal that changes with the output of a gate, and the other way round.
@@ -99,7 +100,8 @@ struct GateMatcher::Demand {
 // A query over inputs that are numbered from 0, and the codes at which choices are tried.
 class GateMatcher::Query {
  public:
-  explicit Query(const bdd::BDDCover& cover) : variables_{cover.support()}, edges_{false} {
+  Query(const bdd::BDDCover& cover, OutputInverter inverter)
+      : variables_{cover.support()}, inverter_{inverter}, edges_{false} {
     std::vector<bdd::Bdd> renaming(variables_.empty() ? 0 : variables_.back() + 1, bdd::Bdd(false));
     for (std::uint32_t i = 0; i < variables_.size(); ++i) {
       renaming[variables_[i]] = bdd::bdd_variable(i);
@@ -109,6 +111,7 @@ class GateMatcher::Query {
   }
 
   const bdd::BDDCover& cover() const { return cover_; }
+  OutputInverter inverter() const { return inverter_; }
   std::uint32_t input_count() const { return static_cast<std::uint32_t>(variables_.size()); }
   // A gate with fewer pins cannot match.
   std::uint32_t needed_inputs() const { return needed_inputs_; }
@@ -161,6 +164,7 @@ class GateMatcher::Query {
   }
 
   std::vector<std::uint32_t> variables_;  // of the caller, by input
+  const OutputInverter inverter_;
   bdd::BDDCover cover_;
   bdd::Bdd edges_;
   std::uint32_t needed_inputs_ = 0;
@@ -236,6 +240,7 @@ std::optional<GateMatch> GateMatcher::cheapest_match(Gate& gate, Query& query) {
   const std::string& name = gate.description->name;
   const PinChoices choices(gate.description->input_count(), query.input_count());
   bdd::Bdd left = valid_choices(gate, query.input_count());
+  if (query.inverter() == OutputInverter::refused) left &= ~PinChoices::output_inversion();
   for (const Demand& demand : query.demands()) {
     if (left.is_false()) break;
     left &= right_choices(gate, choices, demand);
@@ -296,13 +301,13 @@ GateMatch GateMatcher::best_match(Query& query) {
   return best;
 }
 
-GateMatch GateMatcher::found_match(const bdd::BDDCover& cover) {
-  Query query(cover);
+GateMatch GateMatcher::found_match(const bdd::BDDCover& cover, OutputInverter inverter) {
+  Query query(cover, inverter);
   if (query.needed_inputs() > max_inputs_) return {};
   if (base::verbosity() >= verbosity_of_renaming)
     tell("\nCovers after substituting variables: ", to_string(query.cover()));
   // Signals alike have queries that differ in the numbers of variables only.
-  const auto [entry, is_new] = known_renamed_.try_emplace(sets_of(query.cover()));
+  const auto [entry, is_new] = known_renamed_.try_emplace(key_of(query.cover(), inverter));
   if (is_new) entry->second = best_match(query);
   GateMatch best = entry->second;
   for (bdd::Bdd& input : best.inputs) {
@@ -314,18 +319,19 @@ GateMatch GateMatcher::found_match(const bdd::BDDCover& cover) {
   return best;
 }
 
-GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::string> names) {
+GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::string> names,
+                             OutputInverter inverter) {
   ++stats_.queries;
   const bool is_told = base::verbosity() >= verbosity_of_queries;
   if (is_told) tell("\nTrying to match ", to_string(cover, names));
-  const auto [entry, is_new] = known_.try_emplace(sets_of(cover));
-  if (is_new) entry->second = found_match(cover);
+  const auto [entry, is_new] = known_.try_emplace(key_of(cover, inverter));
+  if (is_new) entry->second = found_match(cover, inverter);
   const GateMatch& best = entry->second;
   if (is_told) {
     if (best.exists()) {
       tell("\nBest match: ", to_string(best, library_, names));
     } else {
-      const bool is_wide = Query(cover).needed_inputs() > max_inputs_;
+      const bool is_wide = Query(cover, inverter).needed_inputs() > max_inputs_;
       tell("\nNo match found", is_wide ? " - too many inputs" : "");
     }
   }

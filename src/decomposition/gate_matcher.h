@@ -36,6 +36,9 @@ namespace vorel::decomposition {
 
 class PinChoices;
 
+// Whether a match may have an inverter behind the gate.
+enum class OutputInverter : std::uint8_t { admitted, refused };
+
 class GateMatcher {
  public:
   struct Stats {
@@ -51,7 +54,8 @@ class GateMatcher {
   // The match does not exist if no gate implements the query. No query is searched for twice.
   // `names` are those of the query's variables, for the diagnostics that go to the standard error
   // stream from verbosity 5.
-  GateMatch match(const bdd::BDDCover& query, std::span<const std::string> names = {});
+  GateMatch match(const bdd::BDDCover& query, std::span<const std::string> names = {},
+                  OutputInverter inverter = OutputInverter::admitted);
 
   // What a signal does whose gate is that of a match, with these inputs and inverters.
   bdd::BDDCover covers_of_match(const GateMatch& match);
@@ -80,7 +84,7 @@ class GateMatcher {
   const bdd::BDDCover& covers(Gate& gate);
   const bdd::Bdd& valid_choices(Gate& gate, std::uint32_t input_count);
   bool is_admitted(const Gate& gate, const Query& query) const;
-  GateMatch found_match(const bdd::BDDCover& cover);
+  GateMatch found_match(const bdd::BDDCover& cover, OutputInverter inverter);
   struct SetsHash {
     std::size_t operator()(const std::vector<bdd::Bdd>& sets) const;
   };
@@ -93,7 +97,7 @@ class GateMatcher {
   const GateLibrary& library_;
   std::vector<Gate> gates_;
   std::map<std::string, std::size_t, std::less<>> number_of_;  // of a gate, by name
-  KnownMatches known_;                                         // by the four sets
+  KnownMatches known_;          // by the four sets and whether inverters are admitted
   KnownMatches known_renamed_;  // of queries over inputs that are numbered from 0
   std::uint32_t max_inputs_ = 1;
   Stats stats_;
