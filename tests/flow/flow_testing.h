@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "flow/flow_result.h"
+#include "net/initial_values.h"
 #include "oracle/coding.h"
 #include "unfolder/unfolder.h"
 

@@ -134,5 +134,78 @@ TEST(StgChecks, FindWhatTheStatesShow) {
     RecordProperty(std::to_string(static_cast<int>(kind)), count);
 }
 
+Names names_in(const StgTrace& trace) {
+  Names names;
+  for (const TraceStep& step : trace) names.push_back(step.transition);
+  return names;
+}
+
+// All firings but the last go well, and that one brings the second token.
+void check_unsafe(const net::Stg& stg, const StgFinding& finding) {
+  Names names = names_in(*finding.trace);
+  EXPECT_FALSE(oracle::replay(stg, names));
+  ASSERT_FALSE(names.empty());
+  const auto last =
+      std::ranges::find_if(stg.transitions, [&](const auto& t) { return t->name == names.back(); });
+  names.pop_back();
+  const auto marking = oracle::replay(stg, names);
+  ASSERT_TRUE(marking && oracle::is_enabled(*marking, **last));
+  const auto place = std::ranges::find_if(
+      (*last)->postset, [&](const auto* p) { return p->name == finding.subjects.at(0); });
+  ASSERT_NE(place, (*last)->postset.end());
+  EXPECT_TRUE((*marking)[(*place)->index]);
+}
+
+// The last edge tells one initial value of the signal, some other edge the other.
+void check_inconsistent(const oracle::StateGraph<net::Stg>& graph, const net::Stg& stg,
+                        const StgFinding& finding) {
+  EXPECT_TRUE(oracle::replay(stg, names_in(*finding.trace)));
+  ASSERT_FALSE(finding.trace->empty());
+  EXPECT_EQ(finding.trace->back().signal, finding.subjects.at(0));
+  std::set<bool> initial;
+  for (const auto& state : graph.states)
+    for (const auto& arc : state.arcs)
+      if (arc.transition->signal->name == finding.subjects[0] &&
+          arc.transition->sign != net::Sign::toggle)
+        initial.insert((arc.transition->sign == net::Sign::minus) !=
+                       state.parity[arc.transition->signal->index]);
+  EXPECT_EQ(initial.size(), 2u);
+}
+
+TEST(StgChecks, TellWhyThereIsNoPrefix) {
+  int unsafe = 0, inconsistent = 0;
+  const support::CaughtMessages errors;
+  const auto [first, end] = support::seeds(60);
+  for (std::uint64_t seed = first; seed < end; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    net::Stg stg = oracle::random_stg(seed, {.dummies = seed % 2 == 1});
+    oracle::Random random(seed);
+    net::StgTransition& changed = *stg.transitions[random.below(stg.transitions.size())];
+    if (random.chance(50))
+      stg.places[random.below(stg.places.size())]->initial_marking = 1;
+    else if (changed.sign != net::Sign::toggle)
+      changed.sign = changed.sign == net::Sign::plus ? net::Sign::minus : net::Sign::plus;
+    const auto graph = oracle::explore(stg, 3000);
+    if (graph.outcome == oracle::Exploration::too_large) continue;
+    unfolder::Unfolder<net::Stg> unfolder(std::move(stg), {});
+    if (!unfolder.unfold()) {
+      ASSERT_EQ(graph.outcome, oracle::Exploration::unsafe);
+      check_unsafe(unfolder.net(), unsafe_finding(unfolder));
+      ++unsafe;
+      continue;
+    }
+    ASSERT_EQ(graph.outcome, oracle::Exploration::complete);
+    net::StgPrefix prefix = std::move(unfolder).result();
+    const auto values = oracle::find_initial_values(prefix, graph);
+    const auto inconsistency = net::settle_initial_values(prefix);
+    ASSERT_EQ(inconsistency.has_value(), !values);
+    if (!inconsistency) continue;
+    check_inconsistent(graph, prefix, inconsistent_finding(prefix, *inconsistency));
+    ++inconsistent;
+  }
+  EXPECT_GT(unsafe, 5);
+  EXPECT_GT(inconsistent, 5);
+}
+
 }  // namespace
 }  // namespace vorel::flow
