@@ -119,7 +119,7 @@ void check_findings(const Subject& subject, std::map<FindingKind, int>* counts =
 
 TEST(StgChecks, FindWhatTheStatesShow) {
   std::map<FindingKind, int> counts;
-  const auto [first, end] = support::seeds(40);
+  const auto [first, end] = support::seeds(200);
   for (std::uint64_t seed = first; seed < end; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     check_findings(
