@@ -124,7 +124,6 @@ std::optional<Synthesised> equations(const net::StgPrefix& stg, Style style, Gat
 std::optional<Synthesised> mapped(const net::StgPrefix& stg, Gates gates,
                                   const StepContext& context) {
   base::Params params = context.params;
-  params.set("concurrent_insertions", context.request.resolution.concurrent_insertions);
   net::StgPrefix prefix = net::clone_prefix(stg);
   resolution::evaluate_coefficients(resolution::CoefficientTexts(), prefix, params);
   decomposition::DecompositionDriver driver(prefix, params, context.request.library);
