@@ -29,20 +29,16 @@ std::string joined(const std::vector<std::string>& texts) {
 // What is read is the text that the user gets. False after an error.
 bool verify_circuit(CircuitResult& circuit, const net::Stg& stg, Gates gates,
                     const StepContext& context) {
-  const synthesis::ModuleOptions& module = context.request.module;
   verify::CircuitOptions options;
   options.top = circuit.module_name;
-  if (module.reset == synthesis::ResetKind::input)
-    options.constants.push_back({module.reset_input, false});
   auto read = verify::read_circuit_text(circuit.module_text, circuit.module_name + ".v", stg, gates,
                                         options);
   if (!read) return false;
   circuit.circuit = std::move(*read);
-  const verify::VerifierOptions limits{
-      .limits = {.max_events = context.request.limits.max_events,
-                 .max_seconds = context.deadline.left()},
-      .formula = context.formula(),
-      .threads = context.request.threads};
+  const verify::VerifierOptions limits{.limits = {.max_events = context.request.limits.max_events,
+                                                  .max_seconds = context.deadline.left()},
+                                       .formula = context.formula(),
+                                       .threads = context.request.threads};
   circuit.verification = verify::verify(stg, circuit.circuit, limits);
   return circuit.verification.has_value();
 }

@@ -14,7 +14,7 @@
 namespace vorel::flow {
 
 struct Synthesised {
-  CircuitResult circuit;                // neither read back nor verified
+  CircuitResult circuit;                 // neither read back nor verified
   std::optional<net::StgPrefix> mapped;  // with the signals that mapping has inserted, if any
 };
 

@@ -17,8 +17,7 @@ namespace {
 using StgUnfolder = unfolder::Unfolder<net::Stg>;
 
 std::string limit_text(const StgUnfolder& unfolder, const FlowLimits& limits) {
-  const bool has_too_many =
-      limits.max_events != 0 && unfolder.stats().events >= limits.max_events;
+  const bool has_too_many = limits.max_events != 0 && unfolder.stats().events >= limits.max_events;
   const std::string limit = has_too_many ? std::to_string(limits.max_events) + " events"
                                          : base::format_message("%g seconds", limits.max_seconds);
   return "the prefix is not complete within " + limit;
