@@ -10,20 +10,34 @@
 #include "base/messages.h"
 #include "base/program.h"
 #include "decomposition/gate_library.h"
+#include "flow/waveforms.h"
 #include "formats/save_file.h"
+#include "formats/vcd_writer.h"
 #include "net/initial_values.h"
 #include "tools/input_net.h"
 #include "tools/output_names.h"
 #include "tools/verify_arguments.h"
 #include "tools/verify_document.h"
 #include "tools/verify_report.h"
-#include "tools/verify_waves.h"
 #include "unfolder/unfolder.h"
 
 namespace vorel::tools {
 namespace {
 
 using verify::Answer;
+
+int exit_code_of(Answer verdict) {
+  switch (verdict) {
+    case Answer::holds:
+      return 0;
+    case Answer::fails:
+      return 3;
+    case Answer::undecided:
+      return 4;
+  }
+  assert(false);
+  return static_cast<int>(base::severity_error);
+}
 
 class VerifyRun {
  public:
@@ -89,7 +103,8 @@ class VerifyRun {
     const auto& findings = result.verification.findings;
     if (!request_.waves.empty() && !findings.empty()) {
       const bool is_written = formats::save_file(request_.waves, [&](base::OutputFile& file) {
-        return write_waves(result.circuit, findings.front(), file.stream());
+        const auto waves = flow::waveform_of(result.stg, result.circuit, findings.front());
+        return formats::write_vcd(waves, "vorel-verify " VOREL_VERSION, file.stream());
       });
       if (!is_written) return false;
     }
@@ -127,7 +142,7 @@ int run_verify_command(int argc, char** argv) {
   if (severity >= static_cast<int>(base::severity_error)) return severity;
   // Warnings show in no exit code: whoever asks for it wants the verdict.
   assert(verdict && "without an answer there was an error");
-  return verdict ? row_of(*verdict).exit_code : static_cast<int>(base::severity_error);
+  return verdict ? exit_code_of(*verdict) : static_cast<int>(base::severity_error);
 }
 
 }  // namespace vorel::tools
