@@ -1,6 +1,7 @@
 #include "tools/verify_report.h"
 
 #include "base/clock.h"
+#include "verify/verification_words.h"
 
 namespace vorel::tools {
 namespace {
@@ -11,7 +12,7 @@ void print_finding(const verify::Circuit& circuit, const verify::Finding& findin
   if (finding.trace.empty()) stream << "none, it is so initially";
   const char* separator = "";
   for (const verify::TraceEdge& edge : finding.trace) {
-    stream << separator << edge_text(circuit, edge);
+    stream << separator << verify::edge_text(circuit, edge);
     separator = ", ";
   }
   stream << '\n';
@@ -29,16 +30,17 @@ void print_report(const VerifyResult& result, std::ostream& stream) {
   } else {
     stream << "\ncircuit: not read, the STG alone goes beyond a limit\n\n";
   }
-  for (const QuestionRow& row : question_rows) {
-    stream << row.title << ": " << row_of(answer_to(result, row.question)).word << '\n';
-    if (const auto* const finding = finding_for(result, row.question))
+  for (const verify::QuestionRow& row : verify::question_rows) {
+    stream << row.title << ": "
+           << verify::row_of(verify::answer_to(verification, row.question)).word << '\n';
+    if (const auto* const finding = verify::finding_for(verification, row.question))
       print_finding(circuit, *finding, stream);
   }
   for (const auto& [a, b] : verification.arbiters)
     stream << "arbiter: " << circuit.wires[a.value].name << ", " << circuit.wires[b.value].name
            << '\n';
   stream << '\n'
-         << row_of(verification.verdict()).sentence
+         << verify::row_of(verification.verdict()).sentence
          << "\n\n Reading/Verifying time: " << base::format_seconds(result.reading_seconds) << '/'
          << base::format_seconds(result.verifying_seconds) << '\n';
 }
