@@ -28,4 +28,13 @@ find_path(NLOHMANN_JSON_INCLUDE nlohmann/json.hpp REQUIRED)
 add_library(nlohmann_json INTERFACE IMPORTED)
 target_include_directories(nlohmann_json SYSTEM INTERFACE ${NLOHMANN_JSON_INCLUDE})
 
+find_path(GRAPHVIZ_INCLUDE graphviz/gvc.h REQUIRED)
+find_library(GVC_LIBRARY gvc REQUIRED)
+find_library(CGRAPH_LIBRARY cgraph REQUIRED)
+add_library(graphviz INTERFACE IMPORTED)
+# Its headers include each other without their folder.
+target_include_directories(graphviz SYSTEM INTERFACE ${GRAPHVIZ_INCLUDE}
+                                                     ${GRAPHVIZ_INCLUDE}/graphviz)
+target_link_libraries(graphviz INTERFACE ${GVC_LIBRARY} ${CGRAPH_LIBRARY})
+
 include(${CMAKE_CURRENT_LIST_DIR}/cudd.cmake)

@@ -7,6 +7,7 @@ set -euo pipefail
 packages=(
   g++ cmake ninja-build xz-utils     # to build
   minisat librapidxml-dev libgzstream-dev zlib1g-dev libcli11-dev nlohmann-json3-dev
+  libgraphviz-dev                    # lays out the drawings of reports
   libgtest-dev libbenchmark-dev      # for tests and benchmarks
   libxml2-utils                      # xmllint, with which tests check the XML that is written
   iverilog yosys                     # the same for Verilog: compiled, simulated, synthesised

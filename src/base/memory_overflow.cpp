@@ -27,7 +27,7 @@ void memory_overflow() {
   // Of several threads out of memory at once only the one that gets the reserve reports.
   if (void* const block = reserve.exchange(nullptr)) {
     std::free(block);
-    print_error("memory overflow");
+    print_last_error("memory overflow");
   }
   std::_Exit(static_cast<int>(raise_severity(severity_memory_overflow)));
 }

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <iostream>
+#include <utility>
 
 #include "base/run_state.h"
 
@@ -12,6 +13,7 @@ namespace vorel::base {
 namespace {
 
 std::atomic<std::uint32_t> severity{severity_clean};
+std::atomic<MessageCapture*> capture{nullptr};
 
 void print_labelled(std::string_view label, std::string_view text) {
   // The standard error stream is tied to the standard output: what was printed before comes first.
@@ -32,20 +34,56 @@ std::string format_arguments(const char* format, std::va_list arguments) {
 }  // namespace
 
 std::uint32_t raise_severity(std::uint32_t level) {
-  std::uint32_t seen = severity.load();
-  while (seen < level && !severity.compare_exchange_weak(seen, level)) {
+  MessageCapture* const collector = level < severity_memory_overflow ? capture.load() : nullptr;
+  std::atomic<std::uint32_t>& raised = collector != nullptr ? collector->severity_ : severity;
+  std::uint32_t seen = raised.load();
+  while (seen < level && !raised.compare_exchange_weak(seen, level)) {
   }
   return seen < level ? level : seen;
 }
 
 void print_error(std::string_view text) {
+  if (MessageCapture* const collector = capture.load()) {
+    collector->add(text, true);
+    raise_severity(severity_error);
+  } else {
+    print_last_error(text);
+  }
+}
+
+void print_last_error(std::string_view text) {
   print_labelled("\nError: ", text);
   raise_severity(severity_error);
 }
 
 void print_warning(std::string_view text) {
-  print_labelled("\nWarning: ", text);
+  if (MessageCapture* const collector = capture.load())
+    collector->add(text, false);
+  else
+    print_labelled("\nWarning: ", text);
   raise_severity(severity_warning);
+}
+
+std::ostream& notes_stream() {
+  static std::ostream nowhere(nullptr);  // drops all that it gets, and has no other state
+  return capture.load() != nullptr ? nowhere : std::cout;
+}
+
+MessageCapture::MessageCapture() : outer_{capture.exchange(this)} {}
+
+MessageCapture::~MessageCapture() {
+  [[maybe_unused]] const MessageCapture* const ended = capture.exchange(outer_);
+  assert(ended == this && "captures end in the opposite order of their beginnings");
+}
+
+void MessageCapture::add(std::string_view text, bool is_error) {
+  const std::lock_guard lock(mutex_);
+  messages_.push_back({std::string(text), is_error});
+}
+
+std::vector<Message> MessageCapture::take() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(messages_, {});
 }
 
 std::string format_message(const char* format, ...) {

@@ -3,13 +3,17 @@
 // Not here:  results and statistics, which go to the standard output.
 //
 // A failure travels as a returned null or false plus the severity: it is reported once, where it is
-// noticed, and a caller that sees the failure says nothing more.
+// noticed, and a caller that sees the failure says nothing more. Who runs engines to work on with
+// what they find collects both in a MessageCapture.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vorel::base {
 
@@ -30,6 +34,13 @@ inline bool run_failed() { return raise_severity(0) >= severity_error; }
 void print_error(std::string_view text);
 void print_warning(std::string_view text);
 
+// As print_error, but never collected: for what ends the process.
+void print_last_error(std::string_view text);
+
+// Where engines tell what they do on their way to a result: the standard output, or nowhere while
+// messages are collected.
+std::ostream& notes_stream();
+
 // printf-style formatting into a text of any length.
 [[gnu::format(printf, 1, 2)]] std::string format_message(const char* format, ...);
 
@@ -46,5 +57,37 @@ std::string with_hint(std::string text, std::string_view hint);
 std::string cannot_open_for_input(std::string_view name);
 // `cannot open "NAME" for output`.
 std::string cannot_open_for_output(std::string_view name);
+
+struct Message {
+  std::string text;  // without its label
+  bool is_error = false;
+};
+
+// While it lives, errors and warnings of all threads are collected instead of printed, and the
+// severity is its own, beginning with none; then that of before is in force again. The last one
+// made is the one that collects. Made and destroyed like a stack, by threads that wait for each
+// other. A memory overflow ends the process all the same.
+class MessageCapture {
+ public:
+  MessageCapture();
+  ~MessageCapture();
+  MessageCapture(const MessageCapture&) = delete;
+  MessageCapture& operator=(const MessageCapture&) = delete;
+
+  bool has_failed() const { return severity_.load() >= severity_error; }
+  // Those collected since the last call, in their order.
+  std::vector<Message> take();
+
+ private:
+  friend std::uint32_t raise_severity(std::uint32_t level);
+  friend void print_error(std::string_view text);
+  friend void print_warning(std::string_view text);
+  void add(std::string_view text, bool is_error);
+
+  MessageCapture* const outer_;
+  std::atomic<std::uint32_t> severity_{severity_clean};
+  std::mutex mutex_;
+  std::vector<Message> messages_;  // guarded by mutex_
+};
 
 }  // namespace vorel::base

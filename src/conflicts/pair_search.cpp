@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <iostream>
 
 #include "base/messages.h"
 #include "configuration/decoding.h"
@@ -49,7 +48,7 @@ PairSearch::PairSearch(const net::StgPrefix& prefix, const configuration::Search
     // events common to both have not.
     adds_inclusion_ = conflict_free_ && structure().has_only_ordered_edges();
     if (adds_inclusion_ && notes == Notes::given)
-      std::cout << "\nThe net is (dynamically) conflict-free: optimized method is used.";
+      base::notes_stream() << "\nThe net is (dynamically) conflict-free: optimized method is used.";
   }
   if (notes == Notes::given && configuration::has_dummy_cutoffs(prefix))
     base::print_warning("there are dummy cut-offs; the result will not be reliable");

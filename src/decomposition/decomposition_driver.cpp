@@ -16,7 +16,6 @@
 namespace vorel::decomposition {
 namespace {
 
-constexpr const char* file_name = "vorel";
 constexpr const char* signal_name = "map";
 constexpr int verbosity_of_rounds = 1, verbosity_of_reuse = 2, verbosity_of_files = 3;
 constexpr std::size_t line_width = 52;
@@ -73,8 +72,11 @@ struct DecompositionDriver::Tools {
 };
 
 DecompositionDriver::DecompositionDriver(net::StgPrefix& prefix, const base::Params& params,
-                                         std::string library_name)
-    : prefix_{prefix}, params_{params}, library_name_{std::move(library_name)} {}
+                                         std::string library_name, std::string file_name)
+    : prefix_{prefix},
+      params_{params},
+      library_name_{std::move(library_name)},
+      file_name_{std::move(file_name)} {}
 
 DecompositionDriver::~DecompositionDriver() = default;
 
@@ -85,7 +87,11 @@ void DecompositionDriver::run() {
     base::print_error("failed to decompose");
     return;
   }
-  if (formats::save_g_and_mci(prefix_, file_name)) build_circuit();
+  if (save(file_name_)) build_circuit();
+}
+
+bool DecompositionDriver::save(const std::string& base_name) const {
+  return file_name_.empty() || formats::save_g_and_mci(prefix_, base_name);
 }
 
 void DecompositionDriver::tell_statistics() const {
@@ -267,8 +273,7 @@ bool DecompositionDriver::adopt(Trial trial) {
   tools_->inserter.adopt(std::move(trial.prefix));
   inserted_.push_back(std::move(trial.signal));
   state_ = std::move(trial.state);
-  return !tells(verbosity_of_files) ||
-         formats::save_g_and_mci(prefix_, file_name + std::to_string(stats_.rounds));
+  return !tells(verbosity_of_files) || save(file_name_ + std::to_string(stats_.rounds));
 }
 
 // What a later signal has made cheaper than it was is taken so.

@@ -44,8 +44,10 @@ struct DriverStats {
 class DecompositionDriver {
  public:
   // run() changes the prefix: its numbers at least, and it gets the inserted signals. Without a
-  // name the built-in library is taken.
-  DecompositionDriver(net::StgPrefix& prefix, const base::Params& params, std::string library_name);
+  // name the built-in library is taken. The STG that the circuit implements is saved as "NAME.g"
+  // and "NAME.mci", with `file_name` as NAME, and nowhere if that is empty.
+  DecompositionDriver(net::StgPrefix& prefix, const base::Params& params, std::string library_name,
+                      std::string file_name = "");
   ~DecompositionDriver();
   DecompositionDriver(const DecompositionDriver&) = delete;
   DecompositionDriver& operator=(const DecompositionDriver&) = delete;
@@ -105,11 +107,12 @@ class DecompositionDriver {
   std::optional<Trial> attempt(const Deco& deco, resolution::InsertedSignal inserted);
   bool adopt(Trial trial);
   void build_circuit();
+  bool save(const std::string& base_name) const;
   void tell_statistics() const;
 
   net::StgPrefix& prefix_;
   const base::Params params_;
-  const std::string library_name_;
+  const std::string library_name_, file_name_;
   std::unique_ptr<Tools> tools_;
   std::optional<State> state_;
   // Of the round: decompositions of signals that have been looked at, and functions whose insertion

@@ -10,7 +10,9 @@
 #include <ostream>
 #include <span>
 #include <string>
+#include <string_view>
 
+#include "synthesis/netlist.h"
 #include "toolkit/library_gate.h"
 
 namespace vorel::decomposition {
@@ -24,5 +26,11 @@ std::string delay_parameter(const toolkit::LibraryGate& gate);
 // Of the gates that a netlist may use. False after an error, with nothing written: a name cannot
 // stand in Verilog.
 bool write_gate_models(std::ostream& stream, std::span<const toolkit::LibraryGate> gates);
+
+// Of the cells that the netlist has instances of, in the order of the library; nothing if there are
+// none. `module_name` is that of the netlist. The names can stand in Verilog.
+void write_gate_models_of(std::ostream& stream, const synthesis::Netlist& netlist,
+                          std::string_view module_name,
+                          std::span<const toolkit::LibraryGate> gates);
 
 }  // namespace vorel::decomposition

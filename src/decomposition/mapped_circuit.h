@@ -13,6 +13,7 @@
 #include "decomposition/mapped_solution.h"
 #include "net/net.h"
 #include "results/report.h"
+#include "synthesis/netlist.h"
 #include "synthesis/testbench.h"
 
 namespace vorel::decomposition {
@@ -34,6 +35,8 @@ class MappedCircuit {
   bool write_verilog(std::ostream& stream) const;
   // What of this module takes time, with the gate models.
   synthesis::TestbenchSubject testbench_subject() const;
+  // For other tools.
+  synthesis::Netlist netlist() const;
   // Delivers the circuit, as a module if the output is named *.v.
   void report(const std::string& output) const;
 

@@ -31,6 +31,8 @@
 namespace vorel::driver {
 namespace {
 
+constexpr const char* saved_stg = "vorel";  // the name of an STG that has been changed
+
 // What every run does before its engine is built; false when the run must stop.
 template <net::Process P>
 bool prepare_run(const P& process, RunRequest& request) {
@@ -100,7 +102,7 @@ void run_conflict_check(RunRequest request, net::StgPrefix& prefix) {
 
 void run_resolve(RunRequest request, net::StgPrefix& prefix) {
   if (!prepare_run(prefix, request)) return;
-  resolution::ResolutionEngine engine(prefix, request.params);
+  resolution::ResolutionEngine engine(prefix, request.params, saved_stg);
   if (!base::run_failed()) run_engine(engine, request.output);
 }
 
@@ -114,7 +116,7 @@ void run_synthesis(RunRequest request, net::StgPrefix& prefix) {
 
 void run_decomposition(RunRequest request, net::StgPrefix& prefix) {
   if (!prepare_run(prefix, request)) return;
-  decomposition::DecompositionDriver engine(prefix, request.params, request.data);
+  decomposition::DecompositionDriver engine(prefix, request.params, request.data, saved_stg);
   run_engine(engine, request.output, FailedRuns::reported);
 }
 

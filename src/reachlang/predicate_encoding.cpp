@@ -198,7 +198,7 @@ std::optional<NormalForm> encode_predicate(const ReachExpr& property,
   show("\n Predicate after normalisation: ", expr, expr.node(normal->root));
   if (base::verbosity() >= 3) std::cerr << '\n';
   if (normal->formula.is_constant(normal->root)) {
-    std::cout << "\n Trivial case\n";
+    base::notes_stream() << "\n Trivial case\n";
     if (!normal->formula.is_true(normal->root)) vars.formula().add_clause({}, vars.group());
   } else {
     PredicateEncoder<P> encoder(expr, state);

@@ -2,8 +2,10 @@
 // Here:      what is drawn how, each picture as SVG to be put into a page, with a text that says
 // the
 //            same for those who do not see it.
-// Not here:  the layout, which Graphviz makes (report/graph_layout.h), waveforms
-//            (report/waveform_drawing.h).
+// Not here:  the layout, which Graphviz makes (report/graph_layout.h), colours, which a page has to
+//            bring in once (report/drawing_style.h), waveforms (report/waveform_drawing.h).
+//
+// Where the layout fails there is a warning, and the text alone.
 #pragma once
 
 #include <cstddef>
@@ -21,6 +23,8 @@ struct Drawing {
 
 // Beyond it a picture helps nobody.
 inline constexpr std::size_t most_drawn_events = 400;
+inline constexpr std::size_t most_drawn_nodes = 400;  // of an STG or a circuit
+inline constexpr std::size_t most_drawn_arcs = 1600;
 
 // Places with one producer and one consumer are arcs (with a token, if marked); transitions are
 // coloured by the kind of their signals.

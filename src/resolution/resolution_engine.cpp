@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <iostream>
 #include <limits>
 #include <map>
 #include <utility>
@@ -28,7 +27,6 @@
 namespace vorel::resolution {
 namespace {
 
-constexpr std::string_view file_name = "vorel";
 constexpr std::string_view signal_name = "csc";
 constexpr int verbosity_of_steps = 3;  // the STG after each step is kept
 // Resolving one conflict can make another. A loop that goes around in a circle must end.
@@ -49,11 +47,13 @@ configuration::EventSet renumbered(const configuration::EventSet& set,
 
 }  // namespace
 
-ResolutionEngine::ResolutionEngine(net::StgPrefix& prefix, const base::Params& params)
+ResolutionEngine::ResolutionEngine(net::StgPrefix& prefix, const base::Params& params,
+                                   std::string file_name)
     : prefix_{prefix},
       options_{configuration::SearchOptions::of(params)},
       coefficients_{CostCoefficients::of(params)},
       uses_reductions_{params.get("use_concurrency_reduction") != 0},
+      file_name_{std::move(file_name)},
       insertions_{prefix, std::string(signal_name), options_.encoding.formula,
                   params.get("concurrent_insertions")},
       fewest_conflicts_{std::numeric_limits<std::size_t>::max()} {}
@@ -74,7 +74,7 @@ bool ResolutionEngine::find_cores() {
                      store_.cores))
     return false;
   if (store_.cores.empty()) return false;
-  base::print_formatted(std::cout, "\n Encoding conflicts detected: %u core(s)\n",
+  base::print_formatted(base::notes_stream(), "\n Encoding conflicts detected: %u core(s)\n",
                         static_cast<std::uint32_t>(store_.cores.size()));
   classify_cores();
   return true;
@@ -86,7 +86,8 @@ void ResolutionEngine::classify_cores() {
   const conflicts::KeepCore is_csc = as_predicate(csc), is_usc = as_predicate(usc);
   store_.is_csc.clear();
   for (const conflicts::Core& core : store_.cores) store_.is_csc.push_back(is_csc(core));
-  print_adjacency(std::cout, store_.cores.size(), usc_arcs(prefix_, store_.cores, is_usc, is_csc));
+  print_adjacency(base::notes_stream(), store_.cores.size(),
+                  usc_arcs(prefix_, store_.cores, is_usc, is_csc));
 }
 
 std::vector<ResolutionCost> ResolutionEngine::rated_reductions() const {
@@ -194,17 +195,15 @@ void ResolutionEngine::resolve_all() {
     if (!best) break;
     results::Report step;
     step.add(std::make_unique<ResolutionSolution>(best->cost));
-    step.print(std::cout,
+    step.print(base::notes_stream(),
                {.found = "suggested a transformation", .empty = "no transformation computed"});
     apply(std::move(*best));
     if (base::run_failed()) return;
-    if (base::verbosity() >= verbosity_of_steps &&
-        !save(std::string(file_name) + std::to_string(signals_inserted_ + reductions_applied_)))
-      return;
+    if (!save_step()) return;
   }
   if (base::run_failed()) return;
   if (store_.cores.empty()) {
-    save(std::string(file_name));
+    save(file_name_);
   } else {
     base::print_warning("failed to resolve some of the encoding conflicts");
   }
@@ -221,6 +220,7 @@ bool ResolutionEngine::makes_progress() {
 }
 
 void ResolutionEngine::apply(Best best) {
+  AppliedStep& step = applied_.emplace_back(TransformationText(best.cost), std::string());
   if (!best.inserted) {
     const Reduction& reduction = std::get<Reduction>(best.cost.transformation);
     if (!apply_reduction(prefix_, reduction) ||
@@ -235,6 +235,7 @@ void ResolutionEngine::apply(Best best) {
                            renumbered(core.second, best.inserted->numbers.events));
   }
   const net::SignalId signal = best.inserted->signal;
+  step.signal = base::element(best.inserted->prefix.signals, signal).name;
   insertions_.adopt(std::move(best.inserted->prefix));
   ++signals_inserted_;
   const conflicts::UscCheck usc(prefix_, options_, conflicts::Notes::left_out);
@@ -242,7 +243,12 @@ void ResolutionEngine::apply(Best best) {
 }
 
 bool ResolutionEngine::save(const std::string& base_name) const {
-  return formats::save_g_and_mci(prefix_, base_name);
+  return file_name_.empty() || formats::save_g_and_mci(prefix_, base_name);
+}
+
+bool ResolutionEngine::save_step() const {
+  return base::verbosity() < verbosity_of_steps ||
+         save(file_name_ + std::to_string(signals_inserted_ + reductions_applied_));
 }
 
 std::string ResolutionEngine::empty_message() const {

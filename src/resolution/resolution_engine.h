@@ -4,28 +4,39 @@
 //            (resolution/reductions.h), what it costs (resolution/cost_formula.h).
 //
 // One step suggests a transformation, or all of them; the search of least cost takes the best of
-// each step until no conflict is left, changing the STG and its prefix in place, and writes both.
+// each step until no conflict is left, changing the STG and its prefix in place, and writes both if
+// they are to be kept in files.
 #pragma once
 
 #include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "base/params.h"
 #include "configuration/search_options.h"
 #include "conflicts/pair_search.h"
 #include "resolution/core_conditions.h"
 #include "resolution/insertion_engine.h"
+#include "resolution/resolution_solution.h"
 #include "resolution/transformation_cost.h"
 #include "results/report.h"
 
 namespace vorel::resolution {
 
+// A transformation that has been carried out.
+struct AppliedStep {
+  TransformationText text;
+  std::string signal;  // inserted, if any
+};
+
 class ResolutionEngine {
  public:
-  // run() changes the prefix: its numbers at least, all of it when conflicts are resolved.
-  ResolutionEngine(net::StgPrefix& prefix, const base::Params& params);
+  // run() changes the prefix: its numbers at least, all of it when conflicts are resolved. What
+  // comes of it is saved as "NAME.g" and "NAME.mci", with `file_name` as NAME, and nowhere if that
+  // is empty.
+  ResolutionEngine(net::StgPrefix& prefix, const base::Params& params, std::string file_name = "");
   ResolutionEngine(const ResolutionEngine&) = delete;
   ResolutionEngine& operator=(const ResolutionEngine&) = delete;
 
@@ -40,6 +51,9 @@ class ResolutionEngine {
   std::uint32_t signals_inserted() const { return signals_inserted_; }
   std::uint32_t reductions_applied() const { return reductions_applied_; }
   bool has_conflicts() const { return !store_.cores.empty(); }
+  // Of the last step.
+  const CoreStore& cores() const { return store_; }
+  const std::vector<AppliedStep>& applied() const { return applied_; }
 
  private:
   // What a search for the least cost has found.
@@ -71,6 +85,7 @@ class ResolutionEngine {
   void apply(Best best);
   bool makes_progress();
   bool save(const std::string& base_name) const;
+  bool save_step() const;
   void add_solution(const ResolutionCost& cost);
   std::string empty_message() const;
 
@@ -78,12 +93,14 @@ class ResolutionEngine {
   const configuration::SearchOptions options_;
   const CostCoefficients coefficients_;
   const bool uses_reductions_;
+  const std::string file_name_;
   InsertionEngine insertions_;
   CoreStore store_;
   std::uint64_t unlock_number_ = 0;  // of the STG before the step, if reductions are used
   conflicts::Notes notes_ = conflicts::Notes::given;  // until they have been given
   std::uint32_t signals_inserted_ = 0, reductions_applied_ = 0;
   std::size_t fewest_conflicts_, steps_without_progress_ = 0;
+  std::vector<AppliedStep> applied_;
   results::Report report_;
 };
 

@@ -38,7 +38,13 @@ struct TestbenchSubject {
   std::vector<Wire> wires;
   // Parameters of instances, such as "U1.delay", that are to be 0, as Verilog takes them: time is
   // the business of the testbench.
-  std::vector<std::string> delays;
+  std::vector<std::string> delays = {};
+  // An input that leads the circuit to its initial state while it is high; empty: none. Whether it
+  // does is tried before all else.
+  std::string reset_input = {};
+  // A block of the module that holds its wires at the start, which is the business of the
+  // testbench; empty: none.
+  std::string initial_block = {};
 };
 
 inline constexpr std::string_view testbench_name = "VOREL_testbench";

@@ -10,14 +10,15 @@
 #include "base/messages.h"
 #include "base/program.h"
 #include "decomposition/gate_library.h"
+#include "flow/waveforms.h"
 #include "formats/save_file.h"
+#include "formats/vcd_writer.h"
 #include "net/initial_values.h"
 #include "tools/input_net.h"
 #include "tools/output_names.h"
 #include "tools/verify_arguments.h"
 #include "tools/verify_document.h"
 #include "tools/verify_report.h"
-#include "tools/verify_waves.h"
 #include "unfolder/unfolder.h"
 
 namespace vorel::tools {
@@ -102,7 +103,8 @@ class VerifyRun {
     const auto& findings = result.verification.findings;
     if (!request_.waves.empty() && !findings.empty()) {
       const bool is_written = formats::save_file(request_.waves, [&](base::OutputFile& file) {
-        return write_waves(result.circuit, findings.front(), file.stream());
+        const auto waves = flow::waveform_of(result.stg, result.circuit, findings.front());
+        return formats::write_vcd(waves, "vorel-verify " VOREL_VERSION, file.stream());
       });
       if (!is_written) return false;
     }

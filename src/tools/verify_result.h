@@ -1,6 +1,6 @@
 // tools/verify_result.h - all that a run of vorel-verify has to tell.
 // Not here:  the words for it (verify/verification_words.h), its forms (tools/verify_report.h,
-//            tools/verify_document.h, tools/verify_waves.h).
+//            tools/verify_document.h, flow/waveforms.h).
 #pragma once
 
 #include "net/net.h"

@@ -44,6 +44,7 @@ struct CircuitOptions {
   bool zero_delay_inverters = false;  // all, as if each stood below the pragma
   bool hide_internal = false;         // wires are no internal signals, whatever their names
   std::vector<InitialValue> initial_values = {};
+  std::vector<InitialValue> constants = {};  // input ports that are no signals, such as a reset
   std::vector<std::pair<std::string, std::string>> mutexes = {};  // outputs, by names of wires
 };
 
