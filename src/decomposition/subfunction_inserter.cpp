@@ -146,9 +146,10 @@ void SubfunctionInserter::Search::add_admissions() {
   Lits rising, falling, excited_at_start;
   std::vector<std::pair<CandidateId, Admission>> admitted;
   std::string useful;
+  const auto admissions = step_.states.admissions();
   for (const CandidateId candidate : engine.candidates().all()) {
     const sat::Lit chosen = engine.literals()[candidate];
-    const Admission admission = step_.states.admission(candidate);
+    const Admission admission = admissions[candidate];
     if (admission == Admission::none) {
       formula_.add_unit(~chosen, own_);
       continue;
@@ -389,9 +390,10 @@ resolution::SignalInsertion SubfunctionInserter::general_candidates(const bdd::B
   const resolution::Candidates candidates(prefix_, std::move(general));
   EdgeStates states(candidates, options_.encoding);
   states.set_target(function, names_);
+  const auto admissions = states.admissions();
   resolution::SignalInsertion admitted;
   for (const CandidateId candidate : candidates.all())
-    if (states.admission(candidate) != Admission::none)
+    if (admissions[candidate] != Admission::none)
       admitted.push_back(candidates.insertion(candidate));
   return admitted;
 }
