@@ -10,6 +10,7 @@
 #include "bdd/cover_bdd.h"
 #include "decomposition/gate_covers.h"
 #include "decomposition/pin_choices.h"
+#include "decomposition/symmetry_classes.h"
 
 namespace vorel::decomposition {
 namespace {
@@ -108,11 +109,17 @@ class GateMatcher::Query {
     }
     cover_ = compose(cover, renaming);
     for (std::uint32_t i = 0; i < variables_.size(); ++i) find_edges(i);
+    earlier_alike_.resize(variables_.size());
+    for (const std::vector<std::uint32_t>& alike : symmetry_classes(cover_))
+      for (std::size_t i = 0; i < alike.size(); ++i)
+        earlier_alike_[alike[i]] = alike[i == 0 ? 0 : i - 1];
   }
 
   const bdd::BDDCover& cover() const { return cover_; }
   OutputInverter inverter() const { return inverter_; }
   std::uint32_t input_count() const { return static_cast<std::uint32_t>(variables_.size()); }
+  // Of inputs in one symmetry class each but the first has the one before it.
+  const std::vector<std::uint32_t>& earlier_alike() const { return earlier_alike_; }
   // A gate with fewer pins cannot match.
   std::uint32_t needed_inputs() const { return needed_inputs_; }
   bool is_constant() const {
@@ -168,6 +175,7 @@ class GateMatcher::Query {
   bdd::BDDCover cover_;
   bdd::Bdd edges_;
   std::uint32_t needed_inputs_ = 0;
+  std::vector<std::uint32_t> earlier_alike_;
   std::vector<Demand> demands_;
 };
 
@@ -199,11 +207,13 @@ const bdd::BDDCover& GateMatcher::covers(const std::string& gate) {
   return covers(gates_[found->second]);
 }
 
-const bdd::Bdd& GateMatcher::valid_choices(Gate& gate, std::uint32_t input_count) {
+const bdd::Bdd& GateMatcher::valid_choices(Gate& gate, const Query& query) {
   const std::uint32_t pin_count = gate.description->input_count();
   if (gate.valid_choices.empty()) gate.earlier_twin = earlier_twins(covers(gate), pin_count);
-  bdd::Bdd& valid = gate.valid_choices[input_count];
-  if (valid.is_null()) valid = PinChoices(pin_count, input_count).valid(gate.earlier_twin);
+  bdd::Bdd& valid = gate.valid_choices[query.earlier_alike()];
+  if (valid.is_null())
+    valid =
+        PinChoices(pin_count, query.input_count()).valid(gate.earlier_twin, query.earlier_alike());
   return valid;
 }
 
@@ -239,7 +249,7 @@ std::optional<GateMatch> GateMatcher::cheapest_match(Gate& gate, Query& query) {
   ++stats_.gates;
   const std::string& name = gate.description->name;
   const PinChoices choices(gate.description->input_count(), query.input_count());
-  bdd::Bdd left = valid_choices(gate, query.input_count());
+  bdd::Bdd left = valid_choices(gate, query);
   if (query.inverter() == OutputInverter::refused) left &= ~PinChoices::output_inversion();
   for (const Demand& demand : query.demands()) {
     if (left.is_false()) break;

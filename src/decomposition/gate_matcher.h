@@ -14,6 +14,9 @@
 // that of the first gate. A query that a constant implements matches gates without inputs only: a
 // constant needs a driver, however cheap a wire is.
 //
+// Of choices that differ in the order of pins that the gate does not tell apart one is tried, and
+// of those that differ in the order of inputs that the query does not tell apart.
+//
 // The choices that make the gate right at one code of the query are a BDD without the variables of
 // the query, and a small one. All choices must be right at one edge for each input that is needed;
 // then at a code where the cheapest that is left is wrong, until it is right everywhere: so it is
@@ -77,12 +80,12 @@ class GateMatcher {
     const toolkit::LibraryGate* description;
     // Computed at first use:
     std::optional<bdd::BDDCover> covers;
-    std::vector<std::uint32_t> earlier_twin;          // by pin, see PinChoices::valid
-    std::map<std::uint32_t, bdd::Bdd> valid_choices;  // by number of inputs of the query
+    std::vector<std::uint32_t> earlier_twin;                       // by pin, see PinChoices::valid
+    std::map<std::vector<std::uint32_t>, bdd::Bdd> valid_choices;  // by earlier_alike of the query
   };
 
   const bdd::BDDCover& covers(Gate& gate);
-  const bdd::Bdd& valid_choices(Gate& gate, std::uint32_t input_count);
+  const bdd::Bdd& valid_choices(Gate& gate, const Query& query);
   bool is_admitted(const Gate& gate, const Query& query) const;
   GateMatch found_match(const bdd::BDDCover& cover, OutputInverter inverter);
   struct SetsHash {
