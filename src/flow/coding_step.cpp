@@ -38,16 +38,17 @@ Core without_detours(const net::StgPrefix& prefix, const Core& core,
   auto common =
       configuration::events_of(prefix, configuration::set_difference(core.first, core.sum));
   common = configuration::firing_sequence<net::StgPrefix>(prefix, common);
+  // Empty if something in the set needs the event.
   const auto without = [&](const EventSet& set, const Event& event) {
-    return configuration::without_maximal_dummies(
-        prefix, configuration::set_difference(set, {base::id_of(event)}));
+    const EventSet rest = configuration::set_difference(set, {base::id_of(event)});
+    if (!configuration::is_causally_closed(prefix, rest)) return EventSet{};
+    return configuration::without_maximal_dummies(prefix, rest);
   };
   for (auto event = common.rbegin(); event != common.rend(); ++event) {
     if (!std::ranges::binary_search(result.first, base::id_of(**event))) continue;
     EventSet first = without(result.first, **event), second = without(result.second, **event);
     if (configuration::symmetric_difference(first, second) != core.sum ||
-        !configuration::is_causally_closed(prefix, first) ||
-        !configuration::is_causally_closed(prefix, second) || !check.is_conflict(first, second))
+        !check.is_conflict(first, second))
       continue;
     result.first = std::move(first);
     result.second = std::move(second);
