@@ -71,6 +71,11 @@ class Module : public testing::Test {
     add_stg("NAND gate that rises first",
             *oracle::parse_g(".inputs a b\n.outputs z\n.graph\nz+ b-\nb- a+\na+ b+\nb+ z-\nz- a-\n"
                              "a- z+\n.marking { <a-,z+> }\n.end\n"));
+    net::Stg odd = *oracle::parse_g(*oracle::read_file(VOREL_EXAMPLES "/vme_read_csc.g"));
+    const std::string names[] = {"req[0]", "reg", "\\inv:combinational", "3x", "//z", "w0", "U\\"};
+    for (const auto& signal : odd.signals) signal->name = names[signal->index];
+    net::sort_signals(odd);
+    add_stg("odd names", odd);
     const support::Seeds seeds = support::seeds(6);
     for (std::uint64_t seed = seeds.first; seed < seeds.end; ++seed)
       add_stg("seed " + std::to_string(seed),
