@@ -1,8 +1,6 @@
 #include "tools/verify_arguments.h"
 
-#include <algorithm>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "base/messages.h"
@@ -45,8 +43,6 @@ Examples:
 
 Exit code: 0 correct, 2 errors, 3 not correct, 4 undecided (a limit was reached),
 5 out of memory.)";
-
-std::uint32_t preset_threads() { return std::clamp(std::thread::hardware_concurrency(), 1u, 8u); }
 
 // "A,B", of two names.
 std::optional<std::pair<std::string, std::string>> pair_in(const std::string& text) {
