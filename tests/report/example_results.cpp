@@ -131,7 +131,12 @@ flow::CircuitResult circuit_of(const net::Stg& stg) {
                       {"dtack", "d", 1, {"d+", "d-"}}};
   result.instances = {
       {"U1", "INV", "slow", false, {{"A", "ldtack", false}}, "ldtack'", 1},
-      {"U2", "AO12", "csc", false, {{"A", "dsr"}, {"B", "slow"}, {"C", "csc"}}, "dsr (slow + csc)",
+      {"U2",
+       "AO12",
+       "csc",
+       false,
+       {{"A", "dsr"}, {"B", "slow"}, {"C", "csc"}},
+       "dsr (slow + csc)",
        4.5},
       {"U3", "AND2", "d", false, {{"A", "ldtack"}, {"B", "csc"}}, "ldtack csc", 2},
       {"U4", "NAND2", "lds", false, {{"A", "csc", true}, {"B", "d", true}}, "csc + d", 2},
@@ -181,15 +186,16 @@ ExampleRun bus_controller() {
                              "the circuit would have to hold back dsr- until lds+",
                              trace_of("dsr+ lds+ ldtack+ d+")});
   result.coding = coding_of(*result.given);
-  result.resolution =
-      flow::Resolution{{{true, "csc", {"csc+ before lds+", "csc- before d-"}, 12,
-                         "delay 10, triggers 2"}},
-                       true,
-                       0};
+  result.resolution = flow::Resolution{
+      {{true, "csc", {"csc+ before lds+", "csc- before d-"}, 12, "delay 10, triggers 2"}}, true, 0};
   result.resolved_core_map = flow::CoreMap(result.resolved->events.size());
   result.properties = {
-      {"both acknowledge", "$P\"<dtack+,dsr->\"", flow::PropertyAnswer::witness,
-       trace_of("dsr+ lds+ ldtack+ d+ dtack+"), {{"p", "<dtack+,dsr->"}}, ""},
+      {"both acknowledge",
+       "$P\"<dtack+,dsr->\"",
+       flow::PropertyAnswer::witness,
+       trace_of("dsr+ lds+ ldtack+ d+ dtack+"),
+       {{"p", "<dtack+,dsr->"}},
+       ""},
       {"never idle", "false", flow::PropertyAnswer::holds, {}, {}, ""},
       {"too hard", "true", flow::PropertyAnswer::undecided, {}, {}, "out of time"}};
   result.attempts = {{flow::Style::mapped, "no decomposition of csc"},
