@@ -92,13 +92,19 @@ std::ostream& OutputFile::stream() {
   return stream_;
 }
 
-bool OutputFile::commit() {
+bool OutputFile::finish() {
   if (!is_open()) return false;
   const bool flushed = stream_.flush().good();
   const bool closed = buffer_.close() != nullptr;
-  const bool written = flushed && closed;
-  if (temporary_.empty()) return written;
-  if (written && std::rename(temporary_.c_str(), target_.c_str()) == 0) {
+  is_finished_ = flushed && closed;
+  if (!is_finished_) discard();
+  return is_finished_;
+}
+
+bool OutputFile::commit() {
+  if (!is_finished_ && !finish()) return false;
+  if (temporary_.empty()) return true;
+  if (std::rename(temporary_.c_str(), target_.c_str()) == 0) {
     temporary_.clear();
     return true;
   }

@@ -31,7 +31,10 @@ class OutputFile {
   // Where the text goes until commit(), for a library that opens files itself.
   const std::string& written_path() const { return temporary_.empty() ? target_ : temporary_; }
 
-  // Finishes the file. False if it is not open or any write, the closing or the renaming failed.
+  // Closes the file, which then only waits for its name: of several that are to appear together
+  // none takes a descriptor meanwhile. False if it is not open or any write or the closing failed.
+  bool finish();
+  // Finishes the file, if that is not done, and renames it. False if any of it failed.
   bool commit();
 
  private:
@@ -43,6 +46,7 @@ class OutputFile {
 
   std::string target_;
   std::string temporary_;  // empty when written in place
+  bool is_finished_ = false;
   __gnu_cxx::stdio_filebuf<char> buffer_;
   std::ostream stream_{&buffer_};
 };

@@ -110,6 +110,7 @@ pre { margin: 8px 0 12px; padding: 12px 14px; background: var(--panel); border-r
   h1 { font-size: 23px; }
   article { padding: 12px 12px 4px; }
   .tiles { grid-template-columns: repeat(2, minmax(0, 1fr)); }
+  tbody th { white-space: normal; }
   .bar { display: none; }
   thead th:has(+ .bar), thead th:empty { display: none; }
 }

@@ -1,7 +1,8 @@
 #include "tools/arguments.h"
 
+#include <algorithm>
 #include <charconv>
-#include <cstdint>
+#include <thread>
 
 #include "base/messages.h"
 
@@ -33,6 +34,8 @@ std::string PlainHelp::make_option_opts(const CLI::Option* option) const {
 CLI::Validator is_count_of_events() { return CLI::Validator(count_fault, "", "count"); }
 
 CLI::Validator is_time() { return CLI::Validator(time_fault, "", "time"); }
+
+std::uint32_t preset_threads() { return std::clamp(std::thread::hardware_concurrency(), 1u, 8u); }
 
 void add_usual_flags(CLI::App& app) {
   app.set_help_flag("-h,--help", "print this help");

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <string>
 
 namespace vorel::tools {
@@ -18,6 +19,9 @@ class PlainHelp : public CLI::Formatter {
 // A number above 0, whole ("events") or a fraction ("seconds"), as the check of an option.
 CLI::Validator is_count_of_events();
 CLI::Validator is_time();
+
+// The threads of a run that is not told how many.
+std::uint32_t preset_threads();
 
 // Gives the application, which is called like the program, --help and --version.
 void add_usual_flags(CLI::App& app);

@@ -1,10 +1,8 @@
 #include "tools/unfold_arguments.h"
 
-#include <algorithm>
 #include <limits>
 #include <memory>
 #include <string>
-#include <thread>
 
 #include "tools/arguments.h"
 
@@ -51,8 +49,6 @@ Examples:
 
 Exit code: 0 done, 1 done with warnings, 2 errors (nothing is written but the
 drawing of --dot-net), 5 out of memory.)";
-
-std::uint32_t preset_threads() { return std::clamp(std::thread::hardware_concurrency(), 1u, 8u); }
 
 class UnfoldArguments {
  public:

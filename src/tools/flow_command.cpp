@@ -1,0 +1,170 @@
+#include "tools/flow_command.h"
+
+#include <cassert>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/clock.h"
+#include "base/messages.h"
+#include "base/program.h"
+#include "base/text_sink.h"
+#include "flow/flow.h"
+#include "flow/flow_words.h"
+#include "formats/save_file.h"
+#include "report/document.h"
+#include "report/page.h"
+#include "tools/flow_arguments.h"
+#include "tools/flow_files.h"
+#include "tools/flow_report.h"
+#include "tools/input_net.h"
+#include "tools/progress_line.h"
+
+namespace vorel::tools {
+namespace {
+
+using flow::Step;
+
+// "3 inputs, 1 output".
+std::string counts(std::initializer_list<std::pair<std::size_t, const char*>> items) {
+  std::string text;
+  for (const auto& [count, name] : items) {
+    if (count == 0) continue;
+    text +=
+        (text.empty() ? "" : ", ") + std::to_string(count) + ' ' + name + (count > 1 ? "s" : "");
+  }
+  return text;
+}
+
+std::string sizes_text(const net::Stg& stg) {
+  return counts({{stg.inputs_end, "input"},
+                 {stg.outputs_end - stg.inputs_end, "output"},
+                 {stg.internals_end - stg.outputs_end, "internal signal"},
+                 {stg.signals.size() - stg.internals_end, "dummy signal"},
+                 {stg.transitions.size(), "transition"},
+                 {stg.places.size(), "place"}});
+}
+
+class FlowRun {
+ public:
+  explicit FlowRun(FlowTask& task)
+      : task_{task},
+        stream_{task.document == standard_stream ? std::cerr : std::cout},
+        progress_{!task.quiet} {}
+
+  // nullopt after an error of this program's own: nothing read or not all written.
+  std::optional<flow::Verdict> run() {
+    auto stg = read_stg(task_.format_name, task_.stg);
+    if (!stg) return std::nullopt;
+    flow::StepRecord reading{Step::read, sizes_text(*stg), watch_.lap()};
+    tell_end(reading);
+    flow::FlowResult result = flow::run_flow(std::move(*stg), task_.request, listener());
+    progress_.clear();
+    result.steps.insert(result.steps.begin(), std::move(reading));
+    result.seconds += result.steps.front().seconds;
+    if (!deliver(result)) return std::nullopt;
+    return result.verdict;
+  }
+
+ private:
+  flow::FlowListener listener() {
+    flow::FlowListener listener;
+    listener.end = [this](const flow::StepRecord& record) { tell_end(record); };
+    if (!progress_.is_active()) return listener;
+    listener.begin = [this](Step step) {
+      doing_ = flow::row_of(step).doing;
+      progress_.show(doing_);
+    };
+    listener.progress = [this](const std::string& line) { progress_.show(doing_ + ": " + line); };
+    return listener;
+  }
+
+  void tell_end(const flow::StepRecord& record) {
+    progress_.clear();
+    if (!task_.quiet) print_step(record, stream_);
+  }
+
+  // Files first, then what is told, the document on the standard output last.
+  bool deliver(flow::FlowResult& result) {
+    std::vector<FlowFile> files;
+    if (!prepare_files(result, files)) return false;
+    std::vector<std::string> names;
+    for (const FlowFile& file : files) names.push_back(file.name);
+    const auto write_document = [&](std::ostream& stream) {
+      return report::write_document(task_.request, result, names, stream);
+    };
+    if (!task_.folder.empty()) {
+      files.push_back({"report.json", write_document});
+      if (!write_folder(task_, files)) return false;
+    }
+    const bool is_on_output = task_.document == standard_stream;
+    if (!task_.document.empty() && !is_on_output) {
+      const bool is_saved = formats::save_file(
+          task_.document, [&](base::OutputFile& file) { return write_document(file.stream()); });
+      if (!is_saved) return false;
+    }
+    tell(result, files);
+    return !is_on_output || write_document(std::cout);
+  }
+
+  // The page is made before the document, which tells how long that took.
+  bool prepare_files(flow::FlowResult& result, std::vector<FlowFile>& files) {
+    if (task_.folder.empty()) return true;
+    base::StopWatch watch;
+    files = circuit_files(task_, result);
+    for (FlowFile& file : waveform_files(result)) files.push_back(std::move(file));
+    if (task_.wants_page) {
+      std::ostringstream page;
+      if (!report::write_page(task_.request, result, page)) return false;
+      files.push_back({"report.html", [text = std::move(page).str()](std::ostream& stream) {
+                         stream << text << std::flush;
+                         return stream.good() || base::report_write_failure();
+                       }});
+    }
+    flow::StepRecord record{Step::report, std::to_string(files.size() + 1) + " files", watch.lap()};
+    tell_end(record);
+    result.seconds += record.seconds;
+    result.steps.push_back(std::move(record));
+    return true;
+  }
+
+  void tell(const flow::FlowResult& result, const std::vector<FlowFile>& files) {
+    for (const std::string& warning : result.warnings) base::print_warning(warning);
+    for (const std::string& error : result.errors) base::print_error(error);
+    if (task_.quiet) return;
+    print_outcome(task_, result, stream_);
+    if (!files.empty()) {
+      stream_ << "\nwrote " << task_.folder << ':';
+      for (const FlowFile& file : files)
+        if (!file.name.starts_with("traces/")) stream_ << ' ' << file.name;
+      stream_ << '\n';
+    }
+    stream_ << std::flush;
+  }
+
+  FlowTask& task_;
+  std::ostream& stream_;
+  ProgressLine progress_;
+  std::string doing_;
+  base::StopWatch watch_;
+};
+
+}  // namespace
+
+int run_flow_command(int argc, char** argv) {
+  base::start_program();
+  auto task = parse_flow_arguments(argc, argv);
+  if (!task) return base::finish_program();
+  std::optional<flow::Verdict> verdict;
+  if (flow_files_can_be_written(*task)) verdict = FlowRun(*task).run();
+  const bool is_told = std::cout.flush().good();
+  const int severity = base::finish_program();
+  assert((verdict || severity >= static_cast<int>(base::severity_error)) && "an error was told");
+  if (!verdict || !is_told) return severity;
+  return static_cast<int>(*verdict);
+}
+
+}  // namespace vorel::tools
