@@ -14,7 +14,7 @@ fail() { echo "install_test.sh: $1" >&2; exit 1; }
 completions_of() {
   COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
   _vorel
-  echo "${COMPREPLY[*]}"
+  printf "%s\n" "${COMPREPLY[@]}" | sort | xargs
 }
 
 export PATH=$prefix/bin:$PATH
