@@ -60,32 +60,40 @@ struct Tried {
   bool is_right = true;
 };
 
-Tried try_all(std::vector<decomposition::GateMatcher>& matchers, const bdd::BDDCover& query) {
-  Tried best{.seconds = std::numeric_limits<double>::infinity()};
-  for (int run = 0; run < runs; ++run) {
-    Tried now;
-    std::vector<decomposition::GateMatch> found;
-    for (const auto& matcher : matchers) now.codes -= matcher.stats().codes;
-    const auto start = std::chrono::steady_clock::now();
-    for (auto& matcher : matchers) found.push_back(matcher.match(query));
-    now.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    for (std::size_t i = 0; i < matchers.size(); ++i) {
-      now.codes += matchers[i].stats().codes;
-      if (!found[i].exists()) continue;
-      ++now.matches;
-      now.is_right = now.is_right && matchers[i].implements(query, found[i]);
-    }
-    if (now.seconds < best.seconds) best = now;
+using Matchers = std::vector<decomposition::GateMatcher>;
+
+Tried try_all(Matchers& matchers, const bdd::BDDCover& query) {
+  Tried tried;
+  std::vector<decomposition::GateMatch> found;
+  for (const auto& matcher : matchers) tried.codes -= matcher.stats().codes;
+  const auto start = std::chrono::steady_clock::now();
+  for (auto& matcher : matchers) found.push_back(matcher.match(query));
+  tried.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  for (std::size_t i = 0; i < matchers.size(); ++i) {
+    tried.codes += matchers[i].stats().codes;
+    if (!found[i].exists()) continue;
+    ++tried.matches;
+    tried.is_right = tried.is_right && matchers[i].implements(query, found[i]);
   }
-  return best;
+  return tried;
 }
 
-void measure(const Kind& kind, std::vector<decomposition::GateMatcher>& matchers) {
-  std::mt19937 random(1);
+// Matchers remember their answers, so that each run has its own.
+void measure(const Kind& kind, const decomposition::GateLibrary& library,
+             const std::vector<std::string>& gates) {
+  std::vector<Tried> best(functions, {.seconds = std::numeric_limits<double>::infinity()});
+  for (int run = 0; run < runs; ++run) {
+    Matchers matchers;
+    for (const std::string& gate : gates) matchers.emplace_back(library, std::vector{gate});
+    std::mt19937 random(1);
+    for (Tried& of_function : best) {
+      const Tried tried = try_all(matchers, kind.make(random));
+      if (tried.seconds < of_function.seconds) of_function = tried;
+    }
+  }
   Tried sum;
   std::vector<double> seconds;
-  for (std::uint32_t i = 0; i < functions; ++i) {
-    const Tried tried = try_all(matchers, kind.make(random));
+  for (const Tried& tried : best) {
     seconds.push_back(tried.seconds);
     sum.matches += tried.matches;
     sum.codes += tried.codes;
@@ -101,13 +109,10 @@ void measure(const Kind& kind, std::vector<decomposition::GateMatcher>& matchers
 int run(const std::string& file_name) {
   const auto library = decomposition::GateLibrary::read(file_name);
   if (!library) return 2;
-  std::vector<decomposition::GateMatcher> matchers;
-  for (const std::string& gate : library->gate_list(~0u, true)) {
-    matchers.emplace_back(*library, std::vector{gate});
-  }
-  std::printf("%zu gates, each alone\n%-34s %9s %8s %8s %9s %9s  %s\n", matchers.size(), "",
+  const std::vector<std::string> gates = library->gate_list(~0u, true);
+  std::printf("%zu gates, each alone\n%-34s %9s %8s %8s %9s %9s  %s\n", gates.size(), "",
               "functions", "matches", "codes", "ms median", "ms worst", "right");
-  for (const Kind& kind : kinds) measure(kind, matchers);
+  for (const Kind& kind : kinds) measure(kind, *library, gates);
   return 0;
 }
 

@@ -130,6 +130,7 @@ bool PairSearch::search_all() {
     for (; limit > 0 && !base::run_failed() && instance().solve(); --limit) record_and_block();
     return limit > 0;
   });
+  has_met_limit_ = limit == 0;
   return !found().solutions.empty();
 }
 

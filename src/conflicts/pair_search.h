@@ -28,6 +28,10 @@ using State = configuration::FinalState<net::StgPrefix>;
 using PairState = configuration::StateLiterals<net::StgPrefix>;
 
 class PairSearch : public configuration::SearchEngine<net::StgPrefix> {
+ public:
+  // After a search for all solutions: it has ended at its limit, so that there may be more.
+  bool has_met_limit() const { return has_met_limit_; }
+
  protected:
   // Warns of dummy cut-offs, and tells of the optimised method.
   PairSearch(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
@@ -81,6 +85,7 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix> {
   const bool conflict_free_;
   const std::int32_t method_;
   bool adds_inclusion_ = false;
+  bool has_met_limit_ = false;
   std::uint32_t candidate_ = base::no_index;
 };
 

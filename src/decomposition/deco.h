@@ -26,9 +26,11 @@ enum class DecoKind : std::uint8_t {
 
 struct Deco {
   // For kinds with a gate. Literals need nothing, and beside a latch each driver can be one gate of
-  // its own, which the latch acknowledges. A new signal is needed for all others.
+  // its own, which the latch acknowledges, unless the signal is to have a single gate. A new signal
+  // is needed for all others.
   bool must_be_inserted(const Subfunction& part) const {
-    return !part.is_trivial() && !(kind == DecoKind::monotonic && part.is_gate());
+    const bool can_be_driver = kind == DecoKind::monotonic && !single_gate;
+    return !part.is_trivial() && !(can_be_driver && part.is_gate());
   }
   // Every sub-function is a literal or a constant.
   bool is_trivial() const;
@@ -46,6 +48,7 @@ struct Deco {
   // The equation; SET and RESET of a monotonic one.
   toolkit::LogicExpr function, inverse_function;
   std::size_t literals = 0;  // of the signal's function
+  bool single_gate = false;  // with no other gate before or behind it
   // Its inputs are variables i for sub-function i, their complements, or constants. Of a collapsed
   // one only the name is set, to "COLLAPSED"; a monotonic one for which there is no latch has none.
   GateMatch gate;

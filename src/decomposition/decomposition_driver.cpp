@@ -12,6 +12,7 @@
 #include "decomposition/signal_variables.h"
 #include "formats/g_writer.h"
 #include "resolution/apply_reduction.h"
+#include "synthesis/assumptions.h"
 
 namespace vorel::decomposition {
 namespace {
@@ -49,6 +50,17 @@ void tell_reuse(const std::string& signal) {
   std::cerr << line << "\nRe-using decomposition for " << signal << line;
 }
 
+// Incomplete after a reported error.
+SignalDecomposer::Names signals_that_others_disable(const net::StgPrefix& prefix,
+                                                    const base::Params& params) {
+  const configuration::StateStructure<net::StgPrefix> structure(prefix);
+  const auto encoding = configuration::SearchOptions::of(params).encoding;
+  SignalDecomposer::Names names;
+  for (const synthesis::Disabling& pair : synthesis::find_disablings(structure, encoding))
+    names.insert(base::element(prefix.signals, pair.signal).name);
+  return names;
+}
+
 bdd::Bdd regular(const bdd::Bdd& function) {
   return function.is_complement() ? ~function : function;
 }
@@ -57,13 +69,16 @@ bdd::Bdd regular(const bdd::Bdd& function) {
 
 struct DecompositionDriver::Tools {
   Tools(GateLibrary of, net::StgPrefix& prefix, const base::Params& params)
-      : library{std::move(of)},
+      : disabled_signals{signals_that_others_disable(prefix, params)},
+        library{std::move(of)},
         gates{library.gate_list(static_cast<std::uint32_t>(params.get("max_gate_inputs")),
                                 params.get("use_latches") != 0)},
         variables{most_pins(library, gates)},
         inserter{prefix, signal_name, variables.names(), params},
-        decomposer{library, gates, variables, inserter} {}
+        decomposer{library, gates, variables, inserter, disabled_signals} {}
 
+  // Insertions add none.
+  const SignalDecomposer::Names disabled_signals;
   const GateLibrary library;
   const std::vector<std::string> gates;
   SignalVariables variables;
@@ -124,7 +139,7 @@ bool DecompositionDriver::prepare() {
   std::optional<GateLibrary> library = GateLibrary::read(library_name_);
   if (!library || !resolution::prepare_for_insertions(prefix_)) return false;
   tools_ = std::make_unique<Tools>(std::move(*library), prefix_, params_);
-  return true;
+  return !base::run_failed();
 }
 
 bool DecompositionDriver::decompose_all() {

@@ -52,11 +52,12 @@ bdd::BDDCover covers_of(const synthesis::SignalImplementation& alternative,
 }
 
 std::vector<Deco> matched_candidates(const synthesis::SignalSolution& solution,
-                                     GateMatcher& matcher, std::span<const std::string> names) {
+                                     GateMatcher& matcher, std::span<const std::string> names,
+                                     OutputInverter inverter) {
   std::vector<Deco> candidates;
   for (const synthesis::SignalImplementation& alternative : solution.alternatives) {
     if (tells_attempts()) tell_attempt(alternative);
-    const GateMatch match = matcher.match(covers_of(alternative, names), names);
+    const GateMatch match = matcher.match(covers_of(alternative, names), names, inverter);
     if (!match.exists()) continue;
     if (tells_attempts())
       std::cerr << "\nTrivially implementable by " << match.gate << " (perhaps, with inverters)";
@@ -74,10 +75,11 @@ std::vector<Deco> monotonic_candidates(const std::string& signal, std::uint32_t 
                                        const synthesis::SignalSolution& set,
                                        const synthesis::SignalSolution& reset,
                                        std::uint64_t literals, GateMatcher& matcher,
-                                       std::span<const std::string> names, LatchCost most) {
+                                       std::span<const std::string> names, LatchCost most,
+                                       OutputInverter inverter) {
   std::vector<Deco> candidates;
   const GateMatch latch =
-      matcher.match(monotonic_shape(bdd::bdd_variable(0), bdd::bdd_variable(1)));
+      matcher.match(monotonic_shape(bdd::bdd_variable(0), bdd::bdd_variable(1)), {}, inverter);
   if (!latch.exists()) return candidates;
   const bdd::BDDCover shape = matcher.covers_of_match(latch);
   for (const synthesis::SignalImplementation& rising : set.alternatives) {
@@ -91,6 +93,7 @@ std::vector<Deco> monotonic_candidates(const std::string& signal, std::uint32_t 
       deco.function = rising.equation;
       deco.inverse_function = falling.equation;
       deco.literals = literals;
+      deco.single_gate = inverter == OutputInverter::refused;
       if (tells_attempts()) tell_pair(signal, deco);
       for (Subfunction& part : deco.subfunctions)
         part.match = matcher.match(bdd::BDDCover(part.function), names);

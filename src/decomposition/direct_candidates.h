@@ -25,7 +25,8 @@ bdd::BDDCover covers_of(const synthesis::SignalImplementation& alternative,
 
 // For each alternative that has one the gate with literals on its pins.
 std::vector<Deco> matched_candidates(const synthesis::SignalSolution& solution,
-                                     GateMatcher& matcher, std::span<const std::string> names);
+                                     GateMatcher& matcher, std::span<const std::string> names,
+                                     OutputInverter inverter);
 
 // Whether SET and RESET together have fewer literals than the gate that they stand for. Costly ones
 // are for signals that cannot do without.
@@ -39,6 +40,7 @@ std::vector<Deco> monotonic_candidates(const std::string& signal, std::uint32_t 
                                        const synthesis::SignalSolution& set,
                                        const synthesis::SignalSolution& reset,
                                        std::uint64_t literals, GateMatcher& matcher,
-                                       std::span<const std::string> names, LatchCost most);
+                                       std::span<const std::string> names, LatchCost most,
+                                       OutputInverter inverter);
 
 }  // namespace vorel::decomposition

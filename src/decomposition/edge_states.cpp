@@ -73,13 +73,21 @@ void EdgeStates::set_target(const bdd::Bdd& function, std::span<const std::strin
   for (const net::Signal* signal : signals_)
     if (signal != nullptr) is_in_support_[*signal] = true;
   target_lit_ = literal_of(function, signals_, states_.state(0), formula, target_group_);
+  possible_ = base::BitRows(4, candidates_.size());
+  for (const KnownState& state : known_states_) take_marks(state, is_true_at(state.code));
+}
+
+bool EdgeStates::is_true_at(const std::vector<int>& values) const {
+  std::vector<int> code(signals_.size() + 1, 0);
+  for (std::size_t i = 0; i < signals_.size(); ++i)
+    if (signals_[i] != nullptr) code[i] = values[signals_[i]->index];
+  return target_.evaluate(code);
 }
 
 bool EdgeStates::initial_value() const {
-  std::vector<int> code(signals_.size() + 1, 0);
-  for (std::size_t i = 0; i < signals_.size(); ++i)
-    if (signals_[i] != nullptr) code[i] = signals_[i]->initial_value;
-  return target_.evaluate(code);
+  std::vector<int> values;
+  for (const auto& signal : prefix_.signals) values.push_back(signal->initial_value);
+  return is_true_at(values);
 }
 
 bool EdgeStates::can_be_triggered(CandidateId candidate) const {
@@ -136,15 +144,63 @@ sat::ClauseGroup EdgeStates::new_question() {
   return states_.formula().renew_group(states_.formula().group(question_group));
 }
 
-bool EdgeStates::is_possible(CandidateId candidate, Lit (EdgeStates::*what)(OccurrenceId),
-                             bool value) {
+Lit EdgeStates::literal(OccurrenceId id, Timing timing) {
+  return timing == Timing::excited ? excited(id) : awaited(id);
+}
+
+bool EdgeStates::is_possible(CandidateId candidate, Timing timing, bool value) {
   Lits any;
   for (const OccurrenceId id : candidates_.occurrences_of(candidate))
-    any.push_back((this->*what)(id));
+    any.push_back(literal(id, timing));
   const sat::ClauseGroup question = new_question();
   states_.formula().add_clause(any, question);
   states_.formula().add_unit(target_lit_ ^ !value, question);
   return states_.formula().solve();
+}
+
+void EdgeStates::take_marks(const KnownState& state, bool value) {
+  for (const Timing timing : {Timing::excited, Timing::awaited})
+    possible_.add(row_of(timing, value), state.marks[static_cast<std::size_t>(timing)]);
+}
+
+// Literals that nobody has asked for yet leave no mark.
+EdgeStates::KnownState EdgeStates::state_of_model() {
+  const sat::CnfFormula& formula = states_.formula();
+  KnownState state{std::vector<int>(prefix_.signals.size(), 0), {2, candidates_.size()}};
+  for (const net::SignalId signal : prefix_.visible_signals())
+    state.code[signal.value] = formula.is_true(states_.state(0).code(signal)) ? 1 : 0;
+  for (const OccurrenceId id : candidates_.all_occurrences()) {
+    const Lit literals[] = {occurrences_[id].excited, occurrences_[id].awaited};
+    for (std::size_t timing = 0; timing < std::size(literals); ++timing)
+      if (!literals[timing].is_uninit() && formula.is_true(literals[timing]))
+        state.marks.set(timing, candidates_.candidate_of(id).value);
+  }
+  return state;
+}
+
+// Some of the candidates must be so: as long as there is a state, it is known to be possible for
+// one more at least.
+void EdgeStates::find_possible(resolution::CandidateList candidates, Timing timing, bool value) {
+  const auto is_known = [=, this](CandidateId candidate) {
+    return is_known_possible(candidate, timing, value);
+  };
+  std::erase_if(candidates, is_known);
+  const sat::ClauseGroup question = new_question();
+  states_.formula().add_unit(target_lit_ ^ !value, question);
+  while (!candidates.empty()) {
+    Lits any;
+    for (const CandidateId candidate : candidates)
+      for (const OccurrenceId id : candidates_.occurrences_of(candidate))
+        any.push_back(literal(id, timing));
+    states_.formula().add_clause(any, question);
+    if (!states_.formula().solve()) return;
+    KnownState state = state_of_model();
+    assert(is_true_at(state.code) == value);
+    take_marks(state, value);
+    if (known_states_.size() < most_known_states) known_states_.push_back(std::move(state));
+    [[maybe_unused]] const std::size_t found = std::erase_if(candidates, is_known);
+    assert(found > 0);
+  }
 }
 
 // The last change of a signal in the model that is no trigger of the candidate.
@@ -163,27 +219,47 @@ std::string EdgeStates::other_change_in_model(CandidateId candidate) {
   return name;
 }
 
-Admission EdgeStates::admission(CandidateId candidate) {
-  const bool tells = base::verbosity() >= verbosity_of_refusals;
-  const auto text = [&] { return resolution::to_text(candidates_.insertion(candidate)); };
-  const auto refuse_incompatible = [&] {
-    if (tells) std::cerr << "\n Insertion " << text() << " is incompatible";
-    return Admission::none;
-  };
-  if (!can_be_triggered(candidate)) return refuse_incompatible();
-  const bool rises = is_possible(candidate, &EdgeStates::excited, true);
-  if (base::run_failed()) return Admission::none;
-  if (is_possible(candidate, &EdgeStates::excited, false) == rises) {
-    if (base::run_failed()) return Admission::none;
-    if (tells && rises) {
-      std::cerr << "\n Insertion " << text() << " is concurrent with "
-                << other_change_in_model(candidate) << " in a sensitive state";
-    }
-    return Admission::none;
-  }
-  if (is_possible(candidate, &EdgeStates::awaited, rises)) return refuse_incompatible();
-  if (base::run_failed()) return Admission::none;
+Admission EdgeStates::admission(CandidateId candidate) const {
+  const bool rises = is_known_possible(candidate, Timing::excited, true);
+  if (rises == is_known_possible(candidate, Timing::excited, false)) return Admission::none;
+  if (is_known_possible(candidate, Timing::awaited, rises)) return Admission::none;
   return rises ? Admission::rising : Admission::falling;
+}
+
+void EdgeStates::tell_refusal(CandidateId candidate) {
+  const bool rises = is_known_possible(candidate, Timing::excited, true);
+  const bool falls = is_known_possible(candidate, Timing::excited, false);
+  const bool is_triggered = can_be_triggered(candidate);
+  if (is_triggered && !rises && !falls) return;
+  std::cerr << "\n Insertion " << resolution::to_text(candidates_.insertion(candidate));
+  if (is_triggered && rises == falls && is_possible(candidate, Timing::excited, true)) {
+    std::cerr << " is concurrent with " << other_change_in_model(candidate)
+              << " in a sensitive state";
+  } else {
+    std::cerr << " is incompatible";
+  }
+}
+
+base::IndexedBy<net::Insertion, Admission> EdgeStates::admissions() {
+  for (const net::SignalId signal : prefix_.visible_signals()) states_.state(0).code(signal);
+  resolution::CandidateList triggered, rising, falling;
+  for (const CandidateId candidate : candidates_.all())
+    if (can_be_triggered(candidate)) triggered.push_back(candidate);
+  for (const bool value : {true, false}) find_possible(triggered, Timing::excited, value);
+  for (const CandidateId candidate : triggered) {
+    const Admission so_far = admission(candidate);
+    if (so_far != Admission::none)
+      (so_far == Admission::rising ? rising : falling).push_back(candidate);
+  }
+  find_possible(rising, Timing::awaited, true);
+  find_possible(falling, Timing::awaited, false);
+  base::IndexedBy<net::Insertion, Admission> result(candidates_.size(), Admission::none);
+  if (base::run_failed()) return result;
+  for (const CandidateId candidate : triggered) result[candidate] = admission(candidate);
+  if (base::verbosity() >= verbosity_of_refusals)
+    for (const CandidateId candidate : candidates_.all())
+      if (result[candidate] == Admission::none) tell_refusal(candidate);
+  return result;
 }
 
 bool EdgeStates::is_triggered_in_model(OccurrenceId id) {

@@ -10,6 +10,7 @@
 #include "bdd/cover_bdd.h"
 #include "decomposition/gate_covers.h"
 #include "decomposition/pin_choices.h"
+#include "decomposition/symmetry_classes.h"
 
 namespace vorel::decomposition {
 namespace {
@@ -25,8 +26,9 @@ constexpr bdd::Bdd bdd::BDDCover::*the_sets[] = {&bdd::BDDCover::er_plus, &bdd::
                                                  &bdd::BDDCover::er_minus,
                                                  &bdd::BDDCover::qr_minus};
 
-std::vector<bdd::Bdd> sets_of(const bdd::BDDCover& cover) {
-  return {cover.er_plus, cover.qr_plus, cover.er_minus, cover.qr_minus};
+std::vector<bdd::Bdd> key_of(const bdd::BDDCover& cover, OutputInverter inverter) {
+  const bdd::Bdd is_admitted(inverter == OutputInverter::admitted);
+  return {cover.er_plus, cover.qr_plus, cover.er_minus, cover.qr_minus, is_admitted};
 }
 
 // A signal that changes with the output of a gate, and the other way round.
@@ -99,17 +101,25 @@ struct GateMatcher::Demand {
 // A query over inputs that are numbered from 0, and the codes at which choices are tried.
 class GateMatcher::Query {
  public:
-  explicit Query(const bdd::BDDCover& cover) : variables_{cover.support()}, edges_{false} {
+  Query(const bdd::BDDCover& cover, OutputInverter inverter)
+      : variables_{cover.support()}, inverter_{inverter}, edges_{false} {
     std::vector<bdd::Bdd> renaming(variables_.empty() ? 0 : variables_.back() + 1, bdd::Bdd(false));
     for (std::uint32_t i = 0; i < variables_.size(); ++i) {
       renaming[variables_[i]] = bdd::bdd_variable(i);
     }
     cover_ = compose(cover, renaming);
     for (std::uint32_t i = 0; i < variables_.size(); ++i) find_edges(i);
+    earlier_alike_.resize(variables_.size());
+    for (const std::vector<std::uint32_t>& alike : symmetry_classes(cover_))
+      for (std::size_t i = 0; i < alike.size(); ++i)
+        earlier_alike_[alike[i]] = alike[i == 0 ? 0 : i - 1];
   }
 
   const bdd::BDDCover& cover() const { return cover_; }
+  OutputInverter inverter() const { return inverter_; }
   std::uint32_t input_count() const { return static_cast<std::uint32_t>(variables_.size()); }
+  // Of inputs in one symmetry class each but the first has the one before it.
+  const std::vector<std::uint32_t>& earlier_alike() const { return earlier_alike_; }
   // A gate with fewer pins cannot match.
   std::uint32_t needed_inputs() const { return needed_inputs_; }
   bool is_constant() const {
@@ -161,9 +171,11 @@ class GateMatcher::Query {
   }
 
   std::vector<std::uint32_t> variables_;  // of the caller, by input
+  const OutputInverter inverter_;
   bdd::BDDCover cover_;
   bdd::Bdd edges_;
   std::uint32_t needed_inputs_ = 0;
+  std::vector<std::uint32_t> earlier_alike_;
   std::vector<Demand> demands_;
 };
 
@@ -195,11 +207,13 @@ const bdd::BDDCover& GateMatcher::covers(const std::string& gate) {
   return covers(gates_[found->second]);
 }
 
-const bdd::Bdd& GateMatcher::valid_choices(Gate& gate, std::uint32_t input_count) {
+const bdd::Bdd& GateMatcher::valid_choices(Gate& gate, const Query& query) {
   const std::uint32_t pin_count = gate.description->input_count();
   if (gate.valid_choices.empty()) gate.earlier_twin = earlier_twins(covers(gate), pin_count);
-  bdd::Bdd& valid = gate.valid_choices[input_count];
-  if (valid.is_null()) valid = PinChoices(pin_count, input_count).valid(gate.earlier_twin);
+  bdd::Bdd& valid = gate.valid_choices[query.earlier_alike()];
+  if (valid.is_null())
+    valid =
+        PinChoices(pin_count, query.input_count()).valid(gate.earlier_twin, query.earlier_alike());
   return valid;
 }
 
@@ -235,7 +249,8 @@ std::optional<GateMatch> GateMatcher::cheapest_match(Gate& gate, Query& query) {
   ++stats_.gates;
   const std::string& name = gate.description->name;
   const PinChoices choices(gate.description->input_count(), query.input_count());
-  bdd::Bdd left = valid_choices(gate, query.input_count());
+  bdd::Bdd left = valid_choices(gate, query);
+  if (query.inverter() == OutputInverter::refused) left &= ~PinChoices::output_inversion();
   for (const Demand& demand : query.demands()) {
     if (left.is_false()) break;
     left &= right_choices(gate, choices, demand);
@@ -296,13 +311,13 @@ GateMatch GateMatcher::best_match(Query& query) {
   return best;
 }
 
-GateMatch GateMatcher::found_match(const bdd::BDDCover& cover) {
-  Query query(cover);
+GateMatch GateMatcher::found_match(const bdd::BDDCover& cover, OutputInverter inverter) {
+  Query query(cover, inverter);
   if (query.needed_inputs() > max_inputs_) return {};
   if (base::verbosity() >= verbosity_of_renaming)
     tell("\nCovers after substituting variables: ", to_string(query.cover()));
   // Signals alike have queries that differ in the numbers of variables only.
-  const auto [entry, is_new] = known_renamed_.try_emplace(sets_of(query.cover()));
+  const auto [entry, is_new] = known_renamed_.try_emplace(key_of(query.cover(), inverter));
   if (is_new) entry->second = best_match(query);
   GateMatch best = entry->second;
   for (bdd::Bdd& input : best.inputs) {
@@ -314,18 +329,19 @@ GateMatch GateMatcher::found_match(const bdd::BDDCover& cover) {
   return best;
 }
 
-GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::string> names) {
+GateMatch GateMatcher::match(const bdd::BDDCover& cover, std::span<const std::string> names,
+                             OutputInverter inverter) {
   ++stats_.queries;
   const bool is_told = base::verbosity() >= verbosity_of_queries;
   if (is_told) tell("\nTrying to match ", to_string(cover, names));
-  const auto [entry, is_new] = known_.try_emplace(sets_of(cover));
-  if (is_new) entry->second = found_match(cover);
+  const auto [entry, is_new] = known_.try_emplace(key_of(cover, inverter));
+  if (is_new) entry->second = found_match(cover, inverter);
   const GateMatch& best = entry->second;
   if (is_told) {
     if (best.exists()) {
       tell("\nBest match: ", to_string(best, library_, names));
     } else {
-      const bool is_wide = Query(cover).needed_inputs() > max_inputs_;
+      const bool is_wide = Query(cover, inverter).needed_inputs() > max_inputs_;
       tell("\nNo match found", is_wide ? " - too many inputs" : "");
     }
   }

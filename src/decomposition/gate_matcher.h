@@ -14,6 +14,9 @@
 // that of the first gate. A query that a constant implements matches gates without inputs only: a
 // constant needs a driver, however cheap a wire is.
 //
+// Of choices that differ in the order of pins that the gate does not tell apart one is tried, and
+// of those that differ in the order of inputs that the query does not tell apart.
+//
 // The choices that make the gate right at one code of the query are a BDD without the variables of
 // the query, and a small one. All choices must be right at one edge for each input that is needed;
 // then at a code where the cheapest that is left is wrong, until it is right everywhere: so it is
@@ -36,6 +39,9 @@ namespace vorel::decomposition {
 
 class PinChoices;
 
+// Whether a match may have an inverter behind the gate.
+enum class OutputInverter : std::uint8_t { admitted, refused };
+
 class GateMatcher {
  public:
   struct Stats {
@@ -51,7 +57,8 @@ class GateMatcher {
   // The match does not exist if no gate implements the query. No query is searched for twice.
   // `names` are those of the query's variables, for the diagnostics that go to the standard error
   // stream from verbosity 5.
-  GateMatch match(const bdd::BDDCover& query, std::span<const std::string> names = {});
+  GateMatch match(const bdd::BDDCover& query, std::span<const std::string> names = {},
+                  OutputInverter inverter = OutputInverter::admitted);
 
   // What a signal does whose gate is that of a match, with these inputs and inverters.
   bdd::BDDCover covers_of_match(const GateMatch& match);
@@ -73,14 +80,14 @@ class GateMatcher {
     const toolkit::LibraryGate* description;
     // Computed at first use:
     std::optional<bdd::BDDCover> covers;
-    std::vector<std::uint32_t> earlier_twin;          // by pin, see PinChoices::valid
-    std::map<std::uint32_t, bdd::Bdd> valid_choices;  // by number of inputs of the query
+    std::vector<std::uint32_t> earlier_twin;                       // by pin, see PinChoices::valid
+    std::map<std::vector<std::uint32_t>, bdd::Bdd> valid_choices;  // by earlier_alike of the query
   };
 
   const bdd::BDDCover& covers(Gate& gate);
-  const bdd::Bdd& valid_choices(Gate& gate, std::uint32_t input_count);
+  const bdd::Bdd& valid_choices(Gate& gate, const Query& query);
   bool is_admitted(const Gate& gate, const Query& query) const;
-  GateMatch found_match(const bdd::BDDCover& cover);
+  GateMatch found_match(const bdd::BDDCover& cover, OutputInverter inverter);
   struct SetsHash {
     std::size_t operator()(const std::vector<bdd::Bdd>& sets) const;
   };
@@ -93,7 +100,7 @@ class GateMatcher {
   const GateLibrary& library_;
   std::vector<Gate> gates_;
   std::map<std::string, std::size_t, std::less<>> number_of_;  // of a gate, by name
-  KnownMatches known_;                                         // by the four sets
+  KnownMatches known_;          // by the four sets and whether inverters are admitted
   KnownMatches known_renamed_;  // of queries over inputs that are numbered from 0
   std::uint32_t max_inputs_ = 1;
   Stats stats_;

@@ -1,6 +1,7 @@
 #include "decomposition/gate_models.h"
 
 #include <algorithm>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -51,7 +52,8 @@ bool is_inverter(const toolkit::LibraryGate& gate) {
   return gate.pin_count() == 1 && toolkit::truth_table(gate.function, 1).front() % 4 == 1;
 }
 
-void write_model(std::ostream& stream, const toolkit::LibraryGate& gate) {
+// With a net type, ports can stand where undeclared nets are errors.
+void write_model(std::ostream& stream, const toolkit::LibraryGate& gate, const char* net_type) {
   std::string inputs;
   for (std::uint32_t pin = 0; pin < gate.input_count(); ++pin) {
     inputs += (pin == 0 ? "" : ", ") + toolkit::verilog_name(gate.pins[pin]);
@@ -59,8 +61,9 @@ void write_model(std::ostream& stream, const toolkit::LibraryGate& gate) {
   const std::string output = toolkit::verilog_name(gate.output);
   const std::string delay = delay_parameter(gate);
   stream << "\nmodule " << toolkit::verilog_name(gate.name) << '(' << output
-         << (inputs.empty() ? "" : ", ") << inputs << ");\n    output " << output << ";\n";
-  if (!inputs.empty()) stream << "    input " << inputs << ";\n";
+         << (inputs.empty() ? "" : ", ") << inputs << ");\n    output " << net_type << output
+         << ";\n";
+  if (!inputs.empty()) stream << "    input " << net_type << inputs << ";\n";
   stream << "    parameter " << delay << " = " << (is_inverter(gate) ? 0 : 1) << ";\n    assign #"
          << delay << ' ' << output << " = "
          << toolkit::value_of<Term>(gate.function, TermAlgebra{gate}).text << ";\nendmodule\n";
@@ -98,8 +101,29 @@ bool write_gate_models(std::ostream& stream, std::span<const toolkit::LibraryGat
          "// front of gates take no time, and 1 for all other gates. Other delays are told by\n"
          "// defparam. A latch does not know its initial value: force the signals of the netlist\n"
          "// to the values that it lists in its last lines, apply the inputs, and release them.\n";
-  for (const toolkit::LibraryGate* gate : usable) write_model(stream, *gate);
+  for (const toolkit::LibraryGate* gate : usable) write_model(stream, *gate, "");
   return true;
+}
+
+void write_gate_models_of(std::ostream& stream, const synthesis::Netlist& netlist,
+                          std::string_view module_name,
+                          std::span<const toolkit::LibraryGate> gates) {
+  std::set<std::string_view> used;
+  for (const synthesis::NetlistGate& gate : netlist.gates) {
+    if (gate.is_instance()) used.insert(gate.cell.name);
+    const auto has_inverter = [](const auto& input) { return !input.inverter.empty(); };
+    if (std::ranges::any_of(gate.inputs, has_inverter)) used.insert(netlist.inverter.name);
+  }
+  if (used.empty()) return;
+  stream << "// Simulation models of the gates of " << module_name
+         << ".\n//\n"
+            "// An output follows the inputs after `delay`, which is 0 for inverters, as those in\n"
+            "// front of gates take no time, and 1 for all other gates. Other delays are told by\n"
+            "// defparam.\n`default_nettype none\n";
+  for (const toolkit::LibraryGate& gate : gates) {
+    if (used.contains(gate.name)) write_model(stream, gate, "wire ");
+  }
+  stream << "\n`default_nettype wire\n";
 }
 
 }  // namespace vorel::decomposition

@@ -39,6 +39,7 @@ class MappedSolution : public results::Solution {
   std::string function_text() const;
 
   const std::string& signal() const { return signal_; }
+  const std::vector<std::string>& triggers() const { return triggers_; }
   // The signals that the functions depend on, in the order of variables.
   const std::vector<std::string>& context() const { return context_; }
   // Of a complex gate one is the negation of the other.

@@ -85,13 +85,34 @@ bdd::Bdd PinChoices::is_ordered(std::uint32_t earlier, std::uint32_t later) cons
   return is_not_greater;
 }
 
-bdd::Bdd PinChoices::valid(std::span<const std::uint32_t> earlier_twin) const {
-  assert(earlier_twin.size() == pin_count_);
+bdd::Bdd PinChoices::carries(std::uint32_t pin, std::uint32_t input) const {
+  bdd::Bdd result = ~constancy(pin);
+  for (std::uint32_t bit = number_bits_; bit-- > 0;) {
+    const bdd::Bdd one = number_bit(pin, bit);
+    result &= (input >> (number_bits_ - 1 - bit)) % 2 == 1 ? one : ~one;
+  }
+  return result;
+}
+
+bdd::Bdd PinChoices::stands_behind(std::uint32_t earlier, std::uint32_t later) const {
+  bdd::Bdd result(true), has_come(false);
+  for (std::uint32_t pin = 0; pin < pin_count_; ++pin) {
+    result &= ~carries(pin, later) | has_come;
+    has_come |= carries(pin, earlier);
+  }
+  return result;
+}
+
+bdd::Bdd PinChoices::valid(std::span<const std::uint32_t> earlier_twin,
+                           std::span<const std::uint32_t> earlier_alike) const {
+  assert(earlier_twin.size() == pin_count_ && earlier_alike.size() == input_count_);
   bdd::Bdd result(true);
   for (std::uint32_t pin = pin_count_; pin-- > 0;) {
     result &= has_meaning(pin);
     if (earlier_twin[pin] != pin) result &= is_ordered(earlier_twin[pin], pin);
   }
+  for (std::uint32_t input = 0; input < input_count_; ++input)
+    if (earlier_alike[input] != input) result &= stands_behind(earlier_alike[input], input);
   return result;
 }
 

@@ -38,7 +38,12 @@ class PinChoices {
 
   // The assignments that mean something. A pin that may change places with an earlier one, which is
   // earlier_twin[pin], carries no smaller number than that; a pin without such has its own number.
-  bdd::Bdd valid(std::span<const std::uint32_t> earlier_twin) const;
+  // An input that may change places with an earlier one, which is earlier_alike[input], stands
+  // behind a pin that carries that; an input without such has its own number.
+  // Both at once leave one choice of those that differ in such changes only, at least: the one with
+  // the smallest numbers from the first pin on.
+  bdd::Bdd valid(std::span<const std::uint32_t> earlier_twin,
+                 std::span<const std::uint32_t> earlier_alike) const;
 
   // What each pin carries where the inputs have these values (0 or 1), over the choosing variables.
   std::vector<bdd::Bdd> values_at(std::span<const int> inputs) const;
@@ -60,6 +65,8 @@ class PinChoices {
 
   bdd::Bdd has_meaning(std::uint32_t pin) const;
   bdd::Bdd is_ordered(std::uint32_t earlier, std::uint32_t later) const;
+  bdd::Bdd carries(std::uint32_t pin, std::uint32_t input) const;
+  bdd::Bdd stands_behind(std::uint32_t earlier, std::uint32_t later) const;
   bdd::Bdd selected(std::uint32_t pin, std::span<const int> inputs) const;
   std::uint64_t price_of(std::uint32_t variable) const;
   Choice decoded(const std::vector<bool>& assignment) const;

@@ -47,11 +47,13 @@ struct SignalDecomposer::Alternative {
 
 SignalDecomposer::SignalDecomposer(const GateLibrary& library,
                                    const std::vector<std::string>& gates,
-                                   SignalVariables& variables, SubfunctionInserter& inserter)
+                                   SignalVariables& variables, SubfunctionInserter& inserter,
+                                   const Names& disabled_signals)
     : library_{library},
       gates_{gates},
       variables_{variables},
       inserter_{inserter},
+      disabled_signals_{disabled_signals},
       matcher_{library, gates},
       boolean_{literals_} {
   const bdd::Bdd first = bdd::bdd_variable(0), second = bdd::bdd_variable(1);
@@ -72,8 +74,10 @@ void SignalDecomposer::add_algebraic(const Alternative& alternative,
     };
     if (decomposition.kind == AlgKind::collapsed)
       add(collapsed_deco(decomposition, variables_.placeholder()));
+    const bool admits_inverter = inverter_of(alternative.signal) == OutputInverter::admitted;
     for (const TwoInputGate& gate : two_input_gates_)
-      if (gate.kind == decomposition.kind) add(gate_deco(decomposition, gate.match, gate.shape));
+      if (gate.kind == decomposition.kind && (admits_inverter || !gate.match.inverted))
+        add(gate_deco(decomposition, gate.match, gate.shape));
   }
 }
 
@@ -143,11 +147,17 @@ void SignalDecomposer::add_collapsed(std::vector<Deco>& candidates) {
   }
 }
 
+// A wire behind a gate, or before a latch, is excited together with the signal, and would lose its
+// excitation when the signal does: the environment allows the one, but not the other.
+OutputInverter SignalDecomposer::inverter_of(const std::string& signal) const {
+  return disabled_signals_.contains(signal) ? OutputInverter::refused : OutputInverter::admitted;
+}
+
 std::vector<Deco> SignalDecomposer::latches(const SignalFunctions& functions) {
   if (functions.set == nullptr) return {};
   return monotonic_candidates(functions.name(), variables_.of(functions.name()), *functions.set,
                               *functions.reset, functions.solution->cost(), matcher_,
-                              variables_.names(), latch_cost_);
+                              variables_.names(), latch_cost_, inverter_of(functions.name()));
 }
 
 std::vector<Deco> SignalDecomposer::all_candidates(const SignalFunctions& functions) {
@@ -180,8 +190,8 @@ DecoSetting SignalDecomposer::setting(std::uint32_t signal_count) {
 }
 
 Deco SignalDecomposer::implementation_of(const SignalFunctions& functions) {
-  std::vector<Deco> candidates =
-      matched_candidates(*functions.solution, matcher_, variables_.names());
+  std::vector<Deco> candidates = matched_candidates(
+      *functions.solution, matcher_, variables_.names(), inverter_of(functions.name()));
   if (candidates.empty()) candidates = latches(functions);
   Deco* best = nullptr;
   for (Deco& deco : candidates) {

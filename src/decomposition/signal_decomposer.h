@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -37,10 +38,14 @@ class SignalDecomposer {
     std::uint64_t relations = 0;  // of functions and gates
   };
 
+  using Names = std::set<std::string>;
+
   // Gates by name, of which none has more pins than there are variables for, in the order in which
-  // they are tried. All arguments outlive this.
+  // they are tried. Signals that lose their excitation to others get single gates. All arguments
+  // outlive this.
   SignalDecomposer(const GateLibrary& library, const std::vector<std::string>& gates,
-                   SignalVariables& variables, SubfunctionInserter& inserter);
+                   SignalVariables& variables, SubfunctionInserter& inserter,
+                   const Names& disabled_signals);
 
   // The cheapest gate that implements the signal as it is, or latch with gates for its SET and
   // RESET. Uninitialised if there is none.
@@ -72,6 +77,7 @@ class SignalDecomposer {
   void add_algebraic(const Alternative& alternative, std::vector<Deco>& candidates);
   void add_boolean(const Alternative& alternative, std::vector<Deco>& candidates);
   void add_collapsed(std::vector<Deco>& candidates);
+  OutputInverter inverter_of(const std::string& signal) const;
   std::vector<Deco> all_candidates(const SignalFunctions& functions);
   std::vector<Deco> latches(const SignalFunctions& functions);
   void add_insertions(Deco& deco);
@@ -82,6 +88,7 @@ class SignalDecomposer {
   const std::vector<std::string>& gates_;
   SignalVariables& variables_;
   SubfunctionInserter& inserter_;
+  const Names& disabled_signals_;
   GateMatcher matcher_;
   LiteralCounts literals_;
   LatchCost latch_cost_ = LatchCost::below_gate;

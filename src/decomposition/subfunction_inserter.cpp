@@ -28,8 +28,10 @@ using sat::Lits;
 constexpr int verbosity_of_results = 4, verbosity_of_details = 5;
 // Where so many sets of edges break the coding, others for the same function are likely to.
 constexpr std::size_t most_refused = 60;
-// That are looked at one after another.
-constexpr std::size_t most_sets = 200;
+// Sets of edges that are listed before the number of signals that wait for them is looked at, and
+// of those with one number. A search for the least cost proves a bound for each literal of the
+// cost, which takes longer than some sets.
+constexpr std::size_t few_sets = 10, most_sets = 200;
 
 bool tells(int verbosity) { return base::verbosity() >= verbosity; }
 
@@ -89,7 +91,8 @@ class SubfunctionInserter::Search {
         formula_{step.engine.formula()},
         function_{std::move(function)},
         own_{formula_.new_group()},
-        mode_{formula_.new_group()} {
+        mode_{formula_.new_group()},
+        listing_{formula_.new_group()} {
     step_.states.set_target(function_, inserter.names_);
     add_admissions();
     for (const resolution::SignalInsertion& edges : refused) exclude(edges, own_);
@@ -99,6 +102,7 @@ class SubfunctionInserter::Search {
   ~Search() {
     formula_.remove_group(own_);
     formula_.remove_group(mode_);
+    formula_.remove_group(listing_);
   }
 
   bool has_edges() const { return has_edges_; }
@@ -117,7 +121,14 @@ class SubfunctionInserter::Search {
   };
 
   void add_admissions();
-  std::optional<std::vector<EdgeSet>> all_sets();
+  void forget_listed();
+  // Lists sets that are not listed yet; false if there are so many or more.
+  bool list_sets(std::size_t most);
+  bool has_more_sets(std::uint64_t least_waiting);
+  // The cheapest that is acceptable: of those listed, of all, of those that so many wait for.
+  std::optional<SubfunctionInsertion> best_of(std::vector<EdgeSet> sets);
+  std::optional<SubfunctionInsertion> best_of_all();
+  std::optional<SubfunctionInsertion> best_with(std::uint64_t waiting);
   std::optional<EdgeSet> cheapest_set();
   EdgeSet set_of_model() const;
   static bool has(const EdgeSet& set, const EdgeStates::Deviation& deviation);
@@ -138,6 +149,8 @@ class SubfunctionInserter::Search {
   bool is_exact_ = false;
   std::vector<CandidateId> admitted_;
   std::vector<EdgeStates::Deviation> deviations_;  // of sets met in a search for the best
+  std::vector<EdgeSet> listed_;                    // by it
+  sat::ClauseGroup listing_;                       // excludes them
   std::vector<SubfunctionInsertion> found_;        // each set once
 };
 
@@ -146,9 +159,10 @@ void SubfunctionInserter::Search::add_admissions() {
   Lits rising, falling, excited_at_start;
   std::vector<std::pair<CandidateId, Admission>> admitted;
   std::string useful;
+  const auto admissions = step_.states.admissions();
   for (const CandidateId candidate : engine.candidates().all()) {
     const sat::Lit chosen = engine.literals()[candidate];
-    const Admission admission = step_.states.admission(candidate);
+    const Admission admission = admissions[candidate];
     if (admission == Admission::none) {
       formula_.add_unit(~chosen, own_);
       continue;
@@ -181,23 +195,75 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best(bool exact
   mode_ = formula_.renew_group(mode_);
   deviations_.clear();
   if (local) sat::IntegerCircuit(formula_).assert_equal(step_.acks, 1, mode_);
-  if (const auto sets = all_sets()) {
-    for (const EdgeSet& set : *sets) {
-      if (base::run_failed()) break;
-      if (std::ranges::any_of(deviations_,
-                              [&](const auto& deviation) { return has(set, deviation); }))
-        continue;
-      if (auto accepted = accept(set)) return accepted;
-    }
-  } else {
-    for (;;) {
-      const std::optional<EdgeSet> set = cheapest_set();
-      if (!set || base::run_failed()) return std::nullopt;
-      if (auto accepted = accept(*set)) return accepted;
-      if (base::run_failed()) return std::nullopt;
-    }
+  forget_listed();
+  if (list_sets(few_sets)) return best_of(listed_);
+  std::optional<SubfunctionInsertion> best;
+  for (std::uint64_t waiting = 0; !best && has_more_sets(waiting); ++waiting)
+    best = best_with(waiting);
+  return best;
+}
+
+void SubfunctionInserter::Search::forget_listed() {
+  listed_.clear();
+  listing_ = formula_.renew_group(listing_);
+}
+
+bool SubfunctionInserter::Search::list_sets(std::size_t most) {
+  std::size_t count = 0;
+  for (; count < most && formula_.solve(); ++count) {
+    listed_.push_back(set_of_model());
+    exclude(listed_.back().choice, listing_);
+  }
+  return count < most;
+}
+
+bool SubfunctionInserter::Search::has_more_sets(std::uint64_t least_waiting) {
+  const auto is_left = [=](const EdgeSet& set) { return set.waiting >= least_waiting; };
+  if (base::run_failed() || std::ranges::any_of(listed_, is_left)) return !base::run_failed();
+  assert(least_waiting > 0 && "the first sets listed are forgotten later");
+  const sat::ClauseGroup bound = formula_.new_group();
+  sat::IntegerCircuit(formula_).assert_greater(step_.acks, least_waiting - 1, bound);
+  const bool result = formula_.solve();
+  formula_.remove_group(bound);
+  return result;
+}
+
+std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best_of(
+    std::vector<EdgeSet> sets) {
+  std::ranges::stable_sort(sets, {}, &EdgeSet::rating);
+  for (const EdgeSet& set : sets) {
+    if (base::run_failed()) break;
+    const auto is_in = [&set](const auto& deviation) { return has(set, deviation); };
+    if (std::ranges::any_of(deviations_, is_in)) continue;
+    if (auto accepted = accept(set)) return accepted;
   }
   return std::nullopt;
+}
+
+std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best_of_all() {
+  while (const std::optional<EdgeSet> set = cheapest_set()) {
+    if (base::run_failed()) break;
+    if (auto accepted = accept(*set)) return accepted;
+    if (base::run_failed()) break;
+  }
+  return std::nullopt;
+}
+
+std::optional<SubfunctionInsertion> SubfunctionInserter::Search::best_with(std::uint64_t waiting) {
+  const sat::ClauseGroup number = formula_.new_group();
+  sat::IntegerCircuit(formula_).assert_equal(step_.acks, waiting, number);
+  std::optional<SubfunctionInsertion> best;
+  if (list_sets(most_sets)) {
+    std::vector<EdgeSet> sets;
+    std::ranges::copy_if(listed_, std::back_inserter(sets),
+                         [=](const EdgeSet& set) { return set.waiting == waiting; });
+    best = best_of(std::move(sets));
+  } else {
+    forget_listed();
+    best = best_of_all();
+  }
+  formula_.remove_group(number);
+  return best;
 }
 
 SubfunctionInserter::Search::EdgeSet SubfunctionInserter::Search::set_of_model() const {
@@ -205,22 +271,6 @@ SubfunctionInserter::Search::EdgeSet SubfunctionInserter::Search::set_of_model()
           .begins_at_1 = formula_.is_true(begins_at_1_),
           .waiting = sat::IntegerCircuit(formula_).model_value(step_.acks),
           .rating = sat::model_cost(formula_, step_.rating)};
-}
-
-// The cheapest first. Nothing if there are too many; a search for the least cost proves a bound for
-// each literal of the cost, which takes longer than some sets.
-std::optional<std::vector<SubfunctionInserter::Search::EdgeSet>>
-SubfunctionInserter::Search::all_sets() {
-  std::vector<EdgeSet> sets;
-  const sat::ClauseGroup blocking = formula_.new_group();
-  while (sets.size() < most_sets && formula_.solve()) {
-    sets.push_back(set_of_model());
-    exclude(sets.back().choice, blocking);
-  }
-  formula_.remove_group(blocking);
-  if (sets.size() == most_sets) return std::nullopt;
-  std::ranges::stable_sort(sets, {}, &EdgeSet::rating);
-  return sets;
 }
 
 std::optional<SubfunctionInserter::Search::EdgeSet> SubfunctionInserter::Search::cheapest_set() {
@@ -389,9 +439,10 @@ resolution::SignalInsertion SubfunctionInserter::general_candidates(const bdd::B
   const resolution::Candidates candidates(prefix_, std::move(general));
   EdgeStates states(candidates, options_.encoding);
   states.set_target(function, names_);
+  const auto admissions = states.admissions();
   resolution::SignalInsertion admitted;
   for (const CandidateId candidate : candidates.all())
-    if (states.admission(candidate) != Admission::none)
+    if (admissions[candidate] != Admission::none)
       admitted.push_back(candidates.insertion(candidate));
   return admitted;
 }

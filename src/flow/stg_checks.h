@@ -1,7 +1,7 @@
 // flow/stg_checks.h - what is wrong with an STG itself, before anything is synthesised of it.
 // Here:      dead transitions and signals, deadlock, outputs that are disabled, inputs that would
 //            have to be held back.
-// Not here:  safeness and consistency, without which there is no prefix (flow/unfold_step.h),
+// Not here:  safeness and consistency, without which there is no prefix (flow/unfold_findings.h),
 //            encoding (flow/coding_step.h).
 //
 // A signal is disabled where an edge of it can fire, perhaps after dummies only, and cannot any

@@ -22,18 +22,18 @@ class InitialValuePass {
   explicit InitialValuePass(StgPrefix& prefix)
       : prefix_{prefix}, order_{topological_order(prefix)} {}
 
-  bool run() {
+  std::optional<Inconsistency> run() {
     clean_dummies();
     EdgeHistory history(prefix_, order_);
     while (history.visit_next_block()) {
-      if (history.disorder() && !accept_disorder(*history.disorder())) return false;
+      if (history.disorder() && !accept_disorder(*history.disorder())) return inconsistency_;
     }
     for (Event* event : order_) {
-      if (!is_consistent(*event, history.edges_before(*event))) return false;
+      if (!is_consistent(*event, history.edges_before(*event))) return inconsistency_;
     }
     settle_unknown_values();
     assert(all_values_are_settled());
-    return true;
+    return std::nullopt;
   }
 
  private:
@@ -77,17 +77,12 @@ class InitialValuePass {
   }
 
   // The trace goes through the events, with `last` (if any) put to the end.
-  void refuse(const Signal& signal, std::vector<Event*> events, const Event* last) const {
+  void refuse(const Signal& signal, std::vector<Event*> events, const Event* last) {
     base::IndexedBy<Event, std::uint32_t> position(prefix_.events.size(), base::no_index);
     std::uint32_t next = 0;
     for (const Event* event : order_) position[*event] = event == last ? base::no_index : next++;
     std::ranges::sort(events, {}, [&](const Event* event) { return position[*event]; });
-    std::string trace;
-    for (const Event* event : events) {
-      if (!trace.empty()) trace += ", ";
-      trace += event->transition->name;
-    }
-    base::print_error("the STG is inconsistent, signal " + signal.name + "; trace:\n" + trace);
+    inconsistency_ = Inconsistency{&signal, {events.begin(), events.end()}};
   }
 
   // First the signals that only toggle, then those without events.
@@ -114,10 +109,26 @@ class InitialValuePass {
 
   StgPrefix& prefix_;
   const std::vector<Event*> order_;
+  std::optional<Inconsistency> inconsistency_;
 };
 
 }  // namespace
 
-bool find_initial_values(StgPrefix& prefix) { return InitialValuePass(prefix).run(); }
+std::optional<Inconsistency> settle_initial_values(StgPrefix& prefix) {
+  return InitialValuePass(prefix).run();
+}
+
+bool find_initial_values(StgPrefix& prefix) {
+  const auto inconsistency = settle_initial_values(prefix);
+  if (!inconsistency) return true;
+  std::string trace;
+  for (const Event* event : inconsistency->trace) {
+    if (!trace.empty()) trace += ", ";
+    trace += event->transition->name;
+  }
+  base::print_error("the STG is inconsistent, signal " + inconsistency->signal->name +
+                    "; trace:\n" + trace);
+  return false;
+}
 
 }  // namespace vorel::net

@@ -1,15 +1,16 @@
 // synthesis/netlist.h - a circuit of gates, ready to be written for other tools.
-// Here:      the data; the netlist of equations; initial values; the reset.
-// Not here:  the text (synthesis/netlist_module.h), the netlist of a mapped circuit
-//            (decomposition/mapped_circuit.h).
+// Here:      the data; the netlist of equations; initial values.
+// Not here:  a reset (synthesis/netlist_reset.h), the text (synthesis/netlist_module.h), the
+//            netlist of a mapped circuit (decomposition/mapped_circuit.h).
 //
 // Each gate takes time and drives one wire, which is called as the signal is if it is one. What
 // takes no time, an inverter in front of a pin, belongs to its gate.
 #pragma once
 
-#include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "net/net.h"
@@ -48,9 +49,6 @@ struct NetlistGate {
 };
 
 struct Netlist {
-  // The number of the gate that drives the wire; gates.size() if it is an input.
-  std::size_t driver(const std::string& wire) const;
-
   std::string title;               // a comment, one line
   std::vector<NetlistGate> gates;  // those of a signal together, that which drives it last
   NetlistCell inverter;            // of a mapped circuit
@@ -62,17 +60,9 @@ struct Netlist {
 Netlist netlist_of(const net::Stg& stg, SynthesisStyle style,
                    std::span<const SignalSolution* const> solutions);
 
-// Adds an input that holds the circuit in its initial state while it is high and the inputs have
-// their initial values, whatever the state before. False after an error: there is a wire or an
-// instance of that name, or it cannot stand in Verilog.
-//
-// As few gates as we find are changed: those that are excited in the initial state, those with
-// memory, and those that break cycles. An assignment and a gate with memory become one assignment
-// of the same function that asks for the reset first. Behind another gate of a library comes one
-// that passes its output on, reading a wire which nobody else reads. That keeps the circuit
-// independent of delays: the gate in front, once it has fired, is not excited again before the
-// signal has followed, as nothing else has seen it fire and an excited gate is not disabled. Only
-// where the STG itself disables the signal this does not hold; such a gate becomes an assignment.
-bool add_reset(Netlist& netlist, const net::Stg& stg, const std::string& reset_input);
+// The value of the function where wires have these values; nullopt where unknown ones decide. A
+// wire that is not among them is unknown.
+std::optional<bool> value_of(const toolkit::LogicExpr& function,
+                             const std::unordered_map<std::string, bool>& values);
 
 }  // namespace vorel::synthesis

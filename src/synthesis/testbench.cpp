@@ -91,6 +91,7 @@ class Writer {
   }
 
   void write_instance() {
+    if (!subject_.reset_input.empty()) stream_ << "\n    reg reset;\n";
     stream_ << "\n    // In zero time: what is held has time of its own here.\n";
     for (const std::string& delay : subject_.delays)
       stream_ << "    defparam dut." << delay << " = 0;\n";
@@ -98,6 +99,9 @@ class Writer {
     for (std::size_t node = gates_; node < nodes_.size(); ++node)
       stream_ << (node == gates_ ? "." : ", .") << toolkit::verilog_name(nodes_[node].name)
               << "(value[" << node << "])";
+    if (!subject_.reset_input.empty())
+      stream_ << (gates_ == nodes_.size() ? "." : ", .")
+              << toolkit::verilog_name(subject_.reset_input) << "(reset)";
     stream_ << ");\n    wire [gates-1:0] net = {";
     for (std::size_t node = gates_; node-- > 0;) stream_ << net(node) << (node > 0 ? ", " : "};\n");
   }
@@ -156,11 +160,15 @@ class Writer {
 
   // The signals are held at once; then the wires whose value is told; the others follow these.
   void write_start() {
-    stream_ << "\n    task start_circuit;\n        begin\n            value = " << nodes_.size()
-            << "'b";
+    stream_ << "\n    task start_circuit;\n        begin\n";
+    if (!subject_.initial_block.empty())
+      stream_ << "            #0;\n            disable dut."
+              << toolkit::verilog_name(subject_.initial_block) << ";\n";
+    stream_ << "            value = " << nodes_.size() << "'b";
     for (std::size_t node = nodes_.size(); node-- > 0;)
       stream_ << (nodes_[node].initial.value_or(false) ? '1' : '0');
     stream_ << ";\n";
+    write_reset();
     for (std::size_t node = 0; node < gates_; ++node) {
       if (nodes_[node].initial) stream_ << "            hold(" << node << ");\n";
     }
@@ -172,7 +180,20 @@ class Writer {
     for (std::size_t node = 0; node < gates_; ++node) {
       if (!nodes_[node].initial) stream_ << "            hold(" << node << ");\n";
     }
+    if (!subject_.reset_input.empty()) stream_ << "            reset = 0;\n";
     stream_ << "            settle;\n        end\n    endtask\n";
+  }
+
+  // Before anything is held the reset alone has to lead to the initial values.
+  void write_reset() {
+    if (subject_.reset_input.empty()) return;
+    stream_ << "            reset = 1;\n            #1;\n";
+    for (std::size_t node = 0; node < gates_; ++node) {
+      if (nodes_[node].initial)
+        stream_ << "            if (net[" << node << "] !== value[" << node
+                << "] && !is_over) begin\n                complain(" << node
+                << ");\n                $display(\" is not reset\");\n            end\n";
+    }
   }
 
   std::ostream& stream_;

@@ -16,8 +16,8 @@ namespace {
 
 using InitialValues = std::unordered_map<std::string_view, bool>;
 
-toolkit::LogicExpr literal(const std::string& name) {
-  return {toolkit::LogicExpr::Literal{name, false}};
+toolkit::LogicExpr literal(const std::string& name, bool negated = false) {
+  return {toolkit::LogicExpr::Literal{name, negated}};
 }
 
 // False after the error that a name has no value.
@@ -129,19 +129,12 @@ class VerilogWriter {
                   << ", RESET=" << toolkit::to_verilog(reset.equation)
                   << ", cost=" << set.cost + reset.cost << "\n    " << comment << "assign "
                   << toolkit::verilog_name(signal) << " = "
-                  << toolkit::to_verilog(gc_equation(signal, set, reset)) << ";\n";
+                  << toolkit::to_verilog(gc_equation(signal, set.equation, reset.equation))
+                  << ";\n";
           comment = "// ";
         }
       }
     }
-  }
-
-  // set + z reset'
-  static toolkit::LogicExpr gc_equation(const std::string& signal, const SignalImplementation& set,
-                                        const SignalImplementation& reset) {
-    toolkit::LogicExpr hold{
-        toolkit::LogicExpr::And{{literal(signal), toolkit::negate(reset.equation)}}};
-    return {toolkit::LogicExpr::Or{{set.equation, std::move(hold)}}};
   }
 
   bool write_standard_c() {
@@ -154,7 +147,9 @@ class VerilogWriter {
       const auto& [set_name, reset_name] = wires[pair];
       write_assignments(set_name, set);
       write_assignments(reset_name, reset);
-      write_c_element(signal, set_name, reset_name);
+      stream_ << "    assign " << toolkit::verilog_name(signal) << " = "
+              << toolkit::to_verilog(c_element_equation(signal, wires[pair]))
+              << "; // C-element with one inverted input\n";
       bool set_value = false, reset_value = false;
       if (!evaluate(set.best().equation, values_, set_value) ||
           !evaluate(reset.best().equation, values_, reset_value)) {
@@ -164,15 +159,6 @@ class VerilogWriter {
       initial_values_ += initial_value_text(reset_name, reset_value);
     }
     return true;
-  }
-
-  void write_c_element(const std::string& signal_name, const std::string& set_name,
-                       const std::string& reset_name) {
-    const std::string signal = toolkit::verilog_name(signal_name);
-    const std::string set = toolkit::verilog_name(set_name);
-    const std::string reset = toolkit::verilog_name(reset_name);
-    stream_ << "    assign " << signal << " = " << set << " & ~" << reset << " | " << signal
-            << " & (" << set << " | ~" << reset << "); // C-element with one inverted input\n";
   }
 
   std::ostream& stream_;
@@ -195,6 +181,19 @@ std::vector<StandardCWires> standard_c_wires(const net::Stg& stg) {
     wires.push_back({std::move(set), names.take(signal + "_RESET")});
   }
   return wires;
+}
+
+toolkit::LogicExpr gc_equation(const std::string& signal, const toolkit::LogicExpr& set,
+                               const toolkit::LogicExpr& reset) {
+  toolkit::LogicExpr hold{toolkit::LogicExpr::And{{literal(signal), toolkit::negate(reset)}}};
+  return {toolkit::LogicExpr::Or{{set, std::move(hold)}}};
+}
+
+toolkit::LogicExpr c_element_equation(const std::string& signal, const StandardCWires& wires) {
+  const toolkit::LogicExpr set = literal(wires.set), not_reset = literal(wires.reset, true);
+  const toolkit::LogicExpr either{toolkit::LogicExpr::Or{{set, not_reset}}};
+  return {toolkit::LogicExpr::Or{{{toolkit::LogicExpr::And{{set, not_reset}}},
+                                  {toolkit::LogicExpr::And{{literal(signal), either}}}}}};
 }
 
 bool write_verilog(std::ostream& stream, const net::Stg& stg, SynthesisStyle style,

@@ -21,6 +21,11 @@ struct StandardCWires {
 // By output or internal signal.
 std::vector<StandardCWires> standard_c_wires(const net::Stg& stg);
 
+// set + z reset', and that of a C-element with one inverted input: set reset' + z (set + reset').
+toolkit::LogicExpr gc_equation(const std::string& signal, const toolkit::LogicExpr& set,
+                               const toolkit::LogicExpr& reset);
+toolkit::LogicExpr c_element_equation(const std::string& signal, const StandardCWires& wires);
+
 // The first alternative of each function makes the circuit, the others follow as comments. For the
 // styles with two functions the solutions come in pairs, SET before RESET, of the non-input signals
 // in their order. Without solutions the text says so. False after an error: nothing is written if a

@@ -21,6 +21,7 @@ struct Notation {
 std::string plain_name(std::string_view name) { return std::string(name); }
 constexpr Notation plain = {" ", " + ", "", "'", "1", "0", plain_name};
 constexpr Notation verilog = {" & ", " | ", "~", "", "1b`1", "1b`0", verilog_name};
+constexpr Notation standard_verilog = {" & ", " | ", "~", "", "1'b1", "1'b0", verilog_name};
 
 class Writer {
  public:
@@ -107,6 +108,9 @@ bool Or::operator==(const Or& other) const { return operands == other.operands; 
 std::string to_string(const LogicExpr& expression) { return write(expression, plain); }
 
 std::string to_verilog(const LogicExpr& expression) { return write(expression, verilog); }
+std::string to_standard_verilog(const LogicExpr& expression) {
+  return write(expression, standard_verilog);
+}
 
 std::size_t literal_count(const LogicExpr& expression) {
   if (const auto* node = std::get_if<And>(&expression.node)) return count_all(node->operands);

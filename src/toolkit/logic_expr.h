@@ -44,6 +44,8 @@ std::string to_string(const LogicExpr& expression);
 // "a & (b | ~c)"; constants are "1b`1" and "1b`0". Names are those of toolkit/verilog_name.h, where
 // all must be able to stand in Verilog.
 std::string to_verilog(const LogicExpr& expression);
+// With the constants of the standard, 1'b1 and 1'b0.
+std::string to_standard_verilog(const LogicExpr& expression);
 
 // Number of leaves that are literals.
 std::size_t literal_count(const LogicExpr& expression);

@@ -38,6 +38,7 @@ Examples:
   vorel-verify vme.g vme.v
   vorel-verify --lib cells.genlib --vcd trace.vcd stg.g netlist.v
   vorel-verify --mutex g1,g2 --initial x=1,y=0 arbiter.g arbiter.v
+  vorel-verify --constant reset=0 stg.g netlist.v
   vorel-verify --timeout 60 --json verdict.json stg.g netlist.v
 
 Exit code: 0 correct, 2 errors, 3 not correct, 4 undecided (a limit was reached),
@@ -124,6 +125,11 @@ class VerifyArguments {
                     "NAME=0 or NAME=1, with commas between; may be given\n"
                     "several times")
         ->type_name("LIST");
+    app_.add_option("--constant", constants_,
+                    "inputs of the module that are no signals and keep these\n"
+                    "values, such as a reset: NAME=0 or NAME=1, with commas\n"
+                    "between; may be given several times")
+        ->type_name("LIST");
     app_.add_flag("--hide-internal", options.hide_internal,
                   "the circuit need not have the internal signals of the\n"
                   "STG; wires with their names are like any others");
@@ -158,10 +164,15 @@ class VerifyArguments {
       if (!pair) return fail("--mutex: '" + text + "' is not A,B with the names of two outputs");
       request_.options.mutexes.push_back(*pair);
     }
-    for (const std::string& text : initial_values_) {
+    return settle_values("--initial", initial_values_, request_.options.initial_values) &&
+           settle_values("--constant", constants_, request_.options.constants);
+  }
+
+  bool settle_values(const std::string& option, const std::vector<std::string>& lists,
+                     std::vector<verify::InitialValue>& all) const {
+    for (const std::string& text : lists) {
       const auto values = values_in(text);
-      if (!values) return fail("--initial: '" + text + "' is not a list of NAME=0 and NAME=1");
-      auto& all = request_.options.initial_values;
+      if (!values) return fail(option + ": '" + text + "' is not a list of NAME=0 and NAME=1");
       all.insert(all.end(), values->begin(), values->end());
     }
     return true;
@@ -173,7 +184,7 @@ class VerifyArguments {
   }
 
   VerifyRequest request_;
-  std::vector<std::string> mutexes_, initial_values_;
+  std::vector<std::string> mutexes_, initial_values_, constants_;
   CLI::App app_{description, "vorel-verify"};
 };
 

@@ -66,11 +66,14 @@ bool Unfolder<N>::has_presets() const {
 }
 
 template <class N>
-bool Unfolder<N>::is_initially_safe() const {
+bool Unfolder<N>::is_initially_safe() {
   std::size_t count = 0;
-  const std::string names = names_where(
-      net_.places, [](const auto& p) { return p.initial_marking > 1; }, count);
+  const auto is_unsafe = [](const auto& p) { return p.initial_marking > 1; };
+  const std::string names = names_where(net_.places, is_unsafe, count);
   if (count == 0) return true;
+  const auto place =
+      std::ranges::find_if(net_.places, [&](const auto& p) { return is_unsafe(*p); });
+  unsafe_ = Unsafe{place->get(), {}};
   base::print_error("the initial marking is not safe: place(s) " + names);
   return false;
 }
@@ -104,16 +107,17 @@ bool Unfolder<N>::report(UnfoldOutcome outcome) {
 }
 
 template <class N>
-void Unfolder<N>::report_unsafe() const {
+void Unfolder<N>::report_unsafe() {
   const BranchingProcess& process = loop_.process();
-  std::string trace;
+  unsafe_ = Unsafe{net_.places[process.place(loop_.unsafe_pair().first)].get(), {}};
+  std::string names;
   for (const EventId e : past_of(process, loop_.unsafe_pair())) {
-    if (!trace.empty()) trace += ", ";
-    trace += net_.transitions[process.event(e).transition]->name;
+    const auto* transition = net_.transitions[process.event(e).transition].get();
+    unsafe_->trace.push_back(transition);
+    if (!names.empty()) names += ", ";
+    names += transition->name;
   }
-  const PlaceId place = process.place(loop_.unsafe_pair().first);
-  base::print_error("the net is not safe, place " + net_.places[place]->name + "; trace:\n" +
-                    trace);
+  base::print_error("the net is not safe, place " + unsafe_->place->name + "; trace:\n" + names);
 }
 
 template <class N>

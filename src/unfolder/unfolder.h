@@ -8,6 +8,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "net/process.h"
@@ -29,6 +30,15 @@ class Unfolder {
   bool unfold();
   // After a successful run: it came to its end before the bounds.
   bool is_complete() const { return is_complete_; }
+  // A place that can have two tokens, after these firings if there are any, causes first.
+  struct Unsafe {
+    const typename N::Place* place;
+    std::vector<const typename N::Transition*> trace;
+  };
+  // After a run that has ended because the net is not safe.
+  const std::optional<Unsafe>& unsafe() const { return unsafe_; }
+  // Until the result is taken.
+  const N& net() const { return net_; }
   // Warns of a prefix all of whose events are cut-offs.
   void warn_if_no_events() const;
   // After a successful run.
@@ -38,9 +48,9 @@ class Unfolder {
 
  private:
   bool has_presets() const;
-  bool is_initially_safe() const;
+  bool is_initially_safe();
   bool report(UnfoldOutcome outcome);
-  void report_unsafe() const;
+  void report_unsafe();
   void set_cut_off(net::EventOf<N>& event, EventId id, const std::vector<std::uint32_t>& numbers,
                    net::PrefixOf<N>& prefix) const;
 
@@ -49,6 +59,7 @@ class Unfolder {
   const FlatNet flat_;
   UnfoldingLoop loop_;
   bool is_complete_ = true;
+  std::optional<Unsafe> unsafe_;
 };
 
 }  // namespace vorel::unfolder

@@ -35,14 +35,16 @@ class Builder {
     signal_of_.resize(module.wires.size(), nullptr);
     driver_.resize(module.wires.size(), nullptr);
     id_of_.resize(module.wires.size());
+    is_constant_.resize(module.wires.size());
   }
 
   bool run(std::span<const toolkit::LibraryGate> library) {
     auto gates = netlist_gates(source_, module_, library);
     if (!gates) return false;
     gates_ = std::move(*gates);
-    return find_drivers() && match_signals() && check_ports() && check_reading() && find_delays() &&
-           add_wires() && add_gates() && set_initial_values() && add_mutexes();
+    return set_constants() && find_drivers() && match_signals() && check_ports() &&
+           check_reading() && find_delays() && add_wires() && add_gates() && set_initial_values() &&
+           add_mutexes();
   }
 
   Circuit take_result() { return std::move(circuit_); }
@@ -55,6 +57,32 @@ class Builder {
     return module_.wires[wire].direction == PortDirection::input;
   }
   std::string wire_name(std::uint32_t wire) const { return base::quoted(module_.wires[wire].name); }
+
+  // Input ports that keep their value are no wires.
+  bool set_constants() {
+    for (const InitialValue& entry : options_.constants) {
+      const auto wire = module_.wires.find(entry.wire);
+      if (!wire || !is_input(*wire) || is_signal_name(entry.wire)) {
+        base::print_error("--constant: " + base::quoted(entry.wire) +
+                          (wire && is_input(*wire)
+                               ? " is a signal of the STG"
+                               : " is no input of the module " + base::quoted(module_.name)));
+        return false;
+      }
+      if (is_constant_[*wire]) {
+        base::print_error("--constant: " + base::quoted(entry.wire) + " is told twice");
+        return false;
+      }
+      is_constant_[*wire] = true;
+      for (NetlistGate& gate : gates_) {
+        for (VerilogStep& step : gate.next) {
+          if (step.op == VerilogOp::wire && step.wire == *wire)
+            step = {entry.value ? VerilogOp::constant_1 : VerilogOp::constant_0};
+        }
+      }
+    }
+    return true;
+  }
 
   bool find_drivers() {
     for (const NetlistGate& gate : gates_) {
@@ -106,7 +134,7 @@ class Builder {
     for (std::uint32_t wire = 0; wire < module_.wires.size(); ++wire) {
       const Spot spot = module_.wires[wire].spot;
       if (is_input(wire)) {
-        if (signal_of_[wire] == nullptr)
+        if (signal_of_[wire] == nullptr && !is_constant_[wire])
           return fail(spot, "the input port " + wire_name(wire) + " is no input of the STG");
       } else if (driver_[wire] == nullptr &&
                  (module_.wires[wire].is_port || signal_of_[wire] != nullptr)) {
@@ -143,7 +171,7 @@ class Builder {
   // Those that are driven by the STG or by a gate that takes time.
   bool add_wires() {
     for (std::uint32_t wire = 0; wire < module_.wires.size(); ++wire) {
-      if (!is_input(wire) && driver_[wire] == nullptr) continue;
+      if (is_constant_[wire] || (!is_input(wire) && driver_[wire] == nullptr)) continue;
       if (zero_delay_.stands_for[wire].wire != wire) continue;
       id_of_[wire] = {static_cast<std::uint32_t>(circuit_.wires.size())};
       Wire& result = circuit_.wires.emplace_back();
@@ -201,6 +229,13 @@ class Builder {
         if (!fault.empty()) return fail(list.spot, fault);
       }
     }
+    for (const VerilogForce& force : module_.forced) {
+      const std::string name = wire_name(force.wire);
+      if (driver_[force.wire] == nullptr)
+        return fail(force.spot, "no gate drives the wire " + name + ", which is forced");
+      const std::string fault = fault_of(force.wire, force.value, listed);
+      if (!fault.empty()) return fail(force.spot, fault);
+    }
     values = listed;
     return true;
   }
@@ -224,7 +259,8 @@ class Builder {
 
   std::optional<std::uint32_t> driven_wire(const std::string& name) const {
     const auto wire = module_.wires.find(name);
-    return wire && (is_input(*wire) || driver_[*wire] != nullptr) ? wire : std::nullopt;
+    if (!wire || is_constant_[*wire]) return std::nullopt;
+    return is_input(*wire) || driver_[*wire] != nullptr ? wire : std::nullopt;
   }
 
   bool is_signal_name(const std::string& name) const {
@@ -276,10 +312,12 @@ class Builder {
   const net::Stg& stg_;
   const CircuitOptions& options_;
   std::vector<NetlistGate> gates_;
-  // By wire: the signal that it is, the gate that drives it, and its number in the circuit.
+  // By wire: the signal that it is, the gate that drives it, its number in the circuit, and whether
+  // it is an input that keeps its value.
   std::vector<const net::Signal*> signal_of_;
   std::vector<const NetlistGate*> driver_;
   std::vector<WireId> id_of_;
+  std::vector<bool> is_constant_;
   std::vector<std::uint32_t> module_wire_;  // by WireId
   ZeroDelay zero_delay_;
   Circuit circuit_;

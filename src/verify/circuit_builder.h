@@ -11,9 +11,9 @@
 // asks for the opposite there is a warning.
 //
 // Initial values: of signals those of the STG, which nothing may contradict; of other wires what
-// the options say, else the list at the end of the module. What is still open is the value to which
-// gates drive the wire, or, if they do not, that at which the gates behind it rest: so the wire
-// between a latch and the inverter of its output gets one.
+// the options say, else the list at the end of the module, or its initial block. What is still open
+// is the value to which gates drive the wire, or, if they do not, that at which the gates behind it
+// rest: so the wire between a latch and the inverter of its output gets one.
 #pragma once
 
 #include <optional>

@@ -26,7 +26,8 @@ std::optional<synthesis::TestbenchSubject> read_testbench_subject(
   const auto module = parse_verilog(
       source, options.top, [&](std::string_view name) { return find_gate(name) != library.end(); });
   assert(module && "it has been read before");
-  synthesis::TestbenchSubject subject{module->name, {}, {}};
+  synthesis::TestbenchSubject subject{module->name, {}};
+  subject.initial_block = module->initial_block;
   for (const VerilogGate& gate : module->gates) {
     const auto* const instance = std::get_if<VerilogInstance>(&gate.what);
     if (instance == nullptr) continue;

@@ -102,12 +102,21 @@ struct VerilogValueList {
   Spot spot;
 };
 
+// What an initial block forces a wire to before it releases it.
+struct VerilogForce {
+  std::uint32_t wire;
+  bool value;
+  Spot spot;
+};
+
 struct VerilogModule {
   std::string name;
   Spot spot;
   VerilogWires wires;
   std::vector<VerilogGate> gates;
   std::vector<VerilogValueList> initial_values;
+  std::vector<VerilogForce> forced;
+  std::string initial_block;  // its name; empty where there is none
 };
 
 }  // namespace vorel::verify

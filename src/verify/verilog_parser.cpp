@@ -113,6 +113,7 @@ class ModuleParser {
     if (cursor_.accept_word("wire")) return wire_declaration();
     if (cursor_.accept_word("assign")) return assignments();
     if (is_primitive()) return primitive_gates();
+    if (cursor_.accept_word("initial")) return initial_block();
     if (first.kind == TokenKind::word && toolkit::is_verilog_keyword(first.text))
       return cursor_.fail_expected("a declaration, an assignment, a gate or 'endmodule'");
     return library_gates();
@@ -178,6 +179,12 @@ class ModuleParser {
       return true;
     }
     if (!cursor_.at_sign("(")) return cursor_.fail_expected("a delay");
+    return skip_brackets();
+  }
+
+  // "(" ... ")".
+  bool skip_brackets() {
+    if (!cursor_.at_sign("(")) return cursor_.fail_expected("'('");
     std::size_t depth = 0;
     do {
       if (cursor_.at_end() || cursor_.at_sign(";") || cursor_.at_word("endmodule"))
@@ -288,6 +295,62 @@ class ModuleParser {
   bool optional_operand(VerilogExpression& value) {
     if (cursor_.at_sign(",") || cursor_.at_sign(")")) return true;
     return parse_operand(cursor_, module_.wires, value);
+  }
+
+  // "initial" "begin" [ ":" name ] { initial } "end" .
+  bool initial_block() {
+    const Spot start = cursor_.last_token().spot;
+    if (!module_.forced.empty() || !module_.initial_block.empty())
+      return cursor_.fail_at(start, "there are two initial blocks");
+    if (!cursor_.accept_word("begin")) return cursor_.fail_expected("'begin'");
+    if (cursor_.accept(":") &&
+        !cursor_.take_name(module_.initial_block, "the name of the initial block")) {
+      return false;
+    }
+    std::vector<bool> is_released;  // by position in `forced`
+    while (!cursor_.accept_word("end")) {
+      if (!initial_step(is_released)) return false;
+      is_released.resize(module_.forced.size());
+    }
+    const auto held = std::ranges::find(is_released, false);
+    if (held == is_released.end()) return true;
+    const VerilogForce& force =
+        module_.forced[static_cast<std::size_t>(held - is_released.begin())];
+    return cursor_.fail_at(force.spot, "the wire " + base::quoted(module_.wires[force.wire].name) +
+                                           " is forced and never released");
+  }
+
+  // initial = "force" name "=" constant ";" | "release" name ";" | "wait" "(" ... ")" ";"
+  //         | delay ";" .
+  bool initial_step(std::vector<bool>& is_released) {
+    const Spot spot = cursor_.token().spot;
+    if (cursor_.accept_word("wait")) return skip_brackets() && cursor_.expect(";");
+    if (cursor_.at_sign("#")) return skip_delay() && cursor_.expect(";");
+    const bool is_force = cursor_.at_word("force");
+    if (!is_force && !cursor_.at_word("release"))
+      return cursor_.fail_expected("'force', 'release', 'wait', a delay or 'end'");
+    cursor_.skip();
+    std::uint32_t wire = 0;
+    if (!declared_name(wire)) return false;
+    const auto force = std::ranges::find(module_.forced, wire, &VerilogForce::wire);
+    const auto number = static_cast<std::size_t>(force - module_.forced.begin());
+    const std::string name = base::quoted(module_.wires[wire].name);
+    if (!is_force) {
+      if (number == module_.forced.size() || is_released[number])
+        return cursor_.fail_at(spot, "the wire " + name + " is released and is not forced");
+      is_released[number] = true;
+      return cursor_.expect(";");
+    }
+    if (number < module_.forced.size())
+      return cursor_.fail_at(spot, "the wire " + name + " is forced twice");
+    if (!cursor_.expect("=")) return false;
+    const Spot value_spot = cursor_.token().spot;
+    VerilogExpression value;
+    if (!parse_operand(cursor_, module_.wires, value)) return false;
+    if (value.front().op == VerilogOp::wire)
+      return cursor_.fail_at(value_spot, "an initial value is 1'b0 or 1'b1");
+    module_.forced.push_back({wire, value.front().op == VerilogOp::constant_1, spot});
+    return cursor_.expect(";");
   }
 
   bool check_ports() const {

@@ -9,9 +9,12 @@
 //   statement   = ( "input" | "output" ) [ "wire" ] name { "," name } ";"
 //               | "wire" name [ "=" expression ] { "," name [ "=" expression ] } ";"
 //               | "assign" [ delay ] name "=" expression { "," name "=" expression } ";"
-//               | gate [ delay ] instance { "," instance } ";" .
+//               | gate [ delay ] instance { "," instance } ";"
+//               | "initial" "begin" [ ":" name ] { initial } "end" .
 //   instance    = [ name ] "(" [ connection { "," connection } ] ")" .
 //   connection  = [ operand ] | "." name "(" [ operand ] ")" .
+//   initial     = "force" name "=" constant ";" | "release" name ";"
+//               | "wait" "(" ... ")" ";" | delay ";" .
 //   delay       = "#" ( number | name | "(" ... ")" ) .
 //
 // A gate is a name or one of: and, nand, or, nor, xor, xnor, buf, not. Delays are skipped: a gate

@@ -47,6 +47,7 @@ class Scanner {
       if (at_ == text_.size()) break;
       if (!step()) return false;
     }
+    if (simulated_ != no_text) return source_.report(simulated_, "'`ifndef' without '`endif'");
     add(TokenKind::end, 0);
     return true;
   }
@@ -164,6 +165,7 @@ class Scanner {
     const std::string_view here = rest();
     const auto end = std::find_if_not(here.begin() + 1, here.end(), is_word_part);
     const std::string_view name = here.substr(1, static_cast<std::size_t>(end - here.begin()) - 1);
+    if (name == "ifndef" || name == "endif") return simulation_directive(name == "ifndef");
     const auto* const row = std::ranges::find(harmless_directives, name, &DirectiveRow::name);
     if (row == std::end(harmless_directives)) {
       return source_.report(at_, "the directive " + base::quoted(here.substr(0, name.size() + 1)) +
@@ -173,9 +175,32 @@ class Scanner {
     return true;
   }
 
+  // "`ifndef SYNTHESIS" ... "`endif": what all but synthesisers see.
+  bool simulation_directive(bool is_start) {
+    const std::size_t start = at_;
+    constexpr std::string_view endif = "`endif", ifndef = "`ifndef";
+    if (is_start == (simulated_ != no_text))
+      return source_.report(
+          start, is_start ? "'`ifndef' stands within another one" : "'`endif' without '`ifndef'");
+    simulated_ = is_start ? start : no_text;
+    skip(is_start ? ifndef.size() : endif.size());
+    if (!is_start) return true;
+    skip_blanks();
+    const auto end = std::find_if_not(rest().begin(), rest().end(), is_word_part);
+    const std::string_view macro = rest().substr(0, static_cast<std::size_t>(end - rest().begin()));
+    if (macro != "SYNTHESIS")
+      return source_.report_expected(at_, "SYNTHESIS, the only condition that is known", macro);
+    skip(macro.size());
+    return true;
+  }
+
+  static constexpr std::size_t no_text = std::string_view::npos;
+
   const base::SourceText& source_;
   const std::string_view text_;
   std::size_t at_ = 0, line_ = 1;
+  std::size_t simulated_ =
+      no_text;  // where the text starts that synthesisers do not see, within it
   bool below_pragma_ = false;
   bool expects_values_ = false;  // the last comment was the heading of the list
   VerilogTokens result_;

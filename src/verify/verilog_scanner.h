@@ -3,7 +3,8 @@
 // Not here:  what the tokens make (verify/verilog_parser.h).
 //
 // Attributes, "(* ... *)", and those compiler directives that have no influence on wires and gates
-// are skipped. Other directives are errors, as they may change the text.
+// are skipped. What stands between "`ifndef SYNTHESIS" and "`endif" is read, as by all who do not
+// synthesise. Other directives are errors, as they may change the text.
 #pragma once
 
 #include <optional>

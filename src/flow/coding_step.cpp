@@ -1,0 +1,190 @@
+#include "flow/coding_step.h"
+
+#include <algorithm>
+#include <cassert>
+#include <iterator>
+#include <unordered_set>
+#include <utility>
+
+#include "base/hashing.h"
+#include "base/messages.h"
+#include "base/sort_unique.h"
+#include "configuration/decoding.h"
+#include "conflicts/csc_check.h"
+#include "conflicts/usc_check.h"
+#include "flow/stg_game.h"
+
+namespace vorel::flow {
+namespace {
+
+using configuration::EventSet;
+using conflicts::Core;
+using Event = net::StgPrefix::Event;
+using State = configuration::FinalState<net::StgPrefix>;
+
+constexpr std::int32_t cores_to_look_for = 200;
+
+configuration::SearchOptions search_options(const sat::CnfParams& formula) {
+  configuration::SearchOptions options;
+  options.encoding.formula = formula;
+  options.all_solutions = cores_to_look_for;
+  return options;
+}
+
+// What happens in both without consequences for the conflict is left out of both.
+Core without_detours(const net::StgPrefix& prefix, const Core& core,
+                     const conflicts::ConflictCheck& check) {
+  Core result = core;
+  auto common =
+      configuration::events_of(prefix, configuration::set_difference(core.first, core.sum));
+  common = configuration::firing_sequence<net::StgPrefix>(prefix, common);
+  const auto without = [&](const EventSet& set, const Event& event) {
+    return configuration::without_maximal_dummies(
+        prefix, configuration::set_difference(set, {base::id_of(event)}));
+  };
+  for (auto event = common.rbegin(); event != common.rend(); ++event) {
+    if (!std::ranges::binary_search(result.first, base::id_of(**event))) continue;
+    EventSet first = without(result.first, **event), second = without(result.second, **event);
+    if (configuration::symmetric_difference(first, second) != core.sum ||
+        !configuration::is_causally_closed(prefix, first) ||
+        !configuration::is_causally_closed(prefix, second) || !check.is_conflict(first, second))
+      continue;
+    result.first = std::move(first);
+    result.second = std::move(second);
+  }
+  return result;
+}
+
+std::string edge_name(const net::StgTransition& transition) {
+  constexpr char signs[] = {'+', '-', '~'};
+  return transition.signal->name + signs[static_cast<std::size_t>(transition.sign)];
+}
+
+class ConflictTeller {
+ public:
+  explicit ConflictTeller(const net::StgPrefix& prefix) : prefix_{prefix}, structure_{prefix} {}
+
+  Conflict tell(const Core& core, bool is_csc) const {
+    const State first(structure_, core.first), second(structure_, core.second);
+    Conflict conflict;
+    conflict.is_csc = is_csc;
+    if (is_csc) conflict.signal = signal_between(first, second);
+    for (const bool value : first.code()) conflict.code += value ? '1' : '0';
+    add_traces(core, conflict);
+    conflict.excited_first = excited_edges(first);
+    conflict.excited_second = excited_edges(second);
+    for (const configuration::StgEventId event : core.sum) conflict.core.push_back(event.value);
+    return conflict;
+  }
+
+ private:
+  // Two sorted lists that differ first differ in a signal that only one of them has.
+  std::string signal_between(const State& first, const State& second) const {
+    const auto one = first.excited_signals(), other = second.excited_signals();
+    const auto [a, b] = std::ranges::mismatch(one, other);
+    assert((a != one.end() || b != other.end()) && "the pair is in conflict");
+    const bool is_in_one = b == other.end() || (a != one.end() && *a < *b);
+    return base::element(prefix_.signals, is_in_one ? *a : *b).name;
+  }
+
+  void add_traces(const Core& core, Conflict& conflict) const {
+    const EventSet common = configuration::set_difference(core.first, core.sum);
+    const auto trace = [&](const EventSet& configuration) {
+      auto transitions = transitions_of(common);
+      const auto behind = transitions_of(configuration::set_difference(configuration, common));
+      transitions.insert(transitions.end(), behind.begin(), behind.end());
+      return trace_of(prefix_, transitions);
+    };
+    const auto behind = [&](const StgTrace& whole) {
+      return StgTrace(whole.begin() + static_cast<std::ptrdiff_t>(common.size()), whole.end());
+    };
+    const StgTrace first = trace(core.first);
+    conflict.common.assign(first.begin(),
+                           first.begin() + static_cast<std::ptrdiff_t>(common.size()));
+    conflict.first = behind(first);
+    conflict.second = behind(trace(core.second));
+  }
+
+  // In an order in which they fire.
+  std::vector<const net::StgTransition*> transitions_of(const EventSet& set) const {
+    std::vector<const net::StgTransition*> transitions;
+    for (const Event* event : configuration::firing_sequence<net::StgPrefix>(
+             prefix_, configuration::events_of(prefix_, set)))
+      transitions.push_back(event->transition);
+    return transitions;
+  }
+
+  std::vector<std::string> excited_edges(const State& state) const {
+    std::vector<const net::StgTransition*> edges;
+    for (const auto& event : prefix_.events)
+      if (!net::is_dummy(*event) && state.is_enabled(*event)) edges.push_back(event->transition);
+    const auto signal_and_sign = [](const net::StgTransition* edge) {
+      return std::pair(edge->signal->index, edge->sign);
+    };
+    base::sort_unique(edges, signal_and_sign);
+    std::vector<std::string> names;
+    for (const auto* edge : edges) names.push_back(edge_name(*edge));
+    return names;
+  }
+
+  const net::StgPrefix& prefix_;
+  const configuration::StateStructure<net::StgPrefix> structure_;
+};
+
+CoreMap map_of(const net::StgPrefix& prefix, const std::list<Core>& cores) {
+  CoreMap map(prefix.events.size());
+  for (const Core& core : cores)
+    for (const configuration::StgEventId event : core.sum) ++map[event.value];
+  return map;
+}
+
+void sort_by_length(std::span<Conflict> conflicts) {
+  std::ranges::stable_sort(conflicts, {}, [](const Conflict& conflict) {
+    return 2 * conflict.common.size() + conflict.first.size() + conflict.second.size();
+  });
+}
+
+}  // namespace
+
+std::optional<Coding> find_coding(const net::StgPrefix& prefix, const sat::CnfParams& formula) {
+  const configuration::SearchOptions options = search_options(formula);
+  conflicts::CscCheck csc(prefix, options, conflicts::Notes::left_out);
+  csc.run();
+  if (base::run_failed()) return std::nullopt;
+  conflicts::UscCheck usc(prefix, options, conflicts::Notes::left_out);
+  usc.run();
+  if (base::run_failed()) return std::nullopt;
+
+  Coding coding;
+  coding.csc_cores = csc.seen_pairs().size();
+  coding.usc_cores = usc.seen_pairs().size();
+  coding.csc_holds = coding.csc_cores == 0;
+  coding.usc_holds = coding.csc_holds && coding.usc_cores == 0;
+  coding.has_all_cores = !csc.has_met_limit() && !usc.has_met_limit();
+  coding.core_map = map_of(prefix, csc.seen_pairs());
+  for (const net::SignalId signal : prefix.visible_signals())
+    coding.code_signals.push_back(base::element(prefix.signals, signal).name);
+
+  const ConflictTeller teller(prefix);
+  std::unordered_set<EventSet, base::SequenceHash> told;
+  for (const Core& core : csc.seen_pairs()) {
+    told.insert(core.sum);
+    coding.conflicts.push_back(teller.tell(without_detours(prefix, core, csc), true));
+  }
+  for (const Core& core : usc.seen_pairs())
+    if (!told.contains(core.sum))
+      coding.conflicts.push_back(teller.tell(without_detours(prefix, core, usc), false));
+  const std::span<Conflict> conflicts = coding.conflicts;
+  sort_by_length(conflicts.first(coding.csc_cores));
+  sort_by_length(conflicts.subspan(coding.csc_cores));
+  return coding;
+}
+
+std::optional<CoreMap> find_core_map(const net::StgPrefix& prefix, const sat::CnfParams& formula) {
+  conflicts::CscCheck csc(prefix, search_options(formula), conflicts::Notes::left_out);
+  csc.run();
+  if (base::run_failed()) return std::nullopt;
+  return map_of(prefix, csc.seen_pairs());
+}
+
+}  // namespace vorel::flow

@@ -1,0 +1,84 @@
+#include "flow/resolution_step.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/messages.h"
+#include "flow/unfold_step.h"
+#include "net/clone_net.h"
+#include "resolution/coefficients.h"
+#include "resolution/resolution_engine.h"
+
+namespace vorel::flow {
+namespace {
+
+bool are_inputs(const net::Stg& stg, const StgTrace& trace) {
+  return std::ranges::all_of(trace, [&](const TraceStep& step) {
+    const auto inputs = stg.signals.begin() + stg.inputs_end;
+    return std::any_of(stg.signals.begin(), inputs,
+                       [&](const auto& signal) { return signal->name == step.signal; });
+  });
+}
+
+std::string text_of(const StgTrace& trace) {
+  std::string text;
+  for (const TraceStep& step : trace) text += (text.empty() ? "" : ", ") + step.transition;
+  return text.empty() ? "(nothing)" : text;
+}
+
+StgFinding irreducible(const Conflict& conflict) {
+  StgTrace trace = conflict.common;
+  trace.insert(trace.end(), conflict.first.begin(), conflict.first.end());
+  return {.kind = FindingKind::irreducible,
+          .gravity = Gravity::fault,
+          .subjects = {conflict.signal},
+          .message = "the conflict of " + conflict.signal +
+                     " cannot be resolved by new signals: only inputs happen between its states, " +
+                     text_of(conflict.first) + " and " + text_of(conflict.second) + " after " +
+                     text_of(conflict.common),
+          .trace = std::move(trace)};
+}
+
+AppliedTransformation as_data(const resolution::AppliedStep& step) {
+  return {.is_insertion = step.text.is_insertion,
+          .signal = step.signal,
+          .parts = step.text.parts,
+          .cost = step.text.cost,
+          .cost_text = step.text.cost_text};
+}
+
+}  // namespace
+
+std::vector<StgFinding> irreducible_conflicts(const net::Stg& stg, const Coding& coding) {
+  std::vector<StgFinding> findings;
+  for (const Conflict& conflict : coding.conflicts)
+    if (conflict.is_csc && are_inputs(stg, conflict.first) && are_inputs(stg, conflict.second))
+      findings.push_back(irreducible(conflict));
+  return findings;
+}
+
+Resolved resolve(const net::StgPrefix& given, const StepContext& context) {
+  Resolved result;
+  const ResolutionRequest& request = context.request.resolution;
+  base::Params params = context.params;
+  params.set("min_cost", 1);
+  params.set("concurrent_insertions", request.concurrent_insertions);
+  params.set("use_concurrency_reduction", request.with_reductions ? 1 : 0);
+  resolution::evaluate_coefficients(request.coefficients, given, params);
+  if (base::run_failed()) return result;
+  net::StgPrefix prefix = net::clone_prefix(given);
+  resolution::ResolutionEngine engine(prefix, params);
+  engine.run();
+  if (base::run_failed()) return result;
+  for (const resolution::AppliedStep& step : engine.applied())
+    result.resolution.transformations.push_back(as_data(step));
+  result.resolution.is_complete = !engine.has_conflicts();
+  result.resolution.cores_left = engine.cores().cores.size();
+  Unfolded unfolded = unfold_again(prefix, context);
+  result.prefix = std::move(unfolded.prefix);
+  result.limit = std::move(unfolded.limit);
+  if (unfolded.fault) base::print_error("the resolved STG is at fault: " + unfolded.fault->message);
+  return result;
+}
+
+}  // namespace vorel::flow

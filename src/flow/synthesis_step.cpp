@@ -1,0 +1,90 @@
+#include "flow/synthesis_step.h"
+
+#include <algorithm>
+#include <cassert>
+#include <filesystem>
+#include <set>
+#include <sstream>
+#include <utility>
+
+#include "base/messages.h"
+#include "decomposition/decomposition_driver.h"
+#include "decomposition/gate_models.h"
+#include "net/clone_net.h"
+#include "resolution/coefficients.h"
+#include "synthesis/equation_search.h"
+#include "synthesis/verilog_writer.h"
+
+namespace vorel::flow {
+namespace {
+
+using Gates = std::span<const toolkit::LibraryGate>;
+
+synthesis::SynthesisStyle synthesis_style(Style style) {
+  using enum synthesis::SynthesisStyle;
+  assert(style != Style::automatic && style != Style::mapped);
+  if (style == Style::complex_gate) return complex_gate;
+  return style == Style::generalised_c ? generalised_c : standard_c;
+}
+
+std::optional<Synthesised> equations(const net::StgPrefix& stg, Style style,
+                                     const StepContext& context) {
+  base::Params params = context.params;
+  params.set("solver", 0);  // many small questions, as ever for equations
+  synthesis::EquationSearch search(stg, configuration::SearchOptions::of(params),
+                                   synthesis_style(style));
+  search.run();
+  if (base::run_failed()) return std::nullopt;
+  std::vector<const synthesis::SignalSolution*> solutions;
+  Synthesised result;
+  result.circuit.style = style;
+  for (const auto& found : search.found().solutions) {
+    const auto& solution = static_cast<const synthesis::SignalSolution&>(*found);
+    solutions.push_back(&solution);
+    result.circuit.equations.push_back({.function = solution.name(),
+                                        .text = to_string(solution.best().equation),
+                                        .literals = solution.best().cost,
+                                        .triggers = solution.triggers()});
+  }
+  std::ostringstream module;
+  if (!synthesis::write_verilog(module, stg, synthesis_style(style), solutions))
+    return std::nullopt;
+  result.circuit.module_name = synthesis::module_name;
+  result.circuit.module_text = std::move(module).str();
+  return result;
+}
+
+std::optional<Synthesised> mapped(const net::StgPrefix& stg, const StepContext& context) {
+  base::Params params = context.params;
+  net::StgPrefix prefix = net::clone_prefix(stg);
+  resolution::evaluate_coefficients(resolution::CoefficientTexts(), prefix, params);
+  decomposition::DecompositionDriver driver(prefix, params, context.request.library);
+  driver.run();
+  if (driver.circuit() == nullptr) return std::nullopt;
+  const decomposition::MappedCircuit& circuit = *driver.circuit();
+  Synthesised result;
+  result.circuit.style = Style::mapped;
+  result.circuit.inserted = driver.inserted();
+  for (std::size_t i = 0; i < circuit.found().solutions.size(); ++i) {
+    const decomposition::MappedSolution& solution = circuit.solution(i);
+    result.circuit.equations.push_back({.function = solution.signal(),
+                                        .text = solution.function_text(),
+                                        .literals = solution.cost(),
+                                        .triggers = solution.triggers()});
+  }
+  std::ostringstream module;
+  if (!circuit.write_verilog(module)) return std::nullopt;
+  result.circuit.module_name = "VOREL_mapped_implementation";
+  result.circuit.module_text = std::move(module).str();
+  if (!result.circuit.inserted.empty()) result.mapped = std::move(prefix);
+  return result;
+}
+
+}  // namespace
+
+std::optional<Synthesised> synthesise(const net::StgPrefix& stg, Style style, Gates,
+                                      const StepContext& context) {
+  return style == Style::mapped ? mapped(stg, context) : equations(stg, style, context);
+}
+
+}  // namespace vorel::flow

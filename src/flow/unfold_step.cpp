@@ -1,0 +1,70 @@
+#include "flow/unfold_step.h"
+
+#include <cassert>
+#include <sstream>
+#include <utility>
+
+#include "base/messages.h"
+#include "flow/unfold_findings.h"
+#include "formats/g_reader.h"
+#include "formats/g_writer.h"
+#include "net/initial_values.h"
+#include "unfolder/unfolder.h"
+
+namespace vorel::flow {
+namespace {
+
+using StgUnfolder = unfolder::Unfolder<net::Stg>;
+
+std::string limit_text(const StgUnfolder& unfolder, const FlowLimits& limits) {
+  const bool has_too_many = limits.max_events != 0 && unfolder.stats().events >= limits.max_events;
+  const std::string limit = has_too_many ? std::to_string(limits.max_events) + " events"
+                                         : base::format_message("%g seconds", limits.max_seconds);
+  return "the prefix is not complete within " + limit;
+}
+
+// The error that the unfolder has told becomes a finding.
+bool unfold_to_end(StgUnfolder& unfolder, Unfolded& result) {
+  base::MessageCapture messages;
+  const bool is_unfolded = unfolder.unfold();
+  if (!is_unfolded && unfolder.unsafe()) {
+    result.fault = unsafe_finding(unfolder);
+    return false;
+  }
+  return is_unfolded;
+}
+
+}  // namespace
+
+Unfolded unfold(net::Stg stg, const StepContext& context) {
+  unfolder::UnfoldOptions options;
+  options.number_of_threads = context.request.threads;
+  options.max_events = context.request.limits.max_events;
+  options.max_seconds = context.deadline.left();
+  options.keep_incomplete = true;
+  StgUnfolder unfolder(std::move(stg), options,
+                       [&](const std::string& line) { context.tell_progress(line); });
+  Unfolded result;
+  if (!unfold_to_end(unfolder, result)) return result;
+  if (!unfolder.is_complete()) {
+    result.limit = limit_text(unfolder, context.request.limits);
+    return result;
+  }
+  unfolder.warn_if_no_events();
+  net::StgPrefix prefix = std::move(unfolder).result();
+  if (const auto inconsistency = net::settle_initial_values(prefix))
+    result.fault = inconsistent_finding(prefix, *inconsistency);
+  else
+    result.prefix = std::move(prefix);
+  return result;
+}
+
+Unfolded unfold_again(const net::Stg& stg, const StepContext& context) {
+  std::ostringstream text;
+  if (!formats::write_g(stg, text)) return {};
+  auto read = formats::read_g_text(text.str(), context.request.stg_name);
+  if (!read) return {};
+  return unfold(std::move(*read), context);
+}
+
+}  // namespace vorel::flow

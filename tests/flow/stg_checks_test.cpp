@@ -1,0 +1,211 @@
+// What is wrong with random STGs, against all of their states.
+#include "flow/stg_checks.h"
+
+#include <map>
+#include <set>
+
+#include "flow/flow_testing.h"
+#include "flow/unfold_findings.h"
+#include "oracle/parse_g.h"
+#include "oracle/random.h"
+#include "oracle/random_stg.h"
+#include "support/caught_messages.h"
+#include "support/seeds.h"
+
+namespace vorel::flow {
+namespace {
+
+using flow_testing::state_after;
+using flow_testing::Subject;
+using Names = std::vector<std::string>;
+
+// By loser and taker, the length of a shortest trace to where the loser has lost.
+using Disabled = std::map<std::pair<std::uint32_t, std::uint32_t>, std::size_t>;
+
+class DisabledSearch {
+ public:
+  explicit DisabledSearch(const Subject& subject) : subject_{subject} {
+    for (std::uint32_t s = 0; s < subject.graph.states.size(); ++s)
+      enabled_.push_back(oracle::enabled_through_dummies(subject.graph, s));
+    for (std::uint32_t s = 0; s < subject.graph.states.size(); ++s) search_from(s);
+  }
+  const Disabled& result() const { return result_; }
+
+ private:
+  void search_from(std::uint32_t start) {
+    std::map<std::uint32_t, std::size_t> distance{{start, subject_.graph.states[start].distance}};
+    std::vector<std::uint32_t> open{start};
+    for (std::size_t i = 0; i < open.size(); ++i) {
+      const std::size_t length = distance[open[i]] + 1;
+      for (const auto& arc : subject_.graph.states[open[i]].arcs) {
+        if (!arc.transition->signal->is_dummy())
+          note(start, arc, length);
+        else if (distance.emplace(arc.target, length).second)
+          open.push_back(arc.target);
+      }
+    }
+  }
+  void note(std::uint32_t start, const oracle::StateGraph<net::Stg>::Arc& arc, std::size_t length) {
+    const std::uint32_t taker = arc.transition->signal->index;
+    for (const std::uint32_t loser : enabled_[start]) {
+      if (loser == taker || enabled_[arc.target].contains(loser)) continue;
+      if (std::max(loser, taker) < subject_.prefix.inputs_end) continue;
+      auto [found, is_new] = result_.emplace(std::pair(loser, taker), length);
+      if (!is_new) found->second = std::min(found->second, length);
+    }
+  }
+
+  const Subject& subject_;
+  std::vector<oracle::SignalSet> enabled_;
+  Disabled result_;
+};
+
+FindingKind kind_of(const net::Stg& stg, std::uint32_t loser, std::uint32_t taker) {
+  if (loser < stg.inputs_end) return FindingKind::input_held_back;
+  return taker < stg.inputs_end ? FindingKind::not_persistent : FindingKind::arbitration;
+}
+
+using Expected = std::map<std::pair<FindingKind, Names>, std::optional<std::size_t>>;
+
+Expected expected_findings(const Subject& subject) {
+  const net::Stg& stg = subject.prefix;
+  Expected expected;
+  std::set<const net::StgTransition*> live;
+  oracle::SignalSet live_signals;
+  for (const auto& state : subject.graph.states) {
+    for (const auto& arc : state.arcs) {
+      live.insert(arc.transition);
+      live_signals.insert(arc.transition->signal->index);
+    }
+  }
+  for (const auto& transition : stg.transitions)
+    if (!live.contains(transition.get()))
+      expected[{FindingKind::dead_transition, {transition->name}}] = std::nullopt;
+  for (const net::SignalId signal : stg.visible_signals())
+    if (!live_signals.contains(signal.value))
+      expected[{FindingKind::dead_signal, {stg.signals[signal.value]->name}}] = std::nullopt;
+  if (const auto length = subject.graph.shortest_deadlock())
+    expected[{FindingKind::deadlock, {}}] = *length;
+  const DisabledSearch search(subject);
+  for (const auto& [pair, length] : search.result())
+    expected[{kind_of(stg, pair.first, pair.second),
+              {stg.signals[pair.first]->name, stg.signals[pair.second]->name}}] = length;
+  // The oracle has said which outputs are disabled long before this test.
+  std::set<std::pair<std::uint32_t, std::uint32_t>> outputs;
+  for (const auto& [pair, length] : search.result())
+    if (pair.first >= stg.inputs_end) outputs.insert(pair);
+  EXPECT_EQ(outputs, oracle::disabled_signals(stg, subject.graph));
+  return expected;
+}
+
+void check_findings(const Subject& subject, std::map<FindingKind, int>* counts = nullptr) {
+  for (const int solver : {0, 1}) {
+    const std::vector<StgFinding> findings = check_stg(subject.prefix, {.solver = solver});
+    Expected found;
+    for (const StgFinding& finding : findings) {
+      std::optional<std::size_t> length;
+      if (finding.trace) {
+        length = finding.trace->size();
+        EXPECT_TRUE(state_after(subject, *finding.trace)) << finding.message;
+      }
+      EXPECT_TRUE(found.emplace(std::pair(finding.kind, finding.subjects), length).second);
+      EXPECT_EQ(finding.gravity == Gravity::fault, finding.kind == FindingKind::not_persistent);
+      if (counts != nullptr) ++(*counts)[finding.kind];
+    }
+    EXPECT_EQ(found, expected_findings(subject));
+    EXPECT_TRUE(std::ranges::is_sorted(findings, std::greater{}, &StgFinding::gravity));
+  }
+}
+
+TEST(StgChecks, FindWhatTheStatesShow) {
+  std::map<FindingKind, int> counts;
+  const auto [first, end] = support::seeds(200);
+  for (std::uint64_t seed = first; seed < end; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    check_findings(
+        Subject(oracle::random_stg(seed, {.dummies = seed % 2 == 1, .toggles = seed % 3 == 1})),
+        &counts);
+    if (HasFatalFailure() || HasNonfatalFailure()) return;
+  }
+  for (const FindingKind kind : {FindingKind::not_persistent, FindingKind::arbitration,
+                                 FindingKind::input_held_back, FindingKind::deadlock})
+    EXPECT_GT(counts[kind], 0) << static_cast<int>(kind);
+  for (const auto& [kind, count] : counts)
+    RecordProperty(std::to_string(static_cast<int>(kind)), count);
+}
+
+Names names_in(const StgTrace& trace) {
+  Names names;
+  for (const TraceStep& step : trace) names.push_back(step.transition);
+  return names;
+}
+
+// All firings but the last go well, and that one brings the second token.
+void check_unsafe(const net::Stg& stg, const StgFinding& finding) {
+  Names names = names_in(*finding.trace);
+  EXPECT_FALSE(oracle::replay(stg, names));
+  ASSERT_FALSE(names.empty());
+  const auto last =
+      std::ranges::find_if(stg.transitions, [&](const auto& t) { return t->name == names.back(); });
+  names.pop_back();
+  const auto marking = oracle::replay(stg, names);
+  ASSERT_TRUE(marking && oracle::is_enabled(*marking, **last));
+  const auto place = std::ranges::find_if(
+      (*last)->postset, [&](const auto* p) { return p->name == finding.subjects.at(0); });
+  ASSERT_NE(place, (*last)->postset.end());
+  EXPECT_TRUE((*marking)[(*place)->index]);
+}
+
+// The last edge tells one initial value of the signal, some other edge the other.
+void check_inconsistent(const oracle::StateGraph<net::Stg>& graph, const net::Stg& stg,
+                        const StgFinding& finding) {
+  EXPECT_TRUE(oracle::replay(stg, names_in(*finding.trace)));
+  ASSERT_FALSE(finding.trace->empty());
+  EXPECT_EQ(finding.trace->back().signal, finding.subjects.at(0));
+  std::set<bool> initial;
+  for (const auto& state : graph.states)
+    for (const auto& arc : state.arcs)
+      if (arc.transition->signal->name == finding.subjects[0] &&
+          arc.transition->sign != net::Sign::toggle)
+        initial.insert((arc.transition->sign == net::Sign::minus) !=
+                       state.parity[arc.transition->signal->index]);
+  EXPECT_EQ(initial.size(), 2u);
+}
+
+TEST(StgChecks, TellWhyThereIsNoPrefix) {
+  int unsafe = 0, inconsistent = 0;
+  const support::CaughtMessages errors;
+  const auto [first, end] = support::seeds(60);
+  for (std::uint64_t seed = first; seed < end; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    net::Stg stg = oracle::random_stg(seed, {.dummies = seed % 2 == 1});
+    oracle::Random random(seed);
+    net::StgTransition& changed = *stg.transitions[random.below(stg.transitions.size())];
+    if (random.chance(50))
+      stg.places[random.below(stg.places.size())]->initial_marking = 1;
+    else if (changed.sign != net::Sign::toggle)
+      changed.sign = changed.sign == net::Sign::plus ? net::Sign::minus : net::Sign::plus;
+    const auto graph = oracle::explore(stg, 3000);
+    if (graph.outcome == oracle::Exploration::too_large) continue;
+    unfolder::Unfolder<net::Stg> unfolder(std::move(stg), {});
+    if (!unfolder.unfold()) {
+      ASSERT_EQ(graph.outcome, oracle::Exploration::unsafe);
+      check_unsafe(unfolder.net(), unsafe_finding(unfolder));
+      ++unsafe;
+      continue;
+    }
+    ASSERT_EQ(graph.outcome, oracle::Exploration::complete);
+    net::StgPrefix prefix = std::move(unfolder).result();
+    const auto values = oracle::find_initial_values(prefix, graph);
+    const auto inconsistency = net::settle_initial_values(prefix);
+    ASSERT_EQ(inconsistency.has_value(), !values);
+    if (!inconsistency) continue;
+    check_inconsistent(graph, prefix, inconsistent_finding(prefix, *inconsistency));
+    ++inconsistent;
+  }
+  EXPECT_GT(unsafe, 5);
+  EXPECT_GT(inconsistent, 5);
+}
+
+}  // namespace
+}  // namespace vorel::flow
