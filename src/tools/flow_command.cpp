@@ -55,21 +55,49 @@ class FlowRun {
         stream_{task.document == standard_stream ? std::cerr : std::cout},
         progress_{!task.quiet} {}
 
-  // nullopt after an error of this program's own: nothing read or not all written.
+  // nullopt after an error in what is delivered.
   std::optional<flow::Verdict> run() {
-    auto stg = read_stg(task_.format_name, task_.stg);
-    if (!stg) return std::nullopt;
-    flow::StepRecord reading{Step::read, sizes_text(*stg), watch_.lap()};
-    tell_end(reading);
-    flow::FlowResult result = flow::run_flow(std::move(*stg), task_.request, listener());
-    progress_.clear();
+    flow::FlowResult result;
+    flow::StepRecord reading{Step::read, {}, 0};
+    std::vector<base::Message> messages;
+    if (auto stg = read(messages)) {
+      reading.text = sizes_text(*stg);
+      reading.seconds = watch_.lap();
+      tell_end(reading);
+      result = flow::run_flow(std::move(*stg), task_.request, listener());
+      progress_.clear();
+    } else {
+      reading.text = "failed";
+      reading.seconds = watch_.lap();
+      result.sentence = "\"" + task_.request.stg_name + "\" could not be read";
+    }
+    result.seconds += reading.seconds;
     result.steps.insert(result.steps.begin(), std::move(reading));
-    result.seconds += result.steps.front().seconds;
+    add_messages(messages, result);
     if (!deliver(result)) return std::nullopt;
     return result.verdict;
   }
 
  private:
+  // nullopt after an error, which is among the messages.
+  std::optional<net::Stg> read(std::vector<base::Message>& messages) const {
+    base::MessageCapture capture;
+    auto stg = read_stg(task_.format_name, task_.stg);
+    messages = capture.take();
+    return stg;
+  }
+
+  // They come before those of the flow.
+  static void add_messages(const std::vector<base::Message>& messages, flow::FlowResult& result) {
+    std::vector<std::string> warnings, errors;
+    for (const base::Message& message : messages)
+      (message.is_error ? errors : warnings).push_back(message.text);
+    result.warnings.insert(result.warnings.begin(), warnings.begin(), warnings.end());
+    result.errors.insert(result.errors.begin(), errors.begin(), errors.end());
+    if (!warnings.empty() && result.verdict == flow::Verdict::verified)
+      result.verdict = flow::Verdict::verified_with_warnings;
+  }
+
   flow::FlowListener listener() {
     flow::FlowListener listener;
     listener.end = [this](const flow::StepRecord& record) { tell_end(record); };
