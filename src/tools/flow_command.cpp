@@ -70,6 +70,7 @@ class FlowRun {
       reading.text = "failed";
       reading.seconds = watch_.lap();
       result.sentence = "\"" + task_.request.stg_name + "\" could not be read";
+      result.hint = "vorel-unfold --help tells how an STG is written";
     }
     result.seconds += reading.seconds;
     result.steps.insert(result.steps.begin(), std::move(reading));
@@ -115,6 +116,11 @@ class FlowRun {
     if (!task_.quiet) print_step(record, stream_);
   }
 
+  // Of an error in the input there is nothing to be kept.
+  bool keeps_folder(const flow::FlowResult& result) const {
+    return !task_.folder.empty() && result.verdict != flow::Verdict::error;
+  }
+
   // Files first, then what is told, the document on the standard output last.
   bool deliver(flow::FlowResult& result) {
     std::vector<FlowFile> files;
@@ -124,7 +130,7 @@ class FlowRun {
     const auto write_document = [&](std::ostream& stream) {
       return report::write_document(task_.request, result, names, stream);
     };
-    if (!task_.folder.empty()) {
+    if (keeps_folder(result)) {
       files.push_back({"report.json", write_document});
       if (!write_folder(task_, files)) return false;
     }
@@ -140,7 +146,7 @@ class FlowRun {
 
   // The page is made before the document, which tells how long that took.
   bool prepare_files(flow::FlowResult& result, std::vector<FlowFile>& files) {
-    if (task_.folder.empty()) return true;
+    if (!keeps_folder(result)) return true;
     base::StopWatch watch;
     files = circuit_files(task_, result);
     for (FlowFile& file : waveform_files(result)) files.push_back(std::move(file));
@@ -166,8 +172,14 @@ class FlowRun {
     print_outcome(task_, result, stream_);
     if (!files.empty()) {
       stream_ << "\nwrote " << task_.folder << ':';
-      for (const FlowFile& file : files)
-        if (!file.name.starts_with("traces/")) stream_ << ' ' << file.name;
+      std::size_t traces = 0;
+      for (const FlowFile& file : files) {
+        if (file.name.starts_with("traces/"))
+          ++traces;
+        else
+          stream_ << ' ' << file.name;
+      }
+      if (traces > 0) stream_ << " and " << counts({{traces, "trace"}});
       stream_ << '\n';
     }
     stream_ << std::flush;
