@@ -115,9 +115,11 @@ pre { margin: 8px 0 12px; padding: 12px 14px; background: var(--panel); border-r
   thead th:has(+ .bar), thead th:empty { display: none; }
 }
 @media print {
+  :root { color-scheme: light; }
   body { max-width: none; padding: 0; font-size: 10.5pt; }
   nav, .as-text { display: none; }
   section { margin-top: 18pt; padding-top: 12pt; }
+  .pair { grid-template-columns: 1fr 1fr; }
   figure, tr, .tile, .verdict { break-inside: avoid; }
   h2, h3, figcaption { break-after: avoid; }
   .table, .pane, pre { overflow: visible; }
