@@ -31,6 +31,9 @@ bool verify_circuit(CircuitResult& circuit, const net::Stg& stg, Gates gates,
                     const StepContext& context) {
   verify::CircuitOptions options;
   options.top = circuit.module_name;
+  const synthesis::ModuleOptions& module = context.request.module;
+  if (module.reset == synthesis::ResetKind::input)
+    options.constants.push_back({module.reset_input, false});
   auto read = verify::read_circuit_text(circuit.module_text, circuit.module_name + ".v", stg, gates,
                                         options);
   if (!read) return false;

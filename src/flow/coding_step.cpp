@@ -13,6 +13,7 @@
 #include "conflicts/csc_check.h"
 #include "conflicts/usc_check.h"
 #include "flow/stg_game.h"
+#include "net/causality.h"
 
 namespace vorel::flow {
 namespace {
@@ -31,30 +32,6 @@ configuration::SearchOptions search_options(const sat::CnfParams& formula) {
   return options;
 }
 
-// What happens in both without consequences for the conflict is left out of both.
-Core without_detours(const net::StgPrefix& prefix, const Core& core,
-                     const conflicts::ConflictCheck& check) {
-  Core result = core;
-  auto common =
-      configuration::events_of(prefix, configuration::set_difference(core.first, core.sum));
-  common = configuration::firing_sequence<net::StgPrefix>(prefix, common);
-  const auto without = [&](const EventSet& set, const Event& event) {
-    return configuration::without_maximal_dummies(
-        prefix, configuration::set_difference(set, {base::id_of(event)}));
-  };
-  for (auto event = common.rbegin(); event != common.rend(); ++event) {
-    if (!std::ranges::binary_search(result.first, base::id_of(**event))) continue;
-    EventSet first = without(result.first, **event), second = without(result.second, **event);
-    if (configuration::symmetric_difference(first, second) != core.sum ||
-        !configuration::is_causally_closed(prefix, first) ||
-        !configuration::is_causally_closed(prefix, second) || !check.is_conflict(first, second))
-      continue;
-    result.first = std::move(first);
-    result.second = std::move(second);
-  }
-  return result;
-}
-
 std::string edge_name(const net::StgTransition& transition) {
   constexpr char signs[] = {'+', '-', '~'};
   return transition.signal->name + signs[static_cast<std::size_t>(transition.sign)];
@@ -64,11 +41,13 @@ class ConflictTeller {
  public:
   explicit ConflictTeller(const net::StgPrefix& prefix) : prefix_{prefix}, structure_{prefix} {}
 
-  Conflict tell(const Core& core, bool is_csc) const {
+  Conflict tell(const Core& found, const conflicts::ConflictCheck& check, bool is_csc) const {
+    const Core core = without_detours(found, check, is_csc);
     const State first(structure_, core.first), second(structure_, core.second);
     Conflict conflict;
     conflict.is_csc = is_csc;
-    if (is_csc) conflict.signal = signal_between(first, second);
+    if (is_csc)
+      conflict.signal = base::element(prefix_.signals, signal_between(first, second)).name;
     for (const bool value : first.code()) conflict.code += value ? '1' : '0';
     add_traces(core, conflict);
     conflict.excited_first = excited_edges(first);
@@ -78,13 +57,45 @@ class ConflictTeller {
   }
 
  private:
+  // Leaves out of both what only happens in both: what neither the differences between the two need
+  // nor, of a CSC conflict, the event whose signal is excited in one of them alone.
+  Core without_detours(const Core& core, const conflicts::ConflictCheck& check, bool is_csc) const {
+    std::vector<Event*> needed;
+    for (const configuration::StgEventId event : core.sum)
+      needed.push_back(prefix_.events[event.value].get());
+    if (is_csc) needed.push_back(excited_event(core));
+    EventSet past;
+    for (const Event* event : net::causal_past(prefix_, needed))
+      past.push_back(base::id_of(*event));
+    const EventSet detours =
+        configuration::set_difference(configuration::set_difference(core.first, core.sum), past);
+    Core result(configuration::set_difference(core.first, detours),
+                configuration::set_difference(core.second, detours));
+    const auto ends_in_dummy = [this](const EventSet& set) {
+      return configuration::without_maximal_dummies(prefix_, set) != set;
+    };
+    const bool is_as_good = !ends_in_dummy(result.first) && !ends_in_dummy(result.second) &&
+                            check.is_conflict(result.first, result.second);
+    return is_as_good ? result : core;
+  }
+
+  Event* excited_event(const Core& core) const {
+    const State first(structure_, core.first), second(structure_, core.second);
+    const net::SignalId signal = signal_between(first, second);
+    const State& state = first.is_excited(signal) ? first : second;
+    for (const Event* event : structure_.instances().events_of(signal))
+      if (state.is_enabled(*event)) return prefix_.events[event->index].get();
+    assert(false && "the signal is excited");
+    return nullptr;
+  }
+
   // Two sorted lists that differ first differ in a signal that only one of them has.
-  std::string signal_between(const State& first, const State& second) const {
+  net::SignalId signal_between(const State& first, const State& second) const {
     const auto one = first.excited_signals(), other = second.excited_signals();
     const auto [a, b] = std::ranges::mismatch(one, other);
     assert((a != one.end() || b != other.end()) && "the pair is in conflict");
     const bool is_in_one = b == other.end() || (a != one.end() && *a < *b);
-    return base::element(prefix_.signals, is_in_one ? *a : *b).name;
+    return is_in_one ? *a : *b;
   }
 
   void add_traces(const Core& core, Conflict& conflict) const {
@@ -148,11 +159,12 @@ void sort_by_length(std::span<Conflict> conflicts) {
 
 std::optional<Coding> find_coding(const net::StgPrefix& prefix, const sat::CnfParams& formula) {
   const configuration::SearchOptions options = search_options(formula);
-  conflicts::CscCheck csc(prefix, options, conflicts::Notes::left_out);
-  csc.run();
-  if (base::run_failed()) return std::nullopt;
   conflicts::UscCheck usc(prefix, options, conflicts::Notes::left_out);
   usc.run();
+  if (base::run_failed()) return std::nullopt;
+  // Only states with different markings can have different next values.
+  conflicts::CscCheck csc(prefix, options, conflicts::Notes::left_out);
+  if (!usc.seen_pairs().empty()) csc.run();
   if (base::run_failed()) return std::nullopt;
 
   Coding coding;
@@ -169,11 +181,10 @@ std::optional<Coding> find_coding(const net::StgPrefix& prefix, const sat::CnfPa
   std::unordered_set<EventSet, base::SequenceHash> told;
   for (const Core& core : csc.seen_pairs()) {
     told.insert(core.sum);
-    coding.conflicts.push_back(teller.tell(without_detours(prefix, core, csc), true));
+    coding.conflicts.push_back(teller.tell(core, csc, true));
   }
   for (const Core& core : usc.seen_pairs())
-    if (!told.contains(core.sum))
-      coding.conflicts.push_back(teller.tell(without_detours(prefix, core, usc), false));
+    if (!told.contains(core.sum)) coding.conflicts.push_back(teller.tell(core, usc, false));
   const std::span<Conflict> conflicts = coding.conflicts;
   sort_by_length(conflicts.first(coding.csc_cores));
   sort_by_length(conflicts.subspan(coding.csc_cores));

@@ -92,11 +92,11 @@ using CoreMap = std::vector<std::uint32_t>;
 
 struct Coding {
   bool usc_holds = false, csc_holds = false;
-  std::vector<Conflict> conflicts;           // those found: one for each core, CSC before USC
+  std::vector<Conflict> conflicts;  // those found: one for each core, CSC before USC
   // All of them, or, if they were too many to list, those found.
   std::size_t csc_cores = 0, usc_cores = 0;
   bool has_all_cores = true;
-  CoreMap core_map;                          // by event of the prefix
+  CoreMap core_map;  // by event of the prefix
   std::vector<std::string> code_signals;
 };
 

@@ -4,16 +4,15 @@
 #include <cassert>
 #include <filesystem>
 #include <set>
-#include <sstream>
 #include <utility>
 
 #include "base/messages.h"
 #include "decomposition/decomposition_driver.h"
-#include "decomposition/gate_models.h"
+#include "flow/module_step.h"
 #include "net/clone_net.h"
 #include "resolution/coefficients.h"
 #include "synthesis/equation_search.h"
-#include "synthesis/verilog_writer.h"
+#include "synthesis/netlist.h"
 
 namespace vorel::flow {
 namespace {
@@ -27,7 +26,7 @@ synthesis::SynthesisStyle synthesis_style(Style style) {
   return style == Style::generalised_c ? generalised_c : standard_c;
 }
 
-std::optional<Synthesised> equations(const net::StgPrefix& stg, Style style,
+std::optional<Synthesised> equations(const net::StgPrefix& stg, Style style, Gates gates,
                                      const StepContext& context) {
   base::Params params = context.params;
   params.set("solver", 0);  // many small questions, as ever for equations
@@ -46,15 +45,13 @@ std::optional<Synthesised> equations(const net::StgPrefix& stg, Style style,
                                         .literals = solution.best().cost,
                                         .triggers = solution.triggers()});
   }
-  std::ostringstream module;
-  if (!synthesis::write_verilog(module, stg, synthesis_style(style), solutions))
-    return std::nullopt;
-  result.circuit.module_name = synthesis::module_name;
-  result.circuit.module_text = std::move(module).str();
+  const auto netlist = synthesis::netlist_of(stg, synthesis_style(style), solutions);
+  if (!write_texts(result.circuit, netlist, stg, gates, context.request)) return std::nullopt;
   return result;
 }
 
-std::optional<Synthesised> mapped(const net::StgPrefix& stg, const StepContext& context) {
+std::optional<Synthesised> mapped(const net::StgPrefix& stg, Gates gates,
+                                  const StepContext& context) {
   base::Params params = context.params;
   net::StgPrefix prefix = net::clone_prefix(stg);
   resolution::evaluate_coefficients(resolution::CoefficientTexts(), prefix, params);
@@ -72,19 +69,18 @@ std::optional<Synthesised> mapped(const net::StgPrefix& stg, const StepContext& 
                                         .literals = solution.cost(),
                                         .triggers = solution.triggers()});
   }
-  std::ostringstream module;
-  if (!circuit.write_verilog(module)) return std::nullopt;
-  result.circuit.module_name = "VOREL_mapped_implementation";
-  result.circuit.module_text = std::move(module).str();
+  if (!write_texts(result.circuit, circuit.netlist(), prefix, gates, context.request))
+    return std::nullopt;
   if (!result.circuit.inserted.empty()) result.mapped = std::move(prefix);
   return result;
 }
 
 }  // namespace
 
-std::optional<Synthesised> synthesise(const net::StgPrefix& stg, Style style, Gates,
+std::optional<Synthesised> synthesise(const net::StgPrefix& stg, Style style, Gates gates,
                                       const StepContext& context) {
-  return style == Style::mapped ? mapped(stg, context) : equations(stg, style, context);
+  return style == Style::mapped ? mapped(stg, gates, context)
+                                : equations(stg, style, gates, context);
 }
 
 }  // namespace vorel::flow

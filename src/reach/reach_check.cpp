@@ -67,6 +67,17 @@ void ReachCheck<P>::encode(sat::ClauseGroup) {
 }
 
 template <net::Process P>
+std::optional<Witness> ReachCheck<P>::witness() const {
+  if (this->found().solutions.empty()) return std::nullopt;
+  const results::Solution& solution = *this->found().solutions.back();
+  if (!validate(solution)) return std::nullopt;
+  const auto events = configuration::events_of(this->process(), solution.traces.front());
+  const configuration::FinalState<P> state(this->structure(), events,
+                                           this->options().encoding.enabledness);
+  return Witness{solution.traces.front(), reachlang::chosen_elements(*property_, state)};
+}
+
+template <net::Process P>
 bool ReachCheck<P>::validate(const results::Solution& solution) const {
   assert(solution.traces.size() == 1 && normal_form_);
   if (!configuration::SearchEngine<P>::validate(solution)) return false;

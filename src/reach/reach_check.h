@@ -6,11 +6,18 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "configuration/search_engine.h"
 #include "reachlang/expansion.h"
 
 namespace vorel::reach {
+
+// A state that satisfies a property.
+struct Witness {
+  results::Trace trace;
+  std::vector<reachlang::BoundVariable> elements;  // of the outermost quantifiers `exists`
+};
 
 template <net::Process P>
 class ReachCheck : public configuration::SearchEngine<P> {
@@ -19,6 +26,9 @@ class ReachCheck : public configuration::SearchEngine<P> {
   // has STG states.
   ReachCheck(const P& process, const configuration::SearchOptions& options,
              std::string_view property, configuration::Enabledness enabledness);
+
+  // After run(): the last solution, replayed. Nothing without one, or after a reported error.
+  std::optional<Witness> witness() const;
 
  protected:
   void encode(sat::ClauseGroup group) override;

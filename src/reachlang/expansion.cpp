@@ -58,6 +58,33 @@ class Expansion {
 
   const ReachFail& fail() const { return fail_; }
 
+  void choose_elements(const ReachNode& node, const FormulaHolds& holds,
+                       std::vector<BoundVariable>& chosen) {
+    if (!node.is_dynamic) return;
+    if (node.op == ReachOp::and_)
+      for (const ReachNodeId part : expr_.operands(node))
+        choose_elements(expr_.node(part), holds, chosen);
+    if (node.op != ReachOp::let && node.op != ReachOp::exists) return;
+    const ReachNode& inner = expr_.operand(node, node.operand_count - 1u);
+    if (node.op == ReachOp::let) {
+      with_definitions(node, [&] {
+        choose_elements(inner, holds, chosen);
+        return MaybeNode();
+      });
+      return;
+    }
+    evaluator_.for_each_binding(node, [&] {
+      const MaybeNode next = expand(inner);
+      if (!next || !holds(builder_, *next)) return next.has_value();
+      const Environment& environment = evaluator_.environment();
+      const std::size_t count = expr_.declared_count(node);
+      for (std::size_t i = 0; i < count; ++i)
+        chosen.push_back({expr_.name(node, i), environment[environment.size() - count + i].value});
+      choose_elements(inner, holds, chosen);
+      return false;
+    });
+  }
+
  private:
   MaybeNode constant(const ReachValue& value) {
     if (value.is_fail()) return refuse(value.fail());
@@ -221,6 +248,13 @@ class Expansion {
   // keeps it from having a formula is told where it is named: expanding it only there would nest as
   // deeply as definitions speak of each other.
   MaybeNode let(const ReachNode& node) {
+    return with_definitions(node,
+                            [&] { return expand(expr_.operand(node, node.operand_count - 1u)); });
+  }
+
+  // What `body` gives where the definitions have a value.
+  template <class Body>
+  MaybeNode with_definitions(const ReachNode& node, Body body) {
     Environment& environment = evaluator_.environment();
     const std::size_t outer = environment.size();
     MaybeNode result = builder_.constant(true);
@@ -240,7 +274,7 @@ class Expansion {
       }
       environment.push_back(std::move(binding));
     }
-    if (result) result = expand(expr_.operand(node, node.operand_count - 1u));
+    if (result) result = body();
     environment.resize(outer);
     return result;
   }
@@ -268,8 +302,19 @@ std::optional<NormalForm> normalise(const ReachExpr& property, const P& process,
   return result;
 }
 
-#define INSTANTIATE(P) \
-  template std::optional<NormalForm> normalise<P>(const ReachExpr&, const P&, std::string&);
+template <net::Process P>
+std::vector<BoundVariable> choose_elements(const ReachExpr& property, const P& process,
+                                           const FormulaHolds& holds) {
+  FormulaBuilder builder;
+  std::vector<BoundVariable> chosen;
+  Expansion<P>(property, process, builder).choose_elements(property.root(), holds, chosen);
+  return chosen;
+}
+
+#define INSTANTIATE(P)                                                                       \
+  template std::optional<NormalForm> normalise<P>(const ReachExpr&, const P&, std::string&); \
+  template std::vector<BoundVariable> choose_elements<P>(const ReachExpr&, const P&,         \
+                                                         const FormulaHolds&);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 

@@ -4,8 +4,10 @@
 //            (reachlang/predicate_encoding.h).
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "net/process.h"
 #include "reachlang/formula_builder.h"
@@ -22,5 +24,19 @@ struct NormalForm {
 template <net::Process P>
 std::optional<NormalForm> normalise(const ReachExpr& property, const P& process,
                                     std::string& fault);
+
+// A variable of a quantifier, bound to an element.
+struct BoundVariable {
+  std::string name;
+  ReachValue value;
+};
+
+// The elements that make true the quantifiers `exists` at the outside of a property that holds: the
+// property itself, its body, a part of a conjunction or what stands below definitions. For each of
+// them it is the first choice of elements for which `holds` is true of the body.
+using FormulaHolds = std::function<bool(const FormulaBuilder& formula, ReachNodeId root)>;
+template <net::Process P>
+std::vector<BoundVariable> choose_elements(const ReachExpr& property, const P& process,
+                                           const FormulaHolds& holds);
 
 }  // namespace vorel::reachlang

@@ -72,16 +72,31 @@ bool value_of(const ReachExpr& expr, ReachNodeId root, ValueOfAtom value_of_atom
   return values[root];
 }
 
-}  // namespace
-
 template <net::Process P>
-bool holds_in(const NormalForm& property, const configuration::FinalState<P>& state) {
+bool holds_in(const FormulaBuilder& formula, ReachNodeId root,
+              const configuration::FinalState<P>& state) {
   const auto value_of_atom = [&state](ReachOp op, const ReachNodeRef& node) {
     if (op == ReachOp::state) return state_of(node, state);
     if (op == ReachOp::enabled) return is_enabled(node, state);
     return state_of(node, state) != is_enabled(node, state);
   };
-  return value_of(property.formula.expr(), property.root, value_of_atom);
+  return value_of(formula.expr(), root, value_of_atom);
+}
+
+}  // namespace
+
+template <net::Process P>
+bool holds_in(const NormalForm& property, const configuration::FinalState<P>& state) {
+  return holds_in(property.formula, property.root, state);
+}
+
+template <net::Process P>
+std::vector<BoundVariable> chosen_elements(const ReachExpr& property,
+                                           const configuration::FinalState<P>& state) {
+  return choose_elements<P>(property, state.process(),
+                            [&state](const FormulaBuilder& formula, ReachNodeId root) {
+                              return holds_in(formula, root, state);
+                            });
 }
 
 template <net::Process P>
@@ -91,8 +106,10 @@ bool check_predicate(const NormalForm& property, const configuration::FinalState
   return holds;
 }
 
-#define INSTANTIATE(P)                                                               \
-  template bool holds_in<P>(const NormalForm&, const configuration::FinalState<P>&); \
+#define INSTANTIATE(P)                                                                         \
+  template bool holds_in<P>(const NormalForm&, const configuration::FinalState<P>&);           \
+  template std::vector<BoundVariable> chosen_elements<P>(const ReachExpr&,                     \
+                                                         const configuration::FinalState<P>&); \
   template bool check_predicate<P>(const NormalForm&, const configuration::FinalState<P>&);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE

@@ -16,4 +16,9 @@ bool holds_in(const NormalForm& property, const configuration::FinalState<P>& st
 template <net::Process P>
 bool check_predicate(const NormalForm& property, const configuration::FinalState<P>& state);
 
+// The elements chosen for the outermost quantifiers `exists` of a property that holds in the state.
+template <net::Process P>
+std::vector<BoundVariable> chosen_elements(const ReachExpr& property,
+                                           const configuration::FinalState<P>& state);
+
 }  // namespace vorel::reachlang
