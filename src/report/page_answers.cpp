@@ -80,6 +80,7 @@ void add_question_row(HtmlWriter& html, const verify::Verification& verification
     html.add("span", "class=\"mark\" aria-hidden=\"true\"", mark_of(tone_of(answer)));
     html.word(pointer("/circuit/verification/questions", i, "answer"), verify::row_of(answer).word);
   }
+  if (verification.findings.empty()) return;
   const verify::Finding* const finding = verify::finding_for(verification, question.question);
   html.add("td", finding == nullptr ? "" : finding->message);
 }
@@ -174,7 +175,8 @@ void add_verification(HtmlWriter& html, const PageContent& content) {
   }
   {
     constexpr std::array<std::string_view, 3> heads = {"Question", "Answer", "Why"};
-    const Table table(html, heads);
+    const bool has_reasons = !verification.findings.empty();
+    const Table table(html, std::span(heads).first(has_reasons ? 3 : 2));
     for (std::size_t i = 0; i < verify::question_rows.size(); ++i)
       add_question_row(html, verification, i);
   }

@@ -110,10 +110,15 @@ void add_conflicts(HtmlWriter& html, const PageContent& content) {
     add_badge(html, coding.usc_holds ? Tone::good : Tone::plain,
               coding.usc_holds ? "USC holds" : "USC does not hold");
     html.markup(" ");
+    if (!coding.has_all_cores) html.text("Found so far, not all: ");
     html.count("/coding/csc_cores", coding.csc_cores);
-    html.text(coding.csc_cores == 1 ? " core of CSC conflicts, " : " cores of CSC conflicts, ");
-    html.count("/coding/usc_cores", coding.usc_cores);
-    html.text(" of USC conflicts.");
+    html.text(coding.csc_cores == 1 ? " core of CSC conflicts" : " cores of CSC conflicts");
+    if (coding.usc_cores > 0) {
+      html.text(", ");
+      html.count("/coding/usc_cores", coding.usc_cores);
+      html.text(" of USC conflicts");
+    }
+    html.text(", in the STG given.");
   }
   if (!coding.conflicts.empty())
     html.add("p",
@@ -140,6 +145,12 @@ void add_resolution(HtmlWriter& html, const PageContent& content) {
     }
   }
   if (resolution.transformations.empty()) return;
+  html.add(
+      "p",
+      "Where edges go: |t before the transition t, t| behind it, only at some of its places if "
+      "they are named on the other side of the bar; s -||-> t beside what lies between s and "
+      "t; {s}-$->{t} behind and before several. In a reduction s --> t the transition t waits "
+      "for s. A star: with a token at the start.");
   constexpr std::array<std::string_view, 6> heads = {"#",     "What",  "Signal",
                                                      "Edges", "#Cost", "Cost in parts"};
   const Table table(html, heads);

@@ -111,6 +111,13 @@ void add_option(HtmlWriter& html, std::string_view title, std::string_view value
   html.add("td", value);
 }
 
+// Without folders; the whole path where nothing would be left.
+std::string_view file_name_of(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  const bool has_name = slash != path.npos && slash + 1 < path.size();
+  return has_name ? path.substr(slash + 1) : path;
+}
+
 std::string or_no_limit(std::uint64_t limit) {
   return limit == 0 ? "no limit" : std::to_string(limit);
 }
@@ -122,7 +129,9 @@ void add_header(HtmlWriter& html, const PageContent& content) {
   const Tone tone = tone_of(result.verdict);
   const auto header = html.in("header");
   html.add("p", "class=\"program\"", "vorel-flow");
-  html.add("h1", content.request.stg_name);
+  const std::string& path = content.request.stg_name;
+  html.add("h1", file_name_of(path));
+  if (file_name_of(path) != path) html.add("p", "class=\"path\"", path);
   const auto verdict = html.in("div", "class=\"verdict " + std::string{class_of(tone)} + "\"");
   html.add("span", "class=\"mark\" aria-hidden=\"true\"", mark_of(tone));
   const auto words = html.in("div");
