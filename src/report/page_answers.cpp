@@ -6,6 +6,7 @@
 #include "flow/waveforms.h"
 #include "report/page_parts.h"
 #include "report/page_sections.h"
+#include "report/trace_files.h"
 #include "verify/verification_words.h"
 
 namespace vorel::report {
@@ -50,7 +51,8 @@ bool goes_wrong_at_last(flow::FindingKind kind) {
   return kind != flow::FindingKind::deadlock && kind != flow::FindingKind::irreducible;
 }
 
-void add_finding(HtmlWriter& html, const net::Stg* stg, const flow::StgFinding& finding) {
+void add_finding(HtmlWriter& html, const PageContent& content, std::size_t i) {
+  const flow::StgFinding& finding = content.result.findings[i];
   const auto article = html.in("article");
   {
     const auto heading = html.in("h3");
@@ -63,9 +65,10 @@ void add_finding(HtmlWriter& html, const net::Stg* stg, const flow::StgFinding& 
   html.add("p", finding.message);
   if (!finding.trace) return;
   const bool ends_wrong = goes_wrong_at_last(finding.kind);
-  add_trace(html, stg, *finding.trace,
+  add_trace(html, given_stg(content.result), *finding.trace,
             ends_wrong ? "A shortest trace; the last step goes wrong" : "A trace to that state",
             ends_wrong ? Emphasis::last_step : Emphasis::none);
+  add_trace_link(html, content, finding_file(content.result, i));
 }
 
 void add_question_row(HtmlWriter& html, const verify::Verification& verification, std::size_t i) {
@@ -85,7 +88,8 @@ void add_question_row(HtmlWriter& html, const verify::Verification& verification
   html.add("td", finding == nullptr ? "" : finding->message);
 }
 
-void add_failure(HtmlWriter& html, const flow::FlowResult& result, const verify::Finding& finding) {
+void add_failure(HtmlWriter& html, const PageContent& content, const verify::Finding& finding) {
+  const flow::FlowResult& result = content.result;
   const auto article = html.in("article");
   html.add("h3", std::string{verify::row_of(finding.question).title} + ": no");
   html.add("p", finding.message);
@@ -98,6 +102,7 @@ void add_failure(HtmlWriter& html, const flow::FlowResult& result, const verify:
   const auto waveform = flow::waveform_of(*result.circuit_stg(), result.circuit->circuit, finding);
   add_drawing(html, draw_waveform(waveform, ends_wrong ? Emphasis::last_step : Emphasis::none),
               ends_wrong ? "A trace; the last edge goes wrong" : "A trace to that state");
+  add_trace_link(html, content, question_file(finding.question));
 }
 
 void add_arbiters(HtmlWriter& html, const verify::Circuit& circuit,
@@ -119,7 +124,8 @@ Tone tone_of(flow::PropertyAnswer answer) {
   return answer == flow::PropertyAnswer::undecided ? Tone::doubtful : Tone::plain;
 }
 
-void add_property(HtmlWriter& html, const flow::FlowResult& result, std::size_t i) {
+void add_property(HtmlWriter& html, const PageContent& content, std::size_t i) {
+  const flow::FlowResult& result = content.result;
   const flow::PropertyResult& property = result.properties[i];
   const auto article = html.in("article");
   {
@@ -149,13 +155,13 @@ void add_property(HtmlWriter& html, const flow::FlowResult& result, std::size_t 
   }
   add_trace(html, given_stg(result), property.trace, "A trace to a state that satisfies it",
             Emphasis::none);
+  add_trace_link(html, content, property_file(i));
 }
 
 }  // namespace
 
 void add_findings(HtmlWriter& html, const PageContent& content) {
-  for (const flow::StgFinding& finding : content.result.findings)
-    add_finding(html, given_stg(content.result), finding);
+  for (std::size_t i = 0; i < content.result.findings.size(); ++i) add_finding(html, content, i);
 }
 
 void add_verification(HtmlWriter& html, const PageContent& content) {
@@ -181,13 +187,11 @@ void add_verification(HtmlWriter& html, const PageContent& content) {
       add_question_row(html, verification, i);
   }
   add_arbiters(html, circuit.circuit, verification);
-  for (const verify::Finding& finding : verification.findings)
-    add_failure(html, content.result, finding);
+  for (const verify::Finding& finding : verification.findings) add_failure(html, content, finding);
 }
 
 void add_properties(HtmlWriter& html, const PageContent& content) {
-  for (std::size_t i = 0; i < content.result.properties.size(); ++i)
-    add_property(html, content.result, i);
+  for (std::size_t i = 0; i < content.result.properties.size(); ++i) add_property(html, content, i);
 }
 
 }  // namespace vorel::report

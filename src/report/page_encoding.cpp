@@ -4,6 +4,7 @@
 #include "flow/waveforms.h"
 #include "report/page_parts.h"
 #include "report/page_sections.h"
+#include "report/trace_files.h"
 #include "report/waveform_drawing.h"
 
 namespace vorel::report {
@@ -72,6 +73,8 @@ void add_conflict(HtmlWriter& html, const PageContent& content, std::size_t i) {
   }
   add_code(html, coding, conflict);
   if (i < most_drawn_conflicts) add_waveforms(html, *content.result.given, conflict, title);
+  add_trace_link(html, content, conflict_file(i, Branch::first));
+  add_trace_link(html, content, conflict_file(i, Branch::second));
   const auto list = html.in("ul");
   add_excited(html, "first", conflict.excited_first);
   add_excited(html, "second", conflict.excited_second);

@@ -152,10 +152,24 @@ void add_summary(HtmlWriter& html, const PageContent& content) {
     const auto tiles = html.in("dl", "class=\"tiles\"");
     add_stg_tiles(html, result);
     add_circuit_tiles(html, result);
-    add_tile(html, "Time", "all steps together",
-             [&] { html.decimal("/seconds", result.seconds, duration(result.seconds)); });
+    add_tile(html, "Time", "without this report", [&] { html.text(duration(result.seconds)); });
   }
   if (!result.steps.empty()) add_steps(html, result);
+}
+
+void add_files(HtmlWriter& html, const PageContent& content) {
+  const auto list = html.in("ul");
+  for (const std::string& file : content.files) {
+    const auto item = html.in("li");
+    add_link(html, file);
+  }
+}
+
+void add_trace_link(HtmlWriter& html, const PageContent& content, const std::string& file) {
+  if (std::ranges::find(content.files, file) == content.files.end()) return;
+  const auto line = html.in("p", "class=\"quiet\"");
+  html.text("For a viewer of waveforms: ");
+  add_link(html, file);
 }
 
 void add_messages(HtmlWriter& html, const PageContent& content) {
