@@ -112,6 +112,11 @@ class FlowArguments {
     app_.add_flag_callback(
         "--no-html", [this] { task_.wants_page = false; },
         "leave report.html with its drawings out");
+    app_.add_option("--properties", task_.properties,
+                    "answer the properties of this file: paragraphs of the\n"
+                    "form 'name: property', in the language of vorel -Fs, and\n"
+                    "lines that begin with # as comments")
+        ->type_name("FILE");
   }
 
   void add_resolution() {

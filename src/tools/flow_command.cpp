@@ -14,6 +14,7 @@
 #include "base/text_sink.h"
 #include "flow/flow.h"
 #include "flow/flow_words.h"
+#include "flow/properties.h"
 #include "formats/save_file.h"
 #include "report/document.h"
 #include "report/page.h"
@@ -60,7 +61,7 @@ class FlowRun {
     flow::FlowResult result;
     flow::StepRecord reading{Step::read, {}, 0};
     std::vector<base::Message> messages;
-    if (auto stg = read(messages)) {
+    if (auto stg = read_input(messages)) {
       reading.text = sizes_text(*stg);
       reading.seconds = watch_.lap();
       tell_end(reading);
@@ -69,7 +70,8 @@ class FlowRun {
     } else {
       reading.text = "failed";
       reading.seconds = watch_.lap();
-      result.sentence = "\"" + task_.request.stg_name + "\" could not be read";
+      tell_end(reading);
+      result.sentence = "the input could not be read";
       result.hint = "vorel-unfold --help tells how an STG is written";
     }
     result.seconds += reading.seconds;
@@ -81,11 +83,19 @@ class FlowRun {
 
  private:
   // nullopt after an error, which is among the messages.
-  std::optional<net::Stg> read(std::vector<base::Message>& messages) const {
+  std::optional<net::Stg> read_input(std::vector<base::Message>& messages) {
     base::MessageCapture capture;
     auto stg = read_stg(task_.format_name, task_.stg);
+    if (stg && !read_properties()) stg.reset();
     messages = capture.take();
     return stg;
+  }
+
+  bool read_properties() {
+    if (task_.properties.empty()) return true;
+    auto properties = flow::read_properties(task_.properties);
+    if (properties) task_.request.properties = std::move(*properties);
+    return properties.has_value();
   }
 
   // They come before those of the flow.
