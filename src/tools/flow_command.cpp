@@ -1,10 +1,12 @@
 #include "tools/flow_command.h"
 
+#include <algorithm>
 #include <cassert>
 #include <iostream>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -72,7 +74,8 @@ class FlowRun {
       reading.seconds = watch_.lap();
       tell_end(reading);
       result.sentence = "the input could not be read";
-      result.hint = "vorel-unfold --help tells how an STG is written";
+      result.hint =
+          "put it right as the error says; vorel-unfold --help tells how an STG is written";
     }
     result.seconds += reading.seconds;
     result.steps.insert(result.steps.begin(), std::move(reading));
@@ -86,9 +89,18 @@ class FlowRun {
   std::optional<net::Stg> read_input(std::vector<base::Message>& messages) {
     base::MessageCapture capture;
     auto stg = read_stg(task_.format_name, task_.stg);
-    if (stg && !read_properties()) stg.reset();
+    if (stg && !(reset_is_new(*stg) && read_properties())) stg.reset();
     messages = capture.take();
     return stg;
+  }
+
+  bool reset_is_new(const net::Stg& stg) const {
+    const std::string& name = task_.request.module.reset_input;
+    const bool is_new = std::ranges::find(stg.signals, name, [](const auto& signal) {
+                          return std::string_view(signal->name);
+                        }) == stg.signals.end();
+    if (!is_new) base::print_error("--reset: the STG has a signal '" + name + "' itself");
+    return is_new;
   }
 
   bool read_properties() {
