@@ -29,9 +29,9 @@ std::string joined(const std::vector<std::string>& texts) {
 // What is read is the text that the user gets. False after an error.
 bool verify_circuit(CircuitResult& circuit, const net::Stg& stg, Gates gates,
                     const StepContext& context) {
-  const synthesis::ModuleOptions& module = context.request.module;
   verify::CircuitOptions options;
   options.top = circuit.module_name;
+  const synthesis::ModuleOptions& module = context.request.module;
   if (module.reset == synthesis::ResetKind::input)
     options.constants.push_back({module.reset_input, false});
   auto read = verify::read_circuit_text(circuit.module_text, circuit.module_name + ".v", stg, gates,

@@ -159,11 +159,12 @@ void sort_by_length(std::span<Conflict> conflicts) {
 
 std::optional<Coding> find_coding(const net::StgPrefix& prefix, const sat::CnfParams& formula) {
   const configuration::SearchOptions options = search_options(formula);
-  conflicts::CscCheck csc(prefix, options, conflicts::Notes::left_out);
-  csc.run();
-  if (base::run_failed()) return std::nullopt;
   conflicts::UscCheck usc(prefix, options, conflicts::Notes::left_out);
   usc.run();
+  if (base::run_failed()) return std::nullopt;
+  // Only states with different markings can have different next values.
+  conflicts::CscCheck csc(prefix, options, conflicts::Notes::left_out);
+  if (!usc.seen_pairs().empty()) csc.run();
   if (base::run_failed()) return std::nullopt;
 
   Coding coding;

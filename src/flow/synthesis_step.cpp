@@ -4,17 +4,15 @@
 #include <cassert>
 #include <filesystem>
 #include <set>
-#include <sstream>
 #include <utility>
 
 #include "base/messages.h"
 #include "decomposition/decomposition_driver.h"
-#include "decomposition/gate_models.h"
+#include "flow/module_step.h"
 #include "net/clone_net.h"
 #include "resolution/coefficients.h"
 #include "synthesis/equation_search.h"
-#include "synthesis/netlist_module.h"
-#include "synthesis/netlist_reset.h"
+#include "synthesis/netlist.h"
 
 namespace vorel::flow {
 namespace {
@@ -26,75 +24,6 @@ synthesis::SynthesisStyle synthesis_style(Style style) {
   assert(style != Style::automatic && style != Style::mapped);
   if (style == Style::complex_gate) return complex_gate;
   return style == Style::generalised_c ? generalised_c : standard_c;
-}
-
-void collect_names(const toolkit::LogicExpr& expression, std::set<std::string>& names) {
-  if (const auto* literal = std::get_if<toolkit::LogicExpr::Literal>(&expression.node))
-    names.insert(literal->name);
-  else if (const auto* both = std::get_if<toolkit::LogicExpr::And>(&expression.node))
-    for (const auto& operand : both->operands) collect_names(operand, names);
-  else if (const auto* any = std::get_if<toolkit::LogicExpr::Or>(&expression.node))
-    for (const auto& operand : any->operands) collect_names(operand, names);
-}
-
-double area_of(Gates gates, const std::string& name) {
-  const auto gate = std::ranges::find(gates, name, &toolkit::LibraryGate::name);
-  return gate == gates.end() ? 0 : gate->area;
-}
-
-Instance instance_of(const synthesis::NetlistGate& gate, const synthesis::NetlistCell& inverter,
-                     Gates gates) {
-  Instance result;
-  result.name = gate.instance;
-  result.gate = gate.cell.name;
-  result.output = gate.output;
-  result.function = to_string(gate.function);
-  if (!gate.is_instance()) {
-    std::set<std::string> names;
-    collect_names(gate.function, names);
-    for (const std::string& name : names) result.inputs.push_back({.pin = "", .wire = name});
-    return result;
-  }
-  result.area = area_of(gates, gate.cell.name);
-  assert(gate.inputs.size() == gate.cell.pins.size());
-  for (std::size_t i = 0; i < gate.inputs.size(); ++i) {
-    const synthesis::NetlistInput& input = gate.inputs[i];
-    const bool is_inverted = !input.inverter.empty();
-    if (is_inverted) result.area += area_of(gates, inverter.name);
-    const std::string constant = input.constant ? "1" : "0";
-    result.inputs.push_back({.pin = gate.cell.pins[i],
-                             .wire = input.wire.empty() ? constant : input.wire,
-                             .is_inverted = is_inverted});
-  }
-  return result;
-}
-
-// All texts of a netlist. False after an error.
-bool write_texts(const net::Stg& stg, synthesis::Netlist netlist, Gates gates,
-                 const StepContext& context, CircuitResult& result) {
-  synthesis::ModuleOptions options = context.request.module;
-  if (options.name.empty())
-    options.name = std::filesystem::path(context.request.stg_name).stem().string();
-  options.name = synthesis::module_name_of(netlist, options.name);
-  if (options.reset == synthesis::ResetKind::input &&
-      !synthesis::add_reset(netlist, stg, options.reset_input))
-    return false;
-  std::ostringstream module, models, testbench;
-  if (!synthesis::write_module(module, stg, netlist, options)) return false;
-  decomposition::write_gate_models_of(models, netlist, options.name, gates);
-  if (context.request.wants_testbench &&
-      !synthesis::write_testbench(testbench, stg,
-                                  synthesis::testbench_subject(stg, netlist, options)))
-    return false;
-  for (const synthesis::NetlistGate& gate : netlist.gates) {
-    result.instances.push_back(instance_of(gate, netlist.inverter, gates));
-    result.area += result.instances.back().area;
-  }
-  result.module_name = options.name;
-  result.module_text = std::move(module).str();
-  result.models_text = std::move(models).str();
-  result.testbench_text = std::move(testbench).str();
-  return true;
 }
 
 std::optional<Synthesised> equations(const net::StgPrefix& stg, Style style, Gates gates,
@@ -116,9 +45,8 @@ std::optional<Synthesised> equations(const net::StgPrefix& stg, Style style, Gat
                                         .literals = solution.best().cost,
                                         .triggers = solution.triggers()});
   }
-  if (!write_texts(stg, synthesis::netlist_of(stg, synthesis_style(style), solutions), gates,
-                   context, result.circuit))
-    return std::nullopt;
+  const auto netlist = synthesis::netlist_of(stg, synthesis_style(style), solutions);
+  if (!write_texts(result.circuit, netlist, stg, gates, context.request)) return std::nullopt;
   return result;
 }
 
@@ -141,7 +69,8 @@ std::optional<Synthesised> mapped(const net::StgPrefix& stg, Gates gates,
                                         .literals = solution.cost(),
                                         .triggers = solution.triggers()});
   }
-  if (!write_texts(prefix, circuit.netlist(), gates, context, result.circuit)) return std::nullopt;
+  if (!write_texts(result.circuit, circuit.netlist(), prefix, gates, context.request))
+    return std::nullopt;
   if (!result.circuit.inserted.empty()) result.mapped = std::move(prefix);
   return result;
 }

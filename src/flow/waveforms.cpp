@@ -42,6 +42,21 @@ formats::Waveform waveform_of(const net::Stg& stg, const StgTrace& trace, std::s
   return waveform;
 }
 
+formats::Waveform waveform_of(const StgTrace& trace, std::string title) {
+  formats::Waveform waveform{.title = std::move(title), .rows = {}, .steps = {}};
+  std::unordered_map<std::string_view, std::size_t> row_of;
+  for (const TraceStep& step : trace) {
+    std::optional<std::size_t> row;
+    if (!step.signal.empty()) {
+      const auto [found, is_new] = row_of.emplace(step.signal, waveform.rows.size());
+      if (is_new) waveform.rows.push_back({step.signal, formats::WaveKind::wire, !step.value});
+      row = found->second;
+    }
+    waveform.steps.push_back({row, step.value, step.transition});
+  }
+  return waveform;
+}
+
 formats::Waveform waveform_of(const net::Stg& stg, const verify::Circuit& circuit,
                               const verify::Finding& finding) {
   formats::Waveform waveform{.title = finding.message, .rows = {}, .steps = {}};

@@ -30,17 +30,17 @@ bool has_verification(const PageContent& content) {
 bool has_properties(const PageContent& content) { return !content.result.properties.empty(); }
 
 constexpr std::array<SectionRow, 11> section_rows = {{
-    {"summary", "Summary", always, add_summary},
-    {"findings", "What is found in the STG", has_findings, add_findings},
-    {"stg", "The STG", has_prefix, add_stg},
-    {"prefix", "The prefix and its conflict cores", has_prefix, add_prefixes},
-    {"conflicts", "Encoding conflicts", has_coding, add_conflicts},
-    {"resolution", "Resolution", has_resolution, add_resolution},
-    {"attempts", "Styles that were tried", has_attempts, add_attempts},
-    {"circuit", "Circuit", has_circuit, add_circuit},
-    {"verification", "Verification", has_verification, add_verification},
-    {"properties", "Properties", has_properties, add_properties},
-    {"messages", "Warnings and limits", always, add_messages},
+    {"summary", "Summary", "Summary", always, add_summary},
+    {"findings", "Findings", "What is found in the STG", has_findings, add_findings},
+    {"stg", "STG", "The STG", has_prefix, add_stg},
+    {"prefix", "Prefix", "The prefix and its conflict cores", has_prefix, add_prefixes},
+    {"conflicts", "Conflicts", "Encoding conflicts", has_coding, add_conflicts},
+    {"resolution", "Resolution", "Resolution", has_resolution, add_resolution},
+    {"attempts", "Styles", "Styles that were tried", has_attempts, add_attempts},
+    {"circuit", "Circuit", "Circuit", has_circuit, add_circuit},
+    {"verification", "Verification", "Verification", has_verification, add_verification},
+    {"properties", "Properties", "Properties", has_properties, add_properties},
+    {"messages", "Limits", "Warnings and limits", always, add_messages},
 }};
 
 void add_head(HtmlWriter& html, const PageContent& content) {
@@ -59,7 +59,7 @@ void add_head(HtmlWriter& html, const PageContent& content) {
 void add_contents(HtmlWriter& html, const PageContent& content) {
   const auto nav = html.in("nav", "aria-label=\"Contents\"");
   for (const SectionRow& row : section_rows)
-    if (row.is_there(content)) html.add("a", "href=\"#" + std::string{row.id} + "\"", row.heading);
+    if (row.is_there(content)) html.add("a", "href=\"#" + std::string{row.id} + "\"", row.link);
 }
 
 }  // namespace

@@ -111,7 +111,7 @@ void add_conflicts(HtmlWriter& html, const PageContent& content) {
               coding.usc_holds ? "USC holds" : "USC does not hold");
     html.markup(" ");
     html.count("/coding/csc_cores", coding.csc_cores);
-    html.text(" cores of CSC conflicts, ");
+    html.text(coding.csc_cores == 1 ? " core of CSC conflicts, " : " cores of CSC conflicts, ");
     html.count("/coding/usc_cores", coding.usc_cores);
     html.text(" of USC conflicts.");
   }

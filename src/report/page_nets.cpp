@@ -80,12 +80,12 @@ void add_prefixes(HtmlWriter& html, const PageContent& content) {
            "dashed.");
   add_prefix_sizes(html, result);
   const flow::CoreMap given = result.coding ? result.coding->core_map : flow::CoreMap{};
+  const auto pair = html.in("div", "class=\"pair\"");
   add_drawing(html, draw_prefix(*result.given, given),
               result.resolved ? "Before resolution" : "The prefix");
   if (!result.resolved) return;
-  add_drawing(html,
-              draw_prefix(*result.resolved, result.resolved_core_map.value_or(flow::CoreMap{})),
-              "After resolution");
+  const flow::CoreMap resolved = result.resolved_core_map.value_or(flow::CoreMap{});
+  add_drawing(html, draw_prefix(*result.resolved, resolved), "After resolution");
 }
 
 }  // namespace vorel::report

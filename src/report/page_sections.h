@@ -15,7 +15,7 @@ struct PageContent {
 };
 
 struct SectionRow {
-  std::string_view id, heading;
+  std::string_view id, link, heading;
   bool (*is_there)(const PageContent& content);
   void (*add)(HtmlWriter& html, const PageContent& content);  // what stands below the heading
 };

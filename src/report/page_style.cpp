@@ -86,6 +86,9 @@ table.code th:first-child { padding-left: 0; font-family: system-ui, sans-serif;
   background: var(--accent); opacity: 0.65; }
 figure { margin: 4px 0 18px; }
 figcaption { margin-bottom: 8px; font-size: 13.5px; }
+.pair { display: grid; gap: 0 28px;
+  grid-template-columns: repeat(auto-fit, minmax(min(100%, 440px), 1fr)); }
+.pair > figure { min-width: 0; }
 .pane { padding: 4px 0 6px; }
 .pane .drawing { width: max(100%, var(--natural) * 0.62); }
 .pane .waves { width: max(100%, var(--natural) * 0.8); }
@@ -107,6 +110,7 @@ pre { margin: 8px 0 12px; padding: 12px 14px; background: var(--panel); border-r
   h1 { font-size: 23px; }
   article { padding: 12px 12px 4px; }
   .tiles { grid-template-columns: repeat(2, minmax(0, 1fr)); }
+  tbody th { white-space: normal; }
   .bar { display: none; }
   thead th:has(+ .bar), thead th:empty { display: none; }
 }

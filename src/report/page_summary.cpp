@@ -50,7 +50,7 @@ void add_stg_tiles(HtmlWriter& html, const flow::FlowResult& result) {
   if (!result.given) return;
   const auto cut_offs = std::ranges::count_if(
       result.given->events, [](const auto& event) { return event->is_cut_off(); });
-  add_tile(html, "Events of the prefix", std::to_string(cut_offs) + " cut off",
+  add_tile(html, "Prefix events", counted(static_cast<std::size_t>(cut_offs), "cut-off"),
            [&] { html.count("/prefixes/given/events", result.given->events.size()); });
 }
 
@@ -60,7 +60,7 @@ void add_circuit_tiles(HtmlWriter& html, const flow::FlowResult& result) {
     if (!result.coding->csc_holds) note = "to be resolved";
     if (result.resolution && result.resolution->is_complete)
       note = "resolved by " + counted(result.resolution->transformations.size(), "change");
-    add_tile(html, "Cores of CSC conflicts", note,
+    add_tile(html, "CSC conflict cores", note,
              [&] { html.count("/coding/csc_cores", result.coding->csc_cores); });
   }
   if (!result.circuit) return;

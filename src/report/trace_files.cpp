@@ -17,44 +17,42 @@ class Collection {
   explicit Collection(const flow::FlowResult& result) : result_{result} {}
 
   std::vector<TraceFile> run() {
-    if (result_.given) add_traces_of(*result_.given);
-    const net::StgPrefix* const stg = result_.circuit_stg();
-    if (result_.circuit && result_.circuit->verification) add_verification(*stg);
+    for (std::size_t i = 0; i < result_.findings.size(); ++i) {
+      const flow::StgFinding& finding = result_.findings[i];
+      if (finding.trace) add(finding_file(result_, i), *finding.trace, finding.message);
+    }
+    const std::size_t conflicts = result_.coding ? result_.coding->conflicts.size() : 0;
+    for (std::size_t i = 0; i < conflicts; ++i) add_conflict(i);
+    for (std::size_t i = 0; i < result_.properties.size(); ++i) {
+      const flow::PropertyResult& property = result_.properties[i];
+      add(property_file(i), property.trace, property.name);
+    }
+    if (result_.circuit && result_.circuit->verification) add_verification();
     return std::move(files_);
   }
 
  private:
-  void add(const net::Stg& stg, std::string name, const flow::StgTrace& trace, std::string title) {
+  // Without a prefix there are no initial values either.
+  void add(std::string name, const flow::StgTrace& trace, std::string title) {
     if (trace.empty()) return;
-    files_.push_back({std::move(name), flow::waveform_of(stg, trace, std::move(title))});
+    files_.push_back({std::move(name), result_.given
+                                           ? flow::waveform_of(*result_.given, trace, title)
+                                           : flow::waveform_of(trace, title)});
   }
 
-  void add_traces_of(const net::Stg& stg) {
-    for (std::size_t i = 0; i < result_.findings.size(); ++i) {
-      const flow::StgFinding& finding = result_.findings[i];
-      if (finding.trace) add(stg, finding_file(result_, i), *finding.trace, finding.message);
-    }
-    if (result_.coding) {
-      for (std::size_t i = 0; i < result_.coding->conflicts.size(); ++i) add_conflict(stg, i);
-    }
-    for (std::size_t i = 0; i < result_.properties.size(); ++i) {
-      const flow::PropertyResult& property = result_.properties[i];
-      add(stg, property_file(i), property.trace, property.name);
-    }
-  }
-
-  void add_conflict(const net::Stg& stg, std::size_t i) {
+  void add_conflict(std::size_t i) {
     const flow::Conflict& conflict = result_.coding->conflicts[i];
     const auto add_branch = [&](const flow::StgTrace& trace, Branch branch) {
       flow::StgTrace whole = conflict.common;
       whole.insert(whole.end(), trace.begin(), trace.end());
-      add(stg, conflict_file(i, branch), whole, "to a state with the code " + conflict.code);
+      add(conflict_file(i, branch), whole, "to a state with the code " + conflict.code);
     };
     add_branch(conflict.first, Branch::first);
     add_branch(conflict.second, Branch::second);
   }
 
-  void add_verification(const net::Stg& stg) {
+  void add_verification() {
+    const net::Stg& stg = *result_.circuit_stg();
     for (const verify::Finding& finding : result_.circuit->verification->findings) {
       if (finding.trace.empty()) continue;
       files_.push_back({question_file(finding.question),

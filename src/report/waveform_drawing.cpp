@@ -257,6 +257,7 @@ class Painter {
 Panel make_panel(std::string title, const std::vector<WaveStep>& steps, Values values,
                  std::size_t most_steps) {
   Panel panel{.title = std::move(title), .steps = steps, .values = std::move(values)};
+  if (steps.empty() && !panel.title.empty()) panel.title += ": no further step";
   if (steps.size() <= most_steps) return panel;
   const std::size_t left_out = steps.size() - most_steps;
   play(panel.steps.first(left_out), panel.values);
@@ -314,7 +315,8 @@ Drawing draw_waveforms(const Waveform& common, const Waveform& first, const Wave
   Values fork = start;
   play(common.steps, fork);
   std::vector<Panel> panels;
-  if (!common.steps.empty()) panels.push_back(make_panel("both", common.steps, start, most_steps));
+  if (!common.steps.empty())
+    panels.push_back(make_panel("both traces", common.steps, start, most_steps));
   panels.push_back(make_panel(first.title, first.steps, fork, most_steps));
   panels.push_back(make_panel(second.title, second.steps, fork, most_steps));
   if (!common.steps.empty()) {

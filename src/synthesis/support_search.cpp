@@ -9,14 +9,6 @@
 namespace vorel::synthesis {
 namespace {
 
-// Takes out the sets that the new one makes superfluous, and adds it.
-void add_minimal(std::vector<SignalList>& sets, SignalList fresh) {
-  assert(!fresh.empty() && std::ranges::is_sorted(fresh));
-  std::erase_if(sets,
-                [&fresh](const SignalList& set) { return std::ranges::includes(set, fresh); });
-  sets.push_back(std::move(fresh));
-}
-
 // A support meets every difference: the complement of the sum of their products, whose literals are
 // negated. All those with the fewest signals and with one signal more, unless they are very many.
 toolkit::Cover supports_meeting(const std::vector<SignalList>& differences, std::size_t width) {
@@ -108,16 +100,30 @@ bool SupportSearch::find_differences(SignalFunction function, const SignalList& 
   while (has_support && !base::run_failed()) {
     ++solve_calls_;
     if (!formula.solve()) break;
-    SignalList difference = difference_in_model();
-    has_support = !difference.empty();
-    if (!has_support) break;
-    sat::Lits one_is_same;
-    for (const net::SignalId other : difference) one_is_same.push_back(same_[other]);
-    formula.add_clause(one_is_same, group);
-    add_minimal(differences, std::move(difference));
+    differences.push_back(least_difference(group));
+    has_support = !differences.back().empty();
   }
   formula.remove_group(group);
   return has_support;
+}
+
+// From the difference in the model to one of which no part is a difference. What the solver finds
+// is large at first; to exclude it alone would leave as much for the next time.
+SignalList SupportSearch::least_difference(sat::ClauseGroup group) {
+  sat::CnfFormula& formula = states_.formula();
+  SignalList difference = difference_in_model();
+  while (!difference.empty() && !base::run_failed()) {
+    sat::Lits one_is_same, others_are_same;
+    for (const net::SignalId signal : states_.prefix().visible_signals())
+      (std::ranges::binary_search(difference, signal) ? one_is_same : others_are_same)
+          .push_back(same_[signal]);
+    formula.add_clause(one_is_same, group);
+    ++solve_calls_;
+    if (formula.solve_assuming(others_are_same) != true) break;
+    difference = difference_in_model();
+  }
+  assert(std::ranges::is_sorted(difference));
+  return difference;
 }
 
 // The function is true in the one state and false in the other.

@@ -30,11 +30,12 @@ class SupportSearch {
   std::uint64_t solve_calls() const { return solve_calls_; }
 
  private:
-  // Sets of signals none of which contains another; false if one is empty.
+  // All least sets of signals in which a pair differs; false if one is empty.
   bool find_differences(SignalFunction function, const SignalList& triggers,
                         std::vector<SignalList>& differences);
   void add_difference_in_function(SignalFunction function, sat::ClauseGroup group);
   SignalList difference_in_model();
+  SignalList least_difference(sat::ClauseGroup group);
 
   configuration::StateFormula states_;
   const SynthesisStyle style_;

@@ -41,8 +41,9 @@ With -o the folder gets, for an STG x.g: x.g, the STG with all signals that were
 inserted; x.v, the circuit; x_gates.v, models of the gates it uses from a library;
 x_tb.v with --testbench; traces/*.vcd, each trace for a viewer of waveforms;
 report.html, to be looked at; report.json, for programs. A run that ends without a
-circuit leaves the report and the traces only. Whatever an earlier run for the same
-STG has left there, by its report.json, goes.
+circuit leaves the report and the traces only, and one that ends with an error the
+folder as it was. What report.json lists of an earlier run goes, but for the
+circuits of other STGs.
 
 Examples:
   vorel-flow vme.g

@@ -55,21 +55,50 @@ class FlowRun {
         stream_{task.document == standard_stream ? std::cerr : std::cout},
         progress_{!task.quiet} {}
 
-  // nullopt after an error of this program's own: nothing read or not all written.
+  // nullopt after an error in what is delivered.
   std::optional<flow::Verdict> run() {
-    auto stg = read_stg(task_.format_name, task_.stg);
-    if (!stg) return std::nullopt;
-    flow::StepRecord reading{Step::read, sizes_text(*stg), watch_.lap()};
-    tell_end(reading);
-    flow::FlowResult result = flow::run_flow(std::move(*stg), task_.request, listener());
-    progress_.clear();
+    flow::FlowResult result;
+    flow::StepRecord reading{Step::read, {}, 0};
+    std::vector<base::Message> messages;
+    if (auto stg = read(messages)) {
+      reading.text = sizes_text(*stg);
+      reading.seconds = watch_.lap();
+      tell_end(reading);
+      result = flow::run_flow(std::move(*stg), task_.request, listener());
+      progress_.clear();
+    } else {
+      reading.text = "failed";
+      reading.seconds = watch_.lap();
+      result.sentence = "\"" + task_.request.stg_name + "\" could not be read";
+      result.hint = "vorel-unfold --help tells how an STG is written";
+    }
+    result.seconds += reading.seconds;
     result.steps.insert(result.steps.begin(), std::move(reading));
-    result.seconds += result.steps.front().seconds;
+    add_messages(messages, result);
     if (!deliver(result)) return std::nullopt;
     return result.verdict;
   }
 
  private:
+  // nullopt after an error, which is among the messages.
+  std::optional<net::Stg> read(std::vector<base::Message>& messages) const {
+    base::MessageCapture capture;
+    auto stg = read_stg(task_.format_name, task_.stg);
+    messages = capture.take();
+    return stg;
+  }
+
+  // They come before those of the flow.
+  static void add_messages(const std::vector<base::Message>& messages, flow::FlowResult& result) {
+    std::vector<std::string> warnings, errors;
+    for (const base::Message& message : messages)
+      (message.is_error ? errors : warnings).push_back(message.text);
+    result.warnings.insert(result.warnings.begin(), warnings.begin(), warnings.end());
+    result.errors.insert(result.errors.begin(), errors.begin(), errors.end());
+    if (!warnings.empty() && result.verdict == flow::Verdict::verified)
+      result.verdict = flow::Verdict::verified_with_warnings;
+  }
+
   flow::FlowListener listener() {
     flow::FlowListener listener;
     listener.end = [this](const flow::StepRecord& record) { tell_end(record); };
@@ -87,6 +116,11 @@ class FlowRun {
     if (!task_.quiet) print_step(record, stream_);
   }
 
+  // Of an error in the input there is nothing to be kept.
+  bool keeps_folder(const flow::FlowResult& result) const {
+    return !task_.folder.empty() && result.verdict != flow::Verdict::error;
+  }
+
   // Files first, then what is told, the document on the standard output last.
   bool deliver(flow::FlowResult& result) {
     std::vector<FlowFile> files;
@@ -96,7 +130,7 @@ class FlowRun {
     const auto write_document = [&](std::ostream& stream) {
       return report::write_document(task_.request, result, names, stream);
     };
-    if (!task_.folder.empty()) {
+    if (keeps_folder(result)) {
       files.push_back({"report.json", write_document});
       if (!write_folder(task_, files)) return false;
     }
@@ -112,7 +146,7 @@ class FlowRun {
 
   // The page is made before the document, which tells how long that took.
   bool prepare_files(flow::FlowResult& result, std::vector<FlowFile>& files) {
-    if (task_.folder.empty()) return true;
+    if (!keeps_folder(result)) return true;
     base::StopWatch watch;
     files = circuit_files(task_, result);
     for (FlowFile& file : waveform_files(result)) files.push_back(std::move(file));
@@ -138,8 +172,14 @@ class FlowRun {
     print_outcome(task_, result, stream_);
     if (!files.empty()) {
       stream_ << "\nwrote " << task_.folder << ':';
-      for (const FlowFile& file : files)
-        if (!file.name.starts_with("traces/")) stream_ << ' ' << file.name;
+      std::size_t traces = 0;
+      for (const FlowFile& file : files) {
+        if (file.name.starts_with("traces/"))
+          ++traces;
+        else
+          stream_ << ' ' << file.name;
+      }
+      if (traces > 0) stream_ << " and " << counts({{traces, "trace"}});
       stream_ << '\n';
     }
     stream_ << std::flush;

@@ -13,7 +13,7 @@
 namespace vorel::tools {
 namespace {
 
-constexpr int key_width = 12, text_width = 58;
+constexpr int key_width = 10, time_width = 7;
 
 template <class List, class Name>
 std::string joined(const List& list, Name name) {
@@ -115,9 +115,9 @@ class Outcome {
 }  // namespace
 
 void print_step(const flow::StepRecord& record, std::ostream& stream) {
-  stream << std::left << std::setw(key_width) << flow::row_of(record.step).key
-         << std::setw(text_width) << record.text << "  " << base::format_seconds(record.seconds)
-         << " s" << std::endl;
+  stream << std::left << std::setw(key_width) << flow::row_of(record.step).key << std::right
+         << std::setw(time_width) << base::format_seconds(record.seconds) << " s  " << record.text
+         << std::endl;
 }
 
 void print_outcome(const FlowTask& task, const flow::FlowResult& result, std::ostream& stream) {

@@ -300,7 +300,7 @@ class ModuleParser {
   // "initial" "begin" [ ":" name ] { initial } "end" .
   bool initial_block() {
     const Spot start = cursor_.last_token().spot;
-    if (!module_.forced.empty() || !module_.initial_block.empty())
+    if (std::exchange(has_initial_block_, true))
       return cursor_.fail_at(start, "there are two initial blocks");
     if (!cursor_.accept_word("begin")) return cursor_.fail_expected("'begin'");
     if (cursor_.accept(":") &&
@@ -365,6 +365,7 @@ class ModuleParser {
   VerilogCursor cursor_;
   VerilogModule& module_;
   bool zero_delay_ = false;  // the statement stands below the pragma
+  bool has_initial_block_ = false;
   std::set<std::string> instances_;
 };
 

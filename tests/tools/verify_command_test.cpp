@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <map>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -11,6 +10,7 @@
 
 #include "support/json_schema.h"
 #include "support/run_program.h"
+#include "support/value_changes.h"
 
 namespace vorel::tools {
 namespace {
@@ -112,8 +112,7 @@ TEST_F(VerifyCommand, TellsRightFromWrongCircuits) {
        "initial state: no\nno hazard: no\nthe circuit is not correct\n"},
   };
   for (const auto& row : rows) {
-    const std::string stg =
-        row.stg.starts_with('.') ? folder_.write("stg.g", row.stg) : row.stg;
+    const std::string stg = row.stg.starts_with('.') ? folder_.write("stg.g", row.stg) : row.stg;
     SCOPED_TRACE(row.circuit);
     Arguments arguments{stg, folder_.write("circuit.v", row.circuit)};
     arguments.insert(arguments.end(), row.options.begin(), row.options.end());
@@ -167,30 +166,10 @@ the circuit is not correct
             support::Json::parse(R"({"name": "x", "kind": "wire", "initial_value": 0})"));
 }
 
-// The edges of a value change dump, by time; the values at time 0 in front.
-std::string edges_in(const std::string& dump) {
-  std::map<std::string, std::string> name_of;
-  std::istringstream words(dump);
-  std::string edges;
-  for (std::string word; words >> word;) {
-    if (word == "$var") {
-      std::string type, size, code, name, end;
-      words >> type >> size >> code >> name >> end;
-      EXPECT_EQ(type + size + end, "wire1$end");
-      EXPECT_TRUE(name_of.emplace(code, name).second);
-    } else if (word[0] == '#') {
-      edges += word + ' ';
-    } else if ((word[0] == '0' || word[0] == '1') && name_of.contains(word.substr(1))) {
-      edges += name_of.at(word.substr(1)) + (word[0] == '1' ? "+ " : "- ");
-    }
-  }
-  return edges;
-}
-
 TEST_F(VerifyCommand, WritesWavesOfTheFirstTraceAndNoneWithoutOne) {
   folder_.write("simple.v", simple_gates);
   verify({"-q", celement, "simple.v", "--vcd", "out.vcd"});
-  EXPECT_EQ(edges_in(file("out.vcd")),
+  EXPECT_EQ(support::value_changes(file("out.vcd")),
             "#0 c- a- b- x- y- z- #1 a+ #2 b+ #3 x+ #4 c+ #5 a- #6 x- #7 c- #8 ");
   // More wires than a code of one character can tell apart, and names that need care.
   std::string many = "module m(z, a); output z; input a; assign \\$end = a, w0 = \\$end , h = a;\n";
@@ -200,8 +179,9 @@ TEST_F(VerifyCommand, WritesWavesOfTheFirstTraceAndNoneWithoutOne) {
   folder_.write("follower.g", follower);
   folder_.write("many.v", many + "endmodule\n");
   EXPECT_EQ(verify({"follower.g", "many.v", "--vcd", "many.vcd"}).exit_code, 3);
-  EXPECT_NE(edges_in(file("many.vcd")).find(" \\$end- w0- "), std::string::npos);
-  EXPECT_NE(edges_in(file("many.vcd")).find(" w99- #1 a+ #2 \\$end+ "), std::string::npos);
+  EXPECT_NE(support::value_changes(file("many.vcd")).find(" \\$end- w0- "), std::string::npos);
+  EXPECT_NE(support::value_changes(file("many.vcd")).find(" w99- #1 a+ #2 \\$end+ "),
+            std::string::npos);
   folder_.write("right.v", chain_of_buffers(1));
   EXPECT_EQ(verify({"follower.g", "right.v", "--vcd", "right.vcd"}).exit_code, 0);
   EXPECT_FALSE(exists("right.vcd"));

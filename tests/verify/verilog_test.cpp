@@ -77,6 +77,7 @@ TEST(VerilogCircuits, AreReadInAllFormsOfTheirText) {
   struct Row {
     std::string text, expected;
     std::string top = "";
+    std::vector<InitialValue> constants = {};
   };
   const Row rows[] = {
       {head + c_gate + "U1(.B(b), .C(c), .A(a));\nendmodule\n", c},
@@ -99,10 +100,14 @@ TEST(VerilogCircuits, AreReadInAllFormsOfTheirText) {
            head + inv + "u(w, a); and (c, w, b); endmodule",
        "w/1=1010 a; c=00010001 w b"},
       {"module n(); endmodule " + head + "assign c = a; endmodule", "c=0101 a", "m"},
+      {"module m(output c, input a, b, r, s); assign c = ~r & s & a; endmodule",
+       "c=0101 a",
+       "",
+       {{"r", false}, {"s", true}}},
   };
   for (const Row& row : rows) {
     const support::CaughtMessages messages;
-    const auto circuit = read(row.text, {.top = row.top});
+    const auto circuit = read(row.text, {.top = row.top, .constants = row.constants});
     EXPECT_EQ(messages.text(), "") << row.text;
     EXPECT_EQ(circuit ? shown(*circuit) : "", row.expected) << row.text;
   }
@@ -148,6 +153,10 @@ TEST(VerilogCircuits, StartWhereTheirStgTheUserTheFileOrTheirGatesSay) {
       {"assign w = ~a, c = w & b;", "!w !a", "w 0"},
       {"assign w = ~a, c = w & b;", "!w", "w 1", {{"w", true}}},
       {"assign v = w | a, w = v & ~b, c = v;", "v", "v 1 w 1"},
+      {"assign v = v | a & b, c = v;\n`ifndef SYNTHESIS\ninitial begin : x force v = 1'b0; force c "
+       "= "
+       "0; wait (^{a, b} !== 1'bx); #(2); release c; release v; end\n`endif",
+       "", "v 0"},
       // Told of the wire behind an inverter without delay.
       {"assign v = w & ~a, w = v | a, c = y;\n// #PRAGMA: zero delay\nassign y = ~w;", "!y",
        "v 1 w 1"},
@@ -220,6 +229,23 @@ const ErrorRow errors_of_circuits[] = {
     {"wire [3:0] w;", "vectors are not supported"},
     {"\nalways @(a) c = a;",
      "line 5, column 1): expected a declaration, an assignment, a gate or 'endmodule', found 'al"},
+    {"assign c = a; initial begin force c = 1'b0; end",
+     "'c' is forced and never released (file m.v"},
+    {"assign c = a; initial begin force c = 0; force c = 0; end", "the wire 'c' is forced twice"},
+    {"assign c = a; initial begin release c; end", "the wire 'c' is released and is not forced"},
+    {"assign c = a; initial begin force c = 1; release c; end", "of 'c' contradicts the STG"},
+    {"assign c = a; initial begin force c = a;",
+     "an initial value is 1'b0 or 1'b1 (file m.v, line"},
+    {"assign c = a; initial begin force a = 0; release a; end", "no gate drives the wire 'a'"},
+    {"assign c = a; initial c = 0;", "expected 'begin', found 'c'"},
+    {"assign c = a; initial begin c = 0; end",
+     "expected 'force', 'release', 'wait', a delay or 'en"},
+    {"assign c = a; initial begin end initial begin : x end initial begin end",
+     "two initial blocks"},
+    {"`ifndef A", "expected SYNTHESIS, the only condition that is known, found 'A'"},
+    {"assign c = a;", "--constant: 'd' is no input of the module", {.constants = {{"d", false}}}},
+    {"assign c = a;", "--constant: 'c' is no input of the mod", {.constants = {{"c", false}}}},
+    {"assign c = a;", "--constant: 'a' is a signal of the STG", {.constants = {{"a", false}}}},
     {"output reg c;", "expected the name of a wire, found 'reg'"},
     {"input d;", "'d' is no port of the module (file m.v, line 4, column 7)"},
     {"input c;", "the port 'c' has two directions"},
@@ -243,6 +269,9 @@ const ErrorRow errors_of_texts[] = {
      "'m' and 'n' among them: choose by --top (file m.v, line 2"},
     {"module m(); endmodule", "there is no module 'n'", {.top = "n"}},
     {"`define x\n", "the directive '`define' is not supported"},
+    {"`ifndef SYNTHESIS\n", "'`ifndef' without '`endif' (file m.v, line 1, column 1)"},
+    {"`endif", "'`endif' without '`ifndef'"},
+    {"`ifndef SYNTHESIS `ifndef SYNTHESIS", "'`ifndef' stands within another one"},
     {"module m(); /* endmodule", "a comment does not end"},
     {"module m(); (* endmodule", "an attribute does not end"},
 };
