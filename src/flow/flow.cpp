@@ -10,12 +10,13 @@
 #include "base/messages.h"
 #include "decomposition/gate_library.h"
 #include "flow/circuit_step.h"
+#include "flow/coding_step.h"
+#include "flow/properties.h"
 #include "flow/resolution_step.h"
 #include "flow/step_context.h"
 #include "flow/stg_checks.h"
 #include "flow/unfold_step.h"
 #include "flow/verdict.h"
-#include "resolution/core_computation.h"
 
 namespace vorel::flow {
 namespace {
@@ -49,17 +50,6 @@ std::string size_text(const net::StgPrefix& prefix) {
          counted(cut_offs(prefix), "cut-off");
 }
 
-Coding find_coding(const net::StgPrefix& prefix, const base::Params& params) {
-  Coding coding;
-  std::vector<conflicts::Core> cores;
-  if (!resolution::compute_cores(prefix, configuration::SearchOptions::of(params),
-                                 conflicts::Notes::given, cores))
-    return coding;
-  coding.csc_cores = cores.size();
-  coding.csc_holds = cores.empty();
-  return coding;
-}
-
 bool has_faults(const FlowResult& result) {
   return std::ranges::find(result.findings, Gravity::fault, &StgFinding::gravity) !=
          result.findings.end();
@@ -70,13 +60,12 @@ class FlowRun {
   FlowRun(const FlowRequest& request, const FlowListener& listener) : context_{request, listener} {}
 
   FlowResult run(net::Stg stg) {
-    const base::StopWatch watch;
+    base::StopWatch watch;
     result_.sizes = sizes_of(stg);
     const Ending ending = take_steps(std::move(stg));
     std::ranges::stable_sort(result_.findings, std::greater<>(), &StgFinding::gravity);
     conclude(ending, context_.request, reason_, result_);
-    base::StopWatch total = watch;
-    result_.seconds = total.lap();
+    result_.seconds = watch.lap();
     return std::move(result_);
   }
 
@@ -143,6 +132,8 @@ class FlowRun {
     result_.sizes.cut_offs = cut_offs(prefix);
     run_step(Step::check, [&] { return check_given(); });
     drop_told_warnings();
+    if (!context_.request.properties.empty() && result_.errors.empty())
+      run_step(Step::properties, [&] { return answer_properties(); });
     if (result_.errors.empty()) run_step(Step::coding, [&] { return look_at_coding(); });
   }
 
@@ -165,8 +156,23 @@ class FlowRun {
         std::erase(result_.warnings, "signal " + finding.subjects.front() + " is dead");
   }
 
+  // A property that makes no sense is an error of the input.
+  std::string answer_properties() {
+    std::size_t witnesses = 0;
+    for (const NamedProperty& property : context_.request.properties) {
+      PropertyResult answered = check_property(*result_.given, property, context_.formula());
+      if (answered.answer == PropertyAnswer::undecided)
+        result_.errors.push_back("property " + property.name + ": " + answered.message);
+      witnesses += answered.answer == PropertyAnswer::witness ? 1u : 0u;
+      result_.properties.push_back(std::move(answered));
+    }
+    return counted(result_.properties.size(), "answer") + ", " + std::to_string(witnesses) +
+           " with a witness";
+  }
+
   std::string look_at_coding() {
-    result_.coding = find_coding(*result_.given, context_.params);
+    result_.coding = find_coding(*result_.given, context_.formula());
+    if (!result_.coding) return "failed";
     const Coding& coding = *result_.coding;
     if (coding.usc_holds) return "all states have codes of their own";
     if (coding.csc_holds) return "no CSC conflict; some states share a code";
@@ -181,15 +187,15 @@ class FlowRun {
     Resolved resolved;
     run_step(Step::resolve, [&] {
       resolved = resolve(*result_.given, context_);
-      if (base::run_failed()) return std::string("failed");
-      return resolution_text(resolved);
+      if (resolved.prefix)
+        result_.resolved_core_map = find_core_map(*resolved.prefix, context_.formula());
+      return base::run_failed() ? std::string("failed") : resolution_text(resolved);
     });
     if (!result_.errors.empty()) return Ending::error;
     result_.resolution = std::move(resolved.resolution);
     if (const auto ending = settle(resolved.prefix, resolved.limit, result_.resolved))
       return *ending;
     if (!result_.resolution->is_complete) return Ending::conflicts_left;
-    result_.resolved_core_map = CoreMap(result_.resolved->events.size(), 0);
     return std::nullopt;
   }
 

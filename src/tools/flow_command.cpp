@@ -173,8 +173,10 @@ class FlowRun {
     files = circuit_files(task_, result);
     for (FlowFile& file : waveform_files(result)) files.push_back(std::move(file));
     if (task_.wants_page) {
+      std::vector<std::string> names;
+      for (const FlowFile& file : files) names.push_back(file.name);
       std::ostringstream page;
-      if (!report::write_page(task_.request, result, page)) return false;
+      if (!report::write_page(task_.request, result, names, page)) return false;
       files.push_back({"report.html", [text = std::move(page).str()](std::ostream& stream) {
                          stream << text << std::flush;
                          return stream.good() || base::report_write_failure();

@@ -27,6 +27,13 @@ std::vector<std::string> tokens_of(const std::string& line) {
   return tokens;
 }
 
+// That says nothing of gates.
+bool is_other_statement(const std::string& line) {
+  return std::ranges::any_of(
+      std::vector{"    ", "input ", "output ", "wire ", "initial ", "end"},
+      [&line](const char* start) { return line.substr(4).starts_with(start); });
+}
+
 bool is_constant(const std::string& wire) { return wire == "1'b0" || wire == "1'b1"; }
 
 // Of the tokens of an expression of & | ~ and parentheses, with the values of its names.
@@ -77,14 +84,19 @@ class Reader {
     std::istringstream lines(module);
     bool is_zero_delay = false, has_values = false;
     for (std::string line; std::getline(lines, line);) {
+      constexpr std::string_view keep = "(* keep *) ";
+      if (const std::size_t at = line.find(keep); at == 4) line.erase(at, keep.size());
       if (has_values) read_values(line.substr(line.find("//") + 2));
       has_values = line == "    // initial values of the signals";
       if (line.starts_with("    //")) {
         is_zero_delay = line == "    // #PRAGMA: zero delay";
       } else if (line.starts_with("    assign ")) {
         add_assignment(tokens_of(line.substr(0, line.find(';'))));
-      } else if (line.starts_with("    ") && !line.starts_with("    input ") &&
-                 !line.starts_with("    output ")) {
+      } else if (line.starts_with("        force ")) {
+        // force WIRE = VALUE
+        const auto tokens = tokens_of(line.substr(0, line.find(';')));
+        netlist_.circuit.initial[tokens.at(1)] = tokens.at(3) == "1'b1";
+      } else if (line.starts_with("    ") && !is_other_statement(line)) {
         note_instance(tokens_of(line), is_zero_delay);
         is_zero_delay = false;
       }

@@ -1,6 +1,6 @@
 // oracle/netlist.h - a Verilog module as vorel writes it, read back as a circuit.
 // Here:      instances, inverters that take no time, assignments, the initial values in the last
-//            lines.
+//            lines or in an initial block.
 // Not here:  what the circuit does (oracle/circuit_states.h).
 #pragma once
 
