@@ -171,7 +171,7 @@ std::optional<Coding> find_coding(const net::StgPrefix& prefix, const sat::CnfPa
   coding.csc_cores = csc.seen_pairs().size();
   coding.usc_cores = usc.seen_pairs().size();
   coding.csc_holds = coding.csc_cores == 0;
-  coding.usc_holds = coding.csc_holds && coding.usc_cores == 0;
+  coding.usc_holds = coding.usc_cores == 0;
   coding.has_all_cores = !csc.has_met_limit() && !usc.has_met_limit();
   coding.core_map = map_of(prefix, csc.seen_pairs());
   for (const net::SignalId signal : prefix.visible_signals())

@@ -3,6 +3,7 @@
 #include <cassert>
 #include <sstream>
 #include <utility>
+#include <vector>
 
 #include "base/messages.h"
 #include "flow/unfold_findings.h"
@@ -23,13 +24,20 @@ std::string limit_text(const StgUnfolder& unfolder, const FlowLimits& limits) {
   return "the prefix is not complete within " + limit;
 }
 
-// The error that the unfolder has told becomes a finding.
+// That the net is not safe becomes a finding; any other error stays one.
 bool unfold_to_end(StgUnfolder& unfolder, Unfolded& result) {
-  base::MessageCapture messages;
-  const bool is_unfolded = unfolder.unfold();
-  if (!is_unfolded && unfolder.unsafe()) {
-    result.fault = unsafe_finding(unfolder);
-    return false;
+  bool is_unfolded = false;
+  std::vector<base::Message> messages;
+  {
+    base::MessageCapture capture;
+    is_unfolded = unfolder.unfold();
+    messages = capture.take();
+  }
+  const bool is_unsafe = !is_unfolded && unfolder.unsafe();
+  if (is_unsafe) result.fault = unsafe_finding(unfolder);
+  for (const base::Message& message : messages) {
+    if (!message.is_error) base::print_warning(message.text);
+    if (message.is_error && !is_unsafe) base::print_error(message.text);
   }
   return is_unfolded;
 }

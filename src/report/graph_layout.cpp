@@ -117,6 +117,7 @@ class Layouter {
     table += "</TABLE>";
     char* const label = agstrdup_html(drawn_.get(), table.data());
     set(drawn, "shape", "plain");
+    set(drawn, "fixedsize", "false");
     std::string name = "label";
     agset(drawn, name.data(), label);
     agstrfree(drawn_.get(), label);

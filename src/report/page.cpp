@@ -14,6 +14,7 @@ namespace vorel::report {
 namespace {
 
 bool always(const PageContent&) { return true; }
+bool has_files(const PageContent& content) { return !content.files.empty(); }
 bool has_findings(const PageContent& content) { return !content.result.findings.empty(); }
 bool has_prefix(const PageContent& content) { return content.result.given.has_value(); }
 bool has_coding(const PageContent& content) {
@@ -29,7 +30,7 @@ bool has_verification(const PageContent& content) {
 }
 bool has_properties(const PageContent& content) { return !content.result.properties.empty(); }
 
-constexpr std::array<SectionRow, 11> section_rows = {{
+constexpr std::array<SectionRow, 12> section_rows = {{
     {"summary", "Summary", "Summary", always, add_summary},
     {"findings", "Findings", "What is found in the STG", has_findings, add_findings},
     {"stg", "STG", "The STG", has_prefix, add_stg},
@@ -40,6 +41,7 @@ constexpr std::array<SectionRow, 11> section_rows = {{
     {"circuit", "Circuit", "Circuit", has_circuit, add_circuit},
     {"verification", "Verification", "Verification", has_verification, add_verification},
     {"properties", "Properties", "Properties", has_properties, add_properties},
+    {"files", "Files", "Files", has_files, add_files},
     {"messages", "Limits", "Warnings and limits", always, add_messages},
 }};
 
@@ -65,8 +67,8 @@ void add_contents(HtmlWriter& html, const PageContent& content) {
 }  // namespace
 
 bool write_page(const flow::FlowRequest& request, const flow::FlowResult& result,
-                std::ostream& stream) {
-  const PageContent content{request, result};
+                std::span<const std::string> files, std::ostream& stream) {
+  const PageContent content{request, result, files};
   HtmlWriter html(stream);
   html.markup("<!DOCTYPE html>\n");
   {

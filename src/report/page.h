@@ -2,14 +2,17 @@
 #pragma once
 
 #include <ostream>
+#include <span>
+#include <string>
 
 #include "flow/flow_request.h"
 #include "flow/flow_result.h"
 
 namespace vorel::report {
 
-// False after an error.
+// `files` are those written beside the page, by names relative to it, which lead to them. False
+// after an error.
 bool write_page(const flow::FlowRequest& request, const flow::FlowResult& result,
-                std::ostream& stream);
+                std::span<const std::string> files, std::ostream& stream);
 
 }  // namespace vorel::report

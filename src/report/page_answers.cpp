@@ -6,6 +6,7 @@
 #include "flow/waveforms.h"
 #include "report/page_parts.h"
 #include "report/page_sections.h"
+#include "report/trace_files.h"
 #include "verify/verification_words.h"
 
 namespace vorel::report {
@@ -50,7 +51,8 @@ bool goes_wrong_at_last(flow::FindingKind kind) {
   return kind != flow::FindingKind::deadlock && kind != flow::FindingKind::irreducible;
 }
 
-void add_finding(HtmlWriter& html, const net::Stg* stg, const flow::StgFinding& finding) {
+void add_finding(HtmlWriter& html, const PageContent& content, std::size_t i) {
+  const flow::StgFinding& finding = content.result.findings[i];
   const auto article = html.in("article");
   {
     const auto heading = html.in("h3");
@@ -63,9 +65,10 @@ void add_finding(HtmlWriter& html, const net::Stg* stg, const flow::StgFinding& 
   html.add("p", finding.message);
   if (!finding.trace) return;
   const bool ends_wrong = goes_wrong_at_last(finding.kind);
-  add_trace(html, stg, *finding.trace,
+  add_trace(html, given_stg(content.result), *finding.trace,
             ends_wrong ? "A shortest trace; the last step goes wrong" : "A trace to that state",
             ends_wrong ? Emphasis::last_step : Emphasis::none);
+  add_trace_link(html, content, finding_file(content.result, i));
 }
 
 void add_question_row(HtmlWriter& html, const verify::Verification& verification, std::size_t i) {
@@ -80,11 +83,13 @@ void add_question_row(HtmlWriter& html, const verify::Verification& verification
     html.add("span", "class=\"mark\" aria-hidden=\"true\"", mark_of(tone_of(answer)));
     html.word(pointer("/circuit/verification/questions", i, "answer"), verify::row_of(answer).word);
   }
+  if (verification.findings.empty()) return;
   const verify::Finding* const finding = verify::finding_for(verification, question.question);
   html.add("td", finding == nullptr ? "" : finding->message);
 }
 
-void add_failure(HtmlWriter& html, const flow::FlowResult& result, const verify::Finding& finding) {
+void add_failure(HtmlWriter& html, const PageContent& content, const verify::Finding& finding) {
+  const flow::FlowResult& result = content.result;
   const auto article = html.in("article");
   html.add("h3", std::string{verify::row_of(finding.question).title} + ": no");
   html.add("p", finding.message);
@@ -97,6 +102,7 @@ void add_failure(HtmlWriter& html, const flow::FlowResult& result, const verify:
   const auto waveform = flow::waveform_of(*result.circuit_stg(), result.circuit->circuit, finding);
   add_drawing(html, draw_waveform(waveform, ends_wrong ? Emphasis::last_step : Emphasis::none),
               ends_wrong ? "A trace; the last edge goes wrong" : "A trace to that state");
+  add_trace_link(html, content, question_file(finding.question));
 }
 
 void add_arbiters(HtmlWriter& html, const verify::Circuit& circuit,
@@ -118,7 +124,8 @@ Tone tone_of(flow::PropertyAnswer answer) {
   return answer == flow::PropertyAnswer::undecided ? Tone::doubtful : Tone::plain;
 }
 
-void add_property(HtmlWriter& html, const flow::FlowResult& result, std::size_t i) {
+void add_property(HtmlWriter& html, const PageContent& content, std::size_t i) {
+  const flow::FlowResult& result = content.result;
   const flow::PropertyResult& property = result.properties[i];
   const auto article = html.in("article");
   {
@@ -148,13 +155,13 @@ void add_property(HtmlWriter& html, const flow::FlowResult& result, std::size_t 
   }
   add_trace(html, given_stg(result), property.trace, "A trace to a state that satisfies it",
             Emphasis::none);
+  add_trace_link(html, content, property_file(i));
 }
 
 }  // namespace
 
 void add_findings(HtmlWriter& html, const PageContent& content) {
-  for (const flow::StgFinding& finding : content.result.findings)
-    add_finding(html, given_stg(content.result), finding);
+  for (std::size_t i = 0; i < content.result.findings.size(); ++i) add_finding(html, content, i);
 }
 
 void add_verification(HtmlWriter& html, const PageContent& content) {
@@ -174,18 +181,17 @@ void add_verification(HtmlWriter& html, const PageContent& content) {
   }
   {
     constexpr std::array<std::string_view, 3> heads = {"Question", "Answer", "Why"};
-    const Table table(html, heads);
+    const bool has_reasons = !verification.findings.empty();
+    const Table table(html, std::span(heads).first(has_reasons ? 3 : 2));
     for (std::size_t i = 0; i < verify::question_rows.size(); ++i)
       add_question_row(html, verification, i);
   }
   add_arbiters(html, circuit.circuit, verification);
-  for (const verify::Finding& finding : verification.findings)
-    add_failure(html, content.result, finding);
+  for (const verify::Finding& finding : verification.findings) add_failure(html, content, finding);
 }
 
 void add_properties(HtmlWriter& html, const PageContent& content) {
-  for (std::size_t i = 0; i < content.result.properties.size(); ++i)
-    add_property(html, content.result, i);
+  for (std::size_t i = 0; i < content.result.properties.size(); ++i) add_property(html, content, i);
 }
 
 }  // namespace vorel::report

@@ -4,6 +4,7 @@
 #include "flow/waveforms.h"
 #include "report/page_parts.h"
 #include "report/page_sections.h"
+#include "report/trace_files.h"
 #include "report/waveform_drawing.h"
 
 namespace vorel::report {
@@ -72,6 +73,8 @@ void add_conflict(HtmlWriter& html, const PageContent& content, std::size_t i) {
   }
   add_code(html, coding, conflict);
   if (i < most_drawn_conflicts) add_waveforms(html, *content.result.given, conflict, title);
+  add_trace_link(html, content, conflict_file(i, Branch::first));
+  add_trace_link(html, content, conflict_file(i, Branch::second));
   const auto list = html.in("ul");
   add_excited(html, "first", conflict.excited_first);
   add_excited(html, "second", conflict.excited_second);
@@ -110,10 +113,15 @@ void add_conflicts(HtmlWriter& html, const PageContent& content) {
     add_badge(html, coding.usc_holds ? Tone::good : Tone::plain,
               coding.usc_holds ? "USC holds" : "USC does not hold");
     html.markup(" ");
+    if (!coding.has_all_cores) html.text("Found so far, not all: ");
     html.count("/coding/csc_cores", coding.csc_cores);
-    html.text(coding.csc_cores == 1 ? " core of CSC conflicts, " : " cores of CSC conflicts, ");
-    html.count("/coding/usc_cores", coding.usc_cores);
-    html.text(" of USC conflicts.");
+    html.text(coding.csc_cores == 1 ? " core of CSC conflicts" : " cores of CSC conflicts");
+    if (coding.usc_cores > 0) {
+      html.text(", ");
+      html.count("/coding/usc_cores", coding.usc_cores);
+      html.text(" of USC conflicts");
+    }
+    html.text(", in the STG given.");
   }
   if (!coding.conflicts.empty())
     html.add("p",
@@ -140,6 +148,12 @@ void add_resolution(HtmlWriter& html, const PageContent& content) {
     }
   }
   if (resolution.transformations.empty()) return;
+  html.add(
+      "p",
+      "Where edges go: |t before the transition t, t| behind it, only at some of its places if "
+      "they are named on the other side of the bar; s -||-> t beside what lies between s and "
+      "t; {s}-$->{t} behind and before several. In a reduction s --> t the transition t waits "
+      "for s. A star: with a token at the start.");
   constexpr std::array<std::string_view, 6> heads = {"#",     "What",  "Signal",
                                                      "Edges", "#Cost", "Cost in parts"};
   const Table table(html, heads);

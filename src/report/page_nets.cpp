@@ -74,10 +74,11 @@ void add_stg(HtmlWriter& html, const PageContent& content) {
 
 void add_prefixes(HtmlWriter& html, const PageContent& content) {
   const flow::FlowResult& result = content.result;
-  html.add("p",
-           "What the STG can do, unfolded until nothing new comes. The darker an event, the more "
-           "conflict cores run through it; cut-offs, behind which it goes on as elsewhere, are "
-           "dashed.");
+  html.add(
+      "p",
+      "What the STG can do, unfolded until nothing new comes. The darker an event, the more "
+      "cores of CSC conflicts run through it; cut-offs, behind which it goes on as elsewhere, are "
+      "dashed.");
   add_prefix_sizes(html, result);
   const flow::CoreMap given = result.coding ? result.coding->core_map : flow::CoreMap{};
   const auto pair = html.in("div", "class=\"pair\"");

@@ -129,6 +129,22 @@ void add_listing(HtmlWriter& html, std::string_view title, std::string_view text
   html.add("code", text);
 }
 
+void add_link(HtmlWriter& html, std::string_view file) {
+  std::string address;
+  for (const char c : file) {
+    const bool is_plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                          (c >= '0' && c <= '9') || c == '_' || c == '-' || c == '.' || c == '/';
+    if (is_plain) {
+      address += c;
+    } else {
+      address +=
+          base::format_message("%%%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
+    }
+  }
+  // A colon in the first part of an address would make a scheme of it.
+  html.add("a", "href=\"./" + address + "\"", file);
+}
+
 std::string duration(double seconds) {
   if (seconds < 0.001) return base::format_message("%.2f ms", seconds * 1e3);
   if (seconds < 0.1) return base::format_message("%.1f ms", seconds * 1e3);

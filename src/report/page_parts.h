@@ -56,6 +56,9 @@ void add_names(HtmlWriter& html, std::span<const std::string> names, std::string
 // A listing that is folded up.
 void add_listing(HtmlWriter& html, std::string_view title, std::string_view text);
 
+// To a file beside the page.
+void add_link(HtmlWriter& html, std::string_view file);
+
 // "0.42 ms", "1.3 s".
 std::string duration(double seconds);
 // At most two digits behind the point.

@@ -3,6 +3,10 @@
 // Not here:  their order, the frame around them (report/page.h).
 #pragma once
 
+#include <span>
+#include <string>
+#include <string_view>
+
 #include "flow/flow_request.h"
 #include "flow/flow_result.h"
 #include "report/html_writer.h"
@@ -12,6 +16,7 @@ namespace vorel::report {
 struct PageContent {
   const flow::FlowRequest& request;
   const flow::FlowResult& result;
+  std::span<const std::string> files;  // beside the page
 };
 
 struct SectionRow {
@@ -20,9 +25,13 @@ struct SectionRow {
   void (*add)(HtmlWriter& html, const PageContent& content);  // what stands below the heading
 };
 
+// Where to find a trace for a viewer of waveforms, if that file is there.
+void add_trace_link(HtmlWriter& html, const PageContent& content, const std::string& file);
+
 // report/page_summary.cpp
 void add_header(HtmlWriter& html, const PageContent& content);
 void add_summary(HtmlWriter& html, const PageContent& content);
+void add_files(HtmlWriter& html, const PageContent& content);
 void add_messages(HtmlWriter& html, const PageContent& content);
 // report/page_nets.cpp
 void add_stg(HtmlWriter& html, const PageContent& content);

@@ -32,6 +32,7 @@ h3 { margin: 0 0 8px; font-size: 15.5px; font-weight: 600; }
 p { margin: 0 0 12px; max-width: 76ch; }
 ul { margin: 0 0 12px; padding-left: 22px; }
 header { padding-top: 36px; }
+header .path { margin: -14px 0 18px; color: var(--faint); font-size: 13px; }
 header .program { margin: 0 0 2px; color: var(--faint); font-size: 13px; letter-spacing: 0.04em; }
 section { margin-top: 36px; padding-top: 26px; border-top: 1px solid var(--line); }
 article { margin: 22px 0 0; padding: 16px 18px 6px; border: 1px solid var(--line);
@@ -70,7 +71,7 @@ nav a:hover, nav a:focus { text-decoration: underline; }
 .tile dd.note { font-size: 12.5px; font-weight: 400; }
 .table, .pane, pre { overflow-x: auto; max-width: 100%; }
 .table { margin: 0 0 16px; }
-table { border-collapse: collapse; min-width: 100%; font-size: 14px; }
+table { border-collapse: collapse; min-width: min(100%, 600px); font-size: 14px; }
 th, td { padding: 6px 14px 6px 0; border-bottom: 1px solid var(--line); text-align: left;
   vertical-align: top; overflow-wrap: normal; }
 thead th { color: var(--faint); font-size: 12.5px; font-weight: 500; white-space: nowrap; }
@@ -81,7 +82,7 @@ td code, th code { white-space: nowrap; }
 table.code { min-width: 0; font-family: var(--mono); font-size: 13px; }
 table.code th, table.code td { padding: 3px 9px; text-align: center; font-weight: 400; }
 table.code th:first-child { padding-left: 0; font-family: system-ui, sans-serif; }
-.bar { width: 18%; min-width: 70px; vertical-align: middle; }
+.bar { width: 180px; min-width: 70px; vertical-align: middle; }
 .bar span { display: block; height: 8px; min-width: 1px; border-radius: 2px;
   background: var(--accent); opacity: 0.65; }
 figure { margin: 4px 0 18px; }
@@ -115,9 +116,11 @@ pre { margin: 8px 0 12px; padding: 12px 14px; background: var(--panel); border-r
   thead th:has(+ .bar), thead th:empty { display: none; }
 }
 @media print {
+  :root { color-scheme: light; }
   body { max-width: none; padding: 0; font-size: 10.5pt; }
   nav, .as-text { display: none; }
   section { margin-top: 18pt; padding-top: 12pt; }
+  .pair { grid-template-columns: 1fr 1fr; }
   figure, tr, .tile, .verdict { break-inside: avoid; }
   h2, h3, figcaption { break-after: avoid; }
   .table, .pane, pre { overflow: visible; }

@@ -111,6 +111,13 @@ void add_option(HtmlWriter& html, std::string_view title, std::string_view value
   html.add("td", value);
 }
 
+// Without folders; the whole path where nothing would be left.
+std::string_view file_name_of(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  const bool has_name = slash != path.npos && slash + 1 < path.size();
+  return has_name ? path.substr(slash + 1) : path;
+}
+
 std::string or_no_limit(std::uint64_t limit) {
   return limit == 0 ? "no limit" : std::to_string(limit);
 }
@@ -122,7 +129,9 @@ void add_header(HtmlWriter& html, const PageContent& content) {
   const Tone tone = tone_of(result.verdict);
   const auto header = html.in("header");
   html.add("p", "class=\"program\"", "vorel-flow");
-  html.add("h1", content.request.stg_name);
+  const std::string& path = content.request.stg_name;
+  html.add("h1", file_name_of(path));
+  if (file_name_of(path) != path) html.add("p", "class=\"path\"", path);
   const auto verdict = html.in("div", "class=\"verdict " + std::string{class_of(tone)} + "\"");
   html.add("span", "class=\"mark\" aria-hidden=\"true\"", mark_of(tone));
   const auto words = html.in("div");
@@ -143,10 +152,24 @@ void add_summary(HtmlWriter& html, const PageContent& content) {
     const auto tiles = html.in("dl", "class=\"tiles\"");
     add_stg_tiles(html, result);
     add_circuit_tiles(html, result);
-    add_tile(html, "Time", "all steps together",
-             [&] { html.decimal("/seconds", result.seconds, duration(result.seconds)); });
+    add_tile(html, "Time", "without this report", [&] { html.text(duration(result.seconds)); });
   }
   if (!result.steps.empty()) add_steps(html, result);
+}
+
+void add_files(HtmlWriter& html, const PageContent& content) {
+  const auto list = html.in("ul");
+  for (const std::string& file : content.files) {
+    const auto item = html.in("li");
+    add_link(html, file);
+  }
+}
+
+void add_trace_link(HtmlWriter& html, const PageContent& content, const std::string& file) {
+  if (std::ranges::find(content.files, file) == content.files.end()) return;
+  const auto line = html.in("p", "class=\"quiet\"");
+  html.text("For a viewer of waveforms: ");
+  add_link(html, file);
 }
 
 void add_messages(HtmlWriter& html, const PageContent& content) {

@@ -72,6 +72,11 @@ bool take_costs(const std::string& list, resolution::CoefficientTexts& texts) {
   return !list.empty() && list.back() != ',';
 }
 
+// Escaped, a name may consist of anything that is printed.
+bool is_verilog_name(const std::string& name) {
+  return !name.empty() && std::ranges::all_of(name, [](char c) { return '!' <= c && c <= '~'; });
+}
+
 std::vector<std::string> style_keys() {
   std::vector<std::string> keys;
   for (const flow::StyleRow& row : flow::style_rows) keys.emplace_back(row.key);
@@ -112,6 +117,11 @@ class FlowArguments {
     app_.add_flag_callback(
         "--no-html", [this] { task_.wants_page = false; },
         "leave report.html with its drawings out");
+    app_.add_option("--properties", task_.properties,
+                    "answer the properties of this file: paragraphs of the\n"
+                    "form 'name: property', in the language of vorel -Fs, and\n"
+                    "lines that begin with # as comments")
+        ->type_name("FILE");
   }
 
   void add_resolution() {
@@ -193,8 +203,9 @@ class FlowArguments {
     for (const flow::StyleRow& row : flow::style_rows)
       if (row.key == style_) request.style = row.style;
     synthesis::ModuleOptions& module = request.module;
-    if (reset_.empty() || (app_.count("--module") > 0 && module.name.empty()))
-      return fail("--module and --reset need a name");
+    if (app_.count("--module") > 0 && module.name.empty()) return fail("--module needs a name");
+    if (!is_verilog_name(reset_))
+      return fail("--reset: '" + reset_ + "' cannot be the name of an input in Verilog");
     if (reset_ == "none") {
       module.reset = synthesis::ResetKind::none;
     } else if (reset_ != "initial") {

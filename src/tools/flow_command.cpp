@@ -1,10 +1,12 @@
 #include "tools/flow_command.h"
 
+#include <algorithm>
 #include <cassert>
 #include <iostream>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -14,6 +16,7 @@
 #include "base/text_sink.h"
 #include "flow/flow.h"
 #include "flow/flow_words.h"
+#include "flow/properties.h"
 #include "formats/save_file.h"
 #include "report/document.h"
 #include "report/page.h"
@@ -60,7 +63,7 @@ class FlowRun {
     flow::FlowResult result;
     flow::StepRecord reading{Step::read, {}, 0};
     std::vector<base::Message> messages;
-    if (auto stg = read(messages)) {
+    if (auto stg = read_input(messages)) {
       reading.text = sizes_text(*stg);
       reading.seconds = watch_.lap();
       tell_end(reading);
@@ -69,8 +72,10 @@ class FlowRun {
     } else {
       reading.text = "failed";
       reading.seconds = watch_.lap();
-      result.sentence = "\"" + task_.request.stg_name + "\" could not be read";
-      result.hint = "vorel-unfold --help tells how an STG is written";
+      tell_end(reading);
+      result.sentence = "the input could not be read";
+      result.hint =
+          "put it right as the error says; vorel-unfold --help tells how an STG is written";
     }
     result.seconds += reading.seconds;
     result.steps.insert(result.steps.begin(), std::move(reading));
@@ -81,11 +86,28 @@ class FlowRun {
 
  private:
   // nullopt after an error, which is among the messages.
-  std::optional<net::Stg> read(std::vector<base::Message>& messages) const {
+  std::optional<net::Stg> read_input(std::vector<base::Message>& messages) {
     base::MessageCapture capture;
     auto stg = read_stg(task_.format_name, task_.stg);
+    if (stg && !(reset_is_new(*stg) && read_properties())) stg.reset();
     messages = capture.take();
     return stg;
+  }
+
+  bool reset_is_new(const net::Stg& stg) const {
+    const std::string& name = task_.request.module.reset_input;
+    const bool is_new = std::ranges::find(stg.signals, name, [](const auto& signal) {
+                          return std::string_view(signal->name);
+                        }) == stg.signals.end();
+    if (!is_new) base::print_error("--reset: the STG has a signal '" + name + "' itself");
+    return is_new;
+  }
+
+  bool read_properties() {
+    if (task_.properties.empty()) return true;
+    auto properties = flow::read_properties(task_.properties);
+    if (properties) task_.request.properties = std::move(*properties);
+    return properties.has_value();
   }
 
   // They come before those of the flow.
@@ -151,8 +173,10 @@ class FlowRun {
     files = circuit_files(task_, result);
     for (FlowFile& file : waveform_files(result)) files.push_back(std::move(file));
     if (task_.wants_page) {
+      std::vector<std::string> names;
+      for (const FlowFile& file : files) names.push_back(file.name);
       std::ostringstream page;
-      if (!report::write_page(task_.request, result, page)) return false;
+      if (!report::write_page(task_.request, result, names, page)) return false;
       files.push_back({"report.html", [text = std::move(page).str()](std::ostream& stream) {
                          stream << text << std::flush;
                          return stream.good() || base::report_write_failure();

@@ -1,8 +1,6 @@
 #include "oracle/netlist.h"
 
 #include <algorithm>
-#include <cstring>
-#include <initializer_list>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -27,6 +25,13 @@ std::vector<std::string> tokens_of(const std::string& line) {
     at = end;
   }
   return tokens;
+}
+
+// That says nothing of gates.
+bool is_other_statement(const std::string& line) {
+  return std::ranges::any_of(
+      std::vector{"    ", "input ", "output ", "wire ", "initial ", "end"},
+      [&line](const char* start) { return line.substr(4).starts_with(start); });
 }
 
 bool is_constant(const std::string& wire) { return wire == "1'b0" || wire == "1'b1"; }
@@ -79,16 +84,19 @@ class Reader {
     std::istringstream lines(module);
     bool is_zero_delay = false, has_values = false;
     for (std::string line; std::getline(lines, line);) {
-      line = without_attribute(line);
+      constexpr std::string_view keep = "(* keep *) ";
+      if (const std::size_t at = line.find(keep); at == 4) line.erase(at, keep.size());
       if (has_values) read_values(line.substr(line.find("//") + 2));
       has_values = line == "    // initial values of the signals";
       if (line.starts_with("    //")) {
         is_zero_delay = line == "    // #PRAGMA: zero delay";
       } else if (line.starts_with("    assign ")) {
         add_assignment(tokens_of(line.substr(0, line.find(';'))));
-      } else if (line.starts_with("        ")) {  // in an initial block
-        read_force(tokens_of(line));
-      } else if (line.starts_with("    ") && !begins_with_keyword(line)) {
+      } else if (line.starts_with("        force ")) {
+        // force WIRE = VALUE
+        const auto tokens = tokens_of(line.substr(0, line.find(';')));
+        netlist_.circuit.initial[tokens.at(1)] = tokens.at(3) == "1'b1";
+      } else if (line.starts_with("    ") && !is_other_statement(line)) {
         note_instance(tokens_of(line), is_zero_delay);
         is_zero_delay = false;
       }
@@ -103,23 +111,6 @@ class Reader {
     const toolkit::LibraryGate* gate;
     std::map<std::string, std::string> wire_at;
   };
-
-  static std::string without_attribute(const std::string& line) {
-    constexpr std::string_view attribute = "(* keep *) ";
-    const std::size_t at = line.find(attribute);
-    return at == std::string::npos ? line : line.substr(0, at) + line.substr(at + attribute.size());
-  }
-
-  static bool begins_with_keyword(const std::string& line) {
-    return std::ranges::any_of(
-        std::initializer_list<const char*>{"input ", "output ", "wire ", "initial ", "end"},
-        [&](const char* word) { return line.compare(4, std::strlen(word), word) == 0; });
-  }
-
-  // force WIRE = VALUE ;
-  void read_force(const std::vector<std::string>& tokens) {
-    if (tokens.at(0) == "force") netlist_.circuit.initial[tokens.at(1)] = tokens.at(3) == "1'b1";
-  }
 
   void note_instance(const std::vector<std::string>& tokens, bool is_zero_delay) {
     const auto gate = library_.find(tokens.at(0));

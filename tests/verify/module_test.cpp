@@ -16,6 +16,7 @@
 #include "decomposition/gate_models.h"
 #include "net/initial_values.h"
 #include "oracle/coding.h"
+#include "oracle/netlist.h"
 #include "oracle/parse_g.h"
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
@@ -124,6 +125,17 @@ class Module : public testing::Test {
     subjects_.push_back({title, &prefix, driver.circuit()->netlist(), text.str()});
   }
 
+  // By all states of the circuit, which need no reset.
+  void expect_right(const std::string& text, const net::Stg& stg) const {
+    std::map<std::string, toolkit::LibraryGate> library;
+    for (const toolkit::LibraryGate& gate : gates_) library.emplace(gate.name, gate);
+    const auto graph = oracle::explore(stg);
+    EXPECT_EQ(oracle::find_fault(stg, graph, *oracle::find_initial_values(stg, graph),
+                                 oracle::read_netlist(text, library).circuit),
+              "")
+        << text;
+  }
+
   support::ProgramRun shell(const std::string& command) const {
     return support::run_program({"/bin/sh", "-c", command}, {.directory = folder_.path()});
   }
@@ -158,6 +170,7 @@ TEST_F(Module, IsWhatTheVerifierAndOtherToolsTake) {
       all.inverter = netlist.inverter.name.empty() ? all.inverter : netlist.inverter;
       all.gates.insert(all.gates.end(), netlist.gates.begin(), netlist.gates.end());
       if (expected != "00000") continue;
+      if (reset != ResetKind::input) expect_right(text.str(), *subject.stg);
       ++correct;
       ASSERT_TRUE(write_testbench(testbench, *subject.stg,
                                   testbench_subject(*subject.stg, netlist, options), number));
