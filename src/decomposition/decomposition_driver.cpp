@@ -139,6 +139,7 @@ bool DecompositionDriver::prepare() {
   std::optional<GateLibrary> library = GateLibrary::read(library_name_);
   if (!library || !resolution::prepare_for_insertions(prefix_)) return false;
   tools_ = std::make_unique<Tools>(std::move(*library), prefix_, params_);
+  tools_->inserter.set_deadline(deadline_);
   return !base::run_failed();
 }
 

@@ -22,6 +22,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/deadline.h"
 #include "base/params.h"
 #include "decomposition/deco.h"
 #include "decomposition/deco_queue.h"
@@ -52,6 +53,8 @@ class DecompositionDriver {
   DecompositionDriver(const DecompositionDriver&) = delete;
   DecompositionDriver& operator=(const DecompositionDriver&) = delete;
 
+  // Beyond it run() fails, with an error. Before run().
+  void set_deadline(const base::Deadline& deadline) { deadline_ = deadline; }
   // The loop. Once. If it fails there is no circuit, and an error has been reported.
   void run();
   // The verdict and the circuit, to where the name of the output selects.
@@ -116,6 +119,7 @@ class DecompositionDriver {
   net::StgPrefix& prefix_;
   const base::Params params_;
   const std::string library_name_, file_name_;
+  base::Deadline deadline_{0};
   std::unique_ptr<Tools> tools_;
   std::optional<State> state_;
   // Of the round: decompositions of signals that have been looked at, and functions whose insertion
