@@ -22,6 +22,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/deadline.h"
 #include "base/params.h"
 #include "decomposition/deco.h"
 #include "decomposition/deco_queue.h"
@@ -52,6 +53,8 @@ class DecompositionDriver {
   DecompositionDriver(const DecompositionDriver&) = delete;
   DecompositionDriver& operator=(const DecompositionDriver&) = delete;
 
+  // Beyond it run() fails, with an error. Before run().
+  void set_deadline(const base::Deadline& deadline) { deadline_ = deadline; }
   // The loop. Once. If it fails there is no circuit, and an error has been reported.
   void run();
   // The verdict and the circuit, to where the name of the output selects.
@@ -97,7 +100,10 @@ class DecompositionDriver {
   // What is done when nothing leads on: true if that has given a signal other ways, which it does
   // once.
   bool admit_costly_latches();
-  std::optional<State> state_of(const net::StgPrefix& prefix, const Implementations& known);
+  // The prefix is that of the present state, if there is one, with the signal inserted; without a
+  // name, as it is.
+  std::optional<State> state_of(const net::StgPrefix& prefix, const Implementations& known,
+                                const std::string& inserted);
   // The decomposition that is carried out next; null if there is none.
   const Deco* choose();
   const Deco* best_of(const SignalFunctions& functions);
@@ -113,6 +119,7 @@ class DecompositionDriver {
   net::StgPrefix& prefix_;
   const base::Params params_;
   const std::string library_name_, file_name_;
+  base::Deadline deadline_{0};
   std::unique_ptr<Tools> tools_;
   std::optional<State> state_;
   // Of the round: decompositions of signals that have been looked at, and functions whose insertion

@@ -294,6 +294,7 @@ bool SubfunctionInserter::Search::has(const EdgeSet& set, const EdgeStates::Devi
 std::optional<SubfunctionInsertion> SubfunctionInserter::Search::accept(const EdgeSet& set) {
   const resolution::Choice& choice = set.choice;
   InserterStats& stats = inserter_.stats_;
+  if (!inserter_.is_in_time()) return std::nullopt;
   ++stats.choices;
   if (is_exact_) {
     std::vector<CandidateId> edges;
@@ -464,9 +465,16 @@ std::optional<SubfunctionInsertion> SubfunctionInserter::find_best_general(
   return best;
 }
 
+bool SubfunctionInserter::is_in_time() const {
+  if (!deadline_.is_over()) return true;
+  if (!base::run_failed()) base::print_error("the time for a decomposition is over");
+  return false;
+}
+
 // False after a reported failure.
 bool SubfunctionInserter::compute_insertions(const bdd::Bdd& function, const std::string& context,
                                              bool local, InsertionResult& result) {
+  if (!is_in_time()) return false;
   const base::AddedTime timer(stats_.seconds);
   Search search(*this, step(), function, result.refused);
   if (base::run_failed()) return false;

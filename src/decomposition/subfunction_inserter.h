@@ -22,6 +22,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "base/deadline.h"
 #include "base/params.h"
 #include "bdd/bdd.h"
 #include "configuration/search_options.h"
@@ -65,6 +66,8 @@ class SubfunctionInserter {
                       const std::vector<std::string>& names, const base::Params& params);
   ~SubfunctionInserter();
 
+  // Beyond it a search that is not finished ends with an error.
+  void set_deadline(const base::Deadline& deadline) { deadline_ = deadline; }
   // The best insertion for the function; with `local`, the best of those that are local. None if
   // there is none, and after a reported failure. The context, which may be any text, says what the
   // function is for: it appears in what is told of the search, on the standard error stream, and
@@ -103,6 +106,8 @@ class SubfunctionInserter {
                                                         InsertionResult& result);
   // Of tag General; only those that the function admits.
   resolution::SignalInsertion general_candidates(const bdd::Bdd& function);
+  // False after the error that it is.
+  bool is_in_time() const;
   bool compute_insertions(const bdd::Bdd& function, const std::string& context, bool local,
                           InsertionResult& result);
 
@@ -114,6 +119,7 @@ class SubfunctionInserter {
   std::unique_ptr<Step> step_;
   std::optional<resolution::TransitionRelation> locks_;  // made on demand
   std::unordered_map<bdd::Bdd, InsertionResult> cache_;
+  base::Deadline deadline_{0};
   InserterStats stats_;
 };
 

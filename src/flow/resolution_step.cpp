@@ -68,12 +68,17 @@ Resolved resolve(const net::StgPrefix& given, const StepContext& context) {
   if (base::run_failed()) return result;
   net::StgPrefix prefix = net::clone_prefix(given);
   resolution::ResolutionEngine engine(prefix, params);
+  engine.set_deadline(context.deadline);
   engine.run();
   if (base::run_failed()) return result;
   for (const resolution::AppliedStep& step : engine.applied())
     result.resolution.transformations.push_back(as_data(step));
   result.resolution.is_complete = !engine.has_conflicts();
   result.resolution.cores_left = engine.cores().cores.size();
+  if (!result.resolution.is_complete && context.deadline.is_over())
+    result.limit = base::format_message("conflicts are left after %g seconds",
+                                        context.request.limits.max_seconds);
+  if (!result.limit.empty()) return result;
   Unfolded unfolded = unfold_again(prefix, context);
   result.prefix = std::move(unfolded.prefix);
   result.limit = std::move(unfolded.limit);

@@ -23,8 +23,9 @@ std::vector<StgFinding> irreducible_conflicts(const net::Stg& stg, const Coding&
 
 struct Resolved {
   Resolution resolution;
-  std::optional<net::StgPrefix> prefix;  // of the STG with what has been done; none: see below
-  std::string limit;                     // what was beyond a limit; else there was an error
+  // Of the STG with what has been done. Without one there was a limit or an error.
+  std::optional<net::StgPrefix> prefix;
+  std::string limit;  // what was beyond it
 };
 
 // The prefix stays as it is. What the cost expressions or the search have wrong is an error.

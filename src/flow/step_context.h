@@ -3,10 +3,10 @@
 // Not here:  what the steps find (flow/flow_result.h).
 #pragma once
 
+#include "base/deadline.h"
 #include "base/params.h"
 #include "flow/flow.h"
 #include "sat/cnf_formula.h"
-#include "verify/deadline.h"
 
 namespace vorel::flow {
 
@@ -21,8 +21,8 @@ struct StepContext {
 
   const FlowRequest& request;
   const FlowListener& listener;
-  const verify::Deadline deadline;  // from now
-  base::Params params;              // of searches, as the program of a single step has them
+  const base::Deadline deadline;  // from now
+  base::Params params;            // of searches, as the program of a single step has them
 };
 
 }  // namespace vorel::flow

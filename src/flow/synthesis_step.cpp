@@ -50,12 +50,20 @@ std::optional<Synthesised> equations(const net::StgPrefix& stg, Style style, Gat
   return result;
 }
 
+// Mapping may take very long where it finds nothing.
+base::Deadline mapping_deadline(const StepContext& context) {
+  const double left = context.deadline.left(), most = context.request.limits.max_mapping_seconds;
+  const bool is_last = context.request.style != Style::automatic || most == 0;
+  return base::Deadline(is_last ? left : left == 0 ? most : std::min(left, most));
+}
+
 std::optional<Synthesised> mapped(const net::StgPrefix& stg, Gates gates,
                                   const StepContext& context) {
   base::Params params = context.params;
   net::StgPrefix prefix = net::clone_prefix(stg);
   resolution::evaluate_coefficients(resolution::CoefficientTexts(), prefix, params);
   decomposition::DecompositionDriver driver(prefix, params, context.request.library);
+  driver.set_deadline(mapping_deadline(context));
   driver.run();
   if (driver.circuit() == nullptr) return std::nullopt;
   const decomposition::MappedCircuit& circuit = *driver.circuit();

@@ -190,7 +190,7 @@ std::optional<ResolutionEngine::Best> ResolutionEngine::best_transformation() {
 }
 
 void ResolutionEngine::resolve_all() {
-  while (find_cores() && makes_progress()) {
+  while (find_cores() && makes_progress() && !deadline_.is_over()) {
     std::optional<Best> best = best_transformation();
     if (!best) break;
     results::Report step;

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "base/deadline.h"
 #include "base/params.h"
 #include "configuration/search_options.h"
 #include "conflicts/pair_search.h"
@@ -40,6 +41,8 @@ class ResolutionEngine {
   ResolutionEngine(const ResolutionEngine&) = delete;
   ResolutionEngine& operator=(const ResolutionEngine&) = delete;
 
+  // Beyond it the search of least cost takes no further step. Before run().
+  void set_deadline(const base::Deadline& deadline) { deadline_ = deadline; }
   // The search that the options choose. Once.
   void run();
   // The verdict and the transformations suggested, to where the name of the output selects.
@@ -94,6 +97,7 @@ class ResolutionEngine {
   const CostCoefficients coefficients_;
   const bool uses_reductions_;
   const std::string file_name_;
+  base::Deadline deadline_{0};
   InsertionEngine insertions_;
   CoreStore store_;
   std::uint64_t unlock_number_ = 0;  // of the STG before the step, if reductions are used

@@ -19,7 +19,7 @@ configuration::EncodingOptions options_of(const sat::CnfParams& params) {
 
 MarkingFormula::MarkingFormula(const Composition& composition, const EdgePresets& presets,
                                const configuration::StateStructure<net::NetPrefix>& structure,
-                               const sat::CnfParams& params, const Deadline& deadline)
+                               const sat::CnfParams& params, const base::Deadline& deadline)
     : composition_{composition},
       presets_{presets},
       deadline_{deadline},

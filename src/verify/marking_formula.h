@@ -8,11 +8,11 @@
 #include <optional>
 #include <vector>
 
+#include "base/deadline.h"
 #include "bdd/bdd.h"
 #include "configuration/search_instance.h"
 #include "sat/bdd_definition.h"
 #include "verify/composition.h"
-#include "verify/deadline.h"
 #include "verify/edge_presets.h"
 
 namespace vorel::verify {
@@ -24,7 +24,7 @@ class MarkingFormula {
   // The prefix is that of the composition's net. All must outlive it.
   MarkingFormula(const Composition& composition, const EdgePresets& presets,
                  const configuration::StateStructure<net::NetPrefix>& structure,
-                 const sat::CnfParams& params, const Deadline& deadline);
+                 const sat::CnfParams& params, const base::Deadline& deadline);
 
   const Composition& composition() const { return composition_; }
   const std::vector<PlaceSet>& edge_presets(const net::Signal& signal) const {
@@ -55,7 +55,7 @@ class MarkingFormula {
 
   const Composition& composition_;
   const EdgePresets& presets_;
-  const Deadline& deadline_;
+  const base::Deadline& deadline_;
   configuration::SearchInstance<net::NetPrefix> instance_;
   sat::Lits values_;                       // by wire
   sat::Lits excited_, enabled_, allowed_;  // by gate, transition, signal; uninit until asked for

@@ -7,8 +7,8 @@
 #include <span>
 #include <vector>
 
+#include "base/deadline.h"
 #include "net/process.h"
-#include "verify/deadline.h"
 #include "verify/faults.h"
 
 namespace vorel::verify {
@@ -18,7 +18,8 @@ class TraceBuilder {
   using Event = net::NetPrefix::Event;
 
   // All must outlive it.
-  TraceBuilder(const Composition& composition, const FaultFinder& faults, const Deadline& deadline)
+  TraceBuilder(const Composition& composition, const FaultFinder& faults,
+               const base::Deadline& deadline)
       : composition_{composition}, faults_{faults}, deadline_{deadline} {}
 
   // After the events of a configuration, causes first; nothing after the error that circuit and STG
@@ -38,7 +39,7 @@ class TraceBuilder {
 
   const Composition& composition_;
   const FaultFinder& faults_;
-  const Deadline& deadline_;
+  const base::Deadline& deadline_;
 };
 
 }  // namespace vorel::verify

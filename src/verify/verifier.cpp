@@ -156,7 +156,7 @@ class Verifier {
   }
 
   const VerifierOptions options_;
-  const Deadline deadline_;
+  const base::Deadline deadline_;
   const CircuitFunctions functions_;
   const Composition composition_;
   const std::optional<EdgePresets> presets_;

@@ -144,7 +144,7 @@ TEST_F(Flow, IsHonestAboutRandomStgs) {
         seed, {.dummies = seed % 4 == 3, .toggles = seed % 8 == 2, .max_states = 60}));
     FlowRequest request;
     request.resolution.with_reductions = seed % 5 == 0;
-    std::cerr << seed << std::endl;
+    request.limits.max_mapping_seconds = 1;
     expect_honest(text, run(text, request), request.resolution.with_reductions);
   }
   for (const auto& [verdict, count] : verdicts_)

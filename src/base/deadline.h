@@ -1,4 +1,4 @@
-// verify/deadline.h - how long a verification may still take.
+// base/deadline.h - how long something may still take.
 #pragma once
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 
 #include "base/clock.h"
 
-namespace vorel::verify {
+namespace vorel::base {
 
 class Deadline {
  public:
@@ -19,10 +19,10 @@ class Deadline {
   double left() const { return is_set() ? std::max(seconds_ - spent(), 1e-3) : 0; }
 
  private:
-  double spent() const { return base::seconds_of(base::ticks_now() - start_); }
+  double spent() const { return seconds_of(ticks_now() - start_); }
 
-  std::uint64_t start_ = base::ticks_now();
+  std::uint64_t start_ = ticks_now();
   double seconds_;
 };
 
-}  // namespace vorel::verify
+}  // namespace vorel::base
