@@ -15,6 +15,7 @@ namespace {
 
 constexpr double track_gap = 9, first_gap = 14, last_gap = 17, least_channel = 34;
 constexpr double pass_distance = 7;  // of a wire from nodes and wires that it passes
+constexpr double longest_step = 16;  // of a node, to make a wire straight
 constexpr double margin = 4;
 
 // Where the curve first comes to `x`; nullopt if it does not.
@@ -43,6 +44,7 @@ class ChannelRouter {
 
   Wiring run() {
     find_columns();
+    straighten();
     for (std::uint32_t net = 0; net < nets_.size(); ++net)
       for (const NetSink& sink : nets_[net].sinks) connect(net, sink);
     for (Channel& channel : channels_) channel.assign_tracks();
@@ -66,7 +68,7 @@ class ChannelRouter {
     std::vector<Pass> passes;
   };
 
-  double row(std::uint32_t node) const { return layout_.centres[node].y; }
+  double row(std::uint32_t node) const { return rows_[node]; }
 
   void find_columns() {
     std::map<long, std::vector<std::uint32_t>> by_centre;
@@ -82,6 +84,39 @@ class ChannelRouter {
       columns_.push_back(std::move(column));
     }
     channels_.resize(columns_.size() + 1);
+    for (const Point& centre : layout_.centres) rows_.push_back(centre.y);
+  }
+
+  // Moves nodes a little where that makes a wire level that comes to them; those that no wire comes
+  // to, where it makes one level that leaves them.
+  void straighten() {
+    std::vector<std::optional<double>> arriving(nodes_.size()), leaving(nodes_.size());
+    const auto keep_least = [](std::optional<double>& step, double other) {
+      if (!step || std::abs(other) < std::abs(*step)) step = other;
+    };
+    for (const Column& column : columns_) {
+      for (const std::uint32_t node : column.nodes)
+        if (arriving[node]) move_node(column, node, *arriving[node]);
+      for (const NetToRoute& net : nets_)
+        for (const NetSink& sink : net.sinks)
+          if (&columns_[column_of_[net.driver]] == &column && sink.node != net.driver)
+            keep_least(arriving[sink.node], row(net.driver) - row(sink.node) - sink.offset);
+    }
+    for (const NetToRoute& net : nets_)
+      for (const NetSink& sink : net.sinks)
+        keep_least(leaving[net.driver], row(sink.node) + sink.offset - row(net.driver));
+    for (std::uint32_t node = 0; node < nodes_.size(); ++node)
+      if (leaving[node] && !arriving[node])
+        move_node(columns_[column_of_[node]], node, *leaving[node]);
+  }
+
+  void move_node(const Column& column, std::uint32_t node, double step) {
+    if (std::abs(step) > longest_step) return;
+    const bool is_free = std::ranges::none_of(column.nodes, [&](std::uint32_t other) {
+      const double distance = (nodes_[node].height + nodes_[other].height) / 2 + 2 * pass_distance;
+      return other != node && std::abs(row(node) + step - row(other)) < distance;
+    });
+    if (is_free) rows_[node] += step;
   }
 
   // Channel i lies before column i.
@@ -92,7 +127,8 @@ class ChannelRouter {
     channels_[from + 1].add_left(net, {row(driver), driver});
     channels_[to].add_right(net, {end, sink.node});
     if (from < to) {
-      for (std::size_t i = from + 1; i < to; ++i) pass(net, i, wish(sink, i, row(driver)));
+      double y = row(driver);
+      for (std::size_t i = from + 1; i < to; ++i) y = pass(net, i, forward_wish(sink, i, y));
       return;
     }
     // Back, beside the driver first and beside the node at last.
@@ -101,6 +137,16 @@ class ChannelRouter {
       const bool is_between = i < from && i > to;
       y = pass(net, i, is_between ? wish(sink, i, y) : i == to ? end : y);
     }
+  }
+
+  // The way goes straight on if it can, or changes to the row of its end for good.
+  double forward_wish(const NetSink& sink, std::size_t column, double y) const {
+    const double end = row(sink.node) + sink.offset;
+    bool is_end_free = true;
+    for (std::size_t i = column; i < column_of_[sink.node]; ++i)
+      is_end_free = is_end_free && free_row(columns_[i], end) == end;
+    if (is_end_free) return end;
+    return free_row(columns_[column], y) == y ? y : wish(sink, column, y);
   }
 
   double wish(const NetSink& sink, std::size_t column, double otherwise) const {
@@ -238,6 +284,7 @@ class ChannelRouter {
   const std::span<const NetToRoute> nets_;
   std::vector<Column> columns_;
   std::vector<std::size_t> column_of_;  // by node
+  std::vector<double> rows_;            // by node
   std::vector<Channel> channels_;       // before each column, and behind the last
   std::vector<double> channel_left_;
   Wiring wiring_;
