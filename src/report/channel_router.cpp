@@ -226,8 +226,15 @@ class ChannelRouter {
 
   void draw(const Trunk& trunk, std::size_t channel) {
     NetRoute& route = wiring_.routes[trunk.net];
+    if (trunk.is_level()) {
+      // It has no track, and no end in the channel.
+      assert(trunk.left.size() == 1 && trunk.right.size() == 1);
+      route.segments.push_back({{start_of(trunk.left.front(), channel), trunk.low},
+                                {end_of(trunk.right.front(), channel), trunk.low}});
+      return;
+    }
     const double x = track_x(trunk, channel);
-    if (!trunk.is_level()) route.segments.push_back({{x, trunk.low}, {x, trunk.high}});
+    route.segments.push_back({{x, trunk.low}, {x, trunk.high}});
     for (const Terminal& terminal : trunk.left)
       route.segments.push_back({{start_of(terminal, channel), terminal.y}, {x, terminal.y}});
     for (const Terminal& terminal : trunk.right)
