@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <algorithm>
+#include <array>
 #include <map>
-#include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -33,33 +34,43 @@ struct Group {
   std::string classes, title, body;
 };
 
+// What stands behind `start` and before `end`, if both are there.
+std::string between(const std::string& text, const std::string& start, const std::string& end) {
+  const std::size_t at = text.find(start);
+  if (at == std::string::npos) return "";
+  const std::size_t from = at + start.size();
+  return text.substr(from, text.find(end, from) - from);
+}
+
+// Each in a line of its own.
 std::vector<Group> groups_of(const std::string& svg) {
-  static const std::regex group("<g class=\"([^\"]*)\"><title>([^<]*)</title>([^\\n]*)</g>");
   std::vector<Group> groups;
-  for (std::sregex_iterator it(svg.begin(), svg.end(), group), end; it != end; ++it)
-    groups.push_back({(*it)[1], (*it)[2], (*it)[3]});
+  std::istringstream lines(svg);
+  for (std::string line; std::getline(lines, line);) {
+    const std::string title = between(line, "<title>", "</title>");
+    if (line.starts_with("<g ") && !title.empty())
+      groups.push_back({between(line, "class=\"", "\""), title, between(line, "</title>", "</g>")});
+  }
   return groups;
 }
 
-std::vector<double> numbers_of(const std::string& text) {
-  static const std::regex number("-?\\d+(\\.\\d+)?");
-  std::vector<double> numbers;
-  for (std::sregex_iterator it(text.begin(), text.end(), number), end; it != end; ++it)
-    numbers.push_back(std::stod(it->str()));
-  return numbers;
+std::string attribute(const std::string& text, const std::string& name) {
+  return between(text, " " + name + "=\"", "\"");
 }
 
-std::string attribute(const std::string& text, const std::string& name) {
-  std::smatch match;
-  const std::regex pattern("[ ]" + name + "=\"([^\"]*)\"");
-  return std::regex_search(text, match, pattern) ? match[1].str() : "0";
+std::vector<double> numbers_of(std::string text) {
+  std::ranges::replace_if(
+      text, [](char c) { return c == 'M' || c == 'C'; }, ' ');
+  std::istringstream stream(text);
+  std::vector<double> numbers;
+  for (double number; stream >> number;) numbers.push_back(number);
+  return numbers;
 }
 
 Box box_of(const std::string& body) {
   const auto number = [&](const char* name) { return std::stod(attribute(body, name)); };
-  const double r = number("r");
-  if (r > 0 && body.starts_with("<circle"))
-    return {number("cx") - r, number("cy") - r, 2 * r, 2 * r};
+  const double r = body.starts_with("<circle") ? number("r") : 0;
+  if (r > 0) return {number("cx") - r, number("cy") - r, 2 * r, 2 * r};
   return {number("x"), number("y"), number("width"), number("height")};
 }
 
@@ -73,7 +84,7 @@ std::string unescaped_name(const net::StgTransition& transition) {
 // out.
 TEST(StgDrawing, ArcsLeadFromProducersToConsumers) {
   const support::TemporaryFolder folder;
-  const support::Seeds seeds = support::seeds(40);
+  const support::Seeds seeds = support::seeds(25);
   for (std::uint64_t seed = seeds.first; seed < seeds.end; ++seed) {
     const net::Stg stg = oracle::random_stg(seed, {.dummies = seed % 2 == 0, .toggles = true});
     const Drawing drawing = draw_stg(stg);
@@ -92,14 +103,23 @@ TEST(StgDrawing, ArcsLeadFromProducersToConsumers) {
       EXPECT_TRUE(boxes.contains(unescaped_name(*transition))) << transition->name;
     for (const auto& place : stg.places) {
       const bool is_node = boxes.contains(escaped(place->name));
+      // One line for both arcs of a transition that only reads.
+      const auto readers =
+          static_cast<std::size_t>(std::ranges::count_if(place->preset, [&](const auto* t) {
+            return std::ranges::find(place->postset, t) != place->postset.end();
+          }));
       EXPECT_EQ(arcs.count(escaped(place->name)),
-                is_node ? place->preset.size() + place->postset.size() : 1u)
+                is_node ? place->preset.size() + place->postset.size() - readers : 1u)
           << "seed " << seed << ' ' << place->name;
       for (const Group& group : groups) {
         if (group.title != escaped(place->name) || group.classes != "edge") continue;
         const std::vector<double> curve = numbers_of(attribute(group.body, "d"));
         const std::vector<double> head = numbers_of(attribute(group.body, "points"));
-        ASSERT_TRUE(curve.size() >= 8 && head.size() == 6);
+        ASSERT_GE(curve.size(), 8u);
+        if (head.size() != 6) {
+          EXPECT_GT(readers, 0u) << "the arc has a direction";
+          continue;
+        }
         const auto is_at = [&](const auto& transitions, double x, double y) {
           return std::ranges::any_of(transitions, [&](const auto* t) {
             return boxes.at(unescaped_name(*t)).has_near(x, y);
@@ -136,9 +156,10 @@ TEST(PrefixDrawing, CutOffsAreDashedAndCoresCounted) {
   std::map<std::string, std::string> body;
   for (const Group& group : groups_of(svg)) body[group.title] = group.body;
   const auto classes = [&](const std::string& title) { return attribute(body[title], "class"); };
-  EXPECT_EQ(classes("event 0: a+, in 1 conflict core"), "border core1");
-  EXPECT_EQ(classes("event 1: x+, in 5 conflict cores"), "border core5");
-  EXPECT_EQ(classes("event 2: a-, cut-off"), "border cut-off");
+  EXPECT_EQ(classes("event 0: i.a+, in 1 conflict core"), "border core1");
+  EXPECT_EQ(classes("event 1: O.x+, in 5 conflict cores"), "border core5");
+  EXPECT_EQ(classes("event 2: i.a-, cut-off"), "border cut-off");
+  EXPECT_EQ(body.size(), 6u) << svg;
   EXPECT_NE(svg.find("in 1 to 5 conflict cores"), std::string::npos);
   EXPECT_EQ(draw_prefix(prefix, {}).svg.find("core"), std::string::npos);
 }
