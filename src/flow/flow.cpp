@@ -11,6 +11,7 @@
 #include "decomposition/gate_library.h"
 #include "flow/circuit_step.h"
 #include "flow/coding_step.h"
+#include "flow/flow_words.h"
 #include "flow/properties.h"
 #include "flow/resolution_step.h"
 #include "flow/step_context.h"
@@ -38,10 +39,6 @@ StgSizes sizes_of(const net::Stg& stg) {
 std::size_t cut_offs(const net::StgPrefix& prefix) {
   return static_cast<std::size_t>(
       std::ranges::count_if(prefix.events, [](const auto& event) { return event->is_cut_off(); }));
-}
-
-std::string counted(std::size_t number, const std::string& what) {
-  return std::to_string(number) + ' ' + what + (number == 1 ? "" : "s");
 }
 
 std::string size_text(const net::StgPrefix& prefix) {

@@ -57,8 +57,11 @@ End of_fault(const FlowResult& result) {
 
 End of_error(const FlowResult& result) {
   assert(!result.errors.empty() && "who ends a run by an error tells it");
-  return {Verdict::error, "the input has an error: " + result.errors.front(),
-          "put the input right as the error says"};
+  const std::string& error = result.errors.front();
+  return {Verdict::error, "the input has an error: " + error.substr(0, error.find('\n')),
+          result.sizes.outputs + result.sizes.internals == 0
+              ? "declare the signals that the circuit is to drive as .outputs or .internal"
+              : "put the input right as the error says"};
 }
 
 End of_limit(const FlowRequest& request, const std::string& reason) {
