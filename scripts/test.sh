@@ -60,6 +60,8 @@ check_one_definition() {
 trap 'echo "The tests were not run to the end." >&2' EXIT
 
 scripts/install-dependencies.sh
+# Tests look at reports in a browser, and do without where there is none.
+scripts/install-dependencies.sh chromium || echo "Reports are not looked at in a browser." >&2
 scripts/architecture.sh --check
 build_and_run "with assertions" build-test
 if [ "$quick" = no ]; then

@@ -144,7 +144,7 @@ bool DecompositionDriver::prepare() {
 }
 
 bool DecompositionDriver::decompose_all() {
-  state_ = state_of(prefix_, {});
+  state_ = state_of(prefix_, {}, {});
   while (state_ && !state_->complexity.empty())
     if (!insert_a_signal() && !admit_costly_latches()) return false;
   return state_.has_value();
@@ -155,18 +155,23 @@ bool DecompositionDriver::admit_costly_latches() {
       tools_->decomposer.admits_costly_latches())
     return false;
   tools_->decomposer.admit_costly_latches();
-  state_ = state_of(prefix_, state_->implementations);
+  state_ = state_of(prefix_, state_->implementations, {});
   return state_.has_value();
 }
 
 // A gate that the signal had before is kept while it is right.
 std::optional<DecompositionDriver::State> DecompositionDriver::state_of(
-    const net::StgPrefix& prefix, const Implementations& known) {
+    const net::StgPrefix& prefix, const Implementations& known, const std::string& inserted) {
   const base::AddedTime timer(stats_.derivation_seconds);
   for (std::size_t i = 0; i < prefix.internals_end; ++i)
     tools_->variables.of(prefix.signals[i]->name);
-  std::optional<Derivation> equations =
-      Derivation::of(prefix, params_, state_ ? Notes::left_out : Notes::given);
+  std::optional<Derivation> equations;
+  if (state_) {
+    const Derivation::Before before{state_->equations, inserted};
+    equations = Derivation::of(prefix, params_, Notes::left_out, &before);
+  } else {
+    equations = Derivation::of(prefix, params_, Notes::given);
+  }
   if (!equations) return std::nullopt;
   if (tells(verbosity_of_rounds)) tell_equations(equations->functions());
   State state{.equations = std::move(*equations), .implementations = {}, .complexity = {}};
@@ -270,7 +275,7 @@ std::optional<DecompositionDriver::Trial> DecompositionDriver::attempt(
   ++stats_.tried;
   std::string name = base::element(inserted.prefix.signals, inserted.signal).name;
   if (!resolution::re_unfold(inserted.prefix)) return std::nullopt;
-  std::optional<State> state = state_of(inserted.prefix, state_->implementations);
+  std::optional<State> state = state_of(inserted.prefix, state_->implementations, name);
   if (!state) return std::nullopt;
   return Trial{.prefix = std::move(inserted.prefix),
                .signal = std::move(name),

@@ -100,7 +100,10 @@ class DecompositionDriver {
   // What is done when nothing leads on: true if that has given a signal other ways, which it does
   // once.
   bool admit_costly_latches();
-  std::optional<State> state_of(const net::StgPrefix& prefix, const Implementations& known);
+  // The prefix is that of the present state, if there is one, with the signal inserted; without a
+  // name, as it is.
+  std::optional<State> state_of(const net::StgPrefix& prefix, const Implementations& known,
+                                const std::string& inserted);
   // The decomposition that is carried out next; null if there is none.
   const Deco* choose();
   const Deco* best_of(const SignalFunctions& functions);

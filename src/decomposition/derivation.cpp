@@ -1,5 +1,6 @@
 #include "decomposition/derivation.h"
 
+#include <algorithm>
 #include <sstream>
 #include <utility>
 
@@ -15,18 +16,34 @@ synthesis::SignalSolution& solution(const results::Report& report, std::size_t n
 
 }  // namespace
 
+const synthesis::SignalImplementation* Derivation::find(
+    const std::string& solution, const std::vector<std::string>& context) const {
+  const auto known = all_.find(solution);
+  if (known == all_.end()) return nullptr;
+  const auto found =
+      std::ranges::find(known->second, context, &synthesis::SignalImplementation::context);
+  return found == known->second.end() ? nullptr : &*found;
+}
+
 std::optional<Derivation> Derivation::of(const net::StgPrefix& prefix, const base::Params& params,
-                                         configuration::Notes notes) {
+                                         configuration::Notes notes, const Before* before) {
   Derivation result;
   const auto derive = [&](synthesis::SynthesisStyle style, configuration::Notes told) {
     base::Params own = params;
     own.set("solver", 0);
     synthesis::EquationSearch search(prefix, configuration::SearchOptions::of(own), style, told);
+    if (before != nullptr)
+      search.use({before->inserted, [before](const std::string& name, const auto& context) {
+                    return before->derivation.find(name, context);
+                  }});
     search.run();
     std::ostringstream statistics;
     search.print_statistics(statistics);
     result.statistics_ = statistics.str();
-    return std::move(search).take();
+    results::Report report = std::move(search).take();
+    for (std::size_t i = 0; i < report.solutions.size(); ++i)
+      result.all_.emplace(solution(report, i).name(), solution(report, i).alternatives);
+    return report;
   };
   result.whole_ = derive(synthesis::SynthesisStyle::four_sets, notes);
   if (base::run_failed() || result.whole_.solutions.empty()) return std::nullopt;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,10 +29,16 @@ struct SignalFunctions {
 
 class Derivation {
  public:
-  // Nothing if there is nothing to derive, and after a reported failure. Refers to the prefix no
-  // more when it is done.
+  // What was derived before the signal of this name was inserted; with an empty one, of the same
+  // STG.
+  struct Before {
+    const Derivation& derivation;
+    std::string inserted;
+  };
+  // Nothing if there is nothing to derive, and after a reported failure. Refers to the prefix, and
+  // to what was before, no more when it is done.
   static std::optional<Derivation> of(const net::StgPrefix& prefix, const base::Params& params,
-                                      configuration::Notes notes);
+                                      configuration::Notes notes, const Before* before = nullptr);
 
   // By output and internal signal.
   const std::vector<SignalFunctions>& functions() const { return functions_; }
@@ -39,10 +46,15 @@ class Derivation {
   const std::string& statistics() const { return statistics_; }
 
  private:
+  using Implementations = std::vector<synthesis::SignalImplementation>;
+
   Derivation() = default;
+  const synthesis::SignalImplementation* find(const std::string& solution,
+                                              const std::vector<std::string>& context) const;
 
   results::Report whole_, latches_;
   std::vector<SignalFunctions> functions_;
+  std::map<std::string, Implementations> all_;  // by solution, those on all supports
   std::string statistics_;
 };
 

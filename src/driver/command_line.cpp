@@ -41,16 +41,15 @@ std::optional<std::uint32_t> read_unsigned(std::string_view text) {
   return static_cast<std::uint32_t>(negative ? -value : value);
 }
 
-// -cs looks at cores and the number of insertions only, -cl at the logic too. The initializers are
-// in the order of the members.
+// -cs and -cl. The initializers are in the order of the members.
 resolution::CoefficientTexts small_preset(Mode mode) {
   assert(mode == Mode::resolve || mode == Mode::decomposition);
-  if (mode == Mode::resolve) return {"32", "16", "0", "0", "1", "2", "0"};
+  if (mode == Mode::resolve) return resolution::small_preset;
   return {"0", "0", "0", "0", "1", "2", "0"};
 }
 resolution::CoefficientTexts logic_preset(Mode mode) {
   assert(mode == Mode::resolve || mode == Mode::decomposition);
-  if (mode == Mode::resolve) return {"#s*8", "#s*4", "0", "#s*1", "#s*4", "#s*8", "50"};
+  if (mode == Mode::resolve) return resolution::logic_preset;
   return {"0", "0", "0", "#s*32", "#s*1", "#s*2", "8"};
 }
 

@@ -1,8 +1,9 @@
 // flow/stg_checks.h - what is wrong with an STG itself, before anything is synthesised of it.
-// Here:      dead transitions and signals, deadlock, outputs that are disabled, inputs that would
-//            have to be held back.
-// Not here:  safeness and consistency, without which there is no prefix (flow/unfold_findings.h),
-//            encoding (flow/coding_step.h).
+// Here:      concurrent edges of one signal, dead transitions and signals, deadlock, outputs that
+// are
+//            disabled, inputs that would have to be held back.
+// Not here:  other inconsistency and safeness, without which there is no prefix
+//            (flow/unfold_findings.h), encoding (flow/coding_step.h).
 //
 // A signal is disabled where an edge of it can fire, perhaps after dummies only, and cannot any
 // more after one edge of another signal (and dummies before it). An output or internal signal that
@@ -20,7 +21,9 @@
 namespace vorel::flow {
 
 // The prefix is complete, with initial values. At most one finding for each kind and tuple of
-// subjects, each with a trace that is as short as any; faults first. Empty traces are none.
+// subjects; faults first. Traces are as short as any, unless the proof of that takes too long.
+// Nothing that depends on codes makes sense of an STG that is inconsistent. Warns if too many
+// dummies lead to an edge to say who disables whom.
 std::vector<StgFinding> check_stg(const net::StgPrefix& prefix, const sat::CnfParams& formula);
 
 }  // namespace vorel::flow

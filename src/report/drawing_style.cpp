@@ -110,10 +110,11 @@ LegendItem kind_sample(net::SignalKind kind) {
 
 void draw_legend(SvgCanvas& canvas, const std::vector<LegendItem>& items, double& width,
                  double& height) {
-  constexpr double space = 6, gap = 16, line_height = 20, margin = 2;
+  constexpr double space = 6, gap = 16, line_height = 20, margin = 4, least_width = 170;
   const auto item_width = [](const LegendItem& item) {
     return item.width + space + small_letter_width * static_cast<double>(item.text.size());
   };
+  width = std::max(width, least_width);
   for (const LegendItem& item : items) width = std::max(width, item_width(item) + 2 * margin);
   Point at{margin, height + line_height};
   canvas.begin_group("legend");

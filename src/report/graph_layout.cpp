@@ -16,6 +16,7 @@ namespace vorel::report {
 namespace {
 
 constexpr double units_per_inch = 72;
+constexpr double margin = 4;  // for borders, of which half lies outside
 
 struct ContextDeleter {
   void operator()(GVC_t* context) const { gvFreeContext(context); }
@@ -169,8 +170,10 @@ class Layouter {
     if (edge.leaves_at_side) set(drawn, edge.is_backward ? "headport" : "tailport", "e");
   }
 
-  Point point(pointf p) const { return {p.x - GD_bb(drawn_.get()).LL.x, top() - p.y}; }
-  double top() const { return GD_bb(drawn_.get()).UR.y; }
+  Point point(pointf p) const {
+    const boxf box = GD_bb(drawn_.get());
+    return {p.x - box.LL.x + margin, box.UR.y - p.y + margin};
+  }
 
   // nullopt for an edge that was lost.
   std::optional<Curve> curve(Agedge_t* drawn, bool is_backward) const {
@@ -190,7 +193,7 @@ class Layouter {
 
   std::optional<GraphLayout> result() const {
     const boxf box = GD_bb(drawn_.get());
-    GraphLayout layout{box.UR.x - box.LL.x, box.UR.y - box.LL.y, {}, {}};
+    GraphLayout layout{box.UR.x - box.LL.x + 2 * margin, box.UR.y - box.LL.y + 2 * margin, {}, {}};
     for (Agnode_t* const node : nodes_) layout.centres.push_back(point(ND_coord(node)));
     for (std::size_t i = 0; i < edges_.size(); ++i) {
       std::optional<Curve> route = curve(edges_[i], graph_.edges[i].is_backward);

@@ -46,9 +46,25 @@ const net::Stg* given_stg(const flow::FlowResult& result) {
   return result.given ? &*result.given : nullptr;
 }
 
-// Whether the trace ends with a step that goes wrong, not in a state where nothing comes.
-bool goes_wrong_at_last(flow::FindingKind kind) {
-  return kind != flow::FindingKind::deadlock && kind != flow::FindingKind::irreducible;
+struct TraceCaption {
+  flow::FindingKind kind;
+  std::string_view caption;
+  Emphasis emphasis;
+};
+constexpr TraceCaption trace_captions[] = {
+    {flow::FindingKind::unsafe, "The last step brings a second token", Emphasis::last_step},
+    {flow::FindingKind::inconsistent, "The last step is the edge that must not come",
+     Emphasis::last_step},
+    {flow::FindingKind::not_persistent, "The last step disables it", Emphasis::last_step},
+    {flow::FindingKind::arbitration, "The last step disables it", Emphasis::last_step},
+    {flow::FindingKind::input_held_back, "The last step disables it", Emphasis::last_step},
+    {flow::FindingKind::deadlock, "Nothing can happen behind the last step", Emphasis::none},
+};
+
+TraceCaption caption_of(flow::FindingKind kind) {
+  const auto* const row = std::ranges::find(trace_captions, kind, &TraceCaption::kind);
+  if (row == std::end(trace_captions)) return {kind, "A trace to that state", Emphasis::none};
+  return *row;
 }
 
 void add_finding(HtmlWriter& html, const PageContent& content, std::size_t i) {
@@ -64,10 +80,8 @@ void add_finding(HtmlWriter& html, const PageContent& content, std::size_t i) {
   }
   html.add("p", finding.message);
   if (!finding.trace) return;
-  const bool ends_wrong = goes_wrong_at_last(finding.kind);
-  add_trace(html, given_stg(content.result), *finding.trace,
-            ends_wrong ? "A shortest trace; the last step goes wrong" : "A trace to that state",
-            ends_wrong ? Emphasis::last_step : Emphasis::none);
+  const TraceCaption how = caption_of(finding.kind);
+  add_trace(html, given_stg(content.result), *finding.trace, how.caption, how.emphasis);
   add_trace_link(html, content, finding_file(content.result, i));
 }
 

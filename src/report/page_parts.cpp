@@ -28,14 +28,6 @@ HtmlWriter::Element begin_section(HtmlWriter& html, std::string_view id) {
   return html.in("section", "id=\"" + std::string{id} + "\"");
 }
 
-void add_steps(HtmlWriter& html, const flow::StgTrace& trace) {
-  const auto list = html.in("p", "class=\"steps\"");
-  for (std::size_t i = 0; i < trace.size(); ++i) {
-    if (i > 0) html.markup(" ");
-    html.add("code", trace[i].transition);
-  }
-}
-
 }  // namespace
 
 std::string_view class_of(Tone tone) {
@@ -100,12 +92,9 @@ void add_trace(HtmlWriter& html, const net::Stg* stg, const flow::StgTrace& trac
     html.add("p", "class=\"quiet\"", "In the initial state.");
     return;
   }
-  if (stg == nullptr) {
-    html.add("p", "class=\"caption\"", caption);
-    add_steps(html, trace);
-    return;
-  }
-  const formats::Waveform waveform = flow::waveform_of(*stg, trace, std::string{caption});
+  const std::string title{caption};
+  const formats::Waveform waveform =
+      stg == nullptr ? flow::waveform_of(trace, title) : flow::waveform_of(*stg, trace, title);
   add_drawing(html, draw_waveform(waveform, emphasis), caption);
 }
 

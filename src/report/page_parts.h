@@ -36,7 +36,7 @@ class Section {
 // The picture, its text for whoever asks for it, a caption; without a picture the text alone.
 void add_drawing(HtmlWriter& html, const Drawing& drawing, std::string_view caption);
 
-// A trace of the STG as a waveform; without the STG as text.
+// A trace of the STG as a waveform; null: of one that is not known to be consistent.
 void add_trace(HtmlWriter& html, const net::Stg* stg, const flow::StgTrace& trace,
                std::string_view caption, Emphasis emphasis);
 

@@ -41,7 +41,7 @@ footer { margin-top: 48px; color: var(--faint); font-size: 13px; }
 nav { margin: 20px 0 0; font-size: 14px; }
 nav a { display: inline-block; margin: 0 16px 4px 0; padding: 2px 0; text-decoration: none; }
 nav a:hover, nav a:focus { text-decoration: underline; }
-.quiet, .note, figcaption, .caption { color: var(--faint); }
+.quiet, .note, figcaption { color: var(--faint); }
 .verdict { display: flex; gap: 14px; padding: 16px 18px; border-radius: 8px;
   border-left: 5px solid; }
 .verdict p { margin: 0 0 4px; }
@@ -98,8 +98,6 @@ details { margin: 0 0 12px; }
 summary { cursor: pointer; width: fit-content; color: var(--accent); font-size: 14px; }
 .as-text { font-size: 13.5px; }
 .as-text p { margin: 6px 0 0; padding: 10px 14px; background: var(--panel); border-radius: 8px; }
-.steps code { display: inline-block; padding: 0 6px; background: var(--panel);
-  border-radius: 4px; }
 pre { margin: 8px 0 12px; padding: 12px 14px; background: var(--panel); border-radius: 8px;
   line-height: 1.45; tab-size: 2; }
 .messages { padding-left: 0; list-style: none; }

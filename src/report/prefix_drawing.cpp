@@ -59,9 +59,10 @@ class PrefixDrawing {
     return event.index < cores_.size() ? cores_[event.index] : 0;
   }
   // 0 for none, then 1 to shade_count.
-  std::uint32_t shade(const Event& event) const {
-    const std::uint32_t count = core_count(event);
-    return count == 0 ? 0 : (count * shade_count + most_cores_ - 1) / most_cores_;
+  std::uint32_t shade_of(std::uint32_t cores) const {
+    if (cores == 0) return 0;
+    return static_cast<std::uint32_t>((std::uint64_t{cores} * shade_count + most_cores_ - 1) /
+                                      most_cores_);
   }
 
   void add_edge(std::uint32_t from, std::uint32_t to, const std::string& place) {
@@ -114,7 +115,7 @@ class PrefixDrawing {
     const GraphNode& node = graph_.nodes[event.index];
     std::string group = "node " + std::string{kind_word(kind)}, border;
     if (event.is_cut_off()) border = "cut-off";
-    if (const std::uint32_t level = shade(event); level > 0) {
+    if (const std::uint32_t level = shade_of(core_count(event)); level > 0) {
       border += (border.empty() ? "core" : " core") + std::to_string(level);
       if (level >= first_deep_shade) group += " deep";
     }
@@ -153,9 +154,7 @@ class PrefixDrawing {
     for (std::size_t kind = 0; kind < is_there.size(); ++kind)
       if (is_there[kind]) items.push_back(kind_sample(static_cast<net::SignalKind>(kind)));
     if (has_cut_offs) items.push_back(box_sample("cut-off", "cut-off"));
-    if (most_cores_ > 0)
-      items.push_back(box_sample("core" + std::to_string(shade_count),
-                                 "in " + counted(most_cores_, "conflict core")));
+    if (most_cores_ > 0) items.push_back(core_scale());
     return items;
   }
 
@@ -165,6 +164,21 @@ class PrefixDrawing {
       canvas.box(middle, width, 14, 5, "border " + classes);
     };
     return {width, draw, text};
+  }
+
+  // All shades that a number of cores can have.
+  LegendItem core_scale() const {
+    constexpr double width = 12;
+    const std::uint32_t shades = std::min(most_cores_, shade_count);
+    const auto draw = [shades, this](SvgCanvas& canvas, Point middle) {
+      for (std::uint32_t i = 0; i < shades; ++i) {
+        const std::uint32_t cores = (most_cores_ * (i + 1) + shades - 1) / shades;
+        canvas.box({middle.x + width * (i - (shades - 1) / 2.0), middle.y}, width, 14, 0,
+                   "border core" + std::to_string(shade_of(cores)));
+      }
+    };
+    const std::string range = most_cores_ == 1 ? "" : "1 to ";
+    return {width * shades, draw, "in " + range + counted(most_cores_, "conflict core")};
   }
 
   std::string summary() const {

@@ -24,6 +24,7 @@ constexpr std::string_view stylesheet =
     R"(.waves .level { fill: none; stroke: var(--kind, var(--ink)); stroke-width: 1.5;
   stroke-linejoin: round; }
 .waves .edge { fill: none; stroke: var(--kind, var(--ink)); stroke-width: 3; stroke-linecap: round; }
+.waves .void { fill: none; stroke: var(--alarm); stroke-width: 2; stroke-dasharray: 3 2; }
 .waves .high { fill: var(--kind-fill, none); stroke: none; }
 .waves .grid { fill: none; stroke: var(--quiet); stroke-width: 0.6; stroke-dasharray: 1 3; }
 .waves .past { fill: none; stroke: var(--quiet); stroke-width: 0.8; stroke-dasharray: 1 4; }
@@ -209,15 +210,22 @@ class Painter {
     return value;
   }
 
-  // The line itself, what lies below it where it is high, and the edges on top.
+  // The line itself, what lies below it where it is high, and the edges on top. An edge to the
+  // value that is there already is dashed.
   void draw_level(std::size_t position, std::span<const WaveStep> steps, bool value,
                   std::size_t start) {
     std::vector<Point> level{{x_of(start), y_of(position, value)}};
-    std::vector<std::array<Point, 2>> edges;
+    std::vector<std::array<Point, 2>> edges, void_edges;
     for (std::size_t i = 0; i < steps.size(); ++i) {
-      if (steps[i].row != shown_[position] || steps[i].value == value) continue;
+      if (steps[i].row != shown_[position]) continue;
       const double x = x_of(start + i) + step_width_ / 2;
-      edges.push_back({{{x - slope, y_of(position, value)}, {x + slope, y_of(position, !value)}}});
+      const std::array<Point, 2> edge{{{x - slope, y_of(position, !steps[i].value)},
+                                       {x + slope, y_of(position, steps[i].value)}}};
+      if (steps[i].value == value) {
+        void_edges.push_back(edge);
+        continue;
+      }
+      edges.push_back(edge);
       level.insert(level.end(), edges.back().begin(), edges.back().end());
       value = !value;
     }
@@ -230,6 +238,7 @@ class Painter {
     canvas_.polygon(area, "high");
     canvas_.line(level, "level");
     for (const std::array<Point, 2>& edge : edges) canvas_.line(edge, "edge");
+    for (const std::array<Point, 2>& edge : void_edges) canvas_.line(edge, "void");
   }
 
   void draw_kinds() {
@@ -241,7 +250,9 @@ class Painter {
       items.push_back(kind_sample(border_of(kind)));
       items.back().text = word_of(kind);
     }
-    draw_legend(canvas_, items, width_, y_);
+    const bool is_of_kinds = std::ranges::any_of(
+        shown_, [this](std::size_t r) { return rows_[r].kind != WaveKind::wire; });
+    if (is_of_kinds) draw_legend(canvas_, items, width_, y_);
   }
 
   const std::vector<WaveRow>& rows_;

@@ -1,6 +1,7 @@
 // resolution/coefficients.h - the coefficients of the cost function, given as small expressions.
 // Here:      the texts by default, the grammar, its evaluation over the counts of an STG, the
-// errors. Not here:  the numbers that they weigh (resolution/transformation_cost.h).
+//            errors.
+// Not here:  the numbers that they weigh (resolution/transformation_cost.h).
 #pragma once
 
 #include <cstdint>
@@ -24,6 +25,11 @@ struct CoefficientTexts {
   std::string conc = "#s*8";
   std::string lock = "50";
 };
+
+// For resolution: the first looks at cores and the number of insertions only, the second at the
+// logic too. The initializers are in the order of the members.
+inline const CoefficientTexts small_preset{"32", "16", "0", "0", "1", "2", "0"};
+inline const CoefficientTexts logic_preset{"#s*8", "#s*4", "0", "#s*1", "#s*4", "#s*8", "50"};
 
 // A coefficient of the cost function.
 struct CoefficientRow {

@@ -78,7 +78,9 @@ bool EquationSearch::derive(SignalFunction function) {
       base::element(prefix_.signals, function.signal).name + std::string(suffix_of(function.phase)),
       names_of(triggers));
   for (const SignalList& support : support_search_.supports(function, triggers)) {
-    solution->alternatives.push_back(implementation({function, support}));
+    const ProjectedFunction projected{function, support};
+    const SignalImplementation* const known = known_implementation(*solution, projected);
+    solution->alternatives.push_back(known != nullptr ? *known : implementation(projected));
     if (base::run_failed()) break;
   }
   if (base::run_failed()) return false;
@@ -87,6 +89,27 @@ bool EquationSearch::derive(SignalFunction function) {
   solutions_.push_back(solution.get());
   report_.add(std::move(solution));
   return true;
+}
+
+void EquationSearch::use(KnownEquations known) {
+  known_ = std::move(known);
+  can_stay_ = base::IndexedBy<net::Signal, bool>(prefix_.signals.size(), true);
+  const auto exclude_neighbours = [this](const net::StgPlace& place) {
+    for (const auto* transitions : {&place.preset, &place.postset})
+      for (const net::StgTransition* transition : *transitions)
+        can_stay_[*transition->signal] = false;
+  };
+  for (const auto& transition : prefix_.transitions) {
+    if (transition->signal->name != known_.inserted) continue;
+    for (const auto* places : {&transition->preset, &transition->postset})
+      for (const net::StgPlace* place : *places) exclude_neighbours(*place);
+  }
+}
+
+const SignalImplementation* EquationSearch::known_implementation(
+    const SignalSolution& solution, const ProjectedFunction& projected) const {
+  if (!known_.find || !can_stay_[projected.function.signal]) return nullptr;
+  return known_.find(solution.name(), names_of(projected.support));
 }
 
 SignalImplementation EquationSearch::implementation(const ProjectedFunction& projected) {

@@ -55,8 +55,10 @@ Exit code: 0 a verified circuit, 1 the same with warnings, 2 errors, 3 the STG i
 at fault, 4 gave up (at a limit, or without a circuit that is right), 5 out of
 memory.)";
 
-// "NAME=EXPR,NAME=EXPR".
+// "NAME=EXPR,NAME=EXPR", or a preset.
 bool take_costs(const std::string& list, resolution::CoefficientTexts& texts) {
+  if (list == "small") return texts = resolution::small_preset, true;
+  if (list == "logic") return texts = resolution::logic_preset, true;
   std::string_view rest = list;
   while (!rest.empty()) {
     const std::string_view item = rest.substr(0, rest.find(','));
@@ -139,8 +141,9 @@ class FlowArguments {
                   "conflicts may also be resolved by less concurrency");
     app_.add_option("--cost", costs_,
                     "coefficients of the cost of an insertion, as -c of vorel\n"
-                    "has them: NAME=EXPR, with commas between; may be given\n"
-                    "several times")
+                    "has them: NAME=EXPR, with commas between; 'small' for few\n"
+                    "insertions, 'logic' for simple logic; may be given several\n"
+                    "times, and a later one takes precedence")
         ->type_name("LIST");
   }
 

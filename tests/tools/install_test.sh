@@ -18,7 +18,7 @@ completions_of() {
 }
 
 export PATH=$prefix/bin:$PATH
-programs=(vorel vorel-unfold vorel-gates vorel-verify)
+programs=(vorel vorel-unfold vorel-gates vorel-verify vorel-flow)
 for program in "${programs[@]}"; do
   [ "$(command -v "$program")" = "$prefix/bin/$program" ] || fail "no program $program"
   page=$prefix/share/man/man1/$program.1
