@@ -12,6 +12,7 @@
 #include "flow/circuit_step.h"
 #include "flow/coding_step.h"
 #include "flow/flow_words.h"
+#include "flow/irreducible.h"
 #include "flow/properties.h"
 #include "flow/resolution_step.h"
 #include "flow/step_context.h"
@@ -173,8 +174,7 @@ class FlowRun {
     const Coding& coding = *result_.coding;
     if (coding.usc_holds) return "all states have codes of their own";
     if (coding.csc_holds) return "no CSC conflict; some states share a code";
-    std::ranges::move(irreducible_conflicts(*result_.given, coding),
-                      std::back_inserter(result_.findings));
+    if (!context_.request.resolution.with_reductions) find_irreducible_conflicts();
     return counted(coding.csc_cores, "CSC conflict core");
   }
 
@@ -192,8 +192,15 @@ class FlowRun {
     result_.resolution = std::move(resolved.resolution);
     if (const auto ending = settle(resolved.prefix, resolved.limit, result_.resolved))
       return *ending;
-    if (!result_.resolution->is_complete) return Ending::conflicts_left;
-    return std::nullopt;
+    if (result_.resolution->is_complete) return std::nullopt;
+    if (context_.request.resolution.with_reductions) find_irreducible_conflicts();
+    return has_faults(result_) ? Ending::faulty_stg : Ending::conflicts_left;
+  }
+
+  // With reductions, only after these have not helped.
+  void find_irreducible_conflicts() {
+    std::ranges::move(irreducible_conflicts(*result_.given, *result_.coding),
+                      std::back_inserter(result_.findings));
   }
 
   static std::string resolution_text(const Resolved& resolved) {

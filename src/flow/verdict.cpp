@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "flow/flow_words.h"
+
 namespace vorel::flow {
 namespace {
 
@@ -95,12 +97,11 @@ End of_conflicts(const FlowRequest& request, const FlowResult& result) {
   if (!resolution.with_reductions)
     options += std::string(options.empty() ? "" : " or ") + "--reduce";
   const std::string by_hand =
-      "insert a signal by hand that changes between the two states of the "
-      "conflict of " +
+      "insert a signal by hand that changes between the states of the conflicts of " +
       conflicting_signals(result);
   return {Verdict::gave_up,
-          "gave up: " + std::to_string(result.resolution->cores_left) +
-              " encoding conflict(s) are left",
+          "gave up: encoding conflicts are left (" +
+              counted(result.resolution->cores_left, "core") + ")",
           options.empty() ? by_hand : "try " + options + ", or " + by_hand};
 }
 

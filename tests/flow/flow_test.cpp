@@ -214,6 +214,10 @@ TEST_F(Flow, EndsBadlyWithTheReasonAndAHint) {
        ".inputs a\n.outputs z\n.graph\np z+ a+\nz+ z-\nz- p\na+ a-\n"
        "a- p\n.marking {p}\n.end\n",
        Verdict::faulty_stg, "z", "wait"},
+      {"inputs alone lead on to a state with its code",
+       ".inputs a\n.outputs x y\n.graph\na+ x+\nx+ x-\nx- y+\ny+ y-\ny- a-\na- a+\n"
+       ".marking {<a-,a+>}\n.end\n",
+       Verdict::faulty_stg, "x", "between"},
       {"inputs alone make a conflict",
        ".inputs a\n.outputs z\n.graph\na+ a-\na- z+\nz+ z-\nz- a+\n"
        ".marking {<z-,a+>}\n.end\n",
