@@ -7,7 +7,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/install-dependencies.sh
 echo "Building vorel and its companions in build/ ..."
 [ -f build/CMakeCache.txt ] || cmake -S . -B build -G Ninja >/dev/null
-cmake --build build --target vorel vorel-unfold vorel-gates vorel-verify -- --quiet
+cmake --build build --target vorel vorel-unfold vorel-gates vorel-verify vorel-flow -- --quiet
 
 explain() { printf '\n----------------------------------------------------------------\n%s\n' "$1"; }
 show() {
@@ -15,6 +15,10 @@ show() {
   "$@"
   printf '\n'
 }
+
+explain 'One command from a Signal Transition Graph to a circuit that is proved right, with a report to look at.'
+show build/vorel-flow examples/vme_read.g -o build/vme_read
+echo 'The report is build/vme_read/report.html. What follows are the programs behind it, one by one.'
 
 explain 'The controller of a bus interface, as a Signal Transition Graph in a text file. First comes a finite
 prefix of its unfolding, with conditions (B), events (E), cut-offs (C) and arcs; then the question

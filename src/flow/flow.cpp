@@ -130,6 +130,7 @@ class FlowRun {
     result_.sizes.cut_offs = cut_offs(prefix);
     run_step(Step::check, [&] { return check_given(); });
     drop_told_warnings();
+    if (!is_consistent()) return;  // no state has a code
     if (!context_.request.properties.empty() && result_.errors.empty())
       run_step(Step::properties, [&] { return answer_properties(); });
     if (result_.errors.empty()) run_step(Step::coding, [&] { return look_at_coding(); });
@@ -144,7 +145,12 @@ class FlowRun {
     }
     std::ranges::move(found, std::back_inserter(result_.findings));
     if (faults == 0 && warnings == 0) return "safe, consistent, nothing wrong";
-    return "safe, consistent; " + counted(faults, "fault") + ", " + counted(warnings, "warning");
+    return (is_consistent() ? "safe, consistent; " : "safe, inconsistent; ") + counted(faults, "fault") + ", " + counted(warnings, "warning");
+  }
+
+  bool is_consistent() const {
+    return std::ranges::find(result_.findings, FindingKind::inconsistent, &StgFinding::kind) ==
+           result_.findings.end();
   }
 
   // Of dead signals the findings tell.

@@ -48,7 +48,8 @@ Json request_of(const flow::FlowRequest& request) {
           {"reset_input", request.module.reset_input},
           {"keep", request.module.keeps_gates},
           {"max_events", request.limits.max_events},
-          {"timeout", request.limits.max_seconds}};
+          {"timeout", request.limits.max_seconds},
+          {"mapping_timeout", request.limits.max_mapping_seconds}};
 }
 
 Json trace_of(const flow::StgTrace& trace) {

@@ -186,6 +186,11 @@ class FlowArguments {
                     "give up after S seconds, which may be a fraction")
         ->check(is_time())
         ->type_name("S");
+    app_.add_option("--mapping-timeout", request.limits.max_mapping_seconds,
+                    "with --style auto: go on to the next style when mapping\n"
+                    "takes more than S seconds (default 30)")
+        ->check(is_time())
+        ->type_name("S");
     app_.add_option("--threads", request.threads,
                     "threads (default: one for each processor, at most 8)")
         ->check(CLI::Range(1u, 256u).description(""))

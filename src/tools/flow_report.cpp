@@ -73,6 +73,8 @@ class Outcome {
   }
 
   void print_property(const flow::PropertyResult& property) const {
+    // That it makes no sense is the error that ended the run.
+    if (result_.verdict == flow::Verdict::error) return;
     stream_ << "\nproperty " << property.name << ": " << flow::row_of(property.answer).key << '\n';
     if (!property.message.empty()) stream_ << "  " << property.message << '\n';
     if (property.answer != flow::PropertyAnswer::witness) return;
