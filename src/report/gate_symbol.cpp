@@ -28,8 +28,9 @@ class FunctionTable {
  public:
   FunctionTable(const flow::Instance& instance, const verify::Gate& gate,
                 const verify::Circuit& circuit)
-      : gate_{gate}, input_count_{instance.inputs.size()}, values_(gate.inputs.size() + 1) {
+      : gate_{gate}, values_(gate.inputs.size() + 1) {
     for (const flow::Instance::Pin& pin : instance.inputs) {
+      if (!has_pin(instance, pin)) continue;
       const auto is_pin = [&](verify::WireId wire) {
         return circuit.wires[wire.value].name == pin.wire;
       };
@@ -39,7 +40,7 @@ class FunctionTable {
     }
   }
 
-  // Each input of the one is an input of the other, once.
+  // Each pin is an input of the gate, once.
   bool is_usable() const {
     std::vector<std::size_t> sorted = variables_;
     std::ranges::sort(sorted);
@@ -53,7 +54,8 @@ class FunctionTable {
                               static_cast<std::uint32_t>(gate_.inputs.size())) > 0;
   }
 
-  std::uint32_t assignment_count() const { return 1u << input_count_; }
+  std::size_t input_count() const { return variables_.size(); }
+  std::uint32_t assignment_count() const { return 1u << input_count(); }
 
   // The only assignment for which the function has this value, if there is just one.
   std::optional<std::uint32_t> only(bool value, bool output) {
@@ -68,16 +70,15 @@ class FunctionTable {
 
  private:
   bool evaluate(std::uint32_t assignment, bool output) {
-    for (std::size_t i = 0; i < input_count_; ++i)
+    for (std::size_t i = 0; i < input_count(); ++i)
       values_[variables_[i]] = static_cast<int>(((assignment ^ inversions_) >> i) & 1u);
     values_.back() = output ? 1 : 0;
     return gate_.function.evaluate(values_);
   }
 
   const verify::Gate& gate_;
-  const std::size_t input_count_;
   std::vector<int> values_;             // by variable
-  std::vector<std::size_t> variables_;  // by input
+  std::vector<std::size_t> variables_;  // by pin
   std::uint32_t inversions_ = 0;
 };
 
@@ -90,7 +91,8 @@ GateSymbol with_bubbles(GateShape shape, std::uint32_t bubbles, std::size_t inpu
 
 // True for one assignment only it is a conjunction, false for one only a disjunction. Where all
 // inputs are inverted the other shape, with the inversion behind it, is the usual one.
-GateSymbol without_memory(FunctionTable& table, std::size_t inputs) {
+GateSymbol without_memory(FunctionTable& table) {
+  const std::size_t inputs = table.input_count();
   const std::uint32_t all = table.assignment_count() - 1;
   if (inputs == 1) {
     const std::optional<std::uint32_t> one = table.only(true, false);
@@ -106,7 +108,8 @@ GateSymbol without_memory(FunctionTable& table, std::size_t inputs) {
 }
 
 // It rises when all inputs have one value, each its own, and falls when all have the other.
-GateSymbol with_memory(FunctionTable& table, std::size_t inputs) {
+GateSymbol with_memory(FunctionTable& table) {
+  const std::size_t inputs = table.input_count();
   const std::uint32_t all = table.assignment_count() - 1;
   const auto rises = table.only(true, false), falls = table.only(false, true);
   if (inputs < 2 || !rises || !falls || (*rises ^ *falls) != all) return {};
@@ -116,15 +119,18 @@ GateSymbol with_memory(FunctionTable& table, std::size_t inputs) {
 
 }  // namespace
 
+bool has_pin(const flow::Instance& instance, const flow::Instance::Pin& pin) {
+  return !instance.gate.empty() || pin.wire != instance.output;
+}
+
 GateSymbol symbol_of(const flow::Instance& instance, const verify::Circuit& circuit) {
-  const std::size_t inputs = instance.inputs.size();
   const verify::Gate* const gate = driver_of(instance.output, circuit);
-  if (gate == nullptr || gate->function.is_null() || inputs == 0 || inputs > most_inputs ||
-      instance.is_output_inverted)
+  if (gate == nullptr || gate->function.is_null() || gate->inputs.empty() ||
+      gate->inputs.size() > most_inputs || instance.is_output_inverted)
     return {};
   FunctionTable table(instance, *gate, circuit);
   if (!table.is_usable()) return {};
-  return table.keeps_its_value() ? with_memory(table, inputs) : without_memory(table, inputs);
+  return table.keeps_its_value() ? with_memory(table) : without_memory(table);
 }
 
 void draw_outline(SvgCanvas& canvas, GateShape shape, Point centre, double width, double height) {

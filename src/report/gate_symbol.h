@@ -16,9 +16,12 @@ enum class GateShape : std::uint8_t { box, conjunction, disjunction, buffer, c_e
 // All but a box tell the whole function.
 struct GateSymbol {
   GateShape shape = GateShape::box;
-  std::vector<bool> has_bubble;  // by input of the instance: it is inverted in the gate
+  std::vector<bool> has_bubble;  // by pin: it is inverted in the gate; empty for a box
   bool has_output_bubble = false;
 };
+
+// What a gate that is its function reads of itself is part of what it is, and has no pin.
+bool has_pin(const flow::Instance& instance, const flow::Instance::Pin& pin);
 
 // Of the function behind inversions that the instance has at its pins.
 GateSymbol symbol_of(const flow::Instance& instance, const verify::Circuit& circuit);

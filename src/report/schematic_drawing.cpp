@@ -25,6 +25,8 @@ constexpr double pin_height = 18, least_gate_height = 40, bubble_radius = 3.5;
 constexpr double port_height = 20, label_margin = 36, c_element_width = 48, joint_radius = 2.4;
 constexpr double pointed_part = 0.06;  // of the width of a gate, by which its middle lies more left
 
+constexpr std::size_t most_function_columns = 46;
+
 // What stands in front of a colon tells one gate of a library from others; what is behind it is a
 // group that the library's author had in mind.
 std::string_view short_name(std::string_view gate) {
@@ -77,14 +79,11 @@ class Schematic {
 
   static bool is_of_library(const Instance& instance) { return !instance.gate.empty(); }
 
-  static std::string label(const Instance& instance) {
-    return label_of(is_of_library(instance) ? std::string{short_name(instance.gate)}
-                                            : instance.function);
-  }
-
-  // What a gate that is its function reads of itself is part of what it is.
-  static bool has_pin(const Instance& instance, const Instance::Pin& pin) {
-    return is_of_library(instance) || pin.wire != instance.output;
+  // A shape says all that there is to say of a function.
+  static std::string label(const Instance& instance, GateShape shape) {
+    if (is_of_library(instance)) return label_of(short_name(instance.gate));
+    if (shape != GateShape::box) return "";
+    return shortened(printable(instance.function), most_function_columns);
   }
 
   void add_gate(const Instance& instance) {
@@ -101,9 +100,9 @@ class Schematic {
 
   static double gate_width(const Instance& instance, GateShape shape) {
     if (shape == GateShape::c_element) return c_element_width;
-    const double width = label_width(label(instance));
+    const double width = label_width(label(instance, shape));
     return (shape == GateShape::buffer ? width * small_letter_width / letter_width : width) +
-           label_margin;
+           (is_of_library(instance) || shape == GateShape::box ? label_margin : c_element_width);
   }
 
   void add_port(const net::Signal& signal) {
@@ -196,20 +195,21 @@ class Schematic {
   // Outlines other than boxes are pointed at their right.
   void draw_names(const Instance& instance, GateShape shape, const GraphNode& node, Point centre) {
     const double first_line = centre.y - node.height / 2 + 11;
-    const std::string name = label_of(instance.name);
+    const std::string name = is_of_library(instance) ? label_of(instance.name) : "";
     if (shape == GateShape::buffer) {
-      canvas_.text({centre.x - node.width / 2 + 5, centre.y + 3}, "small start", label(instance));
+      canvas_.text({centre.x - node.width / 2 + 5, centre.y + 3}, "small start",
+                   label(instance, shape));
       canvas_.text({centre.x + 4, first_line - 2}, "small start halo", name);
       return;
     }
     const bool is_box = shape == GateShape::box;
     const double middle = is_box ? centre.x : centre.x - pointed_part * node.width;
     const bool is_open = is_box && keeps_its_value(instance);
-    canvas_.text({middle, first_line}, "small", name + (is_open ? " keeps" : ""));
+    canvas_.text({middle, first_line}, "small", name + (is_open ? " keeps its value" : ""));
     if (shape == GateShape::c_element)
       canvas_.text({middle, centre.y + 11}, "letter", "C");
     else
-      canvas_.text({middle, centre.y + text_height + 3}, "label", label(instance));
+      canvas_.text({middle, centre.y + text_height + 3}, "label", label(instance, shape));
   }
 
   bool is_port(const std::string& wire) const {
@@ -235,14 +235,14 @@ class Schematic {
   void draw_pins(const Instance& instance, const GateSymbol& symbol, const GraphNode& node,
                  Point centre) {
     std::uint32_t number = 0;
-    for (std::size_t i = 0; i < instance.inputs.size(); ++i) {
-      const Instance::Pin& pin = instance.inputs[i];
+    for (const Instance::Pin& pin : instance.inputs) {
       if (!has_pin(instance, pin)) continue;
-      const double y = centre.y + pin_offset(node, number++);
+      const double y = centre.y + pin_offset(node, number);
       const double edge = centre.x - node.width / 2;
       double x = edge + inset_at(symbol.shape, (y - centre.y) / node.height + 0.5);
       if (x > edge) canvas_.line(std::array<Point, 2>{{{edge, y}, {x, y}}}, "pin");
-      const bool has_bubble = i < symbol.has_bubble.size() && symbol.has_bubble[i];
+      const bool has_bubble = symbol.shape != GateShape::box && symbol.has_bubble[number];
+      ++number;
       if (has_bubble) {
         canvas_.circle({x - bubble_radius, y}, bubble_radius, "bubble");
         x -= 2 * bubble_radius;
