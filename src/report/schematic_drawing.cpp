@@ -23,6 +23,7 @@ using flow::Instance;
 
 constexpr double pin_height = 18, least_gate_height = 40, bubble_radius = 3.5;
 constexpr double port_height = 20, label_margin = 36, c_element_width = 48, joint_radius = 2.4;
+constexpr double wire_label_gap = 8;
 constexpr double pointed_part = 0.06;  // of the width of a gate, by which its middle lies more left
 
 constexpr std::size_t most_function_columns = 46;
@@ -98,11 +99,23 @@ class Schematic {
                             Layer::any, pins});
   }
 
+  static double small_label_width(std::string_view label) {
+    return label_width(label) * small_letter_width / letter_width;
+  }
+
+  static std::string first_line(const Instance& instance, GateShape shape) {
+    const std::string name = is_of_library(instance) ? label_of(instance.name) : "";
+    const bool is_told = shape == GateShape::box && keeps_its_value(instance);
+    return is_told ? name + (name.empty() ? "keeps its value" : " keeps its value") : name;
+  }
+
   static double gate_width(const Instance& instance, GateShape shape) {
     if (shape == GateShape::c_element) return c_element_width;
-    const double width = label_width(label(instance, shape));
-    return (shape == GateShape::buffer ? width * small_letter_width / letter_width : width) +
-           (is_of_library(instance) || shape == GateShape::box ? label_margin : c_element_width);
+    const std::string name = label(instance, shape);
+    const double least = small_label_width(first_line(instance, shape)) + label_margin / 2;
+    if (shape == GateShape::buffer) return small_label_width(name) + label_margin;
+    if (name.empty()) return c_element_width;
+    return std::max(label_width(name) + label_margin, least);
   }
 
   void add_port(const net::Signal& signal) {
@@ -146,6 +159,8 @@ class Schematic {
     for (const Wire& wire : wires_) {
       NetToRoute& net = nets[wire.name];
       net.driver = wire.from;
+      if (!is_port(wire.name) && wire.from < circuit_.instances.size())
+        net.label_width = small_label_width(label_of(wire.name)) + 2 * wire_label_gap;
       net.sinks.push_back({wire.to, wire.pin ? pin_offset(graph_.nodes[wire.to], *wire.pin) : 0,
                            wire.edge ? &layout.curves[*wire.edge] : nullptr});
     }
@@ -186,7 +201,7 @@ class Schematic {
     draw_outline(canvas_, symbol.shape, centre, node.width, node.height);
     draw_names(instance, symbol.shape, node, centre);
     if (!is_port(instance.output))
-      canvas_.text({centre.x + node.width / 2 + 4, centre.y - 5}, "small start halo",
+      canvas_.text({centre.x + node.width / 2 + wire_label_gap, centre.y - 5}, "small start halo",
                    label_of(instance.output));
     draw_pins(instance, symbol, node, centre);
     canvas_.end_group();
@@ -194,20 +209,19 @@ class Schematic {
 
   // Outlines other than boxes are pointed at their right.
   void draw_names(const Instance& instance, GateShape shape, const GraphNode& node, Point centre) {
-    const double first_line = centre.y - node.height / 2 + 11;
-    const std::string name = is_of_library(instance) ? label_of(instance.name) : "";
+    const double top_line = centre.y - node.height / 2 + 11;
+    const std::string name = first_line(instance, shape);
     if (shape == GateShape::buffer) {
       canvas_.text({centre.x - node.width / 2 + 5, centre.y + 3}, "small start",
                    label(instance, shape));
-      canvas_.text({centre.x + 4, first_line - 2}, "small start halo", name);
+      canvas_.text({centre.x + 4, top_line - 2}, "small start halo", name);
       return;
     }
     const bool is_box = shape == GateShape::box;
     const double middle = is_box ? centre.x : centre.x - pointed_part * node.width;
-    const bool is_open = is_box && keeps_its_value(instance);
-    canvas_.text({middle, first_line}, "small", name + (is_open ? " keeps its value" : ""));
+    canvas_.text({middle, top_line}, "small", name);
     if (shape == GateShape::c_element)
-      canvas_.text({middle, centre.y + 11}, "letter", "C");
+      canvas_.text({middle, centre.y + (name.empty() ? 6 : 11)}, "letter", "C");
     else
       canvas_.text({middle, centre.y + text_height + 3}, "label", label(instance, shape));
   }
