@@ -1,6 +1,5 @@
 // report/drawings.h - nets, prefixes and netlists as pictures.
-// Here:      each picture as SVG to be put into a page, with a text that says the same for those
-// who
+// Here:      each picture as SVG to be put into a page, and a text that says the same to those who
 //            do not see it.
 // Not here:  the layout, which Graphviz makes (report/graph_layout.h), colours, which a page has to
 //            bring in once (report/drawing_style.h), waveforms (report/waveform_drawing.h).
@@ -24,7 +23,8 @@ struct Drawing {
 // Beyond it a picture helps nobody.
 inline constexpr std::size_t most_drawn_events = 400;
 inline constexpr std::size_t most_drawn_nodes = 400;  // of an STG or a circuit
-inline constexpr std::size_t most_drawn_arcs = 1600;
+inline constexpr std::size_t most_drawn_arcs = 800;
+inline constexpr std::size_t most_drawn_wires = 400;  // of a circuit, which are more tangled
 
 // Places with one producer and one consumer are arcs (with a token, if marked); transitions are
 // coloured by the kind of their signals.

@@ -52,7 +52,7 @@ class Schematic {
   Drawing run() {
     Drawing drawing{"", summary() + "."};
     if (circuit_.instances.empty()) return drawing;
-    if (graph_.nodes.size() > most_drawn_nodes || graph_.edges.size() > most_drawn_arcs) {
+    if (graph_.nodes.size() > most_drawn_nodes || graph_.edges.size() > most_drawn_wires) {
       drawing.alternative = summary() + ", too large to be drawn.";
       return drawing;
     }
