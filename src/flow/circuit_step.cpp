@@ -23,6 +23,7 @@ std::vector<Style> styles_of(Style wanted) {
 std::string joined(const std::vector<std::string>& texts) {
   std::string all;
   for (const std::string& text : texts) all += (all.empty() ? "" : "; ") + text;
+  std::ranges::replace(all, '\n', ' ');
   return all;
 }
 
@@ -110,15 +111,15 @@ class Search {
   static std::string size_of(const CircuitResult& circuit) {
     std::uint64_t literals = 0;
     for (const Equation& equation : circuit.equations) literals += equation.literals;
-    std::string text = std::to_string(circuit.instances.size()) + " gates, " +
-                       std::to_string(literals) + " literals";
+    std::string text =
+        counted(circuit.instances.size(), "gate") + ", " + counted(literals, "literal");
     if (circuit.style == Style::mapped) text += base::format_message(", area %.2f", circuit.area);
     if (!circuit.inserted.empty()) text += ", inserted " + joined(circuit.inserted);
     return text;
   }
 
   static std::string size_of(const verify::Verification& verification) {
-    return std::to_string(verification.events) + " events of circuit and environment";
+    return counted(verification.events, "event") + " of circuit and environment";
   }
 
   // Empty for a correct circuit.

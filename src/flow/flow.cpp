@@ -11,6 +11,8 @@
 #include "decomposition/gate_library.h"
 #include "flow/circuit_step.h"
 #include "flow/coding_step.h"
+#include "flow/flow_words.h"
+#include "flow/irreducible.h"
 #include "flow/properties.h"
 #include "flow/resolution_step.h"
 #include "flow/step_context.h"
@@ -38,10 +40,6 @@ StgSizes sizes_of(const net::Stg& stg) {
 std::size_t cut_offs(const net::StgPrefix& prefix) {
   return static_cast<std::size_t>(
       std::ranges::count_if(prefix.events, [](const auto& event) { return event->is_cut_off(); }));
-}
-
-std::string counted(std::size_t number, const std::string& what) {
-  return std::to_string(number) + ' ' + what + (number == 1 ? "" : "s");
 }
 
 std::string size_text(const net::StgPrefix& prefix) {
@@ -132,6 +130,7 @@ class FlowRun {
     result_.sizes.cut_offs = cut_offs(prefix);
     run_step(Step::check, [&] { return check_given(); });
     drop_told_warnings();
+    if (!is_consistent()) return;  // no state has a code
     if (!context_.request.properties.empty() && result_.errors.empty())
       run_step(Step::properties, [&] { return answer_properties(); });
     if (result_.errors.empty()) run_step(Step::coding, [&] { return look_at_coding(); });
@@ -146,7 +145,12 @@ class FlowRun {
     }
     std::ranges::move(found, std::back_inserter(result_.findings));
     if (faults == 0 && warnings == 0) return "safe, consistent, nothing wrong";
-    return "safe, consistent; " + counted(faults, "fault") + ", " + counted(warnings, "warning");
+    return (is_consistent() ? "safe, consistent; " : "safe, inconsistent; ") + counted(faults, "fault") + ", " + counted(warnings, "warning");
+  }
+
+  bool is_consistent() const {
+    return std::ranges::find(result_.findings, FindingKind::inconsistent, &StgFinding::kind) ==
+           result_.findings.end();
   }
 
   // Of dead signals the findings tell.
@@ -176,8 +180,7 @@ class FlowRun {
     const Coding& coding = *result_.coding;
     if (coding.usc_holds) return "all states have codes of their own";
     if (coding.csc_holds) return "no CSC conflict; some states share a code";
-    std::ranges::move(irreducible_conflicts(*result_.given, coding),
-                      std::back_inserter(result_.findings));
+    if (!context_.request.resolution.with_reductions) find_irreducible_conflicts();
     return counted(coding.csc_cores, "CSC conflict core");
   }
 
@@ -195,8 +198,15 @@ class FlowRun {
     result_.resolution = std::move(resolved.resolution);
     if (const auto ending = settle(resolved.prefix, resolved.limit, result_.resolved))
       return *ending;
-    if (!result_.resolution->is_complete) return Ending::conflicts_left;
-    return std::nullopt;
+    if (result_.resolution->is_complete) return std::nullopt;
+    if (context_.request.resolution.with_reductions) find_irreducible_conflicts();
+    return has_faults(result_) ? Ending::faulty_stg : Ending::conflicts_left;
+  }
+
+  // With reductions, only after these have not helped.
+  void find_irreducible_conflicts() {
+    std::ranges::move(irreducible_conflicts(*result_.given, *result_.coding),
+                      std::back_inserter(result_.findings));
   }
 
   static std::string resolution_text(const Resolved& resolved) {

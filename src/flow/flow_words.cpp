@@ -74,4 +74,8 @@ const PropertyAnswerRow& row_of(PropertyAnswer answer) {
   return find_row(property_answer_rows, &PropertyAnswerRow::answer, answer);
 }
 
+std::string counted(std::size_t number, std::string_view what) {
+  return std::to_string(number).append(" ").append(what).append(number == 1 ? "" : "s");
+}
+
 }  // namespace vorel::flow

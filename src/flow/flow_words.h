@@ -4,6 +4,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "flow/flow_result.h"
@@ -55,5 +57,8 @@ struct PropertyAnswerRow {
   std::string_view key;
 };
 const PropertyAnswerRow& row_of(PropertyAnswer answer);
+
+// "1 gate", "2 gates".
+std::string counted(std::size_t number, std::string_view what);
 
 }  // namespace vorel::flow

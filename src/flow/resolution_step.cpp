@@ -12,33 +12,6 @@
 namespace vorel::flow {
 namespace {
 
-bool are_inputs(const net::Stg& stg, const StgTrace& trace) {
-  return std::ranges::all_of(trace, [&](const TraceStep& step) {
-    const auto inputs = stg.signals.begin() + stg.inputs_end;
-    return std::any_of(stg.signals.begin(), inputs,
-                       [&](const auto& signal) { return signal->name == step.signal; });
-  });
-}
-
-std::string text_of(const StgTrace& trace) {
-  std::string text;
-  for (const TraceStep& step : trace) text += (text.empty() ? "" : ", ") + step.transition;
-  return text.empty() ? "(nothing)" : text;
-}
-
-StgFinding irreducible(const Conflict& conflict) {
-  StgTrace trace = conflict.common;
-  trace.insert(trace.end(), conflict.first.begin(), conflict.first.end());
-  return {.kind = FindingKind::irreducible,
-          .gravity = Gravity::fault,
-          .subjects = {conflict.signal},
-          .message = "the conflict of " + conflict.signal +
-                     " cannot be resolved by new signals: only inputs happen between its states, " +
-                     text_of(conflict.first) + " and " + text_of(conflict.second) + " after " +
-                     text_of(conflict.common),
-          .trace = std::move(trace)};
-}
-
 AppliedTransformation as_data(const resolution::AppliedStep& step) {
   return {.is_insertion = step.text.is_insertion,
           .signal = step.signal,
@@ -48,14 +21,6 @@ AppliedTransformation as_data(const resolution::AppliedStep& step) {
 }
 
 }  // namespace
-
-std::vector<StgFinding> irreducible_conflicts(const net::Stg& stg, const Coding& coding) {
-  std::vector<StgFinding> findings;
-  for (const Conflict& conflict : coding.conflicts)
-    if (conflict.is_csc && are_inputs(stg, conflict.first) && are_inputs(stg, conflict.second))
-      findings.push_back(irreducible(conflict));
-  return findings;
-}
 
 Resolved resolve(const net::StgPrefix& given, const StepContext& context) {
   Resolved result;

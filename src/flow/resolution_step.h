@@ -1,7 +1,7 @@
-// flow/resolution_step.h - encoding conflicts resolved, or shown to be there for good.
-// Here:      the search for new signals and its result as data, conflicts that inputs alone make.
+// flow/resolution_step.h - encoding conflicts resolved.
+// Here:      the search for new signals and its result as data.
 // Not here:  the search itself (resolution/resolution_engine.h), conflicts as data
-//            (flow/coding_step.h).
+//            (flow/coding_step.h), those that no new signal can resolve (flow/irreducible.h).
 #pragma once
 
 #include <optional>
@@ -13,13 +13,6 @@
 #include "net/process.h"
 
 namespace vorel::flow {
-
-// The conflicts between whose states inputs alone happen, each of them with its first trace. The
-// inputs cannot be made to wait, so both states can be reached with no edge of a new signal between
-// them, and have one code again. If outputs were due in one of them only after edges of new
-// signals, those edges would be due in both, as the code is one, and behind them the states have
-// one code once more.
-std::vector<StgFinding> irreducible_conflicts(const net::Stg& stg, const Coding& coding);
 
 struct Resolved {
   Resolution resolution;

@@ -25,6 +25,8 @@ class StgGame {
   std::vector<const net::StgTransition*> edges() const;
   bool can_change(const net::Signal& signal) const;
 
+  const std::vector<std::uint32_t>& tokens() const { return tokens_; }
+  const std::vector<bool>& values() const { return values_; }
   const StgTrace& trace() const { return trace_; }
 
  private:

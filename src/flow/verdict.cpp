@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "flow/flow_words.h"
+
 namespace vorel::flow {
 namespace {
 
@@ -57,8 +59,11 @@ End of_fault(const FlowResult& result) {
 
 End of_error(const FlowResult& result) {
   assert(!result.errors.empty() && "who ends a run by an error tells it");
-  return {Verdict::error, "the input has an error: " + result.errors.front(),
-          "put the input right as the error says"};
+  const std::string& error = result.errors.front();
+  return {Verdict::error, "the input has an error: " + error.substr(0, error.find('\n')),
+          result.sizes.outputs + result.sizes.internals == 0
+              ? "declare the signals that the circuit is to drive as .outputs or .internal"
+              : "put the input right as the error says"};
 }
 
 End of_limit(const FlowRequest& request, const std::string& reason) {
@@ -92,12 +97,11 @@ End of_conflicts(const FlowRequest& request, const FlowResult& result) {
   if (!resolution.with_reductions)
     options += std::string(options.empty() ? "" : " or ") + "--reduce";
   const std::string by_hand =
-      "insert a signal by hand that changes between the two states of the "
-      "conflict of " +
+      "insert a signal by hand that changes between the states of the conflicts of " +
       conflicting_signals(result);
   return {Verdict::gave_up,
-          "gave up: " + std::to_string(result.resolution->cores_left) +
-              " encoding conflict(s) are left",
+          "gave up: encoding conflicts are left (" +
+              counted(result.resolution->cores_left, "core") + ")",
           options.empty() ? by_hand : "try " + options + ", or " + by_hand};
 }
 

@@ -95,7 +95,7 @@ class Layouter {
     declare(AGRAPH, "rankdir", graph_.is_downwards ? "TB" : "LR");
     declare(AGRAPH, "nodesep", inches(graph_.node_gap));
     declare(AGRAPH, "ranksep", inches(graph_.layer_gap));
-    declare(AGRAPH, "splines", graph_.has_curves ? "spline" : "polyline");
+    declare(AGRAPH, "splines", "spline");
     declare(AGNODE, "label", "");
     declare(AGNODE, "fixedsize", "true");
     declare(AGNODE, "shape", "box");

@@ -21,7 +21,11 @@ bool has_coding(const PageContent& content) {
   return has_prefix(content) && content.result.coding.has_value();
 }
 bool has_resolution(const PageContent& content) { return content.result.resolution.has_value(); }
-bool has_attempts(const PageContent& content) { return !content.result.attempts.empty(); }
+// One that was taken at once says nothing that the circuit does not.
+bool has_attempts(const PageContent& content) {
+  const auto& attempts = content.result.attempts;
+  return attempts.size() > 1 || (!attempts.empty() && !attempts.front().failure.empty());
+}
 bool has_circuit(const PageContent& content) {
   return content.result.circuit.has_value() && content.result.circuit_stg() != nullptr;
 }

@@ -82,7 +82,7 @@ void add_finding(HtmlWriter& html, const PageContent& content, std::size_t i) {
   if (!finding.trace) return;
   const TraceCaption how = caption_of(finding.kind);
   add_trace(html, given_stg(content.result), *finding.trace, how.caption, how.emphasis);
-  add_trace_link(html, content, finding_file(content.result, i));
+  add_trace_links(html, content, {finding_file(content.result, i)});
 }
 
 void add_question_row(HtmlWriter& html, const verify::Verification& verification, std::size_t i) {
@@ -116,7 +116,7 @@ void add_failure(HtmlWriter& html, const PageContent& content, const verify::Fin
   const auto waveform = flow::waveform_of(*result.circuit_stg(), result.circuit->circuit, finding);
   add_drawing(html, draw_waveform(waveform, ends_wrong ? Emphasis::last_step : Emphasis::none),
               ends_wrong ? "A trace; the last edge goes wrong" : "A trace to that state");
-  add_trace_link(html, content, question_file(finding.question));
+  add_trace_links(html, content, {question_file(finding.question)});
 }
 
 void add_arbiters(HtmlWriter& html, const verify::Circuit& circuit,
@@ -169,7 +169,7 @@ void add_property(HtmlWriter& html, const PageContent& content, std::size_t i) {
   }
   add_trace(html, given_stg(result), property.trace, "A trace to a state that satisfies it",
             Emphasis::none);
-  add_trace_link(html, content, property_file(i));
+  add_trace_links(html, content, {property_file(i)});
 }
 
 }  // namespace

@@ -73,8 +73,8 @@ void add_conflict(HtmlWriter& html, const PageContent& content, std::size_t i) {
   }
   add_code(html, coding, conflict);
   if (i < most_drawn_conflicts) add_waveforms(html, *content.result.given, conflict, title);
-  add_trace_link(html, content, conflict_file(i, Branch::first));
-  add_trace_link(html, content, conflict_file(i, Branch::second));
+  add_trace_links(html, content,
+                  {conflict_file(i, Branch::first), conflict_file(i, Branch::second)});
   const auto list = html.in("ul");
   add_excited(html, "first", conflict.excited_first);
   add_excited(html, "second", conflict.excited_second);
@@ -148,17 +148,19 @@ void add_resolution(HtmlWriter& html, const PageContent& content) {
     }
   }
   if (resolution.transformations.empty()) return;
+  constexpr std::array<std::string_view, 6> heads = {"#",     "What",  "Signal",
+                                                     "Edges", "#Cost", "Cost in parts"};
+  {
+    const Table table(html, heads);
+    for (std::size_t i = 0; i < resolution.transformations.size(); ++i)
+      add_transformation(html, resolution.transformations[i], i);
+  }
   html.add(
-      "p",
+      "p", "class=\"quiet\"",
       "Where edges go: |t before the transition t, t| behind it, only at some of its places if "
       "they are named on the other side of the bar; s -||-> t beside what lies between s and "
       "t; {s}-$->{t} behind and before several. In a reduction s --> t the transition t waits "
       "for s. A star: with a token at the start.");
-  constexpr std::array<std::string_view, 6> heads = {"#",     "What",  "Signal",
-                                                     "Edges", "#Cost", "Cost in parts"};
-  const Table table(html, heads);
-  for (std::size_t i = 0; i < resolution.transformations.size(); ++i)
-    add_transformation(html, resolution.transformations[i], i);
 }
 
 }  // namespace vorel::report

@@ -15,7 +15,7 @@ using enum net::SignalKind;
 
 void add_signals(HtmlWriter& html, const net::Stg& stg) {
   constexpr std::array<std::string_view, 3> heads = {"Signal", "Kind", "#At the start"};
-  const auto details = html.in("details");
+  const auto details = html.in("details", "open=\"open\"");
   html.add("summary", "Signals and their initial values");
   const Table table(html, heads);
   for (const net::SignalId id : stg.visible_signals()) {
@@ -68,6 +68,7 @@ void add_prefix_sizes(HtmlWriter& html, const flow::FlowResult& result) {
 
 void add_stg(HtmlWriter& html, const PageContent& content) {
   const net::StgPrefix& stg = *content.result.given;
+  const auto pair = html.in("div", "class=\"pair\"");
   add_drawing(html, draw_stg(stg), "The STG as given");
   add_signals(html, stg);
 }

@@ -3,6 +3,7 @@
 // Not here:  their order, the frame around them (report/page.h).
 #pragma once
 
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
@@ -25,8 +26,9 @@ struct SectionRow {
   void (*add)(HtmlWriter& html, const PageContent& content);  // what stands below the heading
 };
 
-// Where to find a trace for a viewer of waveforms, if that file is there.
-void add_trace_link(HtmlWriter& html, const PageContent& content, const std::string& file);
+// Where to find traces for a viewer of waveforms, as far as these files are there.
+void add_trace_links(HtmlWriter& html, const PageContent& content,
+                     std::initializer_list<std::string> files);
 
 // report/page_summary.cpp
 void add_header(HtmlWriter& html, const PageContent& content);

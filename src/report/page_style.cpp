@@ -87,16 +87,19 @@ table.code th:first-child { padding-left: 0; font-family: system-ui, sans-serif;
   background: var(--accent); opacity: 0.65; }
 figure { margin: 4px 0 18px; }
 figcaption { margin-bottom: 8px; font-size: 13.5px; }
-.pair { display: grid; gap: 0 28px;
-  grid-template-columns: repeat(auto-fit, minmax(min(100%, 440px), 1fr)); }
-.pair > figure { min-width: 0; }
+.pair { display: flex; flex-wrap: wrap; align-items: flex-start; gap: 0 64px; }
+.pair > figure { flex: 0 1 auto; min-width: 0; max-width: 100%; }
+.pair > details { min-width: min(100%, 300px); }
+.pair table { min-width: min(100%, 300px); }
 .pane { padding: 4px 0 6px; }
 .pane .drawing { width: max(100%, var(--natural) * 0.62); }
+.pair .drawing { width: var(--natural); max-width: max(100%, var(--natural) * 0.62); }
 .pane .waves { width: max(100%, var(--natural) * 0.8); }
 .instead { padding: 12px 14px; background: var(--panel); border-radius: 8px; }
 details { margin: 0 0 12px; }
 summary { cursor: pointer; width: fit-content; color: var(--accent); font-size: 14px; }
 .as-text { font-size: 13.5px; }
+.pair .as-text p { max-width: 440px; }
 .as-text p { margin: 6px 0 0; padding: 10px 14px; background: var(--panel); border-radius: 8px; }
 pre { margin: 8px 0 12px; padding: 12px 14px; background: var(--panel); border-radius: 8px;
   line-height: 1.45; tab-size: 2; }
@@ -118,11 +121,11 @@ pre { margin: 8px 0 12px; padding: 12px 14px; background: var(--panel); border-r
   body { max-width: none; padding: 0; font-size: 10.5pt; }
   nav, .as-text { display: none; }
   section { margin-top: 18pt; padding-top: 12pt; }
-  .pair { grid-template-columns: 1fr 1fr; }
   figure, tr, .tile, .verdict { break-inside: avoid; }
   h2, h3, figcaption { break-after: avoid; }
   .table, .pane, pre { overflow: visible; }
   .pane .drawing, .pane .waves { width: 100%; }
+  .pair .drawing { width: var(--natural); max-width: 100%; }
   pre { white-space: pre-wrap; }
   .verdict, .badge, .tile, pre, .bar span { print-color-adjust: exact;
     -webkit-print-color-adjust: exact; }

@@ -165,11 +165,19 @@ void add_files(HtmlWriter& html, const PageContent& content) {
   }
 }
 
-void add_trace_link(HtmlWriter& html, const PageContent& content, const std::string& file) {
-  if (std::ranges::find(content.files, file) == content.files.end()) return;
+void add_trace_links(HtmlWriter& html, const PageContent& content,
+                     std::initializer_list<std::string> files) {
+  const auto is_there = [&](const std::string& file) {
+    return std::ranges::find(content.files, file) != content.files.end();
+  };
+  if (std::ranges::none_of(files, is_there)) return;
   const auto line = html.in("p", "class=\"quiet\"");
-  html.text("For a viewer of waveforms: ");
-  add_link(html, file);
+  html.text("For a viewer of waveforms:");
+  for (const std::string& file : files) {
+    if (!is_there(file)) continue;
+    html.markup(" ");
+    add_link(html, file);
+  }
 }
 
 void add_messages(HtmlWriter& html, const PageContent& content) {

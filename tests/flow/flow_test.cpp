@@ -104,9 +104,10 @@ class Flow : public testing::Test {
     for (const net::Stg* const stg : {&after, &before}) {
       if (is_reduced && stg == &before) continue;
       const auto graph = oracle::explore(*stg);
-      EXPECT_EQ(oracle::find_fault(*stg, graph, *oracle::find_initial_values(*stg, graph),
-                                   netlist.circuit),
-                "");
+      const std::string fault = oracle::find_fault(
+          *stg, graph, *oracle::find_initial_values(*stg, graph), netlist.circuit);
+      EXPECT_TRUE(fault.empty() || fault == "too many states") << fault;
+      too_large_ += fault == "too many states";
     }
   }
 
@@ -116,6 +117,7 @@ class Flow : public testing::Test {
 
   std::map<std::string, toolkit::LibraryGate> library_;
   std::map<Verdict, unsigned> verdicts_;
+  unsigned too_large_ = 0;  // circuits with too many states for the oracle
 };
 
 TEST_F(Flow, LeadsEachExampleToACircuitThatAllItsStatesShowToBeRight) {
@@ -145,12 +147,16 @@ TEST_F(Flow, IsHonestAboutRandomStgs) {
     FlowRequest request;
     request.resolution.with_reductions = seed % 5 == 0;
     request.limits.max_mapping_seconds = 1;
+    constexpr Style styles[] = {Style::automatic, Style::automatic,  Style::generalised_c,
+                                Style::automatic, Style::standard_c, Style::complex_gate};
+    request.style = styles[seed % std::size(styles)];
     expect_honest(text, run(text, request), request.resolution.with_reductions);
   }
   for (const auto& [verdict, count] : verdicts_)
     RecordProperty("verdict " + std::to_string(static_cast<int>(verdict)), std::to_string(count));
   EXPECT_GE(verdicts_[Verdict::verified] + verdicts_[Verdict::verified_with_warnings],
             (end - first) / 4);
+  EXPECT_LE(too_large_, (end - first) / 20);
 }
 
 // The resolved STG and the area are those that the programs of single steps find.
@@ -195,7 +201,7 @@ struct BadEnd {
 TEST_F(Flow, EndsBadlyWithTheReasonAndAHint) {
   const BadEnd ends[] = {
       {"no output", ".inputs a\n.graph\na+ a-\na- a+\n.marking {<a-,a+>}\n.end\n", Verdict::error,
-       "no output or internal signal", "input"},
+       "no output or internal signal", "declare"},
       {"unsafe",
        ".inputs a\n.outputs z\n.graph\na+ p z+\nz+ a+\np z-\nz- z+\n.marking {<z+,a+> "
        "<z-,z+>}\n.end\n",
@@ -204,10 +210,17 @@ TEST_F(Flow, EndsBadlyWithTheReasonAndAHint) {
        ".inputs a\n.outputs z\n.graph\na+ z+\nz+ a+/2\na+/2 a-\na- z-\nz- a+\n"
        ".marking {<z-,a+>}\n.end\n",
        Verdict::faulty_stg, "a", "trace"},
+      {"inconsistent side by side",
+       ".outputs a\n.graph\np a+\nq a+/1\na+ r\na+/1 s\n.marking {p q}\n.end\n",
+       Verdict::faulty_stg, "a", "trace"},
       {"an input disables an output",
        ".inputs a\n.outputs z\n.graph\np z+ a+\nz+ z-\nz- p\na+ a-\n"
        "a- p\n.marking {p}\n.end\n",
        Verdict::faulty_stg, "z", "wait"},
+      {"inputs alone lead on to a state with its code",
+       ".inputs a\n.outputs x y\n.graph\na+ x+\nx+ x-\nx- y+\ny+ y-\ny- a-\na- a+\n"
+       ".marking {<a-,a+>}\n.end\n",
+       Verdict::faulty_stg, "x", "between"},
       {"inputs alone make a conflict",
        ".inputs a\n.outputs z\n.graph\na+ a-\na- z+\nz+ z-\nz- a+\n"
        ".marking {<z-,a+>}\n.end\n",
