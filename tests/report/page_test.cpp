@@ -52,24 +52,40 @@ TEST(Page, IsWellFormedAndHasNothingThatRunsOrLoads) {
   EXPECT_EQ(run.exit_code, 0) << run.err;
 }
 
-TEST(Page, HasTheFiguresOfTheDocument) {
+// How many there are.
+std::size_t compare_figures(const std::string& page, const std::string& document_text,
+                            const std::string& name) {
   static const std::regex figure("<data data-json=\"([^\"]*)\" value=\"([^\"]*)\">");
+  const auto document = nlohmann::json::parse(document_text);
+  std::size_t count = 0;
+  for (std::sregex_iterator it(page.begin(), page.end(), figure), end; it != end; ++it, ++count) {
+    const auto& value = document.at(nlohmann::json::json_pointer((*it)[1].str()));
+    if (value.is_string()) {
+      EXPECT_EQ(value, (*it)[2].str()) << name << ' ' << (*it)[1];
+    } else {
+      EXPECT_EQ(value.get<double>(), std::stod((*it)[2])) << name << ' ' << (*it)[1];
+    }
+  }
+  return count;
+}
+
+TEST(Page, HasTheFiguresOfTheDocument) {
   for (const auto& [name, make] : examples) {
     const ExampleRun run = make();
     std::ostringstream stream;
     ASSERT_TRUE(write_document(run.request, run.result, {}, stream));
-    const auto document = nlohmann::json::parse(stream.str());
-    const std::string page = page_of(run);
-    std::size_t count = 0;
-    for (std::sregex_iterator it(page.begin(), page.end(), figure), end; it != end; ++it, ++count) {
-      const auto& value = document.at(nlohmann::json::json_pointer((*it)[1].str()));
-      if (value.is_string()) {
-        EXPECT_EQ(value, (*it)[2].str()) << name << ' ' << (*it)[1];
-      } else {
-        EXPECT_EQ(value.get<double>(), std::stod((*it)[2])) << name << ' ' << (*it)[1];
-      }
-    }
+    const std::size_t count = compare_figures(page_of(run), stream.str(), name);
     EXPECT_GE(count, name == "unsafe.html" ? 3 : 30) << name;
+  }
+  // The same where the program has written both.
+  const support::TemporaryFolder folder;
+  for (const char* name : {"vme_read", "mutex2", "sequencer"}) {
+    support::run_program({VOREL_FLOW_BINARY, "-q", support::example(name) + std::string(".g"), "-o",
+                          folder.path(name)});
+    const std::string base = folder.path(name);
+    EXPECT_GE(compare_figures(support::read_text(base + "/report.html"),
+                              support::read_text(base + "/report.json"), name),
+              20);
   }
 }
 
