@@ -54,7 +54,7 @@ constexpr std::string_view stylesheet = R"(.drawing {
 .drawing .deep text { fill: #1b1f24; }
 .drawing .badge { fill: var(--ink); }
 .drawing text.badge-text { fill: var(--paper); font-size: 8px; font-weight: bold; }
-.drawing .wire { fill: none; stroke: var(--kind, var(--quiet)); stroke-width: 1.3; }
+.drawing .wire { fill: none; stroke: var(--kind, var(--quiet)); stroke-width: 1.3; stroke-linecap: round; }
 .drawing .joint { fill: var(--kind, var(--quiet)); }
 .drawing .gate { fill: var(--paper); stroke: var(--ink); stroke-width: 1.4; }
 .drawing .bubble { fill: var(--paper); stroke: var(--ink); stroke-width: 1.2; }

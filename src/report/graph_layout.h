@@ -41,7 +41,6 @@ struct GraphEdge {
 struct Graph {
   bool is_downwards = true;  // else layers go from left to right
   double node_gap = 18, layer_gap = 26;
-  bool has_curves = true;  // else edges are polygons, which takes less time
   std::vector<GraphNode> nodes;
   std::vector<GraphEdge> edges;
 };

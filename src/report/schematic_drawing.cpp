@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "report/channel_router.h"
 #include "report/drawing_style.h"
 #include "report/drawings.h"
 #include "report/graph_layout.h"
@@ -20,7 +21,7 @@ namespace {
 using flow::Instance;
 
 constexpr double pin_height = 18, least_gate_height = 40, bubble_radius = 3.5;
-constexpr double port_height = 20, label_margin = 24;
+constexpr double port_height = 20, label_margin = 24, joint_radius = 2.4;
 
 // What stands in front of a colon tells one gate of a library from others; what is behind it is a
 // group that the library's author had in mind.
@@ -34,6 +35,7 @@ class Schematic {
   Schematic(const flow::CircuitResult& circuit, const net::Stg& stg)
       : circuit_{circuit}, stg_{stg} {
     graph_.is_downwards = false;
+    graph_.node_gap = 24;
     graph_.layer_gap = 40;
     for (std::size_t i = 0; i < stg.internals_end; ++i)
       kind_of_.emplace(stg.signals[i]->name, stg.signals[i]->kind);
@@ -52,8 +54,9 @@ class Schematic {
     for (const Instance& instance : circuit_.instances) drawing.alternative += in_words(instance);
     const std::optional<GraphLayout> layout = lay_out(graph_);
     if (!layout) return drawing;
-    draw(*layout);
-    double width = layout->width, height = layout->height;
+    const Wiring wiring = route(*layout);
+    draw(wiring);
+    double width = wiring.width, height = wiring.height;
     draw_legend(canvas_, legend(), width, height);
     drawing.svg =
         std::move(canvas_).finish(width, height, "schematic", summary(), drawing.alternative);
@@ -63,6 +66,13 @@ class Schematic {
  private:
   using Node = std::uint32_t;
 
+  struct Wire {
+    Node from, to;
+    std::optional<std::uint32_t> pin;  // of `to`, if it is a gate
+    std::optional<std::size_t> edge;   // of the graph; those of one gate to itself have none
+    std::string name;
+  };
+
   static bool is_of_library(const Instance& instance) { return !instance.gate.empty(); }
 
   static std::string label(const Instance& instance) {
@@ -70,8 +80,14 @@ class Schematic {
                                             : instance.function);
   }
 
+  // What a gate that is its function reads of itself is part of what it is.
+  static bool has_pin(const Instance& instance, const Instance::Pin& pin) {
+    return is_of_library(instance) || pin.wire != instance.output;
+  }
+
   void add_gate(const Instance& instance) {
-    const auto pins = static_cast<std::uint32_t>(instance.inputs.size());
+    const auto pins = static_cast<std::uint32_t>(std::ranges::count_if(
+        instance.inputs, [&](const Instance::Pin& pin) { return has_pin(instance, pin); }));
     const double height = std::max(pin_height * pins, least_gate_height);
     driver_of_.emplace(instance.output, static_cast<Node>(graph_.nodes.size()));
     // Pins are whole units high.
@@ -89,23 +105,47 @@ class Schematic {
     if (is_input) {
       driver_of_.emplace(signal.name, node);
     } else if (const auto driver = driver_of_.find(signal.name); driver != driver_of_.end()) {
-      add_edge(driver->second, node, std::nullopt, signal.name);
+      add_wire(driver->second, node, std::nullopt, signal.name);
     }
   }
 
-  void add_edge(Node from, Node to, std::optional<std::uint32_t> pin, std::string wire) {
+  void add_wire(Node from, Node to, std::optional<std::uint32_t> pin, const std::string& wire) {
+    wires_.push_back({from, to, pin, std::nullopt, wire});
+    if (from == to) return;
+    wires_.back().edge = graph_.edges.size();
     graph_.edges.push_back({from, to, pin, false, false, from < circuit_.instances.size()});
-    wires_.push_back(std::move(wire));
   }
 
-  // What a gate reads of itself is part of what it is, and not drawn.
   void add_wires(const Instance& instance) {
     const Node gate = driver_of_.at(instance.output);
-    for (std::size_t pin = 0; pin < instance.inputs.size(); ++pin) {
-      const auto driver = driver_of_.find(instance.inputs[pin].wire);
-      if (driver == driver_of_.end() || driver->second == gate) continue;
-      add_edge(driver->second, gate, static_cast<std::uint32_t>(pin), instance.inputs[pin].wire);
+    std::uint32_t number = 0;
+    for (const Instance::Pin& pin : instance.inputs) {
+      if (!has_pin(instance, pin)) continue;
+      const auto driver = driver_of_.find(pin.wire);
+      if (driver != driver_of_.end()) add_wire(driver->second, gate, number, pin.wire);
+      ++number;
     }
+  }
+
+  static double pin_offset(const GraphNode& node, std::uint32_t pin) {
+    return ((pin + 0.5) / node.pins - 0.5) * node.height;
+  }
+
+  // One net for each driver, in the order of the names of its wires.
+  Wiring route(const GraphLayout& layout) {
+    std::map<std::string, NetToRoute> nets;
+    for (const Wire& wire : wires_) {
+      NetToRoute& net = nets[wire.name];
+      net.driver = wire.from;
+      net.sinks.push_back({wire.to, wire.pin ? pin_offset(graph_.nodes[wire.to], *wire.pin) : 0,
+                           wire.edge ? &layout.curves[*wire.edge] : nullptr});
+    }
+    std::vector<NetToRoute> list;
+    for (auto& [name, net] : nets) {
+      net_names_.push_back(name);
+      list.push_back(std::move(net));
+    }
+    return route_wires(graph_.nodes, layout, list);
   }
 
   std::string kind_class(const std::string& wire) const {
@@ -113,17 +153,20 @@ class Schematic {
     return kind == kind_of_.end() ? "" : " " + std::string{kind_word(kind->second)};
   }
 
-  void draw(const GraphLayout& layout) {
-    for (std::size_t i = 0; i < wires_.size(); ++i) {
-      canvas_.begin_group("edge" + kind_class(wires_[i]), wires_[i]);
-      canvas_.curve(layout.curves[i].points, "wire");
+  void draw(const Wiring& wiring) {
+    for (std::size_t i = 0; i < wiring.routes.size(); ++i) {
+      canvas_.begin_group("edge" + kind_class(net_names_[i]), net_names_[i]);
+      for (const Segment& segment : wiring.routes[i].segments)
+        canvas_.line(std::array{segment.from, segment.to}, "wire");
+      for (const Point joint : wiring.routes[i].joints)
+        canvas_.circle(joint, joint_radius, "joint");
       canvas_.end_group();
     }
     for (std::size_t i = 0; i < circuit_.instances.size(); ++i)
-      draw_gate(circuit_.instances[i], graph_.nodes[i], layout.centres[i]);
+      draw_gate(circuit_.instances[i], graph_.nodes[i], wiring.centres[i]);
     for (std::size_t i = 0; i < ports_.size(); ++i) {
       const std::size_t node = circuit_.instances.size() + i;
-      draw_port(*ports_[i], graph_.nodes[node], layout.centres[node]);
+      draw_port(*ports_[i], graph_.nodes[node], wiring.centres[node]);
     }
   }
 
@@ -133,10 +176,15 @@ class Schematic {
     canvas_.text({centre.x, centre.y + text_height}, "label", label(instance));
     canvas_.text({centre.x, centre.y - node.height / 2 + 9}, "small",
                  keeps_its_value(instance) ? instance.name + " keeps" : instance.name);
-    canvas_.text({centre.x + node.width / 2 + 5, centre.y - 4}, "small start halo",
-                 label_of(instance.output));
+    if (!is_port(instance.output))
+      canvas_.text({centre.x + node.width / 2 + 4, centre.y - 4}, "small start halo",
+                   label_of(instance.output));
     draw_bubbles(instance, node, centre);
     canvas_.end_group();
+  }
+
+  bool is_port(const std::string& wire) const {
+    return std::ranges::find(ports_, wire, &net::Signal::name) != ports_.end();
   }
 
   // The function of a gate of a library speaks of the output where the gate has a state.
@@ -155,13 +203,14 @@ class Schematic {
   }
 
   void draw_bubbles(const Instance& instance, const GraphNode& node, Point centre) {
-    const auto pins = static_cast<double>(instance.inputs.size());
-    for (std::size_t pin = 0; pin < instance.inputs.size(); ++pin) {
-      if (!instance.inputs[pin].is_inverted) continue;
-      const double from_top = (static_cast<double>(pin) + 0.5) * node.height / pins;
-      canvas_.circle(
-          {centre.x - node.width / 2 - bubble_radius, centre.y - node.height / 2 + from_top},
-          bubble_radius, "instant");
+    std::uint32_t number = 0;
+    for (const Instance::Pin& pin : instance.inputs) {
+      if (!has_pin(instance, pin)) continue;
+      if (pin.is_inverted)
+        canvas_.circle(
+            {centre.x - node.width / 2 - bubble_radius, centre.y + pin_offset(node, number)},
+            bubble_radius, "instant");
+      ++number;
     }
     if (instance.is_output_inverted)
       canvas_.circle({centre.x + node.width / 2 + bubble_radius, centre.y}, bubble_radius,
@@ -216,7 +265,8 @@ class Schematic {
   Graph graph_;                            // the gates in their order, then the ports
   std::map<std::string, Node> driver_of_;  // by wire
   std::map<std::string, net::SignalKind> kind_of_;
-  std::vector<std::string> wires_;  // by edge
+  std::vector<Wire> wires_;
+  std::vector<std::string> net_names_;
   std::vector<const net::Signal*> ports_;
   SvgCanvas canvas_;
 };
