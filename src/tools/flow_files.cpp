@@ -212,7 +212,9 @@ std::vector<FlowFile> circuit_files(const FlowTask& task, const flow::FlowResult
   const net::StgPrefix* const stg = result.circuit_stg();
   assert(stg != nullptr);
   const std::string name = circuit_name(task.stg);
-  files.push_back({name + ".g", [stg](std::ostream& out) { return formats::write_g(*stg, out); }});
+  files.push_back({name + ".g", [stg](std::ostream& out) {
+                     return formats::write_g(*stg, out, formats::GInitialValues::of_toggles);
+                   }});
   files.push_back(text_file(name + ".v", circuit.module_text));
   if (!circuit.models_text.empty())
     files.push_back(text_file(name + "_gates.v", circuit.models_text));
