@@ -190,9 +190,21 @@ class ChannelRouter {
   double channel_width(std::size_t channel) const {
     const std::size_t tracks = channels_[channel].track_count();
     const bool is_outside = channel == 0 || channel == columns_.size();
-    if (tracks == 0) return is_outside ? 0 : least_channel;
-    return std::max(least_channel,
-                    first_gap + track_gap * static_cast<double>(tracks - 1) + last_gap);
+    const double labels = label_room(channel);
+    if (tracks == 0) return is_outside ? labels : std::max(least_channel, labels);
+    return std::max({least_channel, labels,
+                     first_gap + track_gap * static_cast<double>(tracks - 1) + last_gap});
+  }
+
+  // The channel of the labels of nets that begin there.
+  double label_room(std::size_t channel) const {
+    double room = 0;
+    for (const NetToRoute& net : nets_) {
+      if (net.label_width == 0 || column_of_[net.driver] + 1 != channel) continue;
+      const double beside = (columns_[channel - 1].width - nodes_[net.driver].width) / 2;
+      room = std::max(room, net.label_width - beside);
+    }
+    return room;
   }
 
   void place_columns() {

@@ -25,6 +25,7 @@ struct NetSink {
 // Comes from the middle of the right side of its driver.
 struct NetToRoute {
   std::uint32_t driver = 0;
+  double label_width = 0;  // of what stands where it begins
   std::vector<NetSink> sinks;
 };
 

@@ -58,6 +58,9 @@ constexpr std::string_view stylesheet = R"(.drawing {
 .drawing .joint { fill: var(--kind, var(--quiet)); }
 .drawing .gate { fill: var(--paper); stroke: var(--ink); stroke-width: 1.4; }
 .drawing .bubble { fill: var(--paper); stroke: var(--ink); stroke-width: 1.2; }
+.drawing .slow { fill: var(--ink); stroke: var(--ink); stroke-width: 1.2; }
+.drawing .pin { stroke: var(--ink); stroke-width: 1.2; }
+.drawing text.letter { font-size: 17px; font-weight: bold; }
 .drawing .instant { fill: var(--paper); stroke: var(--input); stroke-width: 1.6; }
 @media print { .drawing { print-color-adjust: exact; break-inside: avoid; } }
 )";

@@ -11,6 +11,7 @@
 #include "report/channel_router.h"
 #include "report/drawing_style.h"
 #include "report/drawings.h"
+#include "report/gate_symbol.h"
 #include "report/graph_layout.h"
 #include "report/svg_canvas.h"
 #include "report/svg_text.h"
@@ -21,7 +22,11 @@ namespace {
 using flow::Instance;
 
 constexpr double pin_height = 18, least_gate_height = 40, bubble_radius = 3.5;
-constexpr double port_height = 20, label_margin = 24, joint_radius = 2.4;
+constexpr double port_height = 20, label_margin = 36, c_element_width = 48, joint_radius = 2.4;
+constexpr double wire_label_gap = 8;
+constexpr double pointed_part = 0.06;  // of the width of a gate, by which its middle lies more left
+
+constexpr std::size_t most_function_columns = 46;
 
 // What stands in front of a colon tells one gate of a library from others; what is behind it is a
 // group that the library's author had in mind.
@@ -75,14 +80,11 @@ class Schematic {
 
   static bool is_of_library(const Instance& instance) { return !instance.gate.empty(); }
 
-  static std::string label(const Instance& instance) {
-    return label_of(is_of_library(instance) ? std::string{short_name(instance.gate)}
-                                            : instance.function);
-  }
-
-  // What a gate that is its function reads of itself is part of what it is.
-  static bool has_pin(const Instance& instance, const Instance::Pin& pin) {
-    return is_of_library(instance) || pin.wire != instance.output;
+  // A shape says all that there is to say of a function.
+  static std::string label(const Instance& instance, GateShape shape) {
+    if (is_of_library(instance)) return label_of(short_name(instance.gate));
+    if (shape != GateShape::box) return "";
+    return shortened(printable(instance.function), most_function_columns);
   }
 
   void add_gate(const Instance& instance) {
@@ -90,10 +92,30 @@ class Schematic {
         instance.inputs, [&](const Instance::Pin& pin) { return has_pin(instance, pin); }));
     const double height = std::max(pin_height * pins, least_gate_height);
     driver_of_.emplace(instance.output, static_cast<Node>(graph_.nodes.size()));
+    symbols_.push_back(symbol_of(instance, circuit_.circuit));
     // Pins are whole units high.
-    graph_.nodes.push_back({std::floor(box_width(label(instance)) + label_margin),
+    graph_.nodes.push_back({std::floor(gate_width(instance, symbols_.back().shape)),
                             pins == 0 ? height : pins * std::floor(height / pins), false,
                             Layer::any, pins});
+  }
+
+  static double small_label_width(std::string_view label) {
+    return label_width(label) * small_letter_width / letter_width;
+  }
+
+  static std::string first_line(const Instance& instance, GateShape shape) {
+    const std::string name = is_of_library(instance) ? label_of(instance.name) : "";
+    const bool is_told = shape == GateShape::box && keeps_its_value(instance);
+    return is_told ? name + (name.empty() ? "keeps its value" : " keeps its value") : name;
+  }
+
+  static double gate_width(const Instance& instance, GateShape shape) {
+    if (shape == GateShape::c_element) return c_element_width;
+    const std::string name = label(instance, shape);
+    const double least = small_label_width(first_line(instance, shape)) + label_margin / 2;
+    if (shape == GateShape::buffer) return small_label_width(name) + label_margin;
+    if (name.empty()) return c_element_width;
+    return std::max(label_width(name) + label_margin, least);
   }
 
   void add_port(const net::Signal& signal) {
@@ -137,6 +159,8 @@ class Schematic {
     for (const Wire& wire : wires_) {
       NetToRoute& net = nets[wire.name];
       net.driver = wire.from;
+      if (!is_port(wire.name) && wire.from < circuit_.instances.size())
+        net.label_width = small_label_width(label_of(wire.name)) + 2 * wire_label_gap;
       net.sinks.push_back({wire.to, wire.pin ? pin_offset(graph_.nodes[wire.to], *wire.pin) : 0,
                            wire.edge ? &layout.curves[*wire.edge] : nullptr});
     }
@@ -162,25 +186,44 @@ class Schematic {
         canvas_.circle(joint, joint_radius, "joint");
       canvas_.end_group();
     }
-    for (std::size_t i = 0; i < circuit_.instances.size(); ++i)
-      draw_gate(circuit_.instances[i], graph_.nodes[i], wiring.centres[i]);
+    for (std::size_t i = 0; i < circuit_.instances.size(); ++i) draw_gate(i, wiring.centres[i]);
     for (std::size_t i = 0; i < ports_.size(); ++i) {
       const std::size_t node = circuit_.instances.size() + i;
       draw_port(*ports_[i], graph_.nodes[node], wiring.centres[node]);
     }
   }
 
-  void draw_gate(const Instance& instance, const GraphNode& node, Point centre) {
+  void draw_gate(std::size_t number, Point centre) {
+    const Instance& instance = circuit_.instances[number];
+    const GateSymbol& symbol = symbols_[number];
+    const GraphNode& node = graph_.nodes[number];
     canvas_.begin_group("node" + kind_class(instance.output), in_words(instance));
-    canvas_.box(centre, node.width, node.height, 3, "gate");
-    canvas_.text({centre.x, centre.y + text_height}, "label", label(instance));
-    canvas_.text({centre.x, centre.y - node.height / 2 + 9}, "small",
-                 keeps_its_value(instance) ? instance.name + " keeps" : instance.name);
+    draw_outline(canvas_, symbol.shape, centre, node.width, node.height);
+    draw_names(instance, symbol.shape, node, centre);
     if (!is_port(instance.output))
-      canvas_.text({centre.x + node.width / 2 + 4, centre.y - 4}, "small start halo",
+      canvas_.text({centre.x + node.width / 2 + wire_label_gap, centre.y - 5}, "small start halo",
                    label_of(instance.output));
-    draw_bubbles(instance, node, centre);
+    draw_pins(instance, symbol, node, centre);
     canvas_.end_group();
+  }
+
+  // Outlines other than boxes are pointed at their right.
+  void draw_names(const Instance& instance, GateShape shape, const GraphNode& node, Point centre) {
+    const double top_line = centre.y - node.height / 2 + 11;
+    const std::string name = first_line(instance, shape);
+    if (shape == GateShape::buffer) {
+      canvas_.text({centre.x - node.width / 2 + 5, centre.y + 3}, "small start",
+                   label(instance, shape));
+      canvas_.text({centre.x + 4, top_line - 2}, "small start halo", name);
+      return;
+    }
+    const bool is_box = shape == GateShape::box;
+    const double middle = is_box ? centre.x : centre.x - pointed_part * node.width;
+    canvas_.text({middle, top_line}, "small", name);
+    if (shape == GateShape::c_element)
+      canvas_.text({middle, centre.y + (name.empty() ? 6 : 11)}, "letter", "C");
+    else
+      canvas_.text({middle, centre.y + text_height + 3}, "label", label(instance, shape));
   }
 
   bool is_port(const std::string& wire) const {
@@ -202,19 +245,27 @@ class Schematic {
     return false;
   }
 
-  void draw_bubbles(const Instance& instance, const GraphNode& node, Point centre) {
+  // Inversions in the gate next to its outline, those beside it in front of them.
+  void draw_pins(const Instance& instance, const GateSymbol& symbol, const GraphNode& node,
+                 Point centre) {
     std::uint32_t number = 0;
     for (const Instance::Pin& pin : instance.inputs) {
       if (!has_pin(instance, pin)) continue;
-      if (pin.is_inverted)
-        canvas_.circle(
-            {centre.x - node.width / 2 - bubble_radius, centre.y + pin_offset(node, number)},
-            bubble_radius, "instant");
+      const double y = centre.y + pin_offset(node, number);
+      const double edge = centre.x - node.width / 2;
+      double x = edge + inset_at(symbol.shape, (y - centre.y) / node.height + 0.5);
+      if (x > edge) canvas_.line(std::array<Point, 2>{{{edge, y}, {x, y}}}, "pin");
+      const bool has_bubble = symbol.shape != GateShape::box && symbol.has_bubble[number];
       ++number;
+      if (has_bubble) {
+        canvas_.circle({x - bubble_radius, y}, bubble_radius, "bubble");
+        x -= 2 * bubble_radius;
+      }
+      if (pin.is_inverted) canvas_.circle({x - bubble_radius, y}, bubble_radius, "instant");
     }
-    if (instance.is_output_inverted)
-      canvas_.circle({centre.x + node.width / 2 + bubble_radius, centre.y}, bubble_radius,
-                     "bubble");
+    const Point output{centre.x + node.width / 2 + bubble_radius, centre.y};
+    if (symbol.has_output_bubble) canvas_.circle(output, bubble_radius, "bubble");
+    if (instance.is_output_inverted) canvas_.circle(output, bubble_radius, "slow");
   }
 
   void draw_port(const net::Signal& signal, const GraphNode& node, Point centre) {
@@ -236,7 +287,7 @@ class Schematic {
     });
     if (has_instant) items.push_back(bubble_sample("instant", "inverted in no time"));
     if (std::ranges::any_of(circuit_.instances, &Instance::is_output_inverted))
-      items.push_back(bubble_sample("bubble", "inverter with a delay"));
+      items.push_back(bubble_sample("slow", "inverter with a delay"));
     return items;
   }
 
@@ -254,7 +305,7 @@ class Schematic {
     for (const Instance::Pin& pin : instance.inputs)
       inputs.push_back(pin.wire + (pin.is_inverted ? " (inverted)" : ""));
     std::string text = " " + instance.output + " is made by " + instance.name;
-    if (is_of_library(instance)) text += ", a " + instance.gate;
+    text += is_of_library(instance) ? ", a " + instance.gate : ", a gate for " + instance.function;
     if (instance.is_output_inverted) text += " with an inverter behind it";
     if (!inputs.empty()) text += ", of " + listed(inputs);
     return text + ".";
@@ -265,6 +316,7 @@ class Schematic {
   Graph graph_;                            // the gates in their order, then the ports
   std::map<std::string, Node> driver_of_;  // by wire
   std::map<std::string, net::SignalKind> kind_of_;
+  std::vector<GateSymbol> symbols_;  // by gate
   std::vector<Wire> wires_;
   std::vector<std::string> net_names_;
   std::vector<const net::Signal*> ports_;

@@ -32,7 +32,7 @@ Case random_case(std::mt19937_64& random) {
     }
   }
   const auto any_node = [&] { return static_cast<std::uint32_t>(random() % c.nodes.size()); };
-  for (std::uint32_t i = 0; i < c.nodes.size(); ++i) c.nets.push_back({i, {}});
+  for (std::uint32_t i = 0; i < c.nodes.size(); ++i) c.nets.push_back({i, 0, {}});
   // Of each pin one net, back and forth as it comes.
   for (std::uint32_t node = 0; node < c.nodes.size(); ++node)
     for (std::uint32_t pin = 0; pin < c.nodes[node].pins; ++pin) {
