@@ -192,11 +192,14 @@ class ChannelRouter {
     const bool is_outside = channel == 0 || channel == columns_.size();
     const double labels = label_room(channel);
     if (tracks == 0) return is_outside ? labels : std::max(least_channel, labels);
-    return std::max({least_channel, labels,
-                     first_gap + track_gap * static_cast<double>(tracks - 1) + last_gap});
+    return std::max(least_channel,
+                    first_track(channel) + track_gap * static_cast<double>(tracks - 1) + last_gap);
   }
 
-  // The channel of the labels of nets that begin there.
+  // Behind the labels.
+  double first_track(std::size_t channel) const { return std::max(first_gap, label_room(channel)); }
+
+  // What the labels of nets that begin in the channel take of it.
   double label_room(std::size_t channel) const {
     double room = 0;
     for (const NetToRoute& net : nets_) {
@@ -233,7 +236,8 @@ class ChannelRouter {
   }
 
   double track_x(const Trunk& trunk, std::size_t channel) const {
-    return channel_left_[channel] + first_gap + track_gap * static_cast<double>(trunk.track);
+    return channel_left_[channel] + first_track(channel) +
+           track_gap * static_cast<double>(trunk.track);
   }
 
   void draw(const Trunk& trunk, std::size_t channel) {

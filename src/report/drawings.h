@@ -1,7 +1,7 @@
 // report/drawings.h - nets, prefixes and netlists as pictures.
-// Here:      what is drawn how, each picture as SVG to be put into a page, with a text that says
-// the
-//            same for those who do not see it.
+// Here:      each picture as SVG to be put into a page, with a text that says the same for those
+// who
+//            do not see it.
 // Not here:  the layout, which Graphviz makes (report/graph_layout.h), colours, which a page has to
 //            bring in once (report/drawing_style.h), waveforms (report/waveform_drawing.h).
 //
@@ -32,8 +32,9 @@ Drawing draw_stg(const net::Stg& stg);
 // Conditions with one producer and at most one consumer are arcs; cut-offs are dashed; the more
 // conflict cores run through an event the darker it is. An empty map is one of zeros.
 Drawing draw_prefix(const net::StgPrefix& prefix, const flow::CoreMap& cores);
-// Gates as boxes with their names or functions, wires from outputs to inputs, bubbles for
-// inversions without delay.
+// Gates in the usual shapes where one tells the function, else as boxes with their names or
+// functions; wires upright and level, coloured by the kind of their signals; inversions that take
+// no time are bubbles of another colour.
 Drawing draw_schematic(const flow::CircuitResult& circuit, const net::Stg& stg);
 
 }  // namespace vorel::report
