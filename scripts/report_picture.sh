@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Makes the picture of a report that README shows, docs/report.png, in a browser without a screen.
+# Makes the pictures of a report that README shows, docs/report.png and docs/report_conflict.png, in
+# a browser without a screen.
 # Usage: scripts/report_picture.sh [BUILD-FOLDER]     where vorel-flow has been built
 set -euo pipefail
 
@@ -15,10 +16,19 @@ command -v chromium >/dev/null || scripts/install-dependencies.sh chromium
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 "$program" -q examples/vme_read.g -o "$folder/report"
-chromium --headless --no-sandbox --disable-gpu --hide-scrollbars --window-size=1080,1560 \
-  --user-data-dir="$folder/profile" --screenshot="$folder/report.png" \
-  "file://$folder/report/report.html" 2>"$folder/messages" || {
-  cat "$folder/messages" >&2
-  exit 1
+
+# picture NAME LEFT-OUT HEIGHT     without what the selector says
+picture() {
+  sed "s|</head>|<style>$2 { display: none; }</style></head>|" "$folder/report/report.html" \
+    >"$folder/page.html"
+  chromium --headless --no-sandbox --disable-gpu --hide-scrollbars --window-size="1080,$3" \
+    --user-data-dir="$folder/profile" --screenshot="$folder/picture.png" \
+    "file://$folder/page.html" 2>"$folder/messages" || {
+    cat "$folder/messages" >&2
+    exit 1
+  }
+  mv "$folder/picture.png" "docs/$1.png"
 }
-mv "$folder/report.png" docs/report.png
+
+picture report '#prefix' 1420
+picture report_conflict 'header, nav, section:not(#conflicts), footer' 1130

@@ -103,6 +103,7 @@ bool OutputFile::finish() {
 
 bool OutputFile::commit() {
   if (!is_finished_ && !finish()) return false;
+  is_finished_ = false;
   if (temporary_.empty()) return true;
   if (std::rename(temporary_.c_str(), target_.c_str()) == 0) {
     temporary_.clear();

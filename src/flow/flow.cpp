@@ -145,7 +145,8 @@ class FlowRun {
     }
     std::ranges::move(found, std::back_inserter(result_.findings));
     if (faults == 0 && warnings == 0) return "safe, consistent, nothing wrong";
-    return (is_consistent() ? "safe, consistent; " : "safe, inconsistent; ") + counted(faults, "fault") + ", " + counted(warnings, "warning");
+    return (is_consistent() ? "safe, consistent; " : "safe, inconsistent; ") +
+           counted(faults, "fault") + ", " + counted(warnings, "warning");
   }
 
   bool is_consistent() const {

@@ -1,7 +1,5 @@
 #include "flow/unfold_step.h"
 
-#include <algorithm>
-#include <cassert>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -68,19 +66,11 @@ Unfolded unfold(net::Stg stg, const StepContext& context) {
   return result;
 }
 
-// The text tells no initial values, and not all follow from the edges.
 Unfolded unfold_again(const net::Stg& stg, const StepContext& context) {
   std::ostringstream text;
-  if (!formats::write_g(stg, text)) return {};
+  if (!formats::write_g(stg, text, formats::GInitialValues::of_toggles)) return {};
   auto read = formats::read_g_text(text.str(), context.request.stg_name);
-  if (!read) return {};
-  for (const auto& signal : read->signals) {
-    const auto before = std::ranges::find(
-        stg.signals, signal->name, [](const auto& other) -> const auto& { return other->name; });
-    assert(before != stg.signals.end() && "a text has the signals that it was made of");
-    signal->initial_value = (*before)->initial_value;
-  }
-  return unfold(std::move(*read), context);
+  return read ? unfold(std::move(*read), context) : Unfolded{};
 }
 
 }  // namespace vorel::flow

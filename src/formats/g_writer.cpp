@@ -3,6 +3,7 @@
 #include <array>
 #include <cassert>
 #include <string_view>
+#include <vector>
 
 #include "base/text_sink.h"
 #include "formats/g_names.h"
@@ -24,8 +25,8 @@ constexpr std::array<KindKeyword, net::signal_kind_count> kind_keywords = {
 
 class GText {
  public:
-  GText(const net::Stg& stg, const GNames& names, std::ostream& stream)
-      : stg_{stg}, names_{names}, sink_{stream} {
+  GText(const net::Stg& stg, const GNames& names, GInitialValues values, std::ostream& stream)
+      : stg_{stg}, names_{names}, values_{values}, sink_{stream} {
     assert(names.places.size() == stg.places.size());
     assert(names.transitions.size() == stg.transitions.size());
   }
@@ -35,6 +36,7 @@ class GText {
     sink_ << "\n\n.graph";
     for (const auto& place : stg_.places) add_line_of(*place);
     for (const auto& transition : stg_.transitions) add_line_of(*transition);
+    if (values_ == GInitialValues::of_toggles) add_initial_values();
     sink_ << "\n\n.marking {";
     for (const auto& place : stg_.places) add_tokens_of(*place);
     sink_ << " }\n.end\n";
@@ -72,6 +74,19 @@ class GText {
     }
   }
 
+  void add_initial_values() {
+    std::vector<bool> only_toggles(stg_.signals.size(), true);
+    for (const auto& transition : stg_.transitions)
+      if (transition->sign != net::Sign::toggle) only_toggles[transition->signal->index] = false;
+    bool is_first = true;
+    for (const auto& signal : stg_.signals) {
+      if (signal->initial_value == net::unknown_value || !only_toggles[signal->index]) continue;
+      if (is_first) sink_ << "\n\n.initial.state";
+      is_first = false;
+      sink_ << ' ' << signal->name << '=' << std::uint32_t{signal->initial_value};
+    }
+  }
+
   void add_tokens_of(const net::StgPlace& place) {
     if (place.initial_marking == 0) return;
     if (is_implicit(place)) {
@@ -85,14 +100,15 @@ class GText {
 
   const net::Stg& stg_;
   const GNames& names_;
+  const GInitialValues values_;
   base::TextSink sink_;
 };
 
 }  // namespace
 
-bool write_g(const net::Stg& stg, std::ostream& stream) {
+bool write_g(const net::Stg& stg, std::ostream& stream, GInitialValues values) {
   const auto names = choose_g_names(stg);
-  return names && GText(stg, *names, stream).run();
+  return names && GText(stg, *names, values, stream).run();
 }
 
 bool save_g(const net::Stg& stg, const std::string& file_name) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -10,8 +11,8 @@
 namespace vorel::report {
 namespace {
 
-// Of more conflicts the first are drawn.
-constexpr std::size_t most_drawn_conflicts = 12;
+// Of more conflicts the first are drawn, and told.
+constexpr std::size_t most_drawn_conflicts = 12, most_told_conflicts = 100;
 
 // The code, digit by digit below the signals.
 void add_code(HtmlWriter& html, const flow::Coding& coding, const flow::Conflict& conflict) {
@@ -128,11 +129,13 @@ void add_conflicts(HtmlWriter& html, const PageContent& content) {
              "Two reachable states have the same values of all signals. In a CSC conflict "
              "the circuit would have to do different things in them, which it cannot tell "
              "apart; a USC conflict alone does no harm.");
-  if (coding.conflicts.size() > most_drawn_conflicts)
+  const std::size_t told = std::min(coding.conflicts.size(), most_told_conflicts);
+  if (told > most_drawn_conflicts)
     html.add("p", "class=\"quiet\"",
-             "The waveforms of the first " + std::to_string(most_drawn_conflicts) + " of " +
-                 std::to_string(coding.conflicts.size()) + " conflicts are drawn.");
-  for (std::size_t i = 0; i < coding.conflicts.size(); ++i) add_conflict(html, content, i);
+             "Of " + std::to_string(coding.conflicts.size()) + " conflicts found the first " +
+                 std::to_string(told) + " are told here, and the first " +
+                 std::to_string(most_drawn_conflicts) + " with waveforms.");
+  for (std::size_t i = 0; i < told; ++i) add_conflict(html, content, i);
 }
 
 void add_resolution(HtmlWriter& html, const PageContent& content) {

@@ -20,7 +20,7 @@ constexpr std::string_view stylesheet = R"(:root {
   }
 }
 * { box-sizing: border-box; }
-html { -webkit-text-size-adjust: 100%; text-size-adjust: 100%; scroll-behavior: smooth; }
+html { -webkit-text-size-adjust: 100%; text-size-adjust: 100%; }
 body { margin: 0 auto; max-width: 1080px; padding: 0 24px 64px; background: var(--page);
   color: var(--text); font: 15px/1.55 system-ui, -apple-system, "Segoe UI", "Noto Sans",
   "DejaVu Sans", sans-serif; overflow-wrap: anywhere; }

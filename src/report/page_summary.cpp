@@ -57,7 +57,7 @@ void add_stg_tiles(HtmlWriter& html, const flow::FlowResult& result) {
 void add_circuit_tiles(HtmlWriter& html, const flow::FlowResult& result) {
   if (result.coding) {
     std::string note = "none";
-    if (!result.coding->csc_holds) note = "to be resolved";
+    if (!result.coding->csc_holds) note = "not resolved";
     if (result.resolution && result.resolution->is_complete)
       note = "resolved by " + counted(result.resolution->transformations.size(), "change");
     add_tile(html, "CSC conflict cores", note,

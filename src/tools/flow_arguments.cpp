@@ -152,8 +152,8 @@ class FlowArguments {
     app_.add_option("--style", style_,
                     "complex gates, generalised C-elements (gc), standard-C\n"
                     "(stdc) or gates of a library (mapped); auto (default):\n"
-                    "the first of mapped, stdc, complex that leads to a\n"
-                    "correct circuit")
+                    "the first of mapped, given 30 seconds, stdc, complex\n"
+                    "that leads to a correct circuit")
         ->check(CLI::IsMember(style_keys()).description(""))
         ->type_name("NAME");
     app_.add_option("--lib", request.library,

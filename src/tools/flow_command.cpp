@@ -117,8 +117,10 @@ class FlowRun {
       (message.is_error ? errors : warnings).push_back(message.text);
     result.warnings.insert(result.warnings.begin(), warnings.begin(), warnings.end());
     result.errors.insert(result.errors.begin(), errors.begin(), errors.end());
-    if (!warnings.empty() && result.verdict == flow::Verdict::verified)
+    if (!warnings.empty() && result.verdict == flow::Verdict::verified) {
       result.verdict = flow::Verdict::verified_with_warnings;
+      result.sentence += "; there are warnings";
+    }
   }
 
   flow::FlowListener listener() {

@@ -83,16 +83,23 @@ bool is_name_of_trace(std::string_view name) {
   return name.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_") == std::string_view::npos;
 }
 
-// What the document of an earlier run lists, as far as this run could have written it.
-std::vector<std::string> files_of_earlier_run(const FlowTask& task) {
-  std::vector<std::string> files;
-  const std::string path = path_in(task.folder, document_name);
+// The document of an earlier run; null if there is none.
+nlohmann::json earlier_document(const std::string& folder) {
+  const std::string path = path_in(folder, document_name);
   std::error_code unknown;
   std::string text;
-  if (!fs::is_regular_file(path, unknown) || !base::read_whole_file(path, text)) return files;
-  const auto document = nlohmann::json::parse(text, nullptr, false);
-  if (!document.is_object() || document.value("program", nlohmann::json()) != "vorel-flow")
-    return files;
+  if (!fs::is_regular_file(path, unknown) || !base::read_whole_file(path, text)) return {};
+  auto document = nlohmann::json::parse(text, nullptr, false);
+  if (document.is_object() && document.value("program", nlohmann::json()) == "vorel-flow")
+    return document;
+  return {};
+}
+
+// What it lists, as far as this run could have written it.
+std::vector<std::string> files_of_earlier_run(const FlowTask& task) {
+  const nlohmann::json document = earlier_document(task.folder);
+  if (document.is_null()) return {};
+  std::vector<std::string> files;
   const auto possible = possible_names(task);
   for (const nlohmann::json& entry : document.value("files", nlohmann::json::array())) {
     if (!entry.is_string()) continue;
@@ -184,9 +191,11 @@ bool flow_files_can_be_written(const FlowTask& task) {
   if (!task.folder.empty() && fs::exists(task.folder, unknown)) {
     if (!fs::is_directory(task.folder, unknown))
       return fail("\"" + task.folder + "\" is no folder");
+    // Where no run has left anything, a net is somebody's own.
+    const bool is_ours = !earlier_document(task.folder).is_null();
     for (const std::string& name : possible_names(task)) {
       const std::string path = path_in(task.folder, name);
-      outputs.push_back({path, path, true});
+      outputs.push_back({path, path, is_ours});
     }
   } else if (!task.folder.empty() && !can_be_made(task.folder)) {
     return false;
@@ -203,7 +212,9 @@ std::vector<FlowFile> circuit_files(const FlowTask& task, const flow::FlowResult
   const net::StgPrefix* const stg = result.circuit_stg();
   assert(stg != nullptr);
   const std::string name = circuit_name(task.stg);
-  files.push_back({name + ".g", [stg](std::ostream& out) { return formats::write_g(*stg, out); }});
+  files.push_back({name + ".g", [stg](std::ostream& out) {
+                     return formats::write_g(*stg, out, formats::GInitialValues::of_toggles);
+                   }});
   files.push_back(text_file(name + ".v", circuit.module_text));
   if (!circuit.models_text.empty())
     files.push_back(text_file(name + "_gates.v", circuit.models_text));

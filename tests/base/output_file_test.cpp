@@ -58,6 +58,22 @@ TEST_F(OutputFileTest, WithoutACommitTheTargetStaysAsItWas) {
   EXPECT_EQ(entry_count(), 1) << "neither new.txt nor a temporary file may be left";
 }
 
+TEST_F(OutputFileTest, AFinishedFileWaitsForItsNameAndGoesWithoutACommit) {
+  folder_.write("old.txt", "old");
+  for (const bool commits : {false, true}) {
+    OutputFile file(path("old.txt"));
+    file.stream() << "new";
+    ASSERT_TRUE(file.finish());
+    EXPECT_FALSE(file.is_open());
+    EXPECT_EQ(get("old.txt"), "old");
+    if (commits) {
+      EXPECT_TRUE(file.commit());
+    }
+  }
+  EXPECT_EQ(get("old.txt"), "new");
+  EXPECT_EQ(entry_count(), 1);
+}
+
 TEST_F(OutputFileTest, AFailedWriteLeavesTheTargetAlone) {
   folder_.write("old.txt", "old");
   OutputFile file(path("old.txt"));

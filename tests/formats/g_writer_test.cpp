@@ -124,6 +124,15 @@ TEST(GWriter, TheExamplesAreReadBackAsTheCircuitsThatTheyAre) {
 }
 
 // The second of two parallel places keeps its own marking by keeping its name.
+TEST(GWriter, ValuesThatNoEdgeTellsAreWrittenIfTheyAreWanted) {
+  net::Stg stg = stg_of({{"a~", {"p"}, {"q"}}, {"z~", {"q"}, {"r"}}, {"x+", {"r"}, {"s"}}}, {"p"});
+  for (const auto& signal : stg.signals) signal->initial_value = signal->name == "z" ? 1 : 0;
+  std::ostringstream stream;
+  EXPECT_TRUE(write_g(stg, stream, GInitialValues::of_toggles));
+  EXPECT_NE(stream.str().find("\n.initial.state a=0 z=1\n"), std::string::npos) << stream.str();
+  EXPECT_EQ(written(stg).find(".initial"), std::string::npos);
+}
+
 TEST(GWriter, OfParallelPlacesAllButOneAreWrittenByName) {
   const net::Stg stg =
       stg_of({{"x+", {"p"}, {"q", "r", "s"}}, {"x-", {"q", "r", "s"}, {"p"}}}, {"p", "s"});

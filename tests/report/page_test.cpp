@@ -11,10 +11,13 @@
 #include <vector>
 
 #include "example_results.h"
+#include "flow/flow.h"
 #include "formats/vcd_writer.h"
+#include "oracle/random_stg.h"
 #include "report/document.h"
 #include "report/trace_files.h"
 #include "support/run_program.h"
+#include "support/seeds.h"
 #include "support/value_changes.h"
 
 namespace vorel::report {
@@ -24,6 +27,20 @@ const std::map<std::string, ExampleRun (*)()> examples = {{"bus.html", bus_contr
                                                           {"hostile.html", hostile_texts},
                                                           {"unsafe.html", unsafe_net},
                                                           {"long.html", long_traces}};
+
+// And runs of whatever comes.
+std::map<std::string, ExampleRun> all_runs() {
+  std::map<std::string, ExampleRun> runs;
+  for (const auto& [name, make] : examples) runs.emplace(name, make());
+  for (auto [seed, end] = support::seeds(5); seed < end; ++seed) {
+    ExampleRun run;
+    run.request.stg_name = "random.g";
+    run.request.style = flow::Style::complex_gate;  // mapping takes longer than this test may
+    run.result = flow::run_flow(oracle::random_stg(seed), run.request);
+    runs.emplace("random" + std::to_string(seed) + ".html", std::move(run));
+  }
+  return runs;
+}
 
 // A page leads to them, whatever their names.
 std::vector<std::string> files_of(const ExampleRun& run) {
@@ -40,8 +57,8 @@ std::string page_of(const ExampleRun& run) {
 
 TEST(Page, IsWellFormedAndHasNothingThatRunsOrLoads) {
   const support::TemporaryFolder folder;
-  for (const auto& [name, make] : examples) {
-    const std::string page = page_of(make());
+  for (const auto& [name, run] : all_runs()) {
+    const std::string page = page_of(run);
     folder.write(name, page);
     for (const char* word : {"<script", " onload=", " src=", "url(", "@import", "<link"}) {
       EXPECT_EQ(page.find(word), std::string::npos) << name << " has " << word;
@@ -52,24 +69,39 @@ TEST(Page, IsWellFormedAndHasNothingThatRunsOrLoads) {
   EXPECT_EQ(run.exit_code, 0) << run.err;
 }
 
-TEST(Page, HasTheFiguresOfTheDocument) {
+// How many there are.
+std::size_t compare_figures(const std::string& page, const std::string& document_text,
+                            const std::string& name) {
   static const std::regex figure("<data data-json=\"([^\"]*)\" value=\"([^\"]*)\">");
-  for (const auto& [name, make] : examples) {
-    const ExampleRun run = make();
+  const auto document = nlohmann::json::parse(document_text);
+  std::size_t count = 0;
+  for (std::sregex_iterator it(page.begin(), page.end(), figure), end; it != end; ++it, ++count) {
+    const auto& value = document.at(nlohmann::json::json_pointer((*it)[1].str()));
+    if (value.is_string()) {
+      EXPECT_EQ(value, (*it)[2].str()) << name << ' ' << (*it)[1];
+    } else {
+      EXPECT_EQ(value.get<double>(), std::stod((*it)[2])) << name << ' ' << (*it)[1];
+    }
+  }
+  return count;
+}
+
+TEST(Page, HasTheFiguresOfTheDocument) {
+  for (const auto& [name, run] : all_runs()) {
     std::ostringstream stream;
     ASSERT_TRUE(write_document(run.request, run.result, {}, stream));
-    const auto document = nlohmann::json::parse(stream.str());
-    const std::string page = page_of(run);
-    std::size_t count = 0;
-    for (std::sregex_iterator it(page.begin(), page.end(), figure), end; it != end; ++it, ++count) {
-      const auto& value = document.at(nlohmann::json::json_pointer((*it)[1].str()));
-      if (value.is_string()) {
-        EXPECT_EQ(value, (*it)[2].str()) << name << ' ' << (*it)[1];
-      } else {
-        EXPECT_EQ(value.get<double>(), std::stod((*it)[2])) << name << ' ' << (*it)[1];
-      }
-    }
-    EXPECT_GE(count, name == "unsafe.html" ? 3 : 30) << name;
+    const std::size_t count = compare_figures(page_of(run), stream.str(), name);
+    EXPECT_GE(count, run.result.given ? 10 : 3) << name;
+  }
+  // The same where the program has written both.
+  const support::TemporaryFolder folder;
+  for (const char* name : {"vme_read", "mutex2", "sequencer"}) {
+    support::run_program({VOREL_FLOW_BINARY, "-q", support::example(name) + std::string(".g"), "-o",
+                          folder.path(name)});
+    const std::string base = folder.path(name);
+    EXPECT_GE(compare_figures(support::read_text(base + "/report.html"),
+                              support::read_text(base + "/report.json"), name),
+              20);
   }
 }
 

@@ -10,6 +10,7 @@
 #include "base/messages.h"
 #include "conflicts/conflicts_support.h"
 #include "oracle/equation_circuit.h"
+#include "oracle/parse_g.h"
 #include "support/legacy_files.h"
 #include "synthesis/assumptions.h"
 #include "synthesis/synthesis_support.h"
@@ -189,6 +190,54 @@ TEST(EquationSearch, EquationsOfRandomStgsAreRightInAllReachableStates) {
   expect_right_equations_of_random_stgs({.max_states = 60}, 60);
   expect_right_equations_of_random_stgs({.dummies = true, .max_states = 60}, 60);
   expect_right_equations_of_random_stgs({.toggles = true, .max_states = 60}, 40);
+}
+
+net::StgPrefix prefix_of(const std::string& declarations, const std::string& edges) {
+  auto prefix =
+      oracle::unfold(*oracle::parse_g(".model m\n.inputs a\n.outputs b c d\n" + declarations +
+                                      ".graph\n" + edges + "\n.marking { <d-,a+> }\n.end\n"));
+  EXPECT_TRUE(prefix && net::find_initial_values(*prefix));
+  return std::move(*prefix);
+}
+
+// What is known is told by its cost. c comes just before n, and d just after it.
+TEST(EquationSearch, KnownEquationsStayWhereTheInsertedSignalIsNoNeighbour) {
+  const net::StgPrefix before =
+      prefix_of("", "a+ b+\nb+ c+\nc+ d+\nd+ a-\na- b-\nb- c-\nc- d-\nd- a+");
+  const net::StgPrefix after = prefix_of(
+      ".internal n\n", "a+ b+\nb+ c+\nc+ n+\nn+ d+\nd+ a-\na- b-\nb- c-\nc- n-\nn- d-\nd- a+");
+  for (const SynthesisStyle style : styles) {
+    SCOPED_TRACE("style " + std::to_string(static_cast<int>(style)));
+    const auto options = configuration::SearchOptions::of(support::default_params({}));
+    EquationSearch first(before, options, style), second(after, options, style),
+        fresh(after, options, style);
+    std::map<std::pair<std::string, std::vector<std::string>>, SignalImplementation> known;
+    for (const SignalSolution* solution : solutions_of(first)) {
+      for (SignalImplementation implementation : solution->alternatives) {
+        implementation.cost += 100;
+        known.emplace(std::pair(solution->name(), implementation.context), implementation);
+      }
+    }
+    second.use({"n", [&known](const std::string& name, const auto& context) {
+                  const auto found = known.find({name, context});
+                  return found == known.end() ? nullptr : &found->second;
+                }});
+    const auto solutions = solutions_of(second), expected = solutions_of(fresh);
+    ASSERT_EQ(solutions.size(), expected.size());
+    std::set<char> kept;
+    for (std::size_t i = 0; i < solutions.size(); ++i) {
+      SCOPED_TRACE(solutions[i]->name());
+      std::multiset<std::string> equations, expected_equations;
+      for (const auto& alternative : solutions[i]->alternatives) {
+        equations.insert(to_string(alternative.equation));
+        if (alternative.cost >= 100) kept.insert(solutions[i]->name().front());
+      }
+      for (const auto& alternative : expected[i]->alternatives)
+        expected_equations.insert(to_string(alternative.equation));
+      EXPECT_EQ(equations, expected_equations);
+    }
+    EXPECT_EQ(kept, (std::set{'b'}));
+  }
 }
 
 // What disables what, and what is dead, by the state graph.

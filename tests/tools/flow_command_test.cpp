@@ -83,6 +83,7 @@ class FlowCommand : public testing::Test {
 TEST_F(FlowCommand, TellsItsVerdictByTextDocumentAndExitCode) {
   write("inconsistent.g", inconsistent);
   write("not_persistent.g", not_persistent);
+  write("no_end.g", follower.substr(0, follower.size() - 5));
   write("stops.g", stops);
   write("without_outputs.g", without_outputs);
   write("broken.g", ".inputs a\n.outputs z\n.graph\na+ z+ )\n.end\n");
@@ -97,6 +98,7 @@ TEST_F(FlowCommand, TellsItsVerdictByTextDocumentAndExitCode) {
   } rows[] = {
       {{vme}, 0, "verified", "\nthe circuit is verified\n", ""},
       {{mutex}, 1, "verified with warnings", "\narbiter: g1, g2\n", "arbitration"},
+      {{"no_end.g"}, 1, "verified with warnings", "is verified; there are warnings\n", ""},
       {{"stops.g"}, 1, "verified with warnings", "\n  trace: a+, z+\n", "deadlock"},
       {{"broken.g"}, 2, "error", "\nhint: ", ""},
       {{"none.g"}, 2, "error", "\nhint: ", ""},
@@ -184,6 +186,8 @@ TEST_F(FlowCommand, LeavesNothingOfAnEarlierRunThatIsNoLongerSo) {
   EXPECT_EQ(flow({"vme_read.g", "-o", "out", "--no-html"}).exit_code, 0);
   EXPECT_TRUE(exists("out/mine.txt") && exists("vme_read.g"));
   write("out/report.json", "{\"program\": 1");
+  EXPECT_EQ(flow({"vme_read.g", "-o", "out", "--no-html"}).exit_code, 2) << "whose STG is there?";
+  fs::remove(folder_.path("out/vme_read.g"));
   EXPECT_EQ(flow({"vme_read.g", "-o", "out", "--no-html"}).exit_code, 0);
   EXPECT_EQ(checked_document(file("out/report.json")).at("verdict"), "verified");
 }
@@ -208,6 +212,7 @@ TEST_F(FlowCommand, RefusesWhatItCannotDoAndWritesNothing) {
   const std::string more = " (vorel-flow --help tells more)";
   fs::create_directory(folder_.path("blocked"));
   write("blocked/traces", "a file");
+  write("blocked/follower.g", follower);
   const struct {
     Arguments arguments;
     std::string error;
@@ -217,6 +222,9 @@ TEST_F(FlowCommand, RefusesWhatItCannotDoAndWritesNothing) {
        "the ending of \"follower.v\" tells no format; known are .g, .ll_net and .pnml, each also "
        "with .gz behind, and --format tells the format of other names"},
       {{"follower.g", "-o", "."}, "refusing to overwrite ./follower.g, which is the STG"},
+      {{"blocked/follower.g", "-o", "."},
+       "refusing to overwrite ./follower.g, which is a net or process by its name (give the "
+       "output another one)"},
       {{"follower.g", "-o", "vme_read.g"}, "\"vme_read.g\" is no folder"},
       {{"follower.g", "-o", "vme_read.g/x"}, "cannot make the folder \"vme_read.g/x\""},
       {{"unsafe.g", "-o", "blocked"}, "cannot make the folder \"blocked/traces\""},

@@ -30,7 +30,7 @@ std::vector<Step> steps_of(const std::string& text) {
       is_console = line == "```console";
     } else if (is_console && line.starts_with("$ ")) {
       steps.push_back({line.substr(2), "", number});
-      in_document = line.ends_with("<<END");
+      in_document = line.ends_with("<<END") || line.ends_with("<<'END'");
     } else if (is_console) {
       Step& step = steps.back();
       (in_document ? step.command : step.answer) += '\n' + line;
