@@ -2,14 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "net/causality.h"
 #include "net/edge_history.h"
+#include "net/event_relations.h"
+#include "oracle/random.h"
 #include "support/process_builder.h"
 
 namespace vorel::net {
@@ -111,6 +116,10 @@ TEST(InitialValues, InconsistencyIsAnErrorWithATraceThatLeadsToIt) {
       {{{"a+", "a-"}, {"a+/1", "a-/1"}}, "c+", unknown_value, "signal a; trace:"},
       // Though concurrent toggles of another signal are met first.
       {{{"b~", "a+"}, {"b~/1", "a+/1"}}, "c+", unknown_value, "signal a; trace:"},
+      // The same where nothing follows both.
+      {{{"a+"}, {"b+", "a+/1"}}, "", unknown_value, "signal a; trace:\nb+, a+/1, a+"},
+      {{{"a~"}, {"b~", "a~/1", "a+"}}, "", unknown_value, "signal a; trace:\na~, b~, a~/1, a+"},
+      {{{"b+", "a+", "a-"}, {"b-/1"}}, "", unknown_value, "signal b; trace:"},
   };
   for (const Row& row : table) {
     Builder b = chains(row.chains);
@@ -124,6 +133,96 @@ TEST(InitialValues, InconsistencyIsAnErrorWithATraceThatLeadsToIt) {
               std::string::npos)
         << outcome.messages;
   }
+}
+
+// Random trees of choices, with some forks in them and events that join the branches; each edge has
+// the sign that fits those before it.
+class RandomBranches {
+ public:
+  RandomBranches(std::uint64_t seed, bool is_large) : random_{seed}, is_large_{is_large} {}
+
+  StgPrefix& run() {
+    ends_.push_back(&condition());
+    const unsigned events = is_large_ ? 3000 : random_.between(5, 44);
+    for (unsigned i = 0; i < events; ++i)
+      add_event(is_large_ ? random_.below(1500) == 0 : random_.chance(10), i);
+    return builder_.finish();
+  }
+
+ private:
+  using Condition = StgPrefix::Condition;
+  Condition& condition() { return builder_.condition("p" + std::to_string(ends_.size())); }
+
+  void add_event(bool is_fork, unsigned number) {
+    Condition* const first = ends_[random_.below(ends_.size())];
+    std::vector<Condition*> preset{first};
+    if (!is_large_ && random_.chance(30)) {
+      EventRelations relations(*builder_.process);
+      relations.choose(*first);
+      Condition* const second = ends_[random_.below(ends_.size())];
+      if (second != first && relations.is_concurrent(*second)) preset.push_back(second);
+    }
+    auto& event = builder_.event(label(preset, number), {}, {});
+    for (Condition* needed : preset) add_link(*needed, event);
+    for (int i = 0; i < (is_fork ? 2 : 1); ++i) {
+      ends_.push_back(&condition());
+      add_link(event, *ends_.back());
+    }
+  }
+
+  // Of the edges of large ones most come first in their branches.
+  std::string label(const std::vector<Condition*>& preset, unsigned number) {
+    const std::string signal(1, "abc"[random_.below(is_large_ ? 1 : 3)]);
+    if (is_large_ ? number < 1500 : random_.chance(50)) return "d.k~/" + std::to_string(number);
+    if (signal == "c" && random_.chance(70)) return "c~/" + std::to_string(number);
+    std::vector<StgPrefix::Event*> producers;
+    for (const Condition* c : preset) std::ranges::copy(c->producers(), back_inserter(producers));
+    const auto past = causal_past(*builder_.process, producers);
+    const auto edges = std::ranges::count_if(
+        past, [&signal](const auto* event) { return event->transition->name.starts_with(signal); });
+    return signal + (edges % 2 == 0 ? "+/" : "-/") + std::to_string(number);
+  }
+
+  oracle::Random random_;
+  const bool is_large_;
+  Builder builder_;
+  std::vector<Condition*> ends_;
+};
+
+TEST(InitialValues, ConcurrentEdgesAreFoundWhereverTheyAre) {
+  std::map<std::pair<bool, bool>, int> count;
+  for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const bool is_large = seed % 50 == 0;
+    RandomBranches branches(seed, is_large);
+    StgPrefix& prefix = branches.run();
+    EventRelations relations(prefix);
+    const auto is_beside_chosen = [&](const auto& chosen, const auto& other) {
+      const auto is_signed = [](const auto& e) { return e->transition->sign != Sign::toggle; };
+      return chosen->transition->signal == other->transition->signal &&
+             (is_signed(chosen) || is_signed(other)) &&
+             relations.relation_of(*other) == EventRelation::concurrent;
+    };
+    const bool has_any = std::ranges::any_of(prefix.events, [&](const auto& event) {
+      if (event->transition->signal->is_dummy()) return false;
+      relations.choose(*event);
+      return std::ranges::any_of(prefix.events,
+                                 [&](const auto& other) { return is_beside_chosen(event, other); });
+    });
+    testing::internal::CaptureStderr();
+    const auto found = settle_initial_values(prefix);
+    testing::internal::GetCapturedStderr();
+    ASSERT_EQ(found.has_value(), has_any);
+    ++count[{is_large, has_any}];
+    if (!found) continue;
+    const auto* last = found->trace.back();
+    EXPECT_EQ(found->signal, last->transition->signal);
+    relations.choose(*last);
+    EXPECT_TRUE(std::ranges::any_of(
+        found->trace, [&](const auto* event) { return is_beside_chosen(last, event); }));
+  }
+  for (const bool is_large : {false, true})
+    for (const bool has_any : {false, true}) EXPECT_GT(count[std::pair(is_large, has_any)], 1);
 }
 
 // Random causality and signals, without regard for signs: only the counting is judged.
