@@ -139,13 +139,12 @@ TEST(InitialValues, InconsistencyIsAnErrorWithATraceThatLeadsToIt) {
 // the sign that fits those before it.
 class RandomBranches {
  public:
-  RandomBranches(std::uint64_t seed, bool is_large) : random_{seed}, is_large_{is_large} {}
+  explicit RandomBranches(std::uint64_t seed) : random_{seed} {}
 
   StgPrefix& run() {
     ends_.push_back(&condition());
-    const unsigned events = is_large_ ? 3000 : random_.between(5, 44);
-    for (unsigned i = 0; i < events; ++i)
-      add_event(is_large_ ? random_.below(1500) == 0 : random_.chance(10), i);
+    const unsigned events = random_.between(5, 44);
+    for (unsigned i = 0; i < events; ++i) add_event(i);
     return builder_.finish();
   }
 
@@ -153,10 +152,10 @@ class RandomBranches {
   using Condition = StgPrefix::Condition;
   Condition& condition() { return builder_.condition("p" + std::to_string(ends_.size())); }
 
-  void add_event(bool is_fork, unsigned number) {
+  void add_event(unsigned number) {
     Condition* const first = ends_[random_.below(ends_.size())];
     std::vector<Condition*> preset{first};
-    if (!is_large_ && random_.chance(30)) {
+    if (random_.chance(30)) {
       EventRelations relations(*builder_.process);
       relations.choose(*first);
       Condition* const second = ends_[random_.below(ends_.size())];
@@ -164,16 +163,16 @@ class RandomBranches {
     }
     auto& event = builder_.event(label(preset, number), {}, {});
     for (Condition* needed : preset) add_link(*needed, event);
-    for (int i = 0; i < (is_fork ? 2 : 1); ++i) {
+    const int followers = random_.chance(10) ? 2 : 1;
+    for (int i = 0; i < followers; ++i) {
       ends_.push_back(&condition());
       add_link(event, *ends_.back());
     }
   }
 
-  // Of the edges of large ones most come first in their branches.
   std::string label(const std::vector<Condition*>& preset, unsigned number) {
-    const std::string signal(1, "abc"[random_.below(is_large_ ? 1 : 3)]);
-    if (is_large_ ? number < 1500 : random_.chance(50)) return "d.k~/" + std::to_string(number);
+    const std::string signal(1, "abc"[random_.below(3)]);
+    if (random_.chance(50)) return "d.k~/" + std::to_string(number);
     if (signal == "c" && random_.chance(70)) return "c~/" + std::to_string(number);
     std::vector<StgPrefix::Event*> producers;
     for (const Condition* c : preset) std::ranges::copy(c->producers(), back_inserter(producers));
@@ -184,17 +183,15 @@ class RandomBranches {
   }
 
   oracle::Random random_;
-  const bool is_large_;
   Builder builder_;
   std::vector<Condition*> ends_;
 };
 
 TEST(InitialValues, ConcurrentEdgesAreFoundWhereverTheyAre) {
-  std::map<std::pair<bool, bool>, int> count;
+  std::array<int, 2> count{};
   for (std::uint64_t seed = 1; seed <= 300; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    const bool is_large = seed % 50 == 0;
-    RandomBranches branches(seed, is_large);
+    RandomBranches branches(seed);
     StgPrefix& prefix = branches.run();
     EventRelations relations(prefix);
     const auto is_beside_chosen = [&](const auto& chosen, const auto& other) {
@@ -213,7 +210,7 @@ TEST(InitialValues, ConcurrentEdgesAreFoundWhereverTheyAre) {
     const auto found = settle_initial_values(prefix);
     testing::internal::GetCapturedStderr();
     ASSERT_EQ(found.has_value(), has_any);
-    ++count[{is_large, has_any}];
+    ++count[has_any ? 1 : 0];
     if (!found) continue;
     const auto* last = found->trace.back();
     EXPECT_EQ(found->signal, last->transition->signal);
@@ -221,8 +218,32 @@ TEST(InitialValues, ConcurrentEdgesAreFoundWhereverTheyAre) {
     EXPECT_TRUE(std::ranges::any_of(
         found->trace, [&](const auto* event) { return is_beside_chosen(last, event); }));
   }
-  for (const bool is_large : {false, true})
-    for (const bool has_any : {false, true}) EXPECT_GT(count[std::pair(is_large, has_any)], 1);
+  EXPECT_GT(std::ranges::min(count), 50);
+}
+
+// The forked branch has the last edge, too.
+TEST(InitialValues, ConcurrentEdgesAreFoundAmongManyBranches) {
+  constexpr int none = 2000;
+  for (const int forked : {3, 600, 1190, none}) {
+    Builder b;
+    auto& start = b.condition("start");
+    StgPrefix::Condition *half = nullptr, *spare = nullptr;
+    std::vector<StgPrefix::Condition*> ends;
+    for (int i = 0; i < 1200; ++i) {
+      const auto number = "/" + std::to_string(i);
+      if (i % 600 == 0) {
+        half = &b.condition("half" + number);
+        b.event("d.h" + number, {&start}, {half});
+      }
+      ends.push_back(&b.condition("end" + number));
+      auto& event = b.event("d.k" + number, {half}, {ends.back()});
+      if (i == forked) add_link(event, *(spare = &b.condition("spare")));
+    }
+    if (spare != nullptr) ends.push_back(spare);
+    for (std::size_t i = 0; i < ends.size(); ++i) b.event("a+/" + std::to_string(i), {ends[i]}, {});
+    b.finish();
+    EXPECT_EQ(find_values(b).consistent, forked == none);
+  }
 }
 
 // Random causality and signals, without regard for signs: only the counting is judged.
