@@ -14,7 +14,7 @@ namespace {
 
 using Event = StgPrefix::Event;
 using Condition = StgPrefix::Condition;
-using Family = std::vector<Event*>;  // causes first
+using Family = std::span<Event* const>;  // causes first
 
 bool is_signed(const Event& event) { return event.transition->sign != Sign::toggle; }
 
@@ -28,16 +28,18 @@ class FamilySearch {
         history_{history},
         signs_(prefix.signals.size()),
         first_(prefix.events.size() + prefix.signals.size()),
+        size_(first_.size()),
         has_several_transitions_(first_.size()) {}
 
+  // Valid as long as the search.
   std::vector<Family> run() {
     for (const auto& transition : prefix_.transitions)
       signs_[*transition->signal] |= transition->sign == Sign::toggle ? toggles : sign;
     bool is_any = false;
     for_each_edge([&](Event& event, std::size_t family) {
-      if (first_[family] == nullptr) first_[family] = &event;
-      if (first_[family]->transition == event.transition) return;
-      has_several_transitions_[family] = is_any = true;
+      ++size_[family];
+      if (first_[family] == nullptr) first_[family] = event.transition;
+      if (first_[family] != event.transition) has_several_transitions_[family] = is_any = true;
     });
     return is_any ? collect() : std::vector<Family>{};
   }
@@ -52,31 +54,34 @@ class FamilySearch {
       const Signal& signal = *event->transition->signal;
       const std::uint8_t signs = signs_[signal];
       if (signal.is_dummy() || signs == toggles) continue;
-      const Event* before = signs == sign ? history_.edge_before(*event) : nullptr;
-      visit(*event, before != nullptr ? before->index : prefix_.events.size() + signal.index);
+      const std::uint32_t before = signs == sign ? history_.edge_before(*event) : base::no_index;
+      visit(*event, before != base::no_index ? before : prefix_.events.size() + signal.index);
     }
   }
 
-  std::vector<Family> collect() const {
-    std::vector<std::pair<std::size_t, Event*>> members;
+  std::vector<Family> collect() {
+    std::vector<std::size_t> end(size_.size());
+    std::size_t total = 0;
+    for (std::size_t family = 0; family < size_.size(); ++family) {
+      end[family] = total;
+      if (has_several_transitions_[family]) total += size_[family];
+    }
+    edges_.resize(total);
     for_each_edge([&](Event& event, std::size_t family) {
-      if (has_several_transitions_[family]) members.emplace_back(family, &event);
+      if (has_several_transitions_[family]) edges_[end[family]++] = &event;
     });
-    const auto number = [](const auto& member) { return member.first; };
-    std::ranges::stable_sort(members, {}, number);
     std::vector<Family> families;
-    for (auto first = members.begin(); first != members.end();) {
-      const auto end = std::ranges::upper_bound(first, members.end(), first->first, {}, number);
-      Family family;
-      for (; first != end; ++first) family.push_back(first->second);
-      if (!competes_for_a_place(family)) families.push_back(std::move(family));
+    for (std::size_t i = 0; i < size_.size(); ++i) {
+      if (!has_several_transitions_[i]) continue;
+      const Family family = std::span(edges_).subspan(end[i] - size_[i], size_[i]);
+      if (!competes_for_a_place(family)) families.push_back(family);
     }
     return families;
   }
 
-  static bool competes_for_a_place(const Family& family) {
+  static bool competes_for_a_place(Family family) {
     const auto& places = family.front()->transition->preset;
-    return std::ranges::any_of(places, [&family](const StgPlace* place) {
+    return std::ranges::any_of(places, [family](const StgPlace* place) {
       return std::ranges::all_of(family, [place](const Event* event) {
         const auto& preset = event->transition->preset;
         return std::ranges::find(preset, place) != preset.end();
@@ -88,10 +93,15 @@ class FamilySearch {
   const std::vector<Event*>& order_;
   const EdgeHistory& history_;
   base::IndexedBy<Signal, std::uint8_t> signs_;  // of its transitions
-  std::vector<const Event*> first_;              // by family
-  std::vector<bool> has_several_transitions_;    // by family
+  // By family.
+  std::vector<const StgTransition*> first_;
+  std::vector<std::uint32_t> size_;
+  std::vector<bool> has_several_transitions_;
+  std::vector<Event*> edges_;  // of one family after the other
 };
 
+// `width`: the edges of a batch, whose sets are that many bits.
+template <std::size_t width>
 class PairSearch {
  public:
   PairSearch(const StgPrefix& prefix, const std::vector<Event*>& order)
@@ -103,7 +113,7 @@ class PairSearch {
   }
 
   std::optional<EdgeHistory::Disorder> run(std::span<const Family> families) {
-    for (const Family& family : families) {
+    for (const Family family : families) {
       const bool is_large = family.size() > width;
       if ((is_large || edges_.size() + family.size() > width) && search_batch()) return found_;
       if (is_large && search_large(family)) return found_;
@@ -114,8 +124,7 @@ class PairSearch {
   }
 
  private:
-  static constexpr std::size_t width = 512;  // edges of a batch
-  using Row = std::bitset<width>;            // of edges of the batch
+  using Row = std::bitset<width>;  // of edges of the batch
 
   // An edge, and the edges of the batch that it is compared with; none comes before it.
   struct Comparison {
@@ -123,7 +132,7 @@ class PairSearch {
     std::size_t begin, end;
   };
 
-  void add_to_batch(std::span<Event* const> family) {
+  void add_to_batch(Family family) {
     const std::size_t end = edges_.size() + family.size();
     for (Event* edge : family) {
       const std::size_t bit = edges_.size();
@@ -134,8 +143,7 @@ class PairSearch {
   }
 
   // Part by part, each compared with itself and with all before it.
-  bool search_large(const Family& family) {
-    const std::span<Event* const> edges = family;
+  bool search_large(Family edges) {
     has_whole_families_ = false;
     for (std::size_t start = 0; start < edges.size() && !found_; start += width) {
       add_to_batch(edges.subspan(start, std::min(width, edges.size() - start)));
@@ -252,9 +260,16 @@ class PairSearch {
 std::optional<EdgeHistory::Disorder> find_concurrent_edges(const StgPrefix& prefix,
                                                            const std::vector<Event*>& order,
                                                            const EdgeHistory& history) {
-  const std::vector<Family> families = FamilySearch(prefix, order, history).run();
-  if (families.empty()) return std::nullopt;
-  return PairSearch(prefix, order).run(families);
+  constexpr std::size_t few = 64;  // narrow sets are faster for the many small families
+  FamilySearch search(prefix, order, history);
+  std::vector<Family> families = search.run();
+  const auto large = std::ranges::stable_partition(
+      families, [](const Family family) { return family.size() <= few; });
+  const std::span<const Family> small(families.begin(), large.begin());
+  std::optional<EdgeHistory::Disorder> found;
+  if (!small.empty()) found = PairSearch<few>(prefix, order).run(small);
+  if (!large.empty() && !found) found = PairSearch<512>(prefix, order).run(large);
+  return found;
 }
 
 }  // namespace vorel::net

@@ -12,12 +12,12 @@
 // are mixed, all of the signal are one family.
 //
 // Two events are in conflict if their pasts hold different consumers of one condition. This is
-// worked out for 512 edges at a time, in sets of bits: back from the edges, which edges follow each
-// event; then forth, which edges follow a rival of the event or of its past. An event in the past
-// of a whole family has no rivals in the pasts of that family, and one in the past of none does not
-// matter, so the walk back ends where each family is met by all of its edges or by none: it stays
-// between the edges and the choices that led to them. Families of more than 512 edges walk to the
-// start, time is then the links of their pasts times the edges divided by 512.
+// worked out for 64 or 512 edges at a time, in sets of bits: back from the edges, which edges
+// follow each event; then forth, which edges follow a rival of the event or of its past. An event
+// in the past of a whole family has no rivals in the pasts of that family, and one in the past of
+// none does not matter, so the walk back ends where each family is met by all of its edges or by
+// none: it stays between the edges and the choices that led to them. Families of more than 512
+// edges walk to the start, time is then the links of their pasts times the edges divided by 512.
 #pragma once
 
 #include <optional>

@@ -42,10 +42,10 @@ class EdgeHistory {
   const std::optional<Disorder>& disorder() const { return disorder_; }
   // For an event of a visited signal that is not a dummy.
   std::uint32_t edges_before(const Event& event) const { return edges_before_[event]; }
-  // The last of these, null for none. Not for an event of a signal in disorder.
-  const Event* edge_before(const Event& event) const {
+  // The number of the last of these, no_index for none. Not for an event of a signal in disorder.
+  std::uint32_t edge_before(const Event& event) const {
     const std::uint32_t edge = previous_[event.index + 1];
-    return edge == 0 ? nullptr : prefix_.events[edge - 1].get();
+    return edge == 0 ? base::no_index : edge - 1;
   }
 
  private:
