@@ -143,8 +143,9 @@ class RandomBranches {
 
   StgPrefix& run() {
     ends_.push_back(&condition());
-    const unsigned events = random_.between(5, 44);
-    for (unsigned i = 0; i < events; ++i) add_event(i);
+    const bool is_large = random_.chance(20);
+    const unsigned events = is_large ? random_.between(150, 300) : random_.between(5, 44);
+    for (unsigned i = 0; i < events; ++i) add_event(i, random_.chance(is_large ? 1 : 10));
     return builder_.finish();
   }
 
@@ -152,7 +153,7 @@ class RandomBranches {
   using Condition = StgPrefix::Condition;
   Condition& condition() { return builder_.condition("p" + std::to_string(ends_.size())); }
 
-  void add_event(unsigned number) {
+  void add_event(unsigned number, bool is_fork) {
     Condition* const first = ends_[random_.below(ends_.size())];
     std::vector<Condition*> preset{first};
     if (random_.chance(30)) {
@@ -163,8 +164,7 @@ class RandomBranches {
     }
     auto& event = builder_.event(label(preset, number), {}, {});
     for (Condition* needed : preset) add_link(*needed, event);
-    const int followers = random_.chance(10) ? 2 : 1;
-    for (int i = 0; i < followers; ++i) {
+    for (int i = 0; i < (is_fork ? 2 : 1); ++i) {
       ends_.push_back(&condition());
       add_link(event, *ends_.back());
     }
