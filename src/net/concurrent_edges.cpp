@@ -73,6 +73,7 @@ class FamilySearch {
     std::vector<Family> families;
     for (std::size_t i = 0; i < size_.size(); ++i) {
       if (!has_several_transitions_[i]) continue;
+      assert(end[i] >= size_[i]);
       const Family family = std::span(edges_).subspan(end[i] - size_[i], size_[i]);
       if (!competes_for_a_place(family)) families.push_back(family);
     }
@@ -102,9 +103,9 @@ class FamilySearch {
 
 // `width`: the edges of a batch, whose sets are that many bits.
 template <std::size_t width>
-class PairSearch {
+class CoEdgeSearch {
  public:
-  PairSearch(const StgPrefix& prefix, const std::vector<Event*>& order)
+  CoEdgeSearch(const StgPrefix& prefix, const std::vector<Event*>& order)
       : order_{order},
         position_(prefix.events.size()),
         slot_(prefix.events.size(), base::no_index),
@@ -134,6 +135,7 @@ class PairSearch {
 
   void add_to_batch(Family family) {
     const std::size_t end = edges_.size() + family.size();
+    assert(end <= width);
     for (Event* edge : family) {
       const std::size_t bit = edges_.size();
       edges_.push_back(edge);
@@ -232,6 +234,7 @@ class PairSearch {
     for (std::size_t bit = comparison.begin; bit < comparison.end; ++bit) {
       if (related.test(bit)) continue;
       if (!is_signed(*comparison.edge) && !is_signed(*edges_[bit])) continue;
+      assert(comparison.edge->transition->signal == edges_[bit]->transition->signal);
       found_.emplace(comparison.edge, edges_[bit]);
       return;
     }
@@ -267,8 +270,8 @@ std::optional<EdgeHistory::Disorder> find_concurrent_edges(const StgPrefix& pref
       families, [](const Family family) { return family.size() <= few; });
   const std::span<const Family> small(families.begin(), large.begin());
   std::optional<EdgeHistory::Disorder> found;
-  if (!small.empty()) found = PairSearch<few>(prefix, order).run(small);
-  if (!large.empty() && !found) found = PairSearch<512>(prefix, order).run(large);
+  if (!small.empty()) found = CoEdgeSearch<few>(prefix, order).run(small);
+  if (!large.empty() && !found) found = CoEdgeSearch<512>(prefix, order).run(large);
   return found;
 }
 

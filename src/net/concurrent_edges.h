@@ -8,8 +8,8 @@
 // before one of the two is before the other as well, or it would make a smaller pair with it. So
 // the two have the same edge before them: they are of one family, and no family has edges that are
 // ordered. Instances of one transition are never concurrent in a safe net, nor are transitions that
-// need one place. That leaves few families, and mostly none. Where edges with and without signs
-// are mixed, all of the signal are one family.
+// need one place. What is left are families whose edges lie in different branches, if all is well.
+// Where edges with and without signs are mixed, all of the signal are one family.
 //
 // Two events are in conflict if their pasts hold different consumers of one condition. This is
 // worked out for 64 or 512 edges at a time, in sets of bits: back from the edges, which edges
