@@ -67,7 +67,10 @@ class Flow : public testing::Test {
     ASSERT_TRUE(initial);
     EXPECT_EQ(result.hint.empty(), result.verdict <= Verdict::verified_with_warnings);
     ASSERT_TRUE(result.coding) << result.sentence;
-    EXPECT_EQ(result.coding->csc_holds, oracle::conflicting_signals(before).empty());
+    // Of states in which a dummy has disabled a signal only those before the dummy are compared.
+    if (oracle::signals_that_dummies_disable(graph).empty()) {
+      EXPECT_EQ(result.coding->csc_holds, oracle::conflicting_signals(before).empty());
+    }
     const bool has_fault = std::ranges::any_of(
         result.findings, [](const StgFinding& f) { return f.gravity == Gravity::fault; });
     EXPECT_EQ(result.verdict == Verdict::faulty_stg, has_fault);
