@@ -23,7 +23,8 @@ constexpr const char* description =
 
 constexpr const char* footer = R"(
 The steps, each told in one line:
-  read         in all formats of vorel-unfold
+  read         in all formats of vorel-unfold; a place that is to have two tokens
+               from the start is an error
   unfold       to a finite complete prefix; an STG that is not safe or not
                consistent is at fault
   check        dead transitions and signals, deadlock, outputs that inputs disable
