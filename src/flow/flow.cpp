@@ -121,7 +121,10 @@ class FlowRun {
     base::MessageCapture messages;
     auto gates = decomposition::read_gates(context_.request.library);
     keep(messages);
-    if (gates) gates_ = std::move(*gates);
+    if (gates)
+      gates_ = std::move(*gates);
+    else
+      result_.errors.back() = base::with_hint(result_.errors.back(), messages.last_note());
     return gates.has_value();
   }
 

@@ -251,6 +251,8 @@ TEST_F(FlowCommand, RefusesWhatItCannotDoAndWritesNothing) {
       {{"named.g"}, "the name of signal \"a\\b\" does not suit the .g format"},
       {{"follower.g", "--cost", "csc=1-2"},
        "--cost: bad coefficient option: coefficient must be non-negative when parsing 1-2"},
+      {{"follower.g", "--lib", "unsafe.g"},
+       "incorrect syntax of unsafe.g\n(unsafe.g, line 1: expected a statement, found '.inputs')"},
       {{"follower.g", "--reset", "a"}, "--reset: the STG has a signal 'a' itself"},
       {{"follower.g", "--properties", "unsafe.g"},
        "expected NAME: PROPERTY, found '.inputs a b' (file unsafe.g, line 1)"},
