@@ -86,6 +86,11 @@ std::vector<Message> MessageCapture::take() {
   return std::exchange(messages_, {});
 }
 
+std::string MessageCapture::last_note() {
+  const std::lock_guard lock(mutex_);
+  return note_;
+}
+
 std::string format_message(const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
@@ -102,6 +107,10 @@ void print_formatted(std::ostream& stream, const char* format, ...) {
 }
 
 void note_silent_failure(std::string_view reason) {
+  if (MessageCapture* const collector = capture.load()) {
+    const std::lock_guard lock(collector->mutex_);
+    collector->note_ = reason;
+  }
   if (verbosity() >= 1) std::cerr << "\nthe input is not read: " << reason << '\n' << std::flush;
 }
 

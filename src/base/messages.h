@@ -77,17 +77,21 @@ class MessageCapture {
   bool has_failed() const { return severity_.load() >= severity_error; }
   // Those collected since the last call, in their order.
   std::vector<Message> take();
+  // The last reason that note_silent_failure() has given, which is no message.
+  std::string last_note();
 
  private:
   friend std::uint32_t raise_severity(std::uint32_t level);
   friend void print_error(std::string_view text);
   friend void print_warning(std::string_view text);
+  friend void note_silent_failure(std::string_view reason);
   void add(std::string_view text, bool is_error);
 
   MessageCapture* const outer_;
   std::atomic<std::uint32_t> severity_{severity_clean};
   std::mutex mutex_;
   std::vector<Message> messages_;  // guarded by mutex_
+  std::string note_;               // guarded by mutex_
 };
 
 }  // namespace vorel::base

@@ -20,7 +20,7 @@ constexpr unsigned slots_of_new_variable = 16;
 
 // No unwinding and no end steps, as when memory runs out anywhere else.
 [[noreturn]] void end_process(const char* text) {
-  base::print_error(text);
+  base::print_last_error(text);
   std::_Exit(static_cast<int>(base::severity_memory_overflow));
 }
 

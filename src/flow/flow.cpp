@@ -19,6 +19,9 @@
 #include "flow/stg_checks.h"
 #include "flow/unfold_step.h"
 #include "flow/verdict.h"
+#include "formats/g_names.h"
+#include "resolution/coefficients.h"
+#include "toolkit/verilog_name.h"
 
 namespace vorel::flow {
 namespace {
@@ -69,7 +72,8 @@ class FlowRun {
 
  private:
   Ending take_steps(net::Stg stg) {
-    if (!check_input(stg) || !read_gates()) return Ending::error;
+    if (!check_input(stg) || !check_names(stg) || !check_coefficients(stg) || !read_gates())
+      return Ending::error;
     if (const auto ending = unfold_given(std::move(stg))) return *ending;
     look_at_stg();
     if (!result_.errors.empty()) return Ending::error;
@@ -89,11 +93,38 @@ class FlowRun {
     return false;
   }
 
+  // What would end the run later, after much work, or only with some of the options.
+  bool check_names(const net::Stg& stg) {
+    base::MessageCapture messages;
+    for (const auto& signal : stg.signals)
+      if (!signal->is_dummy() && !toolkit::can_stand_in_verilog(signal->name))
+        toolkit::report_not_for_verilog("the signal", signal->name);
+    if (!messages.has_failed()) formats::choose_g_names(stg);
+    keep_errors(messages);
+    return result_.errors.empty();
+  }
+
+  // They are needed for resolution only, but wrong ones are never passed over.
+  bool check_coefficients(const net::Stg& stg) {
+    if (!context_.request.resolution.is_wanted) return true;
+    base::MessageCapture messages;
+    base::Params unused = context_.params;
+    resolution::evaluate_coefficients(context_.request.resolution.coefficients, stg, unused);
+    std::string errors;
+    for (const base::Message& message : messages.take())
+      errors += (errors.empty() ? "--cost: " : "; ") + message.text;
+    if (!errors.empty()) result_.errors.push_back(std::move(errors));
+    return result_.errors.empty();
+  }
+
   bool read_gates() {
     base::MessageCapture messages;
     auto gates = decomposition::read_gates(context_.request.library);
     keep(messages);
-    if (gates) gates_ = std::move(*gates);
+    if (gates)
+      gates_ = std::move(*gates);
+    else
+      result_.errors.back() = base::with_hint(result_.errors.back(), messages.last_note());
     return gates.has_value();
   }
 
@@ -216,7 +247,21 @@ class FlowRun {
            counted(resolved.resolution.cores_left, "conflict core") + " left";
   }
 
+  // The STG itself has no such signal, but one may have been inserted.
+  bool check_reset(const net::Stg& stg) {
+    const synthesis::ModuleOptions& module = context_.request.module;
+    const bool is_free = module.reset != synthesis::ResetKind::input ||
+                         std::ranges::find(stg.signals, module.reset_input, [](const auto& signal) {
+                           return std::string_view(signal->name);
+                         }) == stg.signals.end();
+    if (!is_free)
+      result_.errors.push_back("--reset: '" + module.reset_input +
+                               "' is the name of an inserted signal, so another one is needed");
+    return is_free;
+  }
+
   Ending make_circuit() {
+    if (!check_reset(*result_.circuit_stg())) return Ending::error;
     const StepRunner runner = [this](Step step, const auto& work) { run_step(step, work); };
     CircuitSearch search = find_circuit(*result_.circuit_stg(), gates_, context_, runner);
     result_.attempts = std::move(search.attempts);
@@ -260,6 +305,11 @@ class FlowRun {
       else
         add_warning(std::move(message.text));
     }
+  }
+
+  void keep_errors(base::MessageCapture& messages) {
+    for (base::Message& message : messages.take())
+      if (message.is_error) result_.errors.push_back(std::move(message.text));
   }
 
   // Each once: several steps may notice the same.

@@ -6,6 +6,7 @@
 
 #include "base/input_text.h"
 #include "base/messages.h"
+#include "base/source_text.h"
 #include "configuration/decoding.h"
 #include "flow/stg_game.h"
 #include "reach/reach_check.h"
@@ -45,6 +46,7 @@ class PropertiesReader {
       if (!add_line(line)) return std::nullopt;
     }
     if (!end_paragraph()) return std::nullopt;
+    if (properties_.empty()) base::print_warning("no property stands in " + file_name_);
     return std::move(properties_);
   }
 
@@ -65,7 +67,7 @@ class PropertiesReader {
     const std::size_t colon = line.find(':');
     const std::string_view name = trimmed(line.substr(0, colon));
     if (colon == std::string_view::npos || !is_name(name))
-      return fail(line_, "expected NAME: PROPERTY, found '" + std::string(trimmed(line)) + "'");
+      return fail(line_, "expected NAME: PROPERTY, found " + base::quoted(trimmed(line)));
     const auto known = std::ranges::find(properties_, name, &NamedProperty::name);
     if (known != properties_.end())
       return fail(line_, "property '" + std::string(name) + "' stands already in line " +

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/messages.h"
+#include "flow/flow_words.h"
 #include "flow/unfold_findings.h"
 #include "formats/g_reader.h"
 #include "formats/g_writer.h"
@@ -18,7 +19,7 @@ using StgUnfolder = unfolder::Unfolder<net::Stg>;
 
 std::string limit_text(const StgUnfolder& unfolder, const FlowLimits& limits) {
   const bool has_too_many = limits.max_events != 0 && unfolder.stats().events >= limits.max_events;
-  const std::string limit = has_too_many ? std::to_string(limits.max_events) + " events"
+  const std::string limit = has_too_many ? counted(limits.max_events, "event")
                                          : base::format_message("%g seconds", limits.max_seconds);
   return "the prefix is not complete within " + limit;
 }

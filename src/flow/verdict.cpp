@@ -63,7 +63,7 @@ End of_error(const FlowResult& result) {
   return {Verdict::error, "the input has an error: " + error.substr(0, error.find('\n')),
           result.sizes.outputs + result.sizes.internals == 0
               ? "declare the signals that the circuit is to drive as .outputs or .internal"
-              : "put the input right as the error says"};
+              : "put it right as the error says"};
 }
 
 End of_limit(const FlowRequest& request, const std::string& reason) {
@@ -118,10 +118,15 @@ std::string other_styles(const FlowRequest& request) {
   }
 }
 
+// What several attempts say alike stands once.
 std::string failures_of(const FlowResult& result) {
   std::string text;
-  for (const Attempt& attempt : result.attempts)
-    if (!attempt.failure.empty()) text += (text.empty() ? "" : "; ") + attempt.failure;
+  std::string_view last;
+  for (const Attempt& attempt : result.attempts) {
+    if (attempt.failure == last) continue;
+    text += (text.empty() ? "" : "; ") + attempt.failure;
+    last = attempt.failure;
+  }
   return text;
 }
 

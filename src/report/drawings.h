@@ -30,7 +30,7 @@ inline constexpr std::size_t most_drawn_wires = 400;  // of a circuit, which are
 // coloured by the kind of their signals.
 Drawing draw_stg(const net::Stg& stg);
 // Conditions with one producer and at most one consumer are arcs; cut-offs are dashed; the more
-// conflict cores run through an event the darker it is. An empty map is one of zeros.
+// conflict cores run through an event the stronger its colour. An empty map is one of zeros.
 Drawing draw_prefix(const net::StgPrefix& prefix, const flow::CoreMap& cores);
 // Gates in the usual shapes where one tells the function, else as boxes with their names or
 // functions; wires upright and level, coloured by the kind of their signals; inversions that take

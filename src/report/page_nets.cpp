@@ -77,8 +77,9 @@ void add_prefixes(HtmlWriter& html, const PageContent& content) {
   const flow::FlowResult& result = content.result;
   html.add(
       "p",
-      "What the STG can do, unfolded until nothing new comes. The darker an event, the more "
-      "cores of CSC conflicts run through it; cut-offs, behind which it goes on as elsewhere, are "
+      "What the STG can do, unfolded until nothing new comes. The stronger the colour of an event, "
+      "the more cores of CSC conflicts run through it; cut-offs, behind which it goes on as "
+      "elsewhere, are "
       "dashed.");
   add_prefix_sizes(html, result);
   const flow::CoreMap given = result.coding ? result.coding->core_map : flow::CoreMap{};

@@ -128,6 +128,10 @@ class Writer {
 
   // A number of the bits that are told, each standing for a place.
   void write_places(const auto& holds) {
+    if (stg_.places.empty()) {
+      stream_ << "1'b0";  // Verilog has no number without bits
+      return;
+    }
     stream_ << stg_.places.size() << "'b";
     for (std::size_t place = stg_.places.size(); place-- > 0;)
       stream_ << (holds(*stg_.places[place]) ? '1' : '0');

@@ -23,7 +23,8 @@ constexpr const char* description =
 
 constexpr const char* footer = R"(
 The steps, each told in one line:
-  read         in all formats of vorel-unfold
+  read         in all formats of vorel-unfold; a place that is to have two tokens
+               from the start is an error
   unfold       to a finite complete prefix; an STG that is not safe or not
                consistent is at fault
   check        dead transitions and signals, deadlock, outputs that inputs disable
@@ -204,6 +205,11 @@ class FlowArguments {
 
   bool settle() {
     flow::FlowRequest& request = task_.request;
+    // As a variable of a script that is not set leaves them.
+    for (const CLI::Option* option : app_.get_options())
+      if (option->count() > 0 && option->get_expected_min() > 0 &&
+          option->results().front().empty())
+        return fail(option->get_name() + " needs a value");
     for (const std::string& list : costs_) {
       if (!take_costs(list, request.resolution.coefficients))
         return fail("--cost: '" + list + "' is not a list of NAME=EXPR");
@@ -211,7 +217,6 @@ class FlowArguments {
     for (const flow::StyleRow& row : flow::style_rows)
       if (row.key == style_) request.style = row.style;
     synthesis::ModuleOptions& module = request.module;
-    if (app_.count("--module") > 0 && module.name.empty()) return fail("--module needs a name");
     if (!is_verilog_name(reset_))
       return fail("--reset: '" + reset_ + "' cannot be the name of an input in Verilog");
     if (reset_ == "none") {

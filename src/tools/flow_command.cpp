@@ -31,6 +31,10 @@ namespace {
 
 using flow::Step;
 
+constexpr const char* undelivered_hint =
+    "\nnot all could be written\n"
+    "hint: see whether there is room, and a permission to write, where the files are to go\n";
+
 // "3 inputs, 1 output".
 std::string counts(std::initializer_list<std::pair<std::size_t, const char*>> items) {
   std::string text;
@@ -63,7 +67,9 @@ class FlowRun {
     flow::FlowResult result;
     flow::StepRecord reading{Step::read, {}, 0};
     std::vector<base::Message> messages;
-    if (auto stg = read_input(messages)) {
+    auto stg = read_net(messages);
+    const bool is_read = stg.has_value();
+    if (is_read && read_others(*stg, messages)) {
       reading.text = sizes_text(*stg);
       reading.seconds = watch_.lap();
       tell_end(reading);
@@ -73,25 +79,35 @@ class FlowRun {
       reading.text = "failed";
       reading.seconds = watch_.lap();
       tell_end(reading);
-      result.sentence = "the input could not be read";
-      result.hint =
-          "put it right as the error says; vorel-unfold --help tells how an STG is written";
+      result.sentence =
+          std::string(is_read ? "what goes with the STG" : "the STG") + " could not be read";
+      result.hint = std::string("put it right as the error says") +
+                    (is_read ? "" : "; vorel-unfold --help tells how an STG is written");
     }
     result.seconds += reading.seconds;
     result.steps.insert(result.steps.begin(), std::move(reading));
     add_messages(messages, result);
-    if (!deliver(result)) return std::nullopt;
+    if (!deliver(result)) {
+      if (!task_.quiet) stream_ << undelivered_hint << std::flush;
+      return std::nullopt;
+    }
     return result.verdict;
   }
 
  private:
   // nullopt after an error, which is among the messages.
-  std::optional<net::Stg> read_input(std::vector<base::Message>& messages) {
+  std::optional<net::Stg> read_net(std::vector<base::Message>& messages) {
     base::MessageCapture capture;
     auto stg = read_stg(task_.format_name, task_.stg);
-    if (stg && !(reset_is_new(*stg) && read_properties())) stg.reset();
     messages = capture.take();
     return stg;
+  }
+
+  bool read_others(const net::Stg& stg, std::vector<base::Message>& messages) {
+    base::MessageCapture capture;
+    const bool is_read = reset_is_new(stg) && read_properties();
+    for (base::Message& message : capture.take()) messages.push_back(std::move(message));
+    return is_read;
   }
 
   bool reset_is_new(const net::Stg& stg) const {

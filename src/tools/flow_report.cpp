@@ -55,6 +55,7 @@ class Outcome {
 
   // The first one, if it has stayed: the report has all.
   void print_conflict() const {
+    if (result_.resolution && result_.resolution->is_complete) return;
     if (!result_.coding || result_.coding->conflicts.empty() || result_.circuit) return;
     const flow::Conflict& conflict = result_.coding->conflicts.front();
     stream_ << '\n' << (conflict.is_csc ? "CSC" : "USC") << " conflict";

@@ -59,7 +59,7 @@ std::optional<net::Stg> read_stg(const std::string& format_name, const std::stri
   auto net = read_net(file_name, *format);
   if (!net) return std::nullopt;
   if (auto* const stg = std::get_if<net::Stg>(&*net)) return std::move(*stg);
-  base::print_error("\"" + file_name + "\" has no signals; a circuit is verified next to an STG");
+  base::print_error("\"" + file_name + "\" has no signals, so it is no STG");
   return std::nullopt;
 }
 

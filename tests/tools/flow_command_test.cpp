@@ -86,6 +86,7 @@ TEST_F(FlowCommand, TellsItsVerdictByTextDocumentAndExitCode) {
   write("no_end.g", follower.substr(0, follower.size() - 5));
   write("stops.g", stops);
   write("without_outputs.g", without_outputs);
+  write("empty", "");
   write("broken.g", ".inputs a\n.outputs z\n.graph\na+ z+ )\n.end\n");
   write("unbounded.g", ".inputs a\n.outputs z\n.graph\na+ z+\n.marking { nowhere }\n.end\n");
   const std::string vme = "vme_read.g", mutex = support::example("mutex2.g");
@@ -99,6 +100,7 @@ TEST_F(FlowCommand, TellsItsVerdictByTextDocumentAndExitCode) {
       {{vme}, 0, "verified", "\nthe circuit is verified\n", ""},
       {{mutex}, 1, "verified with warnings", "\narbiter: g1, g2\n", "arbitration"},
       {{"no_end.g"}, 1, "verified with warnings", "is verified; there are warnings\n", ""},
+      {{vme, "--properties", "empty"}, 1, "verified with warnings", "; there are warnings\n", ""},
       {{"stops.g"}, 1, "verified with warnings", "\n  trace: a+, z+\n", "deadlock"},
       {{"broken.g"}, 2, "error", "\nhint: ", ""},
       {{"none.g"}, 2, "error", "\nhint: ", ""},
@@ -213,6 +215,8 @@ TEST_F(FlowCommand, RefusesWhatItCannotDoAndWritesNothing) {
   fs::create_directory(folder_.path("blocked"));
   write("blocked/traces", "a file");
   write("blocked/follower.g", follower);
+  write("named.g",
+        ".outputs a\\b\n.graph\na\\b+ a\\b-\na\\b- a\\b+\n.marking {<a\\b-,a\\b+>}\n.end\n");
   const struct {
     Arguments arguments;
     std::string error;
@@ -238,9 +242,17 @@ TEST_F(FlowCommand, RefusesWhatItCannotDoAndWritesNothing) {
       {{"follower.g", "--cost", "csc"}, "--cost: 'csc' is not a list of NAME=EXPR" + more},
       {{"follower.g", "--cost", "csc=1,"}, "--cost: 'csc=1,' is not a list of NAME=EXPR" + more},
       {{"follower.g", "--cost", "CSC=1"}, "--cost: 'CSC=1' is not a list of NAME=EXPR" + more},
-      {{"follower.g", "--module", ""}, "--module needs a name" + more},
+      {{"follower.g", "--module", ""}, "--module needs a value" + more},
+      {{"follower.g", "-o", ""}, "--output needs a value" + more},
       {{"follower.g", "--reset", "r s"},
        "--reset: 'r s' cannot be the name of an input in Verilog" + more},
+      {{"vme_read.g", "--reset", "csc"},
+       "--reset: 'csc' is the name of an inserted signal, so another one is needed"},
+      {{"named.g"}, "the name of signal \"a\\b\" does not suit the .g format"},
+      {{"follower.g", "--cost", "csc=1-2"},
+       "--cost: bad coefficient option: coefficient must be non-negative when parsing 1-2"},
+      {{"follower.g", "--lib", "unsafe.g"},
+       "incorrect syntax of unsafe.g\n(unsafe.g, line 1: expected a statement, found '.inputs')"},
       {{"follower.g", "--reset", "a"}, "--reset: the STG has a signal 'a' itself"},
       {{"follower.g", "--properties", "unsafe.g"},
        "expected NAME: PROPERTY, found '.inputs a b' (file unsafe.g, line 1)"},

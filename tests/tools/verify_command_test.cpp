@@ -232,8 +232,7 @@ TEST_F(VerifyCommand, RefusesWhatItCannotAnswerAndWritesNothing) {
       {{"f.v", "f.g"},
        "the ending of \"f.v\" tells no format; known are .g, .ll_net and .pnml, each also with .gz "
        "behind, and --format tells the format of other names"},
-      {{"net.ll_net", "f.v"},
-       "\"net.ll_net\" has no signals; a circuit is verified next to an STG"},
+      {{"net.ll_net", "f.v"}, "\"net.ll_net\" has no signals, so it is no STG"},
       {{"unsafe.g", "f.v"}, "the net is not safe, place q; trace:\na+, b+"},
       {{"f.g", "f.v", "--lib", "none"}, "cannot open \"none\" for input"},
       {{"f.g", "f.v", "--mutex", "z"},
