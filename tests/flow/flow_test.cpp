@@ -263,7 +263,7 @@ TEST_F(Flow, GivesUpAtItsLimits) {
   }
 }
 
-// The search for the cheapest of its signals would take minutes.
+// The search for the fifth signal would take minutes.
 TEST_F(Flow, EndsInTimeWithinTheSearchForOneSignal) {
   FlowRequest request;
   request.limits.max_seconds = 1;
@@ -272,6 +272,14 @@ TEST_F(Flow, EndsInTimeWithinTheSearchForOneSignal) {
   EXPECT_NE(result.sentence.find("conflicts are left after 1 seconds"), std::string::npos)
       << result.sentence;
   EXPECT_LT(result.seconds, 30);
+}
+
+TEST_F(Flow, LeavesTimeForTheStylesThatFollowMapping) {
+  FlowRequest request;
+  request.limits.max_seconds = 3;
+  const FlowResult result =
+      run(g_text(oracle::random_stg(11, {.dummies = true, .max_states = 60})), request);
+  EXPECT_LE(result.verdict, Verdict::verified_with_warnings) << result.sentence;
 }
 
 }  // namespace
