@@ -130,7 +130,6 @@ class FlowRun {
     result_.sizes.cut_offs = cut_offs(prefix);
     run_step(Step::check, [&] { return check_given(); });
     drop_told_warnings();
-    if (!is_consistent()) return;  // no state has a code
     if (!context_.request.properties.empty() && result_.errors.empty())
       run_step(Step::properties, [&] { return answer_properties(); });
     if (result_.errors.empty()) run_step(Step::coding, [&] { return look_at_coding(); });
@@ -145,13 +144,7 @@ class FlowRun {
     }
     std::ranges::move(found, std::back_inserter(result_.findings));
     if (faults == 0 && warnings == 0) return "safe, consistent, nothing wrong";
-    return (is_consistent() ? "safe, consistent; " : "safe, inconsistent; ") +
-           counted(faults, "fault") + ", " + counted(warnings, "warning");
-  }
-
-  bool is_consistent() const {
-    return std::ranges::find(result_.findings, FindingKind::inconsistent, &StgFinding::kind) ==
-           result_.findings.end();
+    return "safe, consistent; " + counted(faults, "fault") + ", " + counted(warnings, "warning");
   }
 
   // Of dead signals the findings tell.

@@ -40,7 +40,6 @@ class StgCheck {
                 std::ranges::find(lost_to_dummies_, true) != lost_to_dummies_.end()} {}
 
   std::vector<StgFinding> run() {
-    find_concurrent_edges();
     find_dead();
     find_deadlock();
     if (presets_)
@@ -60,12 +59,6 @@ class StgCheck {
   // An edge of the taker that can fire, and the loser cannot change after it.
   struct Way {
     const StgTransition* edge;
-    sat::Lit happens;
-  };
-
-  // Edges of one signal that can fire one after the other.
-  struct Pair {
-    const StgTransition *first, *last;  // which has a sign
     sat::Lit happens;
   };
 
@@ -89,46 +82,6 @@ class StgCheck {
     for (const net::SignalId signal : prefix_.visible_signals())
       if (presets_) lost[signal] = std::ranges::any_of((*presets_)[signal.value], is_contested);
     return lost;
-  }
-
-  // Two edges of a signal side by side: whichever comes first, one with a sign then finds the value
-  // that it would bring about. Where no event follows both the initial values do not show it.
-  void find_concurrent_edges() {
-    for (const net::SignalId signal : prefix_.visible_signals()) {
-      std::vector<Pair> pairs;
-      const auto edges = structure_.instances().transitions_of(signal);
-      for (std::size_t i = 0; i < edges.size(); ++i)
-        for (std::size_t k = i + 1; k < edges.size(); ++k) add_pair(*edges[i], *edges[k], pairs);
-      find_concurrent(base::element(prefix_.signals, signal), pairs);
-    }
-  }
-
-  void add_pair(const StgTransition& one, const StgTransition& other, std::vector<Pair>& pairs) {
-    const auto is_needed_by_other = [&](const StgPlace* place) {
-      return std::ranges::find(other.preset, place) != other.preset.end();
-    };
-    if (one.sign == net::Sign::toggle && other.sign == net::Sign::toggle) return;
-    if (std::ranges::any_of(one.preset, is_needed_by_other)) return;
-    const bool one_first = other.sign != net::Sign::toggle;
-    const sat::Lit happens = states_.all_of({states_.enabled(one), states_.enabled(other)});
-    pairs.push_back({one_first ? &one : &other, one_first ? &other : &one, happens});
-  }
-
-  void find_concurrent(const net::Signal& signal, const std::vector<Pair>& pairs) {
-    sat::Lits happen;
-    for (const Pair& pair : pairs) happen.push_back(pair.happens);
-    StgTrace trace;
-    const auto record = [&] {
-      const auto pair =
-          std::ranges::find_if(pairs, [this](const Pair& p) { return states_.is_true(p.happens); });
-      auto transitions = transitions_of_model();
-      transitions.insert(transitions.end(), {pair->first, pair->last});
-      trace = trace_of(prefix_, transitions);
-    };
-    if (states_.find_shortest(states_.any_of(happen), record))
-      add(FindingKind::inconsistent, {signal.name},
-          "the STG is inconsistent: two edges of " + text_of(signal) + " are concurrent",
-          std::move(trace));
   }
 
   void find_dead() {
@@ -252,8 +205,7 @@ class StgCheck {
 
   void add(FindingKind kind, std::vector<std::string> subjects, std::string message,
            std::optional<StgTrace> trace = {}) {
-    const bool is_fault = kind == FindingKind::not_persistent || kind == FindingKind::inconsistent;
-    const Gravity gravity = is_fault ? Gravity::fault : Gravity::warning;
+    const Gravity gravity = kind == FindingKind::not_persistent ? Gravity::fault : Gravity::warning;
     findings_.push_back({kind, gravity, std::move(subjects), std::move(message), std::move(trace)});
   }
 

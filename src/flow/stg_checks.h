@@ -1,8 +1,7 @@
 // flow/stg_checks.h - what is wrong with an STG itself, before anything is synthesised of it.
-// Here:      concurrent edges of one signal, dead transitions and signals, deadlock, outputs that
-// are
-//            disabled, inputs that would have to be held back.
-// Not here:  other inconsistency and safeness, without which there is no prefix
+// Here:      dead transitions and signals, deadlock, outputs that are disabled, inputs that would
+//            have to be held back.
+// Not here:  inconsistency and unsafeness, without which there is no prefix
 //            (flow/unfold_findings.h), encoding (flow/coding_step.h).
 //
 // A signal is disabled where an edge of it can fire, perhaps after dummies only, and cannot any
@@ -22,8 +21,7 @@ namespace vorel::flow {
 
 // The prefix is complete, with initial values. At most one finding for each kind and tuple of
 // subjects; faults first. Traces are as short as any, unless the proof of that takes too long.
-// Nothing that depends on codes makes sense of an STG that is inconsistent. Warns if too many
-// dummies lead to an edge to say who disables whom.
+// Warns if too many dummies lead to an edge to say who disables whom.
 std::vector<StgFinding> check_stg(const net::StgPrefix& prefix, const sat::CnfParams& formula);
 
 }  // namespace vorel::flow

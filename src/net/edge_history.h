@@ -42,6 +42,11 @@ class EdgeHistory {
   const std::optional<Disorder>& disorder() const { return disorder_; }
   // For an event of a visited signal that is not a dummy.
   std::uint32_t edges_before(const Event& event) const { return edges_before_[event]; }
+  // The number of the last of these, no_index for none. Not for an event of a signal in disorder.
+  std::uint32_t edge_before(const Event& event) const {
+    const std::uint32_t edge = previous_[event.index + 1];
+    return edge == 0 ? base::no_index : edge - 1;
+  }
 
  private:
   // Event number + 1 of the last edge of each signal of the block, 0 for none. In a recount: bits.

@@ -10,6 +10,7 @@
 #include "base/indexed_by.h"
 #include "base/messages.h"
 #include "net/causality.h"
+#include "net/concurrent_edges.h"
 #include "net/edge_history.h"
 
 namespace vorel::net {
@@ -31,6 +32,8 @@ class InitialValuePass {
     for (Event* event : order_) {
       if (!is_consistent(*event, history.edges_before(*event))) return inconsistency_;
     }
+    const auto concurrent = find_concurrent_edges(prefix_, order_, history);
+    if (concurrent && !accept_disorder(*concurrent)) return inconsistency_;
     settle_unknown_values();
     assert(all_values_are_settled());
     return std::nullopt;

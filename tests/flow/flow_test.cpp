@@ -223,9 +223,6 @@ TEST_F(Flow, EndsBadlyWithTheReasonAndAHint) {
        ".inputs a\n.outputs z\n.graph\na+ z+\nz+ a+/2\na+/2 a-\na- z-\nz- a+\n"
        ".marking {<z-,a+>}\n.end\n",
        Verdict::faulty_stg, "a", "trace"},
-      {"inconsistent side by side",
-       ".outputs a\n.graph\np a+\nq a+/1\na+ r\na+/1 s\n.marking {p q}\n.end\n",
-       Verdict::faulty_stg, "a", "trace"},
       {"an input disables an output",
        ".inputs a\n.outputs z\n.graph\np z+ a+\nz+ z-\nz- p\na+ a-\n"
        "a- p\n.marking {p}\n.end\n",

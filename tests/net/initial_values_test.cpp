@@ -2,14 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "net/causality.h"
 #include "net/edge_history.h"
+#include "net/event_relations.h"
+#include "oracle/random.h"
 #include "support/process_builder.h"
 
 namespace vorel::net {
@@ -111,6 +116,10 @@ TEST(InitialValues, InconsistencyIsAnErrorWithATraceThatLeadsToIt) {
       {{{"a+", "a-"}, {"a+/1", "a-/1"}}, "c+", unknown_value, "signal a; trace:"},
       // Though concurrent toggles of another signal are met first.
       {{{"b~", "a+"}, {"b~/1", "a+/1"}}, "c+", unknown_value, "signal a; trace:"},
+      // The same where nothing follows both.
+      {{{"a+"}, {"b+", "a+/1"}}, "", unknown_value, "signal a; trace:\nb+, a+/1, a+"},
+      {{{"a~"}, {"b~", "a~/1", "a+"}}, "", unknown_value, "signal a; trace:\na~, b~, a~/1, a+"},
+      {{{"b+", "a+", "a-"}, {"b-/1"}}, "", unknown_value, "signal b; trace:"},
   };
   for (const Row& row : table) {
     Builder b = chains(row.chains);
@@ -123,6 +132,117 @@ TEST(InitialValues, InconsistencyIsAnErrorWithATraceThatLeadsToIt) {
     EXPECT_NE(outcome.messages.find("\nError: the STG is inconsistent, " + row.message),
               std::string::npos)
         << outcome.messages;
+  }
+}
+
+// Random trees of choices, with some forks in them and events that join the branches; each edge has
+// the sign that fits those before it.
+class RandomBranches {
+ public:
+  explicit RandomBranches(std::uint64_t seed) : random_{seed} {}
+
+  StgPrefix& run() {
+    ends_.push_back(&condition());
+    const bool is_large = random_.chance(20);
+    const unsigned events = is_large ? random_.between(150, 300) : random_.between(5, 44);
+    for (unsigned i = 0; i < events; ++i) add_event(i, random_.chance(is_large ? 1 : 10));
+    return builder_.finish();
+  }
+
+ private:
+  using Condition = StgPrefix::Condition;
+  Condition& condition() { return builder_.condition("p" + std::to_string(ends_.size())); }
+
+  void add_event(unsigned number, bool is_fork) {
+    Condition* const first = ends_[random_.below(ends_.size())];
+    std::vector<Condition*> preset{first};
+    if (random_.chance(30)) {
+      EventRelations relations(*builder_.process);
+      relations.choose(*first);
+      Condition* const second = ends_[random_.below(ends_.size())];
+      if (second != first && relations.is_concurrent(*second)) preset.push_back(second);
+    }
+    auto& event = builder_.event(label(preset, number), {}, {});
+    for (Condition* needed : preset) add_link(*needed, event);
+    for (int i = 0; i < (is_fork ? 2 : 1); ++i) {
+      ends_.push_back(&condition());
+      add_link(event, *ends_.back());
+    }
+  }
+
+  std::string label(const std::vector<Condition*>& preset, unsigned number) {
+    const std::string signal(1, "abc"[random_.below(3)]);
+    if (random_.chance(50)) return "d.k~/" + std::to_string(number);
+    if (signal == "c" && random_.chance(70)) return "c~/" + std::to_string(number);
+    std::vector<StgPrefix::Event*> producers;
+    for (const Condition* c : preset) std::ranges::copy(c->producers(), back_inserter(producers));
+    const auto past = causal_past(*builder_.process, producers);
+    const auto edges = std::ranges::count_if(
+        past, [&signal](const auto* event) { return event->transition->name.starts_with(signal); });
+    return signal + (edges % 2 == 0 ? "+/" : "-/") + std::to_string(number);
+  }
+
+  oracle::Random random_;
+  Builder builder_;
+  std::vector<Condition*> ends_;
+};
+
+TEST(InitialValues, ConcurrentEdgesAreFoundWhereverTheyAre) {
+  std::array<int, 2> count{};
+  for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    RandomBranches branches(seed);
+    StgPrefix& prefix = branches.run();
+    EventRelations relations(prefix);
+    const auto is_beside_chosen = [&](const auto& chosen, const auto& other) {
+      const auto is_signed = [](const auto& e) { return e->transition->sign != Sign::toggle; };
+      return chosen->transition->signal == other->transition->signal &&
+             (is_signed(chosen) || is_signed(other)) &&
+             relations.relation_of(*other) == EventRelation::concurrent;
+    };
+    const bool has_any = std::ranges::any_of(prefix.events, [&](const auto& event) {
+      if (event->transition->signal->is_dummy()) return false;
+      relations.choose(*event);
+      return std::ranges::any_of(prefix.events,
+                                 [&](const auto& other) { return is_beside_chosen(event, other); });
+    });
+    testing::internal::CaptureStderr();
+    const auto found = settle_initial_values(prefix);
+    testing::internal::GetCapturedStderr();
+    ASSERT_EQ(found.has_value(), has_any);
+    ++count[has_any ? 1 : 0];
+    if (!found) continue;
+    const auto* last = found->trace.back();
+    EXPECT_EQ(found->signal, last->transition->signal);
+    relations.choose(*last);
+    EXPECT_TRUE(std::ranges::any_of(
+        found->trace, [&](const auto* event) { return is_beside_chosen(last, event); }));
+  }
+  EXPECT_GT(std::ranges::min(count), 50);
+}
+
+// The forked branch has the last edge, too.
+TEST(InitialValues, ConcurrentEdgesAreFoundAmongManyBranches) {
+  constexpr int none = 2000;
+  for (const int forked : {3, 600, 1190, none}) {
+    Builder b;
+    auto& start = b.condition("start");
+    StgPrefix::Condition *half = nullptr, *spare = nullptr;
+    std::vector<StgPrefix::Condition*> ends;
+    for (int i = 0; i < 1200; ++i) {
+      const auto number = "/" + std::to_string(i);
+      if (i % 600 == 0) {
+        half = &b.condition("half" + number);
+        b.event("d.h" + number, {&start}, {half});
+      }
+      ends.push_back(&b.condition("end" + number));
+      auto& event = b.event("d.k" + number, {half}, {ends.back()});
+      if (i == forked) add_link(event, *(spare = &b.condition("spare")));
+    }
+    if (spare != nullptr) ends.push_back(spare);
+    for (std::size_t i = 0; i < ends.size(); ++i) b.event("a+/" + std::to_string(i), {ends[i]}, {});
+    b.finish();
+    EXPECT_EQ(find_values(b).consistent, forked == none);
   }
 }
 
