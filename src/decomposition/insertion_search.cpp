@@ -175,9 +175,11 @@ SubfunctionInserter::Search::EdgeSet SubfunctionInserter::Search::set_of_model()
 std::optional<SubfunctionInserter::Search::EdgeSet> SubfunctionInserter::Search::cheapest_set() {
   std::optional<EdgeSet> set;
   const sat::ClauseGroup descent = formula_.new_group();
-  sat::find_least_cost(formula_, step_.rating, resolution::unknown_cost, descent,
-                       [&] { set = set_of_model(); });
+  sat::find_least_cost(
+      formula_, step_.rating, resolution::unknown_cost, descent, [&] { set = set_of_model(); },
+      inserter_.deadline_);
   formula_.remove_group(descent);
+  if (!inserter_.is_in_time()) set.reset();  // it need not be the cheapest
   return set;
 }
 

@@ -50,11 +50,12 @@ std::optional<Synthesised> equations(const net::StgPrefix& stg, Style style, Gat
   return result;
 }
 
-// Mapping may take very long where it finds nothing.
+// Mapping may take very long where it finds nothing. What can follow it needs time, too.
 base::Deadline mapping_deadline(const StepContext& context) {
   const double left = context.deadline.left(), most = context.request.limits.max_mapping_seconds;
-  const bool is_last = context.request.style != Style::automatic || most == 0;
-  return base::Deadline(is_last ? left : left == 0 ? most : std::min(left, most));
+  if (context.request.style != Style::automatic) return base::Deadline(left);
+  if (left == 0 || most == 0) return base::Deadline(left == 0 ? most : left / 2);
+  return base::Deadline(std::min(left / 2, most));
 }
 
 std::optional<Synthesised> mapped(const net::StgPrefix& stg, Gates gates,

@@ -166,9 +166,9 @@ std::optional<ResolutionEngine::RatedChoice> ResolutionEngine::cheapest_choice(
       {.coefficients = coefficients_, .cores = counters, .unlock_number = unlock_number_}, formula);
   insertions_.sums().sums_emit();
   Choice choice;
-  const std::optional<std::uint64_t> total =
-      sat::find_least_cost(formula, cost.literals(), incumbent ? incumbent->total() : unknown_cost,
-                           sat::PermanentGroup, [&] { choice = insertions_.choice(); });
+  const std::optional<std::uint64_t> total = sat::find_least_cost(
+      formula, cost.literals(), incumbent ? incumbent->total() : unknown_cost, sat::PermanentGroup,
+      [&] { choice = insertions_.choice(); }, deadline_);
   if (!total) return std::nullopt;
   return RatedChoice{.choice = std::move(choice), .total = *total};
 }
@@ -178,7 +178,7 @@ std::optional<ResolutionEngine::Best> ResolutionEngine::best_transformation() {
   if (base::run_failed()) return std::nullopt;
   const ResolutionCost* const incumbent = rated.empty() ? nullptr : &rated.front();
   const std::optional<RatedChoice> found = cheapest_choice(incumbent);
-  if (base::run_failed()) return std::nullopt;
+  if (base::run_failed() || (!found && deadline_.is_over())) return std::nullopt;
   if (found) {
     InsertedSignal inserted = insertions_.after_insertion(found->choice);
     ResolutionCost cost = rate(found->choice, inserted);

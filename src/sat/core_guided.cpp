@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/messages.h"
+#include "sat/timed_solve.h"
 #include "sat/totalizer.h"
 
 namespace vorel::sat {
@@ -22,20 +23,28 @@ std::uint64_t sum_of(std::uint64_t a, std::uint64_t b) { return a > highest - b 
 class CoreGuidedSearch {
  public:
   CoreGuidedSearch(CnfFormula& formula, std::span<const WeightedLit> cost, std::uint64_t bound,
-                   ClauseGroup group, const std::function<void()>& record)
-      : formula_{formula}, cost_{cost}, group_{group}, record_{record}, upper_{bound} {
+                   ClauseGroup group, const std::function<void()>& record,
+                   const base::Deadline& deadline)
+      : formula_{formula},
+        cost_{cost},
+        group_{group},
+        record_{record},
+        deadline_{deadline},
+        upper_{bound} {
     normalise();
   }
 
   // Without any assumptions first: a formula without models is refuted faster so, and what the
   // first model costs keeps the assumptions few.
   std::optional<std::uint64_t> run() {
-    if (lower_ >= upper_ || !is_satisfiable({})) return std::nullopt;
+    if (lower_ >= upper_ || !solve({}).value_or(false)) return std::nullopt;
     note_model();
     harden();
     threshold_ = next_threshold(highest);
     while (lower_ < upper_ && !base::run_failed()) {
-      if (is_satisfiable(assumptions())) {
+      const std::optional<bool> answer = solve(assumptions());
+      if (!answer) return std::nullopt;
+      if (*answer) {
         note_model();
         if (!relax_cores() && !lower_threshold()) break;
       } else {
@@ -87,7 +96,7 @@ class CoreGuidedSearch {
   }
   Soft& soft_of(Lit lit) { return softs_[index_of_.at(lit)]; }
 
-  bool is_satisfiable(const Lits& assumed) { return formula_.solve_assuming(assumed).value(); }
+  std::optional<bool> solve(const Lits& assumed) { return solve_by(formula_, assumed, deadline_); }
 
   Lits assumptions() const {
     Lits lits;
@@ -166,7 +175,7 @@ class CoreGuidedSearch {
   void trim(Lits& assumed) {
     for (int i = 0; i < most_trims && assumed.size() > 1; ++i) {
       const std::size_t size = assumed.size();
-      if (formula_.solve_assuming(assumed) != false || base::run_failed()) return;
+      if (solve(assumed) != false || base::run_failed()) return;
       assumed = formula_.failed_assumptions();
       if (assumed.size() == size) return;
     }
@@ -239,6 +248,7 @@ class CoreGuidedSearch {
   const std::span<const WeightedLit> cost_;
   const ClauseGroup group_;
   const std::function<void()>& record_;
+  const base::Deadline& deadline_;
   std::uint64_t lower_ = 0, upper_;
   bool has_model_ = false;
   std::uint64_t threshold_ = 0;  // literals of less weight are not assumed to be false
@@ -259,8 +269,9 @@ std::uint64_t model_cost(const CnfFormula& formula, std::span<const WeightedLit>
 
 std::optional<std::uint64_t> find_least_cost(CnfFormula& formula, std::span<const WeightedLit> cost,
                                              std::uint64_t bound, ClauseGroup group,
-                                             const std::function<void()>& record) {
-  return CoreGuidedSearch(formula, cost, bound, group, record).run();
+                                             const std::function<void()>& record,
+                                             const base::Deadline& deadline) {
+  return CoreGuidedSearch(formula, cost, bound, group, record, deadline).run();
 }
 
 }  // namespace vorel::sat

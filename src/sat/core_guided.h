@@ -14,6 +14,7 @@
 #include <optional>
 #include <span>
 
+#include "base/deadline.h"
 #include "sat/cnf_formula.h"
 
 namespace vorel::sat {
@@ -31,9 +32,11 @@ std::uint64_t model_cost(const CnfFormula& formula, std::span<const WeightedLit>
 // better than all before, the last time in one of least cost; a literal that nothing forces to be
 // true is false there. The clauses that are added to the group say of the models below the best one
 // found what is true of them, so the group ends without models: whoever goes on with the formula
-// removes it. Nothing and no further calls when the run has failed.
+// removes it. Nothing and no further calls when the run has failed, or when the deadline is over
+// before it is known that no model is better than the last one.
 std::optional<std::uint64_t> find_least_cost(CnfFormula& formula, std::span<const WeightedLit> cost,
                                              std::uint64_t bound, ClauseGroup group,
-                                             const std::function<void()>& record);
+                                             const std::function<void()>& record,
+                                             const base::Deadline& deadline = base::Deadline(0));
 
 }  // namespace vorel::sat

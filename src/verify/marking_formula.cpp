@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cassert>
 
+#include "sat/timed_solve.h"
+
 namespace vorel::verify {
 namespace {
-
-constexpr std::uint64_t conflicts_between_looks_at_the_clock = 10'000;
 
 configuration::EncodingOptions options_of(const sat::CnfParams& params) {
   configuration::EncodingOptions options;
@@ -100,12 +100,7 @@ sat::Lit MarkingFormula::any_of(const sat::Lits& lits) {
 std::optional<bool> MarkingFormula::solve(sat::Lits assumptions) {
   if (std::ranges::find(assumptions, sat::LitFalse) != assumptions.end()) return false;
   std::erase(assumptions, sat::LitTrue);
-  if (!deadline_.is_set()) return formula().solve_assuming(assumptions);
-  while (!deadline_.is_over()) {
-    const auto answer = formula().solve_assuming(assumptions, conflicts_between_looks_at_the_clock);
-    if (answer) return answer;
-  }
-  return std::nullopt;
+  return sat::solve_by(formula(), assumptions, deadline_);
 }
 
 }  // namespace vorel::verify

@@ -15,6 +15,7 @@
 #include "decomposition/gate_library.h"
 #include "formats/g_reader.h"
 #include "formats/g_writer.h"
+#include "oracle/coding.h"
 #include "oracle/netlist.h"
 #include "oracle/random_stg.h"
 #include "oracle/resolution_checks.h"
@@ -67,10 +68,7 @@ class Flow : public testing::Test {
     ASSERT_TRUE(initial);
     EXPECT_EQ(result.hint.empty(), result.verdict <= Verdict::verified_with_warnings);
     ASSERT_TRUE(result.coding) << result.sentence;
-    // Of states in which a dummy has disabled a signal only those before the dummy are compared.
-    if (oracle::signals_that_dummies_disable(graph).empty()) {
-      EXPECT_EQ(result.coding->csc_holds, oracle::conflicting_signals(before).empty());
-    }
+    expect_right_coding(*result.coding, before, graph, *initial);
     const bool has_fault = std::ranges::any_of(
         result.findings, [](const StgFinding& f) { return f.gravity == Gravity::fault; });
     EXPECT_EQ(result.verdict == Verdict::faulty_stg, has_fault);
@@ -80,6 +78,17 @@ class Flow : public testing::Test {
     if (result.verdict <= Verdict::verified_with_warnings)
       expect_right_circuit(before, result, is_reduced);
     ++verdicts_[result.verdict];
+  }
+
+  // Signals may be disabled by dummies, before which a state then counts.
+  static void expect_right_coding(const Coding& coding, const net::Stg& stg,
+                                  const oracle::StateGraph<net::Stg>& graph,
+                                  const oracle::Values& initial) {
+    oracle::SignalSet conflicts = oracle::csc_conflict_signals(stg, graph, initial);
+    EXPECT_TRUE(coding.csc_holds || !conflicts.empty());
+    for (const std::uint32_t signal : oracle::signals_that_dummies_disable(graph))
+      conflicts.erase(signal);
+    EXPECT_TRUE(!coding.csc_holds || conflicts.empty());
   }
 
   static bool inputs_disable_outputs(const net::Stg& stg,
@@ -150,6 +159,7 @@ TEST_F(Flow, IsHonestAboutRandomStgs) {
     FlowRequest request;
     request.resolution.with_reductions = seed % 5 == 0;
     request.limits.max_mapping_seconds = 1;
+    request.limits.max_seconds = 10;
     constexpr Style styles[] = {Style::automatic, Style::automatic,  Style::generalised_c,
                                 Style::automatic, Style::standard_c, Style::complex_gate};
     request.style = styles[seed % std::size(styles)];
@@ -248,6 +258,25 @@ TEST_F(Flow, GivesUpAtItsLimits) {
     EXPECT_EQ(result.verdict, Verdict::gave_up) << result.sentence;
     EXPECT_FALSE(result.hint.empty() || result.circuit);
   }
+}
+
+// The search for the fifth signal would take minutes.
+TEST_F(Flow, EndsInTimeWithinTheSearchForOneSignal) {
+  FlowRequest request;
+  request.limits.max_seconds = 1;
+  const FlowResult result = run(g_text(oracle::random_stg(20413, {.max_states = 60})), request);
+  EXPECT_EQ(result.verdict, Verdict::gave_up) << result.sentence;
+  EXPECT_NE(result.sentence.find("conflicts are left after 1 seconds"), std::string::npos)
+      << result.sentence;
+  EXPECT_LT(result.seconds, 30);
+}
+
+TEST_F(Flow, LeavesTimeForTheStylesThatFollowMapping) {
+  FlowRequest request;
+  request.limits.max_seconds = 3;
+  const FlowResult result =
+      run(g_text(oracle::random_stg(11, {.dummies = true, .max_states = 60})), request);
+  EXPECT_LE(result.verdict, Verdict::verified_with_warnings) << result.sentence;
 }
 
 }  // namespace

@@ -1,0 +1,16 @@
+// sat/timed_solve.h - a solver that is not to run beyond a point of time.
+#pragma once
+
+#include <optional>
+#include <span>
+
+#include "base/deadline.h"
+#include "sat/cnf_formula.h"
+
+namespace vorel::sat {
+
+// CnfFormula::solve_assuming; nothing when that is still open at the deadline.
+std::optional<bool> solve_by(CnfFormula& formula, std::span<const Lit> assumptions,
+                             const base::Deadline& deadline);
+
+}  // namespace vorel::sat
