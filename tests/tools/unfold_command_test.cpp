@@ -1,8 +1,10 @@
 // The program vorel-unfold as its users see it: what it writes, and what vorel makes of that.
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <zlib.h>
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -214,10 +216,17 @@ class Terminal {
   Terminal& operator=(const Terminal&) = delete;
 
   std::string path() const { return ::ptsname(descriptor_); }
+  // What was written arrives some time later, and in pieces.
   std::string shown() const {
-    std::string text(1 << 16, '\0');
-    const ssize_t size = ::read(descriptor_, text.data(), text.size());
-    text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    constexpr int quiet_milliseconds = 200;
+    std::string text;
+    pollfd waiting{.fd = descriptor_, .events = POLLIN, .revents = 0};
+    while (::poll(&waiting, 1, quiet_milliseconds) > 0) {
+      std::array<char, 4096> piece;
+      const ssize_t size = ::read(descriptor_, piece.data(), piece.size());
+      if (size <= 0) break;
+      text.append(piece.data(), static_cast<std::size_t>(size));
+    }
     return text;
   }
 
