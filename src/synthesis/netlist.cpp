@@ -104,4 +104,18 @@ std::optional<bool> value_of(const toolkit::LogicExpr& function,
   return result;
 }
 
+std::vector<std::string> names_of(const net::Stg& stg, const Netlist& netlist) {
+  std::vector<std::string> names;
+  for (const auto& signal : stg.signals) names.push_back(signal->name);
+  for (const NetlistGate& gate : netlist.gates) {
+    names.push_back(gate.output);
+    names.push_back(gate.instance);
+    for (const NetlistInput& input : gate.inputs) {
+      names.push_back(input.inverter);
+      names.push_back(input.inverted_wire);
+    }
+  }
+  return names;
+}
+
 }  // namespace vorel::synthesis

@@ -65,4 +65,7 @@ Netlist netlist_of(const net::Stg& stg, SynthesisStyle style,
 std::optional<bool> value_of(const toolkit::LogicExpr& function,
                              const std::unordered_map<std::string, bool>& values);
 
+// Of all signals, wires and instances; perhaps several times, and empty where there is none.
+std::vector<std::string> names_of(const net::Stg& stg, const Netlist& netlist);
+
 }  // namespace vorel::synthesis

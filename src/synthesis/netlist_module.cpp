@@ -21,15 +21,7 @@ std::string constant(bool value) { return value ? "1'b1" : "1'b0"; }
 // What no wire and no instance of the circuit is called.
 std::string initial_block_name(const net::Stg& stg, const Netlist& netlist) {
   base::UniqueNames names;
-  for (const auto& signal : stg.signals) names.add(signal->name);
-  for (const NetlistGate& gate : netlist.gates) {
-    names.add(gate.output);
-    names.add(gate.instance);
-    for (const NetlistInput& input : gate.inputs) {
-      names.add(input.inverter);
-      names.add(input.inverted_wire);
-    }
-  }
+  for (const std::string& name : names_of(stg, netlist)) names.add(name);
   return names.take("initial_values");
 }
 

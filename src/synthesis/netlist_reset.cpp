@@ -100,16 +100,7 @@ class ResetAdder {
   bool take_names() {
     if (!toolkit::can_stand_in_verilog(reset_input_))
       return toolkit::report_not_for_verilog("the reset input", reset_input_);
-    std::vector<std::string> names;
-    for (const auto& signal : stg_.signals) names.push_back(signal->name);
-    for (const NetlistGate& gate : netlist_.gates) {
-      names.push_back(gate.output);
-      names.push_back(gate.instance);
-      for (const NetlistInput& input : gate.inputs) {
-        names.push_back(input.inverter);
-        names.push_back(input.inverted_wire);
-      }
-    }
+    const std::vector<std::string> names = names_of(stg_, netlist_);
     if (std::ranges::find(names, reset_input_) != names.end()) {
       base::print_error("the reset input cannot be called " + base::quoted(reset_input_) +
                         ": the circuit has this name already");

@@ -37,6 +37,12 @@ CLI::Validator is_time() { return CLI::Validator(time_fault, "", "time"); }
 
 std::uint32_t preset_threads() { return std::clamp(std::thread::hardware_concurrency(), 1u, 8u); }
 
+void add_threads_option(CLI::App& app, std::uint32_t& threads) {
+  app.add_option("--threads", threads, "threads (default: one for each processor, at most 8)")
+      ->check(CLI::Range(1u, 256u).description(""))
+      ->type_name("N");
+}
+
 void add_usual_flags(CLI::App& app) {
   app.set_help_flag("-h,--help", "print this help");
   app.set_version_flag("--version", app.get_name() + " " VOREL_VERSION, "print the version");

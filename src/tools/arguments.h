@@ -23,6 +23,9 @@ CLI::Validator is_time();
 // The threads of a run that is not told how many.
 std::uint32_t preset_threads();
 
+// Adds the option --threads.
+void add_threads_option(CLI::App& app, std::uint32_t& threads);
+
 // Gives the application, which is called like the program, --help and --version.
 void add_usual_flags(CLI::App& app);
 

@@ -192,10 +192,7 @@ class FlowArguments {
                     "takes more than S seconds (default 30)")
         ->check(is_time())
         ->type_name("S");
-    app_.add_option("--threads", request.threads,
-                    "threads (default: one for each processor, at most 8)")
-        ->check(CLI::Range(1u, 256u).description(""))
-        ->type_name("N");
+    add_threads_option(app_, request.threads);
     app_.add_option("--solver", request.solver,
                     "solve with 0 the solver made here, or 1 MiniSat (default)")
         ->check(CLI::Range(0, 1).description(""))

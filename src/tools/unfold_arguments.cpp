@@ -101,10 +101,7 @@ class UnfoldArguments {
                     "prefix, the same for any number of threads")
         ->check(CLI::Range(0u, 3u).description(""))
         ->type_name("0..3");
-    app_.add_option("--threads", options.number_of_threads,
-                    "threads (default: one for each processor, at most 8)")
-        ->check(CLI::Range(1u, 256u).description(""))
-        ->type_name("N");
+    add_threads_option(app_, options.number_of_threads);
     app_.add_flag("--no-cutoffs", options.no_cutoffs, "leave cut-off events out of the prefix");
     app_.add_flag("--dummy-cutoffs", options.dummy_cutoffs,
                   "let dummies be cut-offs like any other event; answers\n"

@@ -147,10 +147,7 @@ class VerifyArguments {
                     "may be a fraction")
         ->check(is_time())
         ->type_name("S");
-    app_.add_option("--threads", options.threads,
-                    "threads (default: one for each processor, at most 8)")
-        ->check(CLI::Range(1u, 256u).description(""))
-        ->type_name("N");
+    add_threads_option(app_, options.threads);
     app_.add_option("--solver", options.formula.solver,
                     "solve with 0 the solver made here, or 1 MiniSat (default)")
         ->check(CLI::Range(0, 1).description(""))
