@@ -1,5 +1,5 @@
 // bench/two_level.cpp - how small and how fast are minimised and factored random functions?
-// Usage: bench_two_level
+// Usage: bench_two_level [ROW], of the table of families from 0; without it, all
 // Rows: functions of some variables, each point in ON, in OFF or free by chance. Columns: seconds
 // of processor time for all functions (median of five runs), cubes and literals of all results,
 // literals after factoring. "one prime" chooses among one prime for each cube, "repeat" does so
@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <span>
 #include <vector>
 
 #include "oracle/exact_minimum.h"
@@ -137,9 +138,13 @@ void print_family(const Family& family) {
 }  // namespace
 }  // namespace vorel::bench
 
-int main() {
+int main(int argc, char** argv) {
   std::printf("%2s %4s %4s %5s  %-10s %9s %9s %8s %8s %8s\n", "n", "ON", "OFF", "count", "way",
               "minimise", "factor", "cubes", "literals", "factored");
-  for (const vorel::bench::Family& family : vorel::bench::families)
-    vorel::bench::print_family(family);
+  const std::span rows(vorel::bench::families);
+  if (argc > 1) {
+    vorel::bench::print_family(rows[std::strtoul(argv[1], nullptr, 10) % rows.size()]);
+    return 0;
+  }
+  for (const vorel::bench::Family& family : rows) vorel::bench::print_family(family);
 }

@@ -1,8 +1,10 @@
 #include "toolkit/covering.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <numeric>
+#include <span>
 
 #include "toolkit/covering_reduction.h"
 
@@ -10,6 +12,31 @@ namespace vorel::toolkit {
 namespace {
 
 using Numbers = std::vector<std::uint32_t>;
+
+// Lists of numbers, one behind the other.
+class FlatLists {
+ public:
+  explicit FlatLists(const std::vector<Numbers>& lists) {
+    for (const Numbers& list : lists) {
+      numbers_.insert(numbers_.end(), list.begin(), list.end());
+      ends_.push_back(numbers_.size());
+    }
+  }
+  std::span<const std::uint32_t> operator[](std::size_t i) const {
+    return {numbers_.data() + ends_[i], numbers_.data() + ends_[i + 1]};
+  }
+
+ private:
+  Numbers numbers_;
+  std::vector<std::size_t> ends_ = {0};
+};
+
+std::vector<Numbers> transposed(const std::vector<Numbers>& rows, std::size_t columns) {
+  std::vector<Numbers> rows_of(columns);
+  for (std::uint32_t r = 0; r < rows.size(); ++r)
+    for (const std::uint32_t c : rows[r]) rows_of[c].push_back(r);
+  return rows_of;
+}
 
 // Local search in the space of choices that leave some rows without a column [GWLY-2015]. A row
 // that stays without one weighs more and more, so that the search leaves every dead end. Ties are
@@ -20,128 +47,180 @@ class LocalSearch {
   Numbers run(const CoveringParams& params);
 
  private:
+  static constexpr std::uint32_t not_chosen = ~0u;
+
   struct Column {
     std::int64_t gain = 0;      // weight of the rows whose state a change of this column changes
+    std::uint32_t weight = 0;   // its own
     std::uint32_t changed = 0;  // the step of its last change
-    bool chosen = false;
+    std::uint32_t slot = not_chosen;
     bool may_enter = true;  // something near it has changed since it left
+    bool is_chosen() const { return slot != not_chosen; }
+  };
+  // A chosen column.
+  struct Slot {
+    std::uint32_t column;
+    std::uint32_t since;  // counts additions
   };
 
   void add(std::uint32_t column);
   void remove(std::uint32_t column);
+  void leave_slot(Column& column);
   void change_gains(std::uint32_t row, std::int64_t by, bool chosen);
+  // Of two fractions the smaller one has the smaller quotient, and equal ones have the same, while
+  // a gain times a weight stays below 2^52.
+  void note_loss(const Column& column) {
+    losses_[column.slot] = static_cast<double>(column.gain) / column.weight;
+  }
   void cover_all();
   void drop_needless();
-  std::uint32_t cheapest_loss() const;
-  std::uint32_t best_entry(const Numbers& row) const;
-  bool is_better(std::uint32_t a, std::uint32_t b) const;
+  std::uint32_t cheapest_loss();
+  std::uint32_t best_entry(std::span<const std::uint32_t> row) const;
+  bool is_better(const Column& a, const Column& b) const;
   void record();
 
-  const CoveringProblem& problem_;
-  std::vector<Numbers> rows_of_;  // for each column
+  const FlatLists rows_, rows_of_;  // the columns of each row, the rows of each column
   std::vector<Column> columns_;
   std::vector<std::int64_t> row_weights_;
   Numbers times_covered_;
-  Numbers uncovered_;  // rows, the oldest first
-  Numbers chosen_;     // columns, the oldest first
+  Numbers uncovered_;                   // rows, the oldest first
+  std::vector<Slot> slots_;             // in no order
+  std::vector<double> losses_;          // of the slots: gain for weight
+  std::vector<double> least_of_block_;  // scratch
   std::uint64_t weight_ = 0, best_weight_ = ~std::uint64_t{0};
   Numbers best_;
-  std::uint32_t step_ = 0;
+  std::uint32_t step_ = 0, additions_ = 0;
 };
 
 LocalSearch::LocalSearch(const CoveringProblem& problem)
-    : problem_{problem},
-      rows_of_(problem.weights.size()),
+    : rows_{problem.rows},
+      rows_of_{transposed(problem.rows, problem.weights.size())},
       columns_(problem.weights.size()),
       row_weights_(problem.rows.size(), 1),
       times_covered_(problem.rows.size(), 0),
       uncovered_(problem.rows.size()) {
   std::iota(uncovered_.begin(), uncovered_.end(), 0u);
-  for (std::uint32_t r = 0; r < problem.rows.size(); ++r) {
-    for (const std::uint32_t c : problem.rows[r]) {
-      rows_of_[c].push_back(r);
-      ++columns_[c].gain;
-    }
+  for (std::size_t c = 0; c < columns_.size(); ++c) {
+    columns_[c].weight = problem.weights[c];
+    columns_[c].gain = static_cast<std::int64_t>(rows_of_[c].size());
   }
 }
 
 void LocalSearch::change_gains(std::uint32_t row, std::int64_t by, bool chosen) {
-  for (const std::uint32_t c : problem_.rows[row])
-    if (columns_[c].chosen == chosen) columns_[c].gain += by;
+  for (const std::uint32_t c : rows_[row]) {
+    Column& column = columns_[c];
+    if (column.is_chosen() != chosen) continue;
+    column.gain += by;
+    if (chosen) note_loss(column);
+  }
 }
 
-void LocalSearch::add(std::uint32_t column) {
-  assert(!columns_[column].chosen);
-  weight_ += problem_.weights[column];
-  columns_[column].changed = step_;
-  for (const std::uint32_t r : rows_of_[column]) {
+void LocalSearch::add(std::uint32_t number) {
+  Column& column = columns_[number];
+  assert(!column.is_chosen());
+  weight_ += column.weight;
+  column.changed = step_;
+  for (const std::uint32_t r : rows_of_[number]) {
     const std::int64_t w = row_weights_[r];
     if (++times_covered_[r] == 1) {
       change_gains(r, -w, false);
-      columns_[column].gain += w;  // it has just lost this with the others, as not yet chosen
+      column.gain += w;  // it has just lost this with the others, as not yet chosen
       uncovered_.erase(std::ranges::find(uncovered_, r));
     } else if (times_covered_[r] == 2) {
       change_gains(r, -w, true);
     }
-    for (const std::uint32_t c : problem_.rows[r]) columns_[c].may_enter = true;
+    for (const std::uint32_t c : rows_[r]) columns_[c].may_enter = true;
   }
-  columns_[column].chosen = true;
-  chosen_.push_back(column);
+  column.slot = static_cast<std::uint32_t>(slots_.size());
+  slots_.push_back({number, additions_++});
+  losses_.push_back(0);
+  note_loss(column);
 }
 
-void LocalSearch::remove(std::uint32_t column) {
-  assert(columns_[column].chosen);
-  weight_ -= problem_.weights[column];
-  columns_[column].changed = step_;
-  columns_[column].chosen = false;
-  chosen_.erase(std::ranges::find(chosen_, column));
-  for (const std::uint32_t r : rows_of_[column]) {
+void LocalSearch::leave_slot(Column& column) {
+  slots_[column.slot] = slots_.back();
+  losses_[column.slot] = losses_.back();
+  columns_[slots_.back().column].slot = column.slot;
+  slots_.pop_back();
+  losses_.pop_back();
+  column.slot = not_chosen;
+}
+
+void LocalSearch::remove(std::uint32_t number) {
+  Column& column = columns_[number];
+  assert(column.is_chosen());
+  weight_ -= column.weight;
+  column.changed = step_;
+  leave_slot(column);
+  for (const std::uint32_t r : rows_of_[number]) {
     const std::int64_t w = row_weights_[r];
     if (--times_covered_[r] == 0) {
       change_gains(r, w, false);
-      columns_[column].gain -= w;
+      column.gain -= w;
       uncovered_.push_back(r);
     } else if (times_covered_[r] == 1) {
       change_gains(r, w, true);
     }
-    for (const std::uint32_t c : problem_.rows[r]) columns_[c].may_enter = true;
+    for (const std::uint32_t c : rows_[r]) columns_[c].may_enter = true;
   }
-  columns_[column].may_enter = false;
+  column.may_enter = false;
 }
 
 // More gain for its weight; of equals the one left alone for longer, then the first.
-bool LocalSearch::is_better(std::uint32_t a, std::uint32_t b) const {
-  const std::int64_t left = columns_[a].gain * std::int64_t{problem_.weights[b]};
-  const std::int64_t right = columns_[b].gain * std::int64_t{problem_.weights[a]};
-  if (left != right) return left > right;
-  return columns_[a].changed < columns_[b].changed;
+bool LocalSearch::is_better(const Column& a, const Column& b) const {
+  const std::int64_t left = a.gain * std::int64_t{b.weight};
+  const std::int64_t right = b.gain * std::int64_t{a.weight};
+  return left != right ? left > right : a.changed < b.changed;
 }
 
-std::uint32_t LocalSearch::best_entry(const Numbers& row) const {
+std::uint32_t LocalSearch::best_entry(std::span<const std::uint32_t> row) const {
   std::uint32_t best = row.front();
   bool found = false;
   for (const std::uint32_t c : row) {
     if (!columns_[c].may_enter) continue;
-    if (!found || is_better(c, best)) best = c;
+    if (!found || is_better(columns_[c], columns_[best])) best = c;
     found = true;
   }
   return best;
 }
 
-// The chosen column that is missed least for its weight; of equals the one in it for longest.
-std::uint32_t LocalSearch::cheapest_loss() const {
-  assert(!chosen_.empty());
-  std::uint32_t best = chosen_.front();
-  for (const std::uint32_t c : chosen_) {
-    const std::int64_t loss = columns_[c].gain * std::int64_t{problem_.weights[best]};
-    if (loss < columns_[best].gain * std::int64_t{problem_.weights[c]}) best = c;
+// In lanes, so that the processor need not wait for one comparison to do the next.
+double least_of(std::span<const double> values) {
+  constexpr std::size_t lanes = 8;
+  std::array<double, lanes> least;
+  least.fill(values.front());
+  std::size_t i = 0;
+  for (; i + lanes <= values.size(); i += lanes)
+    for (std::size_t k = 0; k < lanes; ++k)
+      least[k] = values[i + k] < least[k] ? values[i + k] : least[k];
+  for (; i < values.size(); ++i) least[0] = std::min(least[0], values[i]);
+  return *std::ranges::min_element(least);
+}
+
+// The chosen column that is missed least for its weight; of equals the one in it for longest, which
+// is sought only in the blocks that have one.
+std::uint32_t LocalSearch::cheapest_loss() {
+  assert(!slots_.empty());
+  constexpr std::size_t block = 32;
+  const std::span<const double> losses(losses_);
+  least_of_block_.clear();
+  for (std::size_t first = 0; first < losses.size(); first += block)
+    least_of_block_.push_back(
+        least_of(losses.subspan(first).first(std::min(block, losses.size() - first))));
+  const double least = *std::ranges::min_element(least_of_block_);
+  const Slot* best = nullptr;
+  for (std::size_t b = 0; b < least_of_block_.size(); ++b) {
+    if (least_of_block_[b] != least) continue;
+    for (std::size_t i = b * block; i < std::min((b + 1) * block, losses.size()); ++i)
+      if (losses[i] == least && (best == nullptr || slots_[i].since < best->since))
+        best = &slots_[i];
   }
-  return best;
+  return best->column;
 }
 
 void LocalSearch::cover_all() {
   while (!uncovered_.empty()) {
-    add(best_entry(problem_.rows[uncovered_.front()]));
+    add(best_entry(rows_[uncovered_.front()]));
     for (const std::uint32_t r : uncovered_) {
       ++row_weights_[r];
       change_gains(r, 1, false);
@@ -157,21 +236,22 @@ void LocalSearch::record() {
   assert(uncovered_.empty());
   if (weight_ >= best_weight_) return;
   best_weight_ = weight_;
-  best_ = chosen_;
+  best_.clear();
+  for (const Slot& slot : slots_) best_.push_back(slot.column);
 }
 
 Numbers LocalSearch::run(const CoveringParams& params) {
-  if (problem_.rows.empty()) return {};
+  if (uncovered_.empty()) return {};
   while (!uncovered_.empty()) {
-    std::uint32_t best = problem_.rows[uncovered_.front()].front();
+    std::uint32_t best = rows_[uncovered_.front()].front();
     for (std::uint32_t c = 0; c < columns_.size(); ++c)
-      if (!columns_[c].chosen && is_better(c, best)) best = c;
+      if (!columns_[c].is_chosen() && is_better(columns_[c], columns_[best])) best = c;
     add(best);
   }
   drop_needless();
   record();
   const std::size_t last_step =
-      std::min<std::size_t>(problem_.rows.size() * params.steps_per_row, params.max_steps);
+      std::min<std::size_t>(row_weights_.size() * params.steps_per_row, params.max_steps);
   for (step_ = 1; step_ <= last_step && best_.size() > 1; ++step_) {
     remove(cheapest_loss());
     if (best_.size() > 2) remove(cheapest_loss());

@@ -33,16 +33,47 @@ bool meet(ConstRow a, ConstRow b) {
 
 }  // namespace
 
+// The rows of the OFF-set that the literal there does not keep the cube off.
+ConstRow Expander::agreeing(ConstRow row, std::size_t position) const {
+  const Word values = row[position / positions_per_word] >> position % positions_per_word * 2;
+  return columns_.admitting(position, values & 3);
+}
+
+// Most rows of a dense OFF-set are settled by literals that alone block some row. These are found
+// by a count over the columns, so that the matrix has only what is left.
+void Expander::keep_sole_literals(ConstRow row) {
+  blocked_.assign(columns_.set_words(), 0);
+  not_alone_.assign(columns_.set_words(), 0);
+  for_each_position(literals_, [&](std::size_t position) {
+    const ConstRow agrees = agreeing(row, position);
+    for (std::size_t k = 0; k < agrees.size(); ++k) {
+      not_alone_[k] |= blocked_[k] & ~agrees[k];
+      blocked_[k] |= ~agrees[k];
+    }
+  });
+  unsettled_.assign(columns_.all_rows().begin(), columns_.all_rows().end());
+  kept_.assign(row.size(), 0);
+  for_each_position(literals_, [&](std::size_t position) {
+    const ConstRow agrees = agreeing(row, position);
+    Word sole = 0;
+    for (std::size_t k = 0; k < agrees.size(); ++k)
+      sole |= columns_.all_rows()[k] & ~agrees[k] & ~not_alone_[k];
+    if (sole == 0) return;
+    kept_[position / positions_per_word] |= Word{1} << position % positions_per_word * 2;
+    for (std::size_t k = 0; k < agrees.size(); ++k) unsettled_[k] &= agrees[k];
+  });
+}
+
 void Expander::block(ConstRow row) {
+  literals_.resize(row.size());
+  for (std::size_t k = 0; k < row.size(); ++k) literals_[k] = literal_positions(row[k]);
+  keep_sole_literals(row);
   blocking_.truncate(0);
-  for (std::size_t i = 0; i < off_.size(); ++i) {
+  for_each_row(unsettled_, [&](std::size_t i) {
     const Row conflict = blocking_.add_full();
     for (std::size_t k = 0; k < row.size(); ++k) conflict[k] = empty_positions(row[k] & off_[i][k]);
     assert(size_of(conflict) != 0 && "the cube meets the OFF-set");
-  }
-  literals_.resize(row.size());
-  for (std::size_t k = 0; k < row.size(); ++k) literals_[k] = literal_positions(row[k]);
-  kept_.assign(row.size(), 0);
+  });
 }
 
 void Expander::want(ConstRow row, const PackedCover& on, const std::vector<bool>& covered) {

@@ -7,16 +7,21 @@
 #include <functional>
 #include <vector>
 
+#include "toolkit/column_index.h"
 #include "toolkit/packed_cover.h"
 #include "toolkit/transversals.h"
 
 namespace vorel::toolkit {
 
-// Holds the OFF-set by reference. A cube to be expanded must not meet it.
+// Holds the OFF-set, which must not change, by reference. A cube to be expanded must not meet it.
 class Expander {
  public:
   explicit Expander(const PackedCover& off)
-      : off_{off}, blocking_{off.width()}, wanted_{off.width()}, transversals_{off.width()} {}
+      : off_{off},
+        columns_{off},
+        blocking_{off.width()},
+        wanted_{off.width()},
+        transversals_{off.width()} {}
 
   // Makes the row a prime: raises it over as many as possible of the rows of `on` that are not
   // `covered`, then to as few literals as a bounded search finds.
@@ -27,6 +32,8 @@ class Expander {
 
  private:
   void block(ConstRow row);
+  void keep_sole_literals(ConstRow row);
+  ConstRow agreeing(ConstRow row, std::size_t position) const;
   void want(ConstRow row, const PackedCover& on, const std::vector<bool>& covered);
   void keep_essential();
   void drop_infeasible();
@@ -36,12 +43,15 @@ class Expander {
   void keep_fewest();
 
   const PackedCover& off_;
+  const ColumnIndex columns_;  // of the OFF-set
   // Sets of positions. A row of blocking_ holds the literals that keep the cube off one row of the
   // OFF-set: at least one must stay. A row of wanted_ holds the literals that must go so that the
   // cube contains one more row of the ON-set.
   PackedCover blocking_, wanted_;
   std::vector<Word> literals_;  // neither kept nor raised so far
   std::vector<Word> kept_;
+  std::vector<Word> unsettled_;            // rows of the OFF-set that no kept literal blocks
+  std::vector<Word> blocked_, not_alone_;  // scratch: rows by one literal at least, by two
   TransversalSearch transversals_;
 };
 

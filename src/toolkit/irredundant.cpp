@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "toolkit/column_index.h"
 #include "toolkit/tautology.h"
 
 namespace vorel::toolkit {
@@ -20,19 +21,22 @@ std::size_t most_parts(std::size_t primes) {
 class PartFinder {
  public:
   explicit PartFinder(const PackedCover& primes)
-      : primes_{primes}, rows_{primes.width()}, summary_{primes.width()} {}
+      : primes_{primes}, columns_{primes}, rows_{primes.width()}, summary_{primes.width()} {}
 
   // Appends a row for each part of the cube: the primes that contain the part. False if there are
   // too many parts; what has been appended is then removed.
   bool add_parts(ConstRow cube, std::vector<Numbers>& parts);
 
  private:
+  void find_primes(ConstRow cube);
   bool split(std::size_t first, std::vector<Numbers>& parts);
 
   const PackedCover& primes_;
-  Numbers containing_;  // primes that contain the whole cube, and so each part
-  PackedCover rows_;    // a stack of cofactors of the other primes
-  Numbers numbers_;     // which prime a row of the stack comes from
+  const ColumnIndex columns_;
+  std::vector<Word> meeting_, whole_;  // primes that meet the cube, that contain it
+  Numbers containing_;                 // primes that contain the whole cube, and so each part
+  PackedCover rows_;                   // a stack of cofactors of the other primes
+  Numbers numbers_;                    // which prime a row of the stack comes from
   ColumnSummary summary_;
   SplitChooser chooser_;
   std::size_t last_part_ = 0;
@@ -65,19 +69,36 @@ bool PartFinder::split(std::size_t first, std::vector<Numbers>& parts) {
   return go_on;
 }
 
+void PartFinder::find_primes(ConstRow cube) {
+  meeting_.assign(columns_.all_rows().begin(), columns_.all_rows().end());
+  whole_ = meeting_;
+  for (std::size_t position = 0; position < primes_.width(); ++position) {
+    const bool zero = admits(cube, position, 1), one = admits(cube, position, 2);
+    const ConstRow admit_zero = columns_.admitting(position, 1);
+    const ConstRow admit_one = columns_.admitting(position, 2);
+    for (std::size_t k = 0; k < whole_.size(); ++k)
+      whole_[k] &= (zero ? admit_zero[k] : all_bits) & (one ? admit_one[k] : all_bits);
+    if (zero && one) continue;
+    const ConstRow agreeing = zero ? admit_zero : admit_one;
+    for (std::size_t k = 0; k < meeting_.size(); ++k) meeting_[k] &= agreeing[k];
+  }
+}
+
 bool PartFinder::add_parts(ConstRow cube, std::vector<Numbers>& parts) {
   rows_.truncate(0);
   numbers_.clear();
   containing_.clear();
-  for (std::uint32_t i = 0; i < primes_.size(); ++i) {
-    if (contains(primes_[i], cube)) {
-      containing_.push_back(i);
-    } else if (intersect(primes_[i], cube)) {
-      const Row row = rows_.add_full();
-      for (std::size_t k = 0; k < row.size(); ++k) row[k] = primes_[i][k] | ~cube[k];
-      numbers_.push_back(i);
+  find_primes(cube);
+  for_each_row(meeting_, [&](std::size_t i) {
+    const auto number = static_cast<std::uint32_t>(i);
+    if ((whole_[i / 64] >> i % 64 & 1) != 0) {
+      containing_.push_back(number);
+      return;
     }
-  }
+    const Row row = rows_.add_full();
+    for (std::size_t k = 0; k < row.size(); ++k) row[k] = primes_[i][k] | ~cube[k];
+    numbers_.push_back(number);
+  });
   const std::size_t before = parts.size();
   last_part_ = before + most_parts(rows_.size());
   if (split(0, parts)) return true;

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <iostream>
-#include <set>
+#include <unordered_set>
 
+#include "base/hashing.h"
 #include "base/run_state.h"
 #include "toolkit/complement.h"
 #include "toolkit/expand.h"
@@ -89,7 +90,7 @@ class Minimiser {
   const MinimiseParams& params_;
   Expander expander_;
   PackedCover primes_;  // to choose from
-  std::set<std::vector<Word>> known_;
+  std::unordered_set<std::vector<Word>, base::SequenceHash> known_;
 };
 
 void Minimiser::add_prime(ConstRow prime) {
