@@ -105,7 +105,8 @@ bool UnfoldingLoop::must_give_up() {
   if (options_.max_events != 0 && process_.event_count() > bound) {
     give_up(UnfoldOutcome::too_many_events);
   } else if (options_.max_seconds > 0 &&
-             base::seconds_of(base::ticks_now() - start_ticks_) > options_.max_seconds) {
+             options_.seconds_before + base::seconds_of(base::ticks_now() - start_ticks_) >
+                 options_.max_seconds) {
     give_up(UnfoldOutcome::out_of_time);
   }
   return outcome_ != UnfoldOutcome::complete;
