@@ -43,13 +43,19 @@ class CoSetFinder {
 
   void list_all_candidates();
   void list_candidates(PlaceId place);
+  void mark_past();
   const List& older_candidates(PlaceId place);
   ConditionId sibling_of(ConditionId newest, PlaceId place) const;
   void check_safety(ConditionId newest);
   void complete(TransitionId t, ConditionId newest);
+  bool has_candidates(TransitionId t, ConditionId newest);
   void complete_pair(PlaceId place);
+  bool choose_forced();
+  void choose_condition(ConditionId c);
+  void unchoose(std::size_t size);
   void choose(std::size_t depth);
-  bool narrow(std::size_t depth, ConditionId chosen);
+  bool narrow(std::size_t depth);
+  bool uses_marks() const { return relation_ == nullptr || is_wide_; }
   bool concurrent(ConditionId chosen, ConditionId other);
   void report(ConditionId last);
 
@@ -62,11 +68,17 @@ class CoSetFinder {
   ConditionId first_ = 0, end_ = 0;
   const ConcurrencyRelation* relation_ = nullptr;
   MarkedPast past_;
+  bool is_marked_ = false;  // past_ has been started for the event
+  bool is_wide_ = false;    // the preset being completed: marks tell what fits, not the relation
   std::optional<UnsafePair> unsafe_;
 
   std::vector<List> older_;            // by place: candidates below first_
   std::vector<std::uint32_t> listed_;  // by place: the round in which older_ was filled
   std::uint32_t round_ = 0;
+  std::vector<ConditionId> newest_at_;  // by place: of the last event run that produced there
+  // By transition: where in its preset a place without candidates was met last. Of a wide preset
+  // most conditions come before the last one; looking there first, they need not see all of it.
+  std::vector<std::uint32_t> last_gap_;
 
   TransitionId transition_ = 0;  // whose preset is being completed
   std::vector<ConditionId> chosen_;
