@@ -18,16 +18,20 @@ CoSetFinder::CoSetFinder(const BranchingProcess& process, Found found,
       found_{std::move(found)},
       must_stop_{std::move(must_stop)},
       past_{process},
+      other_past_{process},
       older_(net_.place_count),
       listed_(net_.place_count),
       newest_at_(net_.place_count, no_condition),
       last_gap_(net_.transition_count) {}
 
-void CoSetFinder::run(EventId e, const ConcurrencyRelation* relation) {
+void CoSetFinder::run(EventId e, const ConcurrencyRelation* relation,
+                      const LocalHistories* histories) {
+  assert((relation == nullptr) != (histories == nullptr));
   ++round_;
   unsafe_.reset();
   event_ = e;
   relation_ = relation;
+  histories_ = histories;
   if (e == no_event) {
     first_ = 0;
     end_ = static_cast<ConditionId>(net_.marked.size());
@@ -67,11 +71,23 @@ void CoSetFinder::list_candidates(PlaceId place) {
   if (relation_ != nullptr) return;  // what there is has been listed
   const auto all = process_.conditions_of(place);
   if (all.empty() || all.front() >= first_) return;
+  histories_->list_candidates(
+      event_, place, first_, [this](ConditionId c) { return !must_stop_() && fits(c); }, list);
+}
+
+bool CoSetFinder::fits(ConditionId older) {
+  if (histories_->is_known(older)) return histories_->in_harmony(older, event_, conflict_);
   mark_past();
-  for (const ConditionId c : all) {
-    if (c >= first_) break;
-    if (past_.fits(c)) list.push_back(c);
-  }
+  return past_.fits(older);
+}
+
+bool CoSetFinder::are_concurrent(ConditionId c, ConditionId d) {
+  if (relation_ != nullptr) return relation_->concurrent(c, d);
+  if (histories_->is_known(c) && histories_->is_known(d))
+    return histories_->are_concurrent(c, d, conflict_);
+  other_past_.start(no_event);
+  other_past_.push(c);
+  return other_past_.fits(d);
 }
 
 // Most events find nothing that would have to fit.
@@ -175,13 +191,13 @@ bool CoSetFinder::choose_forced() {
 void CoSetFinder::choose_condition(ConditionId c) {
   chosen_.push_back(c);
   // What is new has been tested against all candidates.
-  if (uses_marks() && c < first_) past_.push(c);
+  if (is_wide_ && c < first_) past_.push(c);
 }
 
 // Takes choices back until there are `size`.
 void CoSetFinder::unchoose(std::size_t size) {
   for (; chosen_.size() > size; chosen_.pop_back()) {
-    if (uses_marks() && chosen_.back() < first_) past_.pop();
+    if (is_wide_ && chosen_.back() < first_) past_.pop();
   }
 }
 
@@ -221,8 +237,8 @@ bool CoSetFinder::narrow(std::size_t depth) {
 // With the last choice; marks answer for all choices.
 bool CoSetFinder::concurrent(ConditionId chosen, ConditionId other) {
   if (other >= first_) return true;
-  if (uses_marks()) return past_.fits(other);
-  return chosen >= first_ || relation_->concurrent(chosen, other);
+  if (is_wide_) return past_.fits(other);
+  return chosen >= first_ || are_concurrent(chosen, other);
 }
 
 // The choice so far, with a last condition unless that is no_condition.

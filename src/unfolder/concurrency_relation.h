@@ -45,6 +45,11 @@ class ConcurrencyRelation {
 
   // Bytes of all rows, nearly.
   std::uint64_t memory() const { return word_count_ * sizeof(Word); }
+  // True where a row costs more to enter and to read than histories cost to compare: where much is
+  // concurrent with most conditions, unless all is small.
+  bool has_long_rows() const {
+    return memory() > (4u << 20) && memory() > rows_.size() * std::uint64_t{1024};
+  }
 
  private:
   // Of one worker: scratch for how many conditions of an event of the batch were met, by position.

@@ -86,6 +86,8 @@ class UnfoldingLoop {
   void form_groups();
   void drop_relation_if_full();
   void drop_relation();
+  void keep_histories();
+  void drop_histories();
   void give_up(UnfoldOutcome outcome);
   bool must_give_up();
   bool keeps_incomplete() const;
@@ -100,7 +102,9 @@ class UnfoldingLoop {
   const Callback callback_;
   BranchingProcess process_;
   FinalStateTable final_states_;
+  // One of the two tells what is concurrent: the relation as long as it is small enough.
   std::unique_ptr<ConcurrencyRelation> relation_;
+  std::unique_ptr<LocalHistories> histories_;
   NonLocalCorrespondents non_local_;
   base::WorkerPool pool_;
   std::vector<std::unique_ptr<Worker>> workers_;
