@@ -40,13 +40,27 @@ void SearchInstance<P>::encode_merged_rules(Configuration& configuration) {
   }
 }
 
+// Who wants to store the formula wants it as it is, without assumptions.
+template <net::Process P>
+void SearchInstance<P>::set_alternatives(std::vector<sat::Alternative> alternatives) {
+  if (!options_.formula.store_cnf_formula)
+    alternatives_ = sat::AlternativeSearch(std::move(alternatives));
+}
+
+template <net::Process P>
+bool SearchInstance<P>::solve_formula() {
+  const std::optional<bool> answer = alternatives_.solve(formula_);
+  return answer ? *answer : formula_.solve();
+}
+
 template <net::Process P>
 bool SearchInstance<P>::solve() {
   do {
     if (P::is_merged && has_grown_) print_instance_size();
     has_grown_ = false;
-    if (!formula_.solve() || base::run_failed()) return false;
+    if (!solve_formula() || base::run_failed()) return false;
   } while (refine());
+  alternatives_ = sat::AlternativeSearch();
   return true;
 }
 

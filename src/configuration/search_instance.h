@@ -12,6 +12,7 @@
 #include "configuration/acyclicity.h"
 #include "configuration/search_options.h"
 #include "configuration/state_literals.h"
+#include "sat/alternatives.h"
 
 namespace vorel::configuration {
 
@@ -45,6 +46,9 @@ class SearchInstance {
   // process whenever it has grown. False when there is none, and after a reported failure.
   bool solve();
 
+  // To be tried first in the next solve(): one of them is true in each model.
+  void set_alternatives(std::vector<sat::Alternative> alternatives);
+
   // Of the current model, in the order of the list of events.
   std::vector<const Event*> events_of_model(std::size_t i) const;
   // The literals that tell one model from another: those of all events in all configurations.
@@ -62,6 +66,7 @@ class SearchInstance {
   };
 
   void encode_merged_rules(Configuration& configuration);
+  bool solve_formula();
   // True when the model had a cycle, and clauses were added.
   bool refine();
   void print_instance_size() const;
@@ -70,6 +75,7 @@ class SearchInstance {
   const EncodingOptions options_;
   sat::CnfFormula formula_;
   std::vector<std::unique_ptr<Configuration>> configurations_;
+  sat::AlternativeSearch alternatives_;
   bool has_grown_ = true;  // since it was last solved
 };
 

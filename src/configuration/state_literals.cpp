@@ -37,11 +37,25 @@ sat::Lit StateLiterals<P>::marked(const Place& place, sat::Polarity polarity) {
   assert(process().places[place.index].get() == &place);
   sat::LitCell& cell = vars_.places[place];
   if (cell.serves(polarity)) return cell.lit;
-  sat::Lits lits;
-  for (const auto* condition : structure_.instances().conditions_of(base::id_of(place))) {
-    lits.push_back(vars_.marked_lit(*condition, polarity));
-  }
+  const sat::Lits lits = marked_conditions(place, polarity);
   return formula().define_gate(cell, sat::GateOr, lits, vars_.group(), polarity);
+}
+
+template <net::Process P>
+sat::Lits StateLiterals<P>::marked_conditions(const Place& place, sat::Polarity polarity) {
+  sat::Lits lits;
+  for (const auto* condition : instances().conditions_of(base::id_of(place)))
+    lits.push_back(vars_.marked_lit(*condition, polarity));
+  return lits;
+}
+
+template <net::Process P>
+sat::Lits StateLiterals<P>::enabled_events(const Transition& transition,
+                                           sat::Polarity polarity) requires(!P::is_merged) {
+  sat::Lits lits;
+  for (const Event* event : instances().events_of(base::id_of(transition)))
+    lits.push_back(enabled(*event, polarity));
+  return lits;
 }
 
 template <net::Process P>
@@ -96,15 +110,15 @@ sat::Lit StateLiterals<P>::enabled(const Transition& transition, sat::Polarity p
   assert(process().transitions[transition.index].get() == &transition);
   sat::LitCell& cell = vars_.transitions[transition];
   if (cell.serves(polarity)) return cell.lit;
-  const auto events = structure_.instances().events_of(base::id_of(transition));
-  if (events.empty()) return cell.lit = sat::LitFalse;
-  sat::Lits lits;
+  if (instances().events_of(base::id_of(transition)).empty()) return cell.lit = sat::LitFalse;
   if constexpr (P::is_merged) {
+    sat::Lits lits;
     for (const auto* place : transition.preset) lits.push_back(marked(*place, polarity));
     return formula().define_gate(cell, sat::GateAnd, lits, vars_.group(), polarity);
+  } else {
+    const sat::Lits lits = enabled_events(transition, polarity);
+    return formula().define_gate(cell, sat::GateOr, lits, vars_.group(), polarity);
   }
-  for (const Event* event : events) lits.push_back(enabled(*event, polarity));
-  return formula().define_gate(cell, sat::GateOr, lits, vars_.group(), polarity);
 }
 
 template <net::Process P>

@@ -23,8 +23,14 @@ class StateLiterals {
                 Enabledness enabledness);
 
   ConfigurationVars<P>& vars() { return vars_; }
+  const net::Instances<P>& instances() const { return structure_.instances(); }
 
   sat::Lit marked(const Place& place, sat::Polarity polarity = sat::default_polarity);
+  // The parts of these disjunctions: the conditions of the place, and the events of the transition,
+  // which on merged processes are not what decides.
+  sat::Lits marked_conditions(const Place& place, sat::Polarity polarity);
+  sat::Lits enabled_events(const Transition& transition,
+                           sat::Polarity polarity) requires(!P::is_merged);
   // True if the place is marked; nothing follows if it is not. A variable more, and a clause for
   // each condition, where marked() takes a gate for each.
   sat::Lit marked_at_least(const Place& place);

@@ -63,7 +63,10 @@ template <net::Process P>
 void ReachCheck<P>::encode(sat::ClauseGroup) {
   assert(property_ != nullptr && this->instance().size() == 0);
   this->instance().add_configuration();
-  normal_form_ = reachlang::encode_predicate(*property_, this->instance().state(0));
+  auto encoded = reachlang::encode_predicate(*property_, this->instance().state(0));
+  if (!encoded) return;
+  normal_form_ = std::move(encoded->normal);
+  this->instance().set_alternatives(std::move(encoded->alternatives));
 }
 
 template <net::Process P>

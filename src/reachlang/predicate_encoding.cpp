@@ -1,5 +1,6 @@
 #include "reachlang/predicate_encoding.h"
 
+#include <algorithm>
 #include <cassert>
 #include <iostream>
 #include <string>
@@ -12,6 +13,10 @@
 
 namespace vorel::reachlang {
 namespace {
+
+// From so many parts on, a disjunction is searched part by part.
+constexpr std::size_t long_disjunction = 64;
+constexpr std::size_t most_levels = 4;  // of alternatives within alternatives
 
 // The literals of the atoms.
 template <net::Process P>
@@ -28,7 +33,28 @@ class AtomEncoder {
     return sat::LitUninit;
   }
 
+  // An atom that is true has one of these true, too; none if it is no disjunction.
+  sat::Lits parts_of(ReachOp op, const ReachNodeRef& node) {
+    if (op == ReachOp::state && node.kind == BaseType::place)
+      return state_.marked_conditions(*process_.places[node.index], +1);
+    if constexpr (!P::is_merged) {
+      if (op == ReachOp::enabled && node.kind == BaseType::transition)
+        return state_.enabled_events(*process_.transitions[node.index], +1);
+    }
+    return {};
+  }
+  std::size_t part_count(ReachOp op, const ReachNodeRef& node) const {
+    if (op == ReachOp::state && node.kind == BaseType::place)
+      return state_.instances().conditions_of(base::Id<Place>{node.index}).size();
+    if (op == ReachOp::enabled && node.kind == BaseType::transition && !P::is_merged)
+      return state_.instances().events_of(base::Id<Transition>{node.index}).size();
+    return 0;
+  }
+
  private:
+  using Place = typename P::NetType::Place;
+  using Transition = typename P::NetType::Transition;
+
   sat::Lit state_of(const ReachNodeRef& node, sat::Polarity polarity) {
     switch (node.kind) {
       case BaseType::condition:
@@ -81,6 +107,14 @@ class PredicateEncoder {
     return literals_[root];
   }
 
+  // Of the root, after run(). Short disjunctions are left to the solver.
+  std::vector<sat::Alternative> alternatives(ReachNodeId root) {
+    std::vector<sat::Alternative> result;
+    const ReachNodeId longest = longest_choice(root);
+    if (choice_count(longest) >= long_disjunction) add_alternatives(longest, 0, result);
+    return result;
+  }
+
  private:
   enum Use : std::uint8_t { used_positively = 1, used_negatively = 2, used_both_ways = 3 };
 
@@ -121,6 +155,47 @@ class PredicateEncoder {
     }
   }
 
+  // The number of literals of which a node that is true has one; 0 if that is known of none.
+  std::size_t choice_count(ReachNodeId id) const {
+    const ReachNode& node = expr_.node(id);
+    if (node.op == ReachOp::or_) return node.operand_count;
+    return is_atom(node) ? atoms_.part_count(node.op, atom_node(node)) : 0;
+  }
+
+  // The node itself, or the part of a conjunction, that leaves most to choose from.
+  ReachNodeId longest_choice(ReachNodeId id) const {
+    const ReachNode& node = expr_.node(id);
+    if (node.op != ReachOp::and_) return id;
+    return *std::ranges::max_element(expr_.operands(node), {},
+                                     [this](ReachNodeId part) { return choice_count(part); });
+  }
+
+  void add_alternatives(ReachNodeId id, std::size_t depth, std::vector<sat::Alternative>& result) {
+    const ReachNode& node = expr_.node(id);
+    if (is_atom(node)) {
+      for (const sat::Lit lit : atoms_.parts_of(node.op, atom_node(node)))
+        result.push_back({lit, {}});
+      return;
+    }
+    for (const ReachNodeId operand : expr_.operands(node)) {
+      result.push_back({literals_[operand], {}});
+      const ReachNodeId inner = longest_choice(operand);
+      const std::size_t count = choice_count(inner);
+      if (count < 2 || count > room_below_ || depth >= most_levels) continue;
+      room_below_ -= count;
+      add_alternatives(inner, depth + 1, result.back().below);
+    }
+  }
+
+  static bool is_atom(const ReachNode& node) {
+    return node.op == ReachOp::state || node.op == ReachOp::enabled ||
+           node.op == ReachOp::next_state;
+  }
+
+  const ReachNodeRef& atom_node(const ReachNode& atom) const {
+    return expr_.value(expr_.operand(atom, 0)).node();
+  }
+
   sat::Lit lit_of(const ReachNode& node, sat::Polarity polarity) {
     const auto operands = expr_.operands(node);
     switch (node.op) {
@@ -145,7 +220,7 @@ class PredicateEncoder {
       case ReachOp::threshold_list:
         return threshold(node, polarity);
       default:
-        return atoms_.literal_of(node.op, expr_.value(expr_.operand(node, 0)).node(), polarity);
+        return atoms_.literal_of(node.op, atom_node(node), polarity);
     }
   }
 
@@ -173,8 +248,9 @@ class PredicateEncoder {
   sat::CnfFormula& formula_;
   const sat::ClauseGroup group_;
   AtomEncoder<P> atoms_;
-  std::vector<std::uint8_t> uses_;  // by node
-  sat::Lits literals_;              // by node
+  std::vector<std::uint8_t> uses_;    // by node
+  sat::Lits literals_;                // by node
+  std::size_t room_below_ = 200'000;  // for alternatives that are parts of others
 };
 
 void show(std::string_view title, const ReachExpr& expr, const ReachNode& node) {
@@ -184,8 +260,8 @@ void show(std::string_view title, const ReachExpr& expr, const ReachNode& node) 
 }  // namespace
 
 template <net::Process P>
-std::optional<NormalForm> encode_predicate(const ReachExpr& property,
-                                           configuration::StateLiterals<P>& state) {
+std::optional<EncodedPredicate> encode_predicate(const ReachExpr& property,
+                                                 configuration::StateLiterals<P>& state) {
   show("\n Predicate before normalisation: ", property, property.root());
   configuration::ConfigurationVars<P>& vars = state.vars();
   std::string fault;
@@ -197,19 +273,21 @@ std::optional<NormalForm> encode_predicate(const ReachExpr& property,
   const ReachExpr& expr = normal->formula.expr();
   show("\n Predicate after normalisation: ", expr, expr.node(normal->root));
   if (base::verbosity() >= 3) std::cerr << '\n';
+  std::vector<sat::Alternative> alternatives;
   if (normal->formula.is_constant(normal->root)) {
     base::notes_stream() << "\n Trivial case\n";
     if (!normal->formula.is_true(normal->root)) vars.formula().add_clause({}, vars.group());
   } else {
     PredicateEncoder<P> encoder(expr, state);
     vars.formula().add_unit(encoder.run(normal->root), vars.group());
+    alternatives = encoder.alternatives(normal->root);
   }
-  return normal;
+  return EncodedPredicate{std::move(*normal), std::move(alternatives)};
 }
 
-#define INSTANTIATE(P)                                                     \
-  template std::optional<NormalForm> encode_predicate<P>(const ReachExpr&, \
-                                                         configuration::StateLiterals<P>&);
+#define INSTANTIATE(P)                                                           \
+  template std::optional<EncodedPredicate> encode_predicate<P>(const ReachExpr&, \
+                                                               configuration::StateLiterals<P>&);
 VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 

@@ -5,16 +5,24 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "configuration/state_literals.h"
 #include "reachlang/expansion.h"
+#include "sat/alternatives.h"
 
 namespace vorel::reachlang {
+
+struct EncodedPredicate {
+  NormalForm normal;
+  // One of them is true in each model; none if that is not known of any.
+  std::vector<sat::Alternative> alternatives;
+};
 
 // Asserts the property of the state, in the group of its literals. A constant property is told of
 // on the standard output. Returns what was asserted; empty after a reported error.
 template <net::Process P>
-std::optional<NormalForm> encode_predicate(const ReachExpr& property,
-                                           configuration::StateLiterals<P>& state);
+std::optional<EncodedPredicate> encode_predicate(const ReachExpr& property,
+                                                 configuration::StateLiterals<P>& state);
 
 }  // namespace vorel::reachlang

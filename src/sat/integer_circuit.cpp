@@ -7,11 +7,13 @@
 #include <limits>
 
 #include "sat/adder_buckets.h"
+#include "sat/totalizer.h"
 
 namespace vorel::sat {
 namespace {
 
 constexpr std::size_t value_bits = 64;
+constexpr std::uint64_t most_in_unary = 16;
 
 std::size_t bit_length(std::uint64_t value) {
   return static_cast<std::size_t>(std::bit_width(value));
@@ -89,7 +91,14 @@ Lit IntegerCircuit::threshold(std::span<const Lit> lits, std::uint64_t k, Clause
   if (lits.size() <= k) return LitFalse;
   if (k == 0) return formula_.make_gate(Gate(GateOr, lits), group, polarity);
   if (k + 1 == lits.size()) return formula_.make_gate(Gate(GateAnd, lits), group, polarity);
-  return ~is_at_most(count_ones(lits, group), k, group, -polarity);
+  // In unary where that is no larger. It propagates better than a binary sum: many literals that
+  // exclude each other lead a search into such a sum again and again.
+  if (k < most_in_unary) return Totalizer(lits, polarity).at_least(k + 1, formula_, group);
+  const std::uint64_t least_false = lits.size() - k;
+  if (least_false > most_in_unary) return ~is_at_most(count_ones(lits, group), k, group, -polarity);
+  Lits complements(lits.begin(), lits.end());
+  for (Lit& lit : complements) lit = ~lit;
+  return ~Totalizer(complements, -polarity).at_least(least_false, formula_, group);
 }
 
 void IntegerCircuit::assert_equal(std::span<const Lit> bits, std::uint64_t value,

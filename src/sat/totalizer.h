@@ -13,11 +13,12 @@ namespace vorel::sat {
 // A balanced tree [BB-2003], of which each node counts the literals below it.
 class Totalizer {
  public:
-  // Adds nothing yet.
-  explicit Totalizer(std::span<const Lit> lits);
+  // Adds nothing yet. The polarity is that of the literals that at_least() gives.
+  explicit Totalizer(std::span<const Lit> lits, Polarity polarity = -1);
 
   std::size_t size() const { return nodes_.back().size; }
-  // A literal that is true when at least so many are, from 1 to size(); clauses say only that.
+  // A literal that is true when at least so many are, from 1 to size(). About as many clauses for
+  // each literal of the set as the largest count.
   Lit at_least(std::size_t count, CnfFormula& formula, ClauseGroup group);
 
  private:
@@ -30,7 +31,11 @@ class Totalizer {
   std::uint32_t build(std::span<const Lit> lits);
   void extend(std::uint32_t index, std::size_t count, CnfFormula& formula, ClauseGroup group);
 
+  void define(const Node& node, std::size_t sum, Lit output, CnfFormula& formula,
+              ClauseGroup group) const;
+
   std::vector<Node> nodes_;  // the root last
+  Polarity polarity_;
 };
 
 }  // namespace vorel::sat

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "base/worker_pool.h"
 #include "unfolder/branching_process.h"
 #include "unfolder/co_set_finder.h"
 #include "unfolder/concurrency_relation.h"
@@ -22,7 +23,6 @@
 #include "unfolder/final_states.h"
 #include "unfolder/non_local.h"
 #include "unfolder/unfold_options.h"
-#include "unfolder/worker_pool.h"
 
 namespace vorel::unfolder {
 
@@ -106,7 +106,7 @@ class UnfoldingLoop {
   std::unique_ptr<ConcurrencyRelation> relation_;
   std::unique_ptr<LocalHistories> histories_;
   NonLocalCorrespondents non_local_;
-  WorkerPool pool_;
+  base::WorkerPool pool_;
   std::vector<std::unique_ptr<Worker>> workers_;
 
   std::vector<EventId> batch_, cut_offs_, entered_;

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "base/messages.h"
+#include "sat/alternatives.h"
 #include "sat/core_guided.h"
 #include "sat/enumeration.h"
 #include "sat/integer_circuit.h"
@@ -40,6 +41,47 @@ std::string pattern(const LiteralCube& cube) {
   std::string text;
   for (std::size_t i = 0; i < cube.size(); ++i) text += "01-"[static_cast<int>(cube[i])];
   return text;
+}
+
+// Random literals, some of them with two below that they imply one of.
+std::vector<Alternative> random_alternatives(Random& random, RandomFormula& f) {
+  std::vector<Alternative> result;
+  Lits all;
+  for (const Lit lit : random_lits(random, f.inputs, 2 + random.below(12))) {
+    all.push_back(lit);
+    result.push_back({lit, {}});
+    if (random.below(2) == 0 || lit.is_constant()) continue;
+    f.clauses.push_back(random_lits(random, f.inputs, 2, false));
+    for (const Lit below : f.clauses.back()) result.back().below.push_back({below, {}});
+    f.clauses.back().push_back(~lit);
+    f.formula.add_clause(f.clauses.back(), PermanentGroup);
+  }
+  f.clauses.push_back(all);
+  f.formula.add_clause(all, PermanentGroup);
+  return result;
+}
+
+TEST(AlternativeSearch, HasTheAnswerOfTheFormulaOrNone) {
+  Random random(59);
+  int models = 0, refuted = 0;
+  for (int round = 0; round < 600; ++round) {
+    RandomFormula f(random, 8, 10 + random.below(40), round % 2);
+    AlternativeSearch search(random_alternatives(random, f));
+    bool expected = false;
+    for (Assignment a = 0; a < f.assignment_count(); ++a) expected = expected || f.is_model(a);
+    const std::optional<bool> answer = search.solve(f.formula);
+    ASSERT_EQ(answer.value_or(expected), expected) << "round " << round;
+    models += answer == true ? 1 : 0;
+    refuted += !expected;
+    if (answer == true) {
+      Assignment model = 0;
+      for (std::uint32_t v = 0; v < f.inputs; ++v) model |= f.formula.is_true(lit_of(v)) << v;
+      EXPECT_TRUE(f.is_model(model));
+    }
+    EXPECT_EQ(f.formula.solve(), expected);
+  }
+  EXPECT_GT(models, 50);
+  EXPECT_GT(refuted, 50);
 }
 
 TEST(Enumeration, ListsEachAssignmentOfTheLiteralsOnce) {
