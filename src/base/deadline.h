@@ -17,10 +17,9 @@ class Deadline {
   bool is_over() const { return is_set() && spent() > seconds_; }
   // Positive even when it is over: 0 would be no bound.
   double left() const { return is_set() ? std::max(seconds_ - spent(), 1e-3) : 0; }
-
- private:
   double spent() const { return seconds_of(ticks_now() - start_); }
 
+ private:
   std::uint64_t start_ = ticks_now();
   double seconds_;
 };

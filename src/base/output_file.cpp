@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <mutex>
+#include <vector>
 
 namespace vorel::base {
 namespace {
@@ -64,6 +66,9 @@ std::string temporary_name(const std::string& target, int number) {
   return (fs::path(target).parent_path() / (base + ".tmp")).string();
 }
 
+std::mutex unfinished_mutex;
+std::vector<std::string> unfinished;  // guarded by unfinished_mutex: files that were written aside
+
 }  // namespace
 
 OutputFile::OutputFile(const std::string& name) : target_{name} { open_by_kind(); }
@@ -105,9 +110,13 @@ bool OutputFile::commit() {
   if (!is_finished_ && !finish()) return false;
   is_finished_ = false;
   if (temporary_.empty()) return true;
-  if (std::rename(temporary_.c_str(), target_.c_str()) == 0) {
-    temporary_.clear();
-    return true;
+  {
+    const std::scoped_lock lock(unfinished_mutex);
+    if (std::rename(temporary_.c_str(), target_.c_str()) == 0) {
+      std::erase(unfinished, temporary_);
+      temporary_.clear();
+      return true;
+    }
   }
   discard();
   return false;
@@ -129,12 +138,14 @@ void OutputFile::open_again(const fs::path& path) {
 
 void OutputFile::open_aside() {
   assert(!is_open() && temporary_.empty());
+  const std::scoped_lock lock(unfinished_mutex);
   for (int number = 0; number < max_temporary_names; ++number) {
     const std::string name = temporary_name(target_, number);
     const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file < 0 && errno == EEXIST) continue;
     if (file < 0) return;
     temporary_ = name;
+    unfinished.push_back(name);
     buffer_ = __gnu_cxx::stdio_filebuf<char>(file, std::ios::out);
     return;
   }
@@ -142,9 +153,18 @@ void OutputFile::open_aside() {
 
 void OutputFile::discard() {
   if (is_open()) buffer_.close();
-  if (!temporary_.empty()) unlink(temporary_.c_str());
+  if (!temporary_.empty()) {
+    const std::scoped_lock lock(unfinished_mutex);
+    unlink(temporary_.c_str());
+    std::erase(unfinished, temporary_);
+  }
   temporary_.clear();
   assert(!is_open());
+}
+
+void abandon_output_files() {
+  unfinished_mutex.lock();
+  for (const std::string& name : unfinished) unlink(name.c_str());
 }
 
 }  // namespace vorel::base

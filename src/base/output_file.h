@@ -51,4 +51,8 @@ class OutputFile {
   std::ostream stream_{&buffer_};
 };
 
+// For a thread that ends the process while others may be writing: removes what they have written
+// aside. From now on no file gets its name, and whoever tries to waits forever.
+void abandon_output_files();
+
 }  // namespace vorel::base

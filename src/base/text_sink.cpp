@@ -10,13 +10,13 @@ bool report_write_failure() {
 }
 
 void TextSink::drain() {
-  stream_.write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+  stream_->write(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
   buffer_.clear();
 }
 
 bool TextSink::finish() {
   drain();
-  return stream_.flush().good() || report_write_failure();
+  return stream_->flush().good() || report_write_failure();
 }
 
 }  // namespace vorel::base

@@ -1,7 +1,7 @@
 // base/text_sink.h - how the writers of text put their pieces together.
 // Here:      buffered appending of texts and numbers, and the one error of a failing write.
 // Not here:  files (formats/save_file.h), escapes, which each format has of its own.
-// Memory is one buffer, whatever the length of the text.
+// Memory is one buffer, whatever the length of the text, if there is a stream.
 #pragma once
 
 #include <charconv>
@@ -17,13 +17,15 @@ bool report_write_failure();
 
 class TextSink {
  public:
-  explicit TextSink(std::ostream& stream) : stream_{stream} { buffer_.reserve(2 * full_size); }
+  explicit TextSink(std::ostream& stream) : stream_{&stream} { buffer_.reserve(2 * full_size); }
+  // Keeps all of the text, for the caller to write.
+  TextSink() : drain_size_{std::string::npos} {}
   TextSink(const TextSink&) = delete;
   TextSink& operator=(const TextSink&) = delete;
 
   TextSink& operator<<(std::string_view text) {
     buffer_.append(text);
-    if (buffer_.size() >= full_size) drain();
+    if (buffer_.size() >= drain_size_) drain();
     return *this;
   }
   TextSink& operator<<(char c) { return *this << std::string_view(&c, 1); }
@@ -36,12 +38,17 @@ class TextSink {
   // Flushes the stream. False after an error, if that or any write before has failed.
   bool finish();
 
+  // Of a sink without a stream.
+  const std::string& text() const { return buffer_; }
+  void clear() { buffer_.clear(); }
+
  private:
   static constexpr std::size_t full_size = std::size_t{1} << 16;
 
   void drain();
 
-  std::ostream& stream_;
+  std::ostream* const stream_ = nullptr;
+  const std::size_t drain_size_ = full_size;
   std::string buffer_;
 };
 

@@ -9,6 +9,7 @@
 // Bytes that are not UTF-8 are written as they are.
 #pragma once
 
+#include <cstdint>
 #include <ostream>
 #include <string>
 
@@ -17,12 +18,13 @@
 namespace vorel::formats {
 
 // False after an error: a write fails, or a name has a zero byte; nothing is written then. The text
-// is never in memory as a whole.
+// is never in memory as a whole, and the same for any number of threads, of which a small process
+// takes one only.
 template <net::Process P>
-bool write_pnml(const P& process, std::ostream& stream);
+bool write_pnml(const P& process, std::ostream& stream, std::uint32_t threads = 1);
 
 // Compresses if the name ends in ".gz".
 template <net::Process P>
-bool save_pnml(const P& process, const std::string& file_name);
+bool save_pnml(const P& process, const std::string& file_name, std::uint32_t threads = 1);
 
 }  // namespace vorel::formats

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 
+#include "configuration/marking_bounds.h"
 #include "configuration/sorted_links.h"
 
 namespace vorel::reach {
@@ -131,16 +132,52 @@ void DeadlockEncoding<P>::encode_dead_cut() {
   }
 }
 
-// No transition is enabled by the final marking.
+// Those that occur; one that is disabled whenever another one is need not be looked at.
 template <net::Process P>
-void DeadlockEncoding<P>::encode_dead_marking() {
+std::vector<const typename P::NetType::Transition*> DeadlockEncoding<P>::transitions_to_disable()
+    const {
   const auto dominated = dominated_consumers(process_.transitions);
+  std::vector<const Transition*> result;
   for (const auto& transition : process_.transitions) {
     const bool occurs = !structure_.instances().events_of(base::id_of(*transition)).empty();
     assert(transition->index < dominated.size());
-    if (dominated[*transition] || !occurs) continue;
+    if (!dominated[*transition] && occurs) result.push_back(transition.get());
+  }
+  return result;
+}
+
+// No transition is enabled by the final marking.
+template <net::Process P>
+void DeadlockEncoding<P>::encode_dead_marking() {
+  for (const Transition* transition : transitions_to_disable()) {
     clause_.clear();
     for (const auto* place : transition->preset) clause_.push_back(~state_.marked_at_least(*place));
+    vars_.formula().add_clause(clause_, vars_.group());
+  }
+}
+
+// What the net alone says of its dead markings. Redundant.
+template <net::Process P>
+void DeadlockEncoding<P>::encode_marking_bounds() requires P::is_merged {
+  const configuration::MarkingBounds bounds(configuration::TokenFlow::of(process_));
+  sat::Lits places;
+  std::vector<bool> can_be_marked;
+  for (const auto& place : process_.places) {
+    places.push_back(state_.marked(*place));
+    can_be_marked.push_back(places.back() != sat::LitFalse);
+  }
+  bounds.assert_invariants(vars_.formula(), places);
+  const auto disable_all = [this](sat::CnfFormula& formula, const sat::Lits& marked) {
+    sat::Lits clause;
+    for (const Transition* transition : transitions_to_disable()) {
+      clause.clear();
+      for (const auto* place : transition->preset) clause.push_back(~marked[place->index]);
+      formula.add_clause(clause, sat::PermanentGroup);
+    }
+  };
+  for (const auto& trap : bounds.traps_against(disable_all, can_be_marked)) {
+    clause_.clear();
+    for (const std::uint32_t place : trap) clause_.push_back(places[place]);
     vars_.formula().add_clause(clause_, vars_.group());
   }
 }
@@ -148,13 +185,17 @@ void DeadlockEncoding<P>::encode_dead_marking() {
 template <net::Process P>
 void DeadlockEncoding<P>::encode_deadlock_with_cutoffs() {
   encode_dead_cut();
-  if constexpr (P::is_merged) encode_dead_marking();
+  if constexpr (P::is_merged) {
+    encode_dead_marking();
+    encode_marking_bounds();
+  }
 }
 
 template <net::Process P>
 void DeadlockEncoding<P>::encode_deadlock_ignoring_cutoffs() {
   encode_dead_marking();
   encode_progress();
+  if constexpr (P::is_merged) encode_marking_bounds();
 }
 
 #define INSTANTIATE(P) template class DeadlockEncoding<P>;

@@ -29,10 +29,13 @@ class DeadlockEncoding {
  private:
   using Event = typename P::Event;
   using Condition = typename P::Condition;
+  using Transition = typename P::NetType::Transition;
 
   void encode_dead_cut();
   void encode_dead_marking();
   void encode_progress();
+  void encode_marking_bounds() requires P::is_merged;
+  std::vector<const Transition*> transitions_to_disable() const;
   bool start_with_unproduced(const Event& event);
   void append_consumers(const Condition& condition);
   void append_consumer_lits(const Condition& condition, sat::Lits& lits);

@@ -54,7 +54,7 @@ class UnfoldArguments {
  public:
   UnfoldArguments() {
     request_.options.number_of_threads = preset_threads();
-    // The bound on memory is enough: beyond, unfolding is 20 times slower.
+    // The bound on memory and the length of rows are enough.
     request_.options.conc_rel_size = std::numeric_limits<std::uint32_t>::max();
     app_.footer(footer);
     add_usual_flags(app_);
@@ -112,8 +112,8 @@ class UnfoldArguments {
     app_.add_option("--conc-rel-size", options.conc_rel_size,
                     "remember which conditions are concurrent while there are\n"
                     "no more than N, in N*N/4 bytes at most (0: never; default:\n"
-                    "while 1 GiB is enough). What is forgotten is found out\n"
-                    "again and again, which saves memory and takes much longer")
+                    "while that pays, and 1 GiB is enough). Beyond, the past of\n"
+                    "events is compared instead, which some nets are slower with")
         ->check(CLI::Range(0u, ~0u).description(""))
         ->type_name("N");
   }

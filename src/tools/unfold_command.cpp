@@ -15,6 +15,7 @@
 #include "net/merge.h"
 #include "tools/progress_line.h"
 #include "tools/remove_cut_offs.h"
+#include "tools/time_limit.h"
 #include "tools/unfold_arguments.h"
 #include "tools/unfold_files.h"
 #include "tools/unfold_report.h"
@@ -26,9 +27,15 @@ namespace {
 class UnfoldRun {
  public:
   explicit UnfoldRun(const UnfoldRequest& request)
-      : request_{request}, messages_{request.output == standard_stream ? std::cerr : std::cout} {}
+      : request_{request},
+        messages_{request.output == standard_stream ? std::cerr : std::cout},
+        limit_{request.options.max_seconds,
+               base::format_message("the prefix is not complete after %g seconds",
+                                    request.options.max_seconds)} {}
 
   void run() {
+    if (base::run_failed()) return;
+    limit_.enter("reading the net");
     auto net = read_net(request_.input, *request_.input_format);
     figures_.reading_seconds = watch_.lap();
     if (!net) return;
@@ -39,23 +46,29 @@ class UnfoldRun {
   // A net that cannot be unfolded is worth a look, too.
   template <class N>
   void draw_and_unfold(N net) {
+    limit_.enter("drawing the net");
     if (!request_.net_drawing.empty() && !formats::save_net_dot(net, request_.net_drawing)) return;
     unfold_and_write(std::move(net));
   }
 
   template <class N>
   void unfold_and_write(N net) {
+    limit_.enter("unfolding");
     auto prefix = unfold(std::move(net));
     if (!prefix || !is_consistent(*prefix)) return;
     // Only now: the cut-offs show the values of signals too.
     if (request_.options.no_cutoffs) remove_cut_offs(*prefix);
     count_elements(*prefix);
     figures_.unfolding_seconds = watch_.lap();
+    limit_.enter("drawing the prefix");
     if (!request_.drawing.empty() && !formats::save_dot(*prefix, request_.drawing)) return;
     if (request_.merge) {
+      limit_.enter("merging");
       const auto merged = net::merge(*prefix);
+      limit_.enter("writing");
       if (write_merged(merged, request_)) tell_success(merged);
     } else {
+      limit_.enter("writing");
       if (write_prefix(*prefix, request_)) tell_success(*prefix);
     }
   }
@@ -65,6 +78,7 @@ class UnfoldRun {
   std::optional<net::PrefixOf<N>> unfold(N net) {
     unfolder::UnfoldOptions options = request_.options;
     options.no_cutoffs = false;
+    options.seconds_before = limit_.spent();
     ProgressLine progress(request_.progress);
     unfolder::UnfoldingLoop::Callback callback;
     if (progress.is_active()) callback = [&](const std::string& line) { progress.show(line); };
@@ -104,6 +118,7 @@ class UnfoldRun {
   const UnfoldRequest& request_;
   std::ostream& messages_;
   base::StopWatch watch_;
+  TimeLimit limit_;
   UnfoldFigures figures_;
 };
 

@@ -87,20 +87,22 @@ bool settle_files(UnfoldRequest& request) {
 template <class N>
 bool write_prefix(const net::PrefixOf<N>& prefix, const UnfoldRequest& request) {
   assert(!request.output.empty() && !request.merge);
-  if (request.output == standard_stream) return formats::write_pnml(prefix, std::cout);
+  const std::uint32_t threads = request.options.number_of_threads;
+  if (request.output == standard_stream) return formats::write_pnml(prefix, std::cout, threads);
   if (request.output_format == ProcessFormat::mci) return formats::save_mci(prefix, request.output);
   assert(request.output_format == ProcessFormat::pnml);
-  return formats::save_pnml(prefix, request.output);
+  return formats::save_pnml(prefix, request.output, threads);
 }
 
 template <class N>
 bool write_merged(const net::MergedProcessOf<N>& process, const UnfoldRequest& request) {
   assert(!request.output.empty() && request.merge);
-  if (request.output == standard_stream) return formats::write_pnml(process, std::cout);
+  const std::uint32_t threads = request.options.number_of_threads;
+  if (request.output == standard_stream) return formats::write_pnml(process, std::cout, threads);
   if (request.output_format == ProcessFormat::mp)
     return formats::save_mp<N>(process, request.output);
   assert(request.output_format == ProcessFormat::pnml);
-  return formats::save_pnml(process, request.output);
+  return formats::save_pnml(process, request.output, threads);
 }
 
 #define INSTANTIATE(N)                                                          \

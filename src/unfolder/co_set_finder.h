@@ -17,6 +17,7 @@
 
 #include "unfolder/branching_process.h"
 #include "unfolder/concurrency_relation.h"
+#include "unfolder/local_histories.h"
 #include "unfolder/marked_past.h"
 #include "unfolder/stop_check.h"
 
@@ -32,8 +33,8 @@ class CoSetFinder {
   CoSetFinder(const BranchingProcess& process, Found found, std::function<bool()> must_stop);
 
   // Presets completed by the new conditions of an event in the prefix, or by the initial ones
-  // (no_event). Without a relation (null) pasts are marked instead. Some only, if it has to stop.
-  void run(EventId e, const ConcurrencyRelation* relation);
+  // (no_event). Of relation and histories one is null. Some only, if it has to stop.
+  void run(EventId e, const ConcurrencyRelation* relation, const LocalHistories* histories);
 
   // The first unsafe pair that the last run met.
   const std::optional<UnsafePair>& unsafe() const { return unsafe_; }
@@ -43,13 +44,20 @@ class CoSetFinder {
 
   void list_all_candidates();
   void list_candidates(PlaceId place);
+  void mark_past();
   const List& older_candidates(PlaceId place);
   ConditionId sibling_of(ConditionId newest, PlaceId place) const;
   void check_safety(ConditionId newest);
   void complete(TransitionId t, ConditionId newest);
+  bool has_candidates(TransitionId t, ConditionId newest);
   void complete_pair(PlaceId place);
+  bool choose_forced();
+  void choose_condition(ConditionId c);
+  void unchoose(std::size_t size);
   void choose(std::size_t depth);
-  bool narrow(std::size_t depth, ConditionId chosen);
+  bool narrow(std::size_t depth);
+  bool fits(ConditionId older);
+  bool are_concurrent(ConditionId c, ConditionId d);
   bool concurrent(ConditionId chosen, ConditionId other);
   void report(ConditionId last);
 
@@ -61,12 +69,20 @@ class CoSetFinder {
   EventId event_ = no_event;  // whose new conditions are first_ .. end_ - 1
   ConditionId first_ = 0, end_ = 0;
   const ConcurrencyRelation* relation_ = nullptr;
-  MarkedPast past_;
+  const LocalHistories* histories_ = nullptr;
+  std::uint32_t conflict_ = 0;  // where histories were last found to be in conflict
+  MarkedPast past_, other_past_;
+  bool is_marked_ = false;  // past_ has been started for the event
+  bool is_wide_ = false;    // the preset being completed: marks tell what fits, not the relation
   std::optional<UnsafePair> unsafe_;
 
   std::vector<List> older_;            // by place: candidates below first_
   std::vector<std::uint32_t> listed_;  // by place: the round in which older_ was filled
   std::uint32_t round_ = 0;
+  std::vector<ConditionId> newest_at_;  // by place: of the last event run that produced there
+  // By transition: where in its preset a place without candidates was met last. Of a wide preset
+  // most conditions come before the last one; looking there first, they need not see all of it.
+  std::vector<std::uint32_t> last_gap_;
 
   TransitionId transition_ = 0;  // whose preset is being completed
   std::vector<ConditionId> chosen_;

@@ -30,7 +30,7 @@ void intersect(Row& row, const Row& other) {
 
 }  // namespace
 
-ConcurrencyRelation::ConcurrencyRelation(const BranchingProcess& process, WorkerPool& pool)
+ConcurrencyRelation::ConcurrencyRelation(const BranchingProcess& process, base::WorkerPool& pool)
     : process_{process}, pool_{pool}, rows_(process.condition_count()), hits_(pool.size()) {
   const ConditionId end = process.condition_count();
   for (ConditionId c = 0; c < end; ++c) {
@@ -69,7 +69,10 @@ void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
     find_partners(i, batch, hits_[worker]);
     make_rows(i, batch, hits_[worker]);
   });
-  pool_.run(pool_.size(), [&](std::uint32_t, std::uint32_t part) { extend_rows(part, batch); });
+  const std::uint32_t part_count = count_parts(size);
+  pool_.run(part_count, [&](std::uint32_t worker, std::uint32_t part) {
+    extend_rows(part, part_count, batch, hits_[worker]);
+  });
   for (Hits& hits : hits_) word_count_ += std::exchange(hits.new_words, 0);
   for (const Consumer& consumer : consumers_) first_consumer_[consumer.condition] = base::no_index;
 }
@@ -145,15 +148,25 @@ void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const Even
   }
 }
 
-// Tells the older conditions of one part of the new ones: every pool_.size()-th word of the rows.
-void ConcurrencyRelation::extend_rows(std::uint32_t part, std::span<const EventId> batch) {
+// A power of two of parts, in which the older rows are extended: one for each worker, if there is
+// enough to do.
+std::uint32_t ConcurrencyRelation::count_parts(std::uint32_t batch_size) const {
+  std::uint64_t words = 0;
+  for (std::uint32_t i = 0; i < batch_size; ++i) words += common_[i].size();
+  return words < 256 ? 1 : std::bit_ceil(pool_.size());
+}
+
+// Tells the older conditions of one part of the new ones: every part_count-th block of words.
+void ConcurrencyRelation::extend_rows(std::uint32_t part, std::uint32_t part_count,
+                                      std::span<const EventId> batch, Hits& hits) {
+  constexpr std::uint32_t words_of_block = 16;
   std::uint64_t new_words = 0;
   for (std::uint32_t i = 0; i < batch.size(); ++i) {
     const UnfoldedEvent& event = process_.event(batch[i]);
     const ConditionId first = event.first_condition, last = first + event.postset_size;
     if (first == last) continue;
     for (const Word& word : common_[i]) {
-      if (word.index % pool_.size() != part) continue;
+      if ((word.index / words_of_block & (part_count - 1)) != part) continue;
       for_each_bit(word, [&](ConditionId c) {
         assert(c < first && "what an event consumes is older than what it produces");
         const std::size_t before = rows_[c].size();
@@ -162,7 +175,7 @@ void ConcurrencyRelation::extend_rows(std::uint32_t part, std::span<const EventI
       });
     }
   }
-  hits_[part].new_words += new_words;
+  hits.new_words += new_words;
 }
 
 // Adds the conditions first .. last - 1, which lie above all that the row has.

@@ -14,8 +14,8 @@
 #include <span>
 #include <vector>
 
+#include "base/worker_pool.h"
 #include "unfolder/branching_process.h"
-#include "unfolder/worker_pool.h"
 
 namespace vorel::unfolder {
 
@@ -29,7 +29,7 @@ class ConcurrencyRelation {
   using Row = std::vector<Word>;  // by index, no word is zero
 
   // Of the initial conditions only, all pairs of which are concurrent.
-  ConcurrencyRelation(const BranchingProcess& process, WorkerPool& pool);
+  ConcurrencyRelation(const BranchingProcess& process, base::WorkerPool& pool);
 
   // Enters the conditions of a batch of events of equal size that has just entered the prefix, in
   // the order of their conditions.
@@ -45,6 +45,11 @@ class ConcurrencyRelation {
 
   // Bytes of all rows, nearly.
   std::uint64_t memory() const { return word_count_ * sizeof(Word); }
+  // True where a row costs more to enter and to read than histories cost to compare: where much is
+  // concurrent with most conditions, unless all is small.
+  bool has_long_rows() const {
+    return memory() > (4u << 20) && memory() > rows_.size() * std::uint64_t{1024};
+  }
 
  private:
   // Of one worker: scratch for how many conditions of an event of the batch were met, by position.
@@ -65,11 +70,13 @@ class ConcurrencyRelation {
   Row common_row(const UnfoldedEvent& event) const;
   void find_partners(std::uint32_t position, std::span<const EventId> batch, Hits& hits);
   void make_rows(std::uint32_t position, std::span<const EventId> batch, Hits& hits);
-  void extend_rows(std::uint32_t part, std::span<const EventId> batch);
+  std::uint32_t count_parts(std::uint32_t batch_size) const;
+  void extend_rows(std::uint32_t part, std::uint32_t part_count, std::span<const EventId> batch,
+                   Hits& hits);
   static void append(Row& row, ConditionId first, ConditionId last);
 
   const BranchingProcess& process_;
-  WorkerPool& pool_;
+  base::WorkerPool& pool_;
   std::vector<Row> rows_;   // by condition
   std::vector<Hits> hits_;  // by worker
   std::uint64_t word_count_ = 0;

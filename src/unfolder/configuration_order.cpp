@@ -53,6 +53,13 @@ void ConfigurationOrder::measure(UnfoldedEvent& event) {
   event.state.add(largest.state);
   if (producers_.size() == 1) return;
   const std::span<const EventId> all = producers_;
+  if (histories_ != nullptr && histories_->are_known(all)) {
+    const LocalHistories::Sum added = histories_->added_to_first(all, scratch_);
+    event.size += added.size;
+    event.dummies += added.dummies;
+    event.state.add(added.state);
+    return;
+  }
   difference_.walk(all.first(1), all.subspan(1), [&](EventId e, Side side) {
     if (side == Side::first) return;
     const TransitionId t = process_.event(e).transition;

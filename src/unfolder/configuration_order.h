@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "unfolder/branching_process.h"
+#include "unfolder/local_histories.h"
 #include "unfolder/past_difference.h"
 #include "unfolder/unfold_options.h"
 
@@ -18,6 +19,9 @@ namespace vorel::unfolder {
 class ConfigurationOrder {
  public:
   ConfigurationOrder(const BranchingProcess& process, const UnfoldOptions& options);
+
+  // What is found in histories need not be walked for; null for none.
+  void use(const LocalHistories* histories) { histories_ = histories; }
 
   // Fills in size, depth, dummies and state of a new event from its transition and preset.
   void measure(UnfoldedEvent& event);
@@ -53,6 +57,8 @@ class ConfigurationOrder {
   const FlatNet& net_;
   const UnfoldOptions options_;
   PastDifference difference_;
+  const LocalHistories* histories_ = nullptr;
+  std::vector<std::uint32_t> scratch_;  // of histories_
   std::vector<EventId> producers_;
   std::vector<EventId> e_only_, f_only_;
   std::vector<std::int32_t> balance_;   // by place, signal or transition; all 0 between uses

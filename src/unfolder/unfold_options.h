@@ -24,6 +24,7 @@ struct UnfoldOptions {
   std::uint64_t conc_rel_memory = std::uint64_t{1} << 30;  // and the bytes it may take
   std::uint64_t max_events = 0;                            // give up beyond; 0: no bound
   double max_seconds = 0;                                  // give up after; 0: no bound
+  double seconds_before = 0;     // of max_seconds, spent before the unfolding began
   bool keep_incomplete = false;  // at a bound, end with the events found so far, without an error
 };
 

@@ -44,6 +44,8 @@ UnfoldingLoop::UnfoldingLoop(const FlatNet& net, const UnfoldOptions& options, C
     workers_.push_back(std::make_unique<Worker>(*this));
   if (options.conc_rel_size > process_.condition_count()) {
     relation_ = std::make_unique<ConcurrencyRelation>(process_, pool_);
+  } else {
+    keep_histories();
   }
 }
 
@@ -69,6 +71,7 @@ UnfoldOutcome UnfoldingLoop::run() {
   if (must_give_up() && !keeps_incomplete()) return outcome_;
   if (stopped || outcome_ != UnfoldOutcome::complete) {
     drop_relation();
+    drop_histories();
     if (batch_.empty()) collect_batch();
     for (; !batch_.empty(); collect_batch()) add_batch();
   }
@@ -102,7 +105,8 @@ bool UnfoldingLoop::must_give_up() {
   if (options_.max_events != 0 && process_.event_count() > bound) {
     give_up(UnfoldOutcome::too_many_events);
   } else if (options_.max_seconds > 0 &&
-             base::seconds_of(base::ticks_now() - start_ticks_) > options_.max_seconds) {
+             options_.seconds_before + base::seconds_of(base::ticks_now() - start_ticks_) >
+                 options_.max_seconds) {
     give_up(UnfoldOutcome::out_of_time);
   }
   return outcome_ != UnfoldOutcome::complete;
@@ -115,7 +119,7 @@ bool UnfoldingLoop::keeps_incomplete() const {
 }
 
 void UnfoldingLoop::extend_with(Worker& worker, EventId event) {
-  worker.finder.run(event, relation_.get());
+  worker.finder.run(event, relation_.get(), histories_.get());
   if (!worker.finder.unsafe()) return;
   // Of all pairs of a batch the lowest is told, whichever worker comes first.
   const std::scoped_lock lock(unsafe_mutex_);
@@ -223,6 +227,7 @@ void UnfoldingLoop::add_batch() {
     entered_.push_back(event);
   }
   if (relation_ != nullptr) relation_->add_batch(batch_);
+  if (histories_ != nullptr) histories_->add_batch(batch_);
 }
 
 // Events of one transition that compete for a condition: no two of them are concurrent.
@@ -268,8 +273,9 @@ void UnfoldingLoop::print_running_line() {
 void UnfoldingLoop::drop_relation_if_full() {
   if (relation_ == nullptr) return;
   if (process_.condition_count() + batch_.size() > options_.conc_rel_size ||
-      relation_->memory() > options_.conc_rel_memory) {
+      relation_->memory() > options_.conc_rel_memory || relation_->has_long_rows()) {
     drop_relation();
+    keep_histories();
   }
 }
 
@@ -277,6 +283,16 @@ void UnfoldingLoop::drop_relation() {
   if (relation_ == nullptr) return;
   relation_.reset();
   stats_.relation_dropped = true;
+}
+
+void UnfoldingLoop::keep_histories() {
+  histories_ = std::make_unique<LocalHistories>(process_, entered_);
+  for (const auto& worker : workers_) worker->order.use(histories_.get());
+}
+
+void UnfoldingLoop::drop_histories() {
+  for (const auto& worker : workers_) worker->order.use(nullptr);
+  histories_.reset();
 }
 
 // A correspondent that was found to be a cut-off later hands on its own.

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "base/worker_pool.h"
 #include "unfolder/branching_process.h"
 #include "unfolder/co_set_finder.h"
 #include "unfolder/concurrency_relation.h"
@@ -22,7 +23,6 @@
 #include "unfolder/final_states.h"
 #include "unfolder/non_local.h"
 #include "unfolder/unfold_options.h"
-#include "unfolder/worker_pool.h"
 
 namespace vorel::unfolder {
 
@@ -86,6 +86,8 @@ class UnfoldingLoop {
   void form_groups();
   void drop_relation_if_full();
   void drop_relation();
+  void keep_histories();
+  void drop_histories();
   void give_up(UnfoldOutcome outcome);
   bool must_give_up();
   bool keeps_incomplete() const;
@@ -100,9 +102,11 @@ class UnfoldingLoop {
   const Callback callback_;
   BranchingProcess process_;
   FinalStateTable final_states_;
+  // One of the two tells what is concurrent: the relation as long as it is small enough.
   std::unique_ptr<ConcurrencyRelation> relation_;
+  std::unique_ptr<LocalHistories> histories_;
   NonLocalCorrespondents non_local_;
-  WorkerPool pool_;
+  base::WorkerPool pool_;
   std::vector<std::unique_ptr<Worker>> workers_;
 
   std::vector<EventId> batch_, cut_offs_, entered_;

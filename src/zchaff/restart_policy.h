@@ -1,6 +1,8 @@
 // zchaff/restart_policy.h - when the search gives up its decisions, and when clauses are reviewed.
 // A restart is due when the clauses learnt lately have more levels than those learnt before
-// [AS-2012], both as exponential averages [BF-2015].
+// [AS-2012], both as exponential averages [BF-2015]. The first restart of a solve waits longer:
+// most of the solves that list models end after a few conflicts, and a restart takes them further
+// away.
 #pragma once
 
 #include <algorithm>
@@ -10,9 +12,12 @@ namespace vorel::zchaff {
 
 class RestartPolicy {
  public:
-  // `interval`: conflicts until the first reduction.
-  RestartPolicy(std::uint32_t margin_percent, std::uint32_t interval)
-      : margin_{1 + margin_percent / 100.0}, interval_{interval}, next_reduction_{interval} {}
+  // `first_restart`: conflicts before it in each solve; `interval`: until the first reduction.
+  RestartPolicy(std::uint32_t margin_percent, std::uint32_t first_restart, std::uint32_t interval)
+      : margin_{1 + margin_percent / 100.0},
+        interval_{interval},
+        next_reduction_{interval},
+        first_restart_{first_restart} {}
 
   void note_conflict(std::uint32_t glue) {
     ++conflicts_;
@@ -21,13 +26,18 @@ class RestartPolicy {
     slow_.update(glue);
   }
   bool is_restart_due() const {
-    return since_restart_ >= least_interval && fast_.value() > margin_ * slow_.value();
+    return since_restart_ >= least_interval_ && fast_.value() > margin_ * slow_.value();
   }
-  void note_restart() { since_restart_ = 0; }
+  void note_restart() {
+    since_restart_ = 0;
+    least_interval_ = later_restart;
+  }
 
   // A new solve starts with a small database again, so that the clauses that are of use to no solve
   // do not pile up over thousands of them.
   void note_solve() {
+    since_restart_ = 0;
+    least_interval_ = first_restart_;
     growth_ = 0;
     next_reduction_ = std::min(next_reduction_, conflicts_ + interval_);
   }
@@ -43,7 +53,7 @@ class RestartPolicy {
   std::uint64_t reductions() const { return reductions_; }
 
  private:
-  static constexpr std::uint32_t least_interval = 2;
+  static constexpr std::uint32_t later_restart = 2;  // conflicts between two
   static constexpr std::uint64_t growth_divisor = 7;
 
   // Weighs the first values as a plain average does.
@@ -65,7 +75,8 @@ class RestartPolicy {
   Average fast_{1.0 / 32}, slow_{1e-5};
   std::uint64_t conflicts_ = 0, reductions_ = 0, growth_ = 0;
   std::uint64_t interval_, next_reduction_;
-  std::uint32_t since_restart_ = 0;
+  std::uint32_t first_restart_;
+  std::uint32_t since_restart_ = 0, least_interval_ = later_restart;
 };
 
 }  // namespace vorel::zchaff

@@ -11,7 +11,7 @@ SolverCore::SolverCore(const SolverCoreParams& params)
       database_{groups_, params.memory_limit},
       propagator_{database_, assignment_},
       analyzer_{database_.arena(), assignment_},
-      policy_{params.restart_margin_percent, params.reduction_interval},
+      policy_{params.restart_margin_percent, params.first_restart, params.reduction_interval},
       empty_clauses_(max_groups + 1) {}
 
 Variable SolverCore::new_variable(bool may_branch) {

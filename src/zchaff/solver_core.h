@@ -27,6 +27,7 @@ namespace vorel::zchaff {
 struct SolverCoreParams {
   // Recent learnt clauses must be worse than all so far by this much for a restart.
   std::uint32_t restart_margin_percent = 10;
+  std::uint32_t first_restart = 100;  // so many conflicts come before it in each solve
   // So many of the learnt clauses without recent use go when the database is reduced.
   std::uint32_t reduction_percent = 50;
   std::uint32_t reduction_interval = 2000;              // conflicts until the first reduction

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <set>
 
 #include "bdd/cover_bdd.h"
@@ -131,13 +132,14 @@ TEST(BrelSolver, TellsItsStepsAndTotals) {
   const support::CaughtMessages messages;
   brel_solve(~(y ^ x) & (z ^ x), {x}, {y, z}, options, {literal_sum, literal_sum});
   const std::string functions = "\t output:0 -> v2\n\t output:1 -> v2'\n";
-  EXPECT_EQ(messages.text(),
-            "\nSolution cost 2.000000:\n" + functions + "\nImcomp Solution cost 2.000000:\n" +
-                functions +
-                " cached BRs: 0\nmaxdepth 0.000000 nsols: 1.000000 Final Time:0.00 "
-                "sec\nUsed options:\n\tMaximum number of explored BR: 32\n\tNumber "
-                "of stored solutions: 5\n\tMaximum cpu time allowed: no limit\n"
-                "\tNumber of explored BR: 1 ms\nUsed CPU time: 0.00 sec\n");
+  const std::string no_seconds =
+      std::regex_replace(messages.text(), std::regex("[0-9.]+ sec"), "? sec");
+  EXPECT_EQ(no_seconds, "\nSolution cost 2.000000:\n" + functions +
+                            "\nImcomp Solution cost 2.000000:\n" + functions +
+                            " cached BRs: 0\nmaxdepth 0.000000 nsols: 1.000000 Final Time:? "
+                            "sec\nUsed options:\n\tMaximum number of explored BR: 32\n\tNumber "
+                            "of stored solutions: 5\n\tMaximum cpu time allowed: no limit\n"
+                            "\tNumber of explored BR: 1 ms\nUsed CPU time: ? sec\n");
 }
 
 }  // namespace

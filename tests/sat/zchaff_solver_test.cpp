@@ -212,7 +212,9 @@ TEST(ZChaffSolver, AnswersAsMiniSatWhileGroupsComeAndGo) {
   for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     Random random(static_cast<std::uint32_t>(seed));
-    Pair pair({.restart_margin_percent = random.below(30), .reduction_interval = 10});
+    Pair pair({.restart_margin_percent = random.below(30),
+               .first_restart = random.below(20),
+               .reduction_interval = 10});
     start(pair, random, 3 + random.below(seed % 10 == 0 ? 80 : 20));
     for (int step = 0; step < 20; ++step) {
       take_step(pair, random);

@@ -1,5 +1,6 @@
 // What vorel-unfold refuses: with a reason, exit code 2, and no file left behind.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <regex>
 #include <string>
@@ -71,6 +72,24 @@ TEST(UnfoldErrors, NetsThatExplodeEndAtTheBounds) {
       refusal(wide_join_net(40), {"--max-events", "5000", "--order", "0"}, large);
     }
   }
+}
+
+// Pipes at whose other end nothing happens.
+TEST(UnfoldErrors, TimeEndsWhatWaitsForOthersToo) {
+  const support::TemporaryFolder folder;
+  const std::string late = "\nError: the prefix is not complete after 0.2 seconds; stopped while ";
+  const std::string input = folder.path("in.g"), output = folder.path("out.pnml");
+  ASSERT_EQ(::mkfifo(input.c_str(), 0600), 0);
+  ASSERT_EQ(::mkfifo(output.c_str(), 0600), 0);
+  const int writer = ::open(input.c_str(), O_RDWR | O_CLOEXEC);
+  auto run = support::run_vorel_unfold({"--timeout", "0.2", input, folder.path("x.pnml")});
+  EXPECT_EQ(run.exit_code, 2);
+  EXPECT_EQ(run.err, late + "reading the net\n");
+  run = support::run_vorel_unfold({"--timeout", "0.2", support::example("toggle.g"), output});
+  EXPECT_EQ(run.exit_code, 2);
+  EXPECT_EQ(run.err, late + "writing\n");
+  ::close(writer);
+  EXPECT_EQ(names_in(folder.path()).size(), 2u);
 }
 
 TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {

@@ -1,0 +1,160 @@
+#include "base/worker_pool.h"
+
+#include <algorithm>
+#include <cassert>
+#include <system_error>
+
+#include "base/clock.h"
+
+namespace vorel::base {
+namespace {
+
+// Waking a thread takes some ten microseconds, on both sides.
+constexpr std::uint64_t look_out_ticks = 50'000, long_ticks = 50'000, call_ticks = 10'000;
+
+void pause() {
+#if defined(__x86_64__)
+  __builtin_ia32_pause();
+#endif
+}
+
+}  // namespace
+
+WorkerPool::WorkerPool(std::uint32_t worker_count) {
+  assert(worker_count >= 1 && worker_count <= open);
+  // Looking out is for those who have a processor to themselves.
+  looks_out_ = worker_count <= std::thread::hardware_concurrency();
+  threads_.reserve(worker_count - 1);
+  try {
+    for (std::uint32_t worker = 1; worker < worker_count; ++worker) {
+      threads_.emplace_back([this, worker] { serve(worker); });
+    }
+  } catch (const std::system_error&) {  // size() tells
+  }
+}
+
+WorkerPool::~WorkerPool() {
+  {
+    const std::scoped_lock lock(mutex_);
+    ending_ = true;
+  }
+  start_.notify_all();
+  for (std::thread& thread : threads_) thread.join();
+}
+
+void WorkerPool::run(std::uint32_t item_count, const Work& work) {
+  if (item_count > 1 && !threads_.empty()) return share(item_count, work);
+  for (std::uint32_t item = 0; item < item_count; ++item) work(0, item);
+}
+
+void WorkerPool::run_ranges(std::uint32_t item_count, std::uint32_t range_size,
+                            const RangeWork& work) {
+  assert(range_size >= 1);
+  const std::uint32_t range_count = item_count / range_size + (item_count % range_size != 0);
+  run(range_count, [&](std::uint32_t worker, std::uint32_t range) {
+    const std::uint32_t first = range * range_size;
+    work(worker, first, first + std::min(range_size, item_count - first));
+  });
+}
+
+void WorkerPool::share(std::uint32_t item_count, const Work& work) {
+  work_ = &work;
+  item_count_ = item_count;
+  // Some items at a time, so that the counter is no bottleneck, but few: the last ones decide how
+  // long all wait for one.
+  step_ = std::clamp<std::uint64_t>(item_count_ / (std::uint64_t{64} * size()), 1, 16);
+  next_item_.store(0, std::memory_order_relaxed);
+  start_ticks_ = ticks_now();
+  has_called_ = false;
+  state_ = (state_ / one_phase + 1) * one_phase + open;
+  if (was_long_) call_for_help();
+  take_items(0);
+  state_ -= open;
+  wait_for_threads();
+  was_long_ = ticks_now() - start_ticks_ >= long_ticks;
+}
+
+// Whoever falls asleep after this has seen the open phase: it counts itself before it looks.
+void WorkerPool::call_for_help() {
+  has_called_ = true;
+  if (asleep_ == 0) return;
+  { const std::scoped_lock lock(mutex_); }
+  start_.notify_all();
+}
+
+void WorkerPool::wait_for_threads() {
+  const auto all_have_left = [this] { return state_ % open == 0; };
+  if (all_have_left() || look_out_for(all_have_left)) return;
+  std::unique_lock lock(mutex_);
+  is_waiting_ = true;
+  done_.wait(lock, all_have_left);
+  is_waiting_ = false;
+}
+
+void WorkerPool::serve(std::uint32_t worker) {
+  std::uint64_t served = 0;
+  while (join_phase(served)) {
+    take_items(worker);
+    leave_phase();
+  }
+}
+
+bool WorkerPool::can_join(std::uint64_t served) const {
+  const std::uint64_t state = state_;
+  return ending_ || ((state & open) != 0 && state / one_phase != served);
+}
+
+// False when there will be no more phases.
+bool WorkerPool::join_phase(std::uint64_t& served) {
+  while (true) {
+    if (!look_out_for([&] { return can_join(served); })) {
+      std::unique_lock lock(mutex_);
+      ++asleep_;
+      start_.wait(lock, [&] { return can_join(served); });
+      --asleep_;
+    }
+    if (ending_) return false;
+    std::uint64_t state = state_;
+    while ((state & open) != 0) {
+      if (!state_.compare_exchange_weak(state, state + one_thread)) continue;
+      served = state / one_phase;
+      return true;
+    }
+  }
+}
+
+void WorkerPool::leave_phase() {
+  const std::uint64_t state = state_ -= one_thread;
+  if (state % one_phase != 0 || !is_waiting_) return;
+  { const std::scoped_lock lock(mutex_); }
+  done_.notify_one();
+}
+
+void WorkerPool::take_items(std::uint32_t worker) {
+  const Work& work = *work_;
+  const std::uint64_t count = item_count_, step = step_;
+  while (true) {
+    const std::uint64_t first = next_item_.fetch_add(step, std::memory_order_relaxed);
+    if (first >= count) return;
+    const std::uint64_t end = std::min(first + step, count);
+    for (std::uint64_t item = first; item < end; ++item)
+      work(worker, static_cast<std::uint32_t>(item));
+    if (worker == 0 && !has_called_ && ticks_now() - start_ticks_ >= call_ticks) call_for_help();
+  }
+}
+
+// False when the condition did not become true in some microseconds.
+template <class Condition>
+bool WorkerPool::look_out_for(Condition condition) const {
+  if (!looks_out_) return condition();
+  const std::uint64_t start = ticks_now();
+  do {
+    for (int i = 0; i < 32; ++i) {
+      if (condition()) return true;
+      pause();
+    }
+  } while (ticks_now() - start < look_out_ticks);
+  return condition();
+}
+
+}  // namespace vorel::base

@@ -1,0 +1,77 @@
+// base/worker_pool.h - threads that share the items of one phase after another.
+// Here:      handing out items in order, waiting until all are done.
+// Not here:  what an item is.
+// The calling thread is worker 0 and works too; with one worker no thread is started.
+//
+// Phases can be shorter than the time that it takes to wake a thread. So a worker that has nothing
+// to do looks out for the next phase for some microseconds before it sleeps; those asleep are woken
+// only once a phase lasts; and nobody waits for a worker that has not come.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace vorel::base {
+
+class WorkerPool {
+ public:
+  using Work = std::function<void(std::uint32_t worker, std::uint32_t item)>;
+
+  // Fewer workers, as size() tells, where the system starts no more threads.
+  explicit WorkerPool(std::uint32_t worker_count);
+  ~WorkerPool();
+  WorkerPool(const WorkerPool&) = delete;
+  WorkerPool& operator=(const WorkerPool&) = delete;
+
+  std::uint32_t size() const { return static_cast<std::uint32_t>(threads_.size()) + 1; }
+
+  // Runs the work on items 0 .. count - 1, handed out in this order; returns when all are done.
+  // Not from within the work.
+  void run(std::uint32_t item_count, const Work& work);
+
+  // The same for ranges of so many items (the last one may be shorter), where one is too little
+  // work to be handed out.
+  using RangeWork =
+      std::function<void(std::uint32_t worker, std::uint32_t first, std::uint32_t end)>;
+  void run_ranges(std::uint32_t item_count, std::uint32_t range_size, const RangeWork& work);
+
+ private:
+  // Numbers of the state: how many threads are in the phase, whether it takes more, which it is.
+  static constexpr std::uint64_t one_thread = 1, open = 1u << 16, one_phase = 1u << 17;
+
+  void share(std::uint32_t item_count, const Work& work);
+  void serve(std::uint32_t worker);
+  bool join_phase(std::uint64_t& served);
+  void leave_phase();
+  bool can_join(std::uint64_t served) const;
+  void take_items(std::uint32_t worker);
+  void call_for_help();
+  void wait_for_threads();
+  template <class Condition>
+  bool look_out_for(Condition condition) const;
+
+  // Written by many, each in a cache line of its own.
+  alignas(64) std::atomic<std::uint64_t> next_item_{0};
+  alignas(64) std::atomic<std::uint64_t> state_{0};
+  alignas(64) std::atomic<std::uint32_t> asleep_{0};  // threads
+  std::atomic<bool> is_waiting_{false};               // worker 0, asleep
+  std::atomic<bool> ending_{false};
+  std::mutex mutex_;  // of the two that sleepers wait for
+  std::condition_variable start_, done_;
+  // Set before a phase is opened, read in it.
+  const Work* work_ = nullptr;
+  std::uint64_t item_count_ = 0, step_ = 1;
+  // Of worker 0 alone.
+  std::uint64_t start_ticks_ = 0;
+  bool has_called_ = false;
+  bool was_long_ = false;  // the last phase
+  bool looks_out_ = false;
+  std::vector<std::thread> threads_;
+};
+
+}  // namespace vorel::base

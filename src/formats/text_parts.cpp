@@ -1,0 +1,51 @@
+#include "formats/text_parts.h"
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+namespace vorel::formats {
+namespace {
+
+// Lets the parts into the stream one after another. Whoever has made one waits for its turn: the
+// parts before it have been handed out before, so that somebody is at work on the first that lacks.
+class Turns {
+ public:
+  explicit Turns(std::ostream& stream) : stream_{stream} {}
+
+  void write(std::uint32_t part, const std::string& text) {
+    std::unique_lock lock(mutex_);
+    turn_has_come_.wait(lock, [&] { return next_ == part; });
+    stream_.write(text.data(), static_cast<std::streamsize>(text.size()));
+    ++next_;
+    turn_has_come_.notify_all();
+  }
+
+ private:
+  std::ostream& stream_;
+  std::mutex mutex_;
+  std::condition_variable turn_has_come_;
+  std::uint32_t next_ = 0;  // guarded by mutex_
+};
+
+}  // namespace
+
+bool write_parts(std::uint32_t part_count, base::WorkerPool& pool, std::ostream& stream,
+                 const std::function<void(std::uint32_t part, base::TextSink& sink)>& add_part) {
+  base::TextSink direct(stream);
+  if (pool.size() == 1) {
+    for (std::uint32_t part = 0; part < part_count; ++part) add_part(part, direct);
+    return direct.finish();
+  }
+  Turns turns(stream);
+  const auto sinks = std::make_unique<base::TextSink[]>(pool.size());
+  pool.run(part_count, [&](std::uint32_t worker, std::uint32_t part) {
+    base::TextSink& sink = sinks[worker];
+    sink.clear();
+    add_part(part, sink);
+    turns.write(part, sink.text());
+  });
+  return direct.finish();
+}
+
+}  // namespace vorel::formats

@@ -1,0 +1,21 @@
+// formats/text_parts.h - a long text whose parts several threads make.
+// Here:      the order of the parts in the stream.
+// Not here:  what a part is.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <ostream>
+
+#include "base/text_sink.h"
+#include "base/worker_pool.h"
+
+namespace vorel::formats {
+
+// Writes the parts 0 .. part_count - 1, each as `add_part` makes it; calls for different parts may
+// come at the same time. In memory is a part for each worker of the pool, and with one worker no
+// more than a buffer. False after an error: a write has failed.
+bool write_parts(std::uint32_t part_count, base::WorkerPool& pool, std::ostream& stream,
+                 const std::function<void(std::uint32_t part, base::TextSink& sink)>& add_part);
+
+}  // namespace vorel::formats
