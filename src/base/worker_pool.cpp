@@ -10,7 +10,7 @@ namespace vorel::base {
 namespace {
 
 // Waking a thread takes some ten microseconds, on both sides.
-constexpr std::uint64_t look_out_ticks = 50'000, long_ticks = 50'000, call_ticks = 10'000;
+constexpr std::uint64_t look_out_ticks = 50'000, long_ticks = 50'000, call_ticks = 20'000;
 
 void pause() {
 #if defined(__x86_64__)
@@ -66,17 +66,21 @@ void WorkerPool::share(std::uint32_t item_count, const Work& work) {
   next_item_.store(0, std::memory_order_relaxed);
   start_ticks_ = ticks_now();
   has_called_ = false;
-  state_ = (state_ / one_phase + 1) * one_phase + open;
   if (was_long_) call_for_help();
   take_items(0);
-  state_ -= open;
-  wait_for_threads();
+  if (has_called_) {
+    state_ -= open;
+    wait_for_threads();
+  }
   was_long_ = ticks_now() - start_ticks_ >= long_ticks;
 }
 
-// Whoever falls asleep after this has seen the open phase: it counts itself before it looks.
+// Opens the phase. A short one worker 0 does alone: what it would tell another processor, and have
+// told back, takes longer. Whoever falls asleep after this has seen the open phase: it counts
+// itself before it looks.
 void WorkerPool::call_for_help() {
   has_called_ = true;
+  state_ = (state_ / one_phase + 1) * one_phase + open;
   if (asleep_ == 0) return;
   { const std::scoped_lock lock(mutex_); }
   start_.notify_all();

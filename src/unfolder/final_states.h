@@ -28,8 +28,8 @@ class FinalStateTable {
   // Takes out an event that was found to be a cut-off by other means.
   void remove(EventId e);
 
-  // Main thread, at the end: the correspondent of a cut-off becomes the least event that cuts it
-  // off and is none itself.
+  // At the end, by several threads if need be, each with other cut-offs: the correspondent of a
+  // cut-off becomes the least event that cuts it off and is none itself.
   void resolve(EventId cut_off, ConfigurationOrder& order) const;
 
  private:

@@ -11,6 +11,8 @@
 namespace vorel::unfolder {
 namespace {
 
+constexpr std::uint32_t range_size = 1024;  // elements that a worker makes at a time
+
 template <class List, class Predicate>
 std::string names_where(const List& list, Predicate holds, std::size_t& count) {
   std::string names;
@@ -130,33 +132,72 @@ void Unfolder<N>::warn_if_no_events() const {
 
 template <class N>
 net::PrefixOf<N> Unfolder<N>::result() && {
-  const BranchingProcess& process = loop_.process();
+  const std::vector<EventId>& entered = loop_.entered();
   net::PrefixOf<N> prefix;
   static_cast<N&>(prefix) = std::move(net_);
-  prefix.conditions.reserve(process.condition_count());
-  for (ConditionId c = 0; c < process.condition_count(); ++c) {
-    base::append_new(prefix.conditions).place = prefix.places[process.place(c)].get();
+  prefix.conditions.resize(loop_.process().condition_count());
+  prefix.events.resize(entered.size());
+  std::vector<std::uint32_t> numbers(loop_.process().event_count(), base::no_index);
+  for (std::uint32_t number = 0; number < entered.size(); ++number) {
+    assert(numbers[entered[number]] == base::no_index && "an event enters once");
+    numbers[entered[number]] = number;
   }
-  std::vector<std::uint32_t> numbers(process.event_count(), base::no_index);
-  prefix.events.reserve(loop_.entered().size());
-  for (const EventId e : loop_.entered()) {
-    const UnfoldedEvent& unfolded = process.event(e);
-    net::EventOf<N>& event = base::append_new(prefix.events);
-    assert(numbers[e] == base::no_index && "an event enters once");
-    numbers[e] = event.index;
-    event.transition = prefix.transitions[unfolded.transition].get();
-    event.preset.reserve(static_cast<std::uint32_t>(unfolded.preset().size()));
-    event.postset.reserve(unfolded.postset_size);
-    for (const ConditionId c : unfolded.preset()) net::add_link(*prefix.conditions[c], event);
-    for (std::uint32_t k = 0; k < unfolded.postset_size; ++k) {
-      net::add_link(event, *prefix.conditions[unfolded.first_condition + k]);
-    }
-  }
-  for (const EventId e : loop_.entered()) {
-    set_cut_off(*prefix.events[numbers[e]], e, numbers, prefix);
-  }
+  const auto event_count = static_cast<std::uint32_t>(entered.size());
+  const auto condition_count = static_cast<std::uint32_t>(prefix.conditions.size());
+  base::WorkerPool& pool = loop_.pool();
+  pool.run_ranges(condition_count, range_size, [&](std::uint32_t, ConditionId c, ConditionId end) {
+    for (; c < end; ++c) make_condition(prefix, c);
+  });
+  pool.run_ranges(event_count, range_size, [&](std::uint32_t, std::uint32_t e, std::uint32_t end) {
+    for (; e < end; ++e) make_event(prefix, e);
+  });
+  const std::uint32_t part_size = std::max(range_size, condition_count / pool.size() + 1);
+  pool.run_ranges(condition_count, part_size,
+                  [&](std::uint32_t, ConditionId first, ConditionId end) {
+                    link_consumers(prefix, first, end);
+                  });
+  pool.run_ranges(event_count, range_size, [&](std::uint32_t, std::uint32_t e, std::uint32_t end) {
+    for (; e < end; ++e) set_cut_off(*prefix.events[e], entered[e], numbers, prefix);
+  });
   net::check(prefix);
   return prefix;
+}
+
+template <class N>
+void Unfolder<N>::make_condition(net::PrefixOf<N>& prefix, ConditionId c) const {
+  auto condition = std::make_unique<net::ConditionOf<N>>();
+  condition->index = c;
+  condition->place = prefix.places[loop_.process().place(c)].get();
+  prefix.conditions[c] = std::move(condition);
+}
+
+// With its own side of the links, and that of the conditions that it produces.
+template <class N>
+void Unfolder<N>::make_event(net::PrefixOf<N>& prefix, std::uint32_t number) const {
+  const UnfoldedEvent& unfolded = loop_.process().event(loop_.entered()[number]);
+  auto event = std::make_unique<net::EventOf<N>>();
+  event->index = number;
+  event->transition = prefix.transitions[unfolded.transition].get();
+  event->preset.reserve(unfolded.preset_size);
+  event->postset.reserve(unfolded.postset_size);
+  for (const ConditionId c : unfolded.preset()) event->preset.push_back(prefix.conditions[c].get());
+  for (std::uint32_t k = 0; k < unfolded.postset_size; ++k) {
+    [[maybe_unused]] const bool is_first =
+        net::add_link(*event, *prefix.conditions[unfolded.first_condition + k]);
+    assert(is_first && "a condition has one producer");
+  }
+  prefix.events[number] = std::move(event);
+}
+
+// Tells the conditions first .. end - 1 who consumes them. All events are looked at, in order.
+template <class N>
+void Unfolder<N>::link_consumers(net::PrefixOf<N>& prefix, ConditionId first,
+                                 ConditionId end) const {
+  for (std::uint32_t e = 0; e < prefix.events.size(); ++e) {
+    for (const ConditionId c : loop_.process().event(loop_.entered()[e]).preset()) {
+      if (first <= c && c < end) prefix.conditions[c]->postset.push_back(prefix.events[e].get());
+    }
+  }
 }
 
 template <class N>

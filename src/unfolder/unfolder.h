@@ -51,6 +51,9 @@ class Unfolder {
   bool is_initially_safe();
   bool report(UnfoldOutcome outcome);
   void report_unsafe();
+  void make_condition(net::PrefixOf<N>& prefix, ConditionId c) const;
+  void make_event(net::PrefixOf<N>& prefix, std::uint32_t number) const;
+  void link_consumers(net::PrefixOf<N>& prefix, ConditionId first, ConditionId end) const;
   void set_cut_off(net::EventOf<N>& event, EventId id, const std::vector<std::uint32_t>& numbers,
                    net::PrefixOf<N>& prefix) const;
 

@@ -190,7 +190,7 @@ void UnfoldingLoop::find_non_local_cut_offs() {
 
 // Sorts events into the order in which they enter the prefix: by the size of the local
 // configuration, then by preset and transition, which does not depend on the threads.
-void UnfoldingLoop::sort_for_entry(std::vector<EventId>& events) const {
+void UnfoldingLoop::sort_for_entry(std::span<EventId> events) const {
   struct Key {
     std::uint64_t size_and_first;  // of the preset
     TransitionId transition;
@@ -209,6 +209,21 @@ void UnfoldingLoop::sort_for_entry(std::vector<EventId>& events) const {
                                                 process_.event(b.event).preset());
   });
   std::ranges::transform(keys, events.begin(), &Key::event);
+}
+
+// They were collected level by level.
+void UnfoldingLoop::sort_cut_offs() {
+  const auto count = static_cast<std::uint32_t>(cut_offs_.size());
+  const auto size_of = [this](std::uint32_t i) { return process_.event(cut_offs_[i]).size; };
+  std::vector<std::uint32_t> starts;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    assert((i == 0 || size_of(i - 1) <= size_of(i)) && "batches rise by size");
+    if (i == 0 || size_of(i - 1) != size_of(i)) starts.push_back(i);
+  }
+  starts.push_back(count);
+  pool_.run(static_cast<std::uint32_t>(starts.size() - 1), [&](std::uint32_t, std::uint32_t level) {
+    sort_for_entry(std::span(cut_offs_).subspan(starts[level], starts[level + 1] - starts[level]));
+  });
 }
 
 void UnfoldingLoop::add_batch() {
@@ -307,11 +322,16 @@ void UnfoldingLoop::pass_on_correspondent(EventId cut_off) {
 }
 
 void UnfoldingLoop::on_finish() {
-  sort_for_entry(cut_offs_);
-  ConfigurationOrder& order = workers_.front()->order;
+  sort_cut_offs();
+  const auto resolve = [this](std::uint32_t worker, std::uint32_t i, std::uint32_t end) {
+    for (; i < end; ++i) {
+      assert(process_.event(cut_offs_[i]).correspondent != not_cut_off);
+      if (non_local_.contains(cut_offs_[i])) continue;
+      final_states_.resolve(cut_offs_[i], workers_[worker]->order);
+    }
+  };
+  pool_.run_ranges(static_cast<std::uint32_t>(cut_offs_.size()), 64, resolve);
   for (const EventId event : cut_offs_) {
-    assert(process_.event(event).correspondent != not_cut_off);
-    if (!non_local_.contains(event)) final_states_.resolve(event, order);
     pass_on_correspondent(event);
     process_.enter(event);
     entered_.push_back(event);

@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,7 @@ class UnfoldingLoop {
   const std::vector<EventId>& entered() const { return entered_; }  // by number in the prefix
   const NonLocalCorrespondents& non_local() const { return non_local_; }
   const UnfoldStats& stats() const { return stats_; }
+  base::WorkerPool& pool() { return pool_; }  // for what is made of the prefix
   // How far it got, in words: sizes of the prefix, events that are not in it yet. While no worker
   // is at work.
   std::string progress() const;
@@ -94,7 +96,8 @@ class UnfoldingLoop {
   bool has_too_many_events() const;
   bool has_enough_events();
   void pass_on_correspondent(EventId cut_off);
-  void sort_for_entry(std::vector<EventId>& events) const;
+  void sort_for_entry(std::span<EventId> events) const;
+  void sort_cut_offs();
   std::string sizes() const;
 
   const FlatNet& net_;
