@@ -7,6 +7,13 @@
 #include "base/clock.h"
 
 namespace vorel::unfolder {
+namespace {
+
+// If so many conditions come at once, and all are concurrent, their rows take 64 MiB: too much to
+// try whether they are.
+constexpr std::uint64_t widest_relation = 1u << 14;
+
+}  // namespace
 
 UnfoldingLoop::Worker::Worker(UnfoldingLoop& owner)
     : loop{owner},
@@ -42,7 +49,8 @@ UnfoldingLoop::UnfoldingLoop(const FlatNet& net, const UnfoldOptions& options, C
       pool_{std::max(1u, options.number_of_threads)} {
   for (std::uint32_t i = 0; i < pool_.size(); ++i)
     workers_.push_back(std::make_unique<Worker>(*this));
-  if (options.conc_rel_size > process_.condition_count()) {
+  if (options.conc_rel_size > process_.condition_count() &&
+      process_.condition_count() <= widest_relation) {
     relation_ = std::make_unique<ConcurrencyRelation>(process_, pool_);
   } else {
     keep_histories();
@@ -287,8 +295,11 @@ void UnfoldingLoop::print_running_line() {
 
 void UnfoldingLoop::drop_relation_if_full() {
   if (relation_ == nullptr) return;
+  std::uint64_t new_conditions = 0;
+  for (const EventId event : batch_) new_conditions += process_.event(event).postset_size;
   if (process_.condition_count() + batch_.size() > options_.conc_rel_size ||
-      relation_->memory() > options_.conc_rel_memory || relation_->has_long_rows()) {
+      relation_->memory() > options_.conc_rel_memory || relation_->has_long_rows() ||
+      new_conditions > widest_relation) {
     drop_relation();
     keep_histories();
   }
