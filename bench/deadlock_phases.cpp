@@ -1,5 +1,5 @@
 // bench/deadlock_phases.cpp - where does the time of -D go, and how does it grow?
-// Usage: bench_deadlock_phases FILE...   (*.pnml prefixes)
+// Usage: bench_deadlock_phases [-f] FILE...   (*.pnml prefixes; -f: a shortest trace)
 // A row per file: size, seconds of reading, encoding, solving and all the rest, the share of the
 // rest, the peak memory of reading as a multiple of the file, and the verdict with its replay. Each
 // file runs in a process of its own.
@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iostream>
 #include <sstream>
+#include <string_view>
 #include <variant>
 
 #include "base/clock.h"
@@ -31,9 +32,10 @@ double peak_megabytes() {
   return static_cast<double>(usage.ru_maxrss) / 1e3;
 }
 
-base::Params deadlock_params() {
+base::Params deadlock_params(bool shortest) {
   base::Params params = base::default_params();
   params.set("solver", 1);
+  params.set("min_cost", shortest ? 1 : 0);
   return params;
 }
 
@@ -44,13 +46,14 @@ struct Phases {
 };
 
 template <net::Process P>
-void run_engine(const P& process, Phases& phases) {
+void run_engine(const P& process, bool shortest, Phases& phases) {
   phases.events = process.events.size();
   const std::uint64_t start = base::ticks_now();
   std::ostringstream statistics;
   net::print_statistics(process, statistics);
   {
-    reach::DeadlockCheck<P> engine(process, configuration::SearchOptions::of(deadlock_params()));
+    reach::DeadlockCheck<P> engine(process,
+                                   configuration::SearchOptions::of(deadlock_params(shortest)));
     const std::uint64_t before = base::ticks_now();
     engine.run();
     const std::uint64_t search = base::ticks_now() - before;
@@ -65,7 +68,7 @@ void run_engine(const P& process, Phases& phases) {
   phases.rest = base::seconds_of(base::ticks_now() - start) - phases.encode - phases.solve;
 }
 
-void measure(const char* file) {
+void measure(const char* file, bool shortest) {
   std::cerr.rdbuf(nullptr);
   Phases phases;
   const std::uint64_t start = base::ticks_now();
@@ -77,8 +80,8 @@ void measure(const char* file) {
     return;
   }
   std::visit(
-      [&phases](const auto& kind) {
-        if constexpr (!std::decay_t<decltype(kind)>::is_merged) run_engine(kind, phases);
+      [&](const auto& kind) {
+        if constexpr (!std::decay_t<decltype(kind)>::is_merged) run_engine(kind, shortest, phases);
       },
       *process);
   const std::uint64_t end = base::ticks_now();
@@ -99,10 +102,11 @@ int main(int argc, char** argv) {
   std::printf("%-34s %8s %7s %7s %7s %7s %7s %7s %6s  %s\n", "input", "events", "MB", "read",
               "encode", "solve", "rest", "rest", "peak/x", "answer");
   std::fflush(stdout);
-  for (int i = 1; i < argc; ++i) {
+  const bool shortest = argc > 1 && std::string_view(argv[1]) == "-f";
+  for (int i = shortest ? 2 : 1; i < argc; ++i) {
     const pid_t child = fork();
     if (child == 0) {
-      vorel::bench::measure(argv[i]);
+      vorel::bench::measure(argv[i], shortest);
       return 0;
     }
     waitpid(child, nullptr, 0);

@@ -35,6 +35,9 @@ echo
 echo "== Phases of -D"
 build-bench/bench/bench_deadlock_phases "${files[@]}"
 echo
+echo "== Phases of -D -f"
+build-bench/bench/bench_deadlock_phases -f "$data"/deadlock-*.pnml
+echo
 echo "== Phases of -C"
 # Makes the prefixes of circuits, each a family and a size, and lists them in `circuits`.
 make_circuits() {

@@ -8,8 +8,6 @@
 #include "configuration/merged_validation.h"
 #include "configuration/validation.h"
 #include "sat/enumeration.h"
-#include "sat/integer_circuit.h"
-#include "sat/least_cost.h"
 
 namespace vorel::configuration {
 
@@ -90,12 +88,6 @@ std::unique_ptr<results::Solution> SearchEngine<P>::new_solution() const {
 }
 
 template <net::Process P>
-sat::Lits SearchEngine<P>::cost_bits(sat::Polarity polarity) {
-  return sat::IntegerCircuit(formula()).count_ones(solution_literals(), sat::PermanentGroup,
-                                                   polarity);
-}
-
-template <net::Process P>
 bool SearchEngine<P>::search_one() {
   encode(sat::PermanentGroup);
   if (base::run_failed() || !instance_.solve()) return false;
@@ -117,35 +109,11 @@ bool SearchEngine<P>::search_all() {
 
 template <net::Process P>
 bool SearchEngine<P>::search_least_cost() {
-  sat::Lits bits;
-  std::vector<bool> values;
-  if (!start_least_cost(bits, values) || base::run_failed()) return false;
-  const auto resolve = [this](std::span<const sat::Lit> cost, std::vector<bool>& found) {
-    return sat::resolve_cost(
-        formula(), cost, found, [this] { record_solution(); },
-        [this] { return instance_.solve(); });
-  };
-  sat::minimise_cost(formula(), bits, values, resolve);
-  return !report_.solutions.empty();
-}
-
-template <net::Process P>
-bool SearchEngine<P>::start_least_cost(sat::Lits& bits, std::vector<bool>& values) {
-  if (!search_one()) return false;
-  // The cost is added after the first model, so that only those pay who ask for it. Its gates need
-  // the values of that model, which the events fix.
-  sat::Lits current;
-  for (const sat::Lit lit : solution_literals()) {
-    if (formula().value(lit) == sat::ModelValue::undefined) continue;
-    current.push_back(formula().is_true(lit) ? lit : ~lit);
-  }
-  assert(bits.empty() && values.empty());
-  bits = cost_bits(sat::default_polarity);
-  formula().add_units(current, false, formula().group(2));
-  const bool resolved = sat::resolve_cost(
-      formula(), bits, values, [this] { record_solution(); }, [this] { return instance_.solve(); });
-  formula().renew_group(formula().group(2));
-  return resolved;
+  encode(sat::PermanentGroup);
+  if (base::run_failed()) return false;
+  std::vector<sat::WeightedLit> cost;
+  for (const sat::Lit lit : solution_literals()) cost.push_back({lit, 1});
+  return instance_.find_least_cost(cost, [this] { record_solution(); }).has_value();
 }
 
 #define INSTANTIATE(P) template class SearchEngine<P>;

@@ -1,6 +1,6 @@
 // configuration/search_engine.h - the frame in which every property of a process is checked.
 // Here:      encode once, then find one solution, all, or one of least cost; keep and report them.
-// Not here:  loops over models (sat/enumeration.h, sat/least_cost.h); what a single property
+// Not here:  loops over models (sat/enumeration.h, sat/core_guided.h); what a single property
 //            encodes (subclasses).
 // An engine is made for one run: run() once, then report() once. Every step that can fail is
 // followed by a test of the severity; a search that stopped has reported why.
@@ -49,8 +49,6 @@ class SearchEngine {
   // Outside a search for all solutions the new one replaces the last.
   void add_solution(std::unique_ptr<results::Solution> solution);
   virtual std::unique_ptr<results::Solution> new_solution() const;
-  // The cost as a binary number, least significant bit first: by default the number of events.
-  virtual sat::Lits cost_bits(sat::Polarity polarity);
   // Builds the instance. Called once in each search.
   virtual void encode(sat::ClauseGroup group) = 0;
   // The literals that tell one solution from another: those of all events in all configurations.
@@ -59,6 +57,7 @@ class SearchEngine {
   // True when a solution was found.
   virtual bool search_one();
   virtual bool search_all();
+  // The cost is the number of events in all configurations.
   virtual bool search_least_cost();
 
   const P& process() const { return structure_.process(); }
@@ -70,9 +69,6 @@ class SearchEngine {
   const results::Report& found() const { return report_; }
 
  private:
-  // The first solution, its cost bits and their values in its own model.
-  bool start_least_cost(sat::Lits& bits, std::vector<bool>& values);
-
   const StateStructure<P> structure_;
   const SearchOptions options_;
   const results::VerdictMessages messages_;

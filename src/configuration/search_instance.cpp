@@ -55,9 +55,9 @@ bool SearchInstance<P>::solve_formula() {
 
 template <net::Process P>
 bool SearchInstance<P>::solve() {
+  if (is_new_) print_instance_size();
+  is_new_ = false;
   do {
-    if (P::is_merged && has_grown_) print_instance_size();
-    has_grown_ = false;
     if (!solve_formula() || base::run_failed()) return false;
   } while (refine());
   alternatives_ = sat::AlternativeSearch();
@@ -65,18 +65,29 @@ bool SearchInstance<P>::solve() {
 }
 
 template <net::Process P>
+std::optional<std::uint64_t> SearchInstance<P>::find_least_cost(
+    std::span<const sat::WeightedLit> cost, const std::function<void()>& record) {
+  print_instance_size();
+  return sat::find_least_cost(formula_, cost, ~std::uint64_t{0}, sat::PermanentGroup, record,
+                              base::Deadline(0), [this] { return refine(); });
+}
+
+template <net::Process P>
 bool SearchInstance<P>::refine() {
+  bool has_grown = false;
   if constexpr (P::is_merged) {
     for (const auto& configuration : configurations_) {
       assert(configuration->acyclicity != nullptr && "encoded with its configuration");
-      if (configuration->acyclicity->refine(decode_events(configuration->vars))) has_grown_ = true;
+      if (configuration->acyclicity->refine(decode_events(configuration->vars))) has_grown = true;
     }
+    if (has_grown) print_instance_size();
   }
-  return has_grown_;
+  return has_grown;
 }
 
 template <net::Process P>
 void SearchInstance<P>::print_instance_size() const {
+  if (!P::is_merged) return;
   const sat::SatSolver& solver = formula_.solver();
   base::print_formatted(std::cerr, "\nInstance size: cl/vars/lits=%llu/%u/%llu...",
                         static_cast<unsigned long long>(solver.num_clauses()), solver.num_vars(),

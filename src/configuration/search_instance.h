@@ -6,13 +6,16 @@
 #pragma once
 
 #include <cassert>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "configuration/acyclicity.h"
 #include "configuration/search_options.h"
 #include "configuration/state_literals.h"
 #include "sat/alternatives.h"
+#include "sat/core_guided.h"
 
 namespace vorel::configuration {
 
@@ -49,6 +52,11 @@ class SearchInstance {
   // To be tried first in the next solve(): one of them is true in each model.
   void set_alternatives(std::vector<sat::Alternative> alternatives);
 
+  // A model of least cost, as sat/core_guided.h tells; nothing is to be added to the instance after
+  // that.
+  std::optional<std::uint64_t> find_least_cost(std::span<const sat::WeightedLit> cost,
+                                               const std::function<void()>& record);
+
   // Of the current model, in the order of the list of events.
   std::vector<const Event*> events_of_model(std::size_t i) const;
   // The literals that tell one model from another: those of all events in all configurations.
@@ -69,14 +77,14 @@ class SearchInstance {
   bool solve_formula();
   // True when the model had a cycle, and clauses were added.
   bool refine();
-  void print_instance_size() const;
+  void print_instance_size() const;  // of a merged process, for the next solve
 
   const StateStructure<P>& structure_;
   const EncodingOptions options_;
   sat::CnfFormula formula_;
   std::vector<std::unique_ptr<Configuration>> configurations_;
   sat::AlternativeSearch alternatives_;
-  bool has_grown_ = true;  // since it was last solved
+  bool is_new_ = true;  // not solved yet
 };
 
 }  // namespace vorel::configuration

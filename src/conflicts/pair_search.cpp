@@ -169,7 +169,7 @@ bool PairSearch::search_least_cost() {
     record_solution();
     const std::uint64_t cost = model_cost();
     if (bits.empty()) {
-      bits = cost_bits(sat::default_polarity);  // only those pay who find something
+      bits = cost_bits();  // only those pay who find something
     }
     std::vector<bool> values = bits_of(cost, bits.size());
     sat::minimise_cost(formula(), bits, values, resolve);
@@ -179,6 +179,10 @@ bool PairSearch::search_least_cost() {
     return true;
   });
   return !base::run_failed() && !found().solutions.empty();
+}
+
+sat::Lits PairSearch::cost_bits() {
+  return sat::IntegerCircuit(formula()).count_ones(solution_literals(), sat::PermanentGroup);
 }
 
 std::uint64_t PairSearch::model_cost() const {

@@ -79,7 +79,9 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix> {
   void for_each_round(const std::function<bool()>& round);
   void add_inclusion_constraints();
   sat::Lit difference(configuration::StgEventId event);
-  // The length of the two traces of the current model.
+  // The length of the two traces as a binary number, least significant bit first.
+  sat::Lits cost_bits();
+  // The same in the current model.
   std::uint64_t model_cost() const;
 
   const bool conflict_free_;

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cmath>
 #include <map>
 #include <unordered_map>
 #include <vector>
 
 #include "base/messages.h"
+#include "sat/integer_circuit.h"
 #include "sat/timed_solve.h"
 #include "sat/totalizer.h"
 
@@ -17,6 +19,8 @@ constexpr std::uint64_t highest = ~std::uint64_t{0};
 constexpr std::uint64_t minimisation_conflicts = 100;  // for one literal of a core
 constexpr std::uint64_t exhaustion_conflicts = 1000;   // for one more of a core
 constexpr int most_trims = 5;
+constexpr std::uint64_t free_tries = 100, tries_per_drop = 10;  // to make a core smaller
+constexpr std::uint64_t cores_before_descent = 256;
 
 std::uint64_t sum_of(std::uint64_t a, std::uint64_t b) { return a > highest - b ? highest : a + b; }
 
@@ -24,13 +28,15 @@ class CoreGuidedSearch {
  public:
   CoreGuidedSearch(CnfFormula& formula, std::span<const WeightedLit> cost, std::uint64_t bound,
                    ClauseGroup group, const std::function<void()>& record,
-                   const base::Deadline& deadline)
+                   const base::Deadline& deadline, const Refinement& refine)
       : formula_{formula},
         cost_{cost},
         group_{group},
         record_{record},
         deadline_{deadline},
-        upper_{bound} {
+        refine_{refine},
+        upper_{bound},
+        may_descend_{std::ranges::all_of(cost, [](const auto& soft) { return soft.weight == 1; })} {
     normalise();
   }
 
@@ -41,12 +47,17 @@ class CoreGuidedSearch {
     note_model();
     harden();
     threshold_ = next_threshold(highest);
+    divide();
     while (lower_ < upper_ && !base::run_failed()) {
+      if (may_descend_ && has_model_ && core_count_ >= cores_until_descent_) descend();
+      if (lower_ == upper_ || base::run_failed()) break;
       const std::optional<bool> answer = solve(assumptions());
       if (!answer) return std::nullopt;
       if (*answer) {
         note_model();
+        if (next_part()) continue;
         if (!relax_cores() && !lower_threshold()) break;
+        divide();
       } else {
         if (base::run_failed() || formula_.failed_assumptions().empty()) break;
         take_core(formula_.failed_assumptions());
@@ -64,12 +75,14 @@ class CoreGuidedSearch {
     std::uint64_t weight;     // what is not part of the lower bound yet
     std::uint32_t totalizer;  // none: a literal of the cost itself
     std::uint32_t count;
+    bool in_model = true;  // in the last one, unless it is newer than that
   };
   struct Core {
     Lits lits;
     std::uint64_t weight;
   };
   static constexpr std::uint32_t none = ~0u;
+  static constexpr std::size_t whole = ~std::size_t{0};
 
   // Each variable once, without constants.
   void normalise() {
@@ -95,17 +108,29 @@ class CoreGuidedSearch {
     softs_.push_back(soft);
   }
   Soft& soft_of(Lit lit) { return softs_[index_of_.at(lit)]; }
+  bool is_in_model(Lit lit) { return soft_of(lit).in_model; }
 
-  std::optional<bool> solve(const Lits& assumed) { return solve_by(formula_, assumed, deadline_); }
+  // A model is one of what the formula is about.
+  std::optional<bool> refined(const std::function<std::optional<bool>()>& solve_step) {
+    std::optional<bool> answer;
+    do {
+      answer = solve_step();
+    } while (answer == true && refine_ && refine_());
+    return answer;
+  }
+  std::optional<bool> solve(const Lits& assumed) {
+    return refined([&] { return solve_by(formula_, assumed, deadline_); });
+  }
 
   Lits assumptions() const {
     Lits lits;
-    for (const Soft& soft : softs_)
-      if (soft.weight != 0 && soft.weight >= threshold_) lits.push_back(~soft.lit);
+    for (const Soft& soft : part())
+      if (is_in_stratum(soft)) lits.push_back(~soft.lit);
     return lits;
   }
 
   void note_model() {
+    for (Soft& soft : softs_) soft.in_model = formula_.is_true(soft.lit);
     const std::uint64_t cost = model_cost(formula_, cost_);
     assert(cost >= lower_);
     if (cost >= upper_) return;
@@ -121,6 +146,71 @@ class CoreGuidedSearch {
       formula_.add_unit(~soft.lit, group_);
       soft.weight = 0;
     }
+  }
+
+  // ---- Parts of the literals [MML-2012]
+
+  std::span<const Soft> part() const {
+    return std::span(softs_).subspan(part_begin_,
+                                     std::min(part_size_, softs_.size() - part_begin_));
+  }
+  bool is_in_stratum(const Soft& soft) const {
+    return soft.weight != 0 && soft.weight >= threshold_;
+  }
+  bool is_costly(const Soft& soft) const { return soft.in_model && is_in_stratum(soft); }
+  auto costly_in(std::span<const Soft> softs) const {
+    return std::ranges::count_if(softs, [this](const Soft& soft) { return is_costly(soft); });
+  }
+
+  // Every solve for a core assumes all literals anew, and there can be as many cores as the last
+  // model has literals that cost something. Most of them can be found among a few of the literals.
+  // A part costs one more model.
+  void divide() {
+    const auto parts = static_cast<std::size_t>(std::sqrt(costly_in(softs_)) / 4);
+    part_begin_ = 0;
+    part_size_ = parts > 1 ? softs_.size() / parts + 1 : whole;
+  }
+
+  // One in which there may be a core, at last the whole. False if that was done already.
+  bool next_part() {
+    if (part_size_ == whole) return false;
+    do {
+      part_begin_ += part_size_;
+      if (part_begin_ < softs_.size()) continue;
+      part_begin_ = 0;
+      part_size_ = whole;
+    } while (part_size_ != whole && costly_in(part()) == 0);
+    return true;
+  }
+
+  // ---- The other way: the cost as a binary number
+
+  // What few decisions settle for the whole formula takes as many cores as the cost is high, each
+  // with all that follows from it; where the cost is a number, one step may refute many values. And
+  // the other way round: of many small choices, each independent of the others, the number tells
+  // nothing. So when there are many cores this is tried for a moment, and again when there are many
+  // more.
+  void descend() {
+    const std::uint64_t conflicts = cores_until_descent_ / 2;
+    cores_until_descent_ *= 4;
+    const ClauseGroup number = formula_.new_group();
+    Lits lits;
+    for (const WeightedLit& costly : cost_) lits.push_back(costly.lit);
+    const Lits bits = IntegerCircuit(formula_).count_ones(lits, number);
+    Lits higher;  // the bits decided so far, as they are in the least cost
+    bool is_open = false;
+    for (std::size_t i = bits.size(); i-- > 0 && !is_open && !base::run_failed();) {
+      if (bits[i].is_constant()) continue;
+      higher.push_back(~bits[i]);
+      if ((upper_ >> i & 1u) == 0) continue;
+      const std::optional<bool> answer =
+          refined([&] { return formula_.solve_assuming(higher, conflicts); });
+      is_open = !answer;
+      if (answer == true) note_model();
+      if (answer == false) higher.back() = bits[i];
+    }
+    formula_.remove_group(number);
+    if (!is_open) lower_ = upper_;
   }
 
   // ---- Strata
@@ -169,7 +259,9 @@ class CoreGuidedSearch {
     formula_.add_clause(core.lits, group_);
     for (const Lit lit : core.lits) soft_of(lit).weight -= core.weight;
     for (const Lit lit : core.lits) expose_next(soft_of(lit));
-    if (core.lits.size() > 1) cores_.push_back(std::move(core));
+    if (core.lits.size() < 2) return;
+    ++core_count_;
+    cores_.push_back(std::move(core));
   }
 
   void trim(Lits& assumed) {
@@ -186,12 +278,36 @@ class CoreGuidedSearch {
       const std::uint64_t x = soft_of(~a).weight, y = soft_of(~b).weight;
       return x != y ? x > y : a < b;
     });
+    drop_by_propagation(assumed);
+    auto true_ones = std::ranges::count_if(assumed, [this](Lit lit) { return is_in_model(~lit); });
     for (std::size_t i = assumed.size(); i-- > 0 && assumed.size() > 1;) {
+      const bool in_model = is_in_model(~assumed[i]);
+      if (in_model && true_ones == 1) continue;  // the last model has all others false
+      // A literal that is needed costs a model of the whole formula.
+      if (tries_ > free_tries + tries_per_drop * drops_) return;
       Lits rest = assumed;
       rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(i));
+      ++tries_;
       if (formula_.solve_assuming(rest, minimisation_conflicts) != false) continue;
       if (base::run_failed()) return;
+      ++drops_;
+      if (in_model) --true_ones;
       assumed = std::move(rest);
+    }
+  }
+
+  // A literal that comes last is not among those that fail if the others need no search to.
+  void drop_by_propagation(Lits& assumed) {
+    for (std::size_t i = assumed.size(); i-- > 0 && assumed.size() > 1;) {
+      Lits order = assumed;
+      std::rotate(order.begin() + static_cast<std::ptrdiff_t>(i),
+                  order.begin() + static_cast<std::ptrdiff_t>(i) + 1, order.end());
+      if (formula_.solve_assuming(order, minimisation_conflicts) != false) continue;
+      if (base::run_failed()) return;
+      const Lits& failed = formula_.failed_assumptions();
+      std::erase_if(assumed,
+                    [&](Lit lit) { return std::ranges::find(failed, lit) == failed.end(); });
+      i = std::min(i, assumed.size());
     }
   }
 
@@ -217,7 +333,7 @@ class CoreGuidedSearch {
     for (const Core& core : cores_) {
       const auto index = static_cast<std::uint32_t>(counters_.size());
       counters_.push_back({Totalizer(core.lits), core.weight, 1});
-      const std::uint32_t count = exhaust(counters_.back());
+      const std::uint32_t count = exhaust(counters_.back(), core);
       if (count <= core.lits.size()) expose(index, count);
     }
     cores_.clear();
@@ -231,8 +347,11 @@ class CoreGuidedSearch {
   };
 
   // The first threshold from 2 that is not easily seen to be reached in any case.
-  std::uint32_t exhaust(Counter& counter) {
+  std::uint32_t exhaust(Counter& counter, const Core& core) {
     std::uint32_t count = 2;
+    const auto in_model =
+        std::ranges::count_if(core.lits, [this](Lit lit) { return is_in_model(lit); });
+    if (in_model < count) return count;
     for (; count <= counter.totalizer.size() && lower_ < upper_; ++count) {
       const Lit next = counter.totalizer.at_least(count, formula_, group_);
       const Lits assumed{~next};
@@ -249,10 +368,16 @@ class CoreGuidedSearch {
   const ClauseGroup group_;
   const std::function<void()>& record_;
   const base::Deadline& deadline_;
+  const Refinement& refine_;
   std::uint64_t lower_ = 0, upper_;
+  const bool may_descend_;  // all weights are 1
   bool has_model_ = false;
   std::uint64_t threshold_ = 0;  // literals of less weight are not assumed to be false
   std::vector<Soft> softs_;
+  std::uint64_t core_count_ = 0;  // of more than one literal
+  std::uint64_t cores_until_descent_ = cores_before_descent;
+  std::uint64_t tries_ = 0, drops_ = 0;              // of minimise()
+  std::size_t part_begin_ = 0, part_size_ = whole;   // of those that are assumed to be false
   std::unordered_map<Lit, std::uint32_t> index_of_;  // in softs_
   std::vector<Counter> counters_;
   std::vector<Core> cores_;  // counted in the lower bound, not relaxed yet
@@ -270,8 +395,9 @@ std::uint64_t model_cost(const CnfFormula& formula, std::span<const WeightedLit>
 std::optional<std::uint64_t> find_least_cost(CnfFormula& formula, std::span<const WeightedLit> cost,
                                              std::uint64_t bound, ClauseGroup group,
                                              const std::function<void()>& record,
-                                             const base::Deadline& deadline) {
-  return CoreGuidedSearch(formula, cost, bound, group, record, deadline).run();
+                                             const base::Deadline& deadline,
+                                             const Refinement& refine) {
+  return CoreGuidedSearch(formula, cost, bound, group, record, deadline, refine).run();
 }
 
 }  // namespace vorel::sat

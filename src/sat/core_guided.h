@@ -7,6 +7,11 @@
 // them is true becomes a literal of the cost itself [MDM-2014]. A model in which no literal of the
 // cost is true any more is one of the least. Many choices of one cost, among which only counting
 // tells that none is better, do not have to be tried one after the other.
+//
+// There are at most as many cores as the least cost, each for a few solves, which take time in
+// proportion to the literals assumed and to what follows from them. So cores are first sought in
+// parts of the literals, each by itself; in a formula that is put together of n independent small
+// ones, this takes a time that grows with n to the power of 3/2.
 #pragma once
 
 #include <cstdint>
@@ -28,6 +33,10 @@ struct WeightedLit {
 // The sum of the last model, at most the highest number of 64 bits.
 std::uint64_t model_cost(const CnfFormula& formula, std::span<const WeightedLit> cost);
 
+// Looks at the model of the formula. When that is none of what the formula is about, adds clauses
+// that exclude it, and says true.
+using Refinement = std::function<bool()>;
+
 // The least cost of a model, if it is below `bound`. `record` is called in each model that is
 // better than all before, the last time in one of least cost; a literal that nothing forces to be
 // true is false there. The clauses that are added to the group say of the models below the best one
@@ -37,6 +46,7 @@ std::uint64_t model_cost(const CnfFormula& formula, std::span<const WeightedLit>
 std::optional<std::uint64_t> find_least_cost(CnfFormula& formula, std::span<const WeightedLit> cost,
                                              std::uint64_t bound, ClauseGroup group,
                                              const std::function<void()>& record,
-                                             const base::Deadline& deadline = base::Deadline(0));
+                                             const base::Deadline& deadline = base::Deadline(0),
+                                             const Refinement& refine = {});
 
 }  // namespace vorel::sat

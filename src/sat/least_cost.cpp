@@ -55,9 +55,8 @@ class Descent {
 }  // namespace
 
 bool resolve_cost(CnfFormula& formula, std::span<const Lit> bits, std::vector<bool>& values,
-                  const std::function<void()>& record, const SolveStep& solve) {
-  if (base::run_failed() || !(solve ? solve() : formula.solve()) || base::run_failed())
-    return false;
+                  const std::function<void()>& record) {
+  if (base::run_failed() || !formula.solve() || base::run_failed()) return false;
   record();
   values.assign(bits.size(), false);
   for (std::size_t i = 0; i < bits.size(); ++i) values[i] = formula.is_true(bits[i]);

@@ -1,6 +1,8 @@
 // sat/least_cost.h - the descent to a model of least cost.
 // Here:      the cost as a binary number of literals, lowered bit by bit from the highest.
 // Not here:  building the cost (sat/integer_circuit.h), storing solutions: that is a callback.
+// A number that is kept from one question to the next, and mostly small: of a high one each bit can
+// take a search through all the ways to share it out (sat/core_guided.h).
 #pragma once
 
 #include <functional>
@@ -15,10 +17,9 @@ namespace vorel::sat {
 // A failed attempt changes nothing.
 using Resolve = std::function<bool(std::span<const Lit> bits, std::vector<bool>& values)>;
 
-// The usual Resolve: `record` stores the solution of the model. `solve` takes the place of
-// formula.solve() if it is given.
+// The usual Resolve: `record` stores the solution of the model.
 bool resolve_cost(CnfFormula& formula, std::span<const Lit> bits, std::vector<bool>& values,
-                  const std::function<void()>& record, const SolveStep& solve = {});
+                  const std::function<void()>& record);
 
 // `values` are those of the bits, lowest first, in the best model so far; they end as those of
 // the least cost. Solves at most once for each bit. The bits must be defined in both directions.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/memory_overflow.h"
+#include "base/sort_unique.h"
 
 namespace vorel::sat {
 namespace {
@@ -133,15 +134,17 @@ void MiniSatSolver::State::assemble_assumptions() {
     if (group.selector != var_Undef) assumptions.push(Minisat::mkLit(group.selector, true));
 }
 
-// Those of the groups are in the final conflict as well.
+// Those of the groups are in the final conflict as well. It is mostly short, and what was given
+// may be long.
 void MiniSatSolver::State::note_failed(std::span<const Lit> given) {
-  Lits sorted(given.begin(), given.end());
-  std::ranges::sort(sorted);
+  Lits conflict;
+  for (int i = 0; i < core.conflict.size(); ++i)
+    conflict.push_back(from_minisat(~core.conflict[i]));
+  std::ranges::sort(conflict);
   failed.clear();
-  for (int i = 0; i < core.conflict.size(); ++i) {
-    const Lit lit = from_minisat(~core.conflict[i]);
-    if (std::ranges::binary_search(sorted, lit)) failed.push_back(lit);
-  }
+  for (const Lit lit : given)
+    if (std::ranges::binary_search(conflict, lit)) failed.push_back(lit);
+  base::sort_unique(failed);
 }
 
 MiniSatSolver::MiniSatSolver(const MiniSatParams& params)

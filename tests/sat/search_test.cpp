@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
 #include <set>
 
 #include "base/messages.h"
@@ -257,6 +259,55 @@ void check_core_guided(Random& random, int solver) {
   });
   EXPECT_EQ(found, least);
   EXPECT_EQ(last, least.value_or(bound));
+}
+
+// Many small formulas side by side, of which each has two forms: one variable chooses the form of
+// all. Enough of them for all that is only done in large searches.
+void check_many_choices(Random& random, int solver) {
+  constexpr std::uint32_t width = 4;
+  CnfFormula formula(CnfParams{.solver = solver});
+  const Lit second_form(formula.new_var(false), false);
+  std::array<std::uint64_t, 2> least{};
+  std::vector<WeightedLit> cost;
+  for (std::uint32_t blocks = random.below(700); blocks > 0; --blocks) {
+    Lits inputs;
+    for (std::uint32_t v = 0; v < width; ++v) inputs.push_back(Lit(formula.new_var(false), false));
+    for (const Lit lit : inputs) cost.push_back({lit, 1});
+    std::array<std::vector<bool>, 2> is_model;
+    is_model.fill(std::vector<bool>(1 << width, true));
+    for (std::uint32_t i = 1 + random.below(4); i > 0; --i) {
+      const Assignment wanted = 1 + random.below((1 << width) - 1);  // one of these is true
+      const std::uint32_t forms = random.below(4);                   // 2 and more: in both
+      Lits clause;
+      for (std::uint32_t v = 0; v < width; ++v)
+        if (wanted >> v & 1u) clause.push_back(inputs[v]);
+      if (forms < 2) clause.push_back(second_form ^ (forms == 1));
+      formula.add_clause(clause, PermanentGroup);
+      for (Assignment a = 0; a < 1 << width; ++a)
+        for (const std::uint32_t form : {0u, 1u})
+          if ((a & wanted) == 0 && (forms >= 2 || forms == form)) is_model[form][a] = false;
+    }
+    for (const std::uint32_t form : {0u, 1u}) {
+      int fewest = width;
+      for (Assignment a = 0; a < 1 << width; ++a)
+        if (is_model[form][a]) fewest = std::min(fewest, std::popcount(a));
+      least[form] += static_cast<std::uint64_t>(fewest);
+    }
+  }
+  std::uint64_t last = no_limit;
+  const auto found = find_least_cost(formula, cost, no_limit, formula.group(2),
+                                     [&] { last = model_cost(formula, cost); });
+  EXPECT_EQ(found, std::min(least[0], least[1]));
+  EXPECT_EQ(found, last);
+}
+
+TEST(CoreGuided, AddsUpManyChoices) {
+  const auto [first, end] = support::seeds(10);
+  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
+    SCOPED_TRACE(seed);
+    Random random(seed);
+    check_many_choices(random, static_cast<int>(seed % 2));
+  }
 }
 
 TEST(CoreGuided, EndsAtTheMinimum) {
