@@ -8,7 +8,6 @@ namespace vorel::configuration {
 namespace {
 
 constexpr std::uint64_t most_conflicts = 10'000;  // of one solve
-constexpr std::uint64_t most_steps = 50'000'000;  // arcs read to make traps small
 constexpr std::size_t most_traps = 1000;
 constexpr std::size_t patience = 10;  // markings that no trap excludes, beyond the number of traps
 
@@ -37,7 +36,7 @@ std::vector<TokenFlow::Places> MarkingBounds::traps_against(
   std::vector<TokenFlow::Places> traps;
   std::vector<bool> marked(places.size());
   sat::Lits clause;
-  std::uint64_t steps = most_steps;
+  std::uint64_t steps = effort_;
   std::size_t markings = 0;  // without a trap
   while (markings <= traps.size() + patience && traps.size() < most_traps &&
          formula.solve_assuming({}, most_conflicts).value_or(false)) {

@@ -18,8 +18,9 @@ namespace vorel::configuration {
 
 class MarkingBounds {
  public:
-  explicit MarkingBounds(TokenFlow flow)
-      : flow_{std::move(flow)}, invariants_{place_invariants(flow_)} {}
+  // The effort bounds the steps of looking for invariants, and again for traps.
+  MarkingBounds(TokenFlow flow, std::uint64_t effort)
+      : flow_{std::move(flow)}, effort_{effort}, invariants_{place_invariants(flow_, effort)} {}
 
   // Clauses on one literal for each place, true if it is marked; LitFalse for one that never is.
   void assert_invariants(sat::CnfFormula& formula, const sat::Lits& places) const;
@@ -34,6 +35,7 @@ class MarkingBounds {
 
  private:
   const TokenFlow flow_;
+  const std::uint64_t effort_;
   const std::vector<PlaceInvariant> invariants_;
 };
 

@@ -13,12 +13,12 @@ using Term = PlaceInvariant::Term;
 using Row = std::vector<Term>;  // by place; a sum of weights that is 0
 
 constexpr std::int64_t largest_weight = 1 << 20;
-constexpr std::uint64_t most_steps = 20'000'000;  // terms read
 
 // Brings the effects of the transitions into reduced row echelon form.
 class Elimination {
  public:
-  explicit Elimination(const TokenFlow& flow) : row_of_(flow.place_count(), base::no_index) {
+  Elimination(const TokenFlow& flow, std::uint64_t most_steps)
+      : row_of_(flow.place_count(), base::no_index), most_steps_{most_steps} {
     for (const TokenFlow::Change& change : flow.changes()) {
       if (failed_) return;
       add(effect_of(change));
@@ -109,7 +109,7 @@ class Elimination {
       term.weight /= divisor;
       if (std::abs(term.weight) > largest_weight) failed_ = true;
     }
-    if (steps_ > most_steps) failed_ = true;
+    if (steps_ > most_steps_) failed_ = true;
   }
 
   // The weights of the places with rows that make the row of each add up, given the weight of one
@@ -135,14 +135,15 @@ class Elimination {
 
   std::vector<Row> rows_;
   std::vector<std::uint32_t> row_of_;  // by place: the row that begins with it
+  const std::uint64_t most_steps_;
   std::uint64_t steps_ = 0;
   bool failed_ = false;
 };
 
 }  // namespace
 
-std::vector<PlaceInvariant> place_invariants(const TokenFlow& flow) {
-  auto invariants = Elimination(flow).solutions();
+std::vector<PlaceInvariant> place_invariants(const TokenFlow& flow, std::uint64_t most_steps) {
+  auto invariants = Elimination(flow, most_steps).solutions();
   for (PlaceInvariant& invariant : invariants) {
     for (const Term& term : invariant.terms) {
       if (flow.is_initial(term.place)) invariant.total += term.weight;

@@ -21,8 +21,8 @@ struct PlaceInvariant {
   std::int64_t total = 0;
 };
 
-// Gaussian elimination on rows of integers. None where that would take too long (more than about a
-// second) or lead to large numbers: invariants only help.
-std::vector<PlaceInvariant> place_invariants(const TokenFlow& flow);
+// Gaussian elimination on rows of integers. None where that would take more steps than allowed
+// (weights read) or lead to large numbers: invariants only help.
+std::vector<PlaceInvariant> place_invariants(const TokenFlow& flow, std::uint64_t most_steps);
 
 }  // namespace vorel::configuration

@@ -77,6 +77,24 @@ void TokenFlow::shrink_to_trap(std::vector<bool>& places) const {
   }
 }
 
+TokenFlow::Places TokenFlow::members(const std::vector<bool>& places) const {
+  Places result;
+  for (std::uint32_t place = 0; place < place_count(); ++place) {
+    if (places[place]) result.push_back(place);
+  }
+  return result;
+}
+
+// Leaves out some of the places in hand, and what is no trap without them.
+bool TokenFlow::leave_out(std::span<const std::uint32_t> some, std::vector<bool>& trap) const {
+  std::vector<bool> smaller(trap);
+  for (const std::uint32_t place : some) smaller[place] = false;
+  shrink_to_trap(smaller);
+  if (!has_initial(smaller)) return false;
+  trap = std::move(smaller);
+  return true;
+}
+
 TokenFlow::Places TokenFlow::marked_trap_outside(const std::vector<bool>& marked,
                                                  std::uint64_t& steps) const {
   assert(marked.size() == place_count());
@@ -84,25 +102,16 @@ TokenFlow::Places TokenFlow::marked_trap_outside(const std::vector<bool>& marked
   trap.flip();
   shrink_to_trap(trap);
   if (!has_initial(trap)) return {};
-  Places result;
-  for (std::uint32_t place = 0; place < place_count(); ++place) {
-    if (!trap[place]) continue;
-    if (steps >= arcs_) {
+  Places places = members(trap);
+  for (std::size_t most = places.size() / 2; most > 0; most /= 2) {
+    for (std::size_t i = 0; i < places.size() && steps >= arcs_; i += most) {
       steps -= arcs_;
-      std::vector<bool> smaller(trap);
-      smaller[place] = false;
-      shrink_to_trap(smaller);
-      if (has_initial(smaller)) {
-        trap = std::move(smaller);
-        continue;
-      }
+      leave_out(std::span(places).subspan(i, std::min(most, places.size() - i)), trap);
     }
-    result.push_back(place);
+    places = members(trap);
+    most = std::min(most, places.size());
   }
-  // A place that was kept may have gone with one after it.
-  std::erase_if(result, [&trap](std::uint32_t place) { return !trap[place]; });
-  assert(!result.empty());
-  return result;
+  return places;
 }
 
 #define INSTANTIATE(P) template TokenFlow TokenFlow::of<P>(const P&);

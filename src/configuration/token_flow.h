@@ -30,13 +30,16 @@ class TokenFlow {
   // Some of the places that are not marked, of which one is marked after every configuration: a
   // trap, to which every change that takes a token from it gives one back, and which has a token at
   // the start [Mur-1989]. Empty when there is none. Reads each arc once; then it tries to leave out
-  // each place in turn, at the same price, as long as the steps last, which become fewer.
+  // half of the places, a quarter and so on, at the same price, as long as the steps last, which
+  // become fewer.
   Places marked_trap_outside(const std::vector<bool>& marked, std::uint64_t& steps) const;
 
  private:
   TokenFlow(std::vector<Change> changes, std::vector<bool> initial);
   void shrink_to_trap(std::vector<bool>& places) const;
   bool has_initial(const std::vector<bool>& places) const;
+  bool leave_out(std::span<const std::uint32_t> some, std::vector<bool>& trap) const;
+  Places members(const std::vector<bool>& places) const;
 
   std::vector<Change> changes_;
   std::vector<bool> initial_;  // by place

@@ -52,6 +52,17 @@ class Domination {
   base::IndexedBy<Consumer, bool> dominated_;
 };
 
+// By how many the producers of a condition are more than one, over all conditions.
+template <net::Process P>
+std::uint64_t alternative_producers(const P& process) {
+  std::uint64_t count = 0;
+  for (const auto& condition : process.conditions) {
+    const auto producers = condition->producers().size();
+    if (producers > 1) count += producers - 1;
+  }
+  return count;
+}
+
 }  // namespace
 
 template <class Consumer>
@@ -156,10 +167,15 @@ void DeadlockEncoding<P>::encode_dead_marking() {
   }
 }
 
-// What the net alone says of its dead markings. Redundant.
+// What the net alone says of its dead markings. Redundant, and of no use where nearly every
+// condition has but one past, as in a prefix.
 template <net::Process P>
 void DeadlockEncoding<P>::encode_marking_bounds() requires P::is_merged {
-  const configuration::MarkingBounds bounds(configuration::TokenFlow::of(process_));
+  constexpr std::uint64_t few = 10, steps_each = 5000;
+  const std::uint64_t alternatives = alternative_producers(process_);
+  if (alternatives * few < process_.conditions.size()) return;
+  const configuration::MarkingBounds bounds(configuration::TokenFlow::of(process_),
+                                            steps_each * alternatives);
   sat::Lits places;
   std::vector<bool> can_be_marked;
   for (const auto& place : process_.places) {
