@@ -51,6 +51,16 @@ sat::Lit ConfigurationVars<P>::marked_lit(const Condition& condition, sat::Polar
 }
 
 template <net::Process P>
+void ConfigurationVars<P>::clear() {
+  assert(event_aux.size() == 0 && "engines that fill it do not reset their formula");
+  events_.clear();
+  produced_.clear();
+  marked_.clear();
+  places.clear();
+  transitions.clear();
+}
+
+template <net::Process P>
 bool ConfigurationVars<P>::is_in_model(const Event& event) const {
   const sat::Lit lit = events_[event].lit;
   return !lit.is_uninit() && formula_.is_true(lit);

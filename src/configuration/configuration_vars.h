@@ -5,7 +5,7 @@
 //            configuration ends in (configuration/state_literals.h).
 #pragma once
 
-#include "base/indexed_by.h"
+#include "configuration/literal_table.h"
 #include "net/process.h"
 #include "sat/cnf_formula.h"
 
@@ -44,18 +44,24 @@ class ConfigurationVars {
   // The literal of the event if it has one that is a variable, LitUninit otherwise.
   sat::Lit variable_of(const Event& event) const;
 
+  // The events that have literals, in the order in which they were asked for.
+  std::span<const base::Id<Event>> mentioned_events() const { return events_.asked_for(); }
+
+  // Forgets all literals, after a reset of the formula.
+  void clear();
+
   bool no_branch = false;  // given to the variables of events
 
   base::IndexedBy<Event, sat::LitCell> event_aux;  // a second cell for engines that size it
-  base::IndexedBy<Place, sat::LitCell> places;     // the place is marked after the configuration
-  base::IndexedBy<Transition, sat::LitCell> transitions;  // the transition is enabled after it
+  LiteralTable<Place> places;                      // the place is marked after the configuration
+  LiteralTable<Transition> transitions;            // the transition is enabled after it
 
  private:
   const P& process_;
   sat::CnfFormula& formula_;
   const sat::ClauseGroup group_;
-  base::IndexedBy<Event, sat::LitCell> events_;
-  base::IndexedBy<Condition, sat::LitCell> produced_, marked_;
+  LiteralTable<Event> events_;
+  LiteralTable<Condition> produced_, marked_;
   sat::Lits scratch_;
 };
 

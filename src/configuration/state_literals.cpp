@@ -25,11 +25,21 @@ StateLiterals<P>::StateLiterals(const StateStructure<P>& structure, Configuratio
     : structure_{structure},
       vars_{vars},
       enabledness_{enabledness},
+      enabled_(structure.process().events.size()),
       code_(signal_count(structure.process())),
-      next_(code_.size()),
-      excited_(code_.size()) {
+      next_(signal_count(structure.process())),
+      excited_(signal_count(structure.process())) {
   assert(&structure.process() == &vars.process());
   assert((std::is_same_v<P, net::StgPrefix>) || enabledness == Enabledness::direct);
+}
+
+template <net::Process P>
+void StateLiterals<P>::clear() {
+  vars_.clear();
+  enabled_.clear();
+  code_.clear();
+  next_.clear();
+  excited_.clear();
 }
 
 template <net::Process P>
@@ -94,9 +104,6 @@ sat::Lits StateLiterals<P>::lits_before_firing(const Event& event, sat::Polarity
 
 template <net::Process P>
 sat::Lit StateLiterals<P>::enabled(const Event& event, sat::Polarity polarity) {
-  if (enabled_.size() == 0) {
-    enabled_ = base::IndexedBy<Event, sat::LitCell>(process().events.size());
-  }
   sat::LitCell& cell = enabled_[event];
   if (cell.serves(polarity)) return cell.lit;
   const sat::Lits lits = lits_before_firing(event, polarity);
@@ -125,7 +132,7 @@ template <net::Process P>
 sat::Lit StateLiterals<P>::code(net::SignalId signal) requires P::NetType::has_signals {
   assert(process().visible_signals().contains(signal) && "a dummy has no value");
   assert(base::element(process().signals, signal).initial_value != net::unknown_value);
-  sat::Lit& lit = code_[signal];
+  sat::Lit& lit = code_[signal].lit;
   if (lit.is_uninit()) {
     const bool is_high = base::element(process().signals, signal).initial_value == 1;
     lit = parity(signal) ^ is_high;
@@ -191,7 +198,7 @@ sat::Lit StateLiterals<P>::excited(net::SignalId signal,
 template <net::Process P>
 sat::Lit StateLiterals<P>::next_value(net::SignalId signal) requires P::NetType::has_signals {
   assert(process().visible_signals().contains(signal) && "a dummy has no value");
-  sat::Lit& lit = next_[signal];
+  sat::Lit& lit = next_[signal].lit;
   if (lit.is_uninit()) {
     lit = formula().make_gate(sat::Gate(sat::GateXor, {code(signal), excited(signal)}),
                               vars_.group());

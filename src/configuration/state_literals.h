@@ -25,6 +25,9 @@ class StateLiterals {
   ConfigurationVars<P>& vars() { return vars_; }
   const net::Instances<P>& instances() const { return structure_.instances(); }
 
+  // Forgets all literals, those of the configuration too, after a reset of the formula.
+  void clear();
+
   sat::Lit marked(const Place& place, sat::Polarity polarity = sat::default_polarity);
   // The parts of these disjunctions: the conditions of the place, and the events of the transition,
   // which on merged processes are not what decides.
@@ -58,9 +61,8 @@ class StateLiterals {
   const StateStructure<P>& structure_;
   ConfigurationVars<P>& vars_;
   const Enabledness enabledness_;
-  base::IndexedBy<Event, sat::LitCell> enabled_;        // empty until asked for
-  base::IndexedBy<net::Signal, sat::Lit> code_, next_;  // LitUninit until asked for
-  base::IndexedBy<net::Signal, sat::LitCell> excited_;
+  LiteralTable<Event> enabled_;
+  LiteralTable<net::Signal> code_, next_, excited_;
 };
 
 }  // namespace vorel::configuration

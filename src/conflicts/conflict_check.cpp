@@ -34,10 +34,9 @@ void ConflictCheck::encode(sat::ClauseGroup group) {
   for (const Core& core : seen_pairs_.cores()) block(core, group);
 }
 
-void ConflictCheck::add_code_constraint() {
-  for (const net::SignalId signal : process().visible_signals()) {
-    add_equivalence(formula(), first().code(signal), second().code(signal), sat::PermanentGroup);
-  }
+void ConflictCheck::add_code_constraint(const EncodedPair& pair, net::SignalId signal) const {
+  add_equivalence(pair.formula, pair.first.code(signal), pair.second.code(signal),
+                  sat::PermanentGroup);
 }
 
 void ConflictCheck::add_any_of_differences(std::span<const std::pair<sat::Lit, sat::Lit>> pairs) {

@@ -26,7 +26,7 @@ class ConflictCheck : public PairSearch {
   // At verbosity 1: the code of the two states and what is enabled in each, for every solution.
   void finish() final;
   void encode(sat::ClauseGroup group) final;
-  void add_code_constraint() final;
+  void add_code_constraint(const EncodedPair& pair, net::SignalId signal) const final;
   // The difference in any of these pairs of literals.
   void add_any_of_differences(std::span<const std::pair<sat::Lit, sat::Lit>> pairs);
   bool search_all() final;

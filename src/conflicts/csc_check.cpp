@@ -27,14 +27,15 @@ Inclusion CscCheck::inclusion() const {
 
 void CscCheck::add_any_difference() {
   for (const net::SignalId signal : process().driven_signals()) {
-    next_values_.emplace_back(first().next_value(signal), second().next_value(signal));
+    next_values_.emplace_back(pair().first.next_value(signal), pair().second.next_value(signal));
   }
   add_any_of_differences(next_values_);
 }
 
-void CscCheck::add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) {
-  formula().add_unit(~first().next_value(signal_of(candidate)), group);
-  formula().add_unit(second().next_value(signal_of(candidate)), group);
+void CscCheck::add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
+                                        sat::ClauseGroup group) const {
+  pair.formula.add_unit(~pair.first.next_value(signal_of(candidate)), group);
+  pair.formula.add_unit(pair.second.next_value(signal_of(candidate)), group);
 }
 
 net::SignalId CscCheck::signal_of_model() const {

@@ -23,7 +23,8 @@ class CscCheck : public ConflictCheck {
   Inclusion inclusion() const override;
   void add_any_difference() override;
   std::uint32_t candidate_count() const override { return process().driven_signals().size(); }
-  void add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) override;
+  void add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
+                                sat::ClauseGroup group) const override;
   void record_solution() override;
   std::unique_ptr<results::Solution> new_solution() const override;
   std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const override;

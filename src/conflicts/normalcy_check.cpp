@@ -18,19 +18,22 @@ NormalcyCheck::NormalcyCheck(const net::StgPrefix& prefix,
   hypothesis_.make();
 }
 
-void NormalcyCheck::add_code_constraint() {
-  for (const net::SignalId signal : process().visible_signals()) {
-    formula().add_binary(~first().code(signal), second().code(signal), sat::PermanentGroup);
-  }
+void NormalcyCheck::add_code_constraint(const EncodedPair& pair, net::SignalId signal) const {
+  pair.formula.add_binary(~pair.first.code(signal), pair.second.code(signal), sat::PermanentGroup);
 }
 
 // The next value changes against the hypothesis while the code grows.
+sat::Lit NormalcyCheck::violation(const EncodedPair& pair, net::SignalId signal) const {
+  const bool is_p = hypothesis_.is_p(signal);
+  const sat::Lits changes{pair.first.next_value(signal) ^ !is_p,
+                          pair.second.next_value(signal) ^ is_p};
+  return pair.formula.make_gate(sat::Gate(sat::GateAnd, changes), sat::PermanentGroup);
+}
+
 sat::Lit NormalcyCheck::violation(net::SignalId signal) {
   sat::Lit& lit = violation_[signal];
-  if (!lit.is_uninit()) return lit;
-  const bool is_p = hypothesis_.is_p(signal);
-  const sat::Lits changes{first().next_value(signal) ^ !is_p, second().next_value(signal) ^ is_p};
-  return lit = formula().make_gate(sat::Gate(sat::GateAnd, changes), sat::PermanentGroup);
+  if (lit.is_uninit()) lit = violation(pair(), signal);
+  return lit;
 }
 
 void NormalcyCheck::add_any_difference() {
@@ -39,8 +42,9 @@ void NormalcyCheck::add_any_difference() {
   formula().add_clause(clause, sat::PermanentGroup);
 }
 
-void NormalcyCheck::add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) {
-  formula().add_unit(violation(signal_of(candidate)), group);
+void NormalcyCheck::add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
+                                             sat::ClauseGroup group) const {
+  pair.formula.add_unit(violation(pair, signal_of(candidate)), group);
 }
 
 bool NormalcyCheck::search_one() {

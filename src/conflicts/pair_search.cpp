@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <ranges>
 
 #include "base/messages.h"
 #include "configuration/decoding.h"
@@ -32,11 +33,6 @@ std::vector<bool> bits_of(std::uint64_t value, std::size_t count) {
 
 }  // namespace
 
-void add_equivalence(sat::CnfFormula& formula, sat::Lit a, sat::Lit b, sat::ClauseGroup group) {
-  formula.add_binary(~a, b, group);
-  formula.add_binary(a, ~b, group);
-}
-
 PairSearch::PairSearch(const net::StgPrefix& prefix, const configuration::SearchOptions& options,
                        results::VerdictMessages messages, Notes notes)
     : SearchEngine(prefix, options, std::move(messages)),
@@ -58,7 +54,8 @@ void PairSearch::encode([[maybe_unused]] sat::ClauseGroup group) {
   assert(group == sat::PermanentGroup && instance().size() == 0 && "an engine encodes once");
   instance().add_configuration();
   instance().add_configuration();
-  add_code_constraint();
+  for (const net::SignalId signal : process().visible_signals())
+    add_code_constraint(pair(), signal);
   if (adds_inclusion_) {
     if (!conflict_free_) {
       base::print_warning(
@@ -66,27 +63,42 @@ void PairSearch::encode([[maybe_unused]] sat::ClauseGroup group) {
     }
     add_inclusion_constraints();
   }
-  if (!takes_candidates_in_turn()) add_any_difference();
+  if (takes_candidates_in_turn()) return;
+  if (are_all_refuted())
+    formula().add_unit(sat::LitFalse, sat::PermanentGroup);
+  else
+    add_any_difference();
+}
+
+// Who wants to see the formula sees all of it.
+bool PairSearch::is_refuted(std::uint32_t candidate) {
+  if (options().encoding.formula.store_cnf_formula) return false;
+  if (local_ == nullptr) {
+    const std::size_t max_events = process().events.size() / options().local_share;
+    local_ = std::make_unique<LocalRefutation>(structure(), *this, options().encoding, max_events,
+                                               adds_inclusion_);
+  }
+  return local_->refutes(candidate);
+}
+
+bool PairSearch::are_all_refuted() {
+  return std::ranges::all_of(std::views::iota(0u, candidate_count()),
+                             [this](std::uint32_t i) { return is_refuted(i); });
 }
 
 void PairSearch::add_inclusion_constraints() {
   const sat::Lit is_forward = inclusion() == Inclusion::first_in_second
                                   ? sat::LitTrue
                                   : sat::Lit(formula().new_var(false), false);
-  for (const auto& event : process().events) {
-    const sat::Lit in_first = first().vars().event_lit(*event);
-    const sat::Lit in_second = second().vars().event_lit(*event);
-    formula().add_clause(sat::Lits{~in_first, in_second, ~is_forward}, sat::PermanentGroup);
-    formula().add_clause(sat::Lits{~in_second, in_first, is_forward}, sat::PermanentGroup);
-  }
+  for (const auto& event : process().events) pair().add_inclusion(*event, is_forward);
 }
 
 sat::Lit PairSearch::difference(configuration::StgEventId event) {
-  auto& cells = first().vars().event_aux;
+  auto& cells = pair().first.vars().event_aux;
   if (cells.size() == 0) cells = base::IndexedBy<Event, sat::LitCell>(process().events.size());
   sat::LitCell& cell = cells[event];
   if (!cell.lit.is_uninit()) return cell.lit;
-  const sat::Lits both{first().vars().event_lit(event), second().vars().event_lit(event)};
+  const sat::Lits both{pair().first.vars().event_lit(event), pair().second.vars().event_lit(event)};
   return formula().define_gate(cell, sat::GateXor, both, sat::PermanentGroup);
 }
 
@@ -106,8 +118,9 @@ void PairSearch::for_each_round(const std::function<bool()>& round) {
     return;
   }
   for (candidate_ = 0; candidate_ < candidate_count() && !base::run_failed(); ++candidate_) {
+    if (is_refuted(candidate_)) continue;
     formula().renew_group(round_group());
-    add_candidate_difference(candidate_, round_group());
+    add_candidate_difference(pair(), candidate_, round_group());
     if (!round()) return;
   }
 }

@@ -4,8 +4,9 @@
 // Not here:  what the difference is (conflicts/conflict_check.h, conflicts/normalcy_check.h).
 //
 // Method 1 asks for a difference in any candidate (signal or place), method 2 for each candidate in
-// turn, in one solver: what is learnt in one round serves the next. docs/semantics.md tells what
-// the two configurations are.
+// turn, in one solver: what is learnt in one round serves the next. A round that a small part of a
+// large prefix decides (conflicts/local_refutation.h) is left out: that of a candidate, or of all
+// if all are refuted. docs/semantics.md tells what the two configurations are.
 #pragma once
 
 #include <functional>
@@ -13,6 +14,7 @@
 #include "configuration/final_state.h"
 #include "configuration/search_engine.h"
 #include "conflicts/core_blocking.h"
+#include "conflicts/local_refutation.h"
 
 namespace vorel::conflicts {
 
@@ -24,10 +26,8 @@ enum class Inclusion : std::uint8_t {
 
 using configuration::Notes;
 using State = configuration::FinalState<net::StgPrefix>;
-// The literals of one of the pair.
-using PairState = configuration::StateLiterals<net::StgPrefix>;
 
-class PairSearch : public configuration::SearchEngine<net::StgPrefix> {
+class PairSearch : public configuration::SearchEngine<net::StgPrefix>, public PairQuestion {
  public:
   // After a search for all solutions: it has ended at its limit, so that there may be more.
   bool has_met_limit() const { return has_met_limit_; }
@@ -40,11 +40,7 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix> {
   // What the next steps say is added to the permanent group.
   void encode(sat::ClauseGroup group) override;
   virtual Inclusion inclusion() const = 0;
-  virtual void add_code_constraint() = 0;
   virtual void add_any_difference() = 0;
-  // Candidates are numbered from 0.
-  virtual std::uint32_t candidate_count() const = 0;
-  virtual void add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) = 0;
 
   bool search_one() override;
   bool search_all() override;
@@ -61,8 +57,7 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix> {
   std::uint32_t candidate() const { return candidate_; }  // of the current round of method 2
   bool is_conflict_free() const { return conflict_free_; }
   State state_after(const configuration::EventSet& set) const { return {structure(), set}; }
-  PairState& first() { return instance().state(0); }
-  PairState& second() { return instance().state(1); }
+  EncodedPair pair() { return {formula(), instance().state(0), instance().state(1)}; }
   // The two configurations of the current model.
   std::pair<configuration::EventSet, configuration::EventSet> model_pair() const;
   // The two configurations of the last two traces.
@@ -78,6 +73,9 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix> {
   // Calls `round` for all candidates together, or for each in turn until it says false.
   void for_each_round(const std::function<bool()>& round);
   void add_inclusion_constraints();
+  // Without a search of the whole formula; false says nothing.
+  bool is_refuted(std::uint32_t candidate);
+  bool are_all_refuted();
   sat::Lit difference(configuration::StgEventId event);
   // The length of the two traces as a binary number, least significant bit first.
   sat::Lits cost_bits();
@@ -89,9 +87,7 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix> {
   bool adds_inclusion_ = false;
   bool has_met_limit_ = false;
   std::uint32_t candidate_ = base::no_index;
+  std::unique_ptr<LocalRefutation> local_;  // made when asked
 };
-
-// Makes the two literals equal.
-void add_equivalence(sat::CnfFormula& formula, sat::Lit a, sat::Lit b, sat::ClauseGroup group);
 
 }  // namespace vorel::conflicts

@@ -19,19 +19,21 @@ bool UscCheck::is_conflict(const configuration::EventSet& one,
   return other_marking && *marking != *other_marking;
 }
 
-std::pair<sat::Lit, sat::Lit> UscCheck::marked(const net::StgPlace& place) {
-  return {first().marked(place), second().marked(place)};
+std::pair<sat::Lit, sat::Lit> UscCheck::marked(const EncodedPair& pair, std::uint32_t place) const {
+  const net::StgPlace& marked = *process().places[place];
+  return {pair.first.marked(marked), pair.second.marked(marked)};
 }
 
 void UscCheck::add_any_difference() {
   std::vector<std::pair<sat::Lit, sat::Lit>> pairs;
-  for (const auto& place : process().places) pairs.push_back(marked(*place));
+  for (std::uint32_t i = 0; i < candidate_count(); ++i) pairs.push_back(marked(pair(), i));
   add_any_of_differences(pairs);
 }
 
-void UscCheck::add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) {
-  const auto [one, other] = marked(*process().places[candidate]);
-  add_equivalence(formula(), one, ~other, group);
+void UscCheck::add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
+                                        sat::ClauseGroup group) const {
+  const auto [one, other] = marked(pair, candidate);
+  add_equivalence(pair.formula, one, ~other, group);
 }
 
 std::unique_ptr<results::Solution> UscCheck::new_solution() const {

@@ -21,12 +21,13 @@ class UscCheck : public ConflictCheck {
   std::uint32_t candidate_count() const override {
     return static_cast<std::uint32_t>(process().places.size());
   }
-  void add_candidate_difference(std::uint32_t candidate, sat::ClauseGroup group) override;
+  void add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
+                                sat::ClauseGroup group) const override;
   std::unique_ptr<results::Solution> new_solution() const override;
   std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const override;
 
  private:
-  std::pair<sat::Lit, sat::Lit> marked(const net::StgPlace& place);
+  std::pair<sat::Lit, sat::Lit> marked(const EncodedPair& pair, std::uint32_t place) const;
 };
 
 }  // namespace vorel::conflicts

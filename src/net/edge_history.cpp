@@ -78,8 +78,17 @@ std::vector<EdgeHistory::Event*> EdgeHistory::events_after(
 
 void EdgeHistory::visit(Event& event) {
   Row& row = rows_[event.index];
+  const Event* joined = nullptr;
   for (const auto* condition : event.preset) {
-    if (!condition->is_initial()) join(row, rows_[condition->pre_event->index]);
+    if (condition->is_initial() || condition->pre_event == joined) continue;
+    const Row& past = rows_[condition->pre_event->index];
+    // Most histories that meet are those of a fork: with nothing of the block, or the same, in
+    // each.
+    if (joined == nullptr)
+      row = past;
+    else if (row != past)
+      join(row, past);
+    joined = condition->pre_event;
   }
   const std::uint32_t rank = rank_[*event.transition->signal];
   if (rank < block_ || rank >= block_end_) return;
@@ -90,14 +99,15 @@ void EdgeHistory::visit(Event& event) {
 
 void EdgeHistory::join(Row& row, const Row& other) {
   for (std::uint32_t lane = 0; lane < lanes; ++lane) {
-    if (row[lane] != other[lane]) row[lane] = later_edge(lane, row[lane], other[lane]);
+    if (row[lane] == other[lane] || other[lane] == 0) continue;
+    row[lane] = row[lane] == 0 ? other[lane] : later_edge(lane, row[lane], other[lane]);
   }
 }
 
 // Of two edges of one signal in one local configuration, the one that comes later.
 std::uint32_t EdgeHistory::later_edge(std::uint32_t lane, std::uint32_t a, std::uint32_t b) {
+  assert(a != 0 && b != 0);
   if (depth_[a] < depth_[b]) std::swap(a, b);
-  if (b == 0) return a;
   const std::uint32_t counterpart = edge_at_depth(a, depth_[b]);
   if (counterpart != b) note_disorder(lane, counterpart, b);
   return a;

@@ -144,11 +144,13 @@ void for_each_encoding(const Subject& subject, Run run) {
     for (const int inclusion : inclusions) {
       SCOPED_TRACE("method " + std::to_string(method) + " inclusion " + std::to_string(inclusion));
       run([&](const char* key, int value) {
-        return configuration::SearchOptions::of(
+        auto options = configuration::SearchOptions::of(
             support::default_params({{"method", method},
                                      {"inclusion_constraints", inclusion},
                                      {key, value},
                                      {"solver", method == 2 ? 0 : 1}}));
+        if (inclusion != 0 || subject.conflict_free) options.local_share = 1;  // small as it is
+        return options;
       });
     }
   }
