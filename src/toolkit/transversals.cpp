@@ -1,6 +1,8 @@
 #include "toolkit/transversals.h"
 
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
 namespace vorel::toolkit {
 namespace {
@@ -21,18 +23,22 @@ Word position_bit(std::size_t position) { return Word{1} << position % positions
 void TransversalSearch::remove_supersets() {
   constexpr std::size_t most_compared = 64;
 
-  std::vector<std::vector<std::size_t>> by_size(sets_.width() + 1);
-  for (std::size_t i = 0; i < sets_.size(); ++i) by_size[size_of(sets_[i])].push_back(i);
-  PackedCover kept(sets_.width());
-  for (const auto& numbers : by_size) {
-    for (const std::size_t i : numbers) {
-      bool is_superset = false;
-      for (std::size_t k = 0; k < std::min(kept.size(), most_compared) && !is_superset; ++k)
-        is_superset = contains(sets_[i], kept[k]);
-      if (!is_superset) kept.add(sets_[i]);
-    }
+  std::vector<std::uint32_t> first(sets_.width() + 2, 0), sizes(sets_.size()),
+      by_size(sets_.size());
+  for (std::size_t i = 0; i < sets_.size(); ++i) {
+    sizes[i] = static_cast<std::uint32_t>(size_of(sets_[i]));
+    ++first[sizes[i] + 1];
   }
-  sets_ = std::move(kept);
+  std::partial_sum(first.begin(), first.end(), first.begin());
+  for (std::uint32_t i = 0; i < sets_.size(); ++i) by_size[first[sizes[i]]++] = i;
+  kept_.truncate(0);
+  for (const std::uint32_t i : by_size) {
+    bool is_superset = false;
+    for (std::size_t k = 0; k < std::min(kept_.size(), most_compared) && !is_superset; ++k)
+      is_superset = contains(sets_[i], kept_[k]);
+    if (!is_superset) kept_.add(sets_[i]);
+  }
+  std::swap(sets_, kept_);
 }
 
 void TransversalSearch::index_sets() {
