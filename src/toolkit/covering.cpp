@@ -83,6 +83,7 @@ class LocalSearch {
   void choose_greedily();
   void cover_all();
   void drop_needless();
+  double least_loss();
   std::uint32_t cheapest_loss();
   std::uint32_t best_entry(std::span<const std::uint32_t> row) const;
   bool is_better(const Column& a, const Column& b) const;
@@ -226,9 +227,7 @@ double least_of(std::span<const double> values) {
   return *std::ranges::min_element(least);
 }
 
-// The chosen column that is missed least for its weight; of equals the one in it for longest, which
-// is sought only in the blocks that have one.
-std::uint32_t LocalSearch::cheapest_loss() {
+double LocalSearch::least_loss() {
   assert(!slots_.empty());
   const std::span<const double> losses(losses_);
   for (std::size_t b = 0; b < least_of_block_.size(); ++b) {
@@ -236,7 +235,14 @@ std::uint32_t LocalSearch::cheapest_loss() {
     const std::size_t first = b * block;
     least_of_block_[b] = least_of(losses.subspan(first, std::min(block, losses.size() - first)));
   }
-  const double least = *std::ranges::min_element(least_of_block_);
+  return least_of(least_of_block_);
+}
+
+// The chosen column that is missed least for its weight; of equals the one in it for longest, which
+// is sought only in the blocks that have one.
+std::uint32_t LocalSearch::cheapest_loss() {
+  const std::span<const double> losses(losses_);
+  const double least = least_loss();
   const Slot* best = nullptr;
   for (std::size_t b = 0; b < least_of_block_.size(); ++b) {
     if (least_of_block_[b] != least) continue;
@@ -258,7 +264,7 @@ void LocalSearch::cover_all() {
 }
 
 void LocalSearch::drop_needless() {
-  for (std::uint32_t c = cheapest_loss(); columns_[c].gain == 0; c = cheapest_loss()) remove(c);
+  while (least_loss() == 0) remove(cheapest_loss());
 }
 
 void LocalSearch::record() {

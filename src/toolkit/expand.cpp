@@ -76,10 +76,18 @@ void Expander::block(ConstRow row) {
   });
 }
 
+// Most rows need a literal that is kept already; they are left out at once.
 void Expander::want(ConstRow row, const PackedCover& on, const std::vector<bool>& covered) {
   wanted_.truncate(0);
   for (std::size_t i = 0; i < on.size(); ++i) {
-    if (covered[i] || contains(row, on[i])) continue;
+    if (covered[i]) continue;
+    Word any = 0, kept = 0;
+    for (std::size_t k = 0; k < row.size(); ++k) {
+      const Word missing = on[i][k] & ~row[k];
+      any |= missing;
+      kept |= missing & both_bits(kept_[k]);
+    }
+    if (any == 0 || kept != 0) continue;
     const Row needed = wanted_.add_full();
     for (std::size_t k = 0; k < row.size(); ++k) {
       const Word missing = on[i][k] & ~row[k];

@@ -33,10 +33,11 @@ void TransversalSearch::remove_supersets() {
   for (std::uint32_t i = 0; i < sets_.size(); ++i) by_size[first[sizes[i]]++] = i;
   kept_.truncate(0);
   for (const std::uint32_t i : by_size) {
-    bool is_superset = false;
-    for (std::size_t k = 0; k < std::min(kept_.size(), most_compared) && !is_superset; ++k)
-      is_superset = contains(sets_[i], kept_[k]);
-    if (!is_superset) kept_.add(sets_[i]);
+    const ConstRow set = sets_[i];
+    const std::size_t last = std::min(kept_.size(), most_compared);
+    std::size_t k = 0;
+    while (k < last && !contains(set, std::as_const(kept_)[k])) ++k;
+    if (k == last) kept_.add(set);
   }
   std::swap(sets_, kept_);
 }
