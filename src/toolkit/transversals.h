@@ -54,6 +54,7 @@ class TransversalSearch {
   std::vector<Word> meets_;  // for each position, the sets that have it
   std::vector<Word> stack_;
   std::vector<std::uint32_t> branches_;  // a stack too
+  std::vector<std::uint32_t> gains_;     // scratch: the sets that the newest branches meet
   std::vector<Word> chosen_;
   const Visit* visit_ = nullptr;
   std::size_t max_size_ = unbounded;
