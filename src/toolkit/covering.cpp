@@ -4,7 +4,9 @@
 #include <array>
 #include <cassert>
 #include <numeric>
+#include <queue>
 #include <span>
+#include <utility>
 
 #include "toolkit/covering_reduction.h"
 
@@ -48,32 +50,40 @@ class LocalSearch {
 
  private:
   static constexpr std::uint32_t not_chosen = ~0u;
+  static constexpr std::size_t block = 16;  // slots whose least loss is remembered
+  static constexpr double stale = -1;       // it is to be found anew: no loss is negative
 
   struct Column {
     std::int64_t gain = 0;      // weight of the rows whose state a change of this column changes
     std::uint32_t weight = 0;   // its own
     std::uint32_t changed = 0;  // the step of its last change
     std::uint32_t slot = not_chosen;
-    bool may_enter = true;  // something near it has changed since it left
+    std::uint32_t left = 0;  // counts changes
     bool is_chosen() const { return slot != not_chosen; }
+    // Of two fractions the smaller one has the smaller quotient, and equal ones have the same,
+    // while a gain times a weight stays below 2^52.
+    double gain_for_weight() const { return static_cast<double>(gain) / weight; }
   };
   // A chosen column.
   struct Slot {
     std::uint32_t column;
-    std::uint32_t since;  // counts additions
+    std::uint32_t since;  // counts changes
   };
 
   void add(std::uint32_t column);
   void remove(std::uint32_t column);
   void leave_slot(Column& column);
-  void change_gains(std::uint32_t row, std::int64_t by, bool chosen);
-  // Of two fractions the smaller one has the smaller quotient, and equal ones have the same, while
-  // a gain times a weight stays below 2^52.
+  void change_gains(std::uint32_t row, std::int64_t by);
+  void change_sole_gain(std::uint32_t row, std::int64_t by);
+  bool may_enter(std::uint32_t column) const;
   void note_loss(const Column& column) {
-    losses_[column.slot] = static_cast<double>(column.gain) / column.weight;
+    losses_[column.slot] = column.gain_for_weight();
+    least_of_block_[column.slot / block] = stale;
   }
+  void choose_greedily();
   void cover_all();
   void drop_needless();
+  double least_loss();
   std::uint32_t cheapest_loss();
   std::uint32_t best_entry(std::span<const std::uint32_t> row) const;
   bool is_better(const Column& a, const Column& b) const;
@@ -83,13 +93,15 @@ class LocalSearch {
   std::vector<Column> columns_;
   std::vector<std::int64_t> row_weights_;
   Numbers times_covered_;
+  Numbers chosen_of_row_;               // numbers of its chosen columns, joined by exclusive or
+  Numbers touched_;                     // when a column of the row came or left; counts changes
   Numbers uncovered_;                   // rows, the oldest first
   std::vector<Slot> slots_;             // in no order
   std::vector<double> losses_;          // of the slots: gain for weight
-  std::vector<double> least_of_block_;  // scratch
+  std::vector<double> least_of_block_;  // or stale
   std::uint64_t weight_ = 0, best_weight_ = ~std::uint64_t{0};
   Numbers best_;
-  std::uint32_t step_ = 0, additions_ = 0;
+  std::uint32_t step_ = 0, changes_ = 1;
 };
 
 LocalSearch::LocalSearch(const CoveringProblem& problem)
@@ -98,6 +110,8 @@ LocalSearch::LocalSearch(const CoveringProblem& problem)
       columns_(problem.weights.size()),
       row_weights_(problem.rows.size(), 1),
       times_covered_(problem.rows.size(), 0),
+      chosen_of_row_(problem.rows.size(), 0),
+      touched_(problem.rows.size(), changes_),
       uncovered_(problem.rows.size()) {
   std::iota(uncovered_.begin(), uncovered_.end(), 0u);
   for (std::size_t c = 0; c < columns_.size(); ++c) {
@@ -106,13 +120,22 @@ LocalSearch::LocalSearch(const CoveringProblem& problem)
   }
 }
 
-void LocalSearch::change_gains(std::uint32_t row, std::int64_t by, bool chosen) {
-  for (const std::uint32_t c : rows_[row]) {
-    Column& column = columns_[c];
-    if (column.is_chosen() != chosen) continue;
-    column.gain += by;
-    if (chosen) note_loss(column);
-  }
+// Of all columns of a row that has no chosen one.
+void LocalSearch::change_gains(std::uint32_t row, std::int64_t by) {
+  for (const std::uint32_t c : rows_[row]) columns_[c].gain += by;
+}
+
+// Of the only chosen column of a row.
+void LocalSearch::change_sole_gain(std::uint32_t row, std::int64_t by) {
+  Column& column = columns_[chosen_of_row_[row]];
+  column.gain += by;
+  note_loss(column);
+}
+
+// Whether something near the column has changed since it left.
+bool LocalSearch::may_enter(std::uint32_t number) const {
+  return std::ranges::any_of(rows_of_[number],
+                             [&](std::uint32_t r) { return touched_[r] > columns_[number].left; });
 }
 
 void LocalSearch::add(std::uint32_t number) {
@@ -120,29 +143,35 @@ void LocalSearch::add(std::uint32_t number) {
   assert(!column.is_chosen());
   weight_ += column.weight;
   column.changed = step_;
+  ++changes_;
   for (const std::uint32_t r : rows_of_[number]) {
     const std::int64_t w = row_weights_[r];
     if (++times_covered_[r] == 1) {
-      change_gains(r, -w, false);
+      change_gains(r, -w);
       column.gain += w;  // it has just lost this with the others, as not yet chosen
       uncovered_.erase(std::ranges::find(uncovered_, r));
     } else if (times_covered_[r] == 2) {
-      change_gains(r, -w, true);
+      change_sole_gain(r, -w);
     }
-    for (const std::uint32_t c : rows_[r]) columns_[c].may_enter = true;
+    chosen_of_row_[r] ^= number;
+    touched_[r] = changes_;
   }
   column.slot = static_cast<std::uint32_t>(slots_.size());
-  slots_.push_back({number, additions_++});
+  if (slots_.size() % block == 0) least_of_block_.push_back(stale);
+  slots_.push_back({number, changes_});
   losses_.push_back(0);
   note_loss(column);
 }
 
 void LocalSearch::leave_slot(Column& column) {
-  slots_[column.slot] = slots_.back();
-  losses_[column.slot] = losses_.back();
-  columns_[slots_.back().column].slot = column.slot;
+  const std::size_t last = slots_.size() - 1;
+  least_of_block_[column.slot / block] = least_of_block_[last / block] = stale;
+  slots_[column.slot] = slots_[last];
+  losses_[column.slot] = losses_[last];
+  columns_[slots_[last].column].slot = column.slot;
   slots_.pop_back();
   losses_.pop_back();
+  if (last % block == 0) least_of_block_.pop_back();
   column.slot = not_chosen;
 }
 
@@ -151,19 +180,20 @@ void LocalSearch::remove(std::uint32_t number) {
   assert(column.is_chosen());
   weight_ -= column.weight;
   column.changed = step_;
+  column.left = ++changes_;
   leave_slot(column);
   for (const std::uint32_t r : rows_of_[number]) {
     const std::int64_t w = row_weights_[r];
+    chosen_of_row_[r] ^= number;
+    touched_[r] = changes_;
     if (--times_covered_[r] == 0) {
-      change_gains(r, w, false);
+      change_gains(r, w);
       column.gain -= w;
       uncovered_.push_back(r);
     } else if (times_covered_[r] == 1) {
-      change_gains(r, w, true);
+      change_sole_gain(r, w);
     }
-    for (const std::uint32_t c : rows_[r]) columns_[c].may_enter = true;
   }
-  column.may_enter = false;
 }
 
 // More gain for its weight; of equals the one left alone for longer, then the first.
@@ -177,8 +207,8 @@ std::uint32_t LocalSearch::best_entry(std::span<const std::uint32_t> row) const 
   std::uint32_t best = row.front();
   bool found = false;
   for (const std::uint32_t c : row) {
-    if (!columns_[c].may_enter) continue;
-    if (!found || is_better(columns_[c], columns_[best])) best = c;
+    if ((found && !is_better(columns_[c], columns_[best])) || !may_enter(c)) continue;
+    best = c;
     found = true;
   }
   return best;
@@ -197,17 +227,22 @@ double least_of(std::span<const double> values) {
   return *std::ranges::min_element(least);
 }
 
+double LocalSearch::least_loss() {
+  assert(!slots_.empty());
+  const std::span<const double> losses(losses_);
+  for (std::size_t b = 0; b < least_of_block_.size(); ++b) {
+    if (least_of_block_[b] != stale) continue;
+    const std::size_t first = b * block;
+    least_of_block_[b] = least_of(losses.subspan(first, std::min(block, losses.size() - first)));
+  }
+  return least_of(least_of_block_);
+}
+
 // The chosen column that is missed least for its weight; of equals the one in it for longest, which
 // is sought only in the blocks that have one.
 std::uint32_t LocalSearch::cheapest_loss() {
-  assert(!slots_.empty());
-  constexpr std::size_t block = 32;
   const std::span<const double> losses(losses_);
-  least_of_block_.clear();
-  for (std::size_t first = 0; first < losses.size(); first += block)
-    least_of_block_.push_back(
-        least_of(losses.subspan(first).first(std::min(block, losses.size() - first))));
-  const double least = *std::ranges::min_element(least_of_block_);
+  const double least = least_loss();
   const Slot* best = nullptr;
   for (std::size_t b = 0; b < least_of_block_.size(); ++b) {
     if (least_of_block_[b] != least) continue;
@@ -223,13 +258,13 @@ void LocalSearch::cover_all() {
     add(best_entry(rows_[uncovered_.front()]));
     for (const std::uint32_t r : uncovered_) {
       ++row_weights_[r];
-      change_gains(r, 1, false);
+      change_gains(r, 1);
     }
   }
 }
 
 void LocalSearch::drop_needless() {
-  for (std::uint32_t c = cheapest_loss(); columns_[c].gain == 0; c = cheapest_loss()) remove(c);
+  while (least_loss() == 0) remove(cheapest_loss());
 }
 
 void LocalSearch::record() {
@@ -240,14 +275,31 @@ void LocalSearch::record() {
   for (const Slot& slot : slots_) best_.push_back(slot.column);
 }
 
-Numbers LocalSearch::run(const CoveringParams& params) {
-  if (uncovered_.empty()) return {};
+// Gains only fall here, so one that has not fallen since it was noted is the largest. Of equals the
+// first column, but one of the oldest row comes before.
+void LocalSearch::choose_greedily() {
+  using Entry = std::pair<double, std::int64_t>;  // gain for weight, number times -1
+  std::priority_queue<Entry> entries;
+  for (std::size_t c = 0; c < columns_.size(); ++c)
+    entries.emplace(columns_[c].gain_for_weight(), -static_cast<std::int64_t>(c));
   while (!uncovered_.empty()) {
-    std::uint32_t best = rows_[uncovered_.front()].front();
-    for (std::uint32_t c = 0; c < columns_.size(); ++c)
-      if (!columns_[c].is_chosen() && is_better(columns_[c], columns_[best])) best = c;
+    const auto [noted, number] = entries.top();
+    auto best = static_cast<std::uint32_t>(-number);
+    const double gain = columns_[best].gain_for_weight();
+    if (columns_[best].is_chosen() || gain < noted) {
+      entries.pop();
+      if (!columns_[best].is_chosen()) entries.emplace(gain, number);
+      continue;
+    }
+    const std::uint32_t oldest = rows_[uncovered_.front()].front();
+    if (!is_better(columns_[best], columns_[oldest])) best = oldest;
     add(best);
   }
+}
+
+Numbers LocalSearch::run(const CoveringParams& params) {
+  if (uncovered_.empty()) return {};
+  choose_greedily();
   drop_needless();
   record();
   const std::size_t last_step =

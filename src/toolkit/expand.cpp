@@ -76,10 +76,17 @@ void Expander::block(ConstRow row) {
   });
 }
 
-void Expander::want(ConstRow row, const PackedCover& on, const std::vector<bool>& covered) {
+// Most rows need a literal that is kept already; they are left out at once.
+void Expander::want(ConstRow row, const PackedCover& on) {
   wanted_.truncate(0);
   for (std::size_t i = 0; i < on.size(); ++i) {
-    if (covered[i] || contains(row, on[i])) continue;
+    Word any = 0, kept = 0;
+    for (std::size_t k = 0; k < row.size(); ++k) {
+      const Word missing = on[i][k] & ~row[k];
+      any |= missing;
+      kept |= missing & both_bits(kept_[k]);
+    }
+    if (any == 0 || kept != 0) continue;
     const Row needed = wanted_.add_full();
     for (std::size_t k = 0; k < row.size(); ++k) {
       const Word missing = on[i][k] & ~row[k];
@@ -155,9 +162,9 @@ void Expander::keep_fewest() {
   for (std::size_t k = 0; k < best.size(); ++k) kept_[k] |= best[k];
 }
 
-void Expander::expand(Row row, const PackedCover& on, const std::vector<bool>& covered) {
+void Expander::expand(Row row, const PackedCover& on) {
   block(row);
-  want(row, on, covered);
+  want(row, on);
   for (;;) {
     keep_essential();
     drop_infeasible();

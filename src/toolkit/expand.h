@@ -23,9 +23,9 @@ class Expander {
         wanted_{off.width()},
         transversals_{off.width()} {}
 
-  // Makes the row a prime: raises it over as many as possible of the rows of `on` that are not
-  // `covered`, then to as few literals as a bounded search finds.
-  void expand(Row row, const PackedCover& on, const std::vector<bool>& covered);
+  // Makes the row a prime: raises it over as many as possible of the rows of `on`, then to as few
+  // literals as a bounded search finds.
+  void expand(Row row, const PackedCover& on);
 
   // Visits primes that contain the row, until visit returns false: in the end all of them.
   void for_each_prime(ConstRow row, const std::function<bool(ConstRow prime)>& visit);
@@ -34,7 +34,7 @@ class Expander {
   void block(ConstRow row);
   void keep_sole_literals(ConstRow row);
   ConstRow agreeing(ConstRow row, std::size_t position) const;
-  void want(ConstRow row, const PackedCover& on, const std::vector<bool>& covered);
+  void want(ConstRow row, const PackedCover& on);
   void keep_essential();
   void drop_infeasible();
   bool is_feasible(ConstRow positions) const;

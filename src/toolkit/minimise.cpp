@@ -91,22 +91,23 @@ class Minimiser {
   Expander expander_;
   PackedCover primes_;  // to choose from
   std::unordered_set<std::vector<Word>, base::SequenceHash> known_;
+  std::vector<Word> key_;  // scratch
 };
 
 void Minimiser::add_prime(ConstRow prime) {
-  if (known_.emplace(prime.begin(), prime.end()).second) primes_.add(prime);
+  key_.assign(prime.begin(), prime.end());
+  if (known_.insert(key_).second) primes_.add(prime);
 }
 
 // Adds a prime over each cube; those that the primes of others contain need none of their own.
 void Minimiser::expand(const PackedCover& cubes) {
-  std::vector<bool> covered(cubes.size(), false);
+  PackedCover rest = cubes;
   std::vector<Word> row;
-  for (std::size_t i = 0; i < cubes.size(); ++i) {
-    if (covered[i]) continue;
-    row.assign(cubes[i].begin(), cubes[i].end());
-    expander_.expand(row, cubes, covered);
-    for (std::size_t j = 0; j < cubes.size(); ++j)
-      covered[j] = covered[j] || contains(row, cubes[j]);
+  while (!rest.empty()) {
+    const Row first = rest[0];
+    row.assign(first.begin(), first.end());
+    expander_.expand(row, rest);
+    rest.filter(0, [&](std::size_t i) { return !contains(row, rest[i]); });
     add_prime(row);
   }
 }

@@ -63,15 +63,23 @@ Cover PackedCover::unpacked() const {
   return cover;
 }
 
+// A row lies only in equal ones, which a sorted order has side by side, and in rows of fewer
+// literals.
 void remove_contained(PackedCover& cover) {
-  std::vector<std::size_t> by_literals(cover.size()), literals(cover.size()), kept;
-  std::iota(by_literals.begin(), by_literals.end(), std::size_t{0});
+  std::vector<std::size_t> order(cover.size()), literals(cover.size()), kept;
+  std::iota(order.begin(), order.end(), std::size_t{0});
   for (std::size_t i = 0; i < cover.size(); ++i) literals[i] = literals_of(cover[i]);
-  std::ranges::stable_sort(by_literals, {}, [&](std::size_t i) { return literals[i]; });
+  std::ranges::stable_sort(order, [&](std::size_t i, std::size_t j) {
+    if (literals[i] != literals[j]) return literals[i] < literals[j];
+    return std::ranges::lexicographical_compare(cover[i], cover[j]);
+  });
   std::vector<bool> stays(cover.size(), false);
-  for (const std::size_t i : by_literals) {
-    stays[i] = std::ranges::none_of(
-        kept, [&](std::size_t larger) { return contains(cover[larger], cover[i]); });
+  for (std::size_t n = 0, shorter = 0; n < order.size(); ++n) {
+    const std::size_t i = order[n];
+    if (n > 0 && std::ranges::equal(cover[order[n - 1]], cover[i])) continue;
+    if (n > 0 && literals[order[n - 1]] != literals[i]) shorter = kept.size();
+    stays[i] = std::none_of(kept.begin(), kept.begin() + static_cast<std::ptrdiff_t>(shorter),
+                            [&](std::size_t larger) { return contains(cover[larger], cover[i]); });
     if (stays[i]) kept.push_back(i);
   }
   cover.filter(0, [&](std::size_t i) { return stays[i]; });

@@ -1,6 +1,8 @@
 #include "toolkit/transversals.h"
 
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
 namespace vorel::toolkit {
 namespace {
@@ -21,18 +23,23 @@ Word position_bit(std::size_t position) { return Word{1} << position % positions
 void TransversalSearch::remove_supersets() {
   constexpr std::size_t most_compared = 64;
 
-  std::vector<std::vector<std::size_t>> by_size(sets_.width() + 1);
-  for (std::size_t i = 0; i < sets_.size(); ++i) by_size[size_of(sets_[i])].push_back(i);
-  PackedCover kept(sets_.width());
-  for (const auto& numbers : by_size) {
-    for (const std::size_t i : numbers) {
-      bool is_superset = false;
-      for (std::size_t k = 0; k < std::min(kept.size(), most_compared) && !is_superset; ++k)
-        is_superset = contains(sets_[i], kept[k]);
-      if (!is_superset) kept.add(sets_[i]);
-    }
+  std::vector<std::uint32_t> first(sets_.width() + 2, 0), sizes(sets_.size()),
+      by_size(sets_.size());
+  for (std::size_t i = 0; i < sets_.size(); ++i) {
+    sizes[i] = static_cast<std::uint32_t>(size_of(sets_[i]));
+    ++first[sizes[i] + 1];
   }
-  sets_ = std::move(kept);
+  std::partial_sum(first.begin(), first.end(), first.begin());
+  for (std::uint32_t i = 0; i < sets_.size(); ++i) by_size[first[sizes[i]]++] = i;
+  kept_.truncate(0);
+  for (const std::uint32_t i : by_size) {
+    const ConstRow set = sets_[i];
+    const std::size_t last = std::min(kept_.size(), most_compared);
+    std::size_t k = 0;
+    while (k < last && !contains(set, std::as_const(kept_)[k])) ++k;
+    if (k == last) kept_.add(set);
+  }
+  std::swap(sets_, kept_);
 }
 
 void TransversalSearch::index_sets() {
@@ -61,20 +68,20 @@ void TransversalSearch::choose_branches(const Level& level) {
     }
   }
   const std::size_t first = branches_.size();
+  gains_.clear();
   for_each_position(sets_[best], [&](std::size_t position) {
     const Word candidates = stack_[level.candidates + position / positions_per_word];
-    if ((candidates & position_bit(position)) != 0)
-      branches_.push_back(static_cast<std::uint32_t>(position));
-  });
-  const auto gain = [&](std::uint32_t position) {
-    std::size_t met = 0;
+    if ((candidates & position_bit(position)) == 0) return;
+    std::uint32_t gain = 0;
     for (std::size_t w = 0; w < set_words_; ++w)
-      met +=
-          static_cast<std::size_t>(std::popcount(stack_[level.unmet + w] & sets_with(position)[w]));
-    return met;
-  };
-  std::stable_sort(branches_.begin() + static_cast<std::ptrdiff_t>(first), branches_.end(),
-                   [&](std::uint32_t a, std::uint32_t b) { return gain(a) > gain(b); });
+      gain += static_cast<std::uint32_t>(
+          std::popcount(stack_[level.unmet + w] & sets_with(position)[w]));
+    // They are few: each goes behind those that meet no fewer.
+    const auto place = std::ranges::upper_bound(gains_, gain, std::greater{}) - gains_.begin();
+    gains_.insert(gains_.begin() + place, gain);
+    branches_.insert(branches_.begin() + static_cast<std::ptrdiff_t>(first) + place,
+                     static_cast<std::uint32_t>(position));
+  });
 }
 
 // Goes on with the position chosen, unless another chosen one would no longer be needed.

@@ -16,7 +16,8 @@ namespace vorel::toolkit {
 
 class TransversalSearch {
  public:
-  explicit TransversalSearch(std::size_t width) : sets_{width}, chosen_(words_for(width)) {}
+  explicit TransversalSearch(std::size_t width)
+      : sets_{width}, kept_{width}, chosen_(words_for(width)) {}
 
   void clear() { sets_.truncate(0); }
   // A set of positions to be met.
@@ -48,10 +49,12 @@ class TransversalSearch {
   }
 
   PackedCover sets_;
+  PackedCover kept_;  // scratch
   std::size_t set_words_ = 0;
   std::vector<Word> meets_;  // for each position, the sets that have it
   std::vector<Word> stack_;
   std::vector<std::uint32_t> branches_;  // a stack too
+  std::vector<std::uint32_t> gains_;     // scratch: the sets that the newest branches meet
   std::vector<Word> chosen_;
   const Visit* visit_ = nullptr;
   std::size_t max_size_ = unbounded;
