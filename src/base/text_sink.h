@@ -15,7 +15,8 @@ namespace vorel::base {
 // The error "cannot write a file"; gives false, for a caller to pass on.
 bool report_write_failure();
 
-class TextSink {
+// Of the sinks that several threads append to, no two share a cache line.
+class alignas(64) TextSink {
  public:
   explicit TextSink(std::ostream& stream) : stream_{&stream} { buffer_.reserve(2 * full_size); }
   // Keeps all of the text, for the caller to write.

@@ -26,7 +26,9 @@ EventId BranchingProcess::add_event(const UnfoldedEvent& event, PresetRoom& room
   if (chunks_[number].load(std::memory_order_acquire) == nullptr) make_chunk(number);
   UnfoldedEvent& stored = this->event(id);
   stored = event;
-  stored.preset_data = room.copy(event.preset());
+  ConditionId* const preset = room.take(event.preset_size);
+  std::ranges::copy(event.preset(), preset);
+  stored.preset_data = preset;
   return id;
 }
 
@@ -35,17 +37,6 @@ void BranchingProcess::make_chunk(std::uint32_t number) {
   if (chunks_[number].load(std::memory_order_relaxed) != nullptr) return;  // somebody was faster
   owned_chunks_.push_back(std::make_unique<Chunk>());
   chunks_[number].store(owned_chunks_.back().get(), std::memory_order_release);
-}
-
-const ConditionId* BranchingProcess::PresetRoom::copy(std::span<const ConditionId> preset) {
-  if (preset.size() > left_) {
-    left_ = std::max(preset.size(), block_size);
-    blocks_.push_back(std::make_unique_for_overwrite<ConditionId[]>(left_));
-  }
-  left_ -= preset.size();
-  ConditionId* const copy = blocks_.back().get() + left_;
-  std::ranges::copy(preset, copy);
-  return copy;
 }
 
 void BranchingProcess::enter(EventId id) {

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "unfolder/flat_net.h"
+#include "unfolder/room.h"
 
 namespace vorel::unfolder {
 
@@ -50,17 +51,8 @@ class BranchingProcess {
 
   const FlatNet& net() const { return net_; }
 
-  // Room for presets: blocks that events point into. One for each worker; they live as long as the
-  // process is used.
-  class PresetRoom {
-   public:
-    const ConditionId* copy(std::span<const ConditionId> preset);
-
-   private:
-    static constexpr std::size_t block_size = 1u << 14;
-    std::vector<std::unique_ptr<ConditionId[]>> blocks_;
-    std::size_t left_ = 0;  // in the last block, which is filled from its end
-  };
+  // Events point into it. One for each worker; they live as long as the process is used.
+  using PresetRoom = Room<ConditionId>;
 
   // Thread-safe. The preset is copied into the room of the caller.
   EventId add_event(const UnfoldedEvent& event, PresetRoom& room);
@@ -101,8 +93,9 @@ class BranchingProcess {
   void make_chunk(std::uint32_t number);
   void add_condition(PlaceId place, EventId producer);
 
-  const FlatNet& net_;
-  std::atomic<std::uint32_t> event_count_{0};
+  // Changed with every event that is found: what the workers only read lies in other cache lines.
+  alignas(64) std::atomic<std::uint32_t> event_count_{0};
+  alignas(64) const FlatNet& net_;
   std::mutex make_chunk_;  // guards owned_chunks_
   std::vector<std::unique_ptr<Chunk>> owned_chunks_;
   std::unique_ptr<std::atomic<Chunk*>[]> chunks_;  // by number, null until there is one

@@ -7,14 +7,15 @@
 namespace vorel::unfolder {
 namespace {
 
-using Row = ConcurrencyRelation::Row;
 using Word = ConcurrencyRelation::Word;
 
-void intersect(Row& row, const Row& other) {
-  auto out = row.begin();
-  auto in = row.cbegin();
+// Keeps in the row, of so many words, what the other one has too. Gives how many are left.
+std::size_t intersect(Word* row, std::size_t size, std::span<const Word> other) {
+  Word* out = row;
+  const Word* in = row;
+  const Word* const end = row + size;
   auto with = other.begin();
-  while (in != row.cend() && with != other.end()) {
+  while (in != end && with != other.end()) {
     if (in->index < with->index) {
       ++in;
     } else if (with->index < in->index) {
@@ -25,17 +26,19 @@ void intersect(Row& row, const Row& other) {
       ++with;
     }
   }
-  row.erase(out, row.end());
+  return static_cast<std::size_t>(out - row);
 }
 
 }  // namespace
 
 ConcurrencyRelation::ConcurrencyRelation(const BranchingProcess& process, base::WorkerPool& pool)
-    : process_{process}, pool_{pool}, rows_(process.condition_count()), hits_(pool.size()) {
+    : process_{process}, pool_{pool}, rows_(process.condition_count()) {
+  for (std::uint32_t i = 0; i < pool.size(); ++i) scratch_.push_back(std::make_unique<Scratch>());
+  RowRoom& room = scratch_.front()->rows;
   const ConditionId end = process.condition_count();
   for (ConditionId c = 0; c < end; ++c) {
-    append(rows_[c], 0, c);
-    append(rows_[c], c + 1, end);
+    append(rows_[c], 0, c, room);
+    append(rows_[c], c + 1, end, room);
   }
 }
 
@@ -43,7 +46,7 @@ bool ConcurrencyRelation::concurrent(ConditionId c, ConditionId d) const {
   assert(c != d && "the relation is irreflexive");
   assert(std::max(c, d) < rows_.size());
   // The younger condition has the shorter row, mostly.
-  const Row& row = rows_[std::max(c, d)];
+  const std::span<const Word> row = rows_[std::max(c, d)];
   const ConditionId asked = std::min(c, d);
   const auto word = std::ranges::lower_bound(row, asked / 32, {}, &Word::index);
   return word != row.end() && word->index == asked / 32 && (word->bits >> (asked % 32) & 1u) != 0;
@@ -61,19 +64,24 @@ void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
          "rows grow at their ends");
   common_.resize(size);
   partners_.resize(size);
-  for (Hits& hits : hits_) hits.count.resize(std::max<std::size_t>(hits.count.size(), size));
+  for (const auto& scratch : scratch_) {
+    scratch->common.clear();
+    scratch->partners.clear();
+    scratch->count.resize(std::max<std::size_t>(scratch->count.size(), size));
+  }
   find_consumers(batch);
   rows_.resize(process_.condition_count());
   pool_.run(size, [&](std::uint32_t worker, std::uint32_t i) {
-    common_[i] = common_row(process_.event(batch[i]));
-    find_partners(i, batch, hits_[worker]);
-    make_rows(i, batch, hits_[worker]);
+    Scratch& scratch = *scratch_[worker];
+    common_[i] = common_row(process_.event(batch[i]), scratch.common);
+    find_partners(i, batch, scratch);
+    make_rows(i, batch, scratch);
   });
   const std::uint32_t part_count = count_parts(size);
   pool_.run(part_count, [&](std::uint32_t worker, std::uint32_t part) {
-    extend_rows(part, part_count, batch, hits_[worker]);
+    extend_rows(part, part_count, batch, *scratch_[worker]);
   });
-  for (Hits& hits : hits_) word_count_ += std::exchange(hits.new_words, 0);
+  for (const auto& scratch : scratch_) word_count_ += std::exchange(scratch->new_words, 0);
   for (const Consumer& consumer : consumers_) first_consumer_[consumer.condition] = base::no_index;
 }
 
@@ -90,43 +98,46 @@ void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
   }
 }
 
-Row ConcurrencyRelation::common_row(const UnfoldedEvent& event) const {
+std::span<const Word> ConcurrencyRelation::common_row(const UnfoldedEvent& event,
+                                                      Room<Word>& room) const {
   const auto preset = event.preset();
   assert(!preset.empty());
   const auto shortest =
       *std::ranges::min_element(preset, {}, [this](ConditionId c) { return rows_[c].size(); });
-  Row row = rows_[shortest];
+  std::size_t size = rows_[shortest].size();
+  Word* const row = room.take(size);
+  std::ranges::copy(rows_[shortest], row);
   for (const ConditionId c : preset) {
-    if (c != shortest) intersect(row, rows_[c]);
+    if (c != shortest) size = intersect(row, size, rows_[c]);
   }
-  return row;
+  return {row, size};
 }
 
 // Events of one size are no causes of each other: two of them are concurrent exactly if what one
 // consumes is concurrent with all that the other one consumes.
 void ConcurrencyRelation::find_partners(std::uint32_t position, std::span<const EventId> batch,
-                                        Hits& hits) {
-  hits.positions.clear();
+                                        Scratch& scratch) {
+  auto& positions = scratch.positions;
+  positions.clear();
   for_each(common_[position], [&](ConditionId c) {
     for (std::uint32_t k = first_consumer_[c];
          k < consumers_.size() && consumers_[k].condition == c; ++k) {
-      if (hits.count[consumers_[k].position]++ == 0)
-        hits.positions.push_back(consumers_[k].position);
+      if (scratch.count[consumers_[k].position]++ == 0) positions.push_back(consumers_[k].position);
     }
   });
-  auto& partners = partners_[position];
-  partners.clear();
-  for (const std::uint32_t other : hits.positions) {
-    if (hits.count[other] == process_.event(batch[other]).preset_size) partners.push_back(other);
-    hits.count[other] = 0;
-  }
-  std::ranges::sort(partners);
+  std::erase_if(positions, [&](std::uint32_t other) {
+    return std::exchange(scratch.count[other], 0) != process_.event(batch[other]).preset_size;
+  });
+  std::ranges::sort(positions);
+  std::uint32_t* const partners = scratch.partners.take(positions.size());
+  std::ranges::copy(positions, partners);
+  partners_[position] = {partners, positions.size()};
 }
 
 // The rows of the new conditions: what is common to all that their event consumes, the conditions
 // of its partners, and each other.
 void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const EventId> batch,
-                                    Hits& hits) {
+                                    Scratch& scratch) {
   const UnfoldedEvent& event = process_.event(batch[position]);
   const ConditionId first = event.first_condition, last = first + event.postset_size;
   const auto& partners = partners_[position];
@@ -134,17 +145,18 @@ void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const Even
   assert((later == partners.end() || *later != position) && "no event is concurrent with itself");
   for (ConditionId c = first; c < last; ++c) {
     Row& row = rows_[c];
-    row.reserve(common_[position].size() + 2);
-    row.assign(common_[position].begin(), common_[position].end());
+    reserve(row, static_cast<std::uint32_t>(common_[position].size()) + 2, scratch.rows);
+    std::ranges::copy(common_[position], row.words_);
+    row.size_ = static_cast<std::uint32_t>(common_[position].size());
     const auto append_partner = [&](std::uint32_t partner) {
       const UnfoldedEvent& other = process_.event(batch[partner]);
-      append(row, other.first_condition, other.first_condition + other.postset_size);
+      append(row, other.first_condition, other.first_condition + other.postset_size, scratch.rows);
     };
     std::for_each(partners.begin(), later, append_partner);
-    append(row, first, c);
-    append(row, c + 1, last);
+    append(row, first, c, scratch.rows);
+    append(row, c + 1, last, scratch.rows);
     std::for_each(later, partners.end(), append_partner);
-    hits.new_words += row.size();
+    scratch.new_words += row.size();
   }
 }
 
@@ -158,7 +170,7 @@ std::uint32_t ConcurrencyRelation::count_parts(std::uint32_t batch_size) const {
 
 // Tells the older conditions of one part of the new ones: every part_count-th block of words.
 void ConcurrencyRelation::extend_rows(std::uint32_t part, std::uint32_t part_count,
-                                      std::span<const EventId> batch, Hits& hits) {
+                                      std::span<const EventId> batch, Scratch& scratch) {
   constexpr std::uint32_t words_of_block = 16;
   std::uint64_t new_words = 0;
   for (std::uint32_t i = 0; i < batch.size(); ++i) {
@@ -170,22 +182,48 @@ void ConcurrencyRelation::extend_rows(std::uint32_t part, std::uint32_t part_cou
       for_each_bit(word, [&](ConditionId c) {
         assert(c < first && "what an event consumes is older than what it produces");
         const std::size_t before = rows_[c].size();
-        append(rows_[c], first, last);
+        append(rows_[c], first, last, scratch.rows);
         new_words += rows_[c].size() - before;
       });
     }
   }
-  hits.new_words += new_words;
+  scratch.new_words += new_words;
+}
+
+Word* ConcurrencyRelation::RowRoom::take(std::uint32_t capacity) {
+  assert(std::has_single_bit(capacity));
+  auto& free = free_[static_cast<std::uint32_t>(std::countr_zero(capacity))];
+  if (free.empty()) return words_.take(capacity);
+  Word* const words = free.back();
+  free.pop_back();
+  return words;
+}
+
+void ConcurrencyRelation::RowRoom::give_back(Word* words, std::uint32_t capacity) {
+  assert(std::has_single_bit(capacity));
+  free_[static_cast<std::uint32_t>(std::countr_zero(capacity))].push_back(words);
+}
+
+// Of two workers that extend a row one after the other, each moves it into a room of its own.
+void ConcurrencyRelation::reserve(Row& row, std::uint32_t size, RowRoom& room) {
+  if (size <= row.capacity_) return;
+  const std::uint32_t capacity = std::bit_ceil(size);
+  Word* const words = room.take(capacity);
+  std::ranges::copy(row, words);
+  if (row.capacity_ != 0) room.give_back(row.words_, row.capacity_);
+  row.words_ = words;
+  row.capacity_ = capacity;
 }
 
 // Adds the conditions first .. last - 1, which lie above all that the row has.
-void ConcurrencyRelation::append(Row& row, ConditionId first, ConditionId last) {
+void ConcurrencyRelation::append(Row& row, ConditionId first, ConditionId last, RowRoom& room) {
   for (ConditionId c = first; c < last; ++c) {
-    if (row.empty() || row.back().index != c / 32) {
-      assert(row.empty() || row.back().index < c / 32);
-      row.push_back({c / 32, 0});
+    if (row.empty() || row.words_[row.size_ - 1].index != c / 32) {
+      assert(row.empty() || row.words_[row.size_ - 1].index < c / 32);
+      reserve(row, row.size_ + 1, room);
+      row.words_[row.size_++] = {c / 32, 0};
     }
-    row.back().bits |= 1u << (c % 32);
+    row.words_[row.size_ - 1].bits |= 1u << (c % 32);
   }
 }
 

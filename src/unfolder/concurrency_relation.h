@@ -9,13 +9,16 @@
 // one thread.
 #pragma once
 
+#include <array>
 #include <bit>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
 #include "base/worker_pool.h"
 #include "unfolder/branching_process.h"
+#include "unfolder/room.h"
 
 namespace vorel::unfolder {
 
@@ -26,7 +29,19 @@ class ConcurrencyRelation {
     std::uint32_t index;
     std::uint32_t bits;
   };
-  using Row = std::vector<Word>;  // by index, no word is zero
+  // By index, no word is zero. The words lie in the rooms of the workers.
+  class Row {
+   public:
+    std::uint32_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    const Word* begin() const { return words_; }
+    const Word* end() const { return words_ + size_; }
+
+   private:
+    friend class ConcurrencyRelation;
+    Word* words_ = nullptr;
+    std::uint32_t size_ = 0, capacity_ = 0;
+  };
 
   // Of the initial conditions only, all pairs of which are concurrent.
   ConcurrencyRelation(const BranchingProcess& process, base::WorkerPool& pool);
@@ -36,10 +51,10 @@ class ConcurrencyRelation {
   void add_batch(std::span<const EventId> batch);
 
   bool concurrent(ConditionId c, ConditionId d) const;
-  const Row& row(ConditionId c) const { return rows_[c]; }
+  std::span<const Word> row(ConditionId c) const { return rows_[c]; }
 
   template <class Visit>
-  static void for_each(const Row& row, Visit visit) {
+  static void for_each(std::span<const Word> row, Visit visit) {
     for (const Word& word : row) for_each_bit(word, visit);
   }
 
@@ -52,11 +67,29 @@ class ConcurrencyRelation {
   }
 
  private:
-  // Of one worker: scratch for how many conditions of an event of the batch were met, by position.
-  struct Hits {
+  // Rows that grow move into arrays of the next power of two; those that they leave are kept for
+  // others.
+  class RowRoom {
+   public:
+    // Capacities are powers of two.
+    Word* take(std::uint32_t capacity);
+    void give_back(Word* words, std::uint32_t capacity);
+
+   private:
+    Room<Word> words_;
+    std::array<std::vector<Word*>, 32> free_;  // by logarithm of the capacity
+  };
+
+  // Of one worker.
+  struct alignas(64) Scratch {
+    RowRoom rows;
+    // Of the batch.
+    Room<Word> common;
+    Room<std::uint32_t> partners;
+    std::uint64_t new_words = 0;  // added to rows
+    // How many conditions of an event of the batch were met, by its position.
     std::vector<std::uint32_t> count;  // all 0 between uses
     std::vector<std::uint32_t> positions;
-    std::uint64_t new_words = 0;  // added to rows
   };
 
   template <class Visit>
@@ -67,24 +100,25 @@ class ConcurrencyRelation {
   }
 
   void find_consumers(std::span<const EventId> batch);
-  Row common_row(const UnfoldedEvent& event) const;
-  void find_partners(std::uint32_t position, std::span<const EventId> batch, Hits& hits);
-  void make_rows(std::uint32_t position, std::span<const EventId> batch, Hits& hits);
+  std::span<const Word> common_row(const UnfoldedEvent& event, Room<Word>& room) const;
+  void find_partners(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
+  void make_rows(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
   std::uint32_t count_parts(std::uint32_t batch_size) const;
   void extend_rows(std::uint32_t part, std::uint32_t part_count, std::span<const EventId> batch,
-                   Hits& hits);
-  static void append(Row& row, ConditionId first, ConditionId last);
+                   Scratch& scratch);
+  static void reserve(Row& row, std::uint32_t size, RowRoom& room);
+  static void append(Row& row, ConditionId first, ConditionId last, RowRoom& room);
 
   const BranchingProcess& process_;
   base::WorkerPool& pool_;
-  std::vector<Row> rows_;   // by condition
-  std::vector<Hits> hits_;  // by worker
+  std::vector<Row> rows_;                          // by condition
+  std::vector<std::unique_ptr<Scratch>> scratch_;  // by worker
   std::uint64_t word_count_ = 0;
 
   // Of the batch being entered, by position: what is concurrent with all that the event consumes,
   // and the events of the batch that are concurrent with it.
-  std::vector<Row> common_;
-  std::vector<std::vector<std::uint32_t>> partners_;
+  std::vector<std::span<const Word>> common_;
+  std::vector<std::span<const std::uint32_t>> partners_;
   // The consumers in the batch of a condition: consumers_[first_consumer_[c]] up to the first entry
   // that consumes another condition. Conditions that the batch leaves alone have no_index.
   struct Consumer {

@@ -39,7 +39,7 @@ class FinalStateTable {
   };
   // Open addressing: the members of one state stand in the order of insertion, none is moved
   // before another one of the same hash.
-  struct Stripe {
+  struct alignas(64) Stripe {  // no cache line has two locks
     std::mutex mutex;
     std::vector<Slot> slots;  // a power of two
     std::uint32_t used = 0;   // slots that are not empty

@@ -67,7 +67,7 @@ class UnfoldingLoop {
   virtual void on_finish();
 
  private:
-  struct Worker {
+  struct alignas(64) Worker {  // no cache line belongs to two
     explicit Worker(UnfoldingLoop& loop);
     void add_to_queue(TransitionId t, std::span<const ConditionId> preset);
 

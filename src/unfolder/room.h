@@ -1,0 +1,59 @@
+// unfolder/room.h - memory for many short arrays of one worker, taken from a few large blocks.
+// Here:      taking arrays, giving all of them back at once.
+// Not here:  when an array is not needed any more.
+//
+// Workers that ask the general allocator for every array wait for each other and for the system,
+// and one thread gives all back in the end. A room belongs to one worker; others may read and write
+// what it holds.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+namespace vorel::unfolder {
+
+// T has no destructor to run. Arrays are not initialised.
+template <class T>
+requires std::is_trivially_copyable_v<T>
+class Room {
+ public:
+  // Stays valid until the room is cleared or destroyed. Null if it is of no elements.
+  T* take(std::size_t count) {
+    if (count == 0) return nullptr;
+    if (count > left_) enter_block(count);
+    left_ -= count;
+    return blocks_[used_ - 1].items.get() + left_;
+  }
+
+  // Gives back everything, but keeps the blocks.
+  void clear() { used_ = left_ = 0; }
+
+ private:
+  // The first blocks are small, for the sake of small nets; system pages that nobody writes to cost
+  // nothing in the others.
+  static constexpr std::size_t first_bytes = 1u << 14, most_bytes = 1u << 20;
+  struct Block {
+    std::unique_ptr<T[]> items;
+    std::size_t size = 0;
+  };
+
+  void enter_block(std::size_t count) {
+    while (used_ < blocks_.size() && blocks_[used_].size < count) ++used_;
+    if (used_ == blocks_.size()) {
+      const std::size_t bytes =
+          std::min(most_bytes, first_bytes << std::min(used_, std::size_t{6}));
+      const std::size_t size = std::max(count, bytes / sizeof(T));
+      blocks_.push_back({std::make_unique_for_overwrite<T[]>(size), size});
+    }
+    left_ = blocks_[used_++].size;
+  }
+
+  std::vector<Block> blocks_;
+  std::size_t used_ = 0;  // blocks; arrays come from the last of these
+  std::size_t left_ = 0;  // in it, which is filled from its end
+};
+
+}  // namespace vorel::unfolder
