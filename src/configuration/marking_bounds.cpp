@@ -15,7 +15,7 @@ constexpr std::size_t patience = 10;  // markings that no trap excludes, beyond 
 
 void MarkingBounds::assert_invariants(sat::CnfFormula& formula, const sat::Lits& places) const {
   assert(places.size() == flow_.place_count());
-  std::vector<sat::WeightedLit> terms;
+  std::vector<sat::SignedTerm> terms;
   for (const PlaceInvariant& invariant : invariants_) {
     terms.clear();
     for (const auto& term : invariant.terms) terms.push_back({places[term.place], term.weight});

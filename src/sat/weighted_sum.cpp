@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t most_nodes = 4096;
 
 // The sums that can be reached from both ends, before each literal and after the last.
-std::vector<std::map<std::int64_t, Lit>> levels_of(std::span<const WeightedLit> terms,
+std::vector<std::map<std::int64_t, Lit>> levels_of(std::span<const SignedTerm> terms,
                                                    std::int64_t total) {
   std::vector<std::int64_t> lowest(terms.size() + 1, 0), highest(terms.size() + 1, 0);
   for (std::size_t i = terms.size(); i-- > 0;) {
@@ -37,8 +37,8 @@ std::vector<std::map<std::int64_t, Lit>> levels_of(std::span<const WeightedLit> 
 
 }  // namespace
 
-bool assert_weighted_sum(CnfFormula& formula, std::span<const WeightedLit> terms,
-                         std::int64_t total, ClauseGroup group) {
+bool assert_weighted_sum(CnfFormula& formula, std::span<const SignedTerm> terms, std::int64_t total,
+                         ClauseGroup group) {
   auto levels = levels_of(terms, total);
   if (levels.empty()) return false;
   // From the last level on, so that a sum knows what it leads to.
