@@ -12,7 +12,7 @@
 
 namespace vorel::formats {
 
-// Writes the parts 0 .. part_count - 1, each as `add_part` makes it; calls for different parts may
+// Writes so many parts, each as `add_part` makes it from its number; calls for different ones may
 // come at the same time. In memory is a part for each worker of the pool, and with one worker no
 // more than a buffer. False after an error: a write has failed.
 bool write_parts(std::uint32_t part_count, base::WorkerPool& pool, std::ostream& stream,
