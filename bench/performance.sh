@@ -5,8 +5,8 @@
 # for each command: its figure, and the ratio to the row that it is compared with. A revision is
 # built too, and each row then has the figure before: the two programs in turn, in one run. With a
 # folder its nets (*.ll_net) get rows of their own. Medians of three runs, or one run where that
-# takes over 3 seconds; "late" is over 30. The machine should have nothing else to do. It takes a
-# quarter of an hour at most.
+# takes over 3 seconds; "late" is over 30. It takes some ten minutes, a revision as much again. The
+# machine should have nothing else to do.
 set -euo pipefail
 
 usage() { echo "usage: bench/performance.sh [--before REVISION] [FOLDER]" >&2; exit 2; }
