@@ -15,31 +15,6 @@ namespace {
 
 using Numbers = std::vector<std::uint32_t>;
 
-// Lists of numbers, one behind the other.
-class FlatLists {
- public:
-  explicit FlatLists(const std::vector<Numbers>& lists) {
-    for (const Numbers& list : lists) {
-      numbers_.insert(numbers_.end(), list.begin(), list.end());
-      ends_.push_back(numbers_.size());
-    }
-  }
-  std::span<const std::uint32_t> operator[](std::size_t i) const {
-    return {numbers_.data() + ends_[i], numbers_.data() + ends_[i + 1]};
-  }
-
- private:
-  Numbers numbers_;
-  std::vector<std::size_t> ends_ = {0};
-};
-
-std::vector<Numbers> transposed(const std::vector<Numbers>& rows, std::size_t columns) {
-  std::vector<Numbers> rows_of(columns);
-  for (std::uint32_t r = 0; r < rows.size(); ++r)
-    for (const std::uint32_t c : rows[r]) rows_of[c].push_back(r);
-  return rows_of;
-}
-
 // Local search in the space of choices that leave some rows without a column [GWLY-2015]. A row
 // that stays without one weighs more and more, so that the search leaves every dead end. Ties are
 // broken by the time of the last change, then by number: the same on every run.
@@ -88,7 +63,8 @@ class LocalSearch {
   bool is_better(const Column& a, const Column& b) const;
   void record();
 
-  const FlatLists rows_, rows_of_;  // the columns of each row, the rows of each column
+  std::uint32_t step_ = 0, changes_ = 1;
+  const NumberLists rows_, rows_of_;  // the columns of each row, the rows of each column
   std::vector<Column> columns_;
   std::vector<std::int64_t> row_weights_;
   Numbers times_covered_;
@@ -100,12 +76,11 @@ class LocalSearch {
   std::vector<Rank> least_of_block_;  // or stale
   std::uint64_t weight_ = 0, best_weight_ = ~std::uint64_t{0};
   Numbers best_;
-  std::uint32_t step_ = 0, changes_ = 1;
 };
 
 LocalSearch::LocalSearch(const CoveringProblem& problem)
     : rows_{problem.rows},
-      rows_of_{transposed(problem.rows, problem.weights.size())},
+      rows_of_{problem.rows.transposed(problem.weights.size())},
       columns_(problem.weights.size()),
       row_weights_(problem.rows.size(), 1),
       times_covered_(problem.rows.size(), 0),
