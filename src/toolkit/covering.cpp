@@ -15,9 +15,11 @@ namespace {
 
 using Numbers = std::vector<std::uint32_t>;
 
-// Local search in the space of choices that leave some rows without a column [GWLY-2015]. A row
-// that stays without one weighs more and more, so that the search leaves every dead end. Ties are
-// broken by the time of the last change, then by number: the same on every run.
+// Local search in the space of choices that leave some rows without a column [GWLY-2015]. Each step
+// removes a column, or for some time two, and adds others while the choice stays lighter than the
+// best one so far. A row that stays without one weighs more and more, so that the search leaves
+// every dead end. Ties are broken by the time of the last change, then by number: the same on every
+// run.
 class LocalSearch {
  public:
   explicit LocalSearch(const CoveringProblem& problem);
@@ -35,41 +37,47 @@ class LocalSearch {
   static constexpr Rank unbounded = ~Rank{0};
 
   struct Column {
-    std::int64_t gain = 0;      // weight of the rows whose state a change of this column changes
-    std::uint32_t weight = 0;   // its own
+    std::uint32_t weight = 0;
     std::uint32_t changed = 0;  // the step of its last change
     std::uint32_t slot = not_chosen;
     std::uint32_t left = 0;  // counts changes
     bool is_chosen() const { return slot != not_chosen; }
-    // Of two fractions the smaller one has the smaller quotient, and equal ones have the same,
-    // while a gain times a weight stays below 2^52.
-    double gain_for_weight() const { return static_cast<double>(gain) / weight; }
   };
+  struct RowState {
+    std::uint32_t weight = 1;
+    std::uint32_t times_covered = 0;
+    std::uint32_t chosen = 0;   // numbers of its chosen columns, joined by exclusive or
+    std::uint32_t touched = 1;  // when a column of the row came or left; counts changes
+  };
+
   void add(std::uint32_t column);
   void remove(std::uint32_t column);
   void leave_slot(Column& column);
   void change_gains(std::uint32_t row, std::int64_t by);
   void change_sole_gain(std::uint32_t row, std::int64_t by);
   bool may_enter(std::uint32_t column) const;
-  void note_loss(const Column& column);
+  void note_loss(std::uint32_t column);
   void change_rank(std::size_t slot, Rank rank);
   Rank least_rank();
   std::uint32_t column_of(Rank least) const;
-  void remove_cheapest() { remove(column_of(least_rank())); }
+  void remove_cheapest() {
+    if (!slots_.empty()) remove(column_of(least_rank()));
+  }
   void choose_greedily();
-  void cover_all();
+  void cover_oldest_first();
   void drop_needless();
   std::uint32_t best_entry(std::span<const std::uint32_t> row) const;
-  bool is_better(const Column& a, const Column& b) const;
+  bool is_better(std::uint32_t a, std::uint32_t b) const;
+  double gain_for_weight(std::uint32_t c) const {
+    return static_cast<double>(gains_[c]) / columns_[c].weight;
+  }
   void record();
 
   std::uint32_t step_ = 0, changes_ = 1;
   const NumberLists rows_, rows_of_;  // the columns of each row, the rows of each column
   std::vector<Column> columns_;
-  std::vector<std::int64_t> row_weights_;
-  Numbers times_covered_;
-  Numbers chosen_of_row_;             // numbers of its chosen columns, joined by exclusive or
-  Numbers touched_;                   // when a column of the row came or left; counts changes
+  std::vector<std::int64_t> gains_;  // of columns: weight of the rows whose state a change changes
+  std::vector<RowState> states_;
   Numbers uncovered_;                 // rows, the oldest first
   Numbers slots_;                     // the chosen columns, in no order
   std::vector<Rank> ranks_;           // of the slots
@@ -82,34 +90,33 @@ LocalSearch::LocalSearch(const CoveringProblem& problem)
     : rows_{problem.rows},
       rows_of_{problem.rows.transposed(problem.weights.size())},
       columns_(problem.weights.size()),
-      row_weights_(problem.rows.size(), 1),
-      times_covered_(problem.rows.size(), 0),
-      chosen_of_row_(problem.rows.size(), 0),
-      touched_(problem.rows.size(), changes_),
+      gains_(problem.weights.size()),
+      states_(problem.rows.size()),
       uncovered_(problem.rows.size()) {
   std::iota(uncovered_.begin(), uncovered_.end(), 0u);
   for (std::size_t c = 0; c < columns_.size(); ++c) {
     columns_[c].weight = problem.weights[c];
-    columns_[c].gain = static_cast<std::int64_t>(rows_of_[c].size());
+    gains_[c] = static_cast<std::int64_t>(rows_of_[c].size());
   }
 }
 
 // Of all columns of a row that has no chosen one.
 void LocalSearch::change_gains(std::uint32_t row, std::int64_t by) {
-  for (const std::uint32_t c : rows_[row]) columns_[c].gain += by;
+  for (const std::uint32_t c : rows_[row]) gains_[c] += by;
 }
 
 // Of the only chosen column of a row.
 void LocalSearch::change_sole_gain(std::uint32_t row, std::int64_t by) {
-  Column& column = columns_[chosen_of_row_[row]];
-  column.gain += by;
+  const std::uint32_t column = states_[row].chosen;
+  gains_[column] += by;
   note_loss(column);
 }
 
 // Whether something near the column has changed since it left.
 bool LocalSearch::may_enter(std::uint32_t number) const {
-  return std::ranges::any_of(rows_of_[number],
-                             [&](std::uint32_t r) { return touched_[r] > columns_[number].left; });
+  return std::ranges::any_of(rows_of_[number], [&](std::uint32_t r) {
+    return states_[r].touched > columns_[number].left;
+  });
 }
 
 void LocalSearch::add(std::uint32_t number) {
@@ -119,22 +126,23 @@ void LocalSearch::add(std::uint32_t number) {
   column.changed = step_;
   ++changes_;
   for (const std::uint32_t r : rows_of_[number]) {
-    const std::int64_t w = row_weights_[r];
-    if (++times_covered_[r] == 1) {
+    RowState& row = states_[r];
+    const std::int64_t w = row.weight;
+    if (++row.times_covered == 1) {
       change_gains(r, -w);
-      column.gain += w;  // it has just lost this with the others, as not yet chosen
+      gains_[number] += w;  // it has just lost this with the others, as not yet chosen
       uncovered_.erase(std::ranges::find(uncovered_, r));
-    } else if (times_covered_[r] == 2) {
+    } else if (row.times_covered == 2) {
       change_sole_gain(r, -w);
     }
-    chosen_of_row_[r] ^= number;
-    touched_[r] = changes_;
+    row.chosen ^= number;
+    row.touched = changes_;
   }
   column.slot = static_cast<std::uint32_t>(slots_.size());
   if (slots_.size() % block == 0) least_of_block_.push_back(unbounded);
   slots_.push_back(number);
   ranks_.push_back(changes_);
-  note_loss(column);
+  note_loss(number);
 }
 
 void LocalSearch::leave_slot(Column& column) {
@@ -158,39 +166,41 @@ void LocalSearch::remove(std::uint32_t number) {
   column.left = ++changes_;
   leave_slot(column);
   for (const std::uint32_t r : rows_of_[number]) {
-    const std::int64_t w = row_weights_[r];
-    chosen_of_row_[r] ^= number;
-    touched_[r] = changes_;
-    if (--times_covered_[r] == 0) {
+    RowState& row = states_[r];
+    const std::int64_t w = row.weight;
+    row.chosen ^= number;
+    row.touched = changes_;
+    if (--row.times_covered == 0) {
       change_gains(r, w);
-      column.gain -= w;
+      gains_[number] -= w;
       uncovered_.push_back(r);
-    } else if (times_covered_[r] == 1) {
+    } else if (row.times_covered == 1) {
       change_sole_gain(r, w);
     }
   }
 }
 
 // More gain for its weight; of equals the one left alone for longer, then the first.
-bool LocalSearch::is_better(const Column& a, const Column& b) const {
-  const std::int64_t left = a.gain * std::int64_t{b.weight};
-  const std::int64_t right = b.gain * std::int64_t{a.weight};
-  return left != right ? left > right : a.changed < b.changed;
+bool LocalSearch::is_better(std::uint32_t a, std::uint32_t b) const {
+  const std::int64_t left = gains_[a] * std::int64_t{columns_[b].weight};
+  const std::int64_t right = gains_[b] * std::int64_t{columns_[a].weight};
+  return left != right ? left > right : columns_[a].changed < columns_[b].changed;
 }
 
 std::uint32_t LocalSearch::best_entry(std::span<const std::uint32_t> row) const {
   std::uint32_t best = row.front();
   bool found = false;
   for (const std::uint32_t c : row) {
-    if ((found && !is_better(columns_[c], columns_[best])) || !may_enter(c)) continue;
+    if ((found && !is_better(c, best)) || !may_enter(c)) continue;
     best = c;
     found = true;
   }
   return best;
 }
 
-void LocalSearch::note_loss(const Column& column) {
-  const float loss = static_cast<float>(column.gain) / static_cast<float>(column.weight);
+void LocalSearch::note_loss(std::uint32_t number) {
+  const Column& column = columns_[number];
+  const float loss = static_cast<float>(gains_[number]) / static_cast<float>(column.weight);
   const auto since = static_cast<std::uint32_t>(ranks_[column.slot]);
   change_rank(column.slot, Rank{std::bit_cast<std::uint32_t>(loss)} << 32 | since);
 }
@@ -226,11 +236,14 @@ std::uint32_t LocalSearch::column_of(Rank least) const {
   return slots_[slot];
 }
 
-void LocalSearch::cover_all() {
+// Until what is chosen would weigh no less than the best choice.
+void LocalSearch::cover_oldest_first() {
   while (!uncovered_.empty()) {
-    add(best_entry(rows_[uncovered_.front()]));
+    const std::uint32_t entry = best_entry(rows_[uncovered_.front()]);
+    if (weight_ + columns_[entry].weight >= best_weight_) return;
+    add(entry);
     for (const std::uint32_t r : uncovered_) {
-      ++row_weights_[r];
+      ++states_[r].weight;
       change_gains(r, 1);
     }
   }
@@ -252,19 +265,19 @@ void LocalSearch::record() {
 void LocalSearch::choose_greedily() {
   using Entry = std::pair<double, std::int64_t>;  // gain for weight, number times -1
   std::priority_queue<Entry> entries;
-  for (std::size_t c = 0; c < columns_.size(); ++c)
-    entries.emplace(columns_[c].gain_for_weight(), -static_cast<std::int64_t>(c));
+  for (std::uint32_t c = 0; c < columns_.size(); ++c)
+    entries.emplace(gain_for_weight(c), -std::int64_t{c});
   while (!uncovered_.empty()) {
     const auto [noted, number] = entries.top();
     auto best = static_cast<std::uint32_t>(-number);
-    const double gain = columns_[best].gain_for_weight();
+    const double gain = gain_for_weight(best);
     if (columns_[best].is_chosen() || gain < noted) {
       entries.pop();
       if (!columns_[best].is_chosen()) entries.emplace(gain, number);
       continue;
     }
     const std::uint32_t oldest = rows_[uncovered_.front()].front();
-    if (!is_better(columns_[best], columns_[oldest])) best = oldest;
+    if (!is_better(best, oldest)) best = oldest;
     add(best);
   }
 }
@@ -274,12 +287,16 @@ Numbers LocalSearch::run(const CoveringParams& params) {
   choose_greedily();
   drop_needless();
   record();
+  constexpr std::uint32_t phase = 32;  // steps that remove equally many
+  const std::size_t rows = states_.size();
   const std::size_t last_step =
-      std::min<std::size_t>(row_weights_.size() * params.steps_per_row, params.max_steps);
+      std::min(rows * params.steps_per_row,
+               std::max<std::size_t>(rows * params.least_steps_per_row, params.max_steps));
   for (step_ = 1; step_ <= last_step && best_.size() > 1; ++step_) {
     remove_cheapest();
-    if (best_.size() > 2) remove_cheapest();
-    cover_all();
+    if (step_ / phase % 2 != 0) remove_cheapest();
+    cover_oldest_first();
+    if (!uncovered_.empty()) continue;
     drop_needless();
     record();
   }

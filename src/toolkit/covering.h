@@ -12,9 +12,10 @@
 namespace vorel::toolkit {
 
 struct CoveringParams {
-  // Steps of local search after the greedy choice, for each row that the reductions leave.
-  std::uint32_t steps_per_row = 20;
-  std::uint32_t max_steps = 10'000;  // in all
+  // Steps of local search after the greedy choice, for each row that the reductions leave: fewer
+  // (but least_steps_per_row) when there are so many rows that max_steps is exceeded.
+  std::uint32_t steps_per_row = 20, least_steps_per_row = 6;
+  std::uint32_t max_steps = 8000;
 };
 
 struct CoveringProblem {

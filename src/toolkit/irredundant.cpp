@@ -73,16 +73,18 @@ bool PartFinder::split(std::size_t first, NumberLists& parts) {
 
 void PartFinder::find_primes(ConstRow cube) {
   meeting_.assign(columns_.all_rows().begin(), columns_.all_rows().end());
-  whole_ = meeting_;
   for (std::size_t position = 0; position < primes_.width(); ++position) {
     const bool zero = admits(cube, position, 1), one = admits(cube, position, 2);
+    if (zero && one) continue;
+    const ConstRow agreeing = columns_.admitting(position, zero ? 1 : 2);
+    for (std::size_t k = 0; k < meeting_.size(); ++k) meeting_[k] &= agreeing[k];
+  }
+  whole_ = meeting_;
+  for (std::size_t position = 0; position < primes_.width(); ++position) {
+    if (!admits(cube, position, 1) || !admits(cube, position, 2)) continue;
     const ConstRow admit_zero = columns_.admitting(position, 1);
     const ConstRow admit_one = columns_.admitting(position, 2);
-    for (std::size_t k = 0; k < whole_.size(); ++k)
-      whole_[k] &= (zero ? admit_zero[k] : all_bits) & (one ? admit_one[k] : all_bits);
-    if (zero && one) continue;
-    const ConstRow agreeing = zero ? admit_zero : admit_one;
-    for (std::size_t k = 0; k < meeting_.size(); ++k) meeting_[k] &= agreeing[k];
+    for (std::size_t k = 0; k < whole_.size(); ++k) whole_[k] &= admit_zero[k] & admit_one[k];
   }
 }
 
