@@ -66,7 +66,7 @@ std::size_t primes_per_cube(const MinimiseParams& params, std::size_t cubes) {
 
 // Whether the tables over all cubes cost less than the expansion of the ON-set's cubes one by one.
 bool tables_pay(const PackedCover& on) {
-  constexpr std::size_t table_bits_per_cube = 16384;  // measured
+  constexpr std::size_t table_bits_per_cube = 8192;  // measured
   if (on.width() > most_table_variables) return false;
   std::size_t bits = 1;
   for (std::size_t i = 0; i < on.width(); ++i) bits *= 3;
