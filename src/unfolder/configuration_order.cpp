@@ -4,6 +4,8 @@
 #include <array>
 #include <cassert>
 
+#include "base/sort_unique.h"
+
 namespace vorel::unfolder {
 namespace {
 
@@ -32,10 +34,9 @@ void ConfigurationOrder::measure(UnfoldedEvent& event) {
   producers_.clear();
   for (const ConditionId c : event.preset()) {
     const EventId producer = process_.producer(c);
-    if (producer != no_event && std::ranges::find(producers_, producer) == producers_.end()) {
-      producers_.push_back(producer);
-    }
+    if (producer != no_event) producers_.push_back(producer);
   }
+  base::sort_unique(producers_);
   event.size = 1;
   event.depth = 1;
   event.dummies = net_.is_dummy[event.transition];
