@@ -1,6 +1,5 @@
 #include "unfolder/branching_process.h"
 
-#include <algorithm>
 #include <functional>
 
 #include "base/memory_overflow.h"
@@ -14,7 +13,8 @@ BranchingProcess::BranchingProcess(const FlatNet& net)
   for (const PlaceId place : net.marked) add_condition(place, no_event);
 }
 
-EventId BranchingProcess::add_event(const UnfoldedEvent& event, PresetRoom& room) {
+EventId BranchingProcess::add_event(const UnfoldedEvent& event, std::span<const EventId> causes,
+                                    PresetRoom& room) {
   assert(event.size >= 1 && event.depth >= 1 && event.depth <= event.size && "it is measured");
   assert(event.preset_size == net_.preset[event.transition].size());
   assert(std::ranges::adjacent_find(event.preset(), std::greater_equal{}) == event.preset().end() &&
@@ -29,6 +29,12 @@ EventId BranchingProcess::add_event(const UnfoldedEvent& event, PresetRoom& room
   ConditionId* const preset = room.take(event.preset_size);
   std::ranges::copy(event.preset(), preset);
   stored.preset_data = preset;
+  if (causes.size() > Origin::most_inside) {
+    EventId* const kept = room.take(causes.size());
+    std::ranges::copy(causes, kept);
+    causes = {kept, causes.size()};
+  }
+  chunk(id).origins[id % chunk_size] = Origin(event.transition, causes);
   return id;
 }
 

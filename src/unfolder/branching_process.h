@@ -8,6 +8,7 @@
 // written once, before anybody else learns its id, and never moves.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cassert>
@@ -45,6 +46,38 @@ struct UnfoldedEvent {
   std::span<const ConditionId> preset() const { return {preset_data, preset_size}; }
 };
 
+// What walks through the past read, and nothing else, so that much of the past fits into a cache:
+// the transition of an event, and the events that it follows directly, each once.
+class Origin {
+ public:
+  // More causes lie in an array of the caller, which must stay.
+  static constexpr std::uint32_t most_inside = 2;
+
+  Origin() = default;
+  Origin(TransitionId transition, std::span<const EventId> causes)
+      : transition_{transition}, cause_count_{static_cast<std::uint32_t>(causes.size())} {
+    if (causes.size() <= most_inside) {
+      std::ranges::copy(causes, causes_.inside);
+    } else {
+      causes_.outside = causes.data();
+    }
+  }
+
+  TransitionId transition() const { return transition_; }
+  std::span<const EventId> causes() const {
+    return {cause_count_ <= most_inside ? causes_.inside : causes_.outside, cause_count_};
+  }
+
+ private:
+  TransitionId transition_ = 0;
+  std::uint32_t cause_count_ = 0;
+  union {
+    EventId inside[most_inside] = {};
+    const EventId* outside;
+  } causes_;
+};
+static_assert(sizeof(Origin) == 16);
+
 class BranchingProcess {
  public:
   explicit BranchingProcess(const FlatNet& net);
@@ -54,8 +87,9 @@ class BranchingProcess {
   // Events point into it. One for each worker; they live as long as the process is used.
   using PresetRoom = Room<ConditionId>;
 
-  // Thread-safe. The preset is copied into the room of the caller.
-  EventId add_event(const UnfoldedEvent& event, PresetRoom& room);
+  // Thread-safe. The preset and the events that produce it, each once, are copied into the room of
+  // the caller.
+  EventId add_event(const UnfoldedEvent& event, std::span<const EventId> causes, PresetRoom& room);
   // Main thread only: numbers the conditions of the event and enters them.
   void enter(EventId event);
 
@@ -68,6 +102,10 @@ class BranchingProcess {
   const UnfoldedEvent& event(EventId e) const {
     assert(e < event_count());
     return chunk(e).events[e % chunk_size];
+  }
+  const Origin& origin(EventId e) const {
+    assert(e < event_count());
+    return chunk(e).origins[e % chunk_size];
   }
 
   PlaceId place(ConditionId c) const {
@@ -87,6 +125,7 @@ class BranchingProcess {
   static constexpr std::uint32_t max_chunks = 1u << 17;  // half a billion events
   struct Chunk {
     std::array<UnfoldedEvent, chunk_size> events;
+    std::array<Origin, chunk_size> origins;
   };
   // Whoever knows an event learnt of it in a way that orders its writing before.
   Chunk& chunk(EventId e) const { return *chunks_[e / chunk_size].load(std::memory_order_relaxed); }

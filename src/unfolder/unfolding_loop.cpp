@@ -35,7 +35,7 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   event.postset_size = static_cast<std::uint32_t>(loop.net_.postset[t].size());
   order.measure(event);
   assert(event.size > loop.level_ && "an extension is larger than what it extends");
-  const EventId id = loop.process_.add_event(event, presets);
+  const EventId id = loop.process_.add_event(event, order.causes(), presets);
   found.push_back({id, FinalStateTable::part_of(event.state)});
   if (pending.size() <= event.size) pending.resize(event.size + 1);
   pending[event.size].push_back(id);
