@@ -16,6 +16,9 @@ constexpr std::uint64_t widest_relation = 1u << 14;
 // Fewer events are not worth being shared by the workers.
 constexpr std::size_t few_found = 32;
 
+// In a large batch, so many ids are taken at a time.
+constexpr std::uint32_t id_block = 16;
+
 }  // namespace
 
 UnfoldingLoop::Worker::Worker(UnfoldingLoop& owner)
@@ -35,7 +38,7 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   event.postset_size = static_cast<std::uint32_t>(loop.net_.postset[t].size());
   order.measure(event);
   assert(event.size > loop.level_ && "an extension is larger than what it extends");
-  const EventId id = loop.process_.add_event(event, presets);
+  const EventId id = loop.process_.add_event(event, order.causes(), room);
   found.push_back({id, FinalStateTable::part_of(event.state)});
   if (pending.size() <= event.size) pending.resize(event.size + 1);
   pending[event.size].push_back(id);
@@ -142,12 +145,16 @@ void UnfoldingLoop::extend_with(Worker& worker, EventId event) {
 
 void UnfoldingLoop::extend_batch() {
   const auto group_count = static_cast<std::uint32_t>(group_starts_.size() - 1);
+  // Ids are left over, then: few in comparison, but a bound on events counts each.
+  const bool is_large = pool_.size() > 1 && group_count >= 4 * id_block * pool_.size();
+  process_.set_id_block(is_large && options_.max_events == 0 ? id_block : 1);
   pool_.run(group_count, [this](std::uint32_t worker, std::uint32_t group) {
     for (std::uint32_t i = group_starts_[group]; i < group_starts_[group + 1]; ++i) {
       if (must_give_up()) return;
       extend_with(*workers_[worker], batch_[i]);
     }
   });
+  for (const auto& worker : workers_) process_.drop_ids(worker->room);
   if (unsafe_ != nullptr) outcome_ = UnfoldOutcome::unsafe;
   judge_found();
 }

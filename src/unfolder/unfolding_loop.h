@@ -81,7 +81,7 @@ class UnfoldingLoop {
     ConfigurationOrder order;
     CoSetFinder finder;
     NonLocalSearch non_local;
-    BranchingProcess::PresetRoom presets;
+    BranchingProcess::EventRoom room;
     std::vector<Found> found;                   // in this batch, not judged yet
     std::vector<std::vector<EventId>> pending;  // by size of the local configuration
     std::uint32_t lowest = 0;                   // no bucket below has anything in it
