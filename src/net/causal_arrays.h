@@ -43,15 +43,18 @@ class CausalArrays {
   // numbers, both not 0, combine(position, first, second) says which of both it is.
   template <class Combine>
   void visit(const Event& event, const Combine& combine) {
+    if (!is_at_hand_) shared_.forget_since(own_);
     if (shared_.node_count() > node_limit_) give_up_old();
     own_ = shared_.node_count();
     for (const auto* condition : event.preset) {
-      if (!condition->is_initial()) merging_.push_back(arrays_[*condition->pre_event]);
+      if (condition->is_initial()) continue;
+      const Array array = arrays_[*condition->pre_event];
+      if (merging_.empty() || merging_.back() != array) merging_.push_back(array);
     }
     array_ = &arrays_[event];
     *array_ = shared_.merge(merging_, combine);
-    if (last_use_[event] > visited_) at_hand_.push_back(&event);
-    ++visited_;
+    is_at_hand_ = last_use_[event] > visited_++;
+    if (is_at_hand_) at_hand_.push_back(&event);
   }
 
   // The array of the last visited event.
@@ -83,6 +86,7 @@ class CausalArrays {
 
   Array* array_ = nullptr;  // of the last visited event
   std::uint32_t own_ = 0;   // its nodes begin here
+  bool is_at_hand_ = true;  // it is
 };
 
 }  // namespace vorel::net
