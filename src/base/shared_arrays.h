@@ -54,6 +54,12 @@ class SharedArrays {
     set_below(array, top_span_, position, value, own);
   }
 
+  // Forgets the arrays that have been made since there were so many nodes, which takes no time.
+  void forget_since(std::uint32_t own) {
+    assert(own > zeros && own <= node_count_);
+    node_count_ = own;
+  }
+
   // One array of several, which are taken away. Of numbers that differ, neither of them 0, the
   // first and the second go to combine(position, first, second), which is one of both.
   template <class Combine>
@@ -90,7 +96,7 @@ class SharedArrays {
 
   // The content may be that of a node: nodes stay where they are.
   std::uint32_t new_node(const Node& content) {
-    if (node_count_ % chunk_size == 0) {
+    if (node_count_ / chunk_size == chunks_.size()) {
       chunks_.push_back(std::make_unique_for_overwrite<Node[]>(chunk_size));
     }
     node(node_count_) = content;
@@ -112,10 +118,31 @@ class SharedArrays {
     node(id)[child] = below;
   }
 
+  // Leaves each of those from `begin` on once, and zeros out; many are sorted, a few stay in order.
+  static void keep_different(std::vector<std::uint32_t>& merging, std::size_t begin) {
+    constexpr std::ptrdiff_t few = 8;
+    const auto first = merging.begin() + static_cast<std::ptrdiff_t>(begin);
+    auto last = std::remove(first, merging.end(), 0u);
+    if (last - first > few) {
+      std::sort(first, last);
+      last = std::unique(first, last);
+    } else {
+      auto kept = first;
+      for (auto it = first; it != last; ++it) {
+        if (std::find(first, kept, *it) == kept) *kept++ = *it;
+      }
+      last = kept;
+    }
+    merging.erase(last, merging.end());
+  }
+
   // Makes one node of those in `merging` from `begin` on, which it takes away.
   template <class Combine>
   std::uint32_t merge_below(std::vector<std::uint32_t>& merging, std::size_t begin,
                             std::uint32_t span, std::uint32_t first, const Combine& combine);
+  template <class Combine>
+  std::uint32_t merge_two(std::uint32_t a, std::uint32_t b, std::uint32_t span, std::uint32_t first,
+                          const Combine& combine);
   template <class Accept>
   bool agree_below(std::uint32_t a, std::uint32_t b, std::uint32_t span, std::uint32_t first,
                    std::uint32_t end, const Accept& accept) const;
@@ -159,16 +186,14 @@ template <class Combine>
 std::uint32_t SharedArrays::merge_below(std::vector<std::uint32_t>& merging, std::size_t begin,
                                         std::uint32_t span, std::uint32_t first,
                                         const Combine& combine) {
-  const auto from = [&merging](std::size_t i) {
-    return merging.begin() + static_cast<std::ptrdiff_t>(i);
-  };
-  std::sort(from(begin), merging.end());
-  merging.erase(std::unique(from(begin), merging.end()), merging.end());
-  if (merging.size() > begin && merging[begin] == 0) merging.erase(from(begin));
+  keep_different(merging, begin);
   const std::size_t end = merging.size();
-  if (end == begin) return 0;
-  std::uint32_t result = merging[begin];
-  if (end > begin + 1) {
+  std::uint32_t result = 0;
+  if (end == begin + 1) {
+    result = merging[begin];
+  } else if (end == begin + 2) {
+    result = merge_two(merging[begin], merging[begin + 1], span, first, combine);
+  } else if (end > begin) {
     Node merged{};
     for (std::uint32_t k = 0; k < fan_out; ++k) {
       if (span > 1) {
@@ -182,12 +207,37 @@ std::uint32_t SharedArrays::merge_below(std::vector<std::uint32_t>& merging, std
         merged[k] = merged[k] == 0 ? value : combine(first + k, merged[k], value);
       }
     }
-    const auto same =
-        std::find_if(from(begin), from(end), [&](std::uint32_t id) { return node(id) == merged; });
-    result = same != from(end) ? *same : new_node(merged);
+    const auto same = std::find_if(merging.begin() + static_cast<std::ptrdiff_t>(begin),
+                                   merging.begin() + static_cast<std::ptrdiff_t>(end),
+                                   [&](std::uint32_t id) { return node(id) == merged; });
+    result = same != merging.begin() + static_cast<std::ptrdiff_t>(end) ? *same : new_node(merged);
   }
   merging.resize(begin);
   return result;
+}
+
+template <class Combine>
+std::uint32_t SharedArrays::merge_two(std::uint32_t a, std::uint32_t b, std::uint32_t span,
+                                      std::uint32_t first, const Combine& combine) {
+  assert(a != b && a != 0 && b != 0);
+  const Node& in_a = node(a);
+  const Node& in_b = node(b);
+  Node merged;
+  bool is_a = true, is_b = true;
+  for (std::uint32_t k = 0; k < fan_out; ++k) {
+    if (in_a[k] == in_b[k] || in_b[k] == 0) {
+      merged[k] = in_a[k];
+    } else if (in_a[k] == 0) {
+      merged[k] = in_b[k];
+    } else if (span > 1) {
+      merged[k] = merge_two(in_a[k], in_b[k], span / fan_out, first + k * span, combine);
+    } else {
+      merged[k] = combine(first + k, in_a[k], in_b[k]);
+    }
+    is_a = is_a && merged[k] == in_a[k];
+    is_b = is_b && merged[k] == in_b[k];
+  }
+  return is_a ? a : is_b ? b : new_node(merged);
 }
 
 template <class Accept>

@@ -4,16 +4,16 @@
 #include <bitset>
 #include <cassert>
 #include <iterator>
-#include <optional>
 #include <span>
+
+#include "net/causal_arrays.h"
 
 namespace vorel::net {
 namespace {
 
 using Event = EdgeHistory::Event;
 
-constexpr std::uint32_t group_size = 16;              // signals that share a disorder
-constexpr std::uint32_t least_node_limit = 1u << 14;  // 1 MiB
+constexpr std::uint32_t group_size = 16;  // signals that share a disorder
 
 // Counts the edges of a signal in the past of each other one as sets.
 class SetCount {
@@ -78,77 +78,40 @@ class SetCount {
 EdgeHistory::EdgeHistory(const StgPrefix& prefix, const std::vector<Event*>& order)
     : prefix_{prefix},
       order_{order},
-      position_(prefix.events.size()),
       rank_(prefix.signals.size(), base::no_index),
-      shared_{rank_signals()},
-      histories_(prefix.events.size()),
       depth_(prefix.events.size() + 1),
       previous_(prefix.events.size() + 1),
-      jump_(prefix.events.size() + 1),
-      is_disordered_(shared_.length()),
-      disorders_(shared_.length() / group_size + 1) {
-  visit_all();
+      jump_(prefix.events.size() + 1) {
+  const std::uint32_t rank_count = rank_signals();
+  is_disordered_.resize(rank_count);
+  disorders_.resize(rank_count / group_size + 1);
+  carry_edges(rank_count);
   std::erase(disorders_, Disorder{});
   if (!disorders_.empty()) recount_disordered();
 }
 
 // The number of ranks.
 std::uint32_t EdgeHistory::rank_signals() {
-  std::uint32_t position = 0, count = 0;
+  std::uint32_t count = 0;
   for (const Event* event : order_) {
-    position_[*event] = position++;
     const Signal& signal = *event->transition->signal;
     if (!signal.is_dummy() && rank_[signal] == base::no_index) rank_[signal] = count++;
   }
   return count;
 }
 
-void EdgeHistory::visit_all() {
-  std::size_t node_limit = least_node_limit;
-  for (std::size_t i = 0; i < order_.size(); ++i) {
-    visit(*order_[i]);
-    if (shared_.node_count() <= node_limit) continue;
-    give_up_old(i + 1);
-    node_limit =
-        std::max<std::size_t>({least_node_limit, 2 * shared_.node_count(), 4 * at_hand_.size()});
-  }
-  at_hand_ = {};
-  histories_ = {};
-  shared_ = base::SharedArrays(0);
-}
-
-void EdgeHistory::visit(Event& event) {
-  const std::uint32_t own = shared_.node_count();
-  for (const auto* condition : event.preset) {
-    if (!condition->is_initial()) merging_.push_back(histories_[*condition->pre_event]);
-  }
+void EdgeHistory::carry_edges(std::uint32_t rank_count) {
+  CausalArrays<Stg> last_edges(prefix_, order_, rank_count);
   const auto later = [this](std::uint32_t rank, std::uint32_t a, std::uint32_t b) {
     return later_edge(rank, a, b);
   };
-  History history = shared_.merge(merging_, later);
-  const std::uint32_t rank = rank_[*event.transition->signal];
-  if (rank != base::no_index) {
-    const std::uint32_t edge = event.index + 1;
-    append_edge(edge, shared_.at(history, rank));
-    shared_.set(history, rank, edge, own);
+  for (const Event* event : order_) {
+    last_edges.visit(*event, later);
+    const std::uint32_t rank = rank_[*event->transition->signal];
+    if (rank == base::no_index) continue;
+    append_edge(event->index + 1, last_edges.at(rank));
+    last_edges.set(rank, event->index + 1);
   }
-  histories_[event] = history;
-  at_hand_.push_back(&event);
-}
-
-// `visited`: the number of events.
-void EdgeHistory::give_up_old(std::size_t visited) {
-  std::erase_if(at_hand_, [&](const Event* event) { return !is_needed(*event, visited); });
-  const base::SharedArrays old = std::exchange(shared_, base::SharedArrays(shared_.length()));
-  base::SharedArrayMover mover(old, shared_);
-  for (const Event* event : at_hand_) histories_[*event] = mover.move(histories_[*event]);
-}
-
-bool EdgeHistory::is_needed(const Event& event, std::size_t visited) const {
-  return std::ranges::any_of(event.postset, [&](const auto* condition) {
-    return std::ranges::any_of(
-        condition->postset, [&](const Event* consumer) { return position_[*consumer] >= visited; });
-  });
 }
 
 // Of two edges of one signal in one local configuration, the one that comes later.

@@ -5,10 +5,8 @@
 // The edges of one signal in a configuration are totally ordered by causality, unless the signal is
 // in concurrency with itself. So it is enough to carry the last edge of each signal along the
 // causal order: where two histories meet, the longer chain of edges must contain the shorter one.
-// Histories share what they agree in (base/shared_arrays.h), so that an edge costs the logarithm of
-// the number of signals, a join of causes as much for each signal in which they differ. What nobody
-// asks for any more, as all that follows has been visited, is given up, so memory is that of the
-// events on the way.
+// An edge costs the logarithm of the number of signals, a join of causes as much for each signal in
+// which they differ (net/causal_arrays.h).
 //
 // Where a signal turns out to be concurrent with itself, chains are no measure and its edges are
 // counted as sets of bits for 512 of its edges at a time, joined along the causal order. Time is
@@ -20,7 +18,6 @@
 #include <vector>
 
 #include "base/indexed_by.h"
-#include "base/shared_arrays.h"
 #include "net/process.h"
 
 namespace vorel::net {
@@ -45,14 +42,8 @@ class EdgeHistory {
   }
 
  private:
-  // By rank of signals: event number + 1 of the last edge, 0 for none.
-  using History = base::SharedArrays::Array;
-
   std::uint32_t rank_signals();
-  void visit_all();
-  void visit(Event& event);
-  void give_up_old(std::size_t visited);
-  bool is_needed(const Event& event, std::size_t visited) const;
+  void carry_edges(std::uint32_t rank_count);
   std::uint32_t later_edge(std::uint32_t rank, std::uint32_t a, std::uint32_t b);
   void note_disorder(std::uint32_t rank, std::uint32_t a, std::uint32_t b);
   std::uint32_t edge_at_depth(std::uint32_t edge, std::uint32_t depth) const;
@@ -62,13 +53,7 @@ class EdgeHistory {
   // Edges are event numbers + 1; the tables below are indexed by them, entry 0 is the root.
   const StgPrefix& prefix_;
   const std::vector<Event*>& order_;
-  base::IndexedBy<Event, std::uint32_t> position_;  // in the order
-  base::IndexedBy<Signal, std::uint32_t> rank_;     // of those with edges, by first edge
-
-  base::SharedArrays shared_;
-  base::IndexedBy<Event, History> histories_;
-  std::vector<Event*> at_hand_;   // visited events whose histories have not been given up
-  std::vector<History> merging_;  // scratch
+  base::IndexedBy<Signal, std::uint32_t> rank_;  // of those with edges, by first edge
 
   std::vector<std::uint32_t> depth_;     // number of edges of the chain that ends here, or, once
                                          // recounted, 1 more than that of edges before
