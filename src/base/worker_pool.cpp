@@ -24,6 +24,7 @@ WorkerPool::WorkerPool(std::uint32_t worker_count) {
   assert(worker_count >= 1 && worker_count <= open);
   // Looking out is for those who have a processor to themselves.
   looks_out_ = worker_count <= std::thread::hardware_concurrency();
+  ranges_ = std::make_unique<Range[]>(worker_count);
   threads_.reserve(worker_count - 1);
   try {
     for (std::uint32_t worker = 1; worker < worker_count; ++worker) {
@@ -57,13 +58,20 @@ void WorkerPool::run_ranges(std::uint32_t item_count, std::uint32_t range_size,
   });
 }
 
+void WorkerPool::run_all(const std::function<void(std::uint32_t worker)>& work) {
+  was_long_ = true;  // it is worth waking threads
+  run(size(), [&](std::uint32_t worker, std::uint32_t) { work(worker); });
+}
+
 void WorkerPool::share(std::uint32_t item_count, const Work& work) {
   work_ = &work;
-  item_count_ = item_count;
-  // Some items at a time, so that the counter is no bottleneck, but few: the last ones decide how
+  // Some items at a time, so that the counters are no bottleneck, but few: the last ones decide how
   // long all wait for one.
-  step_ = std::clamp<std::uint64_t>(item_count_ / (std::uint64_t{64} * size()), 1, 16);
-  next_item_.store(0, std::memory_order_relaxed);
+  step_ = std::clamp<std::uint64_t>(item_count / (std::uint64_t{64} * size()), 1, 16);
+  for (std::uint64_t worker = 0; worker < size(); ++worker) {
+    ranges_[worker].next.store(item_count * worker / size(), std::memory_order_relaxed);
+    ranges_[worker].end = item_count * (worker + 1) / size();
+  }
   start_ticks_ = ticks_now();
   has_called_ = false;
   if (was_long_) call_for_help();
@@ -135,11 +143,14 @@ void WorkerPool::leave_phase() {
 }
 
 void WorkerPool::take_items(std::uint32_t worker) {
+  for (std::uint32_t k = 0; k < size(); ++k) take_from(ranges_[(worker + k) % size()], worker);
+}
+
+void WorkerPool::take_from(Range& range, std::uint32_t worker) {
   const Work& work = *work_;
-  const std::uint64_t count = item_count_, step = step_;
-  while (true) {
-    const std::uint64_t first = next_item_.fetch_add(step, std::memory_order_relaxed);
-    if (first >= count) return;
+  const std::uint64_t count = range.end, step = step_;
+  while (range.next.load(std::memory_order_relaxed) < count) {
+    const std::uint64_t first = range.next.fetch_add(step, std::memory_order_relaxed);
     const std::uint64_t end = std::min(first + step, count);
     for (std::uint64_t item = first; item < end; ++item)
       work(worker, static_cast<std::uint32_t>(item));

@@ -1,5 +1,6 @@
 #include "formats/text_parts.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -39,11 +40,14 @@ bool write_parts(std::uint32_t part_count, base::WorkerPool& pool, std::ostream&
   }
   Turns turns(stream);
   const auto sinks = std::make_unique<base::TextSink[]>(pool.size());
-  pool.run(part_count, [&](std::uint32_t worker, std::uint32_t part) {
+  std::atomic<std::uint32_t> next_part{0};
+  pool.run_all([&](std::uint32_t worker) {
     base::TextSink& sink = sinks[worker];
-    sink.clear();
-    add_part(part, sink);
-    turns.write(part, sink.text());
+    for (std::uint32_t part = next_part++; part < part_count; part = next_part++) {
+      sink.clear();
+      add_part(part, sink);
+      turns.write(part, sink.text());
+    }
   });
   return direct.finish();
 }

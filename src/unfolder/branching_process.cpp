@@ -1,6 +1,5 @@
 #include "unfolder/branching_process.h"
 
-#include <algorithm>
 #include <functional>
 
 #include "base/memory_overflow.h"
@@ -14,22 +13,38 @@ BranchingProcess::BranchingProcess(const FlatNet& net)
   for (const PlaceId place : net.marked) add_condition(place, no_event);
 }
 
-EventId BranchingProcess::add_event(const UnfoldedEvent& event, PresetRoom& room) {
+EventId BranchingProcess::add_event(const UnfoldedEvent& event, std::span<const EventId> causes,
+                                    EventRoom& room) {
   assert(event.size >= 1 && event.depth >= 1 && event.depth <= event.size && "it is measured");
   assert(event.preset_size == net_.preset[event.transition].size());
   assert(std::ranges::adjacent_find(event.preset(), std::greater_equal{}) == event.preset().end() &&
          "presets ascend, each condition once");
   assert(event.preset().back() < condition_count() && "only what is in the prefix is consumed");
-  const EventId id = event_count_.fetch_add(1, std::memory_order_relaxed);
+  if (room.next_ == room.end_) {
+    room.next_ = event_count_.fetch_add(id_block_, std::memory_order_relaxed);
+    room.end_ = room.next_ + id_block_;
+  }
+  const EventId id = room.next_++;
   if (id >= chunk_size * (max_chunks - 1)) base::memory_overflow();
   const std::uint32_t number = id / chunk_size;
   if (chunks_[number].load(std::memory_order_acquire) == nullptr) make_chunk(number);
   UnfoldedEvent& stored = this->event(id);
   stored = event;
-  ConditionId* const preset = room.take(event.preset_size);
+  ConditionId* const preset = room.arrays_.take(event.preset_size);
   std::ranges::copy(event.preset(), preset);
   stored.preset_data = preset;
+  if (causes.size() > Origin::most_inside) {
+    EventId* const kept = room.arrays_.take(causes.size());
+    std::ranges::copy(causes, kept);
+    causes = {kept, causes.size()};
+  }
+  chunk(id).origins[id % chunk_size] = Origin(event.transition, causes);
   return id;
+}
+
+void BranchingProcess::drop_ids(EventRoom& room) {
+  if (room.end_ == event_count()) event_count_.store(room.next_, std::memory_order_relaxed);
+  room.end_ = room.next_;
 }
 
 void BranchingProcess::make_chunk(std::uint32_t number) {

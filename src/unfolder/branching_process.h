@@ -8,6 +8,7 @@
 // written once, before anybody else learns its id, and never moves.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cassert>
@@ -45,20 +46,64 @@ struct UnfoldedEvent {
   std::span<const ConditionId> preset() const { return {preset_data, preset_size}; }
 };
 
+// What walks through the past read, and nothing else, so that much of the past fits into a cache:
+// the transition of an event, and the events that it follows directly, each once.
+class Origin {
+ public:
+  // More causes lie in an array of the caller, which must stay.
+  static constexpr std::uint32_t most_inside = 2;
+
+  Origin() = default;
+  Origin(TransitionId transition, std::span<const EventId> causes)
+      : transition_{transition}, cause_count_{static_cast<std::uint32_t>(causes.size())} {
+    if (causes.size() <= most_inside) {
+      std::ranges::copy(causes, causes_.inside);
+    } else {
+      causes_.outside = causes.data();
+    }
+  }
+
+  TransitionId transition() const { return transition_; }
+  std::span<const EventId> causes() const {
+    return {cause_count_ <= most_inside ? causes_.inside : causes_.outside, cause_count_};
+  }
+
+ private:
+  TransitionId transition_ = 0;
+  std::uint32_t cause_count_ = 0;
+  union {
+    EventId inside[most_inside] = {};
+    const EventId* outside;
+  } causes_;
+};
+static_assert(sizeof(Origin) == 16);
+
 class BranchingProcess {
  public:
   explicit BranchingProcess(const FlatNet& net);
 
   const FlatNet& net() const { return net_; }
 
-  // Events point into it. One for each worker; they live as long as the process is used.
-  using PresetRoom = Room<ConditionId>;
+  // What a worker adds events with. Events point into it: it lives as long as the process is used.
+  class EventRoom {
+    friend class BranchingProcess;
+    Room<ConditionId> arrays_;
+    EventId next_ = 0, end_ = 0;  // ids that were taken for it
+  };
 
-  // Thread-safe. The preset is copied into the room of the caller.
-  EventId add_event(const UnfoldedEvent& event, PresetRoom& room);
+  // Thread-safe. The preset and the events that produce it, each once, are copied into the room of
+  // the caller.
+  EventId add_event(const UnfoldedEvent& event, std::span<const EventId> causes, EventRoom& room);
+  // Main thread only: from now on ids are taken so many at a time. Events with neighbouring ids
+  // share cache lines, and the one counter belongs to all.
+  void set_id_block(std::uint32_t size) { id_block_ = size; }
+  // Main thread only: what is added from now on gets higher ids than all there is. Ids that are
+  // left over belong to no event, unless they are the last ones.
+  void drop_ids(EventRoom& room);
   // Main thread only: numbers the conditions of the event and enters them.
   void enter(EventId event);
 
+  // With those ids that belong to no event; there are none while ids are taken one at a time.
   std::uint32_t event_count() const { return event_count_.load(std::memory_order_relaxed); }
   std::uint32_t condition_count() const { return static_cast<std::uint32_t>(place_.size()); }
   UnfoldedEvent& event(EventId e) {
@@ -68,6 +113,10 @@ class BranchingProcess {
   const UnfoldedEvent& event(EventId e) const {
     assert(e < event_count());
     return chunk(e).events[e % chunk_size];
+  }
+  const Origin& origin(EventId e) const {
+    assert(e < event_count());
+    return chunk(e).origins[e % chunk_size];
   }
 
   PlaceId place(ConditionId c) const {
@@ -85,8 +134,9 @@ class BranchingProcess {
  private:
   static constexpr std::uint32_t chunk_size = 4096;
   static constexpr std::uint32_t max_chunks = 1u << 17;  // half a billion events
-  struct Chunk {
+  struct alignas(64) Chunk {
     std::array<UnfoldedEvent, chunk_size> events;
+    std::array<Origin, chunk_size> origins;
   };
   // Whoever knows an event learnt of it in a way that orders its writing before.
   Chunk& chunk(EventId e) const { return *chunks_[e / chunk_size].load(std::memory_order_relaxed); }
@@ -96,6 +146,7 @@ class BranchingProcess {
   // Changed with every event that is found: what the workers only read lies in other cache lines.
   alignas(64) std::atomic<std::uint32_t> event_count_{0};
   alignas(64) const FlatNet& net_;
+  std::uint32_t id_block_ = 1;
   std::mutex make_chunk_;  // guards owned_chunks_
   std::vector<std::unique_ptr<Chunk>> owned_chunks_;
   std::unique_ptr<std::atomic<Chunk*>[]> chunks_;  // by number, null until there is one

@@ -4,6 +4,8 @@
 #include <array>
 #include <cassert>
 
+#include "base/sort_unique.h"
+
 namespace vorel::unfolder {
 namespace {
 
@@ -29,30 +31,29 @@ ConfigurationOrder::ConfigurationOrder(const BranchingProcess& process,
 
 void ConfigurationOrder::measure(UnfoldedEvent& event) {
   assert(event.transition < net_.transition_count && !event.preset().empty());
-  producers_.clear();
+  causes_.clear();
   for (const ConditionId c : event.preset()) {
-    const EventId producer = process_.producer(c);
-    if (producer != no_event && std::ranges::find(producers_, producer) == producers_.end()) {
-      producers_.push_back(producer);
-    }
+    const EventId cause = process_.producer(c);
+    if (cause != no_event) causes_.push_back(cause);
   }
+  base::sort_unique(causes_);
   event.size = 1;
   event.depth = 1;
   event.dummies = net_.is_dummy[event.transition];
   event.state = net_.firing_hash[event.transition];
-  if (producers_.empty()) return;
+  if (causes_.empty()) return;
   // The past of the producer with the largest one, and what the others add to it.
   const auto size_of = [this](EventId e) { return process_.event(e).size; };
-  std::iter_swap(producers_.begin(), std::ranges::max_element(producers_, {}, size_of));
-  for (const EventId e : producers_) {
+  std::iter_swap(causes_.begin(), std::ranges::max_element(causes_, {}, size_of));
+  for (const EventId e : causes_) {
     event.depth = std::max(event.depth, process_.event(e).depth + 1);
   }
-  const UnfoldedEvent& largest = process_.event(producers_.front());
+  const UnfoldedEvent& largest = process_.event(causes_.front());
   event.size += largest.size;
   event.dummies += largest.dummies;
   event.state.add(largest.state);
-  if (producers_.size() == 1) return;
-  const std::span<const EventId> all = producers_;
+  if (causes_.size() == 1) return;
+  const std::span<const EventId> all = causes_;
   if (histories_ != nullptr && histories_->are_known(all)) {
     const LocalHistories::Sum added = histories_->added_to_first(all, scratch_);
     event.size += added.size;
@@ -62,7 +63,7 @@ void ConfigurationOrder::measure(UnfoldedEvent& event) {
   }
   difference_.walk(all.first(1), all.subspan(1), [&](EventId e, Side side) {
     if (side == Side::first) return;
-    const TransitionId t = process_.event(e).transition;
+    const TransitionId t = process_.origin(e).transition();
     event.size += 1;
     event.dummies += net_.is_dummy[t];
     event.state.add(net_.firing_hash[t]);
@@ -127,8 +128,8 @@ bool ConfigurationOrder::differences_cancel() {
     touched_.clear();
   };
   const auto for_each_side = [this](auto visit) {
-    for (const EventId e : e_only_) visit(process_.event(e).transition, 1);
-    for (const EventId f : f_only_) visit(process_.event(f).transition, -1);
+    for (const EventId e : e_only_) visit(process_.origin(e).transition(), 1);
+    for (const EventId f : f_only_) visit(process_.origin(f).transition(), -1);
   };
   for_each_side([&](TransitionId t, std::int32_t change) {
     for (const PlaceId p : net_.preset[t]) count(p, -change);
@@ -168,7 +169,7 @@ int ConfigurationOrder::by_counts(std::span<const EventId> e_part,
                                   std::span<const EventId> f_part) {
   const auto count = [this](std::span<const EventId> part, std::int32_t change) {
     for (const EventId event : part) {
-      const TransitionId t = process_.event(event).transition;
+      const TransitionId t = process_.origin(event).transition();
       balance_[t] += change;
       touched_.push_back(t);
     }

@@ -25,6 +25,8 @@ class ConfigurationOrder {
 
   // Fills in size, depth, dummies and state of a new event from its transition and preset.
   void measure(UnfoldedEvent& event);
+  // Of the event measured last: who produces what it consumes, each event once, in any order.
+  std::span<const EventId> causes() const { return causes_; }
 
   // What the order says of the local configuration of the new event e and that of f.
   struct Comparison {
@@ -59,7 +61,7 @@ class ConfigurationOrder {
   PastDifference difference_;
   const LocalHistories* histories_ = nullptr;
   std::vector<std::uint32_t> scratch_;  // of histories_
-  std::vector<EventId> producers_;
+  std::vector<EventId> causes_;
   std::vector<EventId> e_only_, f_only_;
   std::vector<std::int32_t> balance_;   // by place, signal or transition; all 0 between uses
   std::vector<std::uint32_t> touched_;  // entries of balance_ that may not be 0

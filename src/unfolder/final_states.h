@@ -10,7 +10,6 @@
 
 #include <array>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 #include "unfolder/configuration_order.h"
@@ -22,7 +21,12 @@ class FinalStateTable {
   // The initial state belongs to the empty configuration.
   explicit FinalStateTable(BranchingProcess& process);
 
-  // Makes e a cut-off, or those events that e cuts off. Thread-safe; `order` is the caller's own.
+  // The table falls into parts, by the state; each has its own events and memory.
+  static constexpr std::uint32_t part_count = 16;
+  static std::uint32_t part_of(const StateHash& state) { return part_of(state.value()); }
+
+  // Makes e a cut-off, or those events that e cuts off. Several threads may insert at a time, each
+  // into other parts and with an `order` of its own.
   void insert(EventId e, ConfigurationOrder& order);
 
   // Takes out an event that was found to be a cut-off by other means.
@@ -39,22 +43,22 @@ class FinalStateTable {
   };
   // Open addressing: the members of one state stand in the order of insertion, none is moved
   // before another one of the same hash.
-  struct alignas(64) Stripe {  // no cache line has two locks
-    std::mutex mutex;
+  struct alignas(64) Part {   // no cache line belongs to two
     std::vector<Slot> slots;  // a power of two
     std::uint32_t used = 0;   // slots that are not empty
   };
   static constexpr EventId empty = 0xFFFFFFFDu, removed = 0xFFFFFFFCu;
-  static constexpr std::size_t stripe_count = 64;
 
-  static std::size_t stripe_of(std::uint64_t hash) { return hash >> 58; }
+  static std::uint32_t part_of(std::uint64_t hash) {
+    return static_cast<std::uint32_t>(hash >> 60);
+  }
   template <class Visit>
-  static void for_each_member(const Stripe& stripe, std::uint64_t hash, Visit visit);
-  static void append(Stripe& stripe, std::uint64_t hash, EventId member);
-  static void grow(Stripe& stripe);
+  static void for_each_member(const Part& part, std::uint64_t hash, Visit visit);
+  static void append(Part& part, std::uint64_t hash, EventId member);
+  static void grow(Part& part);
 
   BranchingProcess& process_;
-  std::array<Stripe, stripe_count> stripes_;
+  std::array<Part, part_count> parts_;
 };
 
 }  // namespace vorel::unfolder

@@ -39,11 +39,9 @@ class PastDifference {
         --alone_;
         visit(e, static_cast<Side>(sides));
       }
-      for (const ConditionId c : process_.event(e).preset()) {
-        const EventId producer = process_.producer(c);
-        if (producer == no_event) continue;
-        assert(producer < e && "causes have lower ids: all effects of an event come before it");
-        reach(producer, sides);
+      for (const EventId cause : process_.origin(e).causes()) {
+        assert(cause < e && "causes have lower ids: all effects of an event come before it");
+        reach(cause, sides);
       }
     }
   }

@@ -13,6 +13,12 @@ namespace {
 // try whether they are.
 constexpr std::uint64_t widest_relation = 1u << 14;
 
+// Fewer events are not worth being shared by the workers.
+constexpr std::size_t few_found = 32;
+
+// In a large batch, so many ids are taken at a time.
+constexpr std::uint32_t id_block = 16;
+
 }  // namespace
 
 UnfoldingLoop::Worker::Worker(UnfoldingLoop& owner)
@@ -32,8 +38,8 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   event.postset_size = static_cast<std::uint32_t>(loop.net_.postset[t].size());
   order.measure(event);
   assert(event.size > loop.level_ && "an extension is larger than what it extends");
-  const EventId id = loop.process_.add_event(event, presets);
-  loop.final_states_.insert(id, order);
+  const EventId id = loop.process_.add_event(event, order.causes(), room);
+  found.push_back({id, FinalStateTable::part_of(event.state)});
   if (pending.size() <= event.size) pending.resize(event.size + 1);
   pending[event.size].push_back(id);
   lowest = std::min(lowest, event.size);
@@ -63,6 +69,7 @@ UnfoldOutcome UnfoldingLoop::run() {
   if (pool_.size() < options_.number_of_threads) return UnfoldOutcome::too_few_threads;
   start_ticks_ = base::ticks_now();
   extend_with(*workers_.front(), no_event);
+  judge_found();
   collect_batch();
   bool stopped = should_stop() || has_enough_events();
   while (!stopped && !batch_.empty() && !must_give_up()) {
@@ -138,13 +145,42 @@ void UnfoldingLoop::extend_with(Worker& worker, EventId event) {
 
 void UnfoldingLoop::extend_batch() {
   const auto group_count = static_cast<std::uint32_t>(group_starts_.size() - 1);
+  // Ids are left over, then: few in comparison, but a bound on events counts each.
+  const bool is_large = pool_.size() > 1 && group_count >= 4 * id_block * pool_.size();
+  process_.set_id_block(is_large && options_.max_events == 0 ? id_block : 1);
   pool_.run(group_count, [this](std::uint32_t worker, std::uint32_t group) {
     for (std::uint32_t i = group_starts_[group]; i < group_starts_[group + 1]; ++i) {
       if (must_give_up()) return;
       extend_with(*workers_[worker], batch_[i]);
     }
   });
+  for (const auto& worker : workers_) process_.drop_ids(worker->room);
   if (unsafe_ != nullptr) outcome_ = UnfoldOutcome::unsafe;
+  judge_found();
+}
+
+// Which of the events that have just been found are cut-offs. States of different parts have
+// nothing to do with each other: nobody waits for a lock.
+void UnfoldingLoop::judge_found() {
+  if (must_give_up() && !keeps_incomplete()) return;
+  const auto judge = [this](std::uint32_t worker, std::uint32_t part, std::uint32_t end) {
+    for (const auto& finder : workers_) {
+      for (const Found& event : finder->found) {
+        if (event.part < part || event.part >= end) continue;
+        if (must_give_up() && outcome_ == UnfoldOutcome::out_of_time) return;
+        final_states_.insert(event.id, workers_[worker]->order);
+      }
+    }
+  };
+  std::size_t count = 0;
+  for (const auto& worker : workers_) count += worker->found.size();
+  if (pool_.size() == 1 || count < few_found) {
+    judge(0, 0, FinalStateTable::part_count);
+  } else {
+    pool_.run(FinalStateTable::part_count,
+              [&](std::uint32_t worker, std::uint32_t part) { judge(worker, part, part + 1); });
+  }
+  for (const auto& worker : workers_) worker->found.clear();
 }
 
 void UnfoldingLoop::collect_batch() {

@@ -3,8 +3,9 @@
 // Not here:  nets with names and the finished Prefix (unfolder/unfolder.h).
 //
 // All events whose local configurations have one size form a batch: they enter the prefix
-// together, and what they make possible is found in parallel. A possible extension is tested for
-// being a cut-off when it is found; those that are get no successors [ERV-2002].
+// together, and what they make possible is found in parallel. Then, in parallel again, the
+// possible extensions that were found are tested for being cut-offs, which get no successors
+// [ERV-2002]: those of equal states by one worker, so that none waits for another.
 #pragma once
 
 #include <atomic>
@@ -67,6 +68,11 @@ class UnfoldingLoop {
   virtual void on_finish();
 
  private:
+  struct Found {
+    EventId id;
+    std::uint32_t part;  // of the table of final states
+  };
+
   struct alignas(64) Worker {  // no cache line belongs to two
     explicit Worker(UnfoldingLoop& loop);
     void add_to_queue(TransitionId t, std::span<const ConditionId> preset);
@@ -75,7 +81,8 @@ class UnfoldingLoop {
     ConfigurationOrder order;
     CoSetFinder finder;
     NonLocalSearch non_local;
-    BranchingProcess::PresetRoom presets;
+    BranchingProcess::EventRoom room;
+    std::vector<Found> found;                   // in this batch, not judged yet
     std::vector<std::vector<EventId>> pending;  // by size of the local configuration
     std::uint32_t lowest = 0;                   // no bucket below has anything in it
     std::uint64_t pending_count = 0;
@@ -83,6 +90,7 @@ class UnfoldingLoop {
 
   void extend_batch();
   void extend_with(Worker& worker, EventId event);
+  void judge_found();
   void find_non_local_cut_offs();
   void add_batch();
   void form_groups();
