@@ -1,6 +1,6 @@
 // bench/sat_solvers.cpp - how does the core with native groups compare with MiniSat?
 // Usage: bench_sat_solvers FILE.cnf...   (formulas stored by `vorel -s`)
-// A row per formula and question: the median seconds of five runs of both solvers and their ratio.
+// A row per formula and question: the median seconds of three runs of both solvers and their ratio.
 //   solve      the formula is solved once
 //   enumerate  models are excluded by clauses in a group, up to 1000; then the group is deleted and
 //              all begins again, three times
@@ -26,7 +26,7 @@
 namespace vorel::bench {
 namespace {
 
-constexpr int runs = 5;
+constexpr int runs = 3;
 constexpr int most_models = 1000, rounds = 3;
 
 struct Formula {

@@ -24,6 +24,7 @@ class StateLiterals {
 
   ConfigurationVars<P>& vars() { return vars_; }
   const net::Instances<P>& instances() const { return structure_.instances(); }
+  Enabledness enabledness() const { return enabledness_; }
 
   // Forgets all literals, those of the configuration too, after a reset of the formula.
   void clear();

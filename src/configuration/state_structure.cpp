@@ -27,8 +27,7 @@ auto StateStructure<P>::edges_before() const
   edges_before_ = base::IndexedBy<Event, std::uint32_t>(process_.events.size());
   const auto order = net::topological_order(process_);
   assert(order.size() == process_.events.size() && "a prefix has no causal cycle");
-  net::EdgeHistory history(process_, order);
-  while (history.visit_next_block()) continue;
+  const net::EdgeHistory history(process_, order);
   for (const Event* event : order) {
     if (!net::is_dummy(*event)) edges_before_[*event] = history.edges_before(*event);
   }

@@ -115,7 +115,7 @@ TokenFlow::Places TokenFlow::marked_trap_outside(const std::vector<bool>& marked
 }
 
 #define INSTANTIATE(P) template TokenFlow TokenFlow::of<P>(const P&);
-VOREL_FOR_EACH_MERGED_PROCESS(INSTANTIATE)
+VOREL_FOR_EACH_PROCESS(INSTANTIATE)
 #undef INSTANTIATE
 
 }  // namespace vorel::configuration

@@ -1,126 +1,139 @@
 #include "net/edge_history.h"
 
 #include <algorithm>
-#include <bit>
+#include <bitset>
 #include <cassert>
 #include <iterator>
+#include <span>
+
+#include "net/causal_arrays.h"
 
 namespace vorel::net {
+namespace {
+
+using Event = EdgeHistory::Event;
+
+constexpr std::uint32_t group_size = 16;  // signals that share a disorder
+
+// Counts the edges of a signal in the past of each other one as sets.
+class SetCount {
+ public:
+  SetCount(const StgPrefix& prefix, const std::vector<Event*>& order)
+      : order_{order}, seen_(prefix.events.size()), before_(prefix.events.size()) {}
+
+  // Adds to edges_before, which is indexed by event number.
+  void count(std::span<Event* const> edges, std::span<std::uint32_t> edges_before) {
+    for (std::size_t first = 0; first < edges.size(); first += EdgeSet{}.size()) {
+      const auto size = std::min(EdgeSet{}.size(), edges.size() - first);
+      count_set(edges.subspan(first, size), edges_before);
+    }
+  }
+
+ private:
+  using EdgeSet = std::bitset<512>;
+
+  void count_set(std::span<Event* const> edges, std::span<std::uint32_t> edges_before) {
+    const auto events = events_after(edges);
+    std::size_t next_bit = 0;
+    for (const Event* event : events) {
+      EdgeSet& set = before_[*event];
+      for (const auto* condition : event->preset) {
+        if (!condition->is_initial()) set |= before_[*condition->pre_event];
+      }
+      if (event->transition->signal != edges.front()->transition->signal) continue;
+      edges_before[event->index] += static_cast<std::uint32_t>(set.count());
+      // The events come in the order of the set.
+      if (next_bit < edges.size() && edges[next_bit] == event) set.set(next_bit++);
+    }
+    assert(next_bit == edges.size() && "each edge of the set was met");
+    for (const Event* event : events) before_[*event].reset();
+  }
+
+  // The edges and all that follows them, causes first.
+  std::vector<Event*> events_after(std::span<Event* const> edges) {
+    seen_.clear();
+    std::vector<Event*> reached;
+    const auto reach = [&](Event* event) {
+      if (seen_.insert(*event)) reached.push_back(event);
+    };
+    std::ranges::for_each(edges, reach);
+    for (std::size_t next = 0; next < reached.size(); ++next) {
+      for (const auto* condition : reached[next]->postset) {
+        std::ranges::for_each(condition->postset, reach);
+      }
+    }
+    std::vector<Event*> events;
+    std::ranges::copy_if(order_, std::back_inserter(events),
+                         [this](const Event* event) { return seen_.contains(*event); });
+    return events;
+  }
+
+  const std::vector<Event*>& order_;
+  base::MarkSet<Event> seen_;
+  base::IndexedBy<Event, EdgeSet> before_;  // all empty between sets
+};
+
+}  // namespace
 
 EdgeHistory::EdgeHistory(const StgPrefix& prefix, const std::vector<Event*>& order)
     : prefix_{prefix},
       order_{order},
-      position_(prefix.events.size()),
       rank_(prefix.signals.size(), base::no_index),
-      seen_(prefix.events.size()),
-      rows_(prefix.events.size()),
       depth_(prefix.events.size() + 1),
       previous_(prefix.events.size() + 1),
-      jump_(prefix.events.size() + 1),
-      edges_before_(prefix.events.size()) {
-  list_signals();
+      jump_(prefix.events.size() + 1) {
+  const std::uint32_t rank_count = rank_signals();
+  is_disordered_.resize(rank_count);
+  disorders_.resize(rank_count / group_size + 1);
+  carry_edges(rank_count);
+  std::erase(disorders_, Disorder{});
+  if (!disorders_.empty()) recount_disordered();
 }
 
-void EdgeHistory::list_signals() {
-  std::uint32_t position = 0;
-  for (Event* event : order_) {
-    position_[*event] = position++;
-    Signal* const signal = event->transition->signal;
-    if (signal->is_dummy()) continue;
-    std::uint32_t& rank = rank_[*signal];
-    if (rank == base::no_index) {
-      rank = static_cast<std::uint32_t>(signals_.size());
-      signals_.push_back(signal);
-      edges_of_.emplace_back();
-    }
-    edges_of_[rank].push_back(event);
+// The number of ranks.
+std::uint32_t EdgeHistory::rank_signals() {
+  std::uint32_t count = 0;
+  for (const Event* event : order_) {
+    const Signal& signal = *event->transition->signal;
+    if (!signal.is_dummy() && rank_[signal] == base::no_index) rank_[signal] = count++;
   }
+  return count;
 }
 
-bool EdgeHistory::visit_next_block() {
-  disorder_.reset();
-  disordered_lanes_ = 0;
-  block_ = block_end_;
-  block_end_ = std::min(block_ + lanes, static_cast<std::uint32_t>(signals_.size()));
-  if (block_ == block_end_) return false;
-  const auto events = events_after(std::span(edges_of_).subspan(block_, block_end_ - block_));
-  for (Event* event : events) visit(*event);
-  for (const Event* event : events) rows_[event->index].fill(0);
-  for (std::uint32_t lane = 0; lane < block_end_ - block_; ++lane) {
-    if ((disordered_lanes_ >> lane & 1u) != 0) recount_signal(block_ + lane);
-  }
-  return true;
-}
-
-// The edges and all that follows them, causes first.
-std::vector<EdgeHistory::Event*> EdgeHistory::events_after(
-    std::span<const std::vector<Event*>> edges) {
-  seen_.clear();
-  std::vector<Event*> events;
-  const auto reach = [&](Event* event) {
-    if (seen_.insert(*event)) events.push_back(event);
+void EdgeHistory::carry_edges(std::uint32_t rank_count) {
+  CausalArrays<Stg> last_edges(prefix_, order_, rank_count);
+  const auto later = [this](std::uint32_t rank, std::uint32_t a, std::uint32_t b) {
+    return later_edge(rank, a, b);
   };
-  for (const auto& list : edges) std::ranges::for_each(list, reach);
-  for (std::size_t next = 0; next < events.size(); ++next) {
-    for (const auto* condition : events[next]->postset) {
-      std::ranges::for_each(condition->postset, reach);
-    }
-  }
-  if (events.size() > order_.size() / 16) {  // then looking at all is faster than sorting
-    events.clear();
-    std::ranges::copy_if(order_, std::back_inserter(events),
-                         [this](const Event* event) { return seen_.contains(*event); });
-  } else {
-    std::ranges::sort(events, {}, [this](const Event* event) { return position_[*event]; });
-  }
-  return events;
-}
-
-void EdgeHistory::visit(Event& event) {
-  Row& row = rows_[event.index];
-  const Event* joined = nullptr;
-  for (const auto* condition : event.preset) {
-    if (condition->is_initial() || condition->pre_event == joined) continue;
-    const Row& past = rows_[condition->pre_event->index];
-    // Most histories that meet are those of a fork: with nothing of the block, or the same, in
-    // each.
-    if (joined == nullptr)
-      row = past;
-    else if (row != past)
-      join(row, past);
-    joined = condition->pre_event;
-  }
-  const std::uint32_t rank = rank_[*event.transition->signal];
-  if (rank < block_ || rank >= block_end_) return;
-  std::uint32_t& last = row[rank - block_];
-  append_edge(event, last);
-  last = event.index + 1;
-}
-
-void EdgeHistory::join(Row& row, const Row& other) {
-  for (std::uint32_t lane = 0; lane < lanes; ++lane) {
-    if (row[lane] == other[lane] || other[lane] == 0) continue;
-    row[lane] = row[lane] == 0 ? other[lane] : later_edge(lane, row[lane], other[lane]);
+  for (const Event* event : order_) {
+    last_edges.visit(*event, later);
+    const std::uint32_t rank = rank_[*event->transition->signal];
+    if (rank == base::no_index) continue;
+    append_edge(event->index + 1, last_edges.at(rank));
+    last_edges.set(rank, event->index + 1);
   }
 }
 
 // Of two edges of one signal in one local configuration, the one that comes later.
-std::uint32_t EdgeHistory::later_edge(std::uint32_t lane, std::uint32_t a, std::uint32_t b) {
+std::uint32_t EdgeHistory::later_edge(std::uint32_t rank, std::uint32_t a, std::uint32_t b) {
   assert(a != 0 && b != 0);
   if (depth_[a] < depth_[b]) std::swap(a, b);
   const std::uint32_t counterpart = edge_at_depth(a, depth_[b]);
-  if (counterpart != b) note_disorder(lane, counterpart, b);
+  if (counterpart != b) note_disorder(rank, counterpart, b);
   return a;
 }
 
 // The depth of an edge is the length of the longest chain to it: two edges of one depth in one
 // configuration are concurrent, whatever was met before.
-void EdgeHistory::note_disorder(std::uint32_t lane, std::uint32_t a, std::uint32_t b) {
-  disordered_lanes_ |= 1u << lane;
-  const auto is_signed = [](const Event* edge) { return edge->transition->sign != Sign::toggle; };
-  if (disorder_ && (is_signed(disorder_->first) || is_signed(disorder_->second))) return;
+void EdgeHistory::note_disorder(std::uint32_t rank, std::uint32_t a, std::uint32_t b) {
+  is_disordered_[rank] = true;
+  Disorder& noted = disorders_[rank / group_size];
+  const auto has_sign = [](const Disorder& disorder) {
+    return disorder.first->transition->sign != Sign::toggle ||
+           disorder.second->transition->sign != Sign::toggle;
+  };
   const Disorder met{prefix_.events[a - 1].get(), prefix_.events[b - 1].get()};
-  if (!disorder_ || is_signed(met.first) || is_signed(met.second)) disorder_ = met;
+  if (noted == Disorder{} || (!has_sign(noted) && has_sign(met))) noted = met;
 }
 
 std::uint32_t EdgeHistory::edge_at_depth(std::uint32_t edge, std::uint32_t depth) const {
@@ -131,9 +144,7 @@ std::uint32_t EdgeHistory::edge_at_depth(std::uint32_t edge, std::uint32_t depth
   return edge;
 }
 
-void EdgeHistory::append_edge(const Event& event, std::uint32_t previous) {
-  const std::uint32_t edge = event.index + 1;
-  edges_before_[event] = depth_[previous];
+void EdgeHistory::append_edge(std::uint32_t edge, std::uint32_t previous) {
   depth_[edge] = depth_[previous] + 1;
   previous_[edge] = previous;
   // Skew-binary jumps: two equal jumps in a row are joined into one of twice the length.
@@ -142,43 +153,16 @@ void EdgeHistory::append_edge(const Event& event, std::uint32_t previous) {
   jump_[edge] = equal_jumps ? jump_[jump] : previous;
 }
 
-void EdgeHistory::recount_signal(std::uint32_t rank) {
-  constexpr std::size_t set_size = sizeof(Row) * 8;
-  const auto& edges = edges_of_[rank];
-  for (const Event* edge : edges) edges_before_[*edge] = 0;
-  std::vector<Event*> set;
-  for (std::size_t first = 0; first < edges.size(); first += set_size) {
-    const auto begin = edges.begin() + static_cast<std::ptrdiff_t>(first);
-    set.assign(begin,
-               begin + static_cast<std::ptrdiff_t>(std::min(set_size, edges.size() - first)));
-    count_set(*signals_[rank], {&set, 1});
+void EdgeHistory::recount_disordered() {
+  std::vector<std::vector<Event*>> edges_of(is_disordered_.size());
+  for (Event* event : order_) {
+    const std::uint32_t rank = rank_[*event->transition->signal];
+    if (rank == base::no_index || !is_disordered_[rank]) continue;
+    edges_of[rank].push_back(event);
+    depth_[event->index + 1] = 1;
   }
-}
-
-// Adds to each edge of the signal how many of the set, which has at most as many edges as a row has
-// bits, precede it.
-void EdgeHistory::count_set(const Signal& signal, std::span<const std::vector<Event*>> edges) {
-  assert(edges.size() == 1 && edges.front().size() <= sizeof(Row) * 8);
-  const auto events = events_after(edges);
-  std::uint32_t next_bit = 0;
-  for (Event* event : events) {
-    Row& row = rows_[event->index];
-    for (const auto* condition : event->preset) {
-      if (condition->is_initial()) continue;
-      const Row& past = rows_[condition->pre_event->index];
-      for (std::uint32_t i = 0; i < lanes; ++i) row[i] |= past[i];
-    }
-    if (event->transition->signal != &signal) continue;
-    for (const std::uint32_t word : row) {
-      edges_before_[*event] += static_cast<std::uint32_t>(std::popcount(word));
-    }
-    // The events come in the order of the set.
-    if (next_bit == edges.front().size() || edges.front()[next_bit] != event) continue;
-    row[next_bit / 32] |= 1u << next_bit % 32;
-    ++next_bit;
-  }
-  assert(next_bit == edges.front().size() && "each edge of the set was met");
-  for (const Event* event : events) rows_[event->index].fill(0);
+  SetCount sets(prefix_, order_);
+  for (const auto& edges : edges_of) sets.count(edges, std::span(depth_).subspan(1));
 }
 
 }  // namespace vorel::net

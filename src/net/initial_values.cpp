@@ -25,9 +25,9 @@ class InitialValuePass {
 
   std::optional<Inconsistency> run() {
     clean_dummies();
-    EdgeHistory history(prefix_, order_);
-    while (history.visit_next_block()) {
-      if (history.disorder() && !accept_disorder(*history.disorder())) return inconsistency_;
+    const EdgeHistory history(prefix_, order_);
+    for (const EdgeHistory::Disorder& disorder : history.disorders()) {
+      if (!accept_disorder(disorder)) return inconsistency_;
     }
     for (Event* event : order_) {
       if (!is_consistent(*event, history.edges_before(*event))) return inconsistency_;

@@ -5,12 +5,9 @@
 // Not here:  what is merged by the depths (net/merge.h).
 //
 // The counts of the places are carried along the causal order, where two paths meet the larger one
-// stays; that is exact for any prefix, of a safe net or not. Places are carried in blocks, one byte
-// each, so that a row of counts is one cache line, joined in a few instructions. Time is
-// proportional to the links times the number of blocks, but the factor is small: only places with a
-// second condition are carried, and only through events with successors. (Letting events share rows
-// that are equal costs more in comparisons than it saves, measured on nets of 1,000 to 100,000
-// places.)
+// stays; that is exact for any prefix, of a safe net or not. Only places with a second condition
+// are carried. Time is the links times the logarithm of the number of places, and as much for each
+// place in which causes of an event differ (net/causal_arrays.h).
 #pragma once
 
 #include <cstdint>
@@ -51,6 +48,7 @@ class OccurrenceDepths {
     }
   }
   void number_slots(const PrefixOf<N>& prefix);
+  void count(const PrefixOf<N>& prefix);
 
   std::vector<std::uint32_t> depth_;                      // by slot
   base::IndexedBy<Event, std::uint32_t> first_left_out_;  // slot of the first left-out condition

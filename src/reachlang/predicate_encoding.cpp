@@ -8,6 +8,7 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
+#include "reachlang/exclusive_parts.h"
 #include "reachlang/expansion.h"
 #include "sat/integer_circuit.h"
 
@@ -94,6 +95,7 @@ class PredicateEncoder {
         formula_{state.vars().formula()},
         group_{state.vars().group()},
         atoms_{state},
+        exclusive_{expr, state.vars().process(), state.enabledness()},
         uses_(expr.size(), 0),
         literals_(expr.size()) {}
 
@@ -228,13 +230,15 @@ class PredicateEncoder {
     return formula_.make_gate({type, literals_of(operands)}, group_, polarity);
   }
 
-  // At least k of them is more than k - 1.
+  // At least k of them is more than k - 1. Of parts that exclude each other one at most counts.
   sat::Lit threshold(const ReachNode& node, sat::Polarity polarity) {
     const std::int64_t least = expr_.value(expr_.operand(node, 0)).number();
     assert(least >= 1 && "smaller ones are always true");
-    return sat::IntegerCircuit(formula_).threshold(literals_of(expr_.operands(node).subspan(1)),
-                                                   static_cast<std::uint64_t>(least - 1), group_,
-                                                   polarity);
+    sat::Lits counted;
+    for (const auto& part : exclusive_.divide(expr_.operands(node).subspan(1)))
+      counted.push_back(gate(sat::GateOr, part, polarity));
+    return sat::IntegerCircuit(formula_).threshold(counted, static_cast<std::uint64_t>(least - 1),
+                                                   group_, polarity);
   }
 
   sat::Lits literals_of(std::span<const ReachNodeId> nodes) const {
@@ -248,6 +252,7 @@ class PredicateEncoder {
   sat::CnfFormula& formula_;
   const sat::ClauseGroup group_;
   AtomEncoder<P> atoms_;
+  ExclusiveParts<P> exclusive_;
   std::vector<std::uint8_t> uses_;    // by node
   sat::Lits literals_;                // by node
   std::size_t room_below_ = 200'000;  // for alternatives that are parts of others

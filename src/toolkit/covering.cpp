@@ -1,7 +1,7 @@
 #include "toolkit/covering.h"
 
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <cassert>
 #include <numeric>
 #include <queue>
@@ -15,31 +15,6 @@ namespace {
 
 using Numbers = std::vector<std::uint32_t>;
 
-// Lists of numbers, one behind the other.
-class FlatLists {
- public:
-  explicit FlatLists(const std::vector<Numbers>& lists) {
-    for (const Numbers& list : lists) {
-      numbers_.insert(numbers_.end(), list.begin(), list.end());
-      ends_.push_back(numbers_.size());
-    }
-  }
-  std::span<const std::uint32_t> operator[](std::size_t i) const {
-    return {numbers_.data() + ends_[i], numbers_.data() + ends_[i + 1]};
-  }
-
- private:
-  Numbers numbers_;
-  std::vector<std::size_t> ends_ = {0};
-};
-
-std::vector<Numbers> transposed(const std::vector<Numbers>& rows, std::size_t columns) {
-  std::vector<Numbers> rows_of(columns);
-  for (std::uint32_t r = 0; r < rows.size(); ++r)
-    for (const std::uint32_t c : rows[r]) rows_of[c].push_back(r);
-  return rows_of;
-}
-
 // Local search in the space of choices that leave some rows without a column [GWLY-2015]. A row
 // that stays without one weighs more and more, so that the search leaves every dead end. Ties are
 // broken by the time of the last change, then by number: the same on every run.
@@ -50,8 +25,14 @@ class LocalSearch {
 
  private:
   static constexpr std::uint32_t not_chosen = ~0u;
-  static constexpr std::size_t block = 16;  // slots whose least loss is remembered
-  static constexpr double stale = -1;       // it is to be found anew: no loss is negative
+
+  // How much a chosen column is missed: the weight of the rows that it alone covers for its own
+  // weight, as the bits of a float, which rise with it; below them the time when the column came,
+  // in changes. So the least rank is that of the column to go, and no two are equal or zero.
+  using Rank = std::uint64_t;
+  static constexpr std::size_t block = 16;  // slots whose least rank is remembered
+  static constexpr Rank stale = 0;          // it is to be found anew
+  static constexpr Rank unbounded = ~Rank{0};
 
   struct Column {
     std::int64_t gain = 0;      // weight of the rows whose state a change of this column changes
@@ -64,49 +45,42 @@ class LocalSearch {
     // while a gain times a weight stays below 2^52.
     double gain_for_weight() const { return static_cast<double>(gain) / weight; }
   };
-  // A chosen column.
-  struct Slot {
-    std::uint32_t column;
-    std::uint32_t since;  // counts changes
-  };
-
   void add(std::uint32_t column);
   void remove(std::uint32_t column);
   void leave_slot(Column& column);
   void change_gains(std::uint32_t row, std::int64_t by);
   void change_sole_gain(std::uint32_t row, std::int64_t by);
   bool may_enter(std::uint32_t column) const;
-  void note_loss(const Column& column) {
-    losses_[column.slot] = column.gain_for_weight();
-    least_of_block_[column.slot / block] = stale;
-  }
+  void note_loss(const Column& column);
+  void change_rank(std::size_t slot, Rank rank);
+  Rank least_rank();
+  std::uint32_t column_of(Rank least) const;
+  void remove_cheapest() { remove(column_of(least_rank())); }
   void choose_greedily();
   void cover_all();
   void drop_needless();
-  double least_loss();
-  std::uint32_t cheapest_loss();
   std::uint32_t best_entry(std::span<const std::uint32_t> row) const;
   bool is_better(const Column& a, const Column& b) const;
   void record();
 
-  const FlatLists rows_, rows_of_;  // the columns of each row, the rows of each column
+  std::uint32_t step_ = 0, changes_ = 1;
+  const NumberLists rows_, rows_of_;  // the columns of each row, the rows of each column
   std::vector<Column> columns_;
   std::vector<std::int64_t> row_weights_;
   Numbers times_covered_;
-  Numbers chosen_of_row_;               // numbers of its chosen columns, joined by exclusive or
-  Numbers touched_;                     // when a column of the row came or left; counts changes
-  Numbers uncovered_;                   // rows, the oldest first
-  std::vector<Slot> slots_;             // in no order
-  std::vector<double> losses_;          // of the slots: gain for weight
-  std::vector<double> least_of_block_;  // or stale
+  Numbers chosen_of_row_;             // numbers of its chosen columns, joined by exclusive or
+  Numbers touched_;                   // when a column of the row came or left; counts changes
+  Numbers uncovered_;                 // rows, the oldest first
+  Numbers slots_;                     // the chosen columns, in no order
+  std::vector<Rank> ranks_;           // of the slots
+  std::vector<Rank> least_of_block_;  // or stale
   std::uint64_t weight_ = 0, best_weight_ = ~std::uint64_t{0};
   Numbers best_;
-  std::uint32_t step_ = 0, changes_ = 1;
 };
 
 LocalSearch::LocalSearch(const CoveringProblem& problem)
     : rows_{problem.rows},
-      rows_of_{transposed(problem.rows, problem.weights.size())},
+      rows_of_{problem.rows.transposed(problem.weights.size())},
       columns_(problem.weights.size()),
       row_weights_(problem.rows.size(), 1),
       times_covered_(problem.rows.size(), 0),
@@ -157,20 +131,21 @@ void LocalSearch::add(std::uint32_t number) {
     touched_[r] = changes_;
   }
   column.slot = static_cast<std::uint32_t>(slots_.size());
-  if (slots_.size() % block == 0) least_of_block_.push_back(stale);
-  slots_.push_back({number, changes_});
-  losses_.push_back(0);
+  if (slots_.size() % block == 0) least_of_block_.push_back(unbounded);
+  slots_.push_back(number);
+  ranks_.push_back(changes_);
   note_loss(column);
 }
 
 void LocalSearch::leave_slot(Column& column) {
   const std::size_t last = slots_.size() - 1;
-  least_of_block_[column.slot / block] = least_of_block_[last / block] = stale;
+  const Rank moved = ranks_[last];
+  change_rank(last, unbounded);
+  if (column.slot != last) change_rank(column.slot, moved);
   slots_[column.slot] = slots_[last];
-  losses_[column.slot] = losses_[last];
-  columns_[slots_[last].column].slot = column.slot;
+  columns_[slots_[last]].slot = column.slot;
   slots_.pop_back();
-  losses_.pop_back();
+  ranks_.pop_back();
   if (last % block == 0) least_of_block_.pop_back();
   column.slot = not_chosen;
 }
@@ -214,43 +189,41 @@ std::uint32_t LocalSearch::best_entry(std::span<const std::uint32_t> row) const 
   return best;
 }
 
-// In lanes, so that the processor need not wait for one comparison to do the next.
-double least_of(std::span<const double> values) {
-  constexpr std::size_t lanes = 8;
-  std::array<double, lanes> least;
-  least.fill(values.front());
-  std::size_t i = 0;
-  for (; i + lanes <= values.size(); i += lanes)
-    for (std::size_t k = 0; k < lanes; ++k)
-      least[k] = values[i + k] < least[k] ? values[i + k] : least[k];
-  for (; i < values.size(); ++i) least[0] = std::min(least[0], values[i]);
-  return *std::ranges::min_element(least);
+void LocalSearch::note_loss(const Column& column) {
+  const float loss = static_cast<float>(column.gain) / static_cast<float>(column.weight);
+  const auto since = static_cast<std::uint32_t>(ranks_[column.slot]);
+  change_rank(column.slot, Rank{std::bit_cast<std::uint32_t>(loss)} << 32 | since);
 }
 
-double LocalSearch::least_loss() {
+void LocalSearch::change_rank(std::size_t slot, Rank rank) {
+  Rank& least = least_of_block_[slot / block];
+  if (rank <= least)
+    least = rank;
+  else if (ranks_[slot] == least)
+    least = stale;
+  ranks_[slot] = rank;
+}
+
+LocalSearch::Rank LocalSearch::least_rank() {
   assert(!slots_.empty());
-  const std::span<const double> losses(losses_);
+  Rank least = unbounded;
   for (std::size_t b = 0; b < least_of_block_.size(); ++b) {
-    if (least_of_block_[b] != stale) continue;
-    const std::size_t first = b * block;
-    least_of_block_[b] = least_of(losses.subspan(first, std::min(block, losses.size() - first)));
+    if (least_of_block_[b] == stale) {
+      const std::size_t last = std::min((b + 1) * block, ranks_.size());
+      Rank found = unbounded;
+      for (std::size_t i = b * block; i < last; ++i) found = std::min(found, ranks_[i]);
+      least_of_block_[b] = found;
+    }
+    least = std::min(least, least_of_block_[b]);
   }
-  return least_of(least_of_block_);
+  return least;
 }
 
-// The chosen column that is missed least for its weight; of equals the one in it for longest, which
-// is sought only in the blocks that have one.
-std::uint32_t LocalSearch::cheapest_loss() {
-  const std::span<const double> losses(losses_);
-  const double least = least_loss();
-  const Slot* best = nullptr;
-  for (std::size_t b = 0; b < least_of_block_.size(); ++b) {
-    if (least_of_block_[b] != least) continue;
-    for (std::size_t i = b * block; i < std::min((b + 1) * block, losses.size()); ++i)
-      if (losses[i] == least && (best == nullptr || slots_[i].since < best->since))
-        best = &slots_[i];
-  }
-  return best->column;
+std::uint32_t LocalSearch::column_of(Rank least) const {
+  std::size_t slot = 0;
+  while (least_of_block_[slot / block] != least) slot += block;
+  while (ranks_[slot] != least) ++slot;
+  return slots_[slot];
 }
 
 void LocalSearch::cover_all() {
@@ -264,15 +237,14 @@ void LocalSearch::cover_all() {
 }
 
 void LocalSearch::drop_needless() {
-  while (least_loss() == 0) remove(cheapest_loss());
+  for (Rank least = least_rank(); least >> 32 == 0; least = least_rank()) remove(column_of(least));
 }
 
 void LocalSearch::record() {
   assert(uncovered_.empty());
   if (weight_ >= best_weight_) return;
   best_weight_ = weight_;
-  best_.clear();
-  for (const Slot& slot : slots_) best_.push_back(slot.column);
+  best_ = slots_;
 }
 
 // Gains only fall here, so one that has not fallen since it was noted is the largest. Of equals the
@@ -305,8 +277,8 @@ Numbers LocalSearch::run(const CoveringParams& params) {
   const std::size_t last_step =
       std::min<std::size_t>(row_weights_.size() * params.steps_per_row, params.max_steps);
   for (step_ = 1; step_ <= last_step && best_.size() > 1; ++step_) {
-    remove(cheapest_loss());
-    if (best_.size() > 2) remove(cheapest_loss());
+    remove_cheapest();
+    if (best_.size() > 2) remove_cheapest();
     cover_all();
     drop_needless();
     record();

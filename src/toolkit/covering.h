@@ -4,9 +4,10 @@
 // Not here:  what rows and columns mean (toolkit/irredundant.h).
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "toolkit/number_lists.h"
 
 namespace vorel::toolkit {
 
@@ -17,8 +18,8 @@ struct CoveringParams {
 };
 
 struct CoveringProblem {
-  std::vector<std::uint32_t> weights;            // of the columns; positive
-  std::vector<std::vector<std::uint32_t>> rows;  // sorted, without repetitions, not empty
+  std::vector<std::uint32_t> weights;  // of the columns; positive
+  NumberLists rows;                    // columns, sorted, without repetitions, not empty
 };
 
 // The chosen columns in ascending order; none of them can be left out. Their weight is small, not

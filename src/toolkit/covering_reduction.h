@@ -18,13 +18,27 @@ class CoveringReduction {
   std::uint32_t original(std::uint32_t core_column) const { return original_[core_column]; }
 
  private:
+  // The rows or the columns. What is dropped stays as an empty list, so that numbers stay.
+  struct Side {
+    NumberLists lists;
+    // One bit for several numbers each: a list can be within another only if its bits are.
+    std::vector<std::uint64_t> signatures;
+    // Lists that have shrunk since they were last compared: no other can be within more than then.
+    std::vector<bool> has_shrunk;
+    std::vector<std::uint32_t> dropped;  // in this step
+
+    explicit Side(NumberLists all);
+    void sign(std::size_t i);
+    bool includes(std::uint32_t larger, std::uint32_t smaller) const;
+  };
+
   bool take_essential();
   bool drop_rows();
   bool drop_columns();
-  void index();
+  static bool erase_dropped(Side& side, Side& others);
 
   const std::vector<std::uint32_t>& weights_;
-  std::vector<std::vector<std::uint32_t>> rows_, rows_of_;
+  Side rows_, columns_;
   std::vector<std::uint32_t> essential_, original_;
 };
 

@@ -25,16 +25,17 @@ class PartFinder {
 
   // Appends a row for each part of the cube: the primes that contain the part. False if there are
   // too many parts; what has been appended is then removed.
-  bool add_parts(ConstRow cube, std::vector<Numbers>& parts);
+  bool add_parts(ConstRow cube, NumberLists& parts);
 
  private:
   void find_primes(ConstRow cube);
-  bool split(std::size_t first, std::vector<Numbers>& parts);
+  bool split(std::size_t first, NumberLists& parts);
 
   const PackedCover& primes_;
   const ColumnIndex columns_;
   std::vector<Word> meeting_, whole_;  // primes that meet the cube, that contain it
   Numbers containing_;                 // primes that contain the whole cube, and so each part
+  Numbers part_;                       // scratch
   PackedCover rows_;                   // a stack of cofactors of the other primes
   Numbers numbers_;                    // which prime a row of the stack comes from
   ColumnSummary summary_;
@@ -44,14 +45,15 @@ class PartFinder {
 
 // Of unate rows, only one that is all dashes contains the point that all others avoid; a choice of
 // rows without such a one is no tautology.
-bool PartFinder::split(std::size_t first, std::vector<Numbers>& parts) {
+bool PartFinder::split(std::size_t first, NumberLists& parts) {
   summary_.read(rows_, first);
   if (summary_.is_unate()) {
-    Numbers& part = parts.emplace_back(containing_);
+    part_ = containing_;
     for (std::size_t i = first; i < rows_.size(); ++i)
-      if (is_full(rows_[i])) part.push_back(numbers_[i]);
-    assert(!part.empty() && "the primes contain the ON-set");
-    std::ranges::sort(part);
+      if (is_full(rows_[i])) part_.push_back(numbers_[i]);
+    assert(!part_.empty() && "the primes contain the ON-set");
+    std::ranges::sort(part_);
+    parts.add(part_);
     return parts.size() <= last_part_;
   }
   const std::size_t position = chooser_.choose(rows_, first, summary_);
@@ -84,7 +86,7 @@ void PartFinder::find_primes(ConstRow cube) {
   }
 }
 
-bool PartFinder::add_parts(ConstRow cube, std::vector<Numbers>& parts) {
+bool PartFinder::add_parts(ConstRow cube, NumberLists& parts) {
   rows_.truncate(0);
   numbers_.clear();
   containing_.clear();
@@ -102,7 +104,7 @@ bool PartFinder::add_parts(ConstRow cube, std::vector<Numbers>& parts) {
   const std::size_t before = parts.size();
   last_part_ = before + most_parts(rows_.size());
   if (split(0, parts)) return true;
-  parts.resize(before);
+  parts.truncate(before);
   return false;
 }
 
@@ -132,11 +134,11 @@ void Irredundancy::add_whole(ConstRow cube) {
   for (std::uint32_t i = 0; i < primes_.size(); ++i)
     if (contains(primes_[i], cube)) containing.push_back(i);
   if (!containing.empty()) {
-    problem_.rows.push_back(std::move(containing));
+    problem_.rows.add(containing);
     return;
   }
   for (std::uint32_t i = 0; i < primes_.size(); ++i)
-    if (intersect(primes_[i], cube)) problem_.rows.push_back({i});
+    if (intersect(primes_[i], cube)) problem_.rows.add({&i, 1});
 }
 
 void Irredundancy::add_rows() {

@@ -6,6 +6,7 @@
 
 #include "base/hashing.h"
 #include "base/run_state.h"
+#include "toolkit/all_primes.h"
 #include "toolkit/complement.h"
 #include "toolkit/expand.h"
 #include "toolkit/irredundant.h"
@@ -63,6 +64,15 @@ std::size_t primes_per_cube(const MinimiseParams& params, std::size_t cubes) {
   return std::clamp<std::size_t>(share, least, params.max_primes_per_cube);
 }
 
+// Whether the tables over all cubes cost less than the expansion of the ON-set's cubes one by one.
+bool tables_pay(const PackedCover& on) {
+  constexpr std::size_t table_bits_per_cube = 16384;  // measured
+  if (on.width() > most_table_variables) return false;
+  std::size_t bits = 1;
+  for (std::size_t i = 0; i < on.width(); ++i) bits *= 3;
+  return bits / table_bits_per_cube <= on.size();
+}
+
 // The loop of expansion, irredundance and reduction [BHMS-1984], with one difference: primes are
 // not exchanged for one another but collected. Each cube of the ON-set is expanded to a prime, and
 // to some more primes in other directions, as many as their number allows. From all primes seen so
@@ -70,7 +80,8 @@ std::size_t primes_per_cube(const MinimiseParams& params, std::size_t cubes) {
 // that one round leaves aside is there for the next. Then the chosen cubes are reduced to what the
 // others leave to them, which lets them expand in directions not tried yet; that is repeated for as
 // long as the cost falls. At the end each cube gives way to a prime with fewer literals, if there
-// is one over what it alone contains.
+// is one over what it alone contains. If a function of few variables has no more primes than would
+// be collected, they are all taken from tables, and nothing is expanded.
 class Minimiser {
  public:
   Minimiser(const Cover& on, const Cover& off, const MinimiseParams& params)
@@ -78,6 +89,7 @@ class Minimiser {
   PackedCover run();
 
  private:
+  bool take_all_primes();
   void add_prime(ConstRow prime);
   void expand(const PackedCover& cubes);
   void add_alternatives(const PackedCover& cubes);
@@ -93,6 +105,16 @@ class Minimiser {
   std::unordered_set<std::vector<Word>, base::SequenceHash> known_;
   std::vector<Word> key_;  // scratch
 };
+
+bool Minimiser::take_all_primes() {
+  const std::size_t most =
+      std::min<std::size_t>(params_.max_primes, on_.size() * params_.max_primes_per_cube);
+  if (!tables_pay(on_)) return false;
+  std::optional<PackedCover> primes = all_primes(on_, off_, most);
+  if (!primes) return false;
+  primes_ = std::move(*primes);
+  return true;
+}
 
 void Minimiser::add_prime(ConstRow prime) {
   key_.assign(prime.begin(), prime.end());
@@ -166,10 +188,13 @@ PackedCover Minimiser::run() {
   if (params_.simplify) on_ = simplify(on_);
   if (params_.setup) on_ = split_last_position(on_);
   remove_contained(on_);
-  expand(on_);
-  add_alternatives(on_);
+  const bool has_all_primes = take_all_primes();
+  if (!has_all_primes) {
+    expand(on_);
+    add_alternatives(on_);
+  }
   PackedCover cover = choose();
-  if (params_.repeat) improve(cover);
+  if (params_.repeat && !has_all_primes) improve(cover);
   if (params_.make_sparse) make_sparse(cover);
   assert(is_between(on_, cover, off_));
   return cover;

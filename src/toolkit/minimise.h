@@ -18,7 +18,9 @@ struct MinimiseParams {
   bool repeat = false;       // reduce the cubes and expand them anew while that pays
   bool make_sparse = false;  // last, look for cubes with fewer literals one by one
   // Primes to choose from: over each cube at most so many, fewer (but least_primes_per_cube) when
-  // there are so many cubes that max_primes is exceeded.
+  // there are so many cubes that max_primes is exceeded. All that there are, if they are no more
+  // than max_primes and than max_primes_per_cube for each cube, and the variables are few
+  // (toolkit/all_primes.h).
   std::uint32_t max_primes_per_cube = 200;
   std::uint32_t least_primes_per_cube = 24;
   std::uint32_t max_primes = 10'000;

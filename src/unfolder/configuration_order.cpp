@@ -4,6 +4,8 @@
 #include <array>
 #include <cassert>
 
+#include "base/sort_unique.h"
+
 namespace vorel::unfolder {
 namespace {
 
@@ -32,10 +34,9 @@ void ConfigurationOrder::measure(UnfoldedEvent& event) {
   causes_.clear();
   for (const ConditionId c : event.preset()) {
     const EventId cause = process_.producer(c);
-    if (cause != no_event && std::ranges::find(causes_, cause) == causes_.end()) {
-      causes_.push_back(cause);
-    }
+    if (cause != no_event) causes_.push_back(cause);
   }
+  base::sort_unique(causes_);
   event.size = 1;
   event.depth = 1;
   event.dummies = net_.is_dummy[event.transition];

@@ -1,5 +1,5 @@
 // unfolder/local_histories.h - what was consumed last at each place, for every event in the prefix.
-// Here:      trees that events share, the conditions of a place one behind the other, and what two
+// Here:      what events share of it, the conditions of a place one behind the other, and what two
 //            histories say about each other.
 // Not here:  the search that asks (unfolder/co_set_finder.h), the relation that answers from memory
 //            (unfolder/concurrency_relation.h).
@@ -12,22 +12,21 @@
 // the event's configuration consumed there last, behind conditions that are concurrent with it too:
 // the others need not be looked at.
 //
-// The histories are trees with a fan-out of 16 over entries, one for each place with several
-// consumers and one for all other places of a transition. Histories share the subtrees in which
-// they agree, so two of them are compared, and a history is made from those of the causes, in time
-// and memory of where they differ. When they take too much memory the older half is given up;
-// whoever meets such an event has to find out otherwise.
+// A history has an entry for each place with several consumers and one for all other places of a
+// transition. Histories share what they agree in, so two of them are compared, and a history is
+// made from those of the causes, in time and memory of where they differ. When they take too much
+// memory the older half is given up; whoever meets such an event has to find out otherwise.
 //
 // Writing is for the main thread between phases, the questions may be asked by all workers.
 #pragma once
 
 #include <algorithm>
-#include <array>
+#include <cassert>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <vector>
 
+#include "base/shared_arrays.h"
 #include "unfolder/branching_process.h"
 
 namespace vorel::unfolder {
@@ -41,7 +40,7 @@ class LocalHistories {
   void add_batch(std::span<const EventId> batch);
 
   // The history of the condition's producer is at hand.
-  bool is_known(ConditionId c) const { return conditions_[c].root != given_up; }
+  bool is_known(ConditionId c) const { return conditions_[c].history != given_up; }
 
   // Whoever asks many questions keeps the entry at which it met the last conflict, 0 at first: the
   // next one is there, mostly.
@@ -49,12 +48,12 @@ class LocalHistories {
   // Both are known. In a safe net they are concurrent exactly if neither consumes the other and
   // their pasts are not in conflict.
   bool are_concurrent(ConditionId c, ConditionId d, std::uint32_t& conflict) const {
-    return agree(conditions_[c].root, conditions_[d].root, conflict) && !is_consumed_by(c, d) &&
-           !is_consumed_by(d, c);
+    return agree(conditions_[c].history, conditions_[d].history, conflict) &&
+           !is_consumed_by(c, d) && !is_consumed_by(d, c);
   }
   // The pasts of a known condition and an event of the last batch are not in conflict.
   bool in_harmony(ConditionId c, EventId e, std::uint32_t& conflict) const {
-    return agree(conditions_[c].root, root_of(e), conflict);
+    return agree(conditions_[c].history, history_of(e), conflict);
   }
 
   // What the union of the local configurations of events amounts to: all are known, and none is in
@@ -74,14 +73,9 @@ class LocalHistories {
                        std::vector<ConditionId>& list) const;
 
  private:
-  // A leaf holds records (0: nothing was consumed), the others hold nodes (0: nothing below).
-  using Node = std::array<std::uint32_t, 16>;
-  using NodeId = std::uint32_t;
-  static constexpr std::uint32_t fan_out = 16;
-  static constexpr NodeId given_up = 0xFFFFFFFFu;
-  static constexpr std::uint32_t chunk_size = 4096;
+  using History = base::SharedArrays::Array;  // of records by entry; 0: nothing was consumed
+  static constexpr History given_up = 0xFFFFFFFFu;
   static constexpr std::uint32_t node_limit = 6u << 20;  // 384 MiB
-  using NodeChunks = std::vector<std::unique_ptr<Node[]>>;
 
   // What an event consumed from the places of one entry.
   struct Record {
@@ -91,37 +85,30 @@ class LocalHistories {
     Sum sum;                 // of the events up to this one that are counted at this entry
   };
 
-  void number_entries();
+  std::uint32_t number_entries();
   void add_initial();
   void add_records(EventId e);
   void add_history(EventId e);
   void add_conditions(EventId e);
   void restore_history(EventId e);
   void give_up_oldest();
-  NodeId copy_tree(NodeId id, std::uint32_t span, const NodeChunks& old,
-                   std::vector<NodeId>& moved);
 
-  NodeId new_node(const Node& node);
-  Node& node(NodeId id) { return node_chunks_[id / chunk_size][id % chunk_size]; }
-  const Node& node(NodeId id) const { return node_chunks_[id / chunk_size][id % chunk_size]; }
-
-  NodeId root_of(EventId e) const { return e == no_event ? 0 : roots_[e]; }
-  NodeId merge(std::size_t first, std::uint32_t span);
-  void set(NodeId& id, std::uint32_t span, std::uint32_t entry, std::uint32_t record, NodeId own);
-  std::uint32_t last_at(NodeId root, PlaceId place) const {
-    return entry_[place] == base::no_index ? 0 : record_at(root, entry_[place]);
+  History history_of(EventId e) const { return e == no_event ? 0 : histories_[e]; }
+  std::uint32_t last_at(History history, PlaceId place) const {
+    return entry_[place] == base::no_index ? 0 : shared_.at(history, entry_[place]);
   }
-  std::uint32_t record_at(NodeId root, std::uint32_t entry) const;
-  void add_difference(NodeId base, std::uint32_t span, std::size_t first,
-                      std::vector<NodeId>& others, Sum& sum) const;
-  bool agree(NodeId a, NodeId b, std::uint32_t& conflict) const {
+  // At places with several consumers.
+  bool agree(History a, History b, std::uint32_t& conflict) const {
+    assert(a != given_up && b != given_up);
     if (a == b || a == 0 || b == 0 || choice_count_ == 0) return true;
-    const std::uint32_t in_a = record_at(a, conflict), in_b = record_at(b, conflict);
+    const std::uint32_t in_a = shared_.at(a, conflict), in_b = shared_.at(b, conflict);
     if (in_a != in_b && in_a != 0 && in_b != 0 && !follow(in_a, in_b)) return false;
-    return agree_below(a, b, top_span_, 0, conflict);
+    return shared_.agree(a, b, choice_count_, [&](auto entry, auto last_a, auto last_b) {
+      if (follow(last_a, last_b)) return true;
+      conflict = entry;
+      return false;
+    });
   }
-  bool agree_below(NodeId a, NodeId b, std::uint32_t span, std::uint32_t first_entry,
-                   std::uint32_t& conflict) const;
   bool follow(std::uint32_t a, std::uint32_t b) const;
   bool is_consumed_by(ConditionId c, ConditionId d) const;
 
@@ -130,24 +117,22 @@ class LocalHistories {
   // Entries by place, those of places with several consumers first; what to add to the slot of the
   // entry's record to get that of the place.
   std::vector<std::uint32_t> entry_, offset_;
-  std::uint32_t choice_count_ = 0, entry_count_ = 0;
-  std::uint32_t top_span_ = 1;  // entries below each child of a root
+  std::uint32_t choice_count_ = 0;
 
   // By transition: the entry at which its events are counted.
   std::vector<std::uint32_t> counting_entry_;
 
-  NodeChunks node_chunks_;
-  std::uint32_t node_count_ = 0;  // the first is none
-  std::vector<NodeId> roots_;     // by event
-  std::vector<EventId> kept_;     // whose roots are at hand, in the order in which they entered
+  base::SharedArrays shared_;
+  std::vector<History> histories_;  // by event
+  std::vector<EventId> kept_;  // whose histories are at hand, in the order in which they entered
   std::vector<Record> records_;
   std::vector<std::uint32_t> before_;        // by record: that of the entry before it; 0: none
   std::vector<std::uint32_t> first_record_;  // by event
-  std::vector<NodeId> merging_;              // a stack of nodes to merge
+  std::vector<History> merging_;             // scratch
 
   // A slot is one arc from a condition to an event.
   struct Condition {
-    NodeId root;                       // of its producer
+    History history;                   // of its producer
     std::uint32_t before;              // the record of its place before it
     ConditionId next = no_condition;   // the next one behind the same slot, or behind none
     std::uint32_t first_consumer = 0;  // a slot; 0: none
@@ -160,7 +145,7 @@ class LocalHistories {
 template <class Fits>
 void LocalHistories::list_candidates(EventId e, PlaceId place, ConditionId end, Fits fits,
                                      std::vector<ConditionId>& list) const {
-  const std::uint32_t last = last_at(root_of(e), place);
+  const std::uint32_t last = last_at(history_of(e), place);
   const std::size_t start = list.size();
   const auto visit = [&](ConditionId c) {
     for (; c != no_condition; c = conditions_[c].next) {

@@ -270,9 +270,7 @@ TEST(EdgeHistory, CountsTheEdgesOfEachLocalConfiguration) {
     }
     b.finish();
     const auto order = topological_order(*b.process);
-    EdgeHistory history(*b.process, order);
-    while (history.visit_next_block()) {
-    }
+    const EdgeHistory history(*b.process, order);
     for (auto* event : order) {
       std::uint32_t expected = 0;
       for (const auto* past : causal_past(*b.process, std::array{event})) {

@@ -245,6 +245,59 @@ TEST(ReachCheck, FindsMergedProcessesStuckExactlyWhereTheirNetsAre) {
   testing::internal::GetCapturedStderr();
 }
 
+// How many of something there are at a time: the largest number in any state can be had, one more
+// cannot. Many of these exclude each other.
+template <class N>
+void compare_largest_counts(const N& net, configuration::Enabledness enabledness) {
+  const auto prefix = oracle::unfold(net).value();
+  const auto merged = net::merge(prefix);
+  const StateKind kind =
+      enabledness == configuration::Enabledness::direct ? StateKind::all : StateKind::no_dummies;
+  const auto configurations = oracle::configuration_states(prefix, kind, 600);
+  if (!configurations) return;
+  if constexpr (N::has_signals) {
+    if (kind != StateKind::all && configuration::has_dummy_cutoffs(prefix)) return;
+  }
+  const struct {
+    const char* text;
+    std::vector<bool> (*of)(const PropertyState&);
+    bool tells_instances;
+  } table[] = {
+      {"t in TRANSITIONS {@t}", [](const auto& s) { return s.enabled[oracle::transition]; }, false},
+      {"p in PLACES {$p}", [](const auto& s) { return s.holds[oracle::place]; }, false},
+      {"c in CONDITIONS {$c}", [](const auto& s) { return s.holds[oracle::condition]; }, true},
+      {"e in EVENTS {@e}", [](const auto& s) { return s.enabled[oracle::event]; }, true}};
+  for (const auto& [text, of, tells_instances] : table) {
+    std::ptrdiff_t largest = 0;
+    for (const auto& [events, state] : *configurations)
+      largest = std::max(largest, std::ranges::count(of(state), true));
+    for (const std::ptrdiff_t count : {largest, largest + 1}) {
+      const std::string property = "threshold[" + std::to_string(count) + "] " + text;
+      const Probe<net::PrefixOf<N>> one(prefix, property, enabledness, Search::one);
+      EXPECT_EQ(!one.configurations.empty(), count == largest) << property;
+      if constexpr (!N::has_signals) {
+        if (tells_instances) continue;
+        const Probe<net::MergedProcessOf<N>> other(merged, property, enabledness, Search::one);
+        EXPECT_EQ(!other.configurations.empty(), count == largest) << property;
+      }
+    }
+  }
+}
+
+TEST(ReachCheck, CountsAsManyAtATimeAsThereAre) {
+  const auto [first, end] = support::seeds(200);
+  testing::internal::CaptureStderr();  // prefixes without cut-offs are warned of
+  testing::internal::CaptureStdout();  // trivial cases are told
+  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    compare_largest_counts(oracle::random_net(seed), configuration::Enabledness::direct);
+    compare_largest_counts(stg_for(seed, true), configuration::Enabledness::direct);
+    compare_largest_counts(stg_for(seed, true), configuration::Enabledness::via_dummies);
+  }
+  testing::internal::GetCapturedStdout();
+  testing::internal::GetCapturedStderr();
+}
+
 TEST(ReachCheck, AgreesWithTheStateGraphOfRandomStgs) {
   compare_on_seeds([](std::uint64_t seed) { return stg_for(seed, seed % 2 == 0); },
                    configuration::Enabledness::direct);

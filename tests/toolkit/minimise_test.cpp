@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
 #include "base/run_state.h"
 #include "oracle/exact_minimum.h"
 #include "support/caught_messages.h"
 #include "support/seeds.h"
+#include "toolkit/all_primes.h"
 #include "toolkit/complement.h"
 #include "toolkit/tautology.h"
 #include "toolkit/toolkit_testing.h"
@@ -87,6 +89,51 @@ TEST(Minimise, GivesPrimeAndIrredundantCoversBetweenOnAndNotOff) {
     if (seed % 11 < 3) params.make_sparse = true;
     expect_minimised(on, off, params);
     if (HasFailure()) return;
+  }
+}
+
+// Asks every cube, by its points.
+std::set<std::string> primes_by_definition(std::size_t width, const TruthTable& on,
+                                           const TruthTable& off) {
+  const auto meets = [](const TruthTable& table, const Cube& cube) {
+    for (std::uint32_t p = 0; p < table.size(); ++p)
+      if (table[p] && contains_point(cube, p)) return true;
+    return false;
+  };
+  std::set<std::string> primes;
+  std::size_t cubes = 1;
+  for (std::size_t i = 0; i < width; ++i) cubes *= 3;
+  for (std::size_t number = 0; number < cubes; ++number) {
+    Cube cube(width);
+    for (std::size_t i = 0, rest = number; i < width; ++i, rest /= 3)
+      cube.set(i, static_cast<Ternary>(rest % 3));
+    bool is_prime = !meets(off, cube) && meets(on, cube);
+    for (std::size_t i = 0; i < width && is_prime; ++i) {
+      Cube larger = cube;
+      larger.set(i, Ternary::dash);
+      is_prime = cube[i] == Ternary::dash || meets(off, larger);
+    }
+    if (is_prime) primes.insert(to_string(cube));
+  }
+  return primes;
+}
+
+TEST(AllPrimes, AreThoseOfTheDefinitionOrNoneIfTooMany) {
+  for (auto [seed, end] = support::seeds(120); seed < end; ++seed) {
+    SCOPED_TRACE(seed);
+    RandomCovers random(seed);
+    const std::size_t width = seed % 30 == 0 ? 7 + random.below(2) : 1 + random.below(6);
+    const auto [on, off] = seed % 2 == 0 ? random.points(width, random.below(60), random.below(40))
+                                         : disjoint_covers(random, width);
+    const std::set<std::string> expected = primes_by_definition(width, table_of(on), table_of(off));
+    const PackedCover on_rows(on), off_rows(off);
+    const auto found = all_primes(on_rows, off_rows, expected.size());
+    ASSERT_TRUE(found);
+    std::set<std::string> texts;
+    for (const Cube& cube : found->unpacked()) texts.insert(to_string(cube));
+    ASSERT_EQ(texts, expected);
+    EXPECT_EQ(found->size(), expected.size());
+    EXPECT_TRUE(expected.empty() || !all_primes(on_rows, off_rows, expected.size() - 1));
   }
 }
 
