@@ -76,9 +76,11 @@ counter() {
     }' | to_ll_net
 }
 
-# Seconds of a run with so many threads. Exit code 1 is that of warnings.
+# Seconds of a run with so many threads. Exit code 1 is that of warnings. Into a new file: some file
+# systems bring one that replaces another to the disk at once, which has nothing to do with threads.
 time_run() {
   local before after
+  rm -f "$scratch/$1.pnml"
   before=$(date +%s%N)
   build-bench/vorel-unfold --threads "$1" --quiet "$scratch/net.ll_net" "$scratch/$1.pnml" || [ $? -eq 1 ]
   after=$(date +%s%N)

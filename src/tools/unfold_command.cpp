@@ -54,22 +54,23 @@ class UnfoldRun {
   template <class N>
   void unfold_and_write(N net) {
     limit_.enter("unfolding");
-    auto prefix = unfold(std::move(net));
-    if (!prefix || !is_consistent(*prefix)) return;
+    auto unfolded = unfold(std::move(net));
+    if (!unfolded || !is_consistent(*unfolded)) return;
+    auto& prefix = base::keep_to_the_end(*std::move(unfolded));
     // Only now: the cut-offs show the values of signals too.
-    if (request_.options.no_cutoffs) remove_cut_offs(*prefix);
-    count_elements(*prefix);
+    if (request_.options.no_cutoffs) remove_cut_offs(prefix);
+    count_elements(prefix);
     figures_.unfolding_seconds = watch_.lap();
     limit_.enter("drawing the prefix");
-    if (!request_.drawing.empty() && !formats::save_dot(*prefix, request_.drawing)) return;
+    if (!request_.drawing.empty() && !formats::save_dot(prefix, request_.drawing)) return;
     if (request_.merge) {
       limit_.enter("merging");
-      const auto merged = net::merge(*prefix);
+      const auto merged = net::merge(prefix);
       limit_.enter("writing");
       if (write_merged(merged, request_)) tell_success(merged);
     } else {
       limit_.enter("writing");
-      if (write_prefix(*prefix, request_)) tell_success(*prefix);
+      if (write_prefix(prefix, request_)) tell_success(prefix);
     }
   }
 

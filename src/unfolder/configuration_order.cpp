@@ -72,8 +72,7 @@ void ConfigurationOrder::measure(UnfoldedEvent& event) {
 }
 
 ConfigurationOrder::Comparison ConfigurationOrder::compare(EventId e, EventId f) {
-  Comparison result =
-      compare(std::array{e}, process_.event(e).size, std::array{f}, process_.event(f).size);
+  Comparison result = compare(std::array{e}, std::array{f});
   if (result.equal_states) result.order = respecting_dummies(e, f, result.order);
   return result;
 }
@@ -91,17 +90,11 @@ ConfigurationOrder::Comparison ConfigurationOrder::compare_to_empty(EventId e) {
 }
 
 ConfigurationOrder::Comparison ConfigurationOrder::compare(std::span<const EventId> e,
-                                                           std::uint32_t e_size,
-                                                           std::span<const EventId> f,
-                                                           std::uint32_t f_size) {
+                                                           std::span<const EventId> f) {
   ++comparisons_;
   find_difference(e, f);
-  assert(std::int64_t{e_size} - std::int64_t{f_size} ==
-             static_cast<std::int64_t>(e_only_.size()) -
-                 static_cast<std::int64_t>(f_only_.size()) &&
-         "what two configurations share counts on both sides");
   if (!differences_cancel()) return {};
-  return {true, by_order(e_size, f_size)};
+  return {true, by_order()};
 }
 
 void ConfigurationOrder::find_difference(std::span<const EventId> e, std::span<const EventId> f) {
@@ -144,8 +137,10 @@ bool ConfigurationOrder::differences_cancel() {
   return equal;
 }
 
-int ConfigurationOrder::by_order(std::uint32_t e_size, std::uint32_t f_size) {
-  const int by_size = sign_of(std::int64_t{e_size} - std::int64_t{f_size});
+int ConfigurationOrder::by_order() {
+  // What two configurations share counts on both sides.
+  const int by_size = sign_of(static_cast<std::int64_t>(e_only_.size()) -
+                              static_cast<std::int64_t>(f_only_.size()));
   switch (options_.order) {
     case AdequateOrder::inclusion:
       return (by_size < 0 && e_only_.empty()) || (by_size > 0 && f_only_.empty()) ? by_size : 0;
@@ -216,9 +211,9 @@ int ConfigurationOrder::by_levels() {
 // that it adds to its correspondent, both are kept.
 int ConfigurationOrder::respecting_dummies(EventId e, EventId f, int order) const {
   if (order == 0 || options_.dummy_cutoffs) return order;
-  const UnfoldedEvent& larger = process_.event(order > 0 ? e : f);
-  if (net_.is_dummy[larger.transition] == 0) return order;
+  if (net_.is_dummy[process_.origin(order > 0 ? e : f).transition()] == 0) return order;
   if (order < 0) return 0;
+  const UnfoldedEvent& larger = process_.event(e);
   const UnfoldedEvent& smaller = process_.event(f);
   assert((smaller.size <= larger.size || options_.order == AdequateOrder::inclusion) &&
          "every order refines the order by size, or inclusion");

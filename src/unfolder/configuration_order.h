@@ -39,9 +39,8 @@ class ConfigurationOrder {
   // rule on dummies lets e be a cut-off.
   Comparison compare_to_empty(EventId e);
 
-  // Of any two configurations, each the past of some events; the sizes must be given.
-  Comparison compare(std::span<const EventId> e, std::uint32_t e_size, std::span<const EventId> f,
-                     std::uint32_t f_size);
+  // Of any two configurations, each the past of some events.
+  Comparison compare(std::span<const EventId> e, std::span<const EventId> f);
 
   std::uint64_t comparisons() const { return comparisons_; }
 
@@ -49,7 +48,7 @@ class ConfigurationOrder {
   // Collects the events that only one of the two pasts has.
   void find_difference(std::span<const EventId> e, std::span<const EventId> f);
   bool differences_cancel();
-  int by_order(std::uint32_t e_size, std::uint32_t f_size);
+  int by_order();
   int by_transitions();
   int by_levels();
   int by_counts(std::span<const EventId> e_part, std::span<const EventId> f_part);

@@ -29,9 +29,9 @@ void FinalStateTable::for_each_member(const Part& part, std::uint64_t hash, Visi
   }
 }
 
-void FinalStateTable::insert(EventId e, ConfigurationOrder& order) {
+void FinalStateTable::insert(EventId e, std::uint64_t hash, ConfigurationOrder& order) {
   assert(process_.event(e).correspondent == not_cut_off && "an event is judged once");
-  const std::uint64_t hash = process_.event(e).state.value();
+  assert(process_.event(e).state.value() == hash);
   Part& part = parts_[part_of(hash)];
   bool is_cut_off = false, has_replaced = false;
   for_each_member(part, hash, [&](std::size_t i) {
@@ -84,9 +84,7 @@ void FinalStateTable::resolve(EventId cut_off, ConfigurationOrder& order) const 
   for (const EventId member : members) {
     const auto against_cut_off = order.compare(cut_off, member);
     if (!against_cut_off.equal_states || against_cut_off.order <= 0) continue;
-    if (least == no_event || order.compare(std::array{member}, process_.event(member).size,
-                                           std::array{least}, process_.event(least).size)
-                                     .order < 0) {
+    if (least == no_event || order.compare(std::array{member}, std::array{least}).order < 0) {
       least = member;
     }
   }

@@ -23,11 +23,13 @@ class FinalStateTable {
 
   // The table falls into parts, by the state; each has its own events and memory.
   static constexpr std::uint32_t part_count = 16;
-  static std::uint32_t part_of(const StateHash& state) { return part_of(state.value()); }
+  static std::uint32_t part_of(std::uint64_t hash) {
+    return static_cast<std::uint32_t>(hash >> 60);
+  }
 
-  // Makes e a cut-off, or those events that e cuts off. Several threads may insert at a time, each
-  // into other parts and with an `order` of its own.
-  void insert(EventId e, ConfigurationOrder& order);
+  // Makes e, whose state has the hash, a cut-off, or those events that e cuts off. Several threads
+  // may insert at a time, each into other parts and with an `order` of its own.
+  void insert(EventId e, std::uint64_t hash, ConfigurationOrder& order);
 
   // Takes out an event that was found to be a cut-off by other means.
   void remove(EventId e);
@@ -49,9 +51,6 @@ class FinalStateTable {
   };
   static constexpr EventId empty = 0xFFFFFFFDu, removed = 0xFFFFFFFCu;
 
-  static std::uint32_t part_of(std::uint64_t hash) {
-    return static_cast<std::uint32_t>(hash >> 60);
-  }
   template <class Visit>
   static void for_each_member(const Part& part, std::uint64_t hash, Visit visit);
   static void append(Part& part, std::uint64_t hash, EventId member);

@@ -70,8 +70,7 @@ bool NonLocalSearch::accept() {
     walk.insert(walk.end(), preset.begin(), preset.end());
   }
   configuration_.assign(past.begin(), past.end());
-  const auto comparison = order_.compare(std::array{event_}, process_.event(event_).size,
-                                         configuration_, static_cast<std::uint32_t>(past.size()));
+  const auto comparison = order_.compare(std::array{event_}, configuration_);
   return comparison.equal_states && comparison.order > 0;
 }
 

@@ -39,7 +39,7 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   order.measure(event);
   assert(event.size > loop.level_ && "an extension is larger than what it extends");
   const EventId id = loop.process_.add_event(event, order.causes(), room);
-  found.push_back({id, FinalStateTable::part_of(event.state)});
+  found.push_back({id, event.state.value()});
   if (pending.size() <= event.size) pending.resize(event.size + 1);
   pending[event.size].push_back(id);
   lowest = std::min(lowest, event.size);
@@ -166,9 +166,10 @@ void UnfoldingLoop::judge_found() {
   const auto judge = [this](std::uint32_t worker, std::uint32_t part, std::uint32_t end) {
     for (const auto& finder : workers_) {
       for (const Found& event : finder->found) {
-        if (event.part < part || event.part >= end) continue;
+        const std::uint32_t own = FinalStateTable::part_of(event.hash);
+        if (own < part || own >= end) continue;
         if (must_give_up() && outcome_ == UnfoldOutcome::out_of_time) return;
-        final_states_.insert(event.id, workers_[worker]->order);
+        final_states_.insert(event.id, event.hash, workers_[worker]->order);
       }
     }
   };

@@ -70,7 +70,7 @@ class UnfoldingLoop {
  private:
   struct Found {
     EventId id;
-    std::uint32_t part;  // of the table of final states
+    std::uint64_t hash;  // of its final state
   };
 
   struct alignas(64) Worker {  // no cache line belongs to two
