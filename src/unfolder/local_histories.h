@@ -97,6 +97,12 @@ class LocalHistories {
   std::uint32_t last_at(History history, PlaceId place) const {
     return entry_[place] == base::no_index ? 0 : shared_.at(history, entry_[place]);
   }
+  // Of an event that is not in conflict with it. Saves looking for where both differ, which may be
+  // all that has happened since the event.
+  bool contains(History history, EventId e) const {
+    const std::uint32_t record = first_record_[e];
+    return shared_.at(history, records_[record].entry) >= record;
+  }
   // At places with several consumers.
   bool agree(History a, History b, std::uint32_t& conflict) const {
     assert(a != given_up && b != given_up);
