@@ -75,7 +75,7 @@ class LocalHistories {
  private:
   using History = base::SharedArrays::Array;  // of records by entry; 0: nothing was consumed
   static constexpr History given_up = 0xFFFFFFFFu;
-  static constexpr std::uint32_t node_limit = 6u << 20;  // 384 MiB
+  static constexpr std::uint32_t node_limit = 4u << 20;  // 256 MiB
 
   // What an event consumed from the places of one entry.
   struct Record {
