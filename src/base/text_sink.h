@@ -36,7 +36,9 @@ class alignas(64) TextSink {
     return *this << std::string_view(digits, static_cast<std::size_t>(end - digits));
   }
 
-  // Flushes the stream. False after an error, if that or any write before has failed.
+  // Gives the stream all that it has not got yet.
+  void drain();
+  // Flushes the stream, too. False after an error, if that or any write before has failed.
   bool finish();
 
   // Of a sink without a stream.
@@ -45,8 +47,6 @@ class alignas(64) TextSink {
 
  private:
   static constexpr std::size_t full_size = std::size_t{1} << 16;
-
-  void drain();
 
   std::ostream* const stream_ = nullptr;
   const std::size_t drain_size_ = full_size;

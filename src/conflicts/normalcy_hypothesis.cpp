@@ -22,11 +22,13 @@ NormalcyHypothesis::NormalcyHypothesis(
     : structure_{structure},
       prefix_{structure.process()},
       finder_(prefix_),
+      chain_(prefix_.events.size()),
       mixed_(prefix_.internals_end),
       same_sign_(prefix_.internals_end),
       opposite_sign_(prefix_.internals_end) {}
 
 bool NormalcyHypothesis::make() {
+  measure_chains();
   for (const auto& event : prefix_.events) {
     const net::SignalKind kind = event->transition->signal->kind;
     if (kind == net::SignalKind::output || kind == net::SignalKind::internal) visit(*event);
@@ -40,6 +42,16 @@ bool NormalcyHypothesis::make() {
   }
   find_violation();
   return true;
+}
+
+void NormalcyHypothesis::measure_chains() {
+  for (const Event* event : net::topological_order(prefix_)) {
+    for (const auto* condition : event->preset) {
+      if (condition->is_initial()) continue;
+      chain_[*event] = std::max(chain_[*event], chain_[*condition->pre_event]);
+    }
+    ++chain_[*event];
+  }
 }
 
 bool NormalcyHypothesis::adds_nothing(const Event& event, std::span<const Event* const> triggers,
@@ -56,7 +68,7 @@ bool NormalcyHypothesis::adds_nothing(const Event& event, std::span<const Event*
 
 void NormalcyHypothesis::visit(const Event& event) {
   const auto triggers = finder_.triggers_of(event);
-  if (triggers.empty()) return;
+  if (triggers.empty() || adds_nothing(event, triggers, chain_[event])) return;
   const std::array<Event*, 1> last{prefix_.events[event.index].get()};
   configuration::EventSet local;
   for (const Event* past : net::causal_past<net::Stg>(prefix_, last))

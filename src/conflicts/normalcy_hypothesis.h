@@ -56,8 +56,10 @@ class NormalcyHypothesis {
     bool same_sign;
   };
 
+  void measure_chains();
   void visit(const Event& event);
   // Without walking through configurations: nothing can be learnt that is not known already.
+  // `size`: of the local configuration, or less.
   bool adds_nothing(const Event& event, std::span<const Event* const> triggers,
                     std::size_t size) const;
   std::vector<Trigger> genuine_triggers(const Event& event,
@@ -70,6 +72,8 @@ class NormalcyHypothesis {
   const configuration::StateStructure<net::StgPrefix>& structure_;
   const net::StgPrefix& prefix_;
   configuration::TriggerFinder finder_;
+  base::IndexedBy<Event, std::uint32_t>
+      chain_;  // events on the longest chain to it, itself included
   EvidenceTable mixed_, same_sign_, opposite_sign_;
   NormalcyViolation violation_ = NormalcyViolation::none;
   net::SignalId violation_signal_;

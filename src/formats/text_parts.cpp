@@ -12,20 +12,23 @@ namespace {
 // parts before it have been handed out before, so that somebody is at work on the first that lacks.
 class Turns {
  public:
-  explicit Turns(std::ostream& stream) : stream_{stream} {}
-
-  void write(std::uint32_t part, const std::string& text) {
+  bool has_come(std::uint32_t part) {
+    const std::scoped_lock lock(mutex_);
+    return next_ == part;
+  }
+  void wait_for(std::uint32_t part) {
     std::unique_lock lock(mutex_);
-    turn_has_come_.wait(lock, [&] { return next_ == part; });
-    stream_.write(text.data(), static_cast<std::streamsize>(text.size()));
+    has_come_.wait(lock, [&] { return next_ == part; });
+  }
+  void end() {
+    const std::scoped_lock lock(mutex_);
     ++next_;
-    turn_has_come_.notify_all();
+    has_come_.notify_all();
   }
 
  private:
-  std::ostream& stream_;
   std::mutex mutex_;
-  std::condition_variable turn_has_come_;
+  std::condition_variable has_come_;
   std::uint32_t next_ = 0;  // guarded by mutex_
 };
 
@@ -38,15 +41,23 @@ bool write_parts(std::uint32_t part_count, base::WorkerPool& pool, std::ostream&
     for (std::uint32_t part = 0; part < part_count; ++part) add_part(part, direct);
     return direct.finish();
   }
-  Turns turns(stream);
+  Turns turns;
   const auto sinks = std::make_unique<base::TextSink[]>(pool.size());
   std::atomic<std::uint32_t> next_part{0};
   pool.run_all([&](std::uint32_t worker) {
     base::TextSink& sink = sinks[worker];
     for (std::uint32_t part = next_part++; part < part_count; part = next_part++) {
-      sink.clear();
-      add_part(part, sink);
-      turns.write(part, sink.text());
+      // The first part is the longest, as that of a net often is: it need not be in memory.
+      if (turns.has_come(part)) {
+        add_part(part, direct);
+        direct.drain();
+      } else {
+        sink.clear();
+        add_part(part, sink);
+        turns.wait_for(part);
+        stream.write(sink.text().data(), static_cast<std::streamsize>(sink.text().size()));
+      }
+      turns.end();
     }
   });
   return direct.finish();

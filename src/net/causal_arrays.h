@@ -40,16 +40,25 @@ class CausalArrays {
   }
 
   // The next event of the order. Its array is that of its causes: where these have different
-  // numbers, both not 0, combine(position, first, second) says which of both it is.
-  template <class Combine>
-  void visit(const Event& event, const Combine& combine) {
+  // numbers, both not 0, combine(position, first, second) says which of both it is. The array of a
+  // cause may be left aside if precedes(cause, another one), which asks for numbers of both: it
+  // saves looking for all that has changed in between.
+  template <class Combine, class Precedes>
+  void visit(const Event& event, const Combine& combine, const Precedes& precedes) {
     if (!is_at_hand_) shared_.forget_since(own_);
     if (shared_.node_count() > node_limit_) give_up_old();
     own_ = shared_.node_count();
+    const Event* last = nullptr;
     for (const auto* condition : event.preset) {
-      if (condition->is_initial()) continue;
-      const Array array = arrays_[*condition->pre_event];
-      if (merging_.empty() || merging_.back() != array) merging_.push_back(array);
+      if (condition->is_initial() || condition->pre_event == last) continue;
+      const Event& cause = *condition->pre_event;
+      if (last == nullptr) {
+        merging_.push_back(arrays_[*(last = &cause)]);
+      } else if (precedes(*last, cause)) {
+        merging_.front() = arrays_[*(last = &cause)];
+      } else if (!precedes(cause, *last)) {
+        merging_.push_back(arrays_[cause]);
+      }
     }
     array_ = &arrays_[event];
     *array_ = shared_.merge(merging_, combine);
@@ -57,6 +66,10 @@ class CausalArrays {
     if (is_at_hand_) at_hand_.push_back(&event);
   }
 
+  // Of an event that another one to be visited follows.
+  std::uint32_t at(const Event& event, std::uint32_t position) const {
+    return shared_.at(arrays_[event], position);
+  }
   // The array of the last visited event.
   std::uint32_t at(std::uint32_t position) const { return shared_.at(*array_, position); }
   void set(std::uint32_t position, std::uint32_t number) {

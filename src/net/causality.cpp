@@ -63,7 +63,16 @@ std::vector<EventOf<N>*> causal_past(const PrefixOf<N>& prefix,
       if (!condition->is_initial()) visit(condition->pre_event);
     }
   }
-  std::ranges::sort(past, {}, &EventOf<N>::index);
+  if (past.size() < prefix.events.size() / 16) {
+    std::ranges::sort(past, {}, &EventOf<N>::index);
+    return past;
+  }
+  // Looking at all is faster than sorting so many.
+  const std::size_t size = past.size();
+  past.clear();
+  for (std::uint32_t i = 0; past.size() < size; ++i) {
+    if (seen.contains(base::Id<EventOf<N>>{i})) past.push_back(prefix.events[i].get());
+  }
   return past;
 }
 

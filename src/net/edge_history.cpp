@@ -105,8 +105,12 @@ void EdgeHistory::carry_edges(std::uint32_t rank_count) {
   const auto later = [this](std::uint32_t rank, std::uint32_t a, std::uint32_t b) {
     return later_edge(rank, a, b);
   };
+  const auto precedes = [&](const Event& cause, const Event& other) {
+    const std::uint32_t signal = rank_[*cause.transition->signal];
+    return signal != base::no_index && is_in_chain(cause.index + 1, last_edges.at(other, signal));
+  };
   for (const Event* event : order_) {
-    last_edges.visit(*event, later);
+    last_edges.visit(*event, later, precedes);
     const std::uint32_t rank = rank_[*event->transition->signal];
     if (rank == base::no_index) continue;
     append_edge(event->index + 1, last_edges.at(rank));
@@ -142,6 +146,10 @@ std::uint32_t EdgeHistory::edge_at_depth(std::uint32_t edge, std::uint32_t depth
     edge = depth_[jump_[edge]] >= depth ? jump_[edge] : previous_[edge];
   }
   return edge;
+}
+
+bool EdgeHistory::is_in_chain(std::uint32_t edge, std::uint32_t last) const {
+  return depth_[edge] <= depth_[last] && edge_at_depth(last, depth_[edge]) == edge;
 }
 
 void EdgeHistory::append_edge(std::uint32_t edge, std::uint32_t previous) {

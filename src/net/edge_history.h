@@ -47,6 +47,7 @@ class EdgeHistory {
   std::uint32_t later_edge(std::uint32_t rank, std::uint32_t a, std::uint32_t b);
   void note_disorder(std::uint32_t rank, std::uint32_t a, std::uint32_t b);
   std::uint32_t edge_at_depth(std::uint32_t edge, std::uint32_t depth) const;
+  bool is_in_chain(std::uint32_t edge, std::uint32_t last) const;
   void append_edge(std::uint32_t edge, std::uint32_t previous);
   void recount_disordered();
 

@@ -63,9 +63,12 @@ void OccurrenceDepths<N>::count(const PrefixOf<N>& prefix) {
   assert(order.size() == prefix.events.size() && "a prefix has no causal cycles");
   const PlaceNumbers<N> places(prefix);
   CausalArrays<N> consumed(prefix, order, places.count());
+  const auto larger = [](std::uint32_t, std::uint32_t a, std::uint32_t b) {
+    return std::max(a, b);
+  };
+  const auto unknown = [](const Event&, const Event&) { return false; };
   for (const Event* event : order) {
-    consumed.visit(*event,
-                   [](std::uint32_t, std::uint32_t a, std::uint32_t b) { return std::max(a, b); });
+    consumed.visit(*event, larger, unknown);
     for (const Condition* condition : event->preset) {
       const std::uint32_t place = places[*condition->place];
       if (place == base::no_index) continue;

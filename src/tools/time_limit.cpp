@@ -11,7 +11,7 @@
 namespace vorel::tools {
 namespace {
 
-constexpr double grace_seconds = 0.5;
+constexpr double grace_seconds = 0.3;
 // Beyond, clocks would overflow; nobody waits that long.
 constexpr double longest_wait = 1e8;
 

@@ -1,7 +1,7 @@
 // tools/time_limit.h - the end of a run whose time is over, whatever it is doing.
 // Here:      a thread that waits for the time, and ends the process.
 // Not here:  loops that look at the clock themselves (base/deadline.h): they end earlier, with more
-//            to tell, and are given half a second for it.
+//            to tell, and are given a moment for it.
 #pragma once
 
 #include <atomic>

@@ -89,9 +89,21 @@ void LocalHistories::add_records(EventId e) {
 void LocalHistories::add_history(EventId e) {
   const std::uint32_t own = shared_.node_count();
   assert(merging_.empty());
+  EventId largest = no_event;
   for (const ConditionId c : process_.event(e).preset()) {
-    merging_.push_back(history_of(process_.producer(c)));
+    const EventId cause = process_.producer(c);
+    if (cause == no_event) continue;
+    if (largest == no_event || process_.event(cause).size > process_.event(largest).size) {
+      largest = cause;
+    }
   }
+  for (const ConditionId c : process_.event(e).preset()) {
+    const EventId cause = process_.producer(c);
+    if (cause != no_event && !contains(history_of(largest), cause)) {
+      merging_.push_back(history_of(cause));
+    }
+  }
+  merging_.push_back(history_of(largest));
   // Records rise with causality.
   History history = shared_.merge(
       merging_, [](std::uint32_t, std::uint32_t a, std::uint32_t b) { return std::max(a, b); });
@@ -122,8 +134,10 @@ LocalHistories::Sum LocalHistories::added_to_first(std::span<const EventId> even
                                                    std::vector<std::uint32_t>& scratch) const {
   Sum sum;
   scratch.clear();
-  for (const EventId e : events.subspan(1)) scratch.push_back(history_of(e));
   const History first = history_of(events.front());
+  for (const EventId e : events.subspan(1)) {
+    if (!contains(first, e)) scratch.push_back(history_of(e));
+  }
   shared_.visit_larger(first, scratch, [&](std::uint32_t own, std::uint32_t last) {
     const Sum& with = records_[last].sum;
     const Sum& without = records_[own].sum;

@@ -75,7 +75,7 @@ class LocalHistories {
  private:
   using History = base::SharedArrays::Array;  // of records by entry; 0: nothing was consumed
   static constexpr History given_up = 0xFFFFFFFFu;
-  static constexpr std::uint32_t node_limit = 6u << 20;  // 384 MiB
+  static constexpr std::uint32_t node_limit = 4u << 20;  // 256 MiB
 
   // What an event consumed from the places of one entry.
   struct Record {
@@ -96,6 +96,12 @@ class LocalHistories {
   History history_of(EventId e) const { return e == no_event ? 0 : histories_[e]; }
   std::uint32_t last_at(History history, PlaceId place) const {
     return entry_[place] == base::no_index ? 0 : shared_.at(history, entry_[place]);
+  }
+  // Of an event that is not in conflict with it. Saves looking for where both differ, which may be
+  // all that has happened since the event.
+  bool contains(History history, EventId e) const {
+    const std::uint32_t record = first_record_[e];
+    return shared_.at(history, records_[record].entry) >= record;
   }
   // At places with several consumers.
   bool agree(History a, History b, std::uint32_t& conflict) const {

@@ -384,6 +384,9 @@ void UnfoldingLoop::on_finish() {
     process_.enter(event);
     entered_.push_back(event);
   }
+  // The prefix that is made now needs their memory.
+  relation_.reset();
+  drop_histories();
   stats_.conditions = process_.condition_count();
   stats_.events = entered_.size();
   for (const auto& worker : workers_) stats_.comparisons += worker->order.comparisons();
