@@ -16,9 +16,9 @@ void start_program();
 // exit code: 0 clean, 1 warnings, 2 errors.
 int finish_program();
 
-// Keeps an object that a program needs to its very end, and no less: it is never destroyed. To
-// give back a large prefix node by node takes some percent of the time that it took to make it; the
-// system takes back everything at once.
+// Keeps an object until the process has ended: it is never destroyed. To give back a large prefix
+// node by node takes some percent of the time that it took to make it; the system takes back
+// everything at once.
 template <class T>
 T& keep_to_the_end(T object) {
   // What holds it must not be destroyed either.
