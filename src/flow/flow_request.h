@@ -27,6 +27,7 @@ struct ResolutionRequest {
 struct FlowLimits {
   std::uint64_t max_events = 0;     // of any prefix; 0: none
   double max_seconds = 0;           // of the whole run, looked at within and between steps; 0: none
+  double seconds_before = 0;        // of these, what was spent before the flow, on reading
   double max_mapping_seconds = 30;  // of mapping, where other styles can follow; 0: none
 };
 

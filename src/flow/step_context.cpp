@@ -6,7 +6,10 @@
 namespace vorel::flow {
 
 StepContext::StepContext(const FlowRequest& of, const FlowListener& told)
-    : request{of}, listener{told}, deadline{of.limits.max_seconds}, params{base::default_params()} {
+    : request{of},
+      listener{told},
+      deadline{of.limits.max_seconds, of.limits.seconds_before},
+      params{base::default_params()} {
   params.set("solver", of.solver);
 }
 

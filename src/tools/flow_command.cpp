@@ -73,6 +73,7 @@ class FlowRun {
       reading.text = sizes_text(*stg);
       reading.seconds = watch_.lap();
       tell_end(reading);
+      task_.request.limits.seconds_before = reading.seconds;
       result = flow::run_flow(std::move(*stg), task_.request, listener());
       progress_.clear();
     } else {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/clock.h"
+#include "base/deadline.h"
 #include "base/messages.h"
 #include "base/program.h"
 #include "decomposition/gate_library.h"
@@ -41,7 +42,8 @@ int exit_code_of(Answer verdict) {
 
 class VerifyRun {
  public:
-  explicit VerifyRun(const VerifyRequest& request) : request_{request} {}
+  explicit VerifyRun(const VerifyRequest& request)
+      : request_{request}, deadline_{request.verifier.limits.max_seconds} {}
 
   // nullopt after an error.
   std::optional<Answer> run() {
@@ -70,7 +72,7 @@ class VerifyRun {
     unfolder::UnfoldOptions options;
     options.number_of_threads = request_.verifier.threads;
     options.max_events = request_.verifier.limits.max_events;
-    options.max_seconds = request_.verifier.limits.max_seconds;
+    options.max_seconds = deadline_.left();
     options.keep_incomplete = true;
     unfolder::Unfolder<net::Stg> unfolder(std::move(stg), options);
     if (!unfolder.unfold()) return std::nullopt;
@@ -87,10 +89,8 @@ class VerifyRun {
     result.circuit = std::move(*circuit);
     result.reading_seconds = watch_.lap();
     verify::VerifierOptions options = request_.verifier;
-    if (options.limits.max_seconds > 0) {
-      options.limits.max_seconds -= result.reading_seconds;
-      if (options.limits.max_seconds <= 0) return true;
-    }
+    if (deadline_.is_over()) return true;
+    options.limits.max_seconds = deadline_.left();
     auto verification = verify::verify(result.stg, result.circuit, options);
     if (!verification) return false;
     result.verification = std::move(*verification);
@@ -119,6 +119,7 @@ class VerifyRun {
   }
 
   const VerifyRequest& request_;
+  const base::Deadline deadline_;  // of reading, too
   base::StopWatch watch_;
 };
 
