@@ -217,9 +217,11 @@ title 'Properties: seconds' 'solver 1 / solver 0'
 "$now/bench/make_prefix" 25000 net live.pnml >/dev/null
 echo 'exists x in EVENTS { $x & @x }' >some.reach
 echo 'threshold[6] t in TRANSITIONS { @t }' >six.reach
+echo 'exists p in PLACES { threshold[2] c in cond p { $c } }' >two.reach
 pair "$cpu" 'vorel -F -$1 -d @some.reach live.pnml' 'vorel -F -$0 -d @some.reach live.pnml'
 for name in "${nets[@]}"; do
   pair "$cpu" "vorel -F -\$1 -d @six.reach $name.pnml" "vorel -F -\$0 -d @six.reach $name.pnml"
+  pair "$cpu" "vorel -F -\$1 -d @two.reach $name.pnml" "vorel -F -\$0 -d @two.reach $name.pnml"
 done
 
 # What other scripts and programs tell, as it is.

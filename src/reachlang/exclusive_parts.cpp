@@ -7,6 +7,8 @@ namespace vorel::reachlang {
 namespace {
 
 constexpr std::uint64_t most_steps = 100'000'000;  // for the relation, and again for the lists
+constexpr std::uint32_t most_places = 8192;        // or the relation would not stay in the cache
+constexpr std::ptrdiff_t most_lists = 256;         // tried for a node; beyond, little is gained
 constexpr int rounds = 6;
 
 }  // namespace
@@ -75,7 +77,9 @@ typename ExclusiveParts<P>::Lists ExclusiveParts<P>::first_fit(std::span<const s
       });
     };
     const bool is_open = !needs_[i].empty() && steps_ < most_steps;
-    const auto list = is_open ? std::ranges::find_if(lists, takes) : lists.end();
+    const auto end = lists.begin() + std::min(most_lists, std::ssize(lists));
+    auto list = is_open ? std::find_if(lists.begin(), end, takes) : end;
+    if (list == end) list = lists.end();
     if (list != lists.end()) {
       list->push_back(i);
     } else {
@@ -90,13 +94,18 @@ typename ExclusiveParts<P>::Lists ExclusiveParts<P>::first_fit(std::span<const s
 template <net::Process P>
 std::vector<std::vector<ReachNodeId>> ExclusiveParts<P>::divide(
     std::span<const ReachNodeId> nodes) {
-  if (!concurrency_) concurrency_.emplace(configuration::TokenFlow::of(process_), most_steps);
+  if (!concurrency_) {
+    const bool is_small = process_.places.size() <= most_places;
+    concurrency_.emplace(configuration::TokenFlow::of(process_), is_small ? most_steps : 0);
+  }
   needs_.clear();
   for (const ReachNodeId node : nodes) needs_.push_back(needs_of(node));
   std::vector<std::size_t> order(nodes.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   Lists lists = first_fit(order);
-  const auto is_worthwhile = [&] { return lists.size() > 1 && lists.size() < nodes.size(); };
+  const auto is_worthwhile = [&] {
+    return lists.size() > 1 && lists.size() < nodes.size() && std::ssize(lists) <= most_lists;
+  };
   for (int round = 0; round < rounds && is_worthwhile() && steps_ < most_steps; ++round) {
     if (round % 2 == 0)
       std::ranges::stable_sort(lists, {}, &std::vector<std::size_t>::size);

@@ -25,8 +25,9 @@ class ExclusiveParts {
       : expr_{expr}, process_{process}, enabledness_{enabledness} {}
 
   // The nodes in few lists; at most one node of a list is true in a state that a configuration ends
-  // in. The relation of places is made at the first call. All calls share a bound on the pairs of
-  // tokens compared, beyond which nodes are left alone.
+  // in. The relation of places is made at the first call. What would cost more than it saves is not
+  // tried, and leaves nodes alone: nets of many places, many lists for one node, many pairs of
+  // tokens in all calls.
   std::vector<std::vector<ReachNodeId>> divide(std::span<const ReachNodeId> nodes);
 
  private:
