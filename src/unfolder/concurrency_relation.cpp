@@ -52,6 +52,27 @@ bool ConcurrencyRelation::concurrent(ConditionId c, ConditionId d) const {
   return word != row.end() && word->index == asked / 32 && (word->bits >> (asked % 32) & 1u) != 0;
 }
 
+bool ConcurrencyRelation::may_get_long_rows(std::span<const EventId> batch) const {
+  // By condition: those that its consumers in the batch produce.
+  std::vector<std::uint32_t> behind(rows_.size());
+  std::uint64_t row_count = rows_.size();
+  for (const EventId e : batch) {
+    const UnfoldedEvent& event = process_.event(e);
+    for (const ConditionId c : event.preset()) behind[c] += event.postset_size;
+    row_count += event.postset_size;
+  }
+  std::uint64_t words = word_count_;
+  for (const EventId e : batch) {
+    const UnfoldedEvent& event = process_.event(e);
+    // Each condition that it produces is told to those in its row.
+    std::uint64_t size = event.postset_size;
+    for_each(rows_[shortest_row(event)], [&](ConditionId c) { size += 1 + behind[c]; });
+    words += size * event.postset_size;
+    if (words > longest(row_count)) return true;
+  }
+  return false;
+}
+
 void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
   const auto size = static_cast<std::uint32_t>(batch.size());
   assert(std::ranges::all_of(batch,
@@ -98,12 +119,17 @@ void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
   }
 }
 
+// What is consumed with the fewest words in its row.
+ConditionId ConcurrencyRelation::shortest_row(const UnfoldedEvent& event) const {
+  assert(!event.preset().empty());
+  return *std::ranges::min_element(event.preset(), {},
+                                   [this](ConditionId c) { return rows_[c].size(); });
+}
+
 std::span<const Word> ConcurrencyRelation::common_row(const UnfoldedEvent& event,
                                                       Room<Word>& room) const {
   const auto preset = event.preset();
-  assert(!preset.empty());
-  const auto shortest =
-      *std::ranges::min_element(preset, {}, [this](ConditionId c) { return rows_[c].size(); });
+  const ConditionId shortest = shortest_row(event);
   std::size_t size = rows_[shortest].size();
   Word* const row = room.take(size);
   std::ranges::copy(rows_[shortest], row);

@@ -9,6 +9,7 @@
 // one thread.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -62,9 +63,10 @@ class ConcurrencyRelation {
   std::uint64_t memory() const { return word_count_ * sizeof(Word); }
   // True where a row costs more to enter and to read than histories cost to compare: where much is
   // concurrent with most conditions, unless all is small.
-  bool has_long_rows() const {
-    return memory() > (4u << 20) && memory() > rows_.size() * std::uint64_t{1024};
-  }
+  bool has_long_rows() const { return word_count_ > longest(rows_.size()); }
+  // The same after the batch, which has not been entered yet: true if it can be so, as far as the
+  // rows of what is consumed tell. Takes the time of reading these, or less.
+  bool may_get_long_rows(std::span<const EventId> batch) const;
 
  private:
   // Rows that grow move into arrays of the next power of two; those that they leave are kept for
@@ -99,6 +101,11 @@ class ConcurrencyRelation {
     }
   }
 
+  // Words of so many rows that are not long.
+  static std::uint64_t longest(std::uint64_t row_count) {
+    return std::max<std::uint64_t>(4u << 20, row_count * 1024) / sizeof(Word);
+  }
+  ConditionId shortest_row(const UnfoldedEvent& event) const;
   void find_consumers(std::span<const EventId> batch);
   std::span<const Word> common_row(const UnfoldedEvent& event, Room<Word>& room) const;
   void find_partners(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);

@@ -10,7 +10,7 @@ namespace vorel::unfolder {
 namespace {
 
 // If so many conditions come at once, and all are concurrent, their rows take 64 MiB: too much to
-// try whether they are.
+// try without a look at what they come from.
 constexpr std::uint64_t widest_relation = 1u << 14;
 
 // Fewer events are not worth being shared by the workers.
@@ -336,7 +336,7 @@ void UnfoldingLoop::drop_relation_if_full() {
   for (const EventId event : batch_) new_conditions += process_.event(event).postset_size;
   if (process_.condition_count() + batch_.size() > options_.conc_rel_size ||
       relation_->memory() > options_.conc_rel_memory || relation_->has_long_rows() ||
-      new_conditions > widest_relation) {
+      (new_conditions > widest_relation && relation_->may_get_long_rows(batch_))) {
     drop_relation();
     keep_histories();
   }
