@@ -200,30 +200,16 @@ class CircuitStates::Explorer {
   // States of the environment after an edge of the signal, dummies before it perhaps.
   std::set<std::uint32_t> after_edge(std::uint32_t environment, std::uint32_t signal) const {
     std::set<std::uint32_t> result;
-    for (const std::uint32_t state : after_dummies(environment))
+    for (const auto& [state, steps] : after_dummies(graph_, environment))
       for (const auto& arc : graph_.states[state].arcs)
         if (arc.transition->signal->index == signal) result.insert(arc.target);
     return result;
   }
 
-  // Of any number of them, or none.
-  std::set<std::uint32_t> after_dummies(std::uint32_t environment) const {
-    std::set<std::uint32_t> seen{environment};
-    std::vector<std::uint32_t> open{environment};
-    while (!open.empty()) {
-      const std::uint32_t state = open.back();
-      open.pop_back();
-      for (const auto& arc : graph_.states[state].arcs)
-        if (arc.transition->signal->is_dummy() && seen.insert(arc.target).second)
-          open.push_back(arc.target);
-    }
-    return seen;
-  }
-
   std::set<CircuitState> with_dummies(const std::set<CircuitState>& states) const {
     std::set<CircuitState> result;
     for (const CircuitState& state : states)
-      for (const std::uint32_t environment : after_dummies(state.environment))
+      for (const auto& [environment, steps] : after_dummies(graph_, state.environment))
         result.insert({environment, state.others});
     return result;
   }
@@ -391,13 +377,12 @@ class CircuitStates::Explorer {
 };
 
 void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::string& output,
-              const std::vector<CircuitPin>& pins, bool is_inverted) {
+              const std::vector<CircuitPin>& pins) {
   assert(pins.size() == gate.input_count());
   std::vector<std::string> inputs;
   for (const CircuitPin& pin : pins)
     if (!pin.wire.empty()) inputs.push_back(pin.wire);
-  const std::string own = is_inverted ? output + "'" : output;
-  circuit.gates.push_back({own, inputs, [gate, pins](const std::vector<bool>& values, bool now) {
+  circuit.gates.push_back({output, inputs, [gate, pins](const std::vector<bool>& values, bool now) {
                              std::vector<Word> at_pins;  // one case, in the lowest bit
                              std::size_t wired = 0;
                              for (const CircuitPin& pin : pins) {
@@ -406,9 +391,6 @@ void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::str
                              }
                              return (next_output(gate, at_pins, now ? 1 : 0) & 1u) != 0;
                            }});
-  if (!is_inverted) return;
-  const auto inverter = [](const std::vector<bool>& values, bool) { return !values[0]; };
-  circuit.gates.push_back({output, {own}, inverter});
 }
 
 CircuitStates::CircuitStates(const net::Stg& stg, const Graph& graph, const Values& initial,
