@@ -101,5 +101,17 @@ TEST(BooleanDecomposer, AGateOfTheCandidateDoesWhatTheSignalDoes) {
   EXPECT_GT(std::min(count[0], count[1]), 0u);
 }
 
+TEST(BooleanDecomposer, ASignalThatWaitsForTwoOthersIsALatchOfThem) {
+  const auto library = GateLibrary::read("");
+  ASSERT_TRUE(library);
+  const Bdd a = bdd::bdd_variable(10), b = bdd::bdd_variable(11), c = bdd::bdd_variable(12);
+  const bdd::BDDCover join(~c & a & b, c & (a | b), c & ~a & ~b, ~c & (~a | ~b));
+  LiteralCounts counts;
+  const auto candidates = BooleanDecomposer(counts).decompose(
+      {join, 5, 12}, {library->gate("c_element0:asynch"), first_pin});
+  ASSERT_FALSE(candidates.empty());
+  EXPECT_EQ(candidates.front().cost, 0);
+}
+
 }  // namespace
 }  // namespace vorel::decomposition
