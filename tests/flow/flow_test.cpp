@@ -62,27 +62,19 @@ class Flow : public testing::Test {
     ASSERT_EQ(graph.outcome, oracle::Exploration::complete);
     EXPECT_EQ(result.hint.empty(), result.verdict <= Verdict::verified_with_warnings);
     ASSERT_TRUE(result.coding) << result.sentence;
-    EXPECT_TRUE(result.coding->csc_holds || !oracle::conflicting_signals(before).empty());
+    const auto conflicts = oracle::conflicting_signals(before);
+    EXPECT_TRUE(result.coding->csc_holds || !conflicts.empty());
     const bool has_fault = std::ranges::any_of(
         result.findings, [](const StgFinding& f) { return f.gravity == Gravity::fault; });
     EXPECT_EQ(result.verdict == Verdict::faulty_stg, has_fault);
-    EXPECT_TRUE(!inputs_disable_outputs(before, graph) || has_fault);
+    for (const auto& [loser, taker] : oracle::disabled_signals(before, graph))
+      EXPECT_TRUE(taker >= before.inputs_end || has_fault);
     for (const StgFinding& finding : result.findings)
-      if (finding.kind == FindingKind::irreducible) expect_conflict(finding, before);
+      EXPECT_TRUE(finding.kind != FindingKind::irreducible ||
+                  std::ranges::count(conflicts, finding.subjects.front()) != 0);
     if (result.verdict <= Verdict::verified_with_warnings)
       expect_right_circuit(before, result, is_reduced);
     ++verdicts_[result.verdict];
-  }
-
-  static bool inputs_disable_outputs(const net::Stg& stg,
-                                     const oracle::StateGraph<net::Stg>& graph) {
-    return std::ranges::any_of(oracle::disabled_signals(stg, graph),
-                               [&](const auto& pair) { return pair.second < stg.inputs_end; });
-  }
-
-  static void expect_conflict(const StgFinding& finding, const net::Stg& stg) {
-    const auto signals = oracle::conflicting_signals(stg);
-    EXPECT_NE(std::ranges::find(signals, finding.subjects.front()), signals.end());
   }
 
   void expect_right_circuit(const net::Stg& before, const FlowResult& result, bool is_reduced) {
