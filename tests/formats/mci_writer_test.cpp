@@ -34,16 +34,6 @@ TEST(MciWriter, RandomPrefixesAreReadBackTheSame) {
   }
 }
 
-TEST(MciWriter, TheBytesAreThoseOfTheFormat) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  auto& p = b.condition("p");
-  auto& q = b.condition("qq");
-  b.event("t", {&p}, {&q}).cut_off.set_correspondents({});
-  EXPECT_EQ(written(b.finish()),
-            support::words({2, 1, 1, 1, 0, 1, 0, 2, 1, 0, 1, 0, 0, 0, 2, 1, 2}) +
-                support::names({"p", "qq", "", "t", ""}));
-}
-
 TEST(MciWriter, TheExampleIsWrittenBackByteForByte) {
   const std::string bytes = support::example_bytes("philosophers4.mci");
   EXPECT_EQ(written(*support::read_bytes(read_mci_net, bytes).process), bytes);
@@ -73,16 +63,6 @@ TEST(MciWriter, AnStgIsWrittenWithItsKindsAndReadBackTheSame) {
   ASSERT_TRUE(write_stg_mci(*prefix, stream));
   EXPECT_EQ(stream.str(), bytes);
   EXPECT_EQ(prefix->transitions[1]->name, "x+");
-}
-
-TEST(MciWriter, AFailingStreamIsAnError) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  b.condition("p");
-  const net::NetPrefix& prefix = b.finish();
-  std::ofstream full("/dev/full");
-  const support::CaughtMessages messages;
-  EXPECT_FALSE(write_mci(prefix, full));
-  EXPECT_EQ(messages.text(), support::deprecation("*.mci") + "\nError: cannot write a file\n");
 }
 
 TEST(MciWriter, ANameThatTheFormatCannotHoldIsAnErrorRatherThanAnotherNet) {

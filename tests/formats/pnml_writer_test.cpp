@@ -155,33 +155,6 @@ TEST(PnmlWriter, RandomPrefixesAndTheirMergedProcessesAreReadBack) {
   }
 }
 
-TEST(PnmlWriter, TheExamplesAreReadBack) {
-  int read = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(support::example(""))) {
-    if (entry.path().extension() != ".pnml") continue;
-    const support::CaughtMessages warnings;
-    const auto variant = read_pnml<net::FullVariant>(entry.path());
-    ASSERT_NE(variant, nullptr) << entry.path();
-    std::visit([](const auto& process) { expect_same_when_read(process); }, *variant);
-    ++read;
-  }
-  EXPECT_GT(read, 10);
-}
-
-TEST(PnmlWriter, AFileIsCompressedIfItsNameSaysSo) {
-  const support::TemporaryFolder folder;
-  const auto prefix = oracle::unfold(oracle::random_net(1));
-  ASSERT_TRUE(prefix);
-  for (const char* name : {"x.pnml", "x.pnml.gz"}) {
-    ASSERT_TRUE(save_pnml(*prefix, folder.path(name)));
-    const support::CaughtMessages warnings;
-    EXPECT_EQ(description_of<net::NetPrefix>(read_pnml<net::FullVariant>(folder.path(name))),
-              support::describe(*prefix));
-  }
-  EXPECT_EQ(support::read_text(folder.path("x.pnml")), written(*prefix));
-  EXPECT_TRUE(support::read_text(folder.path("x.pnml.gz")).starts_with("\x1f\x8b"));
-}
-
 // More than any buffer holds, so that writing fails in the middle and not only at the end.
 TEST(PnmlWriter, AFileThatCannotBeWrittenIsAnErrorAndLeavesNothingBehind) {
   const support::TemporaryFolder folder;
@@ -190,16 +163,10 @@ TEST(PnmlWriter, AFileThatCannotBeWrittenIsAnErrorAndLeavesNothingBehind) {
   const net::NetPrefix& prefix = b.finish();
   std::filesystem::create_symlink("/dev/full", folder.path("full.pnml"));
   std::filesystem::create_symlink("/dev/full", folder.path("full.pnml.gz"));
-  const std::string absent = folder.path("absent/x.pnml");
-  const std::pair<std::string, std::string> rows[] = {
-      {folder.path("full.pnml"), "\nError: cannot write a file\n"},
-      {folder.path("full.pnml.gz"), "\nError: cannot write a file\n"},
-      {absent, "\nError: cannot open \"" + absent + "\" for output\n"},
-      {absent + ".gz", "\nError: cannot open \"" + absent + ".gz\" for output\n"}};
-  for (const auto& [name, error] : rows) {
+  for (const char* const name : {"full.pnml", "full.pnml.gz"}) {
     const support::CaughtMessages messages;
-    EXPECT_FALSE(save_pnml(prefix, name)) << name;
-    EXPECT_EQ(messages.text(), error) << name;
+    EXPECT_FALSE(save_pnml(prefix, folder.path(name))) << name;
+    EXPECT_EQ(messages.text(), "\nError: cannot write a file\n") << name;
   }
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2);
 }
