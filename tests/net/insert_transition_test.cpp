@@ -206,19 +206,6 @@ TEST(InsertTransition, RandomInsertionsLeaveACompletePrefixOfTheNetThatIsMeant) 
   for (const int count : counts) EXPECT_GT(count, static_cast<int>(end - first) / 6);
 }
 
-TEST(InsertTransition, ExamplesStayCompletePrefixes) {
-  Counts counts{};
-  for (const std::string name : {"celement", "dummy_fork", "fork_join", "latch_ctrl", "muller3",
-                                 "mutex2", "sequencer", "toggle", "vme_read"}) {
-    SCOPED_TRACE(name);
-    for (std::uint64_t seed = 0; seed < 8; ++seed) {
-      auto prefix = unfold_example(name);
-      oracle::Random random(seed);
-      expect_good_edits(prefix, random, counts);
-    }
-  }
-}
-
 StgTransition& transition_of(const StgPrefix& prefix, const std::string& name) {
   return **std::ranges::find(prefix.transitions, name, [](const auto& t) { return t->name; });
 }
