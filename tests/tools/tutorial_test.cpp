@@ -51,10 +51,7 @@ std::string comparable(const std::string& text) {
 
 TEST(Tutorial, SaysWhatItsCommandsAnswer) {
   const support::TemporaryFolder folder;
-  const auto shell = [&folder](const std::string& command) {
-    return support::run_program({"/bin/sh", "-c", command}, {.directory = folder.path()});
-  };
-  const bool can_simulate = shell("command -v iverilog && command -v vvp").exit_code == 0;
+  const bool can_simulate = folder.shell("command -v iverilog && command -v vvp").exit_code == 0;
   const std::string programs = std::filesystem::path(VOREL_BINARY).parent_path();
   const auto steps = steps_of(support::read_text(VOREL_EXAMPLES "/../docs/tutorial.md"));
   EXPECT_GT(steps.size(), 15u);
@@ -63,8 +60,8 @@ TEST(Tutorial, SaysWhatItsCommandsAnswer) {
     const bool simulates = step.command.find("iverilog") != std::string::npos ||
                            step.command.find("vvp") != std::string::npos;
     if (simulates && !can_simulate) continue;
-    const auto run = shell("PATH=" + programs + ":$PATH; (exit " + std::to_string(exit_code) +
-                           ")\n" + step.command);
+    const auto run = folder.shell("PATH=" + programs + ":$PATH; (exit " +
+                                  std::to_string(exit_code) + ")\n" + step.command);
     exit_code = run.exit_code;
     EXPECT_EQ(comparable(run.out + run.err), comparable(step.answer))
         << "docs/tutorial.md:" << step.line << ": " << step.command;
