@@ -97,23 +97,20 @@ class Comparison {
 
 TEST(StateLiterals, SayWhatTheTokenGameSaysOnRandomNets) {
   const support::CaughtMessages quiet;
-  const auto [first, end] = support::seeds(60);
   std::size_t states = 0;
-  for (std::uint64_t seed = first; seed < end; ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+  const std::uint64_t tried = support::for_each_seed(60, [&](std::uint64_t seed) {
     const auto prefix = oracle::unfold(oracle::random_net(seed));
     ASSERT_TRUE(prefix);
     states += Comparison<net::NetPrefix>(*prefix, Enabledness::direct).run(60);
     const auto merged = net::merge(*prefix);
     states += Comparison<net::NetMergedProcess>(merged, Enabledness::direct).run(60);
-  }
-  EXPECT_GT(states, 40 * (end - first));
+  });
+  EXPECT_GT(states, 40 * tried);
 }
 
 TEST(StateLiterals, SayWhatTheTokenGameSaysOnRandomStgs) {
   const support::CaughtMessages quiet;
-  for (auto [seed, end] = support::seeds(60); seed < end; ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+  support::for_each_seed(60, [&](std::uint64_t seed) {
     auto prefix = oracle::unfold(oracle::random_stg(seed));
     ASSERT_TRUE(prefix);
     net::find_initial_values(*prefix);
@@ -122,7 +119,7 @@ TEST(StateLiterals, SayWhatTheTokenGameSaysOnRandomStgs) {
     }
     const auto merged = net::merge(*prefix);
     Comparison<net::StgMergedProcess>(merged, Enabledness::direct).run(60);
-  }
+  });
 }
 
 // Two edges of one signal that know no order count both; one waits behind a dummy.

@@ -14,6 +14,7 @@
 #include "oracle/state_graph.h"
 #include "support/legacy_files.h"
 #include "support/run_program.h"
+#include "support/seeds.h"
 
 namespace vorel::formats {
 namespace {
@@ -103,11 +104,10 @@ TEST(GWriter, TheTextIsThatOfTheFormat) {
 }
 
 TEST(GWriter, RandomStgsAreReadBackWithTheSameBehaviour) {
-  for (std::uint64_t seed = 0; seed < 100; ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(100, [&](std::uint64_t seed) {
     expect_same_when_read(
         oracle::random_stg(seed, {.dummies = seed % 2 == 0, .toggles = seed % 3 == 0}));
-  }
+  });
 }
 
 // The second of two parallel places keeps its own marking by keeping its name.

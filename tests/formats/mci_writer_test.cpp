@@ -10,6 +10,7 @@
 #include "oracle/reference_unfolder.h"
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
+#include "support/seeds.h"
 
 namespace vorel::formats {
 namespace {
@@ -24,14 +25,14 @@ std::string written(const net::PrefixOf<N>& prefix) {
 }
 
 TEST(MciWriter, RandomPrefixesAreReadBackTheSame) {
-  for (std::uint64_t seed = 0; seed < 100; ++seed) {
+  support::for_each_seed(100, [&](std::uint64_t seed) {
     auto prefix = oracle::unfold(oracle::random_net(seed), 500);
-    if (!prefix) continue;
+    if (!prefix) return;
     const auto again = support::read_bytes(read_mci_net, written(*prefix)).process;
     ASSERT_NE(again, nullptr) << "seed " << seed;
     support::forget_arcs_of_dead_transitions(*prefix);
     EXPECT_EQ(support::describe(*again), support::describe(*prefix)) << "seed " << seed;
-  }
+  });
 }
 
 TEST(MciWriter, TheExampleIsWrittenBackByteForByte) {

@@ -9,6 +9,7 @@
 #include "oracle/reference_unfolder.h"
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
+#include "support/seeds.h"
 
 namespace vorel::formats {
 namespace {
@@ -34,11 +35,10 @@ void expect_same_when_read(const N& net, Reader reader) {
 }
 
 TEST(MpWriter, RandomMergedProcessesAreReadBackTheSame) {
-  for (std::uint64_t seed = 0; seed < 40; ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(40, [&](std::uint64_t seed) {
     expect_same_when_read(oracle::random_net(seed), read_mp_net);
     expect_same_when_read(oracle::random_stg(seed, {.dummies = true}), read_mp_stg);
-  }
+  });
 }
 
 TEST(MpWriter, TheExampleIsWrittenBackByteForByte) {

@@ -15,6 +15,7 @@
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
 #include "support/run_program.h"
+#include "support/seeds.h"
 
 namespace vorel::formats {
 namespace {
@@ -138,12 +139,11 @@ TEST(PnmlWriter, ConditionsLeftOutAfterCutOffsGetNumbersBehindTheOthers) {
 }
 
 TEST(PnmlWriter, RandomPrefixesAndTheirMergedProcessesAreReadBack) {
-  for (std::uint64_t seed = 0; seed < 40; ++seed) {
+  support::for_each_seed(40, [&](std::uint64_t seed) {
     const auto prefix = oracle::unfold(oracle::random_net(seed), 500);
     net::Stg stg = oracle::random_stg(seed, {.dummies = seed % 2 == 0, .toggles = seed % 3 == 0});
     ASSERT_TRUE(oracle::assign_initial_values(stg));
     const auto stg_prefix = oracle::unfold(stg, 500);
-    SCOPED_TRACE(seed);
     if (prefix) {
       expect_same_when_read(*prefix);
       expect_same_when_read(oracle::merge(*prefix));
@@ -152,7 +152,7 @@ TEST(PnmlWriter, RandomPrefixesAndTheirMergedProcessesAreReadBack) {
       expect_same_when_read(*stg_prefix);
       expect_same_when_read(oracle::merge(*stg_prefix));
     }
-  }
+  });
 }
 
 // More than any buffer holds, so that writing fails in the middle and not only at the end.

@@ -302,21 +302,17 @@ void check_many_choices(Random& random, int solver) {
 }
 
 TEST(CoreGuided, AddsUpManyChoices) {
-  const auto [first, end] = support::seeds(10);
-  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(10, [&](std::uint64_t seed) {
     Random random(seed);
     check_many_choices(random, static_cast<int>(seed % 2));
-  }
+  });
 }
 
 TEST(CoreGuided, EndsAtTheMinimum) {
-  const auto [first, end] = support::seeds(1000);
-  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(1000, [&](std::uint64_t seed) {
     Random random(seed);
     check_core_guided(random, static_cast<int>(seed % 2));
-  }
+  });
 }
 
 }  // namespace

@@ -227,9 +227,7 @@ void start(Pair& pair, Random& random, std::uint32_t variables) {
 }
 
 TEST(Solvers, AgreeWhileGroupsComeAndGo) {
-  const auto [first, end] = support::seeds(2000);
-  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+  support::for_each_seed(2000, [&](std::uint64_t seed) {
     Random random(static_cast<std::uint32_t>(seed));
     Pair pair({.restart_margin_percent = random.below(30),
                .first_restart = random.below(20),
@@ -242,7 +240,7 @@ TEST(Solvers, AgreeWhileGroupsComeAndGo) {
     }
     pair.check_clauses();
     pair.check_learnt();
-  }
+  });
 }
 
 // One pigeon more than holes; hard for resolution.

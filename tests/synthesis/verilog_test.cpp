@@ -76,12 +76,11 @@ std::vector<Subject> examples() {
 
 std::vector<Subject> random_subjects(std::uint64_t count) {
   std::vector<Subject> subjects;
-  const support::Seeds range = support::seeds(count);
-  for (std::uint64_t seed = range.first; seed < range.end; ++seed) {
+  support::for_each_seed(count, [&](std::uint64_t seed) {
     const net::Stg stg = oracle::random_stg(
         seed, {.dummies = seed % 3 == 0, .toggles = seed % 2 == 0, .max_states = 60});
     add_subject(subjects, "seed " + std::to_string(seed), stg);
-  }
+  });
   EXPECT_GT(subjects.size(), count / 4);
   return subjects;
 }

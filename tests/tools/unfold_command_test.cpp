@@ -1,6 +1,7 @@
 // The program vorel-unfold as its users see it: what it writes, and what vorel makes of that.
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <pty.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -186,16 +187,18 @@ TEST(UnfoldCommand, IsQuietWhereAskedButForWarnings) {
 // The other side of a terminal.
 class Terminal {
  public:
-  Terminal() : descriptor_{::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)} {
-    if (descriptor_ < 0 || ::grantpt(descriptor_) != 0 || ::unlockpt(descriptor_) != 0) {
+  Terminal() {
+    if (::openpty(&descriptor_, &kept_open_, nullptr, nullptr, nullptr) != 0)
       throw std::runtime_error("no terminal for a test");
-    }
   }
-  ~Terminal() { ::close(descriptor_); }
+  ~Terminal() {
+    ::close(descriptor_);
+    ::close(kept_open_);
+  }
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  std::string path() const { return ::ptsname(descriptor_); }
+  std::string path() const { return ::ttyname(kept_open_); }
   // What was written arrives some time later, and in pieces.
   std::string shown() const {
     constexpr int quiet_milliseconds = 200;
@@ -212,12 +215,11 @@ class Terminal {
 
  private:
   int descriptor_;
+  int kept_open_;  // what a program wrote can be read as long as somebody has the terminal open
 };
 
 TEST(UnfoldCommand, ShowsProgressOnATerminalOnly) {
   const Terminal terminal;
-  // What the program wrote can be read as long as somebody has the terminal open.
-  const int kept_open = ::open(terminal.path().c_str(), O_RDWR | O_NOCTTY);
   const support::TemporaryFolder folder;
   const auto run = [&](Arguments arguments, const std::string& error_path) {
     arguments.insert(arguments.end(), {support::example("key_3.ll_net"), folder.path("x.pnml")});
@@ -232,7 +234,6 @@ TEST(UnfoldCommand, ShowsProgressOnATerminalOnly) {
     run({option}, terminal.path());
     EXPECT_EQ(terminal.shown(), "") << option;
   }
-  ::close(kept_open);
 }
 
 TEST(UnfoldCommand, HelpAndVersionGoToTheStandardOutput) {
