@@ -1,11 +1,8 @@
 // The program vorel-verify next to the exploration of all states: netlists that vorel writes, and
 // the same with one thing changed.
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "decomposition/gate_library.h"
 #include "formats/g_writer.h"
@@ -13,9 +10,8 @@
 #include "oracle/netlist_mutations.h"
 #include "oracle/parse_g.h"
 #include "oracle/random_stg.h"
-#include "support/json_schema.h"
-#include "support/run_program.h"
 #include "support/seeds.h"
+#include "tools/command_testing.h"
 
 namespace vorel::tools {
 namespace {
@@ -58,26 +54,22 @@ struct Subject {
   oracle::Values initial;
 };
 
-class VerifyCampaign : public testing::Test {
+class VerifyCampaign : public CommandTest {
  protected:
-  VerifyCampaign() : schema_(Json::parse(support::read_text(VOREL_SCHEMA))) {
+  VerifyCampaign() : CommandTest(VOREL_VERIFY_BINARY, VOREL_SCHEMA) {
     const auto gates = decomposition::read_gates("");
     for (const toolkit::LibraryGate& gate : *gates) library_.emplace(gate.name, gate);
-  }
-
-  support::ProgramRun run(const std::vector<std::string>& command) const {
-    return support::run_program(command, {.directory = folder_.path()});
   }
 
   // The netlists of an STG by the mode that makes them; none where there are conflicts.
   std::map<std::string, std::string> netlists_of(const std::string& g_text) const {
     std::map<std::string, std::string> netlists;
     folder_.write("stg.g", g_text);
-    if (run({VOREL_UNFOLD_BINARY, "-q", "stg.g", "stg.unf.pnml"}).exit_code > 1) return netlists;
+    if (folder_.shell(VOREL_UNFOLD_BINARY " -q stg.g stg.unf.pnml").exit_code > 1) return netlists;
     for (const std::string mode : {"-E", "-G", "-S", "-T"}) {
       std::filesystem::remove(folder_.path("out.v"));
-      if (run({VOREL_BINARY, mode, "stg.unf.pnml", "out.v"}).exit_code > 1) continue;
-      std::string module = support::read_text(folder_.path("out.v"));
+      if (folder_.shell(VOREL_BINARY " " + mode + " stg.unf.pnml out.v").exit_code > 1) continue;
+      std::string module = file("out.v");
       if (!module.starts_with("module")) continue;
       // As no compiler takes them.
       for (std::size_t at = 0; (at = module.find("1b`", at)) != std::string::npos;)
@@ -91,25 +83,23 @@ class VerifyCampaign : public testing::Test {
   void compare(const Subject& subject, const std::string& module, const std::string& kind,
                bool is_mutated) {
     SCOPED_TRACE(subject.title + (subject.hides_internal ? ", hiding, " : ", ") + kind + '\n' +
-                 support::read_text(folder_.path("stg.g")) + module);
+                 file("stg.g") + module);
     folder_.write("circuit.v", module);
     std::filesystem::remove(folder_.path("out.json"));
-    std::vector<std::string> command{VOREL_VERIFY_BINARY, "stg.g", "circuit.v", "--json",
-                                     "out.json"};
+    Arguments command{"stg.g", "circuit.v", "--json", "out.json"};
     if (subject.hides_internal) command.push_back("--hide-internal");
     oracle::Netlist netlist = oracle::read_netlist(module, library_);
     if (is_mutated) declare_mutexes(netlist.circuit, command);
-    const support::ProgramRun result = run(command);
+    const support::ProgramRun result = call(command);
     if (result.exit_code == 2) {
       EXPECT_TRUE(is_mutated) << result.err;
       EXPECT_TRUE(is_refused_rightly(subject, netlist, result.err)) << result.err;
       EXPECT_EQ(result.out, "");
-      EXPECT_FALSE(std::filesystem::exists(folder_.path("out.json")));
+      EXPECT_FALSE(exists("out.json"));
       return;
     }
     ASSERT_EQ(netlist.fault, "");
-    const Json document = Json::parse(support::read_text(folder_.path("out.json")));
-    EXPECT_EQ(support::schema_fault(document, schema_), "");
+    const Json document = checked_document(file("out.json"));
     auto& initial = netlist.circuit.initial;
     for (const Json& wire : document.at("wires")) {
       const std::string name = wire.at("name");
@@ -126,7 +116,7 @@ class VerifyCampaign : public testing::Test {
   }
 
   // Here and there, between any two.
-  void declare_mutexes(oracle::Circuit& circuit, std::vector<std::string>& command) {
+  void declare_mutexes(oracle::Circuit& circuit, Arguments& command) {
     const std::string& a = circuit.gates[random_.below(circuit.gates.size())].output;
     const std::string& b = circuit.gates[random_.below(circuit.gates.size())].output;
     if (a == b || random_.chance(70)) return;
@@ -189,8 +179,6 @@ class VerifyCampaign : public testing::Test {
     netlists_ += netlists.size();
   }
 
-  const support::TemporaryFolder folder_;
-  const Json schema_;
   oracle::Random random_{1};
   std::map<std::string, toolkit::LibraryGate> library_;
   std::size_t netlists_ = 0, mutations_ = 0, correct_ = 0, not_correct_ = 0;
