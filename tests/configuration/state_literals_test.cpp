@@ -125,38 +125,23 @@ TEST(StateLiterals, SayWhatTheTokenGameSaysOnRandomStgs) {
 // Two edges of one signal that know no order count both; one waits behind a dummy.
 TEST(StateLiterals, CountEdgesOfASignalThatIsConcurrentWithItself) {
   const support::CaughtMessages quiet;
-  support::ProcessBuilder<net::StgPrefix> b;
-  auto& p = b.condition("p");
-  auto& q = b.condition("q");
-  auto& r = b.condition("r");
-  b.event("a~", {&p}, {&b.condition("p2")});
-  b.event("d.k", {&q}, {&r});
-  b.event("a~/2", {&r}, {&b.condition("r2")});
-  b.finish();
-  net::find_initial_values(*b.process);
-  EXPECT_EQ(Comparison<net::StgPrefix>(*b.process, Enabledness::via_dummies).run(100), 6u);
+  const auto prefix =
+      support::process_from<net::StgPrefix>("a~: p -> p2; d.k: q -> r; a~/2: r -> r2");
+  net::find_initial_values(*prefix);
+  EXPECT_EQ(Comparison<net::StgPrefix>(*prefix, Enabledness::via_dummies).run(100), 6u);
 }
 
 // More rivals than are listed one by one, some of them behind dummies.
 TEST(StateLiterals, TellWhoCanStillFireOfManyRivals) {
   const support::CaughtMessages quiet;
-  support::ProcessBuilder<net::StgPrefix> b;
-  auto& choice = b.condition("choice");
-  auto& q = b.condition("q");
-  auto& r = b.condition("r");
-  b.event("d.k", {&q}, {&r});
+  std::string text = "d.k: q -> r";
   for (int i = 0; i < 40; ++i) {
-    const std::string name = "a" + std::to_string(i) + "+";
-    auto& after = b.condition("p" + std::to_string(i));
-    if (i % 4 == 0) {
-      b.event(name, {&choice, &r}, {&after});
-    } else {
-      b.event(name, {&choice}, {&after});
-    }
+    const std::string n = std::to_string(i);
+    text += "; a" + n + "+: choice " + (i % 4 == 0 ? "r" : "") + " -> p" + n;
   }
-  b.finish();
-  net::find_initial_values(*b.process);
-  EXPECT_EQ(Comparison<net::StgPrefix>(*b.process, Enabledness::via_dummies).run(1000), 72u);
+  const auto prefix = support::process_from<net::StgPrefix>(text);
+  net::find_initial_values(*prefix);
+  EXPECT_EQ(Comparison<net::StgPrefix>(*prefix, Enabledness::via_dummies).run(1000), 72u);
 }
 
 }  // namespace

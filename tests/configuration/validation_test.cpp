@@ -10,13 +10,9 @@ namespace vorel::configuration {
 namespace {
 
 TEST(Validation, NamesTheConditionAtWhichAReplayFails) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  auto& p = b.condition("p");
-  auto& q = b.condition("q");
-  auto& first = b.event("t", {&p}, {&q});
-  auto& second = b.event("u", {&q}, {&b.condition("r")});
-  auto& rival = b.event("v", {&q}, {&b.condition("s")}, true);
-  b.finish();
+  const auto process = support::process_from<net::NetPrefix>("t: p -> q; u: q -> r; v!: q -> s");
+  const auto &first = *process->events[0], &second = *process->events[1],
+             &rival = *process->events[2];
   using Sequence = std::vector<const net::NetPrefix::Event*>;
   struct Row {
     Sequence sequence;
@@ -29,12 +25,12 @@ TEST(Validation, NamesTheConditionAtWhichAReplayFails) {
   // A failed check raises the severity, which never falls again: each runs in a process of its own.
   const auto outcome = [](bool passes) { std::exit(passes ? 0 : 1); };
   for (const Row& row : table) {
-    EXPECT_EXIT(outcome(check_safe_run<net::NetPrefix>(*b.process, row.sequence)),
+    EXPECT_EXIT(outcome(check_safe_run<net::NetPrefix>(*process, row.sequence)),
                 testing::ExitedWithCode(row.message.empty() ? 0 : 1), row.message);
   }
-  EXPECT_EXIT(outcome(check_deadlock<net::NetPrefix>(*b.process, Sequence{&first, &second})),
+  EXPECT_EXIT(outcome(check_deadlock<net::NetPrefix>(*process, Sequence{&first, &second})),
               testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(outcome(check_deadlock<net::NetPrefix>(*b.process, Sequence{&first})),
+  EXPECT_EXIT(outcome(check_deadlock<net::NetPrefix>(*process, Sequence{&first})),
               testing::ExitedWithCode(1), "\nError: deadlock check failed\n");
 }
 

@@ -41,12 +41,10 @@ TEST(MciWriter, TheExampleIsWrittenBackByteForByte) {
 }
 
 TEST(MciWriter, SeveralCorrespondentsBecomeAnUnknownOne) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  auto& p = b.condition("p");
-  auto& t = b.event("t", {&p}, {});
-  auto& u = b.event("u", {&p}, {});
+  const auto prefix = support::process_from<net::NetPrefix>("t: p ->; u: p ->");
+  auto &t = *prefix->events[0], &u = *prefix->events[1];
   u.cut_off.set_correspondents(std::array{&t, &u});
-  const auto again = support::read_bytes(read_mci_net, written(b.finish())).process;
+  const auto again = support::read_bytes(read_mci_net, written(*prefix)).process;
   ASSERT_NE(again, nullptr);
   EXPECT_TRUE(again->events[1]->cut_off.is_unknown());
 }

@@ -47,14 +47,14 @@ TEST(MpWriter, TheExampleIsWrittenBackByteForByte) {
 }
 
 TEST(MpWriter, WhatTheFormatCannotHoldIsAnErrorAndNothingIsWritten) {
-  support::ProcessBuilder<net::NetMergedProcess> line_feed, deep_token, empty_preset;
+  support::ProcessBuilder<net::NetMergedProcess> line_feed;
   line_feed.condition("a\nb", 1);
-  deep_token.condition("p", 1, 2);
-  empty_preset.event("t", {}, {&empty_preset.condition("p")});
+  const auto deep_token = support::process_from<net::NetMergedProcess>("marked p'");
+  const auto empty_preset = support::process_from<net::NetMergedProcess>("t: -> p");
   const std::pair<const net::NetMergedProcess*, std::string> rows[] = {
       {&line_feed.finish(), "a line feed is in the name \"a\nb\""},
-      {&deep_token.finish(), "c0 is marked at depth 2"},
-      {&empty_preset.finish(), "e0 has an empty preset"}};
+      {deep_token.get(), "c0 is marked at depth 2"},
+      {empty_preset.get(), "e0 has an empty preset"}};
   for (const auto& [process, reason] : rows) {
     const support::CaughtMessages messages;
     std::ostringstream stream;

@@ -83,23 +83,19 @@ TYPED_TEST(PnmlWriterOf, AZeroByteInANameIsAnErrorAndNothingIsWritten) {
 }
 
 TEST(PnmlWriter, TheFiveCasesOfCutOffsAreReadBack) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  for (const char* name : {"a", "b", "c", "d", "e"}) b.event(name, {&b.condition(name)}, {});
-  auto& events = b.process->events;
+  const auto prefix =
+      support::process_from<net::NetPrefix>("a: a ->; b: b ->; c: c ->; d: d ->; e: e ->");
+  const auto& events = prefix->events;
   events[1]->cut_off.set_correspondents({});
   events[2]->cut_off.set_unknown();
   events[3]->cut_off.set_correspondents(std::array{events[0].get()});
   events[4]->cut_off.set_correspondents(std::array{events[2].get(), events[0].get()});
-  expect_same_when_read(b.finish());
+  expect_same_when_read(*prefix);
 }
 
 // All that the format knows of a merged process, and its letters.
 TEST(PnmlWriter, TheTextIsThatOfTheFormat) {
-  support::ProcessBuilder<net::NetMergedProcess> b;
-  auto& p = b.condition("p", 1);
-  auto& q = b.condition("q", 0, 2);
-  b.event("t", {&p}, {&q}, true);
-  EXPECT_EQ(written(b.finish()),
+  EXPECT_EQ(written(*support::process_from<net::NetMergedProcess>("marked p; t!: p -> q'")),
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
             "<pnml>\n<net id=\"process\" type=\"merged_process:low_level_net\">\n"
             "<original_net>\n<net id=\"original\" type=\"low_level_net\">\n<page>\n"

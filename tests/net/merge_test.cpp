@@ -78,14 +78,10 @@ TEST(Merge, LongRunsAndManyPlacesAreCountedInFull) {
 }
 
 TEST(Merge, ConditionsLeftOutAfterCutOffsAreMergedLikeTheOthers) {
-  support::ProcessBuilder<NetPrefix> listed, left_out;
-  auto& p = listed.condition("p");
-  listed.event("t", {&p}, {&listed.condition("p"), &listed.condition("q")}, true);
-  auto& same_p = left_out.condition("p");
-  auto& t = left_out.event("t", {&same_p}, {}, true);
-  left_out.condition("q");
-  listed.finish();
-  NetPrefix& prefix = left_out.finish();
+  const auto listed = support::process_from<NetPrefix>("t!: p -> p' q");
+  const auto left_out = support::process_from<NetPrefix>("t!: p ->; q");
+  NetPrefix& prefix = *left_out;
+  auto& t = *prefix.events[0];
   prefix.conditions.pop_back();
   std::array<ConditionOf<Net>, 2> conditions;
   for (std::size_t i = 0; i < 2; ++i) {
@@ -94,7 +90,7 @@ TEST(Merge, ConditionsLeftOutAfterCutOffsAreMergedLikeTheOthers) {
     add_link(t, conditions[i]);
     add_arc(*t.transition, *conditions[i].place);
   }
-  EXPECT_EQ(support::describe(merge(prefix)), support::describe(merge(*listed.process)));
+  EXPECT_EQ(support::describe(merge(prefix)), support::describe(merge(*listed)));
 }
 
 }  // namespace

@@ -58,16 +58,9 @@ TEST(ReachSyntax, ErrorsTellWhatWasFoundAndWhere) {
 
 // x+ with prefixes of two kinds, the dummy d.k between them; i.x+ is a cut-off.
 std::unique_ptr<net::StgPrefix> small_stg() {
-  support::ProcessBuilder<net::StgPrefix> b;
-  auto& p = b.condition("p");
-  auto& q = b.condition("q");
-  auto& r = b.condition("r");
-  b.event("O.x+", {&p}, {&q});
-  b.event("d.k", {&q}, {&r});
-  b.event("i.x+", {&r}, {&b.condition("odd \"name\"")}, true);
-  b.finish();
-  for (const auto& signal : b.process->signals) signal->initial_value = signal->index == 0 ? 1 : 0;
-  return std::move(b.process);
+  auto process = support::process_from<net::StgPrefix>("O.x+: p -> q; d.k: q -> r; i.x+!: r -> p2");
+  for (const auto& signal : process->signals) signal->initial_value = signal->index == 0 ? 1 : 0;
+  return process;
 }
 
 // "true", "false" or "depends", or why there is no value.
@@ -114,12 +107,9 @@ TEST(ReachValues, ErrorsOfEvaluationShowTheExpression) {
 }
 
 TEST(ReachValues, PlainNetsHaveNoSignals) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  b.event("t", {&b.condition("p")}, {&b.condition("q")});
-  b.finish();
+  const auto net = support::process_from<net::NetPrefix>("t: p -> q");
   for (const std::string set : {"SIGNALS", "INPUTS", "OUTPUTS", "INTERNAL", "DUMMY", "LOCAL"}) {
-    EXPECT_EQ(value_of("card " + set + " = 0", *b.process),
-              "Can refer to signals only in STGs: " + set);
+    EXPECT_EQ(value_of("card " + set + " = 0", *net), "Can refer to signals only in STGs: " + set);
   }
   const std::pair<std::string, std::string> table[] = {{"$S\"x\"", "S\"x\""},
                                                        {"@S 1", "S 1"},
@@ -127,9 +117,9 @@ TEST(ReachValues, PlainNetsHaveNoSignals) {
                                                        {"is_input sig T 1", "sig T\"t\""},
                                                        {"is_plus E 1", "is_plus E 1"}};
   for (const auto& [text, shown] : table) {
-    EXPECT_EQ(value_of(text, *b.process), "Valid only in STGs: " + shown);
+    EXPECT_EQ(value_of(text, *net), "Valid only in STGs: " + shown);
   }
-  EXPECT_EQ(value_of("false & $S 1 | card ev T 1 = 1", *b.process), "true");
+  EXPECT_EQ(value_of("false & $S 1 | card ev T 1 = 1", *net), "true");
 }
 
 }  // namespace
