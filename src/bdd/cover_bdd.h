@@ -1,7 +1,7 @@
 // bdd/cover_bdd.h - between sums of products and BDDs.
 // Here:      cubes, covers and expressions as BDDs, a BDD as a minimised cover and as a factored
-// expression. Not here:  minimisation and factoring themselves (toolkit/minimise.h,
-// toolkit/factor.h).
+//            expression.
+// Not here:  minimisation and factoring themselves (toolkit/minimise.h, toolkit/factor.h).
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,6 @@
-// decomposition/gate_models.h - the gates of a library as Verilog modules, to simulate netlists
-// with. Here:      one module for each gate. Not here:  netlists.
+// decomposition/gate_models.h - the gates of a library as Verilog modules, for simulation.
+// Here:      one module for each gate.
+// Not here:  netlists.
 //
 // A module has the name and the pins of its gate; the feedback of a latch is no port. The output
 // follows its function after the parameter `delay`: 0 for inverters, since those at the inputs of

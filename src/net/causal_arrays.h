@@ -1,7 +1,8 @@
 // net/causal_arrays.h - an array of numbers for each event of a prefix, made from those of its
 // causes.
 // Here:      carrying arrays along the causal order, and giving up those that nobody needs any
-// more. Not here:  what the numbers count, and how arrays share what they agree in
+//            more.
+// Not here:  what the numbers count, and how arrays share what they agree in
 //            (base/shared_arrays.h).
 //
 // Arrays hold what is known of the past of an event: most of it is known of its causes, too, so an

@@ -28,9 +28,9 @@
 
 namespace vorel::net {
 
-// A pair of which one edge has a sign at least; cut-offs count. The history must be
-// without disorder but that of edges without signs, and the signs must fit one initial value of
-// each signal. `order`: that of the history. Memory is linear in the prefix.
+// A pair of which one edge has a sign at least; cut-offs count. The history must be without
+// disorder but that of edges without signs, and the signs must fit one initial value of each
+// signal. `order`: that of the history. Memory is linear in the prefix.
 std::optional<EdgeHistory::Disorder> find_concurrent_edges(
     const StgPrefix& prefix, const std::vector<StgPrefix::Event*>& order,
     const EdgeHistory& history);

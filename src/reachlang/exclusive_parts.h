@@ -4,7 +4,6 @@
 //            (sat/integer_circuit.h).
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <span>
 #include <vector>

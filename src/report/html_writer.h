@@ -1,6 +1,6 @@
 // report/html_writer.h - HTML that is well-formed XML, too.
-// Here:      elements that close themselves, text of any bytes, numbers that a document has as
-// well. Not here:  what a page says (report/page.h), how it looks (report/page_style.h).
+// Here:      elements that close themselves, text of any bytes, numbers that a document has too.
+// Not here:  what a page says (report/page.h), how it looks (report/page_style.h).
 #pragma once
 
 #include <concepts>

@@ -1,6 +1,7 @@
 // report/svg_canvas.h - an SVG picture, element by element.
 // Here:      elements, numbers with one decimal, the frame with the texts for those who see
-// nothing. Not here:  what is drawn, colours (report/drawing_style.h).
+//            nothing.
+// Not here:  what is drawn, colours (report/drawing_style.h).
 //
 // Names and titles are any bytes. There are no ids in a picture, so that a page may have several.
 #pragma once

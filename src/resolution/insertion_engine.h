@@ -1,7 +1,6 @@
-// resolution/insertion_engine.h - an STG and its prefix into which signals are inserted, one a
-// step. Here:      the formula of a step, whose models are the valid sets of edges; making the
-// prefix with
-//            the edges chosen.
+// resolution/insertion_engine.h - an STG and its prefix into which signals are inserted.
+// Here:      the formula of a step, whose models are the valid sets of edges; making the prefix
+//            with the edges chosen. A step inserts one signal.
 // Not here:  what an insertion is wanted for: cores (resolution/resolution_engine.h).
 //
 // A step: start_step(), more clauses on the candidates' literals, sums().sums_emit(), solving the

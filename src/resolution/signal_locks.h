@@ -34,8 +34,7 @@ struct LockNumbers {
 LockNumbers lock_numbers(const net::StgPrefix& prefix, const Reduction* reduction = nullptr);
 
 // 2 for each input and 4 for each output or internal signal that is not locked with the signal,
-// itself left out. Faster than all
-// pairs. At verbosity 4 tells the others.
+// itself left out. Faster than all pairs. At verbosity 4 tells the others.
 std::uint64_t unlocked_weight(const net::StgPrefix& prefix, const net::Signal& signal);
 
 }  // namespace vorel::resolution

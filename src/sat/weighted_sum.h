@@ -19,7 +19,7 @@ struct SignedTerm {
 // A decision diagram over the literals in their order, with a variable for each sum that some of
 // the first ones can have, if the others can still make the total of it [ES-2006]: unit propagation
 // finds all that follows. Adds nothing, and says so, where that would take too many variables.
-bool assert_weighted_sum(CnfFormula& formula, std::span<const SignedTerm> terms,
-                         std::int64_t total, ClauseGroup group);
+bool assert_weighted_sum(CnfFormula& formula, std::span<const SignedTerm> terms, std::int64_t total,
+                         ClauseGroup group);
 
 }  // namespace vorel::sat

@@ -1,5 +1,6 @@
 // synthesis/testbench_text.h - the parts of a testbench that are the same for all circuits.
-// Here:      Verilog. Not here:  what depends on the circuit and its STG (synthesis/testbench.h).
+// Here:      Verilog.
+// Not here:  what depends on the circuit and its STG (synthesis/testbench.h).
 //
 // A node is what changes in one step: a signal or a wire. First come those that gates drive, the
 // signals before the wires, then the inputs. Of Verilog no more than the standard of 2001 is used.

@@ -1,6 +1,6 @@
-// tools/gates_command.h - the program vorel-gates, which writes simulation models of gate
-// libraries. Here:      its command line, its files. Not here:  the models
-// (decomposition/gate_models.h).
+// tools/gates_command.h - the program vorel-gates, which writes simulation models of libraries.
+// Here:      its command line, its files.
+// Not here:  the models (decomposition/gate_models.h).
 #pragma once
 
 namespace vorel::tools {
