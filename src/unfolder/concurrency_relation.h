@@ -103,7 +103,7 @@ class ConcurrencyRelation {
 
   // Words of so many rows that are not long.
   static std::uint64_t longest(std::uint64_t row_count) {
-    return std::max<std::uint64_t>(4u << 20, row_count * 1024) / sizeof(Word);
+    return std::max<std::uint64_t>(1u << 20, row_count * 512) / sizeof(Word);
   }
   ConditionId shortest_row(const UnfoldedEvent& event) const;
   void find_consumers(std::span<const EventId> batch);

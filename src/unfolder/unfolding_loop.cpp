@@ -9,9 +9,9 @@
 namespace vorel::unfolder {
 namespace {
 
-// If so many conditions come at once, and all are concurrent, their rows take 64 MiB: too much to
-// try without a look at what they come from.
-constexpr std::uint64_t widest_relation = 1u << 14;
+// If so many conditions come at once, and all are concurrent, their rows are as long as they may
+// be: more are not entered without a look at what they come from.
+constexpr std::uint64_t widest_relation = 1u << 10;
 
 // Fewer events are not worth being shared by the workers.
 constexpr std::size_t few_found = 32;
