@@ -36,7 +36,7 @@ class CoreGuidedSearch {
         deadline_{deadline},
         refine_{refine},
         upper_{bound},
-        may_descend_{std::ranges::all_of(cost, [](const auto& soft) { return soft.weight == 1; })} {
+        is_unweighted_{std::ranges::all_of(cost, [](const auto& soft) { return soft.weight == 1; })} {
     normalise();
   }
 
@@ -49,7 +49,7 @@ class CoreGuidedSearch {
     threshold_ = next_threshold(highest);
     divide();
     while (is_open() && !base::run_failed()) {
-      if (may_descend_ && work_ >= work_until_descent_) descend();
+      if (may_descend() && work_ >= work_until_descent_) descend();
       if (!is_open() || base::run_failed()) break;
       const std::optional<bool> answer = solve_in_turn(assumptions());
       if (!answer) {
@@ -104,6 +104,8 @@ class CoreGuidedSearch {
     }
   }
 
+  // The bits of a bound that no model has met say nothing of those of the cost.
+  bool may_descend() const { return is_unweighted_ && has_model_; }
   bool is_open() const { return std::max(lower_, proven_) < upper_; }
 
   void add_soft(const Soft& soft) {
@@ -126,7 +128,7 @@ class CoreGuidedSearch {
   }
   // Nothing, too, when it is the turn of the descent before the answer is known.
   std::optional<bool> solve_in_turn(const Lits& assumed) {
-    if (!may_descend_) return solve(assumed);
+    if (!may_descend()) return solve(assumed);
     const std::uint64_t conflicts = work_until_descent_ - work_;
     const std::optional<bool> answer = solve(assumed, conflicts);
     if (!answer) work_ += conflicts;
@@ -389,7 +391,7 @@ class CoreGuidedSearch {
   const base::Deadline& deadline_;
   const Refinement& refine_;
   std::uint64_t lower_ = 0, upper_;
-  const bool may_descend_;  // all weights are 1
+  const bool is_unweighted_;  // all weights are 1
   bool has_model_ = false;
   std::uint64_t threshold_ = 0;  // literals of less weight are not assumed to be false
   std::vector<Soft> softs_;

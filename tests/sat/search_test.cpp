@@ -167,10 +167,10 @@ TEST(Enumeration, RequiredCubesAreEachMetSomewhere) {
 void check_core_guided(Random& random, int solver) {
   const bool is_hard = random.chance(50);
   RandomFormula f(random, 10, random.below(is_hard ? 45 : 15), solver);
-  const std::uint32_t most = random.chance(50) ? 3 : 30;
+  const std::uint32_t most = std::array{1, 3, 30}[random.below(3)];
   std::vector<WeightedLit> cost;
   for (std::uint32_t i = random.below(16); i > 0; --i)
-    cost.push_back({random_lit(random, f.inputs), random.below(most)});
+    cost.push_back({random_lit(random, f.inputs), most == 1 ? 1 : random.below(most)});
   for (std::uint32_t v = 0; v < f.inputs && random.chance(70); ++v)
     cost.push_back({lit_of(v) ^ random.chance(20), 1 + random.below(most)});
   const auto cost_of = [&](Assignment a) {
