@@ -10,6 +10,7 @@
 #include "oracle/reference_unfolder.h"
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
+#include "support/run_program.h"
 #include "support/seeds.h"
 
 namespace vorel::formats {
@@ -36,7 +37,7 @@ TEST(MciWriter, RandomPrefixesAreReadBackTheSame) {
 }
 
 TEST(MciWriter, TheExampleIsWrittenBackByteForByte) {
-  const std::string bytes = support::example_bytes("philosophers4.mci");
+  const std::string bytes = support::read_text(support::example("philosophers4.mci"));
   EXPECT_EQ(written(*support::read_bytes(read_mci_net, bytes).process), bytes);
 }
 

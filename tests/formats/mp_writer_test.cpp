@@ -9,6 +9,7 @@
 #include "oracle/reference_unfolder.h"
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
+#include "support/run_program.h"
 #include "support/seeds.h"
 
 namespace vorel::formats {
@@ -42,7 +43,7 @@ TEST(MpWriter, RandomMergedProcessesAreReadBackTheSame) {
 }
 
 TEST(MpWriter, TheExampleIsWrittenBackByteForByte) {
-  const std::string bytes = support::example_bytes("philosophers4.mp");
+  const std::string bytes = support::read_text(support::example("philosophers4.mp"));
   EXPECT_EQ(written(*support::read_bytes(read_mp_net, bytes).process), bytes);
 }
 

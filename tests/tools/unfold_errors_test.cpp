@@ -195,6 +195,7 @@ TEST(UnfoldErrors, OutputsThatCannotBeWritten) {
   const support::TemporaryFolder folder;
   std::filesystem::create_directory(folder.path("d.pnml"));
   std::filesystem::create_symlink("/dev/full", folder.path("full.pnml"));
+  std::filesystem::create_symlink("/dev/full", folder.path("full.mci"));
   const auto message_about = [&](const std::string& name) {
     const support::ProgramRun run = support::run_vorel_unfold(
         {support::example("vme_read.g"), name}, {.directory = folder.path()});
@@ -204,11 +205,12 @@ TEST(UnfoldErrors, OutputsThatCannotBeWritten) {
   };
   EXPECT_EQ(message_about("d.pnml"), "\nError: cannot open \"d.pnml\" for output\n");
   EXPECT_EQ(message_about("full.pnml"), "\nError: cannot write a file\n");
+  EXPECT_TRUE(message_about("full.mci").ends_with("\nError: cannot write a file\n"));
   const support::ProgramRun run = support::run_vorel_unfold({support::example("vme_read.g"), "-"},
                                                             {.output_path = "/dev/full"});
   EXPECT_EQ(run.exit_code, 2);
   EXPECT_NE(run.err.find("\nError: cannot write a file\n"), std::string::npos) << run.err;
-  EXPECT_EQ(names_in(folder.path()).size(), 2u);
+  EXPECT_EQ(names_in(folder.path()).size(), 3u);
 }
 
 TEST(UnfoldErrors, MemoryThatRunsOutEndsWithAnExitCodeOfItsOwn) {
