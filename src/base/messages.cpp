@@ -51,6 +51,11 @@ void print_error(std::string_view text) {
   }
 }
 
+bool fail(std::string_view text) {
+  print_error(text);
+  return false;
+}
+
 void print_last_error(std::string_view text) {
   print_labelled("\nError: ", text);
   raise_severity(severity_error);

@@ -33,6 +33,8 @@ inline bool run_failed() { return raise_severity(0) >= severity_error; }
 // severity to 2 and to 1. Neither allocates, so that a memory overflow can still be reported.
 void print_error(std::string_view text);
 void print_warning(std::string_view text);
+// print_error, and false: for functions that end with their failure.
+bool fail(std::string_view text);
 
 // As print_error, but never collected: for what ends the process.
 void print_last_error(std::string_view text);

@@ -92,7 +92,7 @@ void print(const Deco& deco, const DecoCost& cost, const DecoSetting& setting) {
 double DecoCost::value(double inverter_area) const {
   const double unit = inverter_area > 0 ? inverter_area : 1;
   const auto field = [](std::uint64_t number, int lowest_bit) { return number << lowest_bit; };
-  // The area of literals may be negative (GateLibrary::literal_slope), that of gates anything.
+  // The area of literals may be negative (GateLibrary::literal_area), that of gates anything.
   const auto whole = [](double area, double most) {
     return static_cast<std::uint64_t>(std::clamp(area, 0.0, most));
   };

@@ -40,10 +40,8 @@ class GateLibrary {
 
   // The unit of area. May be 0.
   double inverter_area() const { return inverter_area_; }
-  // What a literal of a function that has no gate adds to its area, and the rest of that area. The
-  // slope is negative where a NAND of two inputs is smaller than an inverter.
-  double literal_slope() const { return literal_slope_; }
-  double literal_offset() const { return literal_offset_; }
+  // Of a function that has no gate: 0 below two literals, then linear. It falls where a NAND of two
+  // inputs is smaller than an inverter.
   double literal_area(std::size_t literals) const;
 
   // The names of the gates with at most so many inputs, without feedback; the smallest area first.

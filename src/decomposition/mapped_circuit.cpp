@@ -9,7 +9,6 @@
 #include "base/messages.h"
 #include "decomposition/gate_models.h"
 #include "synthesis/verilog_module.h"
-#include "toolkit/verilog_name.h"
 
 namespace vorel::decomposition {
 namespace {
@@ -68,24 +67,6 @@ bool MappedCircuit::write_verilog(std::ostream& stream) const {
   }
   synthesis::write_module_end(stream, synthesis::initial_values_text(stg_));
   return true;
-}
-
-synthesis::TestbenchSubject MappedCircuit::testbench_subject() const {
-  synthesis::TestbenchSubject subject{module_name, {}, {}};
-  const auto add_gate = [&](const GateInstance& gate, std::optional<bool> initial) {
-    subject.delays.push_back(toolkit::verilog_name(gate.name) + '.' +
-                             delay_parameter(library_.gate(gate.gate)));
-    if (gate.inverted()) subject.wires.push_back({gate.bubble.wire, initial});
-  };
-  for (std::size_t i = 0; i < report_.solutions.size(); ++i) {
-    for (const GateInstance& gate : solution(i).subfunction_gates()) {
-      add_gate(gate, std::nullopt);
-      subject.wires.push_back({gate.output, std::nullopt});
-    }
-    const bool is_high = stg_.signals[stg_.inputs_end + i]->initial_value == 1;
-    add_gate(solution(i).main_gate(), !is_high);
-  }
-  return subject;
 }
 
 void MappedCircuit::report(const std::string& output) const {

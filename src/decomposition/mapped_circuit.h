@@ -14,7 +14,6 @@
 #include "net/net.h"
 #include "results/report.h"
 #include "synthesis/netlist.h"
-#include "synthesis/testbench.h"
 
 namespace vorel::decomposition {
 
@@ -33,8 +32,6 @@ class MappedCircuit {
 
   // False after an error, with nothing written: a name cannot stand in Verilog.
   bool write_verilog(std::ostream& stream) const;
-  // What of this module takes time, with the gate models.
-  synthesis::TestbenchSubject testbench_subject() const;
   // For other tools.
   synthesis::Netlist netlist() const;
   // Delivers the circuit, as a module if the output is named *.v.

@@ -209,9 +209,4 @@ void SubfunctionInserter::adopt(net::StgPrefix prefix) {
   engine_.adopt(std::move(prefix));
 }
 
-const InsertionResult* SubfunctionInserter::result_of(const bdd::Bdd& function) const {
-  const auto entry = cache_.find(function.is_complement() ? ~function : function);
-  return entry == cache_.end() ? nullptr : &entry->second;
-}
-
 }  // namespace vorel::decomposition

@@ -86,8 +86,6 @@ class SubfunctionInserter {
   // results.
   void adopt(net::StgPrefix prefix);
 
-  // What is known of a function or its complement; null if nobody has asked.
-  const InsertionResult* result_of(const bdd::Bdd& function) const;
   const InserterStats& stats() const { return stats_; }
 
  private:

@@ -16,10 +16,7 @@
 namespace vorel::driver {
 namespace {
 
-bool fail(std::string_view text) {
-  base::print_error(text);
-  return false;
-}
+using base::fail;
 
 bool unrecognized(std::string_view argument) {
   return fail(base::with_hint(std::string("unrecognized option: ").append(argument),

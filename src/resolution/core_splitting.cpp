@@ -18,9 +18,4 @@ EdgeStage stage_after(const EventSet& configuration, const EdgeOccurrence& edge)
   return is_caused ? EdgeStage::can_fire : EdgeStage::out;
 }
 
-bool splits(const conflicts::Core& core, const EdgeOccurrence& edge) {
-  return (stage_after(core.first, edge) == EdgeStage::can_fire) !=
-         (stage_after(core.second, edge) == EdgeStage::can_fire);
-}
-
 }  // namespace vorel::resolution

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 
-#include "conflicts/core.h"
 #include "resolution/edge_occurrence.h"
 
 namespace vorel::resolution {
@@ -16,11 +15,9 @@ enum class EdgeStage : std::uint8_t {
   has_fired,  // a follower has fired
 };
 
+// In one configuration of a core it can fire, and in the other it cannot: what was one code becomes
+// two or not as the edge fires or waits. If it is out of one and has fired in the other, it lies
+// within the core and counts for its parity instead.
 EdgeStage stage_after(const configuration::EventSet& configuration, const EdgeOccurrence& edge);
-
-// In one configuration it can fire, and in the other it cannot: what was one code becomes two or
-// not as the edge fires or waits. If it is out of one and has fired in the other, it lies within
-// the core and counts for its parity instead.
-bool splits(const conflicts::Core& core, const EdgeOccurrence& edge);
 
 }  // namespace vorel::resolution

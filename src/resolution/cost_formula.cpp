@@ -47,29 +47,21 @@ CandidateList delaying_candidates(const Candidates& candidates) {
 CostFormula::CostFormula(const OccurrenceOrder& order, const Candidates& candidates,
                          const CandidateLits& literals, const CostContext& context,
                          sat::CnfFormula& formula, sat::ClauseGroup group)
-    : candidates_{candidates}, formula_{formula}, coefficients_{context.coefficients} {
+    : candidates_{candidates}, coefficients_{context.coefficients} {
   CandidateGates gates(candidates, literals, formula, group);
   if (coefficients_.delay != 0) add_delay(literals);
   if (coefficients_.logic != 0) {
-    logic_ = logic_literals(order, coefficients_.pwr_of_2, gates, group);
-    for (const auto& [lit, weight] : logic_)
+    for (const auto& [lit, weight] : logic_literals(order, coefficients_.pwr_of_2, gates, group))
       literals_.push_back({lit, product_of(weight, coefficients_.logic)});
   }
   add_kinds(literals);
   if (coefficients_.non_locked_signals != 0) add_locks(order, gates, context.unlock_number);
-  if (coefficients_.csc_cores != 0) {
-    csc_cores_ = context.cores.csc_counter_literals;
-    add_each(csc_cores_, coefficients_.csc_cores);
-  }
-  if (coefficients_.usc_cores != 0) {
-    usc_cores_ = context.cores.usc_counter_literals;
-    add_each(usc_cores_, coefficients_.usc_cores);
-  }
+  add_each(context.cores.csc_counter_literals, coefficients_.csc_cores);
+  add_each(context.cores.usc_counter_literals, coefficients_.usc_cores);
 }
 
 void CostFormula::add_delay(const CandidateLits& literals) {
-  delaying_ = delaying_candidates(candidates_);
-  for (const CandidateId candidate : delaying_)
+  for (const CandidateId candidate : delaying_candidates(candidates_))
     literals_.push_back({literals[candidate], coefficients_.delay});
 }
 
@@ -84,44 +76,18 @@ void CostFormula::add_kinds(const CandidateLits& literals) {
 
 void CostFormula::add_locks(const OccurrenceOrder& order, CandidateGates& gates,
                             std::uint64_t unlock_number) {
-  if (coefficients_.use_concurrency_reduction) unlock_number_ = unlock_number;
+  if (!coefficients_.use_concurrency_reduction) unlock_number = 0;
   locked_ = locked_signals(order, gates);
   const net::StgPrefix& prefix = candidates_.prefix();
   const std::uint64_t coefficient = coefficients_.non_locked_signals;
   for (const net::SignalId signal : prefix.visible_signals())
     literals_.push_back({~locked_[signal], weight_of(prefix, signal) * coefficient});
-  literals_.push_back({sat::LitTrue, product_of(unlock_number_, coefficient)});
+  literals_.push_back({sat::LitTrue, product_of(unlock_number, coefficient)});
 }
 
 void CostFormula::add_each(const Lits& lits, std::uint64_t coefficient) {
+  if (coefficient == 0) return;
   for (const Lit lit : lits) literals_.push_back({lit, coefficient});
-}
-
-std::uint64_t CostFormula::non_locked() const {
-  std::uint64_t number = unlock_number_;
-  const net::StgPrefix& prefix = candidates_.prefix();
-  for (std::uint32_t i = 0; i < locked_.size(); ++i) {
-    const net::SignalId signal{i};
-    if (!prefix.visible_signals().contains(signal) || formula_.is_true(locked_[signal])) continue;
-    number += weight_of(prefix, signal);
-  }
-  return number;
-}
-
-std::uint64_t CostFormula::number_of(const Lits& lits) const {
-  return static_cast<std::uint64_t>(
-      std::ranges::count_if(lits, [this](Lit lit) { return formula_.is_true(lit); }));
-}
-
-ResolutionCost CostFormula::evaluate(const Choice& chosen) const {
-  ResolutionCost cost(coefficients_, insertions_of(candidates_, chosen));
-  cost.delay = static_cast<std::uint64_t>(
-      std::ranges::count_if(delaying_, [&](CandidateId candidate) { return chosen[candidate]; }));
-  cost.logic = sat::model_cost(formula_, logic_);
-  cost.non_locked = non_locked();
-  cost.csc_cores = number_of(csc_cores_);
-  cost.usc_cores = number_of(usc_cores_);
-  return cost;
 }
 
 void evaluate_choice(const Candidates& candidates, const Choice& chosen, const CoreStore& cores,

@@ -41,10 +41,6 @@ class CostFormula {
   // All that costs something; what does in any case is the weight of LitTrue.
   const std::vector<sat::WeightedLit>& literals() const { return literals_; }
 
-  // The numbers of the last model.
-  ResolutionCost evaluate(const Choice& chosen) const;
-
-  const CandidateList& delaying() const { return delaying_; }
   // Of all signals but dummies, if they are weighed.
   const SignalLits& locked() const { return locked_; }
 
@@ -53,17 +49,11 @@ class CostFormula {
   void add_kinds(const CandidateLits& literals);
   void add_locks(const OccurrenceOrder& order, CandidateGates& gates, std::uint64_t unlock_number);
   void add_each(const sat::Lits& lits, std::uint64_t coefficient);
-  std::uint64_t number_of(const sat::Lits& lits) const;
-  std::uint64_t non_locked() const;
 
   const Candidates& candidates_;
-  sat::CnfFormula& formula_;
   const CostCoefficients coefficients_;
-  std::vector<sat::WeightedLit> literals_, logic_;
-  CandidateList delaying_;
-  sat::Lits csc_cores_, usc_cores_;
+  std::vector<sat::WeightedLit> literals_;
   SignalLits locked_;
-  std::uint64_t unlock_number_ = 0;  // as far as it counts
 };
 
 // The delay, and the cores that are left, of a choice at hand.

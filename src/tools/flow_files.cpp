@@ -30,10 +30,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* document_name = "report.json";
 
-bool fail(const std::string& text) {
-  base::print_error(text);
-  return false;
-}
+using base::fail;
 
 bool cannot_make(const std::string& folder) {
   return fail("cannot make the folder \"" + folder + '"');

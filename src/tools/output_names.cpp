@@ -15,10 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool fail(const std::string& text) {
-  base::print_error(text);
-  return false;
-}
+using base::fail;
 
 // Whether it looks so beforehand; whether it is so is seen when the file is written.
 bool is_writable(const std::string& name) {

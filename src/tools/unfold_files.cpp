@@ -18,10 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool fail(const std::string& text) {
-  base::print_error(text);
-  return false;
-}
+using base::fail;
 
 bool settle_input_format(UnfoldRequest& request) {
   request.input_format = input_format(request.format_name, request.input);

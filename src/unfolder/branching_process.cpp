@@ -50,8 +50,7 @@ void BranchingProcess::drop_ids(EventRoom& room) {
 void BranchingProcess::make_chunk(std::uint32_t number) {
   const std::scoped_lock lock(make_chunk_);
   if (chunks_[number].load(std::memory_order_relaxed) != nullptr) return;  // somebody was faster
-  owned_chunks_.push_back(std::make_unique<Chunk>());
-  chunks_[number].store(owned_chunks_.back().get(), std::memory_order_release);
+  chunks_[number].store(chunk_room_.take(1), std::memory_order_release);
 }
 
 void BranchingProcess::enter(EventId id) {

@@ -4,6 +4,8 @@
 #include <cassert>
 #include <utility>
 
+#include "base/fetch.h"
+
 namespace vorel::unfolder {
 namespace {
 
@@ -50,6 +52,17 @@ void FinalStateTable::insert(EventId e, std::uint64_t hash, ConfigurationOrder& 
     return true;
   });
   if (!is_cut_off && !has_replaced) append(part, hash, e);
+}
+
+void FinalStateTable::fetch_slot(std::uint64_t hash) const {
+  const Part& part = parts_[part_of(hash)];
+  base::fetch(&part.slots[hash & (part.slots.size() - 1)]);
+}
+
+void FinalStateTable::fetch_member(std::uint64_t hash) const {
+  const Part& part = parts_[part_of(hash)];
+  const Slot& slot = part.slots[hash & (part.slots.size() - 1)];
+  if (slot.hash == hash && slot.member < removed) process_.fetch_origin(slot.member);
 }
 
 void FinalStateTable::remove(EventId e) {

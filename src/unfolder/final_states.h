@@ -31,6 +31,11 @@ class FinalStateTable {
   // may insert at a time, each into other parts and with an `order` of its own.
   void insert(EventId e, std::uint64_t hash, ConfigurationOrder& order);
 
+  // What insert() will look at first is brought into the cache of this worker: the slot of the
+  // hash and, once that is there, the event in it.
+  void fetch_slot(std::uint64_t hash) const;
+  void fetch_member(std::uint64_t hash) const;
+
   // Takes out an event that was found to be a cut-off by other means.
   void remove(EventId e);
 

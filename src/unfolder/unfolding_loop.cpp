@@ -9,9 +9,9 @@
 namespace vorel::unfolder {
 namespace {
 
-// If so many conditions come at once, and all are concurrent, their rows take 64 MiB: too much to
-// try without a look at what they come from.
-constexpr std::uint64_t widest_relation = 1u << 14;
+// If so many conditions come at once, and all are concurrent, their rows are as long as they may
+// be: more are not entered without a look at what they come from.
+constexpr std::uint64_t widest_relation = 1u << 10;
 
 // Fewer events are not worth being shared by the workers.
 constexpr std::size_t few_found = 32;
@@ -39,7 +39,8 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   order.measure(event);
   assert(event.size > loop.level_ && "an extension is larger than what it extends");
   const EventId id = loop.process_.add_event(event, order.causes(), room);
-  found.push_back({id, event.state.value()});
+  const std::uint64_t hash = event.state.value();
+  found[FinalStateTable::part_of(hash)].push_back({id, hash});
   if (pending.size() <= event.size) pending.resize(event.size + 1);
   pending[event.size].push_back(id);
   lowest = std::min(lowest, event.size);
@@ -163,25 +164,36 @@ void UnfoldingLoop::extend_batch() {
 // nothing to do with each other: nobody waits for a lock.
 void UnfoldingLoop::judge_found() {
   if (must_give_up() && !keeps_incomplete()) return;
-  const auto judge = [this](std::uint32_t worker, std::uint32_t part, std::uint32_t end) {
+  const auto judge = [this](std::uint32_t worker, std::uint32_t part) {
     for (const auto& finder : workers_) {
-      for (const Found& event : finder->found) {
-        const std::uint32_t own = FinalStateTable::part_of(event.hash);
-        if (own < part || own >= end) continue;
-        if (must_give_up() && outcome_ == UnfoldOutcome::out_of_time) return;
-        final_states_.insert(event.id, event.hash, workers_[worker]->order);
-      }
+      judge_part(finder->found[part], workers_[worker]->order);
+      finder->found[part].clear();
     }
   };
   std::size_t count = 0;
-  for (const auto& worker : workers_) count += worker->found.size();
-  if (pool_.size() == 1 || count < few_found) {
-    judge(0, 0, FinalStateTable::part_count);
-  } else {
-    pool_.run(FinalStateTable::part_count,
-              [&](std::uint32_t worker, std::uint32_t part) { judge(worker, part, part + 1); });
+  for (const auto& worker : workers_) {
+    for (const auto& found : worker->found) count += found.size();
   }
-  for (const auto& worker : workers_) worker->found.clear();
+  if (count < few_found) {
+    for (std::uint32_t part = 0; part < FinalStateTable::part_count; ++part) judge(0, part);
+  } else {
+    pool_.run(FinalStateTable::part_count, judge);
+  }
+}
+
+// States are all over the table, and what another worker has found is in its cache: what is needed
+// soon is fetched meanwhile.
+void UnfoldingLoop::judge_part(std::span<const Found> found, ConfigurationOrder& order) {
+  constexpr std::size_t ahead = 4;
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (must_give_up() && outcome_ == UnfoldOutcome::out_of_time) return;
+    if (i + 2 * ahead < found.size()) final_states_.fetch_slot(found[i + 2 * ahead].hash);
+    if (i + ahead < found.size()) {
+      final_states_.fetch_member(found[i + ahead].hash);
+      process_.fetch_origin(found[i + ahead].id);
+    }
+    final_states_.insert(found[i].id, found[i].hash, order);
+  }
 }
 
 void UnfoldingLoop::collect_batch() {

@@ -7,6 +7,7 @@
 
 #include "base/run_state.h"
 #include "oracle/gate_values.h"
+#include "oracle/table_relation.h"
 #include "support/run_program.h"
 #include "support/seeds.h"
 
@@ -20,15 +21,8 @@ constexpr std::uint32_t any_inputs = 2147483647;
 
 // Of three variables, backwards, so that the matcher numbers them anew.
 bdd::Bdd bdd_of(Word cases) {
-  bdd::Bdd result(false);
-  for (Word i = 0; i < 8; ++i) {
-    bdd::Bdd point((cases >> i) % 2 == 1);
-    for (std::uint32_t v = 0; v < 3; ++v) {
-      point &= (i >> v) % 2 == 1 ? bdd::bdd_variable(9 - v) : ~bdd::bdd_variable(9 - v);
-    }
-    result |= point;
-  }
-  return result;
+  return oracle::bdd_of_function(
+      cases, {bdd::bdd_variable(9), bdd::bdd_variable(8), bdd::bdd_variable(7)});
 }
 
 Word cases_of(const bdd::Bdd& f) {

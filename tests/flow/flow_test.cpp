@@ -38,10 +38,6 @@ net::Stg parsed(const std::string& text) {
   return std::move(*stg);
 }
 
-bool has_signal(const net::Stg& stg, const std::string& name) {
-  return std::ranges::any_of(stg.signals, [&](const auto& s) { return s->name == name; });
-}
-
 class Flow : public testing::Test {
  protected:
   Flow() {
@@ -63,52 +59,31 @@ class Flow : public testing::Test {
   void expect_honest(const std::string& text, const FlowResult& result, bool is_reduced = false) {
     const net::Stg before = parsed(text);
     const auto graph = oracle::explore(before);
-    const auto initial = oracle::find_initial_values(before, graph);
     ASSERT_EQ(graph.outcome, oracle::Exploration::complete);
-    ASSERT_TRUE(initial);
     EXPECT_EQ(result.hint.empty(), result.verdict <= Verdict::verified_with_warnings);
     ASSERT_TRUE(result.coding) << result.sentence;
-    expect_right_coding(*result.coding, before, graph, *initial);
+    const auto conflicts = oracle::conflicting_signals(before);
+    EXPECT_TRUE(result.coding->csc_holds || !conflicts.empty());
     const bool has_fault = std::ranges::any_of(
         result.findings, [](const StgFinding& f) { return f.gravity == Gravity::fault; });
     EXPECT_EQ(result.verdict == Verdict::faulty_stg, has_fault);
-    EXPECT_TRUE(!inputs_disable_outputs(before, graph) || has_fault);
+    for (const auto& [loser, taker] : oracle::disabled_signals(before, graph))
+      EXPECT_TRUE(taker >= before.inputs_end || has_fault);
     for (const StgFinding& finding : result.findings)
-      if (finding.kind == FindingKind::irreducible) expect_conflict(finding, before);
+      EXPECT_TRUE(finding.kind != FindingKind::irreducible ||
+                  std::ranges::count(conflicts, finding.subjects.front()) != 0);
     if (result.verdict <= Verdict::verified_with_warnings)
       expect_right_circuit(before, result, is_reduced);
     ++verdicts_[result.verdict];
-  }
-
-  // Signals may be disabled by dummies, before which a state then counts.
-  static void expect_right_coding(const Coding& coding, const net::Stg& stg,
-                                  const oracle::StateGraph<net::Stg>& graph,
-                                  const oracle::Values& initial) {
-    oracle::SignalSet conflicts = oracle::csc_conflict_signals(stg, graph, initial);
-    EXPECT_TRUE(coding.csc_holds || !conflicts.empty());
-    for (const std::uint32_t signal : oracle::signals_that_dummies_disable(graph))
-      conflicts.erase(signal);
-    EXPECT_TRUE(!coding.csc_holds || conflicts.empty());
-  }
-
-  static bool inputs_disable_outputs(const net::Stg& stg,
-                                     const oracle::StateGraph<net::Stg>& graph) {
-    return std::ranges::any_of(oracle::disabled_signals(stg, graph),
-                               [&](const auto& pair) { return pair.second < stg.inputs_end; });
-  }
-
-  static void expect_conflict(const StgFinding& finding, const net::Stg& stg) {
-    const auto signals = oracle::conflicting_signals(stg);
-    EXPECT_NE(std::ranges::find(signals, finding.subjects.front()), signals.end());
   }
 
   void expect_right_circuit(const net::Stg& before, const FlowResult& result, bool is_reduced) {
     const std::string after_text = g_text(*result.circuit_stg());
     SCOPED_TRACE(after_text + result.circuit->module_text);
     const net::Stg after = parsed(after_text);
-    oracle::ResolutionClaim claim{.initial_value = std::nullopt, .reduced = is_reduced};
-    for (const auto& signal : after.signals)
-      if (!has_signal(before, signal->name)) claim.new_signals.push_back(signal->name);
+    const oracle::ResolutionClaim claim{.new_signals = oracle::new_signals(before, after),
+                                        .initial_value = std::nullopt,
+                                        .reduced = is_reduced};
     EXPECT_EQ(oracle::resolution_fault(before, after, claim), "");
     oracle::Netlist netlist = oracle::read_netlist(result.circuit->module_text, library_);
     ASSERT_EQ(netlist.fault, "");

@@ -153,75 +153,7 @@ std::string settle_signs(BookStep& step, const EdgeNumbers& numbers) {
   return "";
 }
 
-// Whether there is a state in which both new transitions are enabled.
-bool can_happen_at_once(const net::Stg& stg, const net::Insertion& a, const net::Insertion& b) {
-  EdgeNumbers numbers;
-  const net::Insertion both[] = {a, b};
-  const auto graph = explore(with_toggles(stg, both, "x", numbers));
-  return std::ranges::any_of(graph.states, [&](const auto& state) {
-    return std::ranges::count_if(
-               state.arcs, [&](const auto& arc) { return numbers.contains(arc.transition); }) == 2;
-  });
-}
-
-class Sets {
- public:
-  Sets(std::size_t max_edges, const std::function<bool(std::span<const std::size_t>)>& visit)
-      : max_edges_{max_edges}, visit_{visit} {}
-
-  void find_exclusions(const net::Stg& stg, std::span<const net::Insertion> candidates) {
-    exclude_.assign(candidates.size(), std::vector<bool>(candidates.size()));
-    for (std::size_t b = 0; b < candidates.size(); ++b) {
-      for (std::size_t a = 0; a < b; ++a) {
-        exclude_[b][a] = edits_overlap(candidates[a], candidates[b]) ||
-                         can_happen_at_once(stg, candidates[a], candidates[b]);
-      }
-    }
-  }
-
-  bool run(std::size_t first) {
-    for (std::size_t next = first; next < exclude_.size(); ++next) {
-      if (std::ranges::any_of(set_, [&](std::size_t other) { return exclude_[next][other]; }))
-        continue;
-      set_.push_back(next);
-      const bool goes_on = visit_(set_) && (set_.size() == max_edges_ || run(next + 1));
-      set_.pop_back();
-      if (!goes_on) return false;
-    }
-    return true;
-  }
-
- private:
-  std::size_t max_edges_;
-  const std::function<bool(std::span<const std::size_t>)>& visit_;
-  std::vector<std::vector<bool>> exclude_;  // by the larger, then the smaller
-  std::vector<std::size_t> set_;
-};
-
-bool can_be_resolved(const net::Stg& stg, const Candidates& candidates, unsigned signals,
-                     std::size_t max_edges) {
-  if (conflicting_signals(stg).empty()) return true;
-  if (signals == 0) return false;
-  const std::vector<net::Insertion> all = candidates(stg);
-  bool found = false;
-  for_each_set(stg, all, max_edges, [&](std::span<const std::size_t> set) {
-    std::vector<net::Insertion> chosen;
-    for (const std::size_t number : set) chosen.push_back(all[number]);
-    const BookStep step =
-        insert_signal_by_the_book(stg, chosen, "new" + std::to_string(stg.signals.size()));
-    found = step.fault.empty() && can_be_resolved(step.stg, candidates, signals - 1, max_edges);
-    return !found;
-  });
-  return found;
-}
-
-}  // namespace
-
-StgTransition& insert_by_the_book(net::Stg& stg, const net::Insertion& insertion,
-                                  net::Signal& signal, net::Sign sign) {
-  return BookEdit(stg, signal, sign).run(insertion);
-}
-
+// Two insertions that take the same arc away.
 bool edits_overlap(const net::Insertion& a, const net::Insertion& b) {
   const auto share = [](const auto& one, const auto& other) {
     return std::ranges::any_of(one, [&other](const StgPlace* place) {
@@ -235,6 +167,24 @@ bool edits_overlap(const net::Insertion& a, const net::Insertion& b) {
   const auto *after = std::get_if<net::SeqAfter>(&a), *also = std::get_if<net::SeqAfter>(&b);
   return after != nullptr && also != nullptr && after->source->name == also->source->name &&
          share(after->places, also->places);
+}
+
+// Whether there is a state in which both new transitions are enabled.
+bool can_happen_at_once(const net::Stg& stg, const net::Insertion& a, const net::Insertion& b) {
+  EdgeNumbers numbers;
+  const net::Insertion both[] = {a, b};
+  const auto graph = explore(with_toggles(stg, both, "x", numbers));
+  return std::ranges::any_of(graph.states, [&](const auto& state) {
+    return std::ranges::count_if(
+               state.arcs, [&](const auto& arc) { return numbers.contains(arc.transition); }) == 2;
+  });
+}
+
+}  // namespace
+
+StgTransition& insert_by_the_book(net::Stg& stg, const net::Insertion& insertion,
+                                  net::Signal& signal, net::Sign sign) {
+  return BookEdit(stg, signal, sign).run(insertion);
 }
 
 BookStep insert_signal_by_the_book(const net::Stg& stg, std::span<const net::Insertion> insertions,
@@ -254,18 +204,24 @@ BookStep insert_signal_by_the_book(const net::Stg& stg, std::span<const net::Ins
 
 void for_each_set(const net::Stg& stg, std::span<const net::Insertion> candidates,
                   std::size_t max_edges,
-                  const std::function<bool(std::span<const std::size_t>)>& visit) {
-  Sets sets(max_edges, visit);
-  sets.find_exclusions(stg, candidates);
-  sets.run(0);
-}
-
-std::optional<unsigned> fewest_signals(const net::Stg& stg, const Candidates& candidates,
-                                       unsigned most, std::size_t max_edges) {
-  for (unsigned signals = 0; signals <= most; ++signals) {
-    if (can_be_resolved(stg, candidates, signals, max_edges)) return signals;
-  }
-  return std::nullopt;
+                  const std::function<void(std::span<const std::size_t>)>& visit) {
+  std::vector<std::vector<bool>> exclude(candidates.size());  // by the larger, then the smaller
+  for (std::size_t b = 0; b < candidates.size(); ++b)
+    for (std::size_t a = 0; a < b; ++a)
+      exclude[b].push_back(edits_overlap(candidates[a], candidates[b]) ||
+                           can_happen_at_once(stg, candidates[a], candidates[b]));
+  std::vector<std::size_t> set;
+  const std::function<void(std::size_t)> extend = [&](std::size_t first) {
+    for (std::size_t next = first; next < candidates.size(); ++next) {
+      if (std::ranges::any_of(set, [&](std::size_t other) { return exclude[next][other]; }))
+        continue;
+      set.push_back(next);
+      visit(set);
+      if (set.size() < max_edges) extend(next + 1);
+      set.pop_back();
+    }
+  };
+  extend(0);
 }
 
 }  // namespace vorel::oracle

@@ -1,6 +1,5 @@
 // oracle/book_insertion.h - new signals put into nets as they are drawn on paper, judged by states.
-// Here:      the edits of a net alone; whether a set of insertions makes a signal, and how many
-//            signals an STG needs.
+// Here:      the edits of a net alone; whether a set of insertions makes a signal.
 // Not here:  prefixes and their edits (net/insert_transition.h), what may not change in a
 //            resolution (oracle/resolution_checks.h).
 // Insertions may speak of the elements of any net that has the same names.
@@ -8,7 +7,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -21,9 +19,6 @@ namespace vorel::oracle {
 // signal's with the sign, if it has any, those of the places "<from,to>", all made unique.
 net::StgTransition& insert_by_the_book(net::Stg& stg, const net::Insertion& insertion,
                                        net::Signal& signal, net::Sign sign);
-
-// Two insertions that take the same arc away.
-bool edits_overlap(const net::Insertion& a, const net::Insertion& b);
 
 // The STG with a new internal signal, 0 at the start.
 struct BookStep {
@@ -38,17 +33,10 @@ struct BookStep {
 BookStep insert_signal_by_the_book(const net::Stg& stg, std::span<const net::Insertion> insertions,
                                    const std::string& name = "x");
 
-using Candidates = std::function<std::vector<net::Insertion>(const net::Stg&)>;
-
-// The least number of signals, each of up to so many candidates, that leaves no CSC conflict;
-// nullopt when it takes more than `most`. Tries all.
-std::optional<unsigned> fewest_signals(const net::Stg& stg, const Candidates& candidates,
-                                       unsigned most, std::size_t max_edges = 3);
-
 // Calls visit(set) for all sets of one to `max_edges` of the candidates, as positions, without
-// overlaps and without two that can happen at once; until it returns false.
+// overlaps and without two that can happen at once.
 void for_each_set(const net::Stg& stg, std::span<const net::Insertion> candidates,
                   std::size_t max_edges,
-                  const std::function<bool(std::span<const std::size_t>)>& visit);
+                  const std::function<void(std::span<const std::size_t>)>& visit);
 
 }  // namespace vorel::oracle

@@ -38,10 +38,10 @@ class Wiring {
 
   const std::string& fault() const { return fault_; }
   std::uint32_t size() const { return static_cast<std::uint32_t>(number_of_.size()); }
+  bool is_known(const std::string& wire) const { return number_of_.contains(wire); }
+  std::uint32_t number_of(const std::string& wire) const { return number_of_.at(wire); }
   bool is_signal(std::uint32_t wire) const { return wire < stg_.internals_end; }
-  std::uint32_t output(std::size_t gate) const {
-    return number_of_.at(circuit_.gates[gate].output);
-  }
+  std::uint32_t output(std::size_t gate) const { return number_of(circuit_.gates[gate].output); }
 
   bool is_excited(std::size_t gate, const std::vector<bool>& values) const {
     std::vector<bool> inputs;
@@ -200,37 +200,22 @@ class CircuitStates::Explorer {
   // States of the environment after an edge of the signal, dummies before it perhaps.
   std::set<std::uint32_t> after_edge(std::uint32_t environment, std::uint32_t signal) const {
     std::set<std::uint32_t> result;
-    for (const std::uint32_t state : after_dummies(environment))
+    for (const auto& [state, steps] : after_dummies(graph_, environment))
       for (const auto& arc : graph_.states[state].arcs)
         if (arc.transition->signal->index == signal) result.insert(arc.target);
     return result;
   }
 
-  // Of any number of them, or none.
-  std::set<std::uint32_t> after_dummies(std::uint32_t environment) const {
-    std::set<std::uint32_t> seen{environment};
-    std::vector<std::uint32_t> open{environment};
-    while (!open.empty()) {
-      const std::uint32_t state = open.back();
-      open.pop_back();
-      for (const auto& arc : graph_.states[state].arcs)
-        if (arc.transition->signal->is_dummy() && seen.insert(arc.target).second)
-          open.push_back(arc.target);
-    }
-    return seen;
-  }
-
   std::set<CircuitState> with_dummies(const std::set<CircuitState>& states) const {
     std::set<CircuitState> result;
     for (const CircuitState& state : states)
-      for (const std::uint32_t environment : after_dummies(state.environment))
+      for (const auto& [environment, steps] : after_dummies(graph_, state.environment))
         result.insert({environment, state.others});
     return result;
   }
 
-  std::vector<CircuitState> after_gate(const CircuitState& state, std::size_t gate) const {
+  std::vector<CircuitState> after_change(const CircuitState& state, std::uint32_t wire) const {
     std::vector<CircuitState> result;
-    const std::uint32_t wire = outputs_[gate];
     if (wires_.is_signal(wire)) {
       for (const std::uint32_t target : after_edge(state.environment, wire))
         result.push_back({target, state.others});
@@ -243,17 +228,12 @@ class CircuitStates::Explorer {
 
   // Where circuit and environment let the edge happen.
   std::vector<CircuitState> after(const CircuitState& state, const CircuitEdge& edge) const {
+    if (!wires_.is_known(edge.wire)) return {};
+    const std::uint32_t wire = wires_.number_of(edge.wire);
     const std::size_t gate = gate_of(edge.wire);
-    if (gate < outputs_.size()) {
-      if (values_in(state)[outputs_[gate]] == edge.rises || !is_excited(gate, state)) return {};
-      return after_gate(state, gate);
-    }
-    std::vector<CircuitState> result;
-    for (std::uint32_t s = 0; s < stg_.inputs_end; ++s)
-      if (stg_.signals[s]->name == edge.wire && values_in(state)[s] != edge.rises)
-        for (const std::uint32_t target : after_edge(state.environment, s))
-          result.push_back({target, state.others});
-    return result;
+    const bool waits = gate < outputs_.size() && !is_excited(gate, state);
+    if (waits || values_in(state)[wire] == edge.rises) return {};
+    return after_change(state, wire);
   }
 
   std::set<CircuitState> after(const std::set<CircuitState>& states,
@@ -277,7 +257,7 @@ class CircuitStates::Explorer {
     for (std::size_t g = 0; g < outputs_.size(); ++g)
       if (is_excited(g, state)) excited.push_back(g);
     for (const std::size_t gate : excited) {
-      const auto targets = after_gate(state, gate);
+      const auto targets = after_change(state, outputs_[gate]);
       const std::string& name = circuit_.gates[gate].output;
       if (targets.empty())
         found(CircuitQuestion::conformance, name + " changes where the STG does not allow it");
@@ -287,11 +267,10 @@ class CircuitStates::Explorer {
       }
     }
     for (const auto& arc : graph_.states[state.environment].arcs) {
-      const net::SignalKind kind = arc.transition->signal->kind;
-      if (kind != net::SignalKind::input && kind != net::SignalKind::dummy) continue;
+      if (is_driven(*arc.transition->signal)) continue;
       const CircuitState next{arc.target, state.others};
       const std::uint32_t target = number_of(next);
-      if (kind == net::SignalKind::dummy) arcs_to_[target].push_back({outputs_.size(), number});
+      if (arc.transition->signal->is_dummy()) arcs_to_[target].push_back({outputs_.size(), number});
       find_disabled(state, excited, outputs_.size(), arc.transition->name, next);
     }
     if (is_stuck(state)) found(CircuitQuestion::deadlock, "all rests where the STG does not");
@@ -323,13 +302,15 @@ class CircuitStates::Explorer {
   // not come to rest.
   bool is_stuck(const CircuitState& state) const {
     const auto& arcs = graph_.states[state.environment].arcs;
-    for (const auto& arc : arcs) {
-      const net::SignalKind kind = arc.transition->signal->kind;
-      if (kind == net::SignalKind::input || kind == net::SignalKind::dummy) return false;
-    }
+    const auto is_possible = [&](const auto& arc) { return !is_driven(*arc.transition->signal); };
+    if (arcs.empty() || std::ranges::any_of(arcs, is_possible)) return false;
     for (std::size_t g = 0; g < outputs_.size(); ++g)
       if (is_excited(g, state)) return false;
-    return !arcs.empty();
+    return true;
+  }
+  // By the circuit.
+  static bool is_driven(const net::Signal& signal) {
+    return signal.kind == net::SignalKind::output || signal.kind == net::SignalKind::internal;
   }
 
   // An output that disables another and is disabled by it, or something that depends on one.
@@ -391,13 +372,12 @@ class CircuitStates::Explorer {
 };
 
 void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::string& output,
-              const std::vector<CircuitPin>& pins, bool is_inverted) {
+              const std::vector<CircuitPin>& pins) {
   assert(pins.size() == gate.input_count());
   std::vector<std::string> inputs;
   for (const CircuitPin& pin : pins)
     if (!pin.wire.empty()) inputs.push_back(pin.wire);
-  const std::string own = is_inverted ? output + "'" : output;
-  circuit.gates.push_back({own, inputs, [gate, pins](const std::vector<bool>& values, bool now) {
+  circuit.gates.push_back({output, inputs, [gate, pins](const std::vector<bool>& values, bool now) {
                              std::vector<Word> at_pins;  // one case, in the lowest bit
                              std::size_t wired = 0;
                              for (const CircuitPin& pin : pins) {
@@ -406,9 +386,6 @@ void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::str
                              }
                              return (next_output(gate, at_pins, now ? 1 : 0) & 1u) != 0;
                            }});
-  if (!is_inverted) return;
-  const auto inverter = [](const std::vector<bool>& values, bool) { return !values[0]; };
-  circuit.gates.push_back({output, {own}, inverter});
 }
 
 CircuitStates::CircuitStates(const net::Stg& stg, const Graph& graph, const Values& initial,

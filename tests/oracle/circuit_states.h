@@ -44,10 +44,9 @@ struct CircuitPin {
   bool is_inverted = false;  // in no time
 };
 
-// One pin for each input, in the order of the gate's. An inverted output is that of an inverter,
-// and the gate drives a wire of its own, OUTPUT'.
+// One pin for each input, in the order of the gate's.
 void add_gate(Circuit& circuit, const toolkit::LibraryGate& gate, const std::string& output,
-              const std::vector<CircuitPin>& pins, bool is_inverted = false);
+              const std::vector<CircuitPin>& pins);
 
 // Questions about a circuit, each with what is wrong where the answer is no.
 enum class CircuitQuestion : std::uint8_t {

@@ -75,25 +75,22 @@ Values code_of(const StateGraph<net::Stg>::State& state, const Values& initial) 
   return code;
 }
 
-std::set<std::uint32_t> states_after_dummies(const StateGraph<net::Stg>& graph,
-                                             std::uint32_t state) {
-  std::set<std::uint32_t> seen{state};
+std::map<std::uint32_t, std::size_t> after_dummies(const StateGraph<net::Stg>& graph,
+                                                   std::uint32_t state) {
+  std::map<std::uint32_t, std::size_t> steps{{state, 0}};
   std::vector<std::uint32_t> open{state};
-  while (!open.empty()) {
-    const std::uint32_t current = open.back();
-    open.pop_back();
-    for (const auto& arc : graph.states[current].arcs) {
-      if (arc.transition->signal->is_dummy() && seen.insert(arc.target).second) {
+  for (std::size_t i = 0; i < open.size(); ++i) {
+    const std::size_t next = steps[open[i]] + 1;
+    for (const auto& arc : graph.states[open[i]].arcs)
+      if (arc.transition->signal->is_dummy() && steps.emplace(arc.target, next).second)
         open.push_back(arc.target);
-      }
-    }
   }
-  return seen;
+  return steps;
 }
 
 SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32_t state) {
   SignalSet signals;
-  for (const std::uint32_t later : states_after_dummies(graph, state)) {
+  for (const auto& [later, steps] : after_dummies(graph, state)) {
     for (const auto& arc : graph.states[later].arcs) {
       if (!arc.transition->signal->is_dummy()) signals.insert(arc.transition->signal->index);
     }
@@ -101,24 +98,33 @@ SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32
   return signals;
 }
 
-std::set<std::pair<std::uint32_t, std::uint32_t>> disabled_signals(
-    const net::Stg& stg, const StateGraph<net::Stg>& graph) {
-  std::set<std::pair<std::uint32_t, std::uint32_t>> pairs;
+std::map<SignalPair, std::size_t> shortest_disablings(const StateGraph<net::Stg>& graph) {
+  std::map<SignalPair, std::size_t> lengths;
   std::vector<SignalSet> enabled;
   for (std::uint32_t i = 0; i < graph.states.size(); ++i) {
     enabled.push_back(enabled_through_dummies(graph, i));
   }
   for (std::uint32_t state = 0; state < graph.states.size(); ++state) {
-    for (const std::uint32_t later : states_after_dummies(graph, state)) {
+    for (const auto& [later, steps] : after_dummies(graph, state)) {
+      const std::size_t length = graph.states[state].distance + steps + 1;
       for (const auto& arc : graph.states[later].arcs) {
         const net::Signal& by = *arc.transition->signal;
         if (by.is_dummy()) continue;
         for (const std::uint32_t signal : enabled[state]) {
-          const bool is_driven = signal >= stg.inputs_end && signal != by.index;
-          if (is_driven && !enabled[arc.target].contains(signal)) pairs.emplace(signal, by.index);
+          if (signal == by.index || enabled[arc.target].contains(signal)) continue;
+          std::size_t& least = lengths.try_emplace({signal, by.index}, length).first->second;
+          least = std::min(least, length);
         }
       }
     }
+  }
+  return lengths;
+}
+
+std::set<SignalPair> disabled_signals(const net::Stg& stg, const StateGraph<net::Stg>& graph) {
+  std::set<SignalPair> pairs;
+  for (const auto& [pair, length] : shortest_disablings(graph)) {
+    if (pair.first >= stg.inputs_end) pairs.insert(pair);
   }
   return pairs;
 }

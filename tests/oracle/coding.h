@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -26,15 +27,21 @@ bool assign_initial_values(net::Stg& stg, std::size_t max_states = 100'000);
 // Value of each signal in the state.
 Values code_of(const StateGraph<net::Stg>::State& state, const Values& initial);
 
+// The states that dummies alone lead to, the first among them, with the least number of dummies.
+std::map<std::uint32_t, std::size_t> after_dummies(const StateGraph<net::Stg>& graph,
+                                                   std::uint32_t state);
+
 // The non-dummy signals with an edge enabled in the state itself, or after firing dummies only.
 using SignalSet = std::set<std::uint32_t>;
 SignalSet enabled_through_dummies(const StateGraph<net::Stg>& graph, std::uint32_t state);
 
-// Pairs of an output or internal signal and another signal: in some state the first is enabled (by
-// itself or after dummies only), and once the second has fired, dummies before it perhaps, the
-// first is not.
-std::set<std::pair<std::uint32_t, std::uint32_t>> disabled_signals(
-    const net::Stg& stg, const StateGraph<net::Stg>& graph);
+// Pairs of signals: in some state the first is enabled (by itself or after dummies only), and once
+// the second has fired, dummies before it perhaps, the first is not. With the length of a shortest
+// trace to there.
+using SignalPair = std::pair<std::uint32_t, std::uint32_t>;
+std::map<SignalPair, std::size_t> shortest_disablings(const StateGraph<net::Stg>& graph);
+// Those pairs of which the first is an output or internal signal.
+std::set<SignalPair> disabled_signals(const net::Stg& stg, const StateGraph<net::Stg>& graph);
 // Those enabled before some dummy fires and not after it: what is enabled depends on how a state is
 // reached.
 SignalSet signals_that_dummies_disable(const StateGraph<net::Stg>& graph);

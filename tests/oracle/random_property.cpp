@@ -80,6 +80,26 @@ constexpr StepRow steps[] = {{"pre", condition, event},
                              {"trig", event, event, StepRow::of_node_only},
                              {"downclose", event, event}};
 
+// Of numbers, or of truth values as 0 and 1.
+struct NumberRow {
+  using Int = std::int64_t;
+  const char* op;
+  int level;
+  Int (*function)(Int, Int);
+};
+using Int = NumberRow::Int;
+constexpr NumberRow number_rows[] = {{"+", sum_level, [](Int x, Int y) { return x + y; }},
+                                     {"-", sum_level, [](Int x, Int y) { return x - y; }},
+                                     {"*", product_level, [](Int x, Int y) { return x * y; }},
+                                     {"/", product_level, [](Int x, Int y) { return x / y; }},
+                                     {"%", product_level, [](Int x, Int y) { return x % y; }}};
+constexpr const NumberRow &sum = number_rows[0], &remainder = number_rows[4];
+constexpr NumberRow truth_rows[] = {{"<->", 3, [](Int x, Int y) -> Int { return x == y; }},
+                                    {"->", 4, [](Int x, Int y) -> Int { return x <= y; }},
+                                    {"|", 5, [](Int x, Int y) { return x | y; }},
+                                    {"^", 6, [](Int x, Int y) { return x ^ y; }},
+                                    {"&", 7, [](Int x, Int y) { return x & y; }}};
+
 class Generator : PropertyBuilder {
  public:
   Generator(std::uint64_t seed, const ProcessModel& model, bool tells_instances)
@@ -224,26 +244,12 @@ class Generator : PropertyBuilder {
   }
 
   Expr connective(int depth, bool dynamic) {
-    struct Row {
-      const char* op;
-      int level;
-      bool (*function)(bool, bool);
-    };
-    constexpr Row rows[] = {{"<->", 3, [](bool x, bool y) { return x == y; }},
-                            {"->", 4, [](bool x, bool y) { return !x || y; }},
-                            {"|", 5, [](bool x, bool y) { return x || y; }},
-                            {"^", 6, [](bool x, bool y) { return x != y; }},
-                            {"&", 7, [](bool x, bool y) { return x && y; }}};
     const Expr a = make(a_bool, depth - 1, dynamic);
     if (random_.chance(15)) {
       return prefix("~", a, a_bool, [](const Value& v) { return Value{.number = 1 - v.number}; });
     }
     if (random_.chance(15)) return threshold_list(depth, dynamic);
-    const Row& row = one_of(rows);
-    return binary(a, row.op, make(a_bool, depth - 1, dynamic), row.level, a_bool,
-                  [f = row.function](const Value& x, const Value& y) {
-                    return Value{.number = f(x.number != 0, y.number != 0)};
-                  });
+    return operation(a, one_of(truth_rows), make(a_bool, depth - 1, dynamic));
   }
 
   static std::int64_t trues(std::span<const Value> values) {
@@ -356,33 +362,22 @@ class Generator : PropertyBuilder {
   // --- Numbers and texts
 
   Expr integer(int depth) {
-    struct Row {
-      const char* op;
-      int level;
-      bool is_safe;  // with any operand: no division by zero, no product that does not fit
-      std::int64_t (*function)(std::int64_t, std::int64_t);
-    };
-    using Int = std::int64_t;
-    constexpr Row rows[] = {{"+", sum_level, true, [](Int x, Int y) { return x + y; }},
-                            {"-", sum_level, true, [](Int x, Int y) { return x - y; }},
-                            {"*", product_level, false, [](Int x, Int y) { return x * y; }},
-                            {"/", product_level, false, [](Int x, Int y) { return x / y; }},
-                            {"%", product_level, false, [](Int x, Int y) { return x % y; }}};
     const auto minus = [](const Value& v) { return Value{.number = -v.number}; };
     if (depth == 0 || random_.chance(60)) return natural(depth);
     const Expr a = make(a_number, depth - 1);
     if (random_.chance(15)) return prefix("-", a, a_number, minus);
-    const Row& row = one_of(rows);
-    Expr b = row.is_safe ? make(a_number, depth - 1) : literal(random_.between(1, 5));
+    const NumberRow& row = one_of(number_rows);
+    // No division by zero, no product that does not fit.
+    Expr b = row.level == sum_level ? make(a_number, depth - 1) : literal(random_.between(1, 5));
     if (random_.chance(30)) b = prefix("-", b, a_number, minus);
-    return arithmetic(a, row.op, b, row.level, row.function);
+    return operation(a, row, b);
   }
 
-  Expr arithmetic(const Expr& a, const char* op, const Expr& b, int level,
-                  std::int64_t (*function)(std::int64_t, std::int64_t)) {
-    return binary(a, op, b, level, a_number, [function](const Value& x, const Value& y) {
-      return Value{.number = function(x.number, y.number)};
-    });
+  Expr operation(const Expr& a, const NumberRow& row, const Expr& b) {
+    return binary(a, row.op, b, row.level, a.type,
+                  [f = row.function](const Value& x, const Value& y) {
+                    return Value{.number = f(x.number, y.number)};
+                  });
   }
 
   Expr natural(int depth) {
@@ -492,10 +487,7 @@ class Generator : PropertyBuilder {
   Expr number_of(NodeKind kind, int depth) {
     const std::int64_t count = model_.count(kind);
     if (depth == 0) return literal(1 + random_.below(static_cast<std::size_t>(count)));
-    const Expr rest = arithmetic(natural(depth - 1), "%", literal(count), product_level,
-                                 [](std::int64_t x, std::int64_t y) { return x % y; });
-    return arithmetic(rest, "+", literal(1), sum_level,
-                      [](std::int64_t x, std::int64_t y) { return x + y; });
+    return operation(operation(natural(depth - 1), remainder, literal(count)), sum, literal(1));
   }
 
   Expr set(Type type, int depth) {

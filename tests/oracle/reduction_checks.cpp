@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cassert>
-#include <map>
 
 #include "net/clone_net.h"
 #include "oracle/coding.h"
+#include "oracle/resolution_checks.h"
 
 namespace vorel::oracle {
 namespace {
@@ -15,23 +15,6 @@ net::StgTransition& named(const net::Stg& stg, const std::string& name) {
       std::ranges::find(stg.transitions, name, [](const auto& t) { return t->name; });
   assert(found != stg.transitions.end());
   return **found;
-}
-
-// By state: the names of the transitions that can fire sometime.
-std::vector<std::set<std::string>> futures(const StateGraph<net::Stg>& graph) {
-  std::vector<std::set<std::string>> result(graph.states.size());
-  for (bool changed = true; changed;) {
-    changed = false;
-    for (std::size_t i = graph.states.size(); i-- > 0;) {
-      const std::size_t before = result[i].size();
-      for (const auto& arc : graph.states[i].arcs) {
-        result[i].insert(arc.transition->name);
-        result[i].insert(result[arc.target].begin(), result[arc.target].end());
-      }
-      if (result[i].size() != before) changed = true;
-    }
-  }
-  return result;
 }
 
 }  // namespace
@@ -47,30 +30,14 @@ net::Stg with_place(const net::Stg& stg, const WaitingPlace& place) {
   return result;
 }
 
-Waiting judge(const net::Stg& stg, const StateGraph<net::Stg>& graph, const WaitingPlace& place) {
+Waiting judge(const net::Stg& stg, const WaitingPlace& place) {
   const net::Stg after = with_place(stg, place);
-  const auto reduced = explore(after, 2 * graph.states.size() + 10);
-  if (reduced.outcome == Exploration::unsafe) return Waiting::unsafe;
-  assert(reduced.outcome == Exploration::complete);
-  std::map<std::pair<Marking, Parity>, std::size_t> state_of;
-  for (std::size_t i = 0; i < graph.states.size(); ++i) {
-    state_of[{graph.states[i].marking, graph.states[i].parity}] = i;
-  }
-  const auto could = futures(graph), can = futures(reduced);
-  bool changes = false;
-  for (std::size_t i = 0; i < reduced.states.size(); ++i) {
-    Marking marking = reduced.states[i].marking;
-    marking.pop_back();  // the new place is the last
-    const std::size_t before = state_of.at({marking, reduced.states[i].parity});
-    if (!std::ranges::includes(can[i], could[before])) return Waiting::stops;
-    changes |= reduced.states[i].arcs.size() != graph.states[before].arcs.size();
-  }
-  if (!changes) return Waiting::changes_nothing;
-  auto hurt = disabled_signals(after, reduced);
-  const auto known = disabled_signals(stg, graph);
-  const SignalSet lost = signals_that_dummies_disable(graph);
-  std::erase_if(hurt, [&](const auto& pair) { return lost.contains(pair.first); });
-  return std::ranges::includes(known, hurt) ? Waiting::valid : Waiting::disables;
+  if (resolution_fault(stg, after, {.resolved = false}).empty()) return Waiting::changes_nothing;
+  const bool hides_hazards = !std::ranges::includes(signals_that_dummies_disable(explore(stg)),
+                                                    signals_that_dummies_disable(explore(after)));
+  const bool is_valid =
+      !hides_hazards && resolution_fault(stg, after, {.resolved = false, .reduced = true}).empty();
+  return is_valid ? Waiting::valid : Waiting::invalid;
 }
 
 bool are_concurrent(const StateGraph<net::Stg>& graph, const net::StgTransition& a,

@@ -1,7 +1,6 @@
 // oracle/reduction_checks.h - whether transitions of an STG may be made to wait, state by state.
 // Here:      a new place between given transitions, on the net with all its states; concurrency of
 //            transitions.
-// Not here:  which input would be delayed (that is a matter of the target alone).
 #pragma once
 
 #include <string>
@@ -20,12 +19,9 @@ struct WaitingPlace {
 
 net::Stg with_place(const net::Stg& stg, const WaitingPlace& place);
 
-enum class Waiting { unsafe, stops, disables, changes_nothing, valid };
-
-// `stops`: after some run of the new net a transition can never fire any more that the old net
-// could still fire sometime. `disables`: a signal disables another one that it did not; dummies
-// disabled none of these. The graph is that of the STG before.
-Waiting judge(const net::Stg& stg, const StateGraph<net::Stg>& graph, const WaitingPlace& place);
+// Valid ones leave what could happen sometime, and do not let signals disable others.
+enum class Waiting { invalid, changes_nothing, valid };
+Waiting judge(const net::Stg& stg, const WaitingPlace& place);
 
 // In some state both can fire, in either order.
 bool are_concurrent(const StateGraph<net::Stg>& graph, const net::StgTransition& a,

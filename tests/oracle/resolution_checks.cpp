@@ -238,6 +238,14 @@ std::string resolution_fault(const net::Stg& before, const net::Stg& after,
   return Comparison(before, after, claim).run(max_states);
 }
 
+std::vector<std::string> new_signals(const net::Stg& before, const net::Stg& after) {
+  const auto old = by_name(before.signals);
+  std::vector<std::string> names;
+  for (const auto& signal : after.signals)
+    if (!old.contains(signal->name)) names.push_back(signal->name);
+  return names;
+}
+
 std::vector<std::string> conflicting_signals(const net::Stg& stg) {
   const Graph graph = explore(stg);
   const auto initial = find_initial_values(stg, graph);

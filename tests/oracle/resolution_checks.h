@@ -31,6 +31,9 @@ struct ResolutionClaim {
 std::string resolution_fault(const net::Stg& before, const net::Stg& after,
                              const ResolutionClaim& claim, std::size_t max_states = 20'000);
 
+// The names of the signals that only the STG after has.
+std::vector<std::string> new_signals(const net::Stg& before, const net::Stg& after);
+
 // The names of the signals with a CSC conflict. The STG must be safe and consistent.
 std::vector<std::string> conflicting_signals(const net::Stg& stg);
 

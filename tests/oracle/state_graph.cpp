@@ -5,61 +5,6 @@
 #include <utility>
 
 namespace vorel::oracle {
-namespace {
-
-using Key = std::pair<Marking, Parity>;
-
-template <class N>
-class Explorer {
- public:
-  Explorer(const N& net, std::size_t max_states) : net_{net}, max_states_{max_states} {}
-
-  StateGraph<N> run() {
-    add({initial_marking(net_), initial_parity(net_)}, 0);
-    for (std::uint32_t i = 0; i < graph_.states.size(); ++i) {
-      if (!expand(i)) return std::move(graph_);
-      if (graph_.states.size() > max_states_) {
-        graph_.outcome = Exploration::too_large;
-        return std::move(graph_);
-      }
-    }
-    return std::move(graph_);
-  }
-
- private:
-  std::uint32_t add(const Key& key, std::uint32_t distance) {
-    const auto number = static_cast<std::uint32_t>(graph_.states.size());
-    const auto [known, is_new] = numbers_.emplace(key, number);
-    if (is_new) graph_.states.push_back({key.first, key.second, distance, {}});
-    return known->second;
-  }
-
-  bool expand(std::uint32_t number) {
-    const Marking marking = graph_.states[number].marking;
-    const Parity parity = graph_.states[number].parity;
-    const std::uint32_t distance = graph_.states[number].distance;
-    for (const auto& transition : net_.transitions) {
-      if (!is_enabled(marking, *transition)) continue;
-      const auto next = fire(marking, *transition);
-      if (!next) {
-        graph_.outcome = Exploration::unsafe;
-        return false;
-      }
-      Parity next_parity = parity;
-      count_edge(next_parity, *transition);
-      const std::uint32_t target = add({*next, next_parity}, distance + 1);
-      graph_.states[number].arcs.push_back({transition.get(), target});
-    }
-    return true;
-  }
-
-  const N& net_;
-  std::size_t max_states_;
-  StateGraph<N> graph_;
-  std::map<Key, std::uint32_t> numbers_;
-};
-
-}  // namespace
 
 template <class N>
 Marking initial_marking(const N& net) {
@@ -126,7 +71,33 @@ std::optional<std::uint32_t> StateGraph<N>::shortest_deadlock() const {
 
 template <class N>
 StateGraph<N> explore(const N& net, std::size_t max_states) {
-  return Explorer<N>(net, max_states).run();
+  StateGraph<N> graph;
+  std::map<std::pair<Marking, Parity>, std::uint32_t> numbers;
+  const auto add = [&](const Marking& marking, const Parity& parity, std::uint32_t distance) {
+    const auto next = static_cast<std::uint32_t>(graph.states.size());
+    const auto [known, is_new] = numbers.emplace(std::pair(marking, parity), next);
+    if (is_new) graph.states.push_back({marking, parity, distance, {}});
+    return known->second;
+  };
+  add(initial_marking(net), initial_parity(net), 0);
+  for (std::uint32_t i = 0; i < graph.states.size(); ++i) {
+    if (graph.states.size() > max_states) graph.outcome = Exploration::too_large;
+    if (graph.outcome != Exploration::complete) break;
+    const auto [marking, parity, distance, no_arcs] = graph.states[i];
+    for (const auto& transition : net.transitions) {
+      if (!is_enabled(marking, *transition)) continue;
+      const auto next = fire(marking, *transition);
+      if (!next) {
+        graph.outcome = Exploration::unsafe;
+        break;
+      }
+      Parity next_parity = parity;
+      count_edge(next_parity, *transition);
+      const std::uint32_t target = add(*next, next_parity, distance + 1);
+      graph.states[i].arcs.push_back({transition.get(), target});
+    }
+  }
+  return graph;
 }
 
 template <class N>

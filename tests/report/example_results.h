@@ -1,4 +1,4 @@
-// tests/report/example_results.h - results of runs, made by hand, with something in every part.
+// tests/report/example_results.h - results of runs with something in every part.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ struct ExampleRun {
   flow::FlowResult result;
 };
 
-// A read cycle of a bus with its conflict, resolved by one signal, and a circuit with a hazard.
+// A read cycle of a bus with its conflict, resolved by one signal, and a circuit that is wrong.
 ExampleRun bus_controller();
 // Every text and name is one that HTML, XML and scripts take amiss.
 ExampleRun hostile_texts();

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "oracle/table_relation.h"
+
 namespace vorel::report {
 namespace {
 
@@ -24,18 +26,6 @@ bool promised(const GateSymbol& symbol, const flow::Instance& instance, std::uin
   return value != symbol.has_output_bubble;
 }
 
-bdd::Bdd function_of(std::uint32_t truth, std::uint32_t variables) {
-  bdd::Bdd function(false);
-  for (std::uint32_t i = 0; i < 1u << variables; ++i) {
-    if (((truth >> i) & 1u) == 0) continue;
-    bdd::Bdd minterm(true);
-    for (std::uint32_t v = 0; v < variables; ++v)
-      minterm &= ((i >> v) & 1u) != 0 ? bdd::bdd_variable(v) : ~bdd::bdd_variable(v);
-    function |= minterm;
-  }
-  return function;
-}
-
 // All functions of two inputs and the output, behind all inversions of the inputs. A shape that
 // tells something else than what the gate does is worse than none.
 TEST(GateSymbol, ShapesTellTheWholeFunction) {
@@ -48,7 +38,8 @@ TEST(GateSymbol, ShapesTellTheWholeFunction) {
       circuit.wires[0].name = "a";
       circuit.wires[1].name = "b";
       circuit.wires[2].name = "z";
-      const bdd::Bdd function = function_of(truth, variables);
+      const bdd::Bdd function = oracle::bdd_of_function(
+          truth, {bdd::bdd_variable(0), bdd::bdd_variable(1), bdd::bdd_variable(2)});
       circuit.gates.push_back(
           {"U1", 1, verify::WireId{2}, {verify::WireId{0}, verify::WireId{1}}, function});
       flow::Instance instance{"U1", "gate", "z", false, {}, "", 0};

@@ -107,7 +107,7 @@ TEST(Page, HasTheFiguresOfTheDocument) {
 
 TEST(Page, HasTracesThatFilesForViewersGiveBack) {
   const auto files = trace_files(bus_controller().result);
-  ASSERT_EQ(files.size(), 6);
+  ASSERT_EQ(files.size(), 8);
   for (const TraceFile& file : files) {
     std::ostringstream stream;
     ASSERT_TRUE(formats::write_vcd(file.waveform, "test 1", stream));

@@ -7,7 +7,6 @@
 #include "oracle/random.h"
 #include "resolution/core_adjacency.h"
 #include "resolution/core_computation.h"
-#include "resolution/core_splitting.h"
 #include "resolution/core_update.h"
 
 namespace vorel::resolution {
@@ -205,25 +204,6 @@ TEST(Cores, HaveArcsToThoseThatCanFollowThem) {
     found += expected.size();
   });
   EXPECT_GT(found, 0u);
-}
-
-TEST(Cores, AreSplitWhereAnEdgeCanFireOnOneSideOnly) {
-  // The edge comes after events 1 and 2 and before 3 and 4.
-  const EdgeOccurrence edge{.causes = {{1}, {2}}, .followers = {{3}, {4}}};
-  struct Row {
-    EventSet one, other;
-    bool is_split;
-  };
-  const EventSet out{{0}, {1}}, can_fire{{1}, {2}}, can_fire_too{{0}, {1}, {2}, {5}},
-      has_fired{{1}, {2}, {4}};
-  const Row rows[] = {{out, can_fire, true},           {can_fire, has_fired, true},
-                      {out, has_fired, false},         {out, {{2}}, false},
-                      {can_fire, can_fire_too, false}, {has_fired, can_fire_too, true},
-                      {{}, {{1}, {2}, {3}}, false}};
-  for (const Row& row : rows) EXPECT_EQ(splits(Core(row.one, row.other), edge), row.is_split);
-  EXPECT_TRUE(
-      splits(Core({}, {{3}}),
-             EdgeOccurrence{.causes = {}, .followers = {{3}}}));  // it could fire at the start
 }
 
 }  // namespace

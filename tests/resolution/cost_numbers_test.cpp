@@ -6,11 +6,9 @@
 
 #include "oracle/history.h"
 #include "oracle/random.h"
-#include "oracle/random_stg.h"
 #include "resolution/critical_path.h"
 #include "resolution/logic_complexity.h"
 #include "resolution/resolution_support.h"
-#include "support/seeds.h"
 
 namespace vorel::resolution {
 namespace {
@@ -61,22 +59,19 @@ std::size_t trigger_count(const StgPrefix& prefix, net::SignalId signal) {
 
 TEST(CostNumbers, RandomPrefixesAgreeWithTheDefinitions) {
   int delaying = 0, harmless = 0;
-  const auto [first, end] = support::seeds(40);
-  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
-    SCOPED_TRACE(seed);
-    const auto prefix = oracle::unfold(oracle::random_stg(seed, {.dummies = seed % 2 == 0}), 30);
-    if (!prefix) continue;
+  resolution_support::on_prefixes(40, [&](const StgPrefix& prefix, std::uint64_t seed) {
+    if (prefix.events.size() > 30) return;
     std::uint64_t sum = 0, powers = 0;
-    for (const net::SignalId signal : prefix->driven_signals()) {
-      sum += trigger_count(*prefix, signal);
-      powers += std::uint64_t{1} << trigger_count(*prefix, signal);
+    for (const net::SignalId signal : prefix.driven_signals()) {
+      sum += trigger_count(prefix, signal);
+      powers += std::uint64_t{1} << trigger_count(prefix, signal);
     }
-    EXPECT_EQ(logic_complexity(*prefix, false), sum);
-    EXPECT_EQ(logic_complexity(*prefix, true), powers);
+    EXPECT_EQ(logic_complexity(prefix, false), sum);
+    EXPECT_EQ(logic_complexity(prefix, true), powers);
 
-    const CriticalPath path(*prefix);
+    const CriticalPath path(prefix);
     oracle::Random random(seed);
-    for (const auto& event : prefix->events) {
+    for (const auto& event : prefix.events) {
       EXPECT_EQ(path.depth(*event), depth(*event));
       EXPECT_EQ(path.is_critical(*event), is_critical(*event));
       std::vector<const Event*> causes;
@@ -91,7 +86,7 @@ TEST(CostNumbers, RandomPrefixesAgreeWithTheDefinitions) {
       EXPECT_EQ(path.is_delaying(causes, followers), expected);
       ++(expected ? delaying : harmless);
     }
-  }
+  });
   EXPECT_GT(delaying, 50);
   EXPECT_GT(harmless, 50);
 }

@@ -116,7 +116,6 @@ class Step {
       const bool is_good = step.fault.empty() || old_hazards.explain(step.fault);
       if (is_good && step.has_one_code)
         least = std::min(least, cost_of(candidates, edges, step.signs, choice));
-      return true;
     });
     return least;
   }

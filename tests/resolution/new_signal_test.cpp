@@ -97,7 +97,6 @@ std::size_t compare_all_sets(const net::StgPrefix& prefix, std::vector<net::Inse
     Chosen chosen;
     for (const std::size_t number : set) chosen.push_back({static_cast<std::uint32_t>(number)});
     if (subject.is_signal(chosen)) good.insert(chosen);
-    return true;
   });
   const auto compare = [&](const Chosen& chosen) {
     EXPECT_EQ(subject.are_allowed(chosen), good.contains(chosen)) << text_of(subject.of(chosen));

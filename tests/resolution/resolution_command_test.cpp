@@ -13,11 +13,11 @@
 #include "formats/g_writer.h"
 #include "formats/mci_reader.h"
 #include "formats/process_file.h"
-#include "net/clone_net.h"
 #include "oracle/book_insertion.h"
 #include "oracle/parse_g.h"
 #include "oracle/prefix_checks.h"
 #include "oracle/random_stg.h"
+#include "oracle/reduction_checks.h"
 #include "oracle/resolution_checks.h"
 #include "resolution/insertions.h"
 #include "resolution/transformation.h"
@@ -192,20 +192,13 @@ TEST(ResolutionCommand, ResolvesTheExamples) {
 std::string fault_of_suggestion(const net::StgPrefix& prefix, const std::string& text) {
   const std::size_t arrow = std::min(text.find(" --> "), text.find(" -*-> "));
   if (arrow != std::string::npos) {
-    net::Stg reduced = net::clone_net<net::Stg>(prefix);
-    const auto named = [&reduced](const std::string& name) -> net::StgTransition& {
-      return **std::ranges::find(reduced.transitions, name, [](const auto& t) { return t->name; });
-    };
-    net::StgPlace& place = base::append_new(reduced.places);
-    place.name = "reduction";
-    place.initial_marking = text[arrow + 2] == '*' ? 1 : 0;
+    oracle::WaitingPlace place{{}, text.substr(text.find("> ") + 2), text[arrow + 2] == '*'};
     std::istringstream sources(text.substr(0, arrow));
     for (std::string name; std::getline(sources, name, ',');) {
       std::erase_if(name, [](char c) { return c == '{' || c == '}'; });
-      net::add_arc(named(name), place);
+      place.sources.push_back(name);
     }
-    net::add_arc(place, named(text.substr(text.find("> ") + 2)));
-    net::sort_net(reduced);
+    const net::Stg reduced = oracle::with_place(prefix, place);
     return oracle::resolution_fault(prefix, reduced, {.resolved = false, .reduced = true});
   }
   std::map<std::string, net::Insertion> known;

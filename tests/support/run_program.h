@@ -149,6 +149,10 @@ class TemporaryFolder {
     std::ofstream(path(name), std::ios::binary) << text;
     return path(name);
   }
+  // A command of the shell that runs in the folder.
+  ProgramRun shell(const std::string& command) const {
+    return run_program({"/bin/sh", "-c", command}, {.directory = path_});
+  }
 
  private:
   std::string path_;

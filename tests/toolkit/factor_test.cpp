@@ -57,7 +57,7 @@ bool is_tidy(const LogicExpr& e) {
 }
 
 TEST(Factor, KeepsTheFunctionAndNeverAddsLiterals) {
-  for (auto [seed, end] = support::seeds(1500); seed < end; ++seed) {
+  support::for_each_seed(1500, [&](std::uint64_t seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 30 == 0 ? 11 : 7);
     Cover cover = random.cover(width, random.below(20), 20 + random.below(70));
@@ -78,7 +78,7 @@ TEST(Factor, KeepsTheFunctionAndNeverAddsLiterals) {
     ASSERT_LE(literal_count(plain), cover.literal_count());
     ASSERT_TRUE(is_tidy(plain)) << to_string(plain);
     ASSERT_EQ(inverted, negate(plain));
-  }
+  });
 }
 
 // The fewest literals known for each, by algebraic factoring.

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -16,7 +15,6 @@
 #include "decomposition/gate_models.h"
 #include "net/initial_values.h"
 #include "oracle/coding.h"
-#include "oracle/netlist.h"
 #include "oracle/parse_g.h"
 #include "oracle/random_stg.h"
 #include "oracle/reference_unfolder.h"
@@ -125,17 +123,6 @@ class Module : public testing::Test {
     subjects_.push_back({title, &prefix, driver.circuit()->netlist(), text.str()});
   }
 
-  // By all states of the circuit, which need no reset.
-  void expect_right(const std::string& text, const net::Stg& stg) const {
-    std::map<std::string, toolkit::LibraryGate> library;
-    for (const toolkit::LibraryGate& gate : gates_) library.emplace(gate.name, gate);
-    const auto graph = oracle::explore(stg);
-    EXPECT_EQ(oracle::find_fault(stg, graph, *oracle::find_initial_values(stg, graph),
-                                 oracle::read_netlist(text, library).circuit),
-              "")
-        << text;
-  }
-
   support::ProgramRun shell(const std::string& command) const {
     return support::run_program({"/bin/sh", "-c", command}, {.directory = folder_.path()});
   }
@@ -170,7 +157,6 @@ TEST_F(Module, IsWhatTheVerifierAndOtherToolsTake) {
       all.inverter = netlist.inverter.name.empty() ? all.inverter : netlist.inverter;
       all.gates.insert(all.gates.end(), netlist.gates.begin(), netlist.gates.end());
       if (expected != "00000") continue;
-      if (reset != ResetKind::input) expect_right(text.str(), *subject.stg);
       ++correct;
       ASSERT_TRUE(write_testbench(testbench, *subject.stg,
                                   testbench_subject(*subject.stg, netlist, options), number));
@@ -206,7 +192,6 @@ TEST_F(Module, IsWhatTheVerifierAndOtherToolsTake) {
 TEST_F(Module, StartsFromItsInitialValues) {
   std::string text, expected;
   std::size_t count = 0;
-  Netlist all;
   for (const Subject& subject : subjects_) {
     const std::vector<synthesis::NetlistGate>& gates = subject.netlist.gates;
     std::unordered_map<std::string, bool> initial;
@@ -243,13 +228,11 @@ TEST_F(Module, StartsFromItsInitialValues) {
       }
       text += "}); end endmodule\n";
       expected += '\n';
-      all.inverter = netlist.inverter.name.empty() ? all.inverter : netlist.inverter;
-      all.gates.insert(all.gates.end(), netlist.gates.begin(), netlist.gates.end());
     }
   }
   EXPECT_GT(count, 20u);
   std::ostringstream models;
-  decomposition::write_gate_models_of(models, all, "all", gates_);
+  ASSERT_TRUE(decomposition::write_gate_models(models, gates_));
   folder_.write("start.v", models.str() + text);
   const auto run = shell("iverilog -o start start.v && vvp -n start");
   EXPECT_EQ(run.out, expected) << run.err << text;

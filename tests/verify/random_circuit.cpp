@@ -5,7 +5,7 @@
 #include <map>
 #include <optional>
 
-#include "bdd/bdd.h"
+#include "oracle/table_relation.h"
 
 namespace vorel::verify_testing {
 namespace {
@@ -80,17 +80,10 @@ TableGate half(const TableGate& gate, const std::string& output, bool at, bool c
   return result;
 }
 
-bdd::Bdd bdd_of(const TableGate& gate) {
-  bdd::Bdd f(false);
-  for (std::size_t row = 0; row < gate.next.size(); ++row) {
-    bdd::Bdd minterm(gate.next[row]);
-    for (std::uint32_t v = 0; v <= gate.inputs.size(); ++v) {
-      const bdd::Bdd variable = bdd::bdd_variable(v);
-      minterm &= (row & row_bit(v)) != 0 ? variable : ~variable;
-    }
-    f |= minterm;
-  }
-  return f;
+bool has_influence(const TableGate& gate, std::size_t input) {
+  for (std::size_t row = 0; row < gate.next.size(); ++row)
+    if (gate.next[row] != gate.next[row ^ row_bit(input)]) return true;
+  return false;
 }
 
 }  // namespace
@@ -155,7 +148,7 @@ oracle::Circuit oracle_circuit(const TableCircuit& circuit) {
         {gate.output, gate.inputs, [gate](const std::vector<bool>& inputs, bool output) {
            std::size_t row = output ? row_bit(inputs.size()) : 0;
            for (std::size_t i = 0; i < inputs.size(); ++i) row += inputs[i] ? row_bit(i) : 0;
-           return gate.value_at(row);
+           return bool{gate.next[row]};
          }});
   return result;
 }
@@ -172,22 +165,15 @@ verify::Circuit circuit_of(const TableCircuit& circuit, const net::Stg& stg,
   for (const net::SignalId s : stg.visible_signals()) add_wire(stg.signals[s.value]->name, s);
   for (const TableGate& gate : circuit) add_wire(gate.output, std::nullopt);
   for (const TableGate& table : circuit) {
-    verify::Gate gate{"g_" + table.output, 0, wires.at(table.output), {}, bdd_of(table)};
-    std::vector<bdd::Bdd> renaming;
-    const auto support = gate.function.support();
-    for (std::uint32_t v = 0; v < table.inputs.size(); ++v) {
-      const bool is_used = std::ranges::find(support, v) != support.end();
-      const auto position = static_cast<std::uint32_t>(gate.inputs.size());
-      renaming.push_back(bdd::bdd_variable(position));
-      const auto wire = wires.at(table.inputs[v]);
-      if (!is_used || wire == gate.output) continue;
-      gate.inputs.push_back(wire);
+    verify::Gate gate{"g_" + table.output, 0, wires.at(table.output), {}, {}};
+    std::vector<bdd::Bdd> variables;  // one without influence has that of the next
+    for (std::size_t i = 0; i <= table.inputs.size(); ++i) {
+      variables.push_back(bdd::bdd_variable(static_cast<std::uint32_t>(gate.inputs.size())));
+      if (i < table.inputs.size() && has_influence(table, i))
+        gate.inputs.push_back(wires.at(table.inputs[i]));
     }
-    const auto own = bdd::bdd_variable(static_cast<std::uint32_t>(gate.inputs.size()));
-    for (std::size_t v = 0; v < table.inputs.size(); ++v)
-      if (table.inputs[v] == table.output) renaming[v] = own;
-    renaming.push_back(own);
-    gate.function = bdd::compose(gate.function, renaming);
+    gate.function =
+        oracle::bdd_of_values(variables, [&](std::uint32_t row) { return bool{table.next[row]}; });
     result.gates.push_back(std::move(gate));
   }
   std::vector<bool> values;

@@ -17,8 +17,6 @@ struct TableGate {
   std::string output;
   std::vector<std::string> inputs;
   std::vector<bool> next;
-
-  bool value_at(std::size_t row) const { return next[row]; }
 };
 using TableCircuit = std::vector<TableGate>;
 

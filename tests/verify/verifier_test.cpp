@@ -84,6 +84,23 @@ struct Subject {
   }
 };
 
+// Each answer is that of the exploration, and each trace shows there that it is no.
+void compare(const Verification& verification, const Circuit& circuit,
+             const oracle::CircuitStates& states) {
+  EXPECT_EQ(states.faults().obstacle, "");
+  for (std::size_t q = 0; q < question_count; ++q)
+    EXPECT_EQ(verification.answers[q],
+              states.faults().faults[q].empty() ? Answer::holds : Answer::fails)
+        << q << ": " << states.faults().faults[q];
+  const auto name_of = [&](WireId wire) { return circuit.wires[wire.value].name; };
+  for (const Finding& finding : verification.findings) {
+    std::vector<oracle::CircuitEdge> trace;
+    for (const TraceEdge& edge : finding.trace) trace.push_back({name_of(edge.wire), edge.rises});
+    const auto question = static_cast<oracle::CircuitQuestion>(finding.question);
+    EXPECT_EQ(states.refute(question, name_of(finding.wire), trace), "") << finding.message;
+  }
+}
+
 TEST(Verifier, KnowsTheClassics) {
   const auto buffer = [](const char* output, const char* input) {
     return gate(output, {input}, all_of);
@@ -125,7 +142,13 @@ TEST(Verifier, KnowsTheClassics) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    EXPECT_EQ(Subject(c.stg, c.gates).answers(), c.answers);
+    const Subject subject(c.stg, c.gates);
+    EXPECT_EQ(subject.answers(), c.answers);
+    const oracle::Circuit explored = verify_testing::oracle_circuit(c.gates);
+    const auto graph = oracle::explore(subject.stg);
+    const auto initial = *oracle::find_initial_values(subject.stg, graph);
+    compare(*verify(subject.stg, subject.circuit), subject.circuit,
+            {subject.stg, graph, initial, explored});
   }
 }
 
@@ -154,23 +177,6 @@ TEST(Verifier, LetsDeclaredMutexesArbitrate) {
   ASSERT_TRUE(verification);
   EXPECT_EQ(verification->verdict(), Answer::holds);
   EXPECT_EQ(verification->arbiters, std::vector{pair});
-}
-
-// Each answer is that of the exploration, and each trace shows there that it is no.
-void compare(const Verification& verification, const Circuit& circuit,
-             const oracle::CircuitStates& states) {
-  EXPECT_EQ(states.faults().obstacle, "");
-  for (std::size_t q = 0; q < question_count; ++q)
-    EXPECT_EQ(verification.answers[q],
-              states.faults().faults[q].empty() ? Answer::holds : Answer::fails)
-        << q << ": " << states.faults().faults[q];
-  const auto name_of = [&](WireId wire) { return circuit.wires[wire.value].name; };
-  for (const Finding& finding : verification.findings) {
-    std::vector<oracle::CircuitEdge> trace;
-    for (const TraceEdge& edge : finding.trace) trace.push_back({name_of(edge.wire), edge.rises});
-    const auto question = static_cast<oracle::CircuitQuestion>(finding.question);
-    EXPECT_EQ(states.refute(question, name_of(finding.wire), trace), "") << finding.message;
-  }
 }
 
 TEST(Verifier, AgreesWithAllReachableStates) {

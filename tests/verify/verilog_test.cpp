@@ -1,16 +1,13 @@
-// Circuits from Verilog: what is accepted, what is refused and how, what vorel itself writes.
+// Circuits from Verilog: what is accepted, what is refused and how.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
 
 #include "decomposition/gate_library.h"
-#include "oracle/netlist.h"
+#include "oracle/coding.h"
 #include "oracle/parse_g.h"
 #include "support/caught_messages.h"
-#include "support/run_program.h"
 #include "verify/circuit_builder.h"
-#include "verify/oracle_circuit.h"
 
 namespace vorel::verify {
 namespace {
@@ -45,23 +42,6 @@ std::string shown(const Circuit& circuit) {
     for (const WireId input : gate.inputs) text += ' ' + wire(input);
   }
   return text;
-}
-
-void expect_the_same(const Circuit& circuit, const oracle::Circuit& expected) {
-  const oracle::Circuit found = oracle_circuit(circuit);
-  EXPECT_EQ(found.initial, expected.initial);
-  ASSERT_EQ(found.gates.size(), expected.gates.size());
-  for (std::size_t i = 0; i < found.gates.size(); ++i) {
-    const oracle::CircuitGate &gate = found.gates[i], &other = expected.gates[i];
-    EXPECT_EQ(gate.output, other.output);
-    EXPECT_EQ(gate.inputs, other.inputs);
-    for (std::size_t row = 0; row < std::size_t{2} << gate.inputs.size(); ++row) {
-      std::vector<bool> values;
-      for (std::size_t bit = 0; bit < gate.inputs.size(); ++bit) values.push_back(row >> bit & 1);
-      const bool own = row >> gate.inputs.size() & 1;
-      EXPECT_EQ(gate.next(values, own), other.next(values, own)) << gate.output << ' ' << row;
-    }
-  }
 }
 
 std::optional<Circuit> read(const std::string& text, const CircuitOptions& options = {},
@@ -286,39 +266,6 @@ TEST(VerilogCircuits, AreRefusedWithOneErrorThatTellsWhere) {
   };
   for (const ErrorRow& row : errors_of_circuits) try_row(head + row.text + "\nendmodule\n", row);
   for (const ErrorRow& row : errors_of_texts) try_row(row.text, row);
-}
-
-// Of all that vorel writes the oracle must say that it does what the STG says; gates of a library
-// must be what the oracle reads there.
-TEST(VerilogCircuits, WrittenFromEquationsAndInGatesAreRight) {
-  std::map<std::string, toolkit::LibraryGate> by_name;
-  for (const toolkit::LibraryGate& gate : library()) by_name.emplace(gate.name, gate);
-  for (const std::string example :
-       {"celement", "fork_join", "latch_ctrl", "muller3", "toggle", "vme_read_csc"}) {
-    for (const std::string mode : {"-E", "-G", "-S", "-T"}) {
-      const support::TemporaryFolder folder;
-      const support::ProgramRun run = support::run_program(
-          {VOREL_BINARY, mode, support::example(example + ".unf.pnml"), "out.v"},
-          {.directory = folder.path()});
-      ASSERT_LE(run.exit_code, 1) << example << mode << run.err;
-      auto stg = *oracle::parse_g(*oracle::read_file(support::example(example + ".g")));
-      ASSERT_TRUE(oracle::assign_initial_values(stg));
-      const std::string text = *oracle::read_file(folder.path("out.v"));
-      SCOPED_TRACE(mode + ' ' + text);
-      const auto circuit = read(text, {}, stg);
-      ASSERT_TRUE(circuit);
-      const auto graph = oracle::explore<net::Stg>(stg);
-      const auto initial = *oracle::find_initial_values(stg, graph);
-      EXPECT_EQ(oracle::find_fault(stg, graph, initial, oracle_circuit(*circuit)), "");
-      const auto hidden = read(text, {.hide_internal = true}, stg);
-      ASSERT_TRUE(hidden);
-      const auto signals = std::ranges::count_if(
-          hidden->wires, [](const Wire& wire) { return wire.signal.has_value(); });
-      EXPECT_EQ(signals, stg.outputs_end);
-      EXPECT_EQ(shown(*hidden), shown(*circuit));
-      if (mode == "-T") expect_the_same(*circuit, oracle::read_netlist(text, by_name).circuit);
-    }
-  }
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 // The parts of the oracle on situations made by hand, and its checks on prefixes made wrong.
 #include <gtest/gtest.h>
 
-#include "oracle/coding.h"
 #include "oracle/net_text.h"
-#include "oracle/parse_g.h"
 #include "oracle/prefix_checks.h"
 #include "oracle/reference_unfolder.h"
 
@@ -19,23 +17,6 @@ TEST(Replay, FollowsEnabledTransitionsOnly) {
   EXPECT_FALSE(replays({"b"}));
   EXPECT_FALSE(replays({"a", "a"}));
   EXPECT_FALSE(replays({"nothing"}));
-}
-
-std::optional<Values> values_of(const std::string& graph_and_marking) {
-  const auto stg = parse_g(".inputs x\n.outputs y\n.graph\n" + graph_and_marking + "\n.end\n");
-  EXPECT_TRUE(stg);
-  return find_initial_values(*stg, explore(*stg));
-}
-
-TEST(Consistency, IsFoundFromSigns) {
-  EXPECT_EQ(values_of("x- y+\ny+ x+\nx+ y-\ny- x-\n.marking { <y-,x-> }"), (Values{1, 0}));
-  EXPECT_EQ(values_of("x+ x-\nx- x+\n.marking { <x-,x+> }"), (Values{0, 0}));
-  EXPECT_EQ(values_of("x+ y+\ny+ x+\n.marking { <y+,x+> }"), std::nullopt);
-  EXPECT_EQ(values_of("p x+ x-\nx+ q\nx- q\n.marking { p }"), std::nullopt);
-  // A toggle lets the sign after it decide; alone it decides nothing.
-  EXPECT_EQ(values_of("x~ x-\nx- x~\n.marking { <x-,x~> }"), (Values{0, 0}));
-  EXPECT_EQ(values_of("x~ x+\nx+ x~\n.marking { <x+,x~> }"), (Values{1, 0}));
-  EXPECT_EQ(values_of("y~ p\np y~\n.marking { p }"), (Values{0, 0}));
 }
 
 TEST(Completeness, IsMissedWhenAnEventIsWronglyACutOff) {

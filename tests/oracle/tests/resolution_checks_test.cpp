@@ -1,10 +1,8 @@
-// Good and bad resolutions of small STGs, and how many signals some need.
+// Good and bad resolutions of small STGs.
 #include "oracle/resolution_checks.h"
 
 #include <gtest/gtest.h>
 
-#include "oracle/book_insertion.h"
-#include "oracle/coding.h"
 #include "oracle/parse_g.h"
 
 namespace vorel::oracle {
@@ -75,26 +73,6 @@ TEST(ResolutionFault, AcceptsTheStateSignalOfTheBusController) {
   EXPECT_EQ(resolution_fault(before, before, {{}}), "CSC conflict for d");
   EXPECT_EQ(resolution_fault(before, before, {.new_signals = {}, .resolved = false}), "");
   EXPECT_EQ(resolution_fault(before, after, {{"x"}}), "signal csc is of another kind");
-}
-
-// Between each transition that is no input's and its whole preset.
-std::vector<net::Insertion> before_outputs(const net::Stg& stg) {
-  std::vector<net::Insertion> candidates;
-  for (const auto& t : stg.transitions) {
-    const bool is_possible = std::ranges::all_of(
-        t->preset, [](const auto* place) { return place->postset.size() == 1; });
-    if (t->signal->kind == net::SignalKind::input || !is_possible) continue;
-    candidates.push_back(net::SeqBefore{t.get(), {t->preset.begin(), t->preset.end()}});
-  }
-  return candidates;
-}
-
-TEST(FewestSignals, AreFoundByTryingAll) {
-  EXPECT_EQ(fewest_signals(example("celement"), before_outputs, 1), 0u);
-  EXPECT_EQ(fewest_signals(example("vme_read"), before_outputs, 1), 1u);
-  // Before each of three outputs the states look alike.
-  EXPECT_EQ(fewest_signals(example("sequencer"), before_outputs, 1), std::nullopt);
-  EXPECT_EQ(fewest_signals(example("sequencer"), before_outputs, 2), 2u);
 }
 
 }  // namespace
