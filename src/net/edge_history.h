@@ -13,7 +13,6 @@
 // then the links that follow the signal times its edges divided by 512.
 #pragma once
 
-#include <cassert>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -35,10 +34,10 @@ class EdgeHistory {
   // Pairs of concurrent edges that were met in one local configuration: one of each 16 signals, in
   // the order of their first edges, if these have any; one with a sign, if one of these was met.
   const std::vector<Disorder>& disorders() const { return disorders_; }
-  // For an event that is not a dummy.
+  // 0 for a dummy.
   std::uint32_t edges_before(const Event& event) const {
     const std::uint32_t rank = rank_[*event.transition->signal];
-    assert(rank != base::no_index);
+    if (rank == base::no_index) return 0;
     return is_disordered_[rank] ? recounted_[event] : edges_.depth(event.index + 1) - 1;
   }
   // The number of the last of these, no_index for none. Not for an event of a signal in disorder.
