@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "base/fetch.h"
+#include "base/worker_pool.h"
 #include "unfolder/flat_net.h"
 #include "unfolder/room.h"
 
@@ -103,6 +104,9 @@ class BranchingProcess {
   void drop_ids(EventRoom& room);
   // Main thread only: numbers the conditions of the event and enters them.
   void enter(EventId event);
+  // The same for many events, in this order, by all workers; nothing is entered afterwards, and
+  // conditions_of() does not tell of what they produce.
+  void enter_last(std::span<const EventId> events, base::WorkerPool& pool);
 
   // With those ids that belong to no event; there are none while ids are taken one at a time.
   std::uint32_t event_count() const { return event_count_.load(std::memory_order_relaxed); }
@@ -121,6 +125,7 @@ class BranchingProcess {
   }
 
   // Into the cache of this worker, without waiting for it.
+  void fetch_event(EventId e) const { base::fetch(&event(e)); }
   void fetch_origin(EventId e) const { base::fetch(&origin(e)); }
 
   PlaceId place(ConditionId c) const {

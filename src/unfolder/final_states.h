@@ -40,8 +40,9 @@ class FinalStateTable {
   void remove(EventId e);
 
   // At the end, by several threads if need be, each with other cut-offs: the correspondent of a
-  // cut-off becomes the least event that cuts it off and is none itself.
-  void resolve(EventId cut_off, ConfigurationOrder& order) const;
+  // cut-off becomes the least event that cuts it off and is none itself. False if there is none:
+  // the correspondent stays, and may be a cut-off.
+  bool resolve(EventId cut_off, ConfigurationOrder& order) const;
 
  private:
   struct Slot {

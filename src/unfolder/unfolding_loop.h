@@ -124,6 +124,9 @@ class UnfoldingLoop {
   std::vector<std::unique_ptr<Worker>> workers_;
 
   std::vector<EventId> batch_, cut_offs_, entered_;
+  // Where in cut_offs_ those of another size begin, and the size of the last ones.
+  std::vector<std::uint32_t> cut_off_starts_;
+  std::uint32_t cut_off_level_ = 0;
   std::vector<std::uint32_t> group_starts_;  // in batch_; one more at the end
   std::uint32_t level_ = 0;                  // size of the local configurations of the batch
   UnfoldStats stats_;
