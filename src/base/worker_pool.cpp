@@ -9,8 +9,9 @@
 namespace vorel::base {
 namespace {
 
-// Waking a thread takes some ten microseconds, on both sides.
-constexpr std::uint64_t look_out_ticks = 50'000, long_ticks = 50'000, call_ticks = 20'000;
+// Waking a thread takes some ten microseconds, on both sides; what is done by one worker between
+// the phases of a batch, some ten or a hundred.
+constexpr std::uint64_t look_out_ticks = 400'000, long_ticks = 50'000, call_ticks = 20'000;
 
 void pause() {
 #if defined(__x86_64__)

@@ -26,7 +26,8 @@ Inclusion CscCheck::inclusion() const {
 }
 
 void CscCheck::add_any_difference() {
-  for (const net::SignalId signal : process().driven_signals()) {
+  for (const std::uint32_t candidate : open_candidates()) {
+    const net::SignalId signal = signal_of(candidate);
     next_values_.emplace_back(pair().first.next_value(signal), pair().second.next_value(signal));
   }
   add_any_of_differences(next_values_);
@@ -45,7 +46,7 @@ net::SignalId CscCheck::signal_of_model() const {
   };
   const auto found = std::ranges::find_if(next_values_, is_different);
   assert(found != next_values_.end());
-  return signal_of(static_cast<std::uint32_t>(found - next_values_.begin()));
+  return signal_of(open_candidates()[static_cast<std::size_t>(found - next_values_.begin())]);
 }
 
 std::unique_ptr<results::Solution> CscCheck::solution_for(net::SignalId signal) const {

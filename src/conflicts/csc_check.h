@@ -36,7 +36,7 @@ class CscCheck : public ConflictCheck {
   net::SignalId signal_of_model() const;
   std::unique_ptr<results::Solution> solution_for(net::SignalId signal) const;
 
-  // Of the outputs and internal signals, method 1.
+  // Of the open candidates.
   std::vector<std::pair<sat::Lit, sat::Lit>> next_values_;
   net::SignalId conflict_signal_;
 };

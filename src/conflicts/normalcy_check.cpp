@@ -38,7 +38,8 @@ sat::Lit NormalcyCheck::violation(net::SignalId signal) {
 
 void NormalcyCheck::add_any_difference() {
   sat::Lits clause;
-  for (const net::SignalId signal : process().driven_signals()) clause.push_back(violation(signal));
+  for (const std::uint32_t candidate : open_candidates())
+    clause.push_back(violation(signal_of(candidate)));
   formula().add_clause(clause, sat::PermanentGroup);
 }
 
@@ -109,7 +110,8 @@ bool NormalcyCheck::record_csc_conflict() {
 std::vector<net::SignalId> NormalcyCheck::signals_of_model() {
   if (takes_candidates_in_turn()) return {signal_of(candidate())};
   std::vector<net::SignalId> signals;
-  for (const net::SignalId signal : process().driven_signals()) {
+  for (const std::uint32_t candidate : open_candidates()) {
+    const net::SignalId signal = signal_of(candidate);
     if (formula().is_true(violation(signal))) signals.push_back(signal);
   }
   assert(!signals.empty());
@@ -153,7 +155,8 @@ void NormalcyCheck::record_and_block() {
     return;
   }
   sat::Lits other_violations;
-  for (const net::SignalId signal : process().driven_signals()) {
+  for (const std::uint32_t candidate : open_candidates()) {
+    const net::SignalId signal = signal_of(candidate);
     if (!std::ranges::binary_search(signals, signal)) other_violations.push_back(violation(signal));
   }
   block(core, sat::PermanentGroup, other_violations);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <iterator>
 #include <ranges>
 
 #include "base/messages.h"
@@ -64,10 +65,21 @@ void PairSearch::encode([[maybe_unused]] sat::ClauseGroup group) {
     add_inclusion_constraints();
   }
   if (takes_candidates_in_turn()) return;
-  if (are_all_refuted())
-    formula().add_unit(sat::LitFalse, sat::PermanentGroup);
-  else
-    add_any_difference();
+  find_open_candidates();
+  add_any_difference();
+}
+
+// Which of many pairs come first decides what cores they are reduced to. So a search for all asks
+// about all candidates, unless all are refuted: what it finds does not hang on what is easy to
+// prove.
+void PairSearch::find_open_candidates() {
+  const auto all = std::views::iota(0u, candidate_count());
+  const auto is_open = [this](std::uint32_t candidate) { return !is_refuted(candidate); };
+  if (options().all_solutions == 0) {
+    std::ranges::copy_if(all, std::back_inserter(open_candidates_), is_open);
+  } else if (std::ranges::any_of(all, is_open)) {
+    open_candidates_.assign(all.begin(), all.end());
+  }
 }
 
 // Who wants to see the formula sees all of it.
@@ -79,11 +91,6 @@ bool PairSearch::is_refuted(std::uint32_t candidate) {
                                                adds_inclusion_);
   }
   return local_->refutes(candidate);
-}
-
-bool PairSearch::are_all_refuted() {
-  return std::ranges::all_of(std::views::iota(0u, candidate_count()),
-                             [this](std::uint32_t i) { return is_refuted(i); });
 }
 
 void PairSearch::add_inclusion_constraints() {

@@ -4,9 +4,9 @@
 // Not here:  what the difference is (conflicts/conflict_check.h, conflicts/normalcy_check.h).
 //
 // Method 1 asks for a difference in any candidate (signal or place), method 2 for each candidate in
-// turn, in one solver: what is learnt in one round serves the next. A round that a small part of a
-// large prefix decides (conflicts/local_refutation.h) is left out: that of a candidate, or of all
-// if all are refuted. docs/semantics.md tells what the two configurations are.
+// turn, in one solver: what is learnt in one round serves the next. A candidate that a small part
+// of a large prefix refutes (conflicts/local_refutation.h) is left out. docs/semantics.md tells
+// what the two configurations are.
 #pragma once
 
 #include <functional>
@@ -40,6 +40,7 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix>, public Pa
   // What the next steps say is added to the permanent group.
   void encode(sat::ClauseGroup group) override;
   virtual Inclusion inclusion() const = 0;
+  // In one of the open candidates.
   virtual void add_any_difference() = 0;
 
   bool search_one() override;
@@ -55,6 +56,8 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix>, public Pa
 
   bool takes_candidates_in_turn() const { return method_ != 1; }
   std::uint32_t candidate() const { return candidate_; }  // of the current round of method 2
+  // Of method 1: those in which a difference is looked for, sorted.
+  const std::vector<std::uint32_t>& open_candidates() const { return open_candidates_; }
   bool is_conflict_free() const { return conflict_free_; }
   State state_after(const configuration::EventSet& set) const { return {structure(), set}; }
   EncodedPair pair() { return {formula(), instance().state(0), instance().state(1)}; }
@@ -75,7 +78,7 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix>, public Pa
   void add_inclusion_constraints();
   // Without a search of the whole formula; false says nothing.
   bool is_refuted(std::uint32_t candidate);
-  bool are_all_refuted();
+  void find_open_candidates();
   sat::Lit difference(configuration::StgEventId event);
   // The length of the two traces as a binary number, least significant bit first.
   sat::Lits cost_bits();
@@ -87,6 +90,7 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix>, public Pa
   bool adds_inclusion_ = false;
   bool has_met_limit_ = false;
   std::uint32_t candidate_ = base::no_index;
+  std::vector<std::uint32_t> open_candidates_;
   std::unique_ptr<LocalRefutation> local_;  // made when asked
 };
 

@@ -26,7 +26,7 @@ std::pair<sat::Lit, sat::Lit> UscCheck::marked(const EncodedPair& pair, std::uin
 
 void UscCheck::add_any_difference() {
   std::vector<std::pair<sat::Lit, sat::Lit>> pairs;
-  for (std::uint32_t i = 0; i < candidate_count(); ++i) pairs.push_back(marked(pair(), i));
+  for (const std::uint32_t place : open_candidates()) pairs.push_back(marked(pair(), place));
   add_any_of_differences(pairs);
 }
 

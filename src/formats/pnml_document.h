@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-#include "net/node_memory.h"
+#include "base/large_blocks.h"
 
 namespace vorel::formats::pnml {
 
@@ -30,7 +30,7 @@ struct XmlFault {
 // Owns the text: names and values of the nodes lie in it.
 class Document {
  public:
-  Document() { xml_.set_allocator(net::allocate_node_block, net::free_node_block); }
+  Document() { xml_.set_allocator(base::allocate_block, base::free_block); }
 
   // Takes the text over and parses it; null after the error "syntax error in an XML file: ...".
   static std::unique_ptr<Document> parse(std::string text);

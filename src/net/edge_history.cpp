@@ -21,8 +21,8 @@ class SetCount {
   SetCount(const StgPrefix& prefix, const std::vector<Event*>& order)
       : order_{order}, seen_(prefix.events.size()), before_(prefix.events.size()) {}
 
-  // Adds to edges_before, which is indexed by event number.
-  void count(std::span<Event* const> edges, std::span<std::uint32_t> edges_before) {
+  // Adds to edges_before.
+  void count(std::span<Event* const> edges, base::IndexedBy<Event, std::uint32_t>& edges_before) {
     for (std::size_t first = 0; first < edges.size(); first += EdgeSet{}.size()) {
       const auto size = std::min(EdgeSet{}.size(), edges.size() - first);
       count_set(edges.subspan(first, size), edges_before);
@@ -32,7 +32,8 @@ class SetCount {
  private:
   using EdgeSet = std::bitset<512>;
 
-  void count_set(std::span<Event* const> edges, std::span<std::uint32_t> edges_before) {
+  void count_set(std::span<Event* const> edges,
+                 base::IndexedBy<Event, std::uint32_t>& edges_before) {
     const auto events = events_after(edges);
     std::size_t next_bit = 0;
     for (const Event* event : events) {
@@ -41,7 +42,7 @@ class SetCount {
         if (!condition->is_initial()) set |= before_[*condition->pre_event];
       }
       if (event->transition->signal != edges.front()->transition->signal) continue;
-      edges_before[event->index] += static_cast<std::uint32_t>(set.count());
+      edges_before[*event] += static_cast<std::uint32_t>(set.count());
       // The events come in the order of the set.
       if (next_bit < edges.size() && edges[next_bit] == event) set.set(next_bit++);
     }
@@ -79,9 +80,7 @@ EdgeHistory::EdgeHistory(const StgPrefix& prefix, const std::vector<Event*>& ord
     : prefix_{prefix},
       order_{order},
       rank_(prefix.signals.size(), base::no_index),
-      depth_(prefix.events.size() + 1),
-      previous_(prefix.events.size() + 1),
-      jump_(prefix.events.size() + 1) {
+      edges_(prefix.events.size() + 1) {
   const std::uint32_t rank_count = rank_signals();
   is_disordered_.resize(rank_count);
   disorders_.resize(rank_count / group_size + 1);
@@ -107,13 +106,14 @@ void EdgeHistory::carry_edges(std::uint32_t rank_count) {
   };
   const auto precedes = [&](const Event& cause, const Event& other) {
     const std::uint32_t signal = rank_[*cause.transition->signal];
-    return signal != base::no_index && is_in_chain(cause.index + 1, last_edges.at(other, signal));
+    return signal != base::no_index &&
+           edges_.is_on_way(cause.index + 1, last_edges.at(other, signal));
   };
   for (const Event* event : order_) {
     last_edges.visit(*event, later, precedes);
     const std::uint32_t rank = rank_[*event->transition->signal];
     if (rank == base::no_index) continue;
-    append_edge(event->index + 1, last_edges.at(rank));
+    edges_.place(event->index + 1, last_edges.at(rank));
     last_edges.set(rank, event->index + 1);
   }
 }
@@ -121,8 +121,8 @@ void EdgeHistory::carry_edges(std::uint32_t rank_count) {
 // Of two edges of one signal in one local configuration, the one that comes later.
 std::uint32_t EdgeHistory::later_edge(std::uint32_t rank, std::uint32_t a, std::uint32_t b) {
   assert(a != 0 && b != 0);
-  if (depth_[a] < depth_[b]) std::swap(a, b);
-  const std::uint32_t counterpart = edge_at_depth(a, depth_[b]);
+  if (edges_.depth(a) < edges_.depth(b)) std::swap(a, b);
+  const std::uint32_t counterpart = edges_.at_depth(a, edges_.depth(b));
   if (counterpart != b) note_disorder(rank, counterpart, b);
   return a;
 }
@@ -140,37 +140,16 @@ void EdgeHistory::note_disorder(std::uint32_t rank, std::uint32_t a, std::uint32
   if (noted == Disorder{} || (!has_sign(noted) && has_sign(met))) noted = met;
 }
 
-std::uint32_t EdgeHistory::edge_at_depth(std::uint32_t edge, std::uint32_t depth) const {
-  assert(depth <= depth_[edge]);
-  while (depth_[edge] > depth) {
-    edge = depth_[jump_[edge]] >= depth ? jump_[edge] : previous_[edge];
-  }
-  return edge;
-}
-
-bool EdgeHistory::is_in_chain(std::uint32_t edge, std::uint32_t last) const {
-  return depth_[edge] <= depth_[last] && edge_at_depth(last, depth_[edge]) == edge;
-}
-
-void EdgeHistory::append_edge(std::uint32_t edge, std::uint32_t previous) {
-  depth_[edge] = depth_[previous] + 1;
-  previous_[edge] = previous;
-  // Skew-binary jumps: two equal jumps in a row are joined into one of twice the length.
-  const std::uint32_t jump = jump_[previous];
-  const bool equal_jumps = depth_[previous] - depth_[jump] == depth_[jump] - depth_[jump_[jump]];
-  jump_[edge] = equal_jumps ? jump_[jump] : previous;
-}
-
 void EdgeHistory::recount_disordered() {
   std::vector<std::vector<Event*>> edges_of(is_disordered_.size());
   for (Event* event : order_) {
     const std::uint32_t rank = rank_[*event->transition->signal];
     if (rank == base::no_index || !is_disordered_[rank]) continue;
     edges_of[rank].push_back(event);
-    depth_[event->index + 1] = 1;
   }
+  recounted_ = base::IndexedBy<Event, std::uint32_t>(prefix_.events.size());
   SetCount sets(prefix_, order_);
-  for (const auto& edges : edges_of) sets.count(edges, std::span(depth_).subspan(1));
+  for (const auto& edges : edges_of) sets.count(edges, recounted_);
 }
 
 }  // namespace vorel::net

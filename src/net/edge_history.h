@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/chains.h"
 #include "base/indexed_by.h"
 #include "net/process.h"
 
@@ -33,11 +34,15 @@ class EdgeHistory {
   // Pairs of concurrent edges that were met in one local configuration: one of each 16 signals, in
   // the order of their first edges, if these have any; one with a sign, if one of these was met.
   const std::vector<Disorder>& disorders() const { return disorders_; }
-  // For an event that is not a dummy.
-  std::uint32_t edges_before(const Event& event) const { return depth_[event.index + 1] - 1; }
+  // 0 for a dummy.
+  std::uint32_t edges_before(const Event& event) const {
+    const std::uint32_t rank = rank_[*event.transition->signal];
+    if (rank == base::no_index) return 0;
+    return is_disordered_[rank] ? recounted_[event] : edges_.depth(event.index + 1) - 1;
+  }
   // The number of the last of these, no_index for none. Not for an event of a signal in disorder.
   std::uint32_t edge_before(const Event& event) const {
-    const std::uint32_t edge = previous_[event.index + 1];
+    const std::uint32_t edge = edges_.before(event.index + 1);
     return edge == 0 ? base::no_index : edge - 1;
   }
 
@@ -46,21 +51,15 @@ class EdgeHistory {
   void carry_edges(std::uint32_t rank_count);
   std::uint32_t later_edge(std::uint32_t rank, std::uint32_t a, std::uint32_t b);
   void note_disorder(std::uint32_t rank, std::uint32_t a, std::uint32_t b);
-  std::uint32_t edge_at_depth(std::uint32_t edge, std::uint32_t depth) const;
-  bool is_in_chain(std::uint32_t edge, std::uint32_t last) const;
-  void append_edge(std::uint32_t edge, std::uint32_t previous);
   void recount_disordered();
 
-  // Edges are event numbers + 1; the tables below are indexed by them, entry 0 is the root.
   const StgPrefix& prefix_;
   const std::vector<Event*>& order_;
   base::IndexedBy<Signal, std::uint32_t> rank_;  // of those with edges, by first edge
 
-  std::vector<std::uint32_t> depth_;     // number of edges of the chain that ends here, or, once
-                                         // recounted, 1 more than that of edges before
-  std::vector<std::uint32_t> previous_;  // the edge before, 0 for the first
-  std::vector<std::uint32_t> jump_;      // some edge further back: levels are found in log steps
-  std::vector<bool> is_disordered_;      // by rank
+  base::Chains edges_;               // event numbers + 1; the depth counts an edge, too
+  std::vector<bool> is_disordered_;  // by rank
+  base::IndexedBy<Event, std::uint32_t> recounted_;  // edges before those in disorder
   std::vector<Disorder> disorders_;
 };
 

@@ -141,6 +141,7 @@ class PredicateEncoder {
         return;
       case ReachOp::and_:
       case ReachOp::or_:
+      case ReachOp::threshold_list:  // a part that is true never makes it false
         for (const ReachNodeId operand : operands) uses_[operand] |= uses;
         return;
       case ReachOp::choice:
@@ -149,7 +150,6 @@ class PredicateEncoder {
         uses_[operands[2]] |= uses;
         return;
       case ReachOp::xor_:
-      case ReachOp::threshold_list:
         for (const ReachNodeId operand : operands) uses_[operand] |= used_both_ways;
         return;
       default:

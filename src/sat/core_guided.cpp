@@ -20,7 +20,7 @@ constexpr std::uint64_t minimisation_conflicts = 100;  // for one literal of a c
 constexpr std::uint64_t exhaustion_conflicts = 1000;   // for one more of a core
 constexpr int most_trims = 5;
 constexpr std::uint64_t free_tries = 100, tries_per_drop = 10;  // to make a core smaller
-constexpr std::uint64_t cores_before_descent = 256;
+constexpr std::uint64_t work_before_descent = 256;
 
 std::uint64_t sum_of(std::uint64_t a, std::uint64_t b) { return a > highest - b ? highest : a + b; }
 
@@ -36,7 +36,7 @@ class CoreGuidedSearch {
         deadline_{deadline},
         refine_{refine},
         upper_{bound},
-        may_descend_{std::ranges::all_of(cost, [](const auto& soft) { return soft.weight == 1; })} {
+        is_unweighted_{std::ranges::all_of(cost, [](const auto& soft) { return soft.weight == 1; })} {
     normalise();
   }
 
@@ -48,12 +48,13 @@ class CoreGuidedSearch {
     harden();
     threshold_ = next_threshold(highest);
     divide();
-    while (lower_ < upper_ && !base::run_failed()) {
-      if (may_descend_ && has_model_ && core_count_ >= cores_until_descent_) descend();
-      if (lower_ == upper_ || base::run_failed()) break;
-      const std::optional<bool> answer = solve(assumptions());
-      if (!answer) return std::nullopt;
-      if (*answer) {
+    while (is_open() && !base::run_failed()) {
+      if (may_descend() && work_ >= work_until_descent_) descend();
+      if (!is_open() || base::run_failed()) break;
+      const std::optional<bool> answer = solve_in_turn(assumptions());
+      if (!answer) {
+        if (deadline_.is_over()) return std::nullopt;
+      } else if (*answer) {
         note_model();
         if (next_part()) continue;
         if (!relax_cores() && !lower_threshold()) break;
@@ -103,6 +104,10 @@ class CoreGuidedSearch {
     }
   }
 
+  // The bits of a bound that no model has met say nothing of those of the cost.
+  bool may_descend() const { return is_unweighted_ && has_model_; }
+  bool is_open() const { return std::max(lower_, proven_) < upper_; }
+
   void add_soft(const Soft& soft) {
     index_of_.emplace(soft.lit, static_cast<std::uint32_t>(softs_.size()));
     softs_.push_back(soft);
@@ -118,8 +123,22 @@ class CoreGuidedSearch {
     } while (answer == true && refine_ && refine_());
     return answer;
   }
-  std::optional<bool> solve(const Lits& assumed) {
-    return refined([&] { return solve_by(formula_, assumed, deadline_); });
+  std::optional<bool> solve(const Lits& assumed, std::uint64_t conflicts = no_conflict_limit) {
+    return refined([&] { return solve_by(formula_, assumed, deadline_, conflicts); });
+  }
+  // Nothing, too, when it is the turn of the descent before the answer is known.
+  std::optional<bool> solve_in_turn(const Lits& assumed) {
+    if (!may_descend()) return solve(assumed);
+    const std::uint64_t conflicts = work_until_descent_ - work_;
+    const std::optional<bool> answer = solve(assumed, conflicts);
+    if (!answer) work_ += conflicts;
+    return answer;
+  }
+  // Of a step that may be left out.
+  std::optional<bool> try_solve(const Lits& assumed, std::uint64_t conflicts) {
+    const std::optional<bool> answer = formula_.solve_assuming(assumed, conflicts);
+    if (!answer) work_ += conflicts;
+    return answer;
   }
 
   Lits assumptions() const {
@@ -188,29 +207,31 @@ class CoreGuidedSearch {
   // What few decisions settle for the whole formula takes as many cores as the cost is high, each
   // with all that follows from it; where the cost is a number, one step may refute many values. And
   // the other way round: of many small choices, each independent of the others, the number tells
-  // nothing. So when there are many cores this is tried for a moment, and again when there are many
-  // more.
+  // nothing. So each way has its turn, the longer the more turns there were.
   void descend() {
-    const std::uint64_t conflicts = cores_until_descent_ / 2;
-    cores_until_descent_ *= 4;
+    const std::uint64_t conflicts = work_;
+    work_until_descent_ = 4 * work_;
     const ClauseGroup number = formula_.new_group();
     Lits lits;
     for (const WeightedLit& costly : cost_) lits.push_back(costly.lit);
     const Lits bits = IntegerCircuit(formula_).count_ones(lits, number);
     Lits higher;  // the bits decided so far, as they are in the least cost
-    bool is_open = false;
-    for (std::size_t i = bits.size(); i-- > 0 && !is_open && !base::run_failed();) {
+    for (std::size_t i = bits.size(); i-- > 0 && !base::run_failed();) {
       if (bits[i].is_constant()) continue;
       higher.push_back(~bits[i]);
       if ((upper_ >> i & 1u) == 0) continue;
-      const std::optional<bool> answer =
-          refined([&] { return formula_.solve_assuming(higher, conflicts); });
-      is_open = !answer;
-      if (answer == true) note_model();
-      if (answer == false) higher.back() = bits[i];
+      const std::uint64_t most = (upper_ >> i << i) - 1;  // with this bit 0
+      std::optional<bool> answer = false;                 // known beforehand
+      if (most >= std::max(lower_, proven_)) answer = solve(higher, conflicts);
+      if (!answer) break;
+      if (*answer) {
+        note_model();
+      } else {
+        higher.back() = bits[i];
+        proven_ = std::max(proven_, most + 1);
+      }
     }
     formula_.remove_group(number);
-    if (!is_open) lower_ = upper_;
   }
 
   // ---- Strata
@@ -260,7 +281,7 @@ class CoreGuidedSearch {
     for (const Lit lit : core.lits) soft_of(lit).weight -= core.weight;
     for (const Lit lit : core.lits) expose_next(soft_of(lit));
     if (core.lits.size() < 2) return;
-    ++core_count_;
+    ++work_;
     cores_.push_back(std::move(core));
   }
 
@@ -288,7 +309,7 @@ class CoreGuidedSearch {
       Lits rest = assumed;
       rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(i));
       ++tries_;
-      if (formula_.solve_assuming(rest, minimisation_conflicts) != false) continue;
+      if (try_solve(rest, minimisation_conflicts) != false) continue;
       if (base::run_failed()) return;
       ++drops_;
       if (in_model) --true_ones;
@@ -302,7 +323,7 @@ class CoreGuidedSearch {
       Lits order = assumed;
       std::rotate(order.begin() + static_cast<std::ptrdiff_t>(i),
                   order.begin() + static_cast<std::ptrdiff_t>(i) + 1, order.end());
-      if (formula_.solve_assuming(order, minimisation_conflicts) != false) continue;
+      if (try_solve(order, minimisation_conflicts) != false) continue;
       if (base::run_failed()) return;
       const Lits& failed = formula_.failed_assumptions();
       std::erase_if(assumed,
@@ -352,10 +373,10 @@ class CoreGuidedSearch {
     const auto in_model =
         std::ranges::count_if(core.lits, [this](Lit lit) { return is_in_model(lit); });
     if (in_model < count) return count;
-    for (; count <= counter.totalizer.size() && lower_ < upper_; ++count) {
+    for (; count <= counter.totalizer.size() && is_open(); ++count) {
       const Lit next = counter.totalizer.at_least(count, formula_, group_);
       const Lits assumed{~next};
-      if (formula_.solve_assuming(assumed, exhaustion_conflicts) != false) break;
+      if (try_solve(assumed, exhaustion_conflicts) != false) break;
       if (base::run_failed()) break;
       formula_.add_unit(next, group_);
       lower_ = sum_of(lower_, counter.weight);
@@ -370,12 +391,13 @@ class CoreGuidedSearch {
   const base::Deadline& deadline_;
   const Refinement& refine_;
   std::uint64_t lower_ = 0, upper_;
-  const bool may_descend_;  // all weights are 1
+  const bool is_unweighted_;  // all weights are 1
   bool has_model_ = false;
   std::uint64_t threshold_ = 0;  // literals of less weight are not assumed to be false
   std::vector<Soft> softs_;
-  std::uint64_t core_count_ = 0;  // of more than one literal
-  std::uint64_t cores_until_descent_ = cores_before_descent;
+  std::uint64_t proven_ = 0;  // by descents: no model costs less
+  std::uint64_t work_ = 0;    // cores of more than one literal, and conflicts in vain
+  std::uint64_t work_until_descent_ = work_before_descent;
   std::uint64_t tries_ = 0, drops_ = 0;              // of minimise()
   std::size_t part_begin_ = 0, part_size_ = whole;   // of those that are assumed to be false
   std::unordered_map<Lit, std::uint32_t> index_of_;  // in softs_

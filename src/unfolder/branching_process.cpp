@@ -1,6 +1,7 @@
 #include "unfolder/branching_process.h"
 
 #include <functional>
+#include <utility>
 
 #include "base/memory_overflow.h"
 
@@ -50,8 +51,7 @@ void BranchingProcess::drop_ids(EventRoom& room) {
 void BranchingProcess::make_chunk(std::uint32_t number) {
   const std::scoped_lock lock(make_chunk_);
   if (chunks_[number].load(std::memory_order_relaxed) != nullptr) return;  // somebody was faster
-  owned_chunks_.push_back(std::make_unique<Chunk>());
-  chunks_[number].store(owned_chunks_.back().get(), std::memory_order_release);
+  chunks_[number].store(chunk_room_.take(1), std::memory_order_release);
 }
 
 void BranchingProcess::enter(EventId id) {
@@ -60,6 +60,34 @@ void BranchingProcess::enter(EventId id) {
   assert(entered.postset_size == net_.postset[entered.transition].size());
   entered.first_condition = condition_count();
   for (const PlaceId place : net_.postset[entered.transition]) add_condition(place, id);
+}
+
+void BranchingProcess::enter_last(std::span<const EventId> events, base::WorkerPool& pool) {
+  constexpr std::uint32_t range_size = 1024;
+  const auto count = static_cast<std::uint32_t>(events.size());
+  // By range: how many conditions it produces, then the first of them.
+  std::vector<std::uint64_t> first(count / range_size + 1);
+  pool.run_ranges(count, range_size, [&](std::uint32_t, std::uint32_t i, std::uint32_t end) {
+    std::uint64_t& sum = first[i / range_size];
+    for (; i < end; ++i) sum += event(events[i]).postset_size;
+  });
+  std::uint64_t next = condition_count();
+  for (std::uint64_t& sum : first) sum = std::exchange(next, next + sum);
+  assert(next < no_condition);
+  place_.resize(next);
+  producer_.resize(next);
+  pool.run_ranges(count, range_size, [&](std::uint32_t, std::uint32_t i, std::uint32_t end) {
+    auto c = static_cast<ConditionId>(first[i / range_size]);
+    for (; i < end; ++i) {
+      UnfoldedEvent& entered = event(events[i]);
+      assert(entered.first_condition == no_condition && "an event enters once");
+      entered.first_condition = c;
+      for (const PlaceId place : net_.postset[entered.transition]) {
+        place_[c] = place;
+        producer_[c++] = events[i];
+      }
+    }
+  });
 }
 
 void BranchingProcess::add_condition(PlaceId place, EventId producer) {

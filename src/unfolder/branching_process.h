@@ -18,6 +18,8 @@
 #include <span>
 #include <vector>
 
+#include "base/fetch.h"
+#include "base/worker_pool.h"
 #include "unfolder/flat_net.h"
 #include "unfolder/room.h"
 
@@ -102,6 +104,9 @@ class BranchingProcess {
   void drop_ids(EventRoom& room);
   // Main thread only: numbers the conditions of the event and enters them.
   void enter(EventId event);
+  // The same for many events, in this order, by all workers; nothing is entered afterwards, and
+  // conditions_of() does not tell of what they produce.
+  void enter_last(std::span<const EventId> events, base::WorkerPool& pool);
 
   // With those ids that belong to no event; there are none while ids are taken one at a time.
   std::uint32_t event_count() const { return event_count_.load(std::memory_order_relaxed); }
@@ -119,6 +124,10 @@ class BranchingProcess {
     return chunk(e).origins[e % chunk_size];
   }
 
+  // Into the cache of this worker, without waiting for it.
+  void fetch_event(EventId e) const { base::fetch(&event(e)); }
+  void fetch_origin(EventId e) const { base::fetch(&origin(e)); }
+
   PlaceId place(ConditionId c) const {
     assert(c < condition_count());
     return place_[c];
@@ -134,6 +143,8 @@ class BranchingProcess {
  private:
   static constexpr std::uint32_t chunk_size = 4096;
   static constexpr std::uint32_t max_chunks = 1u << 17;  // half a billion events
+  // Its memory is not initialised: each element is written by the worker that adds the event, first
+  // of all.
   struct alignas(64) Chunk {
     std::array<UnfoldedEvent, chunk_size> events;
     std::array<Origin, chunk_size> origins;
@@ -147,8 +158,8 @@ class BranchingProcess {
   alignas(64) std::atomic<std::uint32_t> event_count_{0};
   alignas(64) const FlatNet& net_;
   std::uint32_t id_block_ = 1;
-  std::mutex make_chunk_;  // guards owned_chunks_
-  std::vector<std::unique_ptr<Chunk>> owned_chunks_;
+  std::mutex make_chunk_;  // guards chunk_room_
+  Room<Chunk> chunk_room_;
   std::unique_ptr<std::atomic<Chunk*>[]> chunks_;  // by number, null until there is one
   std::vector<PlaceId> place_;                     // by condition
   std::vector<EventId> producer_;                  // by condition

@@ -72,7 +72,8 @@ void CoSetFinder::list_candidates(PlaceId place) {
   const auto all = process_.conditions_of(place);
   if (all.empty() || all.front() >= first_) return;
   histories_->list_candidates(
-      event_, place, first_, [this](ConditionId c) { return !must_stop_() && fits(c); }, list);
+      event_, place, first_, [this](ConditionId c) { return !must_stop_() && fits(c); }, list,
+      groups_);
 }
 
 bool CoSetFinder::fits(ConditionId older) {

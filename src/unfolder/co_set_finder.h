@@ -88,6 +88,7 @@ class CoSetFinder {
   std::vector<ConditionId> chosen_;
   std::vector<std::vector<List>> open_;  // by depth: the candidates of each place still to choose
   List sorted_;
+  std::vector<ConditionGroups::Group> groups_;  // scratch of histories_
 };
 
 }  // namespace vorel::unfolder

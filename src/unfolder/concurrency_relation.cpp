@@ -98,10 +98,11 @@ void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
     find_partners(i, batch, scratch);
     make_rows(i, batch, scratch);
   });
-  const std::uint32_t part_count = count_parts(size);
-  pool_.run(part_count, [&](std::uint32_t worker, std::uint32_t part) {
-    extend_rows(part, part_count, batch, *scratch_[worker]);
-  });
+  divide_rows(batch.size());
+  pool_.run(static_cast<std::uint32_t>(first_words_.size() - 1),
+            [&](std::uint32_t worker, std::uint32_t part) {
+              extend_rows(part, batch, *scratch_[worker]);
+            });
   for (const auto& scratch : scratch_) word_count_ += std::exchange(scratch->new_words, 0);
   for (const Consumer& consumer : consumers_) first_consumer_[consumer.condition] = base::no_index;
 }
@@ -186,26 +187,44 @@ void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const Even
   }
 }
 
-// A power of two of parts, in which the older rows are extended: one for each worker, if there is
-// enough to do.
-std::uint32_t ConcurrencyRelation::count_parts(std::uint32_t batch_size) const {
+// The older rows are extended in parts, each from a word to another, of about as many words that
+// events of the batch have in common: one part where there is little to do, else some for each
+// worker. The bounds move up slowly from batch to batch, so that a worker mostly finds rows that it
+// has extended before.
+void ConcurrencyRelation::divide_rows(std::size_t batch_size) {
+  constexpr std::size_t least_words = 256, sample_rows = 32, sample_words = 16;
   std::uint64_t words = 0;
-  for (std::uint32_t i = 0; i < batch_size; ++i) words += common_[i].size();
-  return words < 256 ? 1 : std::bit_ceil(pool_.size());
+  for (std::size_t i = 0; i < batch_size; ++i) words += common_[i].size();
+  const std::size_t part_count =
+      words < least_words || pool_.size() == 1 ? 1 : parts_of_worker * pool_.size();
+  auto& sample = first_words_;
+  sample.clear();
+  const std::size_t row_step = std::max<std::size_t>(1, batch_size / sample_rows);
+  for (std::size_t i = 0; i < batch_size && part_count > 1; i += row_step) {
+    const std::size_t word_step = std::max<std::size_t>(1, common_[i].size() / sample_words);
+    for (std::size_t k = 0; k < common_[i].size(); k += word_step)
+      sample.push_back(common_[i][k].index);
+  }
+  std::ranges::sort(sample);
+  for (std::size_t part = 1; part < part_count; ++part)
+    sample[part] = sample[part * sample.size() / part_count];
+  sample.resize(part_count + 1);
+  sample.front() = 0;
+  sample.back() = base::no_index;
 }
 
-// Tells the older conditions of one part of the new ones: every part_count-th block of words.
-void ConcurrencyRelation::extend_rows(std::uint32_t part, std::uint32_t part_count,
-                                      std::span<const EventId> batch, Scratch& scratch) {
-  constexpr std::uint32_t words_of_block = 16;
+// Tells the older conditions of one part of the new ones.
+void ConcurrencyRelation::extend_rows(std::uint32_t part, std::span<const EventId> batch,
+                                      Scratch& scratch) {
   std::uint64_t new_words = 0;
+  const std::uint32_t first_word = first_words_[part], end_word = first_words_[part + 1];
   for (std::uint32_t i = 0; i < batch.size(); ++i) {
     const UnfoldedEvent& event = process_.event(batch[i]);
     const ConditionId first = event.first_condition, last = first + event.postset_size;
     if (first == last) continue;
-    for (const Word& word : common_[i]) {
-      if ((word.index / words_of_block & (part_count - 1)) != part) continue;
-      for_each_bit(word, [&](ConditionId c) {
+    auto word = std::ranges::lower_bound(common_[i], first_word, {}, &Word::index);
+    for (; word != common_[i].end() && word->index < end_word; ++word) {
+      for_each_bit(*word, [&](ConditionId c) {
         assert(c < first && "what an event consumes is older than what it produces");
         const std::size_t before = rows_[c].size();
         append(rows_[c], first, last, scratch.rows);

@@ -101,18 +101,20 @@ class ConcurrencyRelation {
     }
   }
 
+  // Some, so that whoever is done early finds something left.
+  static constexpr std::size_t parts_of_worker = 2;
+
   // Words of so many rows that are not long.
   static std::uint64_t longest(std::uint64_t row_count) {
-    return std::max<std::uint64_t>(4u << 20, row_count * 1024) / sizeof(Word);
+    return std::max<std::uint64_t>(1u << 20, row_count * 512) / sizeof(Word);
   }
   ConditionId shortest_row(const UnfoldedEvent& event) const;
   void find_consumers(std::span<const EventId> batch);
   std::span<const Word> common_row(const UnfoldedEvent& event, Room<Word>& room) const;
   void find_partners(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
   void make_rows(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
-  std::uint32_t count_parts(std::uint32_t batch_size) const;
-  void extend_rows(std::uint32_t part, std::uint32_t part_count, std::span<const EventId> batch,
-                   Scratch& scratch);
+  void divide_rows(std::size_t batch_size);
+  void extend_rows(std::uint32_t part, std::span<const EventId> batch, Scratch& scratch);
   static void reserve(Row& row, std::uint32_t size, RowRoom& room);
   static void append(Row& row, ConditionId first, ConditionId last, RowRoom& room);
 
@@ -126,6 +128,8 @@ class ConcurrencyRelation {
   // and the events of the batch that are concurrent with it.
   std::vector<std::span<const Word>> common_;
   std::vector<std::span<const std::uint32_t>> partners_;
+  // Where the parts begin in which older rows are extended, and where the last one ends.
+  std::vector<std::uint32_t> first_words_;
   // The consumers in the batch of a condition: consumers_[first_consumer_[c]] up to the first entry
   // that consumes another condition. Conditions that the batch leaves alone have no_index.
   struct Consumer {

@@ -4,6 +4,8 @@
 #include <cassert>
 #include <utility>
 
+#include "base/fetch.h"
+
 namespace vorel::unfolder {
 namespace {
 
@@ -52,6 +54,17 @@ void FinalStateTable::insert(EventId e, std::uint64_t hash, ConfigurationOrder& 
   if (!is_cut_off && !has_replaced) append(part, hash, e);
 }
 
+void FinalStateTable::fetch_slot(std::uint64_t hash) const {
+  const Part& part = parts_[part_of(hash)];
+  base::fetch(&part.slots[hash & (part.slots.size() - 1)]);
+}
+
+void FinalStateTable::fetch_member(std::uint64_t hash) const {
+  const Part& part = parts_[part_of(hash)];
+  const Slot& slot = part.slots[hash & (part.slots.size() - 1)];
+  if (slot.hash == hash && slot.member < removed) process_.fetch_origin(slot.member);
+}
+
 void FinalStateTable::remove(EventId e) {
   const std::uint64_t hash = process_.event(e).state.value();
   Part& part = parts_[part_of(hash)];
@@ -65,30 +78,36 @@ void FinalStateTable::remove(EventId e) {
   assert(is_found && "an event that no other cuts off is a member");
 }
 
-void FinalStateTable::resolve(EventId cut_off, ConfigurationOrder& order) const {
+bool FinalStateTable::resolve(EventId cut_off, ConfigurationOrder& order) const {
   EventId& correspondent = process_.event(cut_off).correspondent;
   assert(correspondent != not_cut_off && "only cut-offs have a correspondent");
-  if (correspondent == initial_state) return;
+  if (correspondent == initial_state) return true;
   const std::uint64_t hash = process_.event(cut_off).state.value();
   const Part& part = parts_[part_of(hash)];
-  std::vector<EventId> members;
-  for_each_member(part, hash, [&](std::size_t i) {
-    if (part.slots[i].member != initial_state) members.push_back(part.slots[i].member);
-    return true;
-  });
-  if (members.size() == 1) {
-    correspondent = members.front();
-    return;
-  }
   EventId least = no_event;
-  for (const EventId member : members) {
-    const auto against_cut_off = order.compare(cut_off, member);
-    if (!against_cut_off.equal_states || against_cut_off.order <= 0) continue;
-    if (least == no_event || order.compare(std::array{member}, std::array{least}).order < 0) {
-      least = member;
-    }
+  bool has_several = false;
+  for_each_member(part, hash, [&](std::size_t i) {
+    const EventId member = part.slots[i].member;
+    if (member == initial_state) return true;
+    has_several = least != no_event;
+    least = member;
+    return !has_several;
+  });
+  if (has_several) {
+    least = no_event;
+    for_each_member(part, hash, [&](std::size_t i) {
+      const EventId member = part.slots[i].member;
+      if (member == initial_state) return true;
+      const auto against_cut_off = order.compare(cut_off, member);
+      if (!against_cut_off.equal_states || against_cut_off.order <= 0) return true;
+      if (least == no_event || order.compare(std::array{member}, std::array{least}).order < 0) {
+        least = member;
+      }
+      return true;
+    });
   }
   if (least != no_event) correspondent = least;
+  return least != no_event;
 }
 
 void FinalStateTable::append(Part& part, std::uint64_t hash, EventId member) {

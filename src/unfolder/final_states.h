@@ -31,12 +31,18 @@ class FinalStateTable {
   // may insert at a time, each into other parts and with an `order` of its own.
   void insert(EventId e, std::uint64_t hash, ConfigurationOrder& order);
 
+  // What insert() will look at first is brought into the cache of this worker: the slot of the
+  // hash and, once that is there, the event in it.
+  void fetch_slot(std::uint64_t hash) const;
+  void fetch_member(std::uint64_t hash) const;
+
   // Takes out an event that was found to be a cut-off by other means.
   void remove(EventId e);
 
   // At the end, by several threads if need be, each with other cut-offs: the correspondent of a
-  // cut-off becomes the least event that cuts it off and is none itself.
-  void resolve(EventId cut_off, ConfigurationOrder& order) const;
+  // cut-off becomes the least event that cuts it off and is none itself. False if there is none:
+  // the correspondent stays, and may be a cut-off.
+  bool resolve(EventId cut_off, ConfigurationOrder& order) const;
 
  private:
   struct Slot {

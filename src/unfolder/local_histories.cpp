@@ -6,7 +6,7 @@
 
 namespace vorel::unfolder {
 LocalHistories::LocalHistories(const BranchingProcess& process, std::span<const EventId> entered)
-    : process_{process}, net_{process.net()}, shared_{number_entries()}, records_(1), before_(1) {
+    : process_{process}, net_{process.net()}, shared_{number_entries()}, records_(1) {
   add_initial();
   for (const EventId e : entered) add_batch({&e, 1});
 }
@@ -39,12 +39,12 @@ std::uint32_t LocalHistories::number_entries() {
 }
 
 void LocalHistories::add_initial() {
-  first_of_place_.assign(net_.place_count, no_condition);
+  behind_none_.assign(net_.place_count, ConditionGroups::empty);
   next_consumer_.assign(1, 0);
-  first_behind_.assign(1, no_condition);
+  behind_slot_.assign(1, ConditionGroups::empty);
   const auto count = static_cast<ConditionId>(net_.marked.size());
   conditions_.assign(count, {0, 0});
-  for (ConditionId c = 0; c < count; ++c) first_of_place_[process_.place(c)] = c;
+  for (ConditionId c = 0; c < count; ++c) add_to_group(c);
 }
 
 void LocalHistories::add_batch(std::span<const EventId> batch) {
@@ -66,7 +66,7 @@ void LocalHistories::add_records(EventId e) {
   const auto places = net_.preset[event.transition];
   const auto first_slot = static_cast<std::uint32_t>(next_consumer_.size());
   next_consumer_.resize(first_slot + places.size());
-  first_behind_.resize(first_slot + places.size(), no_condition);
+  behind_slot_.resize(first_slot + places.size(), ConditionGroups::empty);
   first_record_[e] = static_cast<std::uint32_t>(records_.size());
   for (const ConditionId c : event.preset()) {
     const PlaceId place = process_.place(c);
@@ -82,7 +82,7 @@ void LocalHistories::add_records(EventId e) {
       record.sum.state.add(net_.firing_hash[event.transition]);
     }
     records_.push_back(record);
-    before_.push_back(before);
+    chains_.append(before);
   }
 }
 
@@ -120,9 +120,8 @@ void LocalHistories::add_conditions(EventId e) {
   for (ConditionId c = event.first_condition; c < end; ++c) {
     const PlaceId place = process_.place(c);
     const std::uint32_t before = last_at(histories_[e], place);
-    ConditionId& first = before == 0 ? first_of_place_[place]
-                                     : first_behind_[records_[before].slot + offset_[place]];
-    conditions_.push_back({histories_[e], before, std::exchange(first, c)});
+    conditions_.push_back({histories_[e], before});
+    add_to_group(c);
   }
 }
 
@@ -149,12 +148,43 @@ LocalHistories::Sum LocalHistories::added_to_first(std::span<const EventId> even
   return sum;
 }
 
-// One of the two records of an entry comes after the other one. Records rise with causality.
-bool LocalHistories::follow(std::uint32_t a, std::uint32_t b) const {
-  std::uint32_t later = std::max(a, b);
-  const std::uint32_t earlier = std::min(a, b);
-  while (later > earlier) later = before_[later];
-  return later == earlier;
+ConditionGroups::Side LocalHistories::side(History history, const Fork& fork) const {
+  const std::uint32_t last = shared_.at(history, fork.entry);
+  if (last == 0) return ConditionGroups::undecided;
+  const std::uint32_t depth = chains_.depth(fork.above);
+  if (chains_.depth(last) <= depth) {
+    return chains_.is_on_way(last, fork.above) ? ConditionGroups::undecided
+                                               : ConditionGroups::passed_by;
+  }
+  const std::uint32_t next = chains_.at_depth(last, depth + 1);
+  return chains_.before(next) == fork.above ? next : ConditionGroups::passed_by;
+}
+
+std::optional<LocalHistories::Fork> LocalHistories::find_fork(History a, History b) const {
+  std::uint32_t conflict = 0;
+  if (a == given_up || b == given_up || agree(a, b, conflict)) return std::nullopt;
+  return Fork{conflict, chains_.parting(shared_.at(a, conflict), shared_.at(b, conflict))};
+}
+
+struct LocalHistories::GroupMembers {
+  LocalHistories& histories;
+
+  ConditionId& next(ConditionId c) const { return histories.conditions_[c].next; }
+  ConditionGroups::Side side(ConditionId c, const Fork& fork) const {
+    const History history = histories.conditions_[c].history;
+    return history == given_up ? ConditionGroups::undecided : histories.side(history, fork);
+  }
+  std::optional<Fork> find_fork(ConditionId c, ConditionId d) const {
+    return histories.find_fork(histories.conditions_[c].history, histories.conditions_[d].history);
+  }
+};
+
+void LocalHistories::add_to_group(ConditionId c) {
+  const std::uint32_t before = conditions_[c].before;
+  const PlaceId place = process_.place(c);
+  ConditionGroups::Group& group =
+      before == 0 ? behind_none_[place] : behind_slot_[records_[before].slot + offset_[place]];
+  groups_.add(group, c, GroupMembers{*this});
 }
 
 // The past of d, which is not in conflict with that of c, has gone further at the place of c.

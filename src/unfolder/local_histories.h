@@ -23,11 +23,14 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
+#include "base/chains.h"
 #include "base/shared_arrays.h"
 #include "unfolder/branching_process.h"
+#include "unfolder/condition_groups.h"
 
 namespace vorel::unfolder {
 
@@ -67,10 +70,12 @@ class LocalHistories {
   Sum added_to_first(std::span<const EventId> events, std::vector<std::uint32_t>& scratch) const;
 
   // Calls fits(c) for conditions of the place below `end` until it is false for them and so for all
-  // behind; lists, sorted, those for which it is true. The event is of the last batch.
+  // behind, but not for all that are in conflict with the event; lists, sorted, those for which it
+  // is true. The event is of the last batch, `scratch` the caller's own.
   template <class Fits>
   void list_candidates(EventId e, PlaceId place, ConditionId end, Fits fits,
-                       std::vector<ConditionId>& list) const;
+                       std::vector<ConditionId>& list,
+                       std::vector<ConditionGroups::Group>& scratch) const;
 
  private:
   using History = base::SharedArrays::Array;  // of records by entry; 0: nothing was consumed
@@ -90,6 +95,7 @@ class LocalHistories {
   void add_records(EventId e);
   void add_history(EventId e);
   void add_conditions(EventId e);
+  void add_to_group(ConditionId c);
   void restore_history(EventId e);
   void give_up_oldest();
 
@@ -115,7 +121,15 @@ class LocalHistories {
       return false;
     });
   }
-  bool follow(std::uint32_t a, std::uint32_t b) const;
+  // One of the two records of an entry comes after the other one.
+  bool follow(std::uint32_t a, std::uint32_t b) const {
+    return chains_.depth(a) < chains_.depth(b) ? chains_.is_on_way(a, b) : chains_.is_on_way(b, a);
+  }
+  // A past goes on behind a record by the next one.
+  using Fork = ConditionGroups::Fork;
+  ConditionGroups::Side side(History history, const Fork& fork) const;
+  std::optional<Fork> find_fork(History a, History b) const;
+  struct GroupMembers;
   bool is_consumed_by(ConditionId c, ConditionId d) const;
 
   const BranchingProcess& process_;
@@ -132,7 +146,7 @@ class LocalHistories {
   std::vector<History> histories_;  // by event
   std::vector<EventId> kept_;  // whose histories are at hand, in the order in which they entered
   std::vector<Record> records_;
-  std::vector<std::uint32_t> before_;        // by record: that of the entry before it; 0: none
+  base::Chains chains_;                      // records, each behind the one of its entry before it
   std::vector<std::uint32_t> first_record_;  // by event
   std::vector<History> merging_;             // scratch
 
@@ -140,29 +154,38 @@ class LocalHistories {
   struct Condition {
     History history;                   // of its producer
     std::uint32_t before;              // the record of its place before it
-    ConditionId next = no_condition;   // the next one behind the same slot, or behind none
     std::uint32_t first_consumer = 0;  // a slot; 0: none
+    ConditionId next = no_condition;   // in the same small group
   };
   std::vector<Condition> conditions_;
-  std::vector<std::uint32_t> next_consumer_, first_behind_;  // by slot
-  std::vector<ConditionId> first_of_place_;                  // behind nothing
+  std::vector<std::uint32_t> next_consumer_;         // by slot
+  ConditionGroups groups_;                           // of conditions of one place
+  std::vector<ConditionGroups::Group> behind_slot_;  // by slot
+  std::vector<ConditionGroups::Group> behind_none_;  // behind nothing
 };
 
 template <class Fits>
 void LocalHistories::list_candidates(EventId e, PlaceId place, ConditionId end, Fits fits,
-                                     std::vector<ConditionId>& list) const {
-  const std::uint32_t last = last_at(history_of(e), place);
+                                     std::vector<ConditionId>& list,
+                                     std::vector<ConditionGroups::Group>& scratch) const {
+  const History history = history_of(e);
+  const std::uint32_t last = last_at(history, place);
   const std::size_t start = list.size();
-  const auto visit = [&](ConditionId c) {
-    for (; c != no_condition; c = conditions_[c].next) {
-      if (c < end && fits(c)) list.push_back(c);
-    }
+  const auto search = [&](ConditionGroups::Group group) {
+    if (group == ConditionGroups::empty) return;
+    groups_.visit(
+        group, [&](const Fork& fork) { return side(history, fork); },
+        [&](ConditionId c) {
+          if (c < end && fits(c)) list.push_back(c);
+          return conditions_[c].next;
+        },
+        scratch);
   };
-  visit(last == 0 ? first_of_place_[place] : first_behind_[records_[last].slot + offset_[place]]);
+  search(last == 0 ? behind_none_[place] : behind_slot_[records_[last].slot + offset_[place]]);
   for (std::size_t i = start; i < list.size(); ++i) {
     for (std::uint32_t slot = conditions_[list[i]].first_consumer; slot != 0;
          slot = next_consumer_[slot]) {
-      visit(first_behind_[slot]);
+      search(behind_slot_[slot]);
     }
   }
   std::sort(list.begin() + static_cast<std::ptrdiff_t>(start), list.end());

@@ -13,9 +13,12 @@
 #include <type_traits>
 #include <vector>
 
+#include "base/large_blocks.h"
+
 namespace vorel::unfolder {
 
-// T has no destructor to run. Arrays are not initialised.
+// T has no destructor to run, and an array of T begins to live when somebody writes to it. Arrays
+// are not initialised.
 template <class T>
 requires std::is_trivially_copyable_v<T>
 class Room {
@@ -25,28 +28,28 @@ class Room {
     if (count == 0) return nullptr;
     if (count > left_) enter_block(count);
     left_ -= count;
-    return blocks_[used_ - 1].items.get() + left_;
+    return static_cast<T*>(blocks_[used_ - 1].memory.get()) + left_;
   }
 
   // Gives back everything, but keeps the blocks.
   void clear() { used_ = left_ = 0; }
 
  private:
-  // The first blocks are small, for the sake of small nets; system pages that nobody writes to cost
-  // nothing in the others.
-  static constexpr std::size_t first_bytes = 1u << 14, most_bytes = 1u << 20;
+  // The first blocks are small, for the sake of small nets.
+  static constexpr std::size_t first_bytes = 1u << 14;
   struct Block {
-    std::unique_ptr<T[]> items;
-    std::size_t size = 0;
+    std::unique_ptr<void, base::FreeBlock> memory;
+    std::size_t size = 0;  // in elements
   };
 
   void enter_block(std::size_t count) {
     while (used_ < blocks_.size() && blocks_[used_].size < count) ++used_;
     if (used_ == blocks_.size()) {
       const std::size_t bytes =
-          std::min(most_bytes, first_bytes << std::min(used_, std::size_t{6}));
-      const std::size_t size = std::max(count, bytes / sizeof(T));
-      blocks_.push_back({std::make_unique_for_overwrite<T[]>(size), size});
+          std::max(count * sizeof(T),
+                   std::min(base::huge_page, first_bytes << std::min(used_, std::size_t{10})));
+      blocks_.push_back(
+          {std::unique_ptr<void, base::FreeBlock>(base::allocate_block(bytes)), bytes / sizeof(T)});
     }
     left_ = blocks_[used_++].size;
   }

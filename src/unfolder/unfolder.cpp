@@ -4,6 +4,7 @@
 #include <cassert>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "base/messages.h"
 #include "net/check.h"
@@ -138,24 +139,24 @@ net::PrefixOf<N> Unfolder<N>::result() && {
   prefix.conditions.resize(loop_.process().condition_count());
   prefix.events.resize(entered.size());
   std::vector<std::uint32_t> numbers(loop_.process().event_count(), base::no_index);
-  for (std::uint32_t number = 0; number < entered.size(); ++number) {
-    assert(numbers[entered[number]] == base::no_index && "an event enters once");
-    numbers[entered[number]] = number;
-  }
   const auto event_count = static_cast<std::uint32_t>(entered.size());
   const auto condition_count = static_cast<std::uint32_t>(prefix.conditions.size());
   base::WorkerPool& pool = loop_.pool();
   pool.run_ranges(condition_count, range_size, [&](std::uint32_t, ConditionId c, ConditionId end) {
     for (; c < end; ++c) make_condition(prefix, c);
   });
+  std::vector<Consumers> consumers(event_count / range_size + 1);
   pool.run_ranges(event_count, range_size, [&](std::uint32_t, std::uint32_t e, std::uint32_t end) {
-    for (; e < end; ++e) make_event(prefix, e);
+    list_consumers(e, end, consumers[e / range_size]);
+    for (; e < end; ++e) {
+      assert(numbers[entered[e]] == base::no_index && "an event enters once");
+      numbers[entered[e]] = e;
+      make_event(prefix, e);
+    }
   });
-  const std::uint32_t part_size = std::max(range_size, condition_count / pool.size() + 1);
-  pool.run_ranges(condition_count, part_size,
-                  [&](std::uint32_t, ConditionId first, ConditionId end) {
-                    link_consumers(prefix, first, end);
-                  });
+  pool.run(consumer_parts, [&](std::uint32_t, std::uint32_t part) {
+    for (const Consumers& of_range : consumers) link_consumers(prefix, of_range, part);
+  });
   pool.run_ranges(event_count, range_size, [&](std::uint32_t, std::uint32_t e, std::uint32_t end) {
     for (; e < end; ++e) set_cut_off(*prefix.events[e], entered[e], numbers, prefix);
   });
@@ -189,14 +190,37 @@ void Unfolder<N>::make_event(net::PrefixOf<N>& prefix, std::uint32_t number) con
   prefix.events[number] = std::move(event);
 }
 
-// Tells the conditions first .. end - 1 who consumes them. All events are looked at, in order.
+// Lists what the events first .. end - 1 consume, in order, part by part of the conditions.
 template <class N>
-void Unfolder<N>::link_consumers(net::PrefixOf<N>& prefix, ConditionId first,
-                                 ConditionId end) const {
-  for (std::uint32_t e = 0; e < prefix.events.size(); ++e) {
-    for (const ConditionId c : loop_.process().event(loop_.entered()[e]).preset()) {
-      if (first <= c && c < end) prefix.conditions[c]->postset.push_back(prefix.events[e].get());
+void Unfolder<N>::list_consumers(std::uint32_t first, std::uint32_t end,
+                                 Consumers& consumers) const {
+  const BranchingProcess& process = loop_.process();
+  const std::uint32_t part_size = process.condition_count() / consumer_parts + 1;
+  const auto for_each = [&](auto visit) {
+    for (std::uint32_t e = first; e < end; ++e) {
+      for (const ConditionId c : process.event(loop_.entered()[e]).preset()) {
+        visit(e, c, c / part_size);
+      }
     }
+  };
+  auto& ends = consumers.part_ends;
+  for_each([&](std::uint32_t, ConditionId, std::uint32_t part) { ++ends[part]; });
+  std::uint32_t sum = 0;
+  for (std::uint32_t& part_end : ends) part_end = std::exchange(sum, sum + part_end);
+  consumers.all.resize(sum);
+  // What begins a part moves to its end.
+  for_each([&](std::uint32_t e, ConditionId c, std::uint32_t part) {
+    consumers.all[ends[part]++] = {c, e};
+  });
+}
+
+template <class N>
+void Unfolder<N>::link_consumers(net::PrefixOf<N>& prefix, const Consumers& consumers,
+                                 std::uint32_t part) const {
+  const std::uint32_t first = part == 0 ? 0 : consumers.part_ends[part - 1];
+  for (std::uint32_t i = first; i < consumers.part_ends[part]; ++i) {
+    const auto& [c, e] = consumers.all[i];
+    prefix.conditions[c]->postset.push_back(prefix.events[e].get());
   }
 }
 

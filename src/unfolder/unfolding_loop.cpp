@@ -5,16 +5,20 @@
 #include <utility>
 
 #include "base/clock.h"
+#include "base/fetch.h"
 
 namespace vorel::unfolder {
 namespace {
 
-// If so many conditions come at once, and all are concurrent, their rows take 64 MiB: too much to
-// try without a look at what they come from.
-constexpr std::uint64_t widest_relation = 1u << 14;
+// If so many conditions come at once, and all are concurrent, their rows are as long as they may
+// be: more are not entered without a look at what they come from.
+constexpr std::uint64_t widest_relation = 1u << 10;
 
 // Fewer events are not worth being shared by the workers.
 constexpr std::size_t few_found = 32;
+
+// So many elements before an element is needed, it is fetched.
+constexpr std::size_t fetch_ahead = 8;
 
 // In a large batch, so many ids are taken at a time.
 constexpr std::uint32_t id_block = 16;
@@ -39,7 +43,8 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   order.measure(event);
   assert(event.size > loop.level_ && "an extension is larger than what it extends");
   const EventId id = loop.process_.add_event(event, order.causes(), room);
-  found.push_back({id, event.state.value()});
+  const std::uint64_t hash = event.state.value();
+  found[FinalStateTable::part_of(hash)].push_back({id, hash});
   if (pending.size() <= event.size) pending.resize(event.size + 1);
   pending[event.size].push_back(id);
   lowest = std::min(lowest, event.size);
@@ -163,25 +168,35 @@ void UnfoldingLoop::extend_batch() {
 // nothing to do with each other: nobody waits for a lock.
 void UnfoldingLoop::judge_found() {
   if (must_give_up() && !keeps_incomplete()) return;
-  const auto judge = [this](std::uint32_t worker, std::uint32_t part, std::uint32_t end) {
+  const auto judge = [this](std::uint32_t worker, std::uint32_t part) {
     for (const auto& finder : workers_) {
-      for (const Found& event : finder->found) {
-        const std::uint32_t own = FinalStateTable::part_of(event.hash);
-        if (own < part || own >= end) continue;
-        if (must_give_up() && outcome_ == UnfoldOutcome::out_of_time) return;
-        final_states_.insert(event.id, event.hash, workers_[worker]->order);
-      }
+      judge_part(finder->found[part], workers_[worker]->order);
+      finder->found[part].clear();
     }
   };
   std::size_t count = 0;
-  for (const auto& worker : workers_) count += worker->found.size();
-  if (pool_.size() == 1 || count < few_found) {
-    judge(0, 0, FinalStateTable::part_count);
-  } else {
-    pool_.run(FinalStateTable::part_count,
-              [&](std::uint32_t worker, std::uint32_t part) { judge(worker, part, part + 1); });
+  for (const auto& worker : workers_) {
+    for (const auto& found : worker->found) count += found.size();
   }
-  for (const auto& worker : workers_) worker->found.clear();
+  if (count < few_found) {
+    for (std::uint32_t part = 0; part < FinalStateTable::part_count; ++part) judge(0, part);
+  } else {
+    pool_.run(FinalStateTable::part_count, judge);
+  }
+}
+
+// States are all over the table, and what another worker has found is in its cache: what is needed
+// soon is fetched meanwhile.
+void UnfoldingLoop::judge_part(std::span<const Found> found, ConfigurationOrder& order) {
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (must_give_up() && outcome_ == UnfoldOutcome::out_of_time) return;
+    if (i + fetch_ahead < found.size()) final_states_.fetch_slot(found[i + fetch_ahead].hash);
+    if (i + fetch_ahead / 2 < found.size()) {
+      final_states_.fetch_member(found[i + fetch_ahead / 2].hash);
+      process_.fetch_origin(found[i + fetch_ahead / 2].id);
+    }
+    final_states_.insert(found[i].id, found[i].hash, order);
+  }
 }
 
 void UnfoldingLoop::collect_batch() {
@@ -196,8 +211,11 @@ void UnfoldingLoop::collect_batch() {
     if (level_ == 0xFFFFFFFFu) return;
     for (const auto& worker : workers_) {
       if (worker->pending.size() <= level_) continue;
-      for (const EventId event : std::exchange(worker->pending[level_], {})) {
-        --worker->pending_count;
+      const std::vector<EventId> found = std::exchange(worker->pending[level_], {});
+      worker->pending_count -= found.size();
+      for (std::size_t i = 0; i < found.size(); ++i) {
+        if (i + fetch_ahead < found.size()) process_.fetch_event(found[i + fetch_ahead]);
+        const EventId event = found[i];
         if (process_.event(event).correspondent == not_cut_off) {
           batch_.push_back(event);
         } else {
@@ -210,7 +228,12 @@ void UnfoldingLoop::collect_batch() {
 
 void UnfoldingLoop::on_cut_off(EventId event) {
   ++stats_.cutoffs;
-  if (!options_.no_cutoffs) cut_offs_.push_back(event);
+  if (options_.no_cutoffs) return;
+  assert(process_.event(event).size == level_);
+  if (cut_off_level_ != level_)
+    cut_off_starts_.push_back(static_cast<std::uint32_t>(cut_offs_.size()));
+  cut_off_level_ = level_;
+  cut_offs_.push_back(event);
 }
 
 void UnfoldingLoop::find_non_local_cut_offs() {
@@ -243,9 +266,13 @@ void UnfoldingLoop::sort_for_entry(std::span<EventId> events) const {
   };
   std::vector<Key> keys;
   keys.reserve(events.size());
-  for (const EventId id : events) {
-    const UnfoldedEvent& event = process_.event(id);
-    keys.push_back({std::uint64_t{event.size} << 32 | event.preset_data[0], event.transition, id});
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    if (i + 2 * fetch_ahead < events.size()) process_.fetch_event(events[i + 2 * fetch_ahead]);
+    if (i + fetch_ahead < events.size())
+      base::fetch(process_.event(events[i + fetch_ahead]).preset_data);
+    const UnfoldedEvent& event = process_.event(events[i]);
+    keys.push_back(
+        {std::uint64_t{event.size} << 32 | event.preset_data[0], event.transition, events[i]});
   }
   std::ranges::sort(keys, [this](const Key& a, const Key& b) {
     if (a.size_and_first != b.size_and_first) return a.size_and_first < b.size_and_first;
@@ -258,14 +285,8 @@ void UnfoldingLoop::sort_for_entry(std::span<EventId> events) const {
 
 // They were collected level by level.
 void UnfoldingLoop::sort_cut_offs() {
-  const auto count = static_cast<std::uint32_t>(cut_offs_.size());
-  const auto size_of = [this](std::uint32_t i) { return process_.event(cut_offs_[i]).size; };
-  std::vector<std::uint32_t> starts;
-  for (std::uint32_t i = 0; i < count; ++i) {
-    assert((i == 0 || size_of(i - 1) <= size_of(i)) && "batches rise by size");
-    if (i == 0 || size_of(i - 1) != size_of(i)) starts.push_back(i);
-  }
-  starts.push_back(count);
+  auto& starts = cut_off_starts_;
+  starts.push_back(static_cast<std::uint32_t>(cut_offs_.size()));
   pool_.run(static_cast<std::uint32_t>(starts.size() - 1), [&](std::uint32_t, std::uint32_t level) {
     sort_for_entry(std::span(cut_offs_).subspan(starts[level], starts[level + 1] - starts[level]));
   });
@@ -371,19 +392,25 @@ void UnfoldingLoop::pass_on_correspondent(EventId cut_off) {
 
 void UnfoldingLoop::on_finish() {
   sort_cut_offs();
-  const auto resolve = [this](std::uint32_t worker, std::uint32_t i, std::uint32_t end) {
+  // Most correspondents are settled by that; of the others few are cut-offs.
+  std::vector<std::uint8_t> is_settled(cut_offs_.size());
+  const auto resolve = [&](std::uint32_t worker, std::uint32_t i, std::uint32_t end) {
     for (; i < end; ++i) {
       assert(process_.event(cut_offs_[i]).correspondent != not_cut_off);
-      if (non_local_.contains(cut_offs_[i])) continue;
-      final_states_.resolve(cut_offs_[i], workers_[worker]->order);
+      if (i + fetch_ahead < end) {
+        process_.fetch_event(cut_offs_[i + fetch_ahead]);
+        final_states_.fetch_slot(process_.event(cut_offs_[i + fetch_ahead / 2]).state.value());
+      }
+      is_settled[i] = non_local_.contains(cut_offs_[i]) ||
+                      final_states_.resolve(cut_offs_[i], workers_[worker]->order);
     }
   };
   pool_.run_ranges(static_cast<std::uint32_t>(cut_offs_.size()), 64, resolve);
-  for (const EventId event : cut_offs_) {
-    pass_on_correspondent(event);
-    process_.enter(event);
-    entered_.push_back(event);
+  for (std::size_t i = 0; i < cut_offs_.size(); ++i) {
+    if (is_settled[i] == 0) pass_on_correspondent(cut_offs_[i]);
   }
+  process_.enter_last(cut_offs_, pool_);
+  entered_.insert(entered_.end(), cut_offs_.begin(), cut_offs_.end());
   // The prefix that is made now needs their memory.
   relation_.reset();
   drop_histories();

@@ -8,6 +8,7 @@
 // [ERV-2002]: those of equal states by one worker, so that none waits for another.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -82,7 +83,8 @@ class UnfoldingLoop {
     CoSetFinder finder;
     NonLocalSearch non_local;
     BranchingProcess::EventRoom room;
-    std::vector<Found> found;                   // in this batch, not judged yet
+    // In this batch, not judged yet: by part of the table of final states.
+    std::array<std::vector<Found>, FinalStateTable::part_count> found;
     std::vector<std::vector<EventId>> pending;  // by size of the local configuration
     std::uint32_t lowest = 0;                   // no bucket below has anything in it
     std::uint64_t pending_count = 0;
@@ -91,6 +93,7 @@ class UnfoldingLoop {
   void extend_batch();
   void extend_with(Worker& worker, EventId event);
   void judge_found();
+  void judge_part(std::span<const Found> found, ConfigurationOrder& order);
   void find_non_local_cut_offs();
   void add_batch();
   void form_groups();
@@ -121,6 +124,9 @@ class UnfoldingLoop {
   std::vector<std::unique_ptr<Worker>> workers_;
 
   std::vector<EventId> batch_, cut_offs_, entered_;
+  // Where in cut_offs_ those of another size begin, and the size of the last ones.
+  std::vector<std::uint32_t> cut_off_starts_;
+  std::uint32_t cut_off_level_ = 0;
   std::vector<std::uint32_t> group_starts_;  // in batch_; one more at the end
   std::uint32_t level_ = 0;                  // size of the local configurations of the batch
   UnfoldStats stats_;

@@ -22,21 +22,24 @@ inline void Propagator::imply(Literal literal, ClauseRef reason) {
   }
 }
 
-// The literals from the third on: one that is not false takes the place of the falsified one.
+// One of the literals that are not watched takes the place of the falsified one, unless all of them
+// are false.
 inline bool Propagator::watch_another(Clause& clause, ClauseRef ref, Literal falsified,
                                       Literal other) {
   Literal* const literals = clause.begin();
-  const std::uint32_t size = clause.size();
-  for (std::uint32_t i = 2; i < size; ++i) {
-    const Literal candidate = literals[i];
-    if (assignment_.value(candidate) == Truth::no) continue;
-    literals[0] = other;
-    literals[1] = candidate;
-    literals[i] = falsified;
-    watches_.of(candidate).emplace_back(ref, other, false);
-    return true;
+  const auto is_false = [this](Literal literal) { return assignment_.value(literal) == Truth::no; };
+  Literal* const start = literals + clause.search_position();
+  Literal* found = std::find_if_not(start, clause.end(), is_false);
+  if (found == clause.end()) {
+    found = std::find_if_not(literals + Clause::first_unwatched, start, is_false);
+    if (found == start) return false;
   }
-  return false;
+  clause.set_search_position(static_cast<std::uint32_t>(found - literals));
+  literals[0] = other;
+  literals[1] = *found;
+  *found = falsified;
+  watches_.of(literals[1]).emplace_back(ref, other, false);
+  return true;
 }
 
 ClauseRef Propagator::visit(Literal falsified) {

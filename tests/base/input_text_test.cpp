@@ -46,15 +46,6 @@ TEST_F(InputText, FilesOfAllSizesAreReadWhole) {
   }
 }
 
-TEST_F(InputText, WhatCannotBeOpenedIsAnError) {
-  std::string text;
-  for (const std::string name : {"missing", "missing.pnml.gz", "folder", "folder.gz"}) {
-    if (name.starts_with("folder")) std::filesystem::create_directory(folder.path(name));
-    EXPECT_EQ(messages_of_reading(folder.path(name), &text),
-              "\nError: cannot open \"" + folder.path(name) + "\" for input\n");
-  }
-}
-
 TEST_F(InputText, ACompressedFileCutShortIsNotTakenForAShorterText) {
   const std::string bytes = compressed(support::net_prefix_text, folder.path("x.gz"));
   std::string text;
@@ -73,17 +64,6 @@ TEST_F(InputText, ADamagedCompressedFileIsAnError) {
     EXPECT_TRUE(messages_of_reading(folder.write("damaged.gz", damaged), &text)
                     .starts_with("\nError: cannot read \"" + folder.path("damaged.gz") + "\": "))
         << at;
-  }
-}
-
-TEST_F(InputText, ACompressedDocumentIsReadAsThePlainOneIs) {
-  compressed(support::net_prefix_text, folder.path("x.pnml.gz"));
-  for (const std::string& name :
-       {folder.path("x.pnml.gz"), folder.write("x.pnml", support::net_prefix_text)}) {
-    const auto result = support::read_file(name);
-    ASSERT_NE(result.input, nullptr) << result.messages;
-    EXPECT_EQ(support::describe(std::get<net::NetPrefix>(*result.input)),
-              support::describe(support::read_as<net::NetPrefix>(support::net_prefix_text)));
   }
 }
 

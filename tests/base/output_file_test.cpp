@@ -41,12 +41,6 @@ class OutputFileTest : public testing::Test {
   support::TemporaryFolder folder_;
 };
 
-TEST_F(OutputFileTest, ACommittedFileHoldsTheTextAndNothingElseIsLeft) {
-  ASSERT_TRUE(save(path("a.txt"), "NO\n"));
-  EXPECT_EQ(get("a.txt"), "NO\n");
-  EXPECT_EQ(entry_count(), 1);
-}
-
 TEST_F(OutputFileTest, WithoutACommitTheTargetStaysAsItWas) {
   folder_.write("old.txt", "old");
   for (const char* name : {"old.txt", "new.txt"}) {
@@ -122,18 +116,6 @@ TEST_F(OutputFileTest, WhatCannotBeAFileIsNotOpened) {
     EXPECT_FALSE(file.commit()) << name;
   }
   EXPECT_EQ(entry_count(), 2);
-}
-
-TEST_F(OutputFileTest, AnOpenDescriptorKeepsWhatIsWrittenToItBeforeAndAfterwards) {
-  std::FILE* open_file = std::fopen(path("log").c_str(), "w");
-  std::fputs("first\n", open_file);
-  std::fflush(open_file);
-  const std::string name = "/proc/self/fd/" + std::to_string(fileno(open_file));
-  fs::create_symlink(name, path("link"));
-  EXPECT_TRUE(save(path("link"), "second\n"));
-  std::fputs("third\n", open_file);
-  std::fclose(open_file);
-  EXPECT_EQ(get("log"), "first\nsecond\nthird\n");
 }
 
 TEST_F(OutputFileTest, ADescriptorThatIsOnlyReadIsRefused) {

@@ -24,29 +24,29 @@ Bdd product_of(const std::vector<BddLiteral>& literals) {
 }
 
 TEST(BddStructure, AProductYieldsItsLiteralsSorted) {
-  for (auto [seed, end] = support::seeds(300); seed != end; ++seed) {
+  support::for_each_seed(300, [&](std::uint64_t seed) {
     Random random(seed);
     std::vector<BddLiteral> literals;
     for (std::uint32_t v = 0; v < table_variables; ++v)
       if (random.chance(40)) literals.push_back({v, random.chance(50)});
     const Bdd product = product_of(literals);
-    ASSERT_EQ(literals_of_cube(product), literals) << seed;
+    ASSERT_EQ(literals_of_cube(product), literals);
     if (literals.size() >= 2) {
-      ASSERT_EQ(literals_of_cube(~product), std::nullopt) << seed;
+      ASSERT_EQ(literals_of_cube(~product), std::nullopt);
     }
 
     const Bdd f = random_function(random).bdd;
     if (const auto found = literals_of_cube(f)) {
-      ASSERT_EQ(product_of(*found), f) << seed;
+      ASSERT_EQ(product_of(*found), f);
     }
-  }
+  });
   EXPECT_EQ(literals_of_cube(Bdd(true)), std::vector<BddLiteral>{});
   EXPECT_EQ(literals_of_cube(Bdd(false)), std::nullopt);
 }
 
 TEST(BddStructure, NodesStandInTheOrderOfVariablesAboveTheConstant) {
   const BddManager& manager = BddManager::instance();
-  for (auto [seed, end] = support::seeds(100); seed != end; ++seed) {
+  support::for_each_seed(100, [&](std::uint64_t seed) {
     Random random(seed);
     const Bdd f = random_function(random).bdd;
     const std::vector<Bdd> nodes = nodes_of(f);
@@ -60,15 +60,15 @@ TEST(BddStructure, NodesStandInTheOrderOfVariablesAboveTheConstant) {
       }
       for (const Bdd& child : {nodes[i].then_child(), nodes[i].else_child()}) {
         const auto place = std::ranges::find(nodes, child.node_id(), &Bdd::node_id);
-        ASSERT_GT(place - nodes.begin(), static_cast<std::ptrdiff_t>(i)) << seed;
+        ASSERT_GT(place - nodes.begin(), static_cast<std::ptrdiff_t>(i));
       }
     }
-  }
+  });
 }
 
 TEST(BddStructure, ClausesOfADiagramFollowTheFunction) {
   static_assert(sat::BddEdge<Bdd>);
-  for (auto [seed, end] = support::seeds(10); seed != end; ++seed) {
+  support::for_each_seed(10, [&](std::uint64_t seed) {
     Random random(seed);
     sat::CnfFormula formula{sat::CnfParams{}};
     sat::Lits variables;
@@ -86,11 +86,11 @@ TEST(BddStructure, ClausesOfADiagramFollowTheFunction) {
         if (right) units.front() = ~units.front();
         const sat::ClauseGroup question = formula.new_group();
         formula.add_units(units, false, question);
-        ASSERT_EQ(formula.solve(), right) << seed;
+        ASSERT_EQ(formula.solve(), right);
         formula.remove_group(question);
       }
     }
-  }
+  });
 }
 
 }  // namespace

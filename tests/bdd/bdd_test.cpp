@@ -25,12 +25,12 @@ void reorder_at_random(Random& random) {
 }
 
 TEST(Bdd, OperationsAgreeWithTruthTables) {
-  for (auto [seed, end] = support::seeds(400); seed != end; ++seed) {
+  support::for_each_seed(400, [&](std::uint64_t seed) {
     Random random(seed);
     if (seed % 8 == 0) reorder_at_random(random);
     const Function f = random_function(random), g = random_function(random),
                    h = random_function(random);
-    ASSERT_EQ(table_of(f.bdd), f.table) << seed;  // not, and, or, xor
+    ASSERT_EQ(table_of(f.bdd), f.table);  // not, and, or, xor
     ASSERT_EQ(table_of(ite(f.bdd, g.bdd, h.bdd)), (f.table & g.table) | (~f.table & h.table));
     ASSERT_EQ(f.bdd.is_true(), f.table.all());
     ASSERT_EQ(f.bdd.is_false(), f.table.none());
@@ -39,11 +39,11 @@ TEST(Bdd, OperationsAgreeWithTruthTables) {
     const std::uint32_t v = random.below(table_variables), w = (v + 3) % table_variables;
     ASSERT_EQ(table_of(cofactor(f.bdd, bdd_variable(v) & ~bdd_variable(w))),
               cofactor_table(cofactor_table(f.table, v, true), w, false));
-  }
+  });
 }
 
 TEST(Bdd, CompositionReplacesAllVariablesAtOnce) {
-  for (auto [seed, end] = support::seeds(60); seed != end; ++seed) {
+  support::for_each_seed(60, [&](std::uint64_t seed) {
     Random random(seed);
     const Function f = random_function(random);
     std::vector<Bdd> substitution;
@@ -59,23 +59,23 @@ TEST(Bdd, CompositionReplacesAllVariablesAtOnce) {
       for (std::uint32_t v = 0; v < table_variables; ++v) inner |= (tables[v][a] ? 1u : 0u) << v;
       return f.table[inner];
     });
-    ASSERT_EQ(table_of(compose(f.bdd, substitution)), expected) << seed;
-  }
+    ASSERT_EQ(table_of(compose(f.bdd, substitution)), expected);
+  });
 }
 
 TEST(Bdd, MintermSignatureCountsTheCofactors) {
   bdd_variable(table_variables - 1);  // the signature has an entry for each variable made so far
-  for (auto [seed, end] = support::seeds(100); seed != end; ++seed) {
+  support::for_each_seed(100, [&](std::uint64_t seed) {
     Random random(seed);
     const Function f = random_function(random);
     const std::vector<double> signature = f.bdd.minterm_signature();
     ASSERT_EQ(signature.size(), BddManager::instance().variable_count() + 1);
     for (std::uint32_t v = 0; v < table_variables; ++v) {
       const Table positive = cofactor_table(f.table, v, true);
-      ASSERT_EQ(signature[v], static_cast<double>(positive.count()) / table_size) << seed;
+      ASSERT_EQ(signature[v], static_cast<double>(positive.count()) / table_size);
     }
     ASSERT_EQ(signature.back(), static_cast<double>(f.table.count()) / table_size);
-  }
+  });
 }
 
 // The order and the hash as they are defined, over truth tables.
@@ -116,7 +116,7 @@ std::uint32_t hash_of(const Table& f) {
 }
 
 TEST(Bdd, OrderAndHashDependOnTheFunctionAlone) {
-  for (auto [seed, end] = support::seeds(10); seed != end; ++seed) {
+  support::for_each_seed(10, [&](std::uint64_t seed) {
     Random random(seed);
     // Few variables in half of the runs, so that many functions share a support.
     const std::uint32_t mask = seed % 2 == 0 ? 0x0B4 : table_size - 1;
@@ -133,13 +133,13 @@ TEST(Bdd, OrderAndHashDependOnTheFunctionAlone) {
     };
     const std::vector<Table> tables = sorted_tables();
     for (std::size_t i = 1; i < tables.size(); ++i) {
-      ASSERT_EQ(is_less(tables[i - 1], tables[i]), tables[i - 1] != tables[i]) << seed;
+      ASSERT_EQ(is_less(tables[i - 1], tables[i]), tables[i - 1] != tables[i]);
     }
-    for (const Function& f : functions) ASSERT_EQ(hash_of(f.bdd), hash_of(f.table)) << seed;
+    for (const Function& f : functions) ASSERT_EQ(hash_of(f.bdd), hash_of(f.table));
     reorder_at_random(random);
-    ASSERT_EQ(sorted_tables(), tables) << seed;
-    for (const Function& f : functions) ASSERT_EQ(hash_of(f.bdd), hash_of(f.table)) << seed;
-  }
+    ASSERT_EQ(sorted_tables(), tables);
+    for (const Function& f : functions) ASSERT_EQ(hash_of(f.bdd), hash_of(f.table));
+  });
 }
 
 TEST(Bdd, AMillionOperationsLeaveNoReference) {
@@ -149,33 +149,19 @@ TEST(Bdd, AMillionOperationsLeaveNoReference) {
     constexpr std::uint32_t width = 6;
     std::vector<Bdd> held(64);
     for (int step = 0; step < 1'000'000; ++step) {
-      const Bdd x = bdd_variable(random.below(width));
       Bdd &to = held[random.below(held.size())], &f = held[random.below(held.size())];
-      const Bdd& g = held[random.below(held.size())];
-      switch (f.is_null() || g.is_null() ? 0 : random.below(8)) {
-        case 0:
-          to = x;
-          break;
-        case 1:
-          to = f ^ g;
-          break;
-        case 2:
-          to = ~f | (g & x);
-          break;
-        case 3:
-          to = cofactor(f, x);
-          break;
-        case 4:
-          to = f.is_constant() ? g : f.then_child();
-          break;
-        case 5:
-          std::swap(to, f);
-          break;
-        case 6:
-          to = std::move(f);
-          break;
-        default:
-          to = ite(x, f, g);
+      const Bdd x = bdd_variable(random.below(width)), g = held[random.below(held.size())];
+      const std::uint32_t choice = f.is_null() || g.is_null() ? 0 : random.below(5);
+      if (choice == 0) {
+        to = x;
+      } else if (choice == 1) {
+        to = f.is_constant() ? g : f.then_child();
+      } else if (choice == 2) {
+        std::swap(to, f);
+      } else if (choice == 3) {
+        to = std::move(f);
+      } else {
+        to = (f ^ g) | (ite(x, f, g) & ~cofactor(f, x));
       }
     }
     EXPECT_GT(BddManager::instance().referenced_node_count(), before);

@@ -45,21 +45,21 @@ std::vector<Table> tables_of(const std::vector<std::uint32_t>& variables) {
 }
 
 TEST(CoverBdd, AFunctionBecomesAMinimisedCoverAndItsExpression) {
-  for (auto [seed, end] = support::seeds(200); seed != end; ++seed) {
+  support::for_each_seed(200, [&](std::uint64_t seed) {
     Random random(seed);
     const Function f = random_function(random);
     const SupportCover form = cover_of(f.bdd);
     ASSERT_EQ(form.support, support_of(f.table));
     ASSERT_EQ(form.cover.width(), form.support.size());
-    ASSERT_EQ(cover_table(form.cover, tables_of(form.support)), f.table) << seed;
+    ASSERT_EQ(cover_table(form.cover, tables_of(form.support)), f.table);
     ASSERT_TRUE(std::ranges::is_sorted(form.cover));
     ASSERT_EQ(bdd_of(form.cover, f.bdd.support_variables()), f.bdd);
 
     const toolkit::LogicExpr expression = expression_of(f.bdd);
-    ASSERT_EQ(expression_table(expression), f.table) << seed;
+    ASSERT_EQ(expression_table(expression), f.table);
     ASSERT_EQ(literal_count(f.bdd), literal_count(expression));
     ASSERT_LE(literal_count(f.bdd), form.cover.literal_count());
-  }
+  });
 }
 
 TEST(CoverBdd, AFunctionOfMorePathsThanCubesBecomesACoverAllTheSame) {
@@ -78,17 +78,17 @@ TEST(CoverBdd, AFunctionOfMorePathsThanCubesBecomesACoverAllTheSame) {
   sum.sort();
   EXPECT_EQ(cover_of(bdd_of(sum, variables)).cover, sum);
 
-  for (auto [seed, end] = support::seeds(30); seed != end; ++seed) {
+  support::for_each_seed(30, [&](std::uint64_t seed) {
     Random random(seed);
     const Function f = random_function(random);
     const std::vector<std::uint32_t> support = f.bdd.support();
     const toolkit::Cover cover = irredundant_sum(f.bdd, support);
-    ASSERT_EQ(cover_table(cover, tables_of(support)), f.table) << seed;
-  }
+    ASSERT_EQ(cover_table(cover, tables_of(support)), f.table);
+  });
 }
 
 TEST(CoverBdd, PositionsOfACoverStandForAnyFunctions) {
-  for (auto [seed, end] = support::seeds(60); seed != end; ++seed) {
+  support::for_each_seed(60, [&](std::uint64_t seed) {
     Random random(seed);
     const std::size_t width = random.below(8);
     std::vector<Bdd> bdds;
@@ -105,8 +105,8 @@ TEST(CoverBdd, PositionsOfACoverStandForAnyFunctions) {
         cube.set(i, static_cast<toolkit::Ternary>(random.below(3)));
       cover.add(cube);
     }
-    ASSERT_EQ(table_of(bdd_of(cover, bdds)), cover_table(cover, tables)) << seed;
-  }
+    ASSERT_EQ(table_of(bdd_of(cover, bdds)), cover_table(cover, tables));
+  });
   EXPECT_TRUE(bdd_of(toolkit::Cover(0, true), {}).is_true());
   EXPECT_TRUE(bdd_of(toolkit::Cover(0, false), {}).is_false());
 }

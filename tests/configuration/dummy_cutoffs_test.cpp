@@ -30,18 +30,9 @@ TEST(DummyCutOffs, AreThoseWhoseCorrespondentsDoNotExplainTheirPast) {
                        {edge, std::nullopt, false},
                        {aside, Numbers{first}, false}};
   for (const Row& row : table) {
-    support::ProcessBuilder<net::StgPrefix> b;
-    auto& p = b.condition("p");
-    auto& q = b.condition("q");
-    auto& r = b.condition("r");
-    auto& s = b.condition("s");
-    b.event("d.first", {&p}, {&q, &r});
-    b.event("d.k", {&q}, {&b.condition("t")});
-    b.event("x+", {&r}, {&s});
-    b.event("d.l", {&s}, {&b.condition("u")});
-    b.event("y+", {&b.condition("v")}, {&b.condition("w")});
-    b.finish();
-    const auto& events = b.process->events;
+    const auto process = support::process_from<net::StgPrefix>(
+        "d.first: p -> q r; d.k: q -> t; x+: r -> s; d.l: s -> u; y+: v -> w");
+    const auto& events = process->events;
     auto& cut_off = events[row.cut_off]->cut_off;
     std::vector<net::StgPrefix::Event*> correspondents;
     for (const std::size_t number : row.correspondents.value_or(Numbers{}))
@@ -50,7 +41,7 @@ TEST(DummyCutOffs, AreThoseWhoseCorrespondentsDoNotExplainTheirPast) {
       cut_off.set_correspondents(correspondents);
     else
       cut_off.set_unknown();
-    EXPECT_EQ(has_dummy_cutoffs(*b.process), row.expected) << "row " << &row - table;
+    EXPECT_EQ(has_dummy_cutoffs(*process), row.expected) << "row " << &row - table;
   }
 }
 

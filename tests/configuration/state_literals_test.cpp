@@ -97,23 +97,20 @@ class Comparison {
 
 TEST(StateLiterals, SayWhatTheTokenGameSaysOnRandomNets) {
   const support::CaughtMessages quiet;
-  const auto [first, end] = support::seeds(60);
   std::size_t states = 0;
-  for (std::uint64_t seed = first; seed < end; ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+  const std::uint64_t tried = support::for_each_seed(60, [&](std::uint64_t seed) {
     const auto prefix = oracle::unfold(oracle::random_net(seed));
     ASSERT_TRUE(prefix);
     states += Comparison<net::NetPrefix>(*prefix, Enabledness::direct).run(60);
     const auto merged = net::merge(*prefix);
     states += Comparison<net::NetMergedProcess>(merged, Enabledness::direct).run(60);
-  }
-  EXPECT_GT(states, 40 * (end - first));
+  });
+  EXPECT_GT(states, 40 * tried);
 }
 
 TEST(StateLiterals, SayWhatTheTokenGameSaysOnRandomStgs) {
   const support::CaughtMessages quiet;
-  for (auto [seed, end] = support::seeds(60); seed < end; ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+  support::for_each_seed(60, [&](std::uint64_t seed) {
     auto prefix = oracle::unfold(oracle::random_stg(seed));
     ASSERT_TRUE(prefix);
     net::find_initial_values(*prefix);
@@ -122,44 +119,29 @@ TEST(StateLiterals, SayWhatTheTokenGameSaysOnRandomStgs) {
     }
     const auto merged = net::merge(*prefix);
     Comparison<net::StgMergedProcess>(merged, Enabledness::direct).run(60);
-  }
+  });
 }
 
 // Two edges of one signal that know no order count both; one waits behind a dummy.
 TEST(StateLiterals, CountEdgesOfASignalThatIsConcurrentWithItself) {
   const support::CaughtMessages quiet;
-  support::ProcessBuilder<net::StgPrefix> b;
-  auto& p = b.condition("p");
-  auto& q = b.condition("q");
-  auto& r = b.condition("r");
-  b.event("a~", {&p}, {&b.condition("p2")});
-  b.event("d.k", {&q}, {&r});
-  b.event("a~/2", {&r}, {&b.condition("r2")});
-  b.finish();
-  net::find_initial_values(*b.process);
-  EXPECT_EQ(Comparison<net::StgPrefix>(*b.process, Enabledness::via_dummies).run(100), 6u);
+  const auto prefix =
+      support::process_from<net::StgPrefix>("a~: p -> p2; d.k: q -> r; a~/2: r -> r2");
+  net::find_initial_values(*prefix);
+  EXPECT_EQ(Comparison<net::StgPrefix>(*prefix, Enabledness::via_dummies).run(100), 6u);
 }
 
 // More rivals than are listed one by one, some of them behind dummies.
 TEST(StateLiterals, TellWhoCanStillFireOfManyRivals) {
   const support::CaughtMessages quiet;
-  support::ProcessBuilder<net::StgPrefix> b;
-  auto& choice = b.condition("choice");
-  auto& q = b.condition("q");
-  auto& r = b.condition("r");
-  b.event("d.k", {&q}, {&r});
+  std::string text = "d.k: q -> r";
   for (int i = 0; i < 40; ++i) {
-    const std::string name = "a" + std::to_string(i) + "+";
-    auto& after = b.condition("p" + std::to_string(i));
-    if (i % 4 == 0) {
-      b.event(name, {&choice, &r}, {&after});
-    } else {
-      b.event(name, {&choice}, {&after});
-    }
+    const std::string n = std::to_string(i);
+    text += "; a" + n + "+: choice " + (i % 4 == 0 ? "r" : "") + " -> p" + n;
   }
-  b.finish();
-  net::find_initial_values(*b.process);
-  EXPECT_EQ(Comparison<net::StgPrefix>(*b.process, Enabledness::via_dummies).run(1000), 72u);
+  const auto prefix = support::process_from<net::StgPrefix>(text);
+  net::find_initial_values(*prefix);
+  EXPECT_EQ(Comparison<net::StgPrefix>(*prefix, Enabledness::via_dummies).run(1000), 72u);
 }
 
 }  // namespace

@@ -114,18 +114,16 @@ inline configuration::EventSet set_of(const oracle::Configuration& configuration
 template <class Check>
 std::size_t on_subjects(std::uint64_t usual_count, const oracle::RandomStgParams& params,
                         Check check) {
-  const auto [first, end] = support::seeds(usual_count);
   testing::internal::CaptureStdout();  // notes on the optimised method
   std::size_t checked = 0;
-  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+  const std::uint64_t tried = support::for_each_seed(usual_count, [&](std::uint64_t seed) {
     const auto subject = Subject::make(oracle::random_stg(seed, params));
-    if (!subject || configuration::has_dummy_cutoffs(subject->prefix)) continue;
+    if (!subject || configuration::has_dummy_cutoffs(subject->prefix)) return;
     check(*subject, seed);
     ++checked;
-  }
+  });
   drop_output();
-  EXPECT_GT(checked, (end - first) / 4);
+  EXPECT_GT(checked, tried / 4);
   EXPECT_FALSE(base::run_failed());
   return checked;
 }

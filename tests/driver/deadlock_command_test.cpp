@@ -46,16 +46,6 @@ TEST(DeadlockCommand, DoesNotTakeEventsThatWaitForEachOtherForARun) {
   }
 }
 
-// Its places are not entered in the order of their depths, or not once at each.
-TEST(DeadlockCommand, RefusesAMergedProcessWithTwoConditionsOfOnePlaceAndDepth) {
-  const support::TemporaryFolder folder;
-  const support::ProgramRun run = support::run_vorel(
-      {"-D", folder.write("twice.mp", "2 1 1 1\n1 1 1\n1 1 0\n1 0 1 1 0 1\n1\np\nt\n")});
-  EXPECT_EQ(run.exit_code, 2);
-  EXPECT_NE(run.err.find("place p has two conditions at occurrence depth 1"), std::string::npos);
-  EXPECT_EQ(run.out.find("the system"), std::string::npos);
-}
-
 TEST(DeadlockCommand, WarnsOfPrefixesThatMayHaveLostTheirCutOffs) {
   const support::TemporaryFolder folder;
   const support::ProgramRun empty =

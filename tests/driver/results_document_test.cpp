@@ -58,9 +58,7 @@ TEST(ResultsDocument, OfEveryModeKeepsToTheSchema) {
   }
   EXPECT_GT(count, 70u) << "conflicts and inputs that a mode does not take leave no document";
   const std::string schema = support::example("../docs/results.xsd");
-  const support::ProgramRun run =
-      support::run_program({"/bin/sh", "-c", "xmllint --noout --schema '" + schema + "' *.xml"},
-                           {.directory = folder.path()});
+  const support::ProgramRun run = folder.shell("xmllint --noout --schema '" + schema + "' *.xml");
   EXPECT_EQ(run.exit_code, 0) << run.err;
 }
 

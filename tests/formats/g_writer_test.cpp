@@ -14,6 +14,7 @@
 #include "oracle/state_graph.h"
 #include "support/legacy_files.h"
 #include "support/run_program.h"
+#include "support/seeds.h"
 
 namespace vorel::formats {
 namespace {
@@ -103,24 +104,10 @@ TEST(GWriter, TheTextIsThatOfTheFormat) {
 }
 
 TEST(GWriter, RandomStgsAreReadBackWithTheSameBehaviour) {
-  for (std::uint64_t seed = 0; seed < 100; ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(100, [&](std::uint64_t seed) {
     expect_same_when_read(
         oracle::random_stg(seed, {.dummies = seed % 2 == 0, .toggles = seed % 3 == 0}));
-  }
-}
-
-TEST(GWriter, TheExamplesAreReadBackAsTheCircuitsThatTheyAre) {
-  for (const std::string name : {"celement", "dummy_fork", "fork_join", "latch_ctrl", "muller3",
-                                 "mutex2", "sequencer", "toggle", "vme_read", "vme_read_csc"}) {
-    const auto circuit = oracle::parse_g(support::read_text(support::example(name + ".g")));
-    const support::CaughtMessages warnings;
-    const auto prefix = read_pnml<net::StgPrefixVariant>(support::example(name + ".unf.pnml"));
-    ASSERT_TRUE(circuit && prefix) << name;
-    const net::Stg& stg = std::get<net::StgPrefix>(*prefix);
-    EXPECT_TRUE(sizes_of(stg) == sizes_of(*circuit)) << name;
-    expect_same_when_read(stg);
-  }
+  });
 }
 
 // The second of two parallel places keeps its own marking by keeping its name.
@@ -213,21 +200,6 @@ TEST(GWriter, ASignalWhoseNameDoesNotSuitTheFormatIsAnErrorAndNothingIsWritten) 
     EXPECT_EQ(stream.str(), "");
     EXPECT_EQ(messages.text(),
               "\nError: the name of signal \"" + name + "\" does not suit the .g format\n");
-  }
-}
-
-TEST(GWriter, AFileThatCannotBeWrittenIsAnError) {
-  const auto prefix = oracle::unfold(oracle::random_stg(3));
-  ASSERT_TRUE(prefix);
-  const std::pair<std::string, std::string> rows[] = {
-      {"/dev/full", "\nError: cannot write a file\n"},
-      {"/absent/x", "\nError: cannot open \"/absent/x\" for output\n"}};
-  for (const auto& [name, error] : rows) {
-    const support::CaughtMessages messages;
-    EXPECT_FALSE(save_g(*prefix, name));
-    EXPECT_EQ(messages.text(), error);
-    EXPECT_FALSE(save_mci(*prefix, name));
-    EXPECT_TRUE(messages.text().ends_with(error));
   }
 }
 

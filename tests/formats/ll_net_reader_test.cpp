@@ -5,14 +5,9 @@
 namespace vorel::formats {
 namespace {
 
-NetReading read_ll_net(const std::string& text) { return read_text(text, NetFormat::ll_net); }
-
 TEST(LlNetReader, TakesAllFormsOfLines) {
   const std::string net = "PL\n\"p\"M1\n\"q\"\nTR\n\"t\"\n";
-  const struct {
-    const char* what;
-    std::string text, description, messages;
-  } rows[] = {
+  const std::vector<ReadingRow> rows = {
       {"a header, defaults, other sections",
        "PEP\nPTNet\nFORMAT_N\nDPL s7n10@-9t2\nDTR s7\nPL\n\"p\"30@30M1m1\nDPL n1\n\"q\"\nTR\n"
        "\"t\"1@1\nTP\n1<2\nPT\n1>1\nTX\n\"any\" text\n1<9\n",
@@ -50,19 +45,13 @@ TEST(LlNetReader, TakesAllFormsOfLines) {
            "\nWarning: the section 'XY' is unknown and ignored " + at(8, 1) +
            "\nWarning: the section 'BLOCK' is unknown and ignored " + at(12, 1)},
   };
-  for (const auto& row : rows) {
-    const NetReading reading = read_ll_net(row.text);
-    EXPECT_EQ(reading.description(), row.description) << row.what;
-    EXPECT_EQ(reading.messages, row.messages) << row.what;
-  }
+  expect_readings(rows, NetFormat::ll_net);
 }
 
 TEST(LlNetReader, AFaultIsReportedWithItsPlaceAndText) {
-  const std::string syntax = "Error: syntax error ";
+  const std::string syntax = "syntax error ";
   const std::string net = "PL\n\"p\"\nTR\n\"t\"\n";
-  const struct {
-    std::string text, message;
-  } rows[] = {
+  const std::vector<std::pair<std::string, std::string>> rows = {
       {"", syntax + at(1, 1) + ": expected the section PL, found the end of the file"},
       {"PEP\nTR\n", syntax + at(3, 1) + ": expected the section PL, found the end of the file"},
       {"PEP\nHLNet\nPL\n", syntax + at(2, 1) + ": expected a low-level net, found 'HLNet'"},
@@ -74,30 +63,26 @@ TEST(LlNetReader, AFaultIsReportedWithItsPlaceAndText) {
        syntax + at(2, 2) + ": expected a name of printable characters, found '\"p\\x09q\"M1'"},
       {"PL\n99999999999\"p\"\n",
        syntax + at(2, 1) + ": expected a number, found '99999999999\"p\"'"},
-      {"PL\n2\"p\"\n1\"q\"\n\"r\"", "Error: number 2 of node 'r' has been used before " + at(4, 1)},
+      {"PL\n2\"p\"\n1\"q\"\n\"r\"", "number 2 of node 'r' has been used before " + at(4, 1)},
       {"PL\n\"p\"1@2 ?", syntax + at(2, 8) + ": expected an attribute, found '?'"},
       {"PL\n\"p\"b\"x",
        syntax + at(2, 5) + ": expected a text that ends with '\"' on its line, found '\"x'"},
       {"PL\n\"p\"1@2M2\n",
-       "Error: the net is not safe, place p has 2 tokens in the initial marking " + at(2, 7)},
+       "the net is not safe, place p has 2 tokens in the initial marking " + at(2, 7)},
       {"PL\n\"p\"M-1\n", syntax + at(2, 4) + ": expected a number of tokens, found '-1'"},
-      {net + "TP\n1<2\n", "Error: there is no place 2 " + at(6, 3)},
-      {net + "PT\n1>0\n", "Error: there is no transition 0 " + at(6, 3)},
+      {net + "TP\n1<2\n", "there is no place 2 " + at(6, 3)},
+      {net + "PT\n1>0\n", "there is no transition 0 " + at(6, 3)},
       {net + "PT\n1<1\n", syntax + at(6, 2) + ": expected '>', found '<1'"},
       {net + "TP\n1<\n", syntax + at(6, 3) + ": expected a number, found 'the end of the line'"},
       {net + "TP\n1<1w2\n", syntax + at(6, 4) + ": expected the weight 1, found '2'"},
       {net + "RA\n1>1\nTP\n1<1\n",
-       "Error: the read arc '1>1' is between nodes that another arc joins " + at(6, 1)},
+       "the read arc '1>1' is between nodes that another arc joins " + at(6, 1)},
       {net + "RA\n1-1\n", syntax + at(6, 2) + ": expected '>', found '-1'"},
-      {net + "IA\n1>1\n", "Error: inhibitor arcs (section IA) are not supported " + at(6, 1)},
-      {net + "RS\n1>1\n", "Error: reset arcs (section RS) are not supported " + at(6, 1)},
-      {"TP\n1<1\nPL\n", "Error: there is no transition 1 " + at(2, 1)},
+      {net + "IA\n1>1\n", "inhibitor arcs (section IA) are not supported " + at(6, 1)},
+      {net + "RS\n1>1\n", "reset arcs (section RS) are not supported " + at(6, 1)},
+      {"TP\n1<1\nPL\n", "there is no transition 1 " + at(2, 1)},
   };
-  for (const auto& row : rows) {
-    const NetReading reading = read_ll_net(row.text);
-    EXPECT_FALSE(reading.net) << row.text;
-    EXPECT_EQ(reading.messages, row.message) << row.text;
-  }
+  expect_faults(rows, NetFormat::ll_net);
 }
 
 }  // namespace

@@ -87,20 +87,5 @@ TEST(MciReader, OnlyTheEndMarkerMayBeMissing) {
   }
 }
 
-TEST(MciReader, AnStgIsLabelledSortedByTheShortNamesAndGetsInitialValues) {
-  const std::string bytes = support::words({2, 1, 1, 1, 0, 1, 0, 1, 1, 0, 0, 0, 1, 2, 6}) +
-                            support::names({"p", "", "O.a-/1", "i.bb", ""});
-  const auto [prefix, messages] = support::read_bytes(read_mci_stg, bytes);
-  ASSERT_NE(prefix, nullptr);
-  EXPECT_EQ(messages, support::deprecation("*.mci") + "\nWarning: signal bb is dead\n");
-  EXPECT_EQ(support::describe(*prefix),
-            "place p marked 1 <- 1 -> 1\n"
-            "transition bb = bb kind 0 from 0 sign 2 <- ->\n"
-            "transition a-/1 = a kind 1 from 1 sign 1 <- 0 -> 0\n"
-            "condition p <- -> 0\n"
-            "condition p <- 0 ->\n"
-            "event a-/1 <- 0 -> 1\n");
-}
-
 }  // namespace
 }  // namespace vorel::formats

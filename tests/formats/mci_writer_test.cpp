@@ -10,6 +10,8 @@
 #include "oracle/reference_unfolder.h"
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
+#include "support/run_program.h"
+#include "support/seeds.h"
 
 namespace vorel::formats {
 namespace {
@@ -24,38 +26,26 @@ std::string written(const net::PrefixOf<N>& prefix) {
 }
 
 TEST(MciWriter, RandomPrefixesAreReadBackTheSame) {
-  for (std::uint64_t seed = 0; seed < 100; ++seed) {
+  support::for_each_seed(100, [&](std::uint64_t seed) {
     auto prefix = oracle::unfold(oracle::random_net(seed), 500);
-    if (!prefix) continue;
+    if (!prefix) return;
     const auto again = support::read_bytes(read_mci_net, written(*prefix)).process;
     ASSERT_NE(again, nullptr) << "seed " << seed;
     support::forget_arcs_of_dead_transitions(*prefix);
     EXPECT_EQ(support::describe(*again), support::describe(*prefix)) << "seed " << seed;
-  }
-}
-
-TEST(MciWriter, TheBytesAreThoseOfTheFormat) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  auto& p = b.condition("p");
-  auto& q = b.condition("qq");
-  b.event("t", {&p}, {&q}).cut_off.set_correspondents({});
-  EXPECT_EQ(written(b.finish()),
-            support::words({2, 1, 1, 1, 0, 1, 0, 2, 1, 0, 1, 0, 0, 0, 2, 1, 2}) +
-                support::names({"p", "qq", "", "t", ""}));
+  });
 }
 
 TEST(MciWriter, TheExampleIsWrittenBackByteForByte) {
-  const std::string bytes = support::example_bytes("philosophers4.mci");
+  const std::string bytes = support::read_text(support::example("philosophers4.mci"));
   EXPECT_EQ(written(*support::read_bytes(read_mci_net, bytes).process), bytes);
 }
 
 TEST(MciWriter, SeveralCorrespondentsBecomeAnUnknownOne) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  auto& p = b.condition("p");
-  auto& t = b.event("t", {&p}, {});
-  auto& u = b.event("u", {&p}, {});
+  const auto prefix = support::process_from<net::NetPrefix>("t: p ->; u: p ->");
+  auto &t = *prefix->events[0], &u = *prefix->events[1];
   u.cut_off.set_correspondents(std::array{&t, &u});
-  const auto again = support::read_bytes(read_mci_net, written(b.finish())).process;
+  const auto again = support::read_bytes(read_mci_net, written(*prefix)).process;
   ASSERT_NE(again, nullptr);
   EXPECT_TRUE(again->events[1]->cut_off.is_unknown());
 }
@@ -73,16 +63,6 @@ TEST(MciWriter, AnStgIsWrittenWithItsKindsAndReadBackTheSame) {
   ASSERT_TRUE(write_stg_mci(*prefix, stream));
   EXPECT_EQ(stream.str(), bytes);
   EXPECT_EQ(prefix->transitions[1]->name, "x+");
-}
-
-TEST(MciWriter, AFailingStreamIsAnError) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  b.condition("p");
-  const net::NetPrefix& prefix = b.finish();
-  std::ofstream full("/dev/full");
-  const support::CaughtMessages messages;
-  EXPECT_FALSE(write_mci(prefix, full));
-  EXPECT_EQ(messages.text(), support::deprecation("*.mci") + "\nError: cannot write a file\n");
 }
 
 TEST(MciWriter, ANameThatTheFormatCannotHoldIsAnErrorRatherThanAnotherNet) {

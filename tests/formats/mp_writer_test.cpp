@@ -9,6 +9,8 @@
 #include "oracle/reference_unfolder.h"
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
+#include "support/run_program.h"
+#include "support/seeds.h"
 
 namespace vorel::formats {
 namespace {
@@ -34,27 +36,26 @@ void expect_same_when_read(const N& net, Reader reader) {
 }
 
 TEST(MpWriter, RandomMergedProcessesAreReadBackTheSame) {
-  for (std::uint64_t seed = 0; seed < 40; ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(40, [&](std::uint64_t seed) {
     expect_same_when_read(oracle::random_net(seed), read_mp_net);
     expect_same_when_read(oracle::random_stg(seed, {.dummies = true}), read_mp_stg);
-  }
+  });
 }
 
 TEST(MpWriter, TheExampleIsWrittenBackByteForByte) {
-  const std::string bytes = support::example_bytes("philosophers4.mp");
+  const std::string bytes = support::read_text(support::example("philosophers4.mp"));
   EXPECT_EQ(written(*support::read_bytes(read_mp_net, bytes).process), bytes);
 }
 
 TEST(MpWriter, WhatTheFormatCannotHoldIsAnErrorAndNothingIsWritten) {
-  support::ProcessBuilder<net::NetMergedProcess> line_feed, deep_token, empty_preset;
+  support::ProcessBuilder<net::NetMergedProcess> line_feed;
   line_feed.condition("a\nb", 1);
-  deep_token.condition("p", 1, 2);
-  empty_preset.event("t", {}, {&empty_preset.condition("p")});
+  const auto deep_token = support::process_from<net::NetMergedProcess>("marked p'");
+  const auto empty_preset = support::process_from<net::NetMergedProcess>("t: -> p");
   const std::pair<const net::NetMergedProcess*, std::string> rows[] = {
       {&line_feed.finish(), "a line feed is in the name \"a\nb\""},
-      {&deep_token.finish(), "c0 is marked at depth 2"},
-      {&empty_preset.finish(), "e0 has an empty preset"}};
+      {deep_token.get(), "c0 is marked at depth 2"},
+      {empty_preset.get(), "e0 has an empty preset"}};
   for (const auto& [process, reason] : rows) {
     const support::CaughtMessages messages;
     std::ostringstream stream;

@@ -2,10 +2,13 @@
 // Here:      reading a text with its messages caught, a net as one line to compare.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "formats/net_file.h"
 #include "support/legacy_files.h"
@@ -73,6 +76,30 @@ inline NetReading read_text(const std::string& text, NetFormat format) {
   const support::CaughtMessages messages;
   auto net = read_net_text(text, format, "FILE");
   return {std::move(net), without_empty_lines(messages.text())};
+}
+
+// What a text is read as, and what is said of it.
+struct ReadingRow {
+  const char* what;
+  std::string text, description, messages = {};
+};
+
+inline void expect_readings(const std::vector<ReadingRow>& rows, NetFormat format) {
+  for (const ReadingRow& row : rows) {
+    const NetReading reading = read_text(row.text, format);
+    EXPECT_EQ(reading.description(), row.description) << row.what;
+    EXPECT_EQ(reading.messages, row.messages) << row.what;
+  }
+}
+
+// Texts that are refused, each with the error that tells why.
+inline void expect_faults(const std::vector<std::pair<std::string, std::string>>& rows,
+                          NetFormat format) {
+  for (const auto& [text, error] : rows) {
+    const NetReading reading = read_text(text, format);
+    EXPECT_FALSE(reading.net) << text;
+    EXPECT_EQ(reading.messages, "Error: " + error) << text;
+  }
 }
 
 // "(file FILE, line L, column C)"

@@ -24,28 +24,17 @@ TEST(PnmlErrors, OfTheWholeDocument) {
       {"<pnml>", "syntax error in an XML file: unexpected end of data ()"},
       {"pnml", "syntax error in an XML file: expected < (pnml)"},
       {"<pnml><net></pnml>", "syntax error in an XML file: invalid closing tag name (>)"},
+      {support::net_prefix_text + '\0' + "<pnml/>",
+       "syntax error in an XML file: zero byte at offset " +
+           std::to_string(support::net_prefix_text.size()) + " ()"},
+      {"x" + std::string(100000, 'y'),
+       "syntax error in an XML file: expected < (x" + std::string(4095, 'y') + "...)"},
   };
   for (const auto& [text, message] : table) {
     const auto result = support::read_document(text);
     EXPECT_EQ(result.input, nullptr);
     EXPECT_EQ(result.messages, error(message));
   }
-}
-
-TEST(PnmlErrors, AZeroByteIsNotTakenForTheEnd) {
-  std::string text = support::net_prefix_text;
-  text.push_back('\0');
-  text += "<pnml/>";
-  const auto result = support::read_document(text);
-  EXPECT_EQ(result.input, nullptr);
-  EXPECT_EQ(result.messages, error("syntax error in an XML file: zero byte at offset " +
-                                   std::to_string(support::net_prefix_text.size()) + " ()"));
-}
-
-TEST(PnmlErrors, TheExcerptOfALongTextIsCut) {
-  const auto result = support::read_document("x" + std::string(100000, 'y'));
-  EXPECT_EQ(result.messages,
-            error("syntax error in an XML file: expected < (x" + std::string(4095, 'y') + "...)"));
 }
 
 // Each kind of fault once, though most can occur in several elements.

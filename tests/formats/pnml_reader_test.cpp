@@ -35,15 +35,6 @@ TEST(PnmlReader, ReadsAPrefixOfAnStg) {
             "event d <- 1 -> 2\n");
 }
 
-TEST(PnmlReader, ReadsAMergedProcess) {
-  EXPECT_EQ(support::describe(support::read_as<net::NetMergedProcess>(support::net_merged_text)),
-            "place p marked 1 <- 0 -> 0\n"
-            "transition t <- 0 -> 0\n"
-            "condition p depth 1 marked 1 <- -> 0\n"
-            "condition p depth 2 marked 0 <- 0 ->\n"
-            "event t <- 0 -> 1 cut-off\n");
-}
-
 TEST(PnmlReader, AShapeTakesItsOwnKindsOnly) {
   const std::string types[] = {"branching_process:low_level_net",
                                "branching_process:STG",

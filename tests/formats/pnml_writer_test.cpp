@@ -15,6 +15,7 @@
 #include "support/legacy_files.h"
 #include "support/process_builder.h"
 #include "support/run_program.h"
+#include "support/seeds.h"
 
 namespace vorel::formats {
 namespace {
@@ -82,23 +83,19 @@ TYPED_TEST(PnmlWriterOf, AZeroByteInANameIsAnErrorAndNothingIsWritten) {
 }
 
 TEST(PnmlWriter, TheFiveCasesOfCutOffsAreReadBack) {
-  support::ProcessBuilder<net::NetPrefix> b;
-  for (const char* name : {"a", "b", "c", "d", "e"}) b.event(name, {&b.condition(name)}, {});
-  auto& events = b.process->events;
+  const auto prefix =
+      support::process_from<net::NetPrefix>("a: a ->; b: b ->; c: c ->; d: d ->; e: e ->");
+  const auto& events = prefix->events;
   events[1]->cut_off.set_correspondents({});
   events[2]->cut_off.set_unknown();
   events[3]->cut_off.set_correspondents(std::array{events[0].get()});
   events[4]->cut_off.set_correspondents(std::array{events[2].get(), events[0].get()});
-  expect_same_when_read(b.finish());
+  expect_same_when_read(*prefix);
 }
 
 // All that the format knows of a merged process, and its letters.
 TEST(PnmlWriter, TheTextIsThatOfTheFormat) {
-  support::ProcessBuilder<net::NetMergedProcess> b;
-  auto& p = b.condition("p", 1);
-  auto& q = b.condition("q", 0, 2);
-  b.event("t", {&p}, {&q}, true);
-  EXPECT_EQ(written(b.finish()),
+  EXPECT_EQ(written(*support::process_from<net::NetMergedProcess>("marked p; t!: p -> q'")),
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
             "<pnml>\n<net id=\"process\" type=\"merged_process:low_level_net\">\n"
             "<original_net>\n<net id=\"original\" type=\"low_level_net\">\n<page>\n"
@@ -138,12 +135,11 @@ TEST(PnmlWriter, ConditionsLeftOutAfterCutOffsGetNumbersBehindTheOthers) {
 }
 
 TEST(PnmlWriter, RandomPrefixesAndTheirMergedProcessesAreReadBack) {
-  for (std::uint64_t seed = 0; seed < 40; ++seed) {
+  support::for_each_seed(40, [&](std::uint64_t seed) {
     const auto prefix = oracle::unfold(oracle::random_net(seed), 500);
     net::Stg stg = oracle::random_stg(seed, {.dummies = seed % 2 == 0, .toggles = seed % 3 == 0});
     ASSERT_TRUE(oracle::assign_initial_values(stg));
     const auto stg_prefix = oracle::unfold(stg, 500);
-    SCOPED_TRACE(seed);
     if (prefix) {
       expect_same_when_read(*prefix);
       expect_same_when_read(oracle::merge(*prefix));
@@ -152,34 +148,7 @@ TEST(PnmlWriter, RandomPrefixesAndTheirMergedProcessesAreReadBack) {
       expect_same_when_read(*stg_prefix);
       expect_same_when_read(oracle::merge(*stg_prefix));
     }
-  }
-}
-
-TEST(PnmlWriter, TheExamplesAreReadBack) {
-  int read = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(support::example(""))) {
-    if (entry.path().extension() != ".pnml") continue;
-    const support::CaughtMessages warnings;
-    const auto variant = read_pnml<net::FullVariant>(entry.path());
-    ASSERT_NE(variant, nullptr) << entry.path();
-    std::visit([](const auto& process) { expect_same_when_read(process); }, *variant);
-    ++read;
-  }
-  EXPECT_GT(read, 10);
-}
-
-TEST(PnmlWriter, AFileIsCompressedIfItsNameSaysSo) {
-  const support::TemporaryFolder folder;
-  const auto prefix = oracle::unfold(oracle::random_net(1));
-  ASSERT_TRUE(prefix);
-  for (const char* name : {"x.pnml", "x.pnml.gz"}) {
-    ASSERT_TRUE(save_pnml(*prefix, folder.path(name)));
-    const support::CaughtMessages warnings;
-    EXPECT_EQ(description_of<net::NetPrefix>(read_pnml<net::FullVariant>(folder.path(name))),
-              support::describe(*prefix));
-  }
-  EXPECT_EQ(support::read_text(folder.path("x.pnml")), written(*prefix));
-  EXPECT_TRUE(support::read_text(folder.path("x.pnml.gz")).starts_with("\x1f\x8b"));
+  });
 }
 
 // More than any buffer holds, so that writing fails in the middle and not only at the end.
@@ -190,16 +159,10 @@ TEST(PnmlWriter, AFileThatCannotBeWrittenIsAnErrorAndLeavesNothingBehind) {
   const net::NetPrefix& prefix = b.finish();
   std::filesystem::create_symlink("/dev/full", folder.path("full.pnml"));
   std::filesystem::create_symlink("/dev/full", folder.path("full.pnml.gz"));
-  const std::string absent = folder.path("absent/x.pnml");
-  const std::pair<std::string, std::string> rows[] = {
-      {folder.path("full.pnml"), "\nError: cannot write a file\n"},
-      {folder.path("full.pnml.gz"), "\nError: cannot write a file\n"},
-      {absent, "\nError: cannot open \"" + absent + "\" for output\n"},
-      {absent + ".gz", "\nError: cannot open \"" + absent + ".gz\" for output\n"}};
-  for (const auto& [name, error] : rows) {
+  for (const char* const name : {"full.pnml", "full.pnml.gz"}) {
     const support::CaughtMessages messages;
-    EXPECT_FALSE(save_pnml(prefix, name)) << name;
-    EXPECT_EQ(messages.text(), error) << name;
+    EXPECT_FALSE(save_pnml(prefix, folder.path(name))) << name;
+    EXPECT_EQ(messages.text(), "\nError: cannot write a file\n") << name;
   }
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2);
 }

@@ -27,11 +27,8 @@ std::string without_style(std::string text) {
 }
 
 TEST(PrefixDot, AnStgIsDrawnWithTheColoursOfItsSignals) {
-  support::ProcessBuilder<net::StgPrefix> b;
-  auto &p = b.condition("p"), &q = b.condition("q"), &r = b.condition("r");
-  b.event("i.a+", {&p}, {&q, &r});
-  b.event("x-", {&q}, {&b.condition("p")}, true);
-  EXPECT_EQ(without_style(drawn(b.finish())),
+  const auto prefix = support::process_from<net::StgPrefix>("i.a+: p -> q r; x-!: q -> p'");
+  EXPECT_EQ(without_style(drawn(*prefix)),
             "digraph prefix {\n"
             "  // Boxes are events, dashed for cut-offs. A condition is an arc between its two "
             "neighbours\n"

@@ -4,6 +4,7 @@
 
 #include "base/messages.h"
 #include "fuzz/fuzzing.h"
+#include "support/gate_text.h"
 #include "toolkit/genlib_reader.h"
 
 namespace vorel::fuzzing {
@@ -16,31 +17,16 @@ std::string written(const std::string& name) {
   return name.find('"') == std::string::npos ? '"' + name + '"' : name;
 }
 
-struct TextAlgebra {
-  const toolkit::LibraryGate& gate;
-  std::string constant(bool value) const { return value ? "CONST1" : "0"; }
-  std::string pin(std::uint32_t p) const { return written(gate.pins[p]); }
-  std::string negation(const std::string& a) const { return "!" + a; }
-  std::string conjunction(const std::string& a, const std::string& b) const {
-    return "(" + a + "*" + b + ")";
-  }
-  std::string disjunction(const std::string& a, const std::string& b) const {
-    return "(" + a + "+" + b + ")";
-  }
-  std::string exclusive_or(const std::string& a, const std::string& b) const {
-    return "(" + a + "^" + b + ")";
-  }
-};
-
 std::string text_of(const toolkit::LibraryGate& gate) {
+  std::vector<std::string> pins;
+  for (const std::string& pin : gate.pins) pins.push_back(written(pin));
   const bool is_latch = gate.gate_class != toolkit::GateClass::combinational;
   std::string text = (is_latch ? "LATCH " : "GATE ") + written(gate.name) +
                      base::format_message(" %.17g ", gate.area) + written(gate.output) + "=" +
-                     toolkit::value_of<std::string>(gate.function, TextAlgebra{gate}) + ";";
-  for (const std::string& pin : gate.pins) text += "PIN " + written(pin) + " INV 1 2 3 4 5 6 ";
+                     support::text_of(gate.function, pins) + ";";
+  for (const std::string& pin : pins) text += "PIN " + pin + " INV 1 2 3 4 5 6 ";
   if (is_latch) {
-    text += "SEQ " + written(gate.output) + " " +
-            (gate.has_feedback ? written(gate.pins.back()) : "ANY") +
+    text += "SEQ " + written(gate.output) + " " + (gate.has_feedback ? pins.back() : "ANY") +
             (gate.gate_class == toolkit::GateClass::clocked_latch ? " ACTIVE_LOW " : " ASYNCH ");
   }
   return text + "\n";

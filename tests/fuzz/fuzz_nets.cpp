@@ -10,30 +10,11 @@
 namespace vorel::fuzzing {
 namespace {
 
-template <class List, class Node>
-bool contains(const List& list, const Node* node) {
-  return std::ranges::find(list, node) != list.end();
-}
-
-// Numbers are positions, names are unique, arcs are known at both ends and only once.
+// All else that a net promises, the readers assert themselves.
 template <class List>
-void require_sound_nodes(const List& list) {
+void require_unique_names(const List& list) {
   std::set<std::string_view> names;
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    const auto& node = *list[i];
-    require(node.index == i && names.insert(node.name).second);
-    for (const auto* before : node.preset) require(contains(before->postset, &node));
-    for (const auto* after : node.postset) require(contains(after->preset, &node));
-    require(std::ranges::adjacent_find(node.preset) == node.preset.end());
-    require(std::ranges::adjacent_find(node.postset) == node.postset.end());
-  }
-}
-
-template <class N>
-void require_sound(const N& net) {
-  require_sound_nodes(net.places);
-  require_sound_nodes(net.transitions);
-  for (const auto& place : net.places) require(place->initial_marking <= 1);
+  for (const auto& node : list) require(names.insert(node->name).second);
 }
 
 // Written with the names that it has, without those of implicit places.
@@ -73,7 +54,8 @@ void fuzz_nets(const std::string& bytes) {
   if (!net) return;
   std::visit(
       [](const auto& n) {
-        require_sound(n);
+        require_unique_names(n.places);
+        require_unique_names(n.transitions);
         try_g_round_trip(n);
       },
       *net);

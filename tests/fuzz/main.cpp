@@ -5,7 +5,7 @@
 #include "fuzz/fuzzing.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const vorel::CaughtMessages ignored;
+  const vorel::support::CaughtMessages ignored;
   vorel::fuzzing::FUZZ_TARGET(std::string(reinterpret_cast<const char*>(data), size));
   return 0;
 }

@@ -12,29 +12,22 @@ namespace vorel::net {
 namespace {
 
 template <Process P>
-std::string check(const support::ProcessBuilder<P>& builder, bool expected) {
+std::string check(const P& process, bool expected) {
   const support::CaughtMessages messages;
-  EXPECT_EQ(passes_sanity_checks(*builder.process), expected);
+  EXPECT_EQ(passes_sanity_checks(process), expected);
   return messages.text();
 }
 
 // Passes if no error is expected.
 template <Process P>
-void expect_error(const support::ProcessBuilder<P>& builder, const char* error) {
-  const std::string messages = check(builder, error == nullptr);
+void expect_error(const P& process, const char* error) {
+  const std::string messages = check(process, error == nullptr);
   if (error == nullptr) return;
   EXPECT_TRUE(messages.starts_with(std::string("\nError: ") + error + "\n")) << messages;
 }
 
 TEST(SanityChecks, ASoundPrefixPassesWithoutAWord) {
-  support::ProcessBuilder<NetPrefix> b;
-  auto& p = b.condition("p");
-  auto& q = b.condition("q");
-  auto& p2 = b.condition("p");
-  b.event("t", {&p}, {&q});
-  b.event("u", {&q}, {&p2}, true);
-  b.finish();
-  EXPECT_EQ(check(b, true), "");
+  EXPECT_EQ(check(*support::process_from<NetPrefix>("t: p -> q; u!: q -> p'"), true), "");
 }
 
 TEST(SanityChecks, ContradictingLinksRefuseSilentlyButForANoteToThoseWhoAsk) {
@@ -47,14 +40,11 @@ TEST(SanityChecks, ContradictingLinksRefuseSilentlyButForANoteToThoseWhoAsk) {
       [](Condition& p, Condition& q, Event&) { std::swap(p.index, q.index); },
   };
   for (const auto damage : damages) {
-    support::ProcessBuilder<NetMergedProcess> b;
-    auto &p = b.condition("p", 1), &q = b.condition("q");
-    auto& e = b.event("t", {&p}, {&q});
-    b.finish();
-    damage(p, q, e);
-    const std::string silent = check(b, false);
+    const auto process = support::process_from<NetMergedProcess>("marked p; t: p -> q");
+    damage(*process->conditions[0], *process->conditions[1], *process->events[0]);
+    const std::string silent = check(*process, false);
     base::run_state().verbosity = 1;
-    const std::string asked = check(b, false);
+    const std::string asked = check(*process, false);
     base::run_state().verbosity = 0;
     EXPECT_EQ(asked, "\nthe input is not read: its links contradict each other\n" + silent);
     EXPECT_EQ(silent.find("Error"), std::string::npos);
@@ -62,42 +52,22 @@ TEST(SanityChecks, ContradictingLinksRefuseSilentlyButForANoteToThoseWhoAsk) {
 }
 
 TEST(SanityChecks, ACausalCycleOfAPrefixIsRefusedWithItsEvents) {
-  support::ProcessBuilder<NetPrefix> b;
-  auto& i = b.condition("i");
-  auto& o = b.condition("o");
-  auto& p = b.condition("p");
-  auto& q = b.condition("q");
-  b.event("s", {&i}, {&o});
-  b.event("t", {&p}, {&q});
-  b.event("u", {&q}, {&p});
-  b.finish();
-  EXPECT_EQ(check(b, false),
+  EXPECT_EQ(check(*support::process_from<NetPrefix>("s: i -> o; t: p -> q; u: q -> p"), false),
             "\nError: the prefix contains 2 event(s) on or after a causal cycle: e1, e2\n");
 }
 
 TEST(SanityChecks, AnEventThatDisagreesWithItsTransitionIsRefused) {
-  const struct {
-    const char *consumed, *produced;  // by the second event of t, the first one goes from p to r
-    bool produces, is_cut_off;
-    const char* message;
-  } rows[] = {
-      {"q", "r", true, false, "event e1 does not consume from the places of its transition t"},
-      {"p", "q", true, false, "event e1 does not produce on the places of its transition t"},
-      {"p", "q", true, true, "event e1 does not produce on the places of its transition t"},
-      {"p", "", false, false, "event e1 does not produce on the places of its transition t"},
-      {"p", "", false, true, nullptr},  // what a cut-off produces may have been left out
+  const std::string consumes = "event e1 does not consume from the places of its transition t",
+                    produces = "event e1 does not produce on the places of its transition t";
+  const std::pair<const char*, const char*> rows[] = {
+      {"t: p -> r; t: q -> r'", consumes.c_str()},
+      {"t: p -> r; t: p' -> q", produces.c_str()},
+      {"t: p -> r; t!: p' -> q", produces.c_str()},
+      {"t: p -> r; t: p' ->", produces.c_str()},
+      {"t: p -> r; t!: p' ->", nullptr},  // what a cut-off produces may have been left out
   };
-  for (const auto& row : rows) {
-    support::ProcessBuilder<NetPrefix> b;
-    b.event("t", {&b.condition("p")}, {&b.condition("r")});
-    auto& consumed = b.condition(row.consumed);
-    if (row.produces) {
-      b.event("t", {&consumed}, {&b.condition(row.produced)}, row.is_cut_off);
-    } else {
-      b.event("t", {&consumed}, {}, row.is_cut_off);
-    }
-    b.finish();
-    expect_error(b, row.message);
+  for (const auto& [text, error] : rows) {
+    expect_error(*support::process_from<NetPrefix>(text), error);
   }
 }
 
@@ -123,41 +93,26 @@ TEST(SanityChecks, OccurrencesOfAPlaceThatAreOutOfOrderAreRefused) {
     NetMergedProcess::Condition* c[3];
     for (int i = 0; i < 3; ++i) c[i] = &b.condition("p", row.marked == i, row.depths[i]);
     b.event("t", {c[0]}, {c[1]});
-    b.finish();
-    expect_error(b, row.message);
+    expect_error(b.finish(), row.message);
   }
 }
 
 TEST(SanityChecks, EmptyPresetsAndUnsafeMarkingsAreErrorsAndTheOtherChecksStillRun) {
-  support::ProcessBuilder<NetMergedProcess> b;
-  auto& p = b.condition("p", 2);
-  auto& q = b.condition("q");
-  auto& r = b.condition("r", 1);
-  b.condition("alone", 3);
-  b.event("t", {}, {&q});
-  b.event("u", {&p}, {});
-  b.event("v", {&r}, {});
-  b.event("w", {}, {});
-  b.finish();
-  EXPECT_EQ(check(b, false),
-            "\nError: the initial marking is not safe: place(s) c0, c3\n"
+  const auto process = support::process_from<NetMergedProcess>(
+      "marked p p r alone alone alone; t: -> q; u: p ->; v: r ->; w: ->");
+  EXPECT_EQ(check(*process, false),
+            "\nError: the initial marking is not safe: place(s) c0, c2\n"
             "\nError: the net contains 2 transition(s) with empty preset: e0, e3\n"
             "\nWarning: the net contains 3 transition(s) with empty postset: e1, e2, e3\n"
             "\nWarning: *T<T* for transition e0; the net may be unbounded\n"
             "\nWarning: *T=T* for transition e3; |*T|=0\n"
-            "\nWarning: the net contains 1 isolated place(s): c3\n");
+            "\nWarning: the net contains 1 isolated place(s): c2\n");
 }
 
 TEST(SanityChecks, SelfLoopsAndPlacesWithoutRealProducersAreWarnedOf) {
-  support::ProcessBuilder<NetMergedProcess> b;
-  auto& p = b.condition("p", 1);
-  auto& q = b.condition("q");
-  b.event("t", {&p}, {&p});
-  b.event("u", {&p}, {&p, &q});
-  auto& r = b.condition("r");
-  b.event("v", {&q, &r}, {&r});
-  b.finish();
-  EXPECT_EQ(check(b, true),
+  const auto process =
+      support::process_from<NetMergedProcess>("marked p; t: p -> p; u: p -> p q; v: q r -> r");
+  EXPECT_EQ(check(*process, true),
             "\nWarning: *T=T* for transition e0; |*T|=1\n"
             "\nWarning: *T<T* for transition e1; the net may be unbounded\n"
             "\nWarning: the net contains 1 unmarked place(s) with no producing arcs: c2\n");

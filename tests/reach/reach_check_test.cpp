@@ -179,18 +179,16 @@ class Comparison {
 
 template <class Make>
 Tally compare_on_seeds(Make make, configuration::Enabledness enabledness) {
-  const auto [first, end] = support::seeds(40);
   testing::internal::CaptureStderr();  // prefixes without cut-offs are warned of
   testing::internal::CaptureStdout();  // trivial cases are told
   Tally tally;
-  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+  support::for_each_seed(40, [&](std::uint64_t seed) {
     Comparison comparison(make(seed), enabledness);
     if constexpr (std::is_same_v<decltype(make(seed)), net::Stg>) {
       if (enabledness == configuration::Enabledness::via_dummies &&
           configuration::has_dummy_cutoffs(comparison.prefix())) {
         ++tally.unreliable;
-        continue;
+        return;
       }
       const bool hides = comparison.hides_states();
       tally.hidden += hides ? 1 : 0;
@@ -201,7 +199,7 @@ Tally compare_on_seeds(Make make, configuration::Enabledness enabledness) {
     for (std::uint64_t i = 0; i < 6 && !testing::Test::HasFailure(); ++i) {
       comparison.run(seed * 6 + i, tally);
     }
-  }
+  });
   const std::string out = testing::internal::GetCapturedStdout();
   const std::string messages = testing::internal::GetCapturedStderr();
   if (testing::Test::HasFailure()) std::cerr << out;
@@ -285,15 +283,13 @@ void compare_largest_counts(const N& net, configuration::Enabledness enabledness
 }
 
 TEST(ReachCheck, CountsAsManyAtATimeAsThereAre) {
-  const auto [first, end] = support::seeds(200);
   testing::internal::CaptureStderr();  // prefixes without cut-offs are warned of
   testing::internal::CaptureStdout();  // trivial cases are told
-  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+  support::for_each_seed(200, [&](std::uint64_t seed) {
     compare_largest_counts(oracle::random_net(seed), configuration::Enabledness::direct);
     compare_largest_counts(stg_for(seed, true), configuration::Enabledness::direct);
     compare_largest_counts(stg_for(seed, true), configuration::Enabledness::via_dummies);
-  }
+  });
   testing::internal::GetCapturedStdout();
   testing::internal::GetCapturedStderr();
 }

@@ -33,15 +33,10 @@ TEST(ReachCommand, HoldsTransitionsWithoutEventsForDead) {
 
 // Two events are behind cut-offs, one of which is a dummy: no state enables them.
 TEST(ReachCommand, LooksForNothingBehindACutOff) {
-  support::ProcessBuilder<net::StgPrefix> b;
-  auto& q = b.condition("q");
-  auto& s = b.condition("s");
-  b.event("x+", {&b.condition("p")}, {&q}, true);
-  b.event("y+", {&q}, {&b.condition("p2")});
-  b.event("d.k", {&b.condition("r")}, {&s}, true);
-  b.event("z+", {&s}, {&b.condition("r2")});
+  const auto process =
+      support::process_from<net::StgPrefix>("x+!: p -> q; y+: q -> p2; d.k!: r -> s; z+: s -> r2");
   const support::TemporaryFolder folder;
-  const std::string prefix = folder.write("net.pnml", oracle::pnml_text(b.finish()));
+  const std::string prefix = folder.write("net.pnml", oracle::pnml_text(*process));
   const struct {
     const char* property;
     bool is_reachable;

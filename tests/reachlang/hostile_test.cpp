@@ -79,9 +79,6 @@ TEST_F(HostileText, IsRefusedWhereItIsNestedTooDeeply) {
                        {"1 + ", "1 = 1", "", true},
                        {"", "1 = 1", " - 1", true},
                        {"", "1 = 1", " * 1", true},
-                       {"", "1 = 1", " / 1", true},
-                       {"", "1 = 1", " % 2", true},
-                       {"", "PLACES = PLACES", " * PLACES", true},
                        {"", "PLACES = PLACES", " \\ PLACES", true}};
   for (const Row& row : table) {
     for (const std::size_t depth : {100u, 1900u, 10'000u, 100'000u}) {

@@ -5,15 +5,10 @@
 namespace vorel::sat {
 namespace {
 
-// Each half of a definition forbids one value of the output, where the function has the other.
 void expect_defined(FormulaOf& f, Lit output, const Gate& gate, Polarity polarity) {
-  for (Assignment a = 0; a < f.assignment_count(); ++a) {
-    const bool value = gate_value(gate, a);
-    ASSERT_TRUE(f.possible(a, output ^ !value)) << to_string(gate) << " for " << a;
-    const bool forbidden = polarity == 0 || (polarity > 0) == !value;
-    ASSERT_EQ(f.possible(a, output ^ value), !forbidden)
-        << to_string(gate) << " for " << a << " with polarity " << polarity;
-  }
+  SCOPED_TRACE(to_string(gate));
+  expect_literal(
+      f, output, polarity, [&](Assignment a) { return gate_value(gate, a); }, true);
 }
 
 TEST(GateDefinition, GatesOverDistinctVariablesFollowTheirFunction) {

@@ -8,8 +8,6 @@
 #include "sat/alternatives.h"
 #include "sat/core_guided.h"
 #include "sat/enumeration.h"
-#include "sat/integer_circuit.h"
-#include "sat/least_cost.h"
 #include "sat/sat_testing.h"
 #include "support/seeds.h"
 
@@ -165,74 +163,14 @@ TEST(Enumeration, RequiredCubesAreEachMetSomewhere) {
   for (Assignment a = 0; a < 8; ++a) EXPECT_EQ(f.possible(a), (a & 2) == 0 && (a & 5) != 4) << a;
 }
 
-struct CostSearch {
-  std::uint64_t least = 0;
-  std::size_t solves = 0, bits = 0;
-};
-
-// As an engine does it: a first model, then the descent.
-CostSearch least_cost(CnfFormula& formula, const Lits& bits) {
-  CostSearch search{.bits = bits.size()};
-  std::vector<bool> values(bits.size());
-  std::uint64_t previous = no_limit;
-  const auto record = [&] {
-    search.least = IntegerCircuit(formula).model_value(bits);
-    EXPECT_LE(search.least, previous) << "a stored solution is never worse than the one before";
-    previous = search.least;
-  };
-  const Resolve resolve = [&](std::span<const Lit> cost, std::vector<bool>& cost_values) {
-    ++search.solves;
-    return resolve_cost(formula, cost, cost_values, record);
-  };
-  EXPECT_TRUE(resolve(bits, values));
-  minimise_cost(formula, bits, values, resolve);
-  std::uint64_t value = 0;
-  for (std::size_t i = 0; i < bits.size(); ++i) value |= std::uint64_t{values[i]} << i;
-  EXPECT_EQ(value, search.least);
-  return search;
-}
-
-// Costs are weighted sums, or any literals: constants, copies and complements among the bits.
-void check_least_cost(Random& random, bool weighted) {
-  RandomFormula f(random, 7, 10 + random.below(12));
-  Lits bits = random_lits(random, f.inputs, 1 + random.below(6));
-  const Lits literals = bits;
-  std::vector<std::uint64_t> weights;
-  for (std::size_t i = 0; i < literals.size(); ++i)
-    weights.push_back(weighted ? random.below(20) : std::uint64_t{1} << i);
-  if (weighted) {
-    std::vector<Lits> numbers;
-    for (const Lit lit : literals) numbers.push_back({lit});
-    bits = IntegerCircuit(f.formula).weighted_sum(weights, numbers, PermanentGroup);
-    if (random.below(3) == 0) bits.push_back(LitFalse);
-  }
-  std::uint64_t least = no_limit;
-  for (Assignment a = 0; a < f.assignment_count(); ++a) {
-    if (!f.is_model(a)) continue;
-    std::uint64_t cost = 0;
-    for (std::size_t i = 0; i < literals.size(); ++i)
-      if (holds(literals[i], a)) cost += weights[i];
-    least = std::min(least, cost);
-  }
-  if (least == no_limit) return;
-  const CostSearch search = least_cost(f.formula, bits);
-  EXPECT_EQ(search.least, least);
-  EXPECT_LE(search.solves, search.bits + 1);
-}
-
-TEST(LeastCost, DescentEndsAtTheMinimum) {
-  Random random(53);
-  for (int round = 0; round < 450; ++round) check_least_cost(random, round % 3 == 0);
-}
-
 // Few weights make large plateaus; literals stand more than once, and with their complements.
 void check_core_guided(Random& random, int solver) {
   const bool is_hard = random.chance(50);
   RandomFormula f(random, 10, random.below(is_hard ? 45 : 15), solver);
-  const std::uint32_t most = random.chance(50) ? 3 : 30;
+  const std::uint32_t most = std::array{1, 3, 30}[random.below(3)];
   std::vector<WeightedLit> cost;
   for (std::uint32_t i = random.below(16); i > 0; --i)
-    cost.push_back({random_lit(random, f.inputs), random.below(most)});
+    cost.push_back({random_lit(random, f.inputs), most == 1 ? 1 : random.below(most)});
   for (std::uint32_t v = 0; v < f.inputs && random.chance(70); ++v)
     cost.push_back({lit_of(v) ^ random.chance(20), 1 + random.below(most)});
   const auto cost_of = [&](Assignment a) {
@@ -302,21 +240,17 @@ void check_many_choices(Random& random, int solver) {
 }
 
 TEST(CoreGuided, AddsUpManyChoices) {
-  const auto [first, end] = support::seeds(10);
-  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(10, [&](std::uint64_t seed) {
     Random random(seed);
     check_many_choices(random, static_cast<int>(seed % 2));
-  }
+  });
 }
 
 TEST(CoreGuided, EndsAtTheMinimum) {
-  const auto [first, end] = support::seeds(1000);
-  for (std::uint64_t seed = first; seed < end && !HasFailure(); ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(1000, [&](std::uint64_t seed) {
     Random random(seed);
     check_core_guided(random, static_cast<int>(seed % 2));
-  }
+  });
 }
 
 }  // namespace

@@ -3,10 +3,8 @@
 // compare.
 #pragma once
 
-#include <fstream>
 #include <initializer_list>
 #include <istream>
-#include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -30,11 +28,6 @@ inline std::string names(std::initializer_list<std::string> values) {
   std::string bytes;
   for (const std::string& value : values) bytes.append(value).push_back('\0');
   return bytes;
-}
-
-inline std::string example_bytes(const std::string& name) {
-  std::ifstream file(std::string(VOREL_EXAMPLES) + "/" + name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 inline std::string deprecation(const std::string& format) {

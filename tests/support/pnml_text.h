@@ -110,13 +110,6 @@ PnmlResult<Shape> read_document(const std::string& text) {
   return {std::move(input), messages.text()};
 }
 
-template <class Shape = net::FullVariant>
-PnmlResult<Shape> read_file(const std::string& file_name) {
-  const CaughtMessages messages;
-  auto input = formats::read_pnml<Shape>(file_name);
-  return {std::move(input), messages.text()};
-}
-
 // The process of a text that has to be of this kind, with no messages but these.
 template <net::Process P>
 P read_as(const std::string& text, const std::string& messages = "") {

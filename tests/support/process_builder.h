@@ -2,8 +2,11 @@
 // One line of C++ per condition or event; names decide identity of places, transitions, signals.
 #pragma once
 
+#include <algorithm>
 #include <initializer_list>
+#include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "net/net.h"
@@ -79,5 +82,44 @@ class ProcessBuilder {
     net::sort_signals(*process);
   }
 };
+
+// "marked p; t: p -> q; u!: q r -> p'; s": events with the names of their transitions, "!" behind
+// that of a cut-off, and conditions alone. A prime makes another condition of a place, in a merged
+// process that of the next depth; the tokens of one are told by "marked", once for each.
+template <net::Process P>
+std::unique_ptr<P> process_from(const std::string& text) {
+  ProcessBuilder<P> b;
+  std::map<std::string, typename P::Condition*> known;
+  const auto condition = [&](const std::string& name) -> auto& {
+    const auto primes = std::ranges::count(name, '\'');
+    auto*& c = known[name];
+    if (c == nullptr) {
+      const std::string place = name.substr(0, name.find('\''));
+      c = &b.condition(place, 0, 1 + static_cast<int>(primes));
+    }
+    return *c;
+  };
+  std::istringstream entries(text);
+  for (std::string entry; std::getline(entries, entry, ';');) {
+    std::istringstream words(entry);
+    typename P::Event* event = nullptr;
+    bool is_marked = false, is_behind = false;
+    for (std::string word; words >> word;) {
+      if (word.ends_with(':')) {
+        const bool is_cut_off = word.ends_with("!:");
+        event = &b.event(word.substr(0, word.size() - (is_cut_off ? 2 : 1)), {}, {}, is_cut_off);
+      } else if (word == "marked" || word == "->") {
+        (word == "->" ? is_behind : is_marked) = true;
+      } else {
+        auto& named = condition(word);
+        if (event != nullptr)
+          is_behind ? net::add_link(*event, named) : net::add_link(named, *event);
+        if constexpr (P::is_merged) named.initial_marking += is_marked ? 1 : 0;
+      }
+    }
+  }
+  b.finish();
+  return std::move(b.process);
+}
 
 }  // namespace vorel::support

@@ -1,5 +1,5 @@
 // tests/support/run_program.h - runs a program as a user would, and keeps what it wrote.
-// Here:      arguments, standard input, working directory, environment, limits; a folder for files.
+// Here:      arguments, standard input, working directory, limits; a folder for files.
 // Not here:  messages of the test's own process (support/caught_messages.h, included).
 #pragma once
 
@@ -15,7 +15,6 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "support/caught_messages.h"
@@ -28,12 +27,11 @@ struct ProgramRun {
 };
 
 struct RunOptions {
-  std::string input = {};        // of the program
-  std::string directory = {};    // empty: that of the test
-  std::string output_path = {};  // empty: kept in ProgramRun::out
-  std::string error_path = {};   // empty: kept in ProgramRun::err
-  std::vector<std::pair<std::string, std::string>> environment = {};  // added to that of the test
-  std::size_t address_space = 0;                                      // bytes; 0: unlimited
+  std::string input = {};         // of the program
+  std::string directory = {};     // empty: that of the test
+  std::string output_path = {};   // empty: kept in ProgramRun::out
+  std::string error_path = {};    // empty: kept in ProgramRun::err
+  std::size_t address_space = 0;  // bytes; 0: unlimited
 };
 
 namespace run_program_details {
@@ -66,7 +64,6 @@ inline void limit(int resource, rlim_t value) {
 
 [[noreturn]] inline void become(const std::vector<std::string>& command,
                                 const RunOptions& options) {
-  for (const auto& [name, value] : options.environment) ::setenv(name.c_str(), value.c_str(), 1);
   if (!options.directory.empty() && ::chdir(options.directory.c_str()) != 0) ::_exit(126);
   limit(RLIMIT_CPU, most_seconds);
   limit(RLIMIT_CORE, 0);
@@ -148,6 +145,10 @@ class TemporaryFolder {
   std::string write(const std::string& name, const std::string& text) const {
     std::ofstream(path(name), std::ios::binary) << text;
     return path(name);
+  }
+  // A command of the shell that runs in the folder.
+  ProgramRun shell(const std::string& command) const {
+    return run_program({"/bin/sh", "-c", command}, {.directory = path_});
   }
 
  private:

@@ -2,8 +2,11 @@
 // A test has a number of its own; VOREL_SEEDS and VOREL_FIRST_SEED ask for more, or for others.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 
 namespace vorel::support {
 
@@ -18,6 +21,17 @@ inline Seeds seeds(std::uint64_t usual_count) {
   };
   const std::uint64_t first = number("VOREL_FIRST_SEED", 1);
   return {first, first + number("VOREL_SEEDS", usual_count)};
+}
+
+// Calls check(seed) for each until one fails, and gives their number.
+template <class Check>
+std::uint64_t for_each_seed(std::uint64_t usual_count, Check check) {
+  const auto [first, end] = seeds(usual_count);
+  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    check(seed);
+  }
+  return end - first;
 }
 
 }  // namespace vorel::support

@@ -6,6 +6,7 @@
 
 #include "base/messages.h"
 #include "base/run_state.h"
+#include "support/gate_text.h"
 
 namespace vorel::toolkit {
 namespace {
@@ -24,22 +25,6 @@ Reading read(const std::string& text) {
   return {std::move(gates), testing::internal::GetCapturedStderr()};
 }
 
-struct TextAlgebra {
-  const LibraryGate& gate;
-  std::string constant(bool value) const { return value ? "1" : "0"; }
-  std::string pin(std::uint32_t p) const { return gate.pins[p]; }
-  std::string negation(const std::string& a) const { return "!" + a; }
-  std::string conjunction(const std::string& a, const std::string& b) const {
-    return "(" + a + "*" + b + ")";
-  }
-  std::string disjunction(const std::string& a, const std::string& b) const {
-    return "(" + a + "+" + b + ")";
-  }
-  std::string exclusive_or(const std::string& a, const std::string& b) const {
-    return "(" + a + "^" + b + ")";
-  }
-};
-
 // "nand2 24 O(A B) = !(A*B)"; the feedback of a latch stands behind a ";".
 std::string describe(const LibraryGate& gate) {
   std::string text = gate.name + base::format_message(" %g ", gate.area) + gate.output + "(";
@@ -47,7 +32,7 @@ std::string describe(const LibraryGate& gate) {
     text += (pin == 0 ? "" : " ") + std::string(gate.is_feedback(pin) ? "; " : "") + gate.pins[pin];
   }
   const char* const kinds[] = {"", " asynchronous", " clocked"};
-  return text + ") = " + value_of<std::string>(gate.function, TextAlgebra{gate}) +
+  return text + ") = " + support::text_of(gate.function, gate.pins) +
          kinds[static_cast<std::size_t>(gate.gate_class)];
 }
 
@@ -69,7 +54,7 @@ TEST(GenlibReader, TakesTheFormsInWhichLibrariesArePublished) {
       {"# a comment\nGATE\t\"x:comb\" .5e1 Y = A*B+C' ; # another\r\nPIN * UNKNOWN" + timing,
        "x:comb 5 Y(A B C) = ((A*B)+!C)"},
       {"GATE a(1) 1. O=a b!c;PIN * INV" + timing + "GATE zero 0 O=CONST0;GATE \"o n e\" 0 z=1;",
-       "a(1) 1 O(a b c) = ((a*b)*!c)\nzero 0 O() = 0\no n e 0 z() = 1"},
+       "a(1) 1 O(a b c) = ((a*b)*!c)\nzero 0 O() = CONST0\no n e 0 z() = CONST1"},
       {"GATE o 1 o=x[1]*\"a+b\"+<y>.2:z-0_\\ 2B;PIN 2B INV" + timing + "PIN * INV" + timing,
        "o 1 o(2B x[1] a+b <y>.2:z-0_\\) = ((x[1]*a+b)+(<y>.2:z-0_\\*2B))"},
       {"GATE o 1 o=!!a''+!(b|c')'&d^e f;PIN f NONINV 0 -1 1e-3 0 0 0 PIN * INV" + timing,

