@@ -7,6 +7,7 @@
 #include <iostream>
 #include <utility>
 
+#include "base/last_words.h"
 #include "base/run_state.h"
 
 namespace vorel::base {
@@ -14,6 +15,9 @@ namespace {
 
 std::atomic<std::uint32_t> severity{severity_clean};
 std::atomic<MessageCapture*> capture{nullptr};
+thread_local bool is_outside = false;  // of all captures
+
+MessageCapture* collector_of_thread() { return is_outside ? nullptr : capture.load(); }
 
 void print_labelled(std::string_view label, std::string_view text) {
   // The standard error stream is tied to the standard output: what was printed before comes first.
@@ -34,7 +38,8 @@ std::string format_arguments(const char* format, std::va_list arguments) {
 }  // namespace
 
 std::uint32_t raise_severity(std::uint32_t level) {
-  MessageCapture* const collector = level < severity_memory_overflow ? capture.load() : nullptr;
+  MessageCapture* const collector =
+      level < severity_memory_overflow ? collector_of_thread() : nullptr;
   std::atomic<std::uint32_t>& raised = collector != nullptr ? collector->severity_ : severity;
   std::uint32_t seen = raised.load();
   while (seen < level && !raised.compare_exchange_weak(seen, level)) {
@@ -43,7 +48,7 @@ std::uint32_t raise_severity(std::uint32_t level) {
 }
 
 void print_error(std::string_view text) {
-  if (MessageCapture* const collector = capture.load()) {
+  if (MessageCapture* const collector = collector_of_thread()) {
     collector->add(text, true);
     raise_severity(severity_error);
   } else {
@@ -62,7 +67,7 @@ void print_last_error(std::string_view text) {
 }
 
 void print_warning(std::string_view text) {
-  if (MessageCapture* const collector = capture.load())
+  if (MessageCapture* const collector = collector_of_thread())
     collector->add(text, false);
   else
     print_labelled("\nWarning: ", text);
@@ -71,7 +76,7 @@ void print_warning(std::string_view text) {
 
 std::ostream& notes_stream() {
   static std::ostream nowhere(nullptr);  // drops all that it gets, and has no other state
-  return capture.load() != nullptr ? nowhere : std::cout;
+  return collector_of_thread() != nullptr ? nowhere : std::cout;
 }
 
 MessageCapture::MessageCapture() : outer_{capture.exchange(this)} {}
@@ -96,6 +101,8 @@ std::string MessageCapture::last_note() {
   return note_;
 }
 
+void leave_message_captures() { is_outside = true; }
+
 std::string format_message(const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
@@ -112,7 +119,7 @@ void print_formatted(std::ostream& stream, const char* format, ...) {
 }
 
 void note_silent_failure(std::string_view reason) {
-  if (MessageCapture* const collector = capture.load()) {
+  if (MessageCapture* const collector = collector_of_thread()) {
     const std::lock_guard lock(collector->mutex_);
     collector->note_ = reason;
   }

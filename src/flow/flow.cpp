@@ -26,20 +26,6 @@
 namespace vorel::flow {
 namespace {
 
-std::size_t count_kind(const net::Stg& stg, net::SignalKind kind) {
-  return static_cast<std::size_t>(std::ranges::count_if(
-      stg.signals, [kind](const auto& signal) { return signal->kind == kind; }));
-}
-
-StgSizes sizes_of(const net::Stg& stg) {
-  return {.places = stg.places.size(),
-          .transitions = stg.transitions.size(),
-          .inputs = count_kind(stg, net::SignalKind::input),
-          .outputs = count_kind(stg, net::SignalKind::output),
-          .internals = count_kind(stg, net::SignalKind::internal),
-          .dummies = count_kind(stg, net::SignalKind::dummy)};
-}
-
 std::size_t cut_offs(const net::StgPrefix& prefix) {
   return static_cast<std::size_t>(
       std::ranges::count_if(prefix.events, [](const auto& event) { return event->is_cut_off(); }));

@@ -170,6 +170,8 @@ struct StgSizes {
   std::size_t places = 0, transitions = 0, inputs = 0, outputs = 0, internals = 0, dummies = 0;
   std::size_t conditions = 0, events = 0, cut_offs = 0;
 };
+// Without those of its prefix.
+StgSizes sizes_of(const net::Stg& stg);
 
 // The numbers are exit codes.
 enum class Verdict : std::uint8_t {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <iostream>
+#include <mutex>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -11,12 +12,14 @@
 #include <vector>
 
 #include "base/clock.h"
+#include "base/last_words.h"
 #include "base/messages.h"
 #include "base/program.h"
 #include "base/text_sink.h"
 #include "flow/flow.h"
 #include "flow/flow_words.h"
 #include "flow/properties.h"
+#include "flow/verdict.h"
 #include "formats/save_file.h"
 #include "report/document.h"
 #include "report/page.h"
@@ -25,6 +28,7 @@
 #include "tools/flow_report.h"
 #include "tools/input_net.h"
 #include "tools/progress_line.h"
+#include "tools/time_limit.h"
 
 namespace vorel::tools {
 namespace {
@@ -60,11 +64,13 @@ class FlowRun {
   explicit FlowRun(FlowTask& task)
       : task_{task},
         stream_{task.document == standard_stream ? std::cerr : std::cout},
-        progress_{!task.quiet} {}
+        progress_{!task.quiet},
+        limit_{task.request.limits.max_seconds, [this] { return give_up(); }} {}
 
   // nullopt after an error in what is delivered.
   std::optional<flow::Verdict> run() {
-    flow::FlowResult result;
+    if (base::run_failed()) return std::nullopt;
+    auto& result = base::keep_to_the_end(flow::FlowResult{});
     flow::StepRecord reading{Step::read, {}, 0};
     std::vector<base::Message> messages;
     auto stg = read_net(messages);
@@ -72,10 +78,14 @@ class FlowRun {
     if (is_read && read_others(*stg, messages)) {
       reading.text = sizes_text(*stg);
       reading.seconds = watch_.lap();
+      {
+        const std::scoped_lock lock(telling_);
+        sizes_ = flow::sizes_of(*stg);
+      }
       tell_end(reading);
-      task_.request.limits.seconds_before = reading.seconds;
-      result = flow::run_flow(std::move(*stg), task_.request, listener());
-      progress_.clear();
+      flow::FlowRequest request = task_.request;
+      request.limits.seconds_before = reading.seconds;
+      result = flow::run_flow(std::move(*stg), request, listener());
     } else {
       reading.text = "failed";
       reading.seconds = watch_.lap();
@@ -88,11 +98,9 @@ class FlowRun {
     result.seconds += reading.seconds;
     result.steps.insert(result.steps.begin(), std::move(reading));
     add_messages(messages, result);
-    if (!deliver(result)) {
-      if (!task_.quiet) stream_ << undelivered_hint << std::flush;
-      return std::nullopt;
-    }
-    return result.verdict;
+    const std::scoped_lock lock(telling_);
+    is_delivered_ = true;
+    return deliver_or_tell(result);
   }
 
  private:
@@ -123,6 +131,7 @@ class FlowRun {
   bool read_properties() {
     if (task_.properties.empty()) return true;
     auto properties = flow::read_properties(task_.properties);
+    const std::scoped_lock lock(telling_);
     if (properties) task_.request.properties = std::move(*properties);
     return properties.has_value();
   }
@@ -140,21 +149,58 @@ class FlowRun {
     }
   }
 
+  // What there is to tell of a run whose time is over, while its steps go on: they have found
+  // nothing that could be read now. None if the run has something to tell itself.
+  std::optional<int> give_up() {
+    const std::scoped_lock lock(telling_);
+    if (is_delivered_) return std::nullopt;
+    base::leave_message_captures();
+    progress_.clear();
+    auto& result = base::keep_to_the_end(flow::FlowResult{});
+    const std::string reason =
+        base::format_message("%g seconds were over while ", task_.request.limits.max_seconds) +
+        std::string(flow::row_of(at_).doing);
+    flow::conclude(flow::Ending::limit, task_.request, reason, result);
+    result.sizes = sizes_;
+    result.steps = told_;
+    result.seconds = limit_.deadline().spent();
+    const auto verdict = deliver_or_tell(result);
+    const bool is_told = std::cout.flush().good();
+    return static_cast<int>(is_told && verdict ? static_cast<std::uint32_t>(*verdict)
+                                               : base::raise_severity(base::severity_error));
+  }
+
   flow::FlowListener listener() {
     flow::FlowListener listener;
     listener.end = [this](const flow::StepRecord& record) { tell_end(record); };
-    if (!progress_.is_active()) return listener;
     listener.begin = [this](Step step) {
-      doing_ = flow::row_of(step).doing;
-      progress_.show(doing_);
+      const std::scoped_lock lock(telling_);
+      at_ = step;
+      progress_.show(std::string(flow::row_of(step).doing));
     };
-    listener.progress = [this](const std::string& line) { progress_.show(doing_ + ": " + line); };
+    if (!progress_.is_active()) return listener;
+    listener.progress = [this](const std::string& line) {
+      const std::scoped_lock lock(telling_);
+      progress_.show(std::string(flow::row_of(at_).doing) + ": " + line);
+    };
     return listener;
   }
 
   void tell_end(const flow::StepRecord& record) {
+    const std::scoped_lock lock(telling_);
+    told_.push_back(record);
+    print(record);
+  }
+
+  void print(const flow::StepRecord& record) {
     progress_.clear();
     if (!task_.quiet) print_step(record, stream_);
+  }
+
+  std::optional<flow::Verdict> deliver_or_tell(flow::FlowResult& result) {
+    if (deliver(result)) return result.verdict;
+    if (!task_.quiet) stream_ << undelivered_hint << std::flush;
+    return std::nullopt;
   }
 
   // Of an error in the input there is nothing to be kept.
@@ -202,7 +248,7 @@ class FlowRun {
                        }});
     }
     flow::StepRecord record{Step::report, std::to_string(files.size() + 1) + " files", watch.lap()};
-    tell_end(record);
+    print(record);
     result.seconds += record.seconds;
     result.steps.push_back(std::move(record));
     return true;
@@ -230,9 +276,15 @@ class FlowRun {
 
   FlowTask& task_;
   std::ostream& stream_;
-  ProgressLine progress_;
-  std::string doing_;
   base::StopWatch watch_;
+
+  std::mutex telling_;  // guards what follows, and the standard output
+  ProgressLine progress_;
+  bool is_delivered_ = false;  // or about to be
+  Step at_ = Step::read;
+  std::vector<flow::StepRecord> told_;
+  flow::StgSizes sizes_;
+  TimeLimit limit_;
 };
 
 }  // namespace

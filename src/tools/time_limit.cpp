@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "base/messages.h"
-#include "base/output_file.h"
 
 namespace vorel::tools {
 namespace {
@@ -17,8 +16,8 @@ constexpr double longest_wait = 1e8;
 
 }  // namespace
 
-TimeLimit::TimeLimit(double seconds, std::string text)
-    : deadline_{seconds}, text_{std::move(text)} {
+TimeLimit::TimeLimit(double seconds, GiveUp give_up)
+    : deadline_{seconds}, give_up_{std::move(give_up)} {
   if (!deadline_.is_set() || seconds > longest_wait) return;
   try {
     thread_ = std::thread([this] { wait(); });
@@ -36,24 +35,13 @@ TimeLimit::~TimeLimit() {
   if (thread_.joinable()) thread_.join();
 }
 
-void TimeLimit::enter(const char* phase) {
-  if (deadline_.is_over() && !base::run_failed()) end_process();
-  phase_ = phase;
-}
-
 void TimeLimit::wait() {
-  std::unique_lock lock(mutex_);
-  const std::chrono::duration<double> time(deadline_.left() + grace_seconds);
-  if (!over_.wait_for(lock, time, [this] { return is_over_; })) end_process();
-}
-
-// Whoever has told its failure only takes too long to clear up.
-void TimeLimit::end_process() const {
-  base::abandon_output_files();
-  if (!base::run_failed()) {
-    base::print_last_error(text_ + "; stopped while " + phase_.load());
+  {
+    std::unique_lock lock(mutex_);
+    const std::chrono::duration<double> time(deadline_.left() + grace_seconds);
+    if (over_.wait_for(lock, time, [this] { return is_over_; })) return;
   }
-  std::_Exit(static_cast<int>(base::raise_severity(base::severity_error)));
+  if (const auto exit_code = give_up_()) std::_Exit(*exit_code);
 }
 
 }  // namespace vorel::tools

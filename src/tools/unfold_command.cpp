@@ -1,6 +1,8 @@
 #include "tools/unfold_command.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <iostream>
 #include <optional>
 #include <utility>
@@ -8,6 +10,7 @@
 
 #include "base/clock.h"
 #include "base/messages.h"
+#include "base/output_file.h"
 #include "base/program.h"
 #include "formats/net_dot.h"
 #include "formats/prefix_dot.h"
@@ -29,13 +32,11 @@ class UnfoldRun {
   explicit UnfoldRun(const UnfoldRequest& request)
       : request_{request},
         messages_{request.output == standard_stream ? std::cerr : std::cout},
-        limit_{request.options.max_seconds,
-               base::format_message("the prefix is not complete after %g seconds",
-                                    request.options.max_seconds)} {}
+        limit_{request.options.max_seconds, [this] { return give_up(); }} {}
 
   void run() {
     if (base::run_failed()) return;
-    limit_.enter("reading the net");
+    enter("reading the net");
     auto net = read_net(request_.input, *request_.input_format);
     figures_.reading_seconds = watch_.lap();
     if (!net) return;
@@ -43,17 +44,33 @@ class UnfoldRun {
   }
 
  private:
+  void enter(const char* phase) {
+    if (limit_.deadline().is_over() && !base::run_failed()) std::_Exit(give_up());
+    phase_ = phase;
+  }
+
+  // Whoever has told its failure only takes too long to clear up.
+  int give_up() const {
+    base::abandon_output_files();
+    if (!base::run_failed()) {
+      base::print_last_error(base::format_message("the prefix is not complete after %g seconds",
+                                                  request_.options.max_seconds) +
+                             "; stopped while " + phase_.load());
+    }
+    return static_cast<int>(base::raise_severity(base::severity_error));
+  }
+
   // A net that cannot be unfolded is worth a look, too.
   template <class N>
   void draw_and_unfold(N net) {
-    limit_.enter("drawing the net");
+    enter("drawing the net");
     if (!request_.net_drawing.empty() && !formats::save_net_dot(net, request_.net_drawing)) return;
     unfold_and_write(std::move(net));
   }
 
   template <class N>
   void unfold_and_write(N net) {
-    limit_.enter("unfolding");
+    enter("unfolding");
     auto unfolded = unfold(std::move(net));
     if (!unfolded || !is_consistent(*unfolded)) return;
     auto& prefix = base::keep_to_the_end(*std::move(unfolded));
@@ -61,15 +78,15 @@ class UnfoldRun {
     if (request_.options.no_cutoffs) remove_cut_offs(prefix);
     count_elements(prefix);
     figures_.unfolding_seconds = watch_.lap();
-    limit_.enter("drawing the prefix");
+    enter("drawing the prefix");
     if (!request_.drawing.empty() && !formats::save_dot(prefix, request_.drawing)) return;
     if (request_.merge) {
-      limit_.enter("merging");
+      enter("merging");
       const auto merged = net::merge(prefix);
-      limit_.enter("writing");
+      enter("writing");
       if (write_merged(merged, request_)) tell_success(merged);
     } else {
-      limit_.enter("writing");
+      enter("writing");
       if (write_prefix(prefix, request_)) tell_success(prefix);
     }
   }
@@ -79,7 +96,7 @@ class UnfoldRun {
   std::optional<net::PrefixOf<N>> unfold(N net) {
     unfolder::UnfoldOptions options = request_.options;
     options.no_cutoffs = false;
-    options.seconds_before = limit_.spent();
+    options.seconds_before = limit_.deadline().spent();
     ProgressLine progress(request_.progress);
     unfolder::UnfoldingLoop::Callback callback;
     if (progress.is_active()) callback = [&](const std::string& line) { progress.show(line); };
@@ -119,8 +136,9 @@ class UnfoldRun {
   const UnfoldRequest& request_;
   std::ostream& messages_;
   base::StopWatch watch_;
-  TimeLimit limit_;
   UnfoldFigures figures_;
+  std::atomic<const char*> phase_{"starting"};
+  TimeLimit limit_;
 };
 
 }  // namespace

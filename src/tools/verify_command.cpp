@@ -1,13 +1,15 @@
 #include "tools/verify_command.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cassert>
 #include <iostream>
+#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "base/clock.h"
-#include "base/deadline.h"
+#include "base/last_words.h"
 #include "base/messages.h"
 #include "base/program.h"
 #include "decomposition/gate_library.h"
@@ -17,6 +19,7 @@
 #include "net/initial_values.h"
 #include "tools/input_net.h"
 #include "tools/output_names.h"
+#include "tools/time_limit.h"
 #include "tools/verify_arguments.h"
 #include "tools/verify_document.h"
 #include "tools/verify_report.h"
@@ -43,19 +46,24 @@ int exit_code_of(Answer verdict) {
 class VerifyRun {
  public:
   explicit VerifyRun(const VerifyRequest& request)
-      : request_{request}, deadline_{request.verifier.limits.max_seconds} {}
+      : request_{request}, limit_{request.verifier.limits.max_seconds, [this] {
+                                    return give_up();
+                                  }} {}
 
   // nullopt after an error.
   std::optional<Answer> run() {
+    if (base::run_failed()) return std::nullopt;
     auto stg = read_stg(request_.format_name, request_.stg);
     if (!stg) return std::nullopt;
     const auto library = decomposition::read_gates(request_.library);
     if (!library) return std::nullopt;
+    phase_ = "unfolding the STG";
     bool is_complete = false;
-    const auto prefix = unfold(std::move(*stg), is_complete);
-    if (!prefix) return std::nullopt;
+    auto unfolded = unfold(std::move(*stg), is_complete);
+    if (!unfolded) return std::nullopt;
+    const auto& prefix = base::keep_to_the_end(*std::move(unfolded));
     VerifyResult result{.request = request_,
-                        .stg = *prefix,
+                        .stg = prefix,
                         .stg_is_known = is_complete,
                         .circuit = {},
                         .verification = {}};
@@ -72,7 +80,7 @@ class VerifyRun {
     unfolder::UnfoldOptions options;
     options.number_of_threads = request_.verifier.threads;
     options.max_events = request_.verifier.limits.max_events;
-    options.max_seconds = deadline_.left();
+    options.max_seconds = limit_.deadline().left();
     options.keep_incomplete = true;
     unfolder::Unfolder<net::Stg> unfolder(std::move(stg), options);
     if (!unfolder.unfold()) return std::nullopt;
@@ -84,13 +92,15 @@ class VerifyRun {
 
   // False after an error.
   bool find_answers(VerifyResult& result, const std::vector<toolkit::LibraryGate>& library) {
+    phase_ = "reading the circuit";
     auto circuit = verify::read_circuit(request_.circuit, result.stg, library, request_.options);
     if (!circuit) return false;
     result.circuit = std::move(*circuit);
-    result.reading_seconds = watch_.lap();
+    result.reading_seconds = reading_seconds_ = watch_.lap();
+    phase_ = "verifying";
     verify::VerifierOptions options = request_.verifier;
-    if (deadline_.is_over()) return true;
-    options.limits.max_seconds = deadline_.left();
+    if (limit_.deadline().is_over()) return true;
+    options.limits.max_seconds = limit_.deadline().left();
     auto verification = verify::verify(result.stg, result.circuit, options);
     if (!verification) return false;
     result.verification = std::move(*verification);
@@ -98,8 +108,37 @@ class VerifyRun {
     return true;
   }
 
+  // Once, whoever comes first.
+  bool deliver(const VerifyResult& result) {
+    const std::scoped_lock lock(delivery_);
+    is_delivered_ = true;
+    return write(result);
+  }
+
+  // All is undecided. The others go on meanwhile, until they are about to deliver.
+  std::optional<int> give_up() {
+    const std::scoped_lock lock(delivery_);
+    if (is_delivered_) return std::nullopt;
+    base::leave_message_captures();
+    // Whoever has told its failure only takes too long to clear up.
+    if (base::run_failed()) return static_cast<int>(base::raise_severity(0));
+    const net::Stg unknown;
+    VerifyResult result{.request = request_,
+                        .stg = unknown,
+                        .stg_is_known = false,
+                        .stopped_while = phase_.load(),
+                        .circuit = {},
+                        .verification = {}};
+    result.verification.answers.fill(Answer::undecided);
+    const double spent = limit_.deadline().spent();
+    result.reading_seconds = reading_seconds_ == 0 ? spent : reading_seconds_.load();
+    result.verifying_seconds = spent - result.reading_seconds;
+    const bool is_written = write(result) && std::cout.flush().good();
+    return is_written ? exit_code_of(Answer::undecided) : static_cast<int>(base::severity_error);
+  }
+
   // The answers go to the standard output last: whoever sees them finds the files.
-  bool deliver(const VerifyResult& result) const {
+  bool write(const VerifyResult& result) const {
     const auto& findings = result.verification.findings;
     if (!request_.waves.empty() && !findings.empty()) {
       const bool is_written = formats::save_file(request_.waves, [&](base::OutputFile& file) {
@@ -119,8 +158,12 @@ class VerifyRun {
   }
 
   const VerifyRequest& request_;
-  const base::Deadline deadline_;  // of reading, too
   base::StopWatch watch_;
+  std::atomic<const char*> phase_{"reading the STG"};
+  std::atomic<double> reading_seconds_{0};  // 0: while it lasts
+  std::mutex delivery_;
+  bool is_delivered_ = false;  // guarded by delivery_
+  TimeLimit limit_;            // of reading, too
 };
 
 bool files_can_be_written(const VerifyRequest& request) {

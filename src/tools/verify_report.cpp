@@ -23,7 +23,9 @@ void print_finding(const verify::Circuit& circuit, const verify::Finding& findin
 void print_report(const VerifyResult& result, std::ostream& stream) {
   const verify::Circuit& circuit = result.circuit;
   const verify::Verification& verification = result.verification;
-  if (result.stg_is_known) {
+  if (!result.stopped_while.empty()) {
+    stream << "\ntime was over while " << result.stopped_while << "\n\n";
+  } else if (result.stg_is_known) {
     stream << "\ncircuit: " << circuit.gates.size() << " gate(s), " << circuit.wires.size()
            << " wire(s)\n |B|=" << verification.conditions << " |E|=" << verification.events
            << " |C|=" << verification.cut_offs << "\n\n";

@@ -3,6 +3,8 @@
 //            tools/verify_document.h, flow/waveforms.h).
 #pragma once
 
+#include <string>
+
 #include "net/net.h"
 #include "tools/verify_request.h"
 #include "verify/circuit.h"
@@ -13,7 +15,8 @@ namespace vorel::tools {
 struct VerifyResult {
   const VerifyRequest& request;
   const net::Stg& stg;
-  bool stg_is_known = true;  // else it alone reached a limit, and the circuit was not read
+  bool stg_is_known = true;        // else it alone reached a limit, and the circuit was not read
+  std::string stopped_while = {};  // what the run was at when it was ended; nothing else is known
   verify::Circuit circuit;
   verify::Verification verification;
   double reading_seconds = 0, verifying_seconds = 0;

@@ -1,5 +1,7 @@
 // The program vorel-flow at the command line: verdicts, the document, the folder, what it refuses.
 // That circuits and findings are right is compared with explicit exploration in tests/flow.
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <map>
 #include <set>
@@ -54,6 +56,8 @@ TEST_F(FlowCommand, TellsItsVerdictByTextDocumentAndExitCode) {
   write("empty", "");
   write("broken.g", ".inputs a\n.outputs z\n.graph\na+ z+ )\n.end\n");
   write("unbounded.g", ".inputs a\n.outputs z\n.graph\na+ z+\n.marking { nowhere }\n.end\n");
+  // A pipe at whose other end nothing happens.
+  ASSERT_EQ(::mkfifo(folder_.path("silent.g").c_str(), 0600), 0);
   const std::string vme = "vme_read.g", mutex = support::example("mutex2.g");
   const struct {
     Arguments arguments;
@@ -82,6 +86,7 @@ TEST_F(FlowCommand, TellsItsVerdictByTextDocumentAndExitCode) {
        "\nhint: try again with a larger --max-events",
        ""},
       {{vme, "--timeout", "0.000001"}, 4, "gave up", "a longer --timeout", ""},
+      {{"silent.g", "--timeout", "0.2"}, 4, "gave up", "over while reading\nhint: ", ""},
   };
   for (const auto& row : rows) {
     Arguments arguments = row.arguments;

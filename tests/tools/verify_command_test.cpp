@@ -1,5 +1,8 @@
 // The program vorel-verify at the command line: right and wrong circuits by hand, the forms of its
 // answers, limits, and what it refuses.
+#include <sys/stat.h>
+
+#include <filesystem>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -167,6 +170,8 @@ TEST_F(VerifyCommand, WritesWavesOfTheFirstTraceAndNoneWithoutOne) {
 TEST_F(VerifyCommand, LeavesUndecidedWhatTakesMoreThanItMay) {
   folder_.write("follower.g", follower);
   folder_.write("chain.v", chain_of_buffers(50));
+  // A pipe at whose other end nothing happens.
+  ASSERT_EQ(::mkfifo(folder_.path("silent.v").c_str(), 0600), 0);
   const struct {
     Arguments arguments;
     int exit_code;
@@ -176,6 +181,7 @@ TEST_F(VerifyCommand, LeavesUndecidedWhatTakesMoreThanItMay) {
       {{"follower.g", "chain.v", "--max-events", "20"}, 4, "undecided"},  // of both
       {{"follower.g", "chain.v", "--timeout", "0.000001"}, 4, "undecided"},
       {{"follower.g", "chain.v", "--timeout", "100"}, 0, "correct"},
+      {{"follower.g", "silent.v", "--timeout", "0.2"}, 4, "undecided"},
   };
   for (const auto& row : rows) {
     Arguments arguments = row.arguments;
