@@ -13,6 +13,10 @@ namespace {
 // the phases of a batch, some ten or a hundred.
 constexpr std::uint64_t look_out_ticks = 400'000, long_ticks = 50'000, call_ticks = 20'000;
 
+// To start a thread takes a hundred microseconds. What has lasted some milliseconds goes on for
+// some more, as often as not.
+constexpr std::uint64_t most_ticks_alone = 6'000'000;
+
 void pause() {
 #if defined(__x86_64__)
   __builtin_ia32_pause();
@@ -21,17 +25,24 @@ void pause() {
 
 }  // namespace
 
-WorkerPool::WorkerPool(std::uint32_t worker_count) {
+WorkerPool::WorkerPool(std::uint32_t worker_count) : size_{worker_count} {
   assert(worker_count >= 1 && worker_count <= open);
   // Looking out is for those who have a processor to themselves.
   looks_out_ = worker_count <= std::thread::hardware_concurrency();
   ranges_ = std::make_unique<Range[]>(worker_count);
-  threads_.reserve(worker_count - 1);
+  if (looks_out_) return;
+  start_threads();
+  size_ = static_cast<std::uint32_t>(threads_.size()) + 1;
+}
+
+void WorkerPool::start_threads() {
+  threads_.reserve(size_ - 1);
   try {
-    for (std::uint32_t worker = 1; worker < worker_count; ++worker) {
+    for (std::uint32_t worker = 1; worker < size_; ++worker) {
       threads_.emplace_back([this, worker] { serve(worker); });
     }
-  } catch (const std::system_error&) {  // size() tells
+  } catch (const std::system_error&) {
+    lacks_threads_ = true;
   }
 }
 
@@ -45,7 +56,7 @@ WorkerPool::~WorkerPool() {
 }
 
 void WorkerPool::run(std::uint32_t item_count, const Work& work) {
-  if (item_count > 1 && !threads_.empty()) return share(item_count, work);
+  if (item_count > 1 && size() > 1) return share(item_count, work);
   for (std::uint32_t item = 0; item < item_count; ++item) work(0, item);
 }
 
@@ -60,7 +71,8 @@ void WorkerPool::run_ranges(std::uint32_t item_count, std::uint32_t range_size,
 }
 
 void WorkerPool::run_all(const std::function<void(std::uint32_t worker)>& work) {
-  was_long_ = true;  // it is worth waking threads
+  was_long_ = true;  // it is worth waking threads, and starting them
+  alone_ticks_ = most_ticks_alone;
   run(size(), [&](std::uint32_t worker, std::uint32_t) { work(worker); });
 }
 
@@ -75,19 +87,27 @@ void WorkerPool::share(std::uint32_t item_count, const Work& work) {
   }
   start_ticks_ = ticks_now();
   has_called_ = false;
-  if (was_long_) call_for_help();
+  if (was_long_ && is_worth_threads(0)) call_for_help();
   take_items(0);
   if (has_called_) {
     state_ -= open;
     wait_for_threads();
   }
-  was_long_ = ticks_now() - start_ticks_ >= long_ticks;
+  const std::uint64_t ticks = ticks_now() - start_ticks_;
+  was_long_ = ticks >= long_ticks;
+  if (threads_.empty()) alone_ticks_ += ticks;
+}
+
+// After so many ticks of a phase.
+bool WorkerPool::is_worth_threads(std::uint64_t ticks) const {
+  return !threads_.empty() || alone_ticks_ + ticks >= most_ticks_alone;
 }
 
 // Opens the phase. A short one worker 0 does alone: what it would tell another processor, and have
 // told back, takes longer. Whoever falls asleep after this has seen the open phase: it counts
 // itself before it looks.
 void WorkerPool::call_for_help() {
+  if (threads_.empty() && !lacks_threads_) start_threads();
   has_called_ = true;
   state_ = (state_ / one_phase + 1) * one_phase + open;
   if (asleep_ == 0) return;
@@ -155,7 +175,9 @@ void WorkerPool::take_from(Range& range, std::uint32_t worker) {
     const std::uint64_t end = std::min(first + step, count);
     for (std::uint64_t item = first; item < end; ++item)
       work(worker, static_cast<std::uint32_t>(item));
-    if (worker == 0 && !has_called_ && ticks_now() - start_ticks_ >= call_ticks) call_for_help();
+    if (worker != 0 || has_called_) continue;
+    const std::uint64_t ticks = ticks_now() - start_ticks_;
+    if (ticks >= call_ticks && is_worth_threads(ticks)) call_for_help();
   }
 }
 

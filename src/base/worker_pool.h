@@ -9,7 +9,8 @@
 //
 // Phases can be shorter than the time that it takes to wake a thread. So a worker that has nothing
 // to do looks out for the next phase for some microseconds before it sleeps; those asleep are woken
-// only once a phase lasts; and nobody waits for a worker that has not come.
+// only once a phase lasts; and nobody waits for a worker that has not come. No thread is started
+// before the phases have lasted some time altogether: what is done soon is done sooner by one.
 #pragma once
 
 #include <atomic>
@@ -27,13 +28,16 @@ class WorkerPool {
  public:
   using Work = std::function<void(std::uint32_t worker, std::uint32_t item)>;
 
-  // Fewer workers, as size() tells, where the system starts no more threads.
+  // Of more workers than there are processors all start at once: fewer, as size() tells, where the
+  // system starts no more threads.
   explicit WorkerPool(std::uint32_t worker_count);
   ~WorkerPool();
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;
 
-  std::uint32_t size() const { return static_cast<std::uint32_t>(threads_.size()) + 1; }
+  std::uint32_t size() const { return size_; }
+  // True once the system has not started a thread that was to help; the others do its work.
+  bool lacks_threads() const { return lacks_threads_; }
 
   // Runs the work on items 0 .. count - 1, in no order; returns when all are done. Not from within
   // the work.
@@ -58,6 +62,8 @@ class WorkerPool {
     std::uint64_t end = 0;
   };
 
+  void start_threads();
+  bool is_worth_threads(std::uint64_t ticks) const;
   void share(std::uint32_t item_count, const Work& work);
   void serve(std::uint32_t worker);
   bool join_phase(std::uint64_t& served);
@@ -81,8 +87,11 @@ class WorkerPool {
   // Set before a phase is opened, read in it.
   const Work* work_ = nullptr;
   std::uint64_t step_ = 1;
+  std::uint32_t size_ = 1;
   // Of worker 0 alone.
   std::uint64_t start_ticks_ = 0;
+  std::uint64_t alone_ticks_ = 0;  // that phases took before there were threads
+  bool lacks_threads_ = false;
   bool has_called_ = false;
   bool was_long_ = false;  // the last phase
   bool looks_out_ = false;

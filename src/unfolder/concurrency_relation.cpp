@@ -109,14 +109,12 @@ void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
 
 void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
   consumers_.clear();
-  for (std::uint32_t i = 0; i < batch.size(); ++i) {
-    for (const ConditionId c : process_.event(batch[i]).preset()) consumers_.push_back({c, i});
-  }
-  std::ranges::stable_sort(consumers_, {}, &Consumer::condition);
   first_consumer_.resize(process_.condition_count(), base::no_index);
-  for (std::uint32_t k = 0; k < consumers_.size(); ++k) {
-    std::uint32_t& first = first_consumer_[consumers_[k].condition];
-    first = std::min(first, k);
+  for (std::uint32_t i = 0; i < batch.size(); ++i) {
+    for (const ConditionId c : process_.event(batch[i]).preset()) {
+      const auto own = static_cast<std::uint32_t>(consumers_.size());
+      consumers_.push_back({c, i, std::exchange(first_consumer_[c], own)});
+    }
   }
 }
 
@@ -147,8 +145,7 @@ void ConcurrencyRelation::find_partners(std::uint32_t position, std::span<const 
   auto& positions = scratch.positions;
   positions.clear();
   for_each(common_[position], [&](ConditionId c) {
-    for (std::uint32_t k = first_consumer_[c];
-         k < consumers_.size() && consumers_[k].condition == c; ++k) {
+    for (std::uint32_t k = first_consumer_[c]; k != base::no_index; k = consumers_[k].next) {
       if (scratch.count[consumers_[k].position]++ == 0) positions.push_back(consumers_[k].position);
     }
   });

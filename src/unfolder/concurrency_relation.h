@@ -130,11 +130,12 @@ class ConcurrencyRelation {
   std::vector<std::span<const std::uint32_t>> partners_;
   // Where the parts begin in which older rows are extended, and where the last one ends.
   std::vector<std::uint32_t> first_words_;
-  // The consumers in the batch of a condition: consumers_[first_consumer_[c]] up to the first entry
-  // that consumes another condition. Conditions that the batch leaves alone have no_index.
+  // The consumers in the batch of a condition are a list that begins at first_consumer_[c] and ends
+  // with no_index, as does that of a condition that the batch leaves alone.
   struct Consumer {
     ConditionId condition;
     std::uint32_t position;
+    std::uint32_t next;
   };
   std::vector<Consumer> consumers_;
   std::vector<std::uint32_t> first_consumer_;

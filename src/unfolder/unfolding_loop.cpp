@@ -83,6 +83,7 @@ UnfoldOutcome UnfoldingLoop::run() {
       add_batch();
       extend_batch();
       batch_.clear();
+      if (pool_.lacks_threads()) give_up(UnfoldOutcome::too_few_threads);
     }
     if (must_give_up()) break;
     collect_batch();
