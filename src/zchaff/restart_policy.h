@@ -53,7 +53,7 @@ class RestartPolicy {
   std::uint64_t reductions() const { return reductions_; }
 
  private:
-  static constexpr std::uint32_t later_restart = 2;  // conflicts between two
+  static constexpr std::uint32_t later_restart = 10;  // conflicts between two
   static constexpr std::uint64_t growth_divisor = 7;
 
   // Weighs the first values as a plain average does.
