@@ -97,16 +97,26 @@ void LocalHistories::add_history(EventId e) {
       largest = cause;
     }
   }
+  History history = history_of(largest);
+  causes_.clear();
   for (const ConditionId c : process_.event(e).preset()) {
     const EventId cause = process_.producer(c);
-    if (cause != no_event && !contains(history_of(largest), cause)) {
-      merging_.push_back(history_of(cause));
-    }
+    if (cause != no_event && !contains(history, cause)) causes_.push_back(cause);
   }
-  merging_.push_back(history_of(largest));
   // Records rise with causality.
-  History history = shared_.merge(
-      merging_, [](std::uint32_t, std::uint32_t a, std::uint32_t b) { return std::max(a, b); });
+  if (list_missing(history, causes_, missing_)) {
+    for (const EventId missing : missing_) {
+      for (std::uint32_t r = first_record_[missing]; records_[r].event == missing; ++r) {
+        const std::uint32_t entry = records_[r].entry;
+        if (shared_.at(history, entry) < r) shared_.set(history, entry, r, own);
+      }
+    }
+  } else {
+    for (const EventId cause : causes_) merging_.push_back(history_of(cause));
+    merging_.push_back(history);
+    history = shared_.merge(
+        merging_, [](std::uint32_t, std::uint32_t a, std::uint32_t b) { return std::max(a, b); });
+  }
   for (std::uint32_t record = first_record_[e]; record < records_.size(); ++record) {
     shared_.set(history, records_[record].entry, record, own);
   }
@@ -129,11 +139,41 @@ bool LocalHistories::are_known(std::span<const EventId> events) const {
   return std::ranges::none_of(events, [this](EventId e) { return history_of(e) == given_up; });
 }
 
+// Lists what is in the pasts of the events, but not in a history that none of them is in conflict
+// with. False if that is much. Where one has gone a long way alone, and the others a few steps, the
+// trees differ in all of that way.
+bool LocalHistories::list_missing(History history, std::span<const EventId> events,
+                                  std::vector<EventId>& missing) const {
+  constexpr std::size_t much = 16;
+  missing.clear();
+  const auto reach = [&](std::span<const EventId> reached) {
+    for (const EventId e : reached) {
+      if (missing.size() > much) return;
+      if (!contains(history, e) && std::ranges::find(missing, e) == missing.end())
+        missing.push_back(e);
+    }
+  };
+  reach(events);
+  for (std::size_t i = 0; i < missing.size() && missing.size() <= much; ++i) {
+    reach(process_.origin(missing[i]).causes());
+  }
+  return missing.size() <= much;
+}
+
 LocalHistories::Sum LocalHistories::added_to_first(std::span<const EventId> events,
                                                    std::vector<std::uint32_t>& scratch) const {
   Sum sum;
-  scratch.clear();
   const History first = history_of(events.front());
+  if (list_missing(first, events.subspan(1), scratch)) {
+    for (const EventId e : scratch) {
+      const TransitionId t = process_.origin(e).transition();
+      sum.size += 1;
+      sum.dummies += net_.is_dummy[t];
+      sum.state.add(net_.firing_hash[t]);
+    }
+    return sum;
+  }
+  scratch.clear();
   for (const EventId e : events.subspan(1)) {
     if (!contains(first, e)) scratch.push_back(history_of(e));
   }

@@ -66,7 +66,8 @@ class LocalHistories {
     StateHash state;
   };
   bool are_known(std::span<const EventId> events) const;
-  // Beyond what the first one has. `scratch` is the caller's own.
+  // Beyond what the first one has. Takes the time of what that is, or of where the histories
+  // differ. `scratch` is the caller's own.
   Sum added_to_first(std::span<const EventId> events, std::vector<std::uint32_t>& scratch) const;
 
   // Calls fits(c) for conditions of the place below `end` until it is false for them and so for all
@@ -98,6 +99,8 @@ class LocalHistories {
   void add_to_group(ConditionId c);
   void restore_history(EventId e);
   void give_up_oldest();
+  bool list_missing(History history, std::span<const EventId> events,
+                    std::vector<EventId>& missing) const;
 
   History history_of(EventId e) const { return e == no_event ? 0 : histories_[e]; }
   std::uint32_t last_at(History history, PlaceId place) const {
@@ -149,6 +152,7 @@ class LocalHistories {
   base::Chains chains_;                      // records, each behind the one of its entry before it
   std::vector<std::uint32_t> first_record_;  // by event
   std::vector<History> merging_;             // scratch
+  std::vector<EventId> causes_, missing_;    // scratch
 
   // A slot is one arc from a condition to an event.
   struct Condition {
