@@ -25,7 +25,8 @@ void pause() {
 
 }  // namespace
 
-WorkerPool::WorkerPool(std::uint32_t worker_count) : size_{worker_count} {
+WorkerPool::WorkerPool(std::uint32_t worker_count)
+    : size_{worker_count}, first_ticks_{ticks_now()} {
   assert(worker_count >= 1 && worker_count <= open);
   // Looking out is for those who have a processor to themselves.
   looks_out_ = worker_count <= std::thread::hardware_concurrency();
@@ -72,7 +73,7 @@ void WorkerPool::run_ranges(std::uint32_t item_count, std::uint32_t range_size,
 
 void WorkerPool::run_all(const std::function<void(std::uint32_t worker)>& work) {
   was_long_ = true;  // it is worth waking threads, and starting them
-  alone_ticks_ = most_ticks_alone;
+  first_ticks_ = ticks_now() - most_ticks_alone;
   run(size(), [&](std::uint32_t worker, std::uint32_t) { work(worker); });
 }
 
@@ -87,20 +88,17 @@ void WorkerPool::share(std::uint32_t item_count, const Work& work) {
   }
   start_ticks_ = ticks_now();
   has_called_ = false;
-  if (was_long_ && is_worth_threads(0)) call_for_help();
+  if (was_long_ && is_worth_threads(start_ticks_)) call_for_help();
   take_items(0);
   if (has_called_) {
     state_ -= open;
     wait_for_threads();
   }
-  const std::uint64_t ticks = ticks_now() - start_ticks_;
-  was_long_ = ticks >= long_ticks;
-  if (threads_.empty()) alone_ticks_ += ticks;
+  was_long_ = ticks_now() - start_ticks_ >= long_ticks;
 }
 
-// After so many ticks of a phase.
-bool WorkerPool::is_worth_threads(std::uint64_t ticks) const {
-  return !threads_.empty() || alone_ticks_ + ticks >= most_ticks_alone;
+bool WorkerPool::is_worth_threads(std::uint64_t now) const {
+  return !threads_.empty() || now - first_ticks_ >= most_ticks_alone;
 }
 
 // Opens the phase. A short one worker 0 does alone: what it would tell another processor, and have
@@ -176,8 +174,8 @@ void WorkerPool::take_from(Range& range, std::uint32_t worker) {
     for (std::uint64_t item = first; item < end; ++item)
       work(worker, static_cast<std::uint32_t>(item));
     if (worker != 0 || has_called_) continue;
-    const std::uint64_t ticks = ticks_now() - start_ticks_;
-    if (ticks >= call_ticks && is_worth_threads(ticks)) call_for_help();
+    const std::uint64_t now = ticks_now();
+    if (now - start_ticks_ >= call_ticks && is_worth_threads(now)) call_for_help();
   }
 }
 

@@ -10,7 +10,7 @@
 // Phases can be shorter than the time that it takes to wake a thread. So a worker that has nothing
 // to do looks out for the next phase for some microseconds before it sleeps; those asleep are woken
 // only once a phase lasts; and nobody waits for a worker that has not come. No thread is started
-// before the phases have lasted some time altogether: what is done soon is done sooner by one.
+// before the pool has been there for some time: what is done soon is done sooner by one.
 #pragma once
 
 #include <atomic>
@@ -63,7 +63,7 @@ class WorkerPool {
   };
 
   void start_threads();
-  bool is_worth_threads(std::uint64_t ticks) const;
+  bool is_worth_threads(std::uint64_t now) const;
   void share(std::uint32_t item_count, const Work& work);
   void serve(std::uint32_t worker);
   bool join_phase(std::uint64_t& served);
@@ -90,7 +90,7 @@ class WorkerPool {
   std::uint32_t size_ = 1;
   // Of worker 0 alone.
   std::uint64_t start_ticks_ = 0;
-  std::uint64_t alone_ticks_ = 0;  // that phases took before there were threads
+  std::uint64_t first_ticks_ = 0;  // when the pool was made
   bool lacks_threads_ = false;
   bool has_called_ = false;
   bool was_long_ = false;  // the last phase

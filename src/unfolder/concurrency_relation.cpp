@@ -189,7 +189,7 @@ void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const Even
 // worker. The bounds move up slowly from batch to batch, so that a worker mostly finds rows that it
 // has extended before.
 void ConcurrencyRelation::divide_rows(std::size_t batch_size) {
-  constexpr std::size_t least_words = 256, sample_rows = 32, sample_words = 16;
+  constexpr std::size_t least_words = 1024, sample_rows = 8, sample_words = 8;
   std::uint64_t words = 0;
   for (std::size_t i = 0; i < batch_size; ++i) words += common_[i].size();
   const std::size_t part_count =

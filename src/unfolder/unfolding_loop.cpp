@@ -1,6 +1,7 @@
 #include "unfolder/unfolding_loop.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <utility>
 
@@ -44,7 +45,10 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   assert(event.size > loop.level_ && "an extension is larger than what it extends");
   const EventId id = loop.process_.add_event(event, order.causes(), room);
   const std::uint64_t hash = event.state.value();
-  found[FinalStateTable::part_of(hash)].push_back({id, hash});
+  const std::uint32_t part = FinalStateTable::part_of(hash);
+  found[part].push_back({id, hash});
+  found_parts |= 1u << part;
+  ++found_count;
   if (pending.size() <= event.size) pending.resize(event.size + 1);
   pending[event.size].push_back(id);
   lowest = std::min(lowest, event.size);
@@ -176,11 +180,15 @@ void UnfoldingLoop::judge_found() {
     }
   };
   std::size_t count = 0;
+  std::uint32_t parts = 0;
   for (const auto& worker : workers_) {
-    for (const auto& found : worker->found) count += found.size();
+    count += std::exchange(worker->found_count, 0);
+    parts |= std::exchange(worker->found_parts, 0);
   }
   if (count < few_found) {
-    for (std::uint32_t part = 0; part < FinalStateTable::part_count; ++part) judge(0, part);
+    for (; parts != 0; parts &= parts - 1) {
+      judge(0, static_cast<std::uint32_t>(std::countr_zero(parts)));
+    }
   } else {
     pool_.run(FinalStateTable::part_count, judge);
   }

@@ -85,6 +85,8 @@ class UnfoldingLoop {
     BranchingProcess::EventRoom room;
     // In this batch, not judged yet: by part of the table of final states.
     std::array<std::vector<Found>, FinalStateTable::part_count> found;
+    std::uint32_t found_parts = 0;              // a bit for each that is not empty
+    std::size_t found_count = 0;                // of all parts
     std::vector<std::vector<EventId>> pending;  // by size of the local configuration
     std::uint32_t lowest = 0;                   // no bucket below has anything in it
     std::uint64_t pending_count = 0;
