@@ -36,7 +36,8 @@ class CoreGuidedSearch {
         deadline_{deadline},
         refine_{refine},
         upper_{bound},
-        is_unweighted_{std::ranges::all_of(cost, [](const auto& soft) { return soft.weight == 1; })} {
+        is_unweighted_{
+            std::ranges::all_of(cost, [](const auto& soft) { return soft.weight == 1; })} {
     normalise();
   }
 

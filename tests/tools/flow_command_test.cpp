@@ -166,8 +166,8 @@ TEST_F(FlowCommand, LeavesNothingOfAnEarlierRunThatIsNoLongerSo) {
 
 TEST_F(FlowCommand, WritesNothingButTheDocumentToTheStandardOutputIfAskedTo) {
   const support::ProgramRun run = call({"-", "--format", "g", "--json", "-", "--style", "complex",
-                                       "--cost", "small", "--cost", "lock=#s,csc=1"},
-                                      follower);
+                                        "--cost", "small", "--cost", "lock=#s,csc=1"},
+                                       follower);
   EXPECT_EQ(run.exit_code, 0);
   const Json document = checked_document(run.out);
   EXPECT_EQ(document.at("stg"), "standard input");
