@@ -38,6 +38,40 @@ TEST(ConflictCommand, TellsItsVerdictAndTheLeastCost) {
   }
 }
 
+// Most candidates are refuted by a small part of the prefix; the conflict must not be.
+TEST(ConflictCommand, FindsTheOneConflictAmongManyCircuits) {
+  constexpr int most = 100;
+  std::string signals, outputs, graph, marking;
+  for (int i = 0; i < most; ++i) {
+    const std::string n = std::to_string(i), a = "a" + n, b = "b" + n, c = "c" + n;
+    signals += ' ' + a + ' ' + b;
+    outputs += ' ' + c;
+    graph += a + "+ " + c + "+\n" + b + "+ " + c + "+\n" + c + "+ " + a + "- " + b + "-\n" + a +
+             "- " + c + "-\n" + b + "- " + c + "-\n" + c + "- " + a + "+ " + b + "+\n";
+    marking += " <" + c + "-," + a + "+> <" + c + "-," + b + "+>";
+  }
+  const std::string in_conflict = "x+ x-\nx- y+\ny+ y-\ny- x+\n";
+  const support::TemporaryFolder folder;
+  for (const bool has_conflict : {false, true}) {
+    folder.write("net.g", ".inputs" + signals + " x\n.outputs" + outputs + " y\n.graph\n" + graph +
+                              (has_conflict ? in_conflict : "x+ y+\ny+ x-\nx- y-\ny- x+\n") +
+                              ".marking {" + marking + " <y-,x+> }\n.end\n");
+    const std::string prefix = folder.path("net.pnml");
+    ASSERT_EQ(support::run_vorel_unfold({"-q", folder.path("net.g"), prefix}).exit_code, 0);
+    const std::string rows[][3] = {
+        {"-C", "there are no CSC conflicts", "CSC conflict has been detected"},
+        {"-U", "there are no USC conflicts", "USC conflict has been detected"},
+        {"-N", "there are no normalcy violations", "normalcy is violated"}};
+    for (const auto& row : rows)
+      for (const char* method : {"-m1", "-m2"})
+        for (const char* solver : {"-$0", "-$1"}) {
+          const auto run = support::run_vorel({row[0], method, solver, prefix});
+          EXPECT_NE(run.out.find('\n' + row[has_conflict ? 2 : 1] + '\n'), std::string::npos)
+              << row[0] << method << solver << run.out;
+        }
+  }
+}
+
 // The start tags of the document of an example, but for the steps.
 std::string tags_of(const char* mode, const char* name) {
   const support::TemporaryFolder folder;
