@@ -1,6 +1,7 @@
 // base/large_blocks.h - blocks of memory for what takes many megabytes.
 // Here:      two functions that take blocks and give them back.
 // Not here:  how a block is divided (unfolder/room.h, the pool of the XML parser).
+//
 // Taken in pages of 4 KiB, much of the time of filling memory goes into page faults, for which
 // threads wait for each other, and addresses are not found in tables of the processor that keep few
 // pages. Blocks of several MiB are therefore asked for in huge pages.
