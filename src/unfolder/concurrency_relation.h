@@ -104,9 +104,11 @@ class ConcurrencyRelation {
   // Some, so that whoever is done early finds something left.
   static constexpr std::size_t parts_of_worker = 2;
 
-  // Words of so many rows that are not long.
-  static std::uint64_t longest(std::uint64_t row_count) {
-    return std::max<std::uint64_t>(1u << 20, row_count * 512) / sizeof(Word);
+  // Words of so many rows that are not long. Rows may be longer where places have many conditions:
+  // so many histories would have to be compared then.
+  std::uint64_t longest(std::uint64_t row_count) const {
+    const std::uint64_t row_size = row_count > 32ull * process_.net().place_count ? 1024 : 512;
+    return std::max<std::uint64_t>(1u << 20, row_count * row_size) / sizeof(Word);
   }
   ConditionId shortest_row(const UnfoldedEvent& event) const;
   void find_consumers(std::span<const EventId> batch);
