@@ -228,7 +228,7 @@ done
 
 # What other scripts and programs tell, as it is.
 table() { printf '\n### %s\n\n```\n' "$1"; "${@:2}"; echo '```'; }
-table 'Two threads' "$now/../bench/unfold_threads.sh" 3
+table 'Two threads' "$now/../bench/unfold_threads.sh" 7
 table 'Merged processes and prefixes that double' "$now/../bench/merged_processes.sh" 2
 table 'Solver 0 (core) next to MiniSat' "$now/bench/bench_sat_solvers"
 dense() { "$1/bench/bench_two_level" 8 | grep -E '^ n|^12 +30%'; }
