@@ -5,7 +5,7 @@
 # for each command: its figure, and the ratio to the row that it is compared with. A revision is
 # built too, and each row then has the figure before: the two programs in turn, in one run. With a
 # folder its nets (*.ll_net) get rows of their own. Medians of three runs, or one run where that
-# takes over a second; "late" is over 5, or over 10 for a million events. It takes under ten minutes
+# takes over a second; "late" is over 5, or over 10 for a million events. It takes eleven minutes
 # once all is built. The machine should have nothing else to do.
 set -euo pipefail
 
