@@ -2,7 +2,9 @@
 
 #include <cassert>
 #include <iostream>
+#include <utility>
 
+#include "base/indexed_by.h"
 #include "base/messages.h"
 #include "configuration/configuration_encoding.h"
 #include "configuration/decoding.h"
@@ -48,7 +50,23 @@ void SearchInstance<P>::set_alternatives(std::vector<sat::Alternative> alternati
 }
 
 template <net::Process P>
+void SearchInstance<P>::set_guess(std::size_t i, std::span<const Event* const> events) {
+  base::IndexedBy<Event, bool> is_guessed(process().events.size());
+  for (const Event* event : events) is_guessed[*event] = true;
+  guess_.clear();
+  for (const auto& event : process().events) {
+    const sat::Lit lit = configurations_[i]->vars.variable_of(*event);
+    if (!lit.is_uninit()) guess_.push_back(is_guessed[*event] ? lit : ~lit);
+  }
+}
+
+template <net::Process P>
 bool SearchInstance<P>::solve_formula() {
+  if (!guess_.empty()) {
+    constexpr std::uint64_t most_conflicts = 100;  // nearly all follows from the guess
+    const sat::Lits guess = std::exchange(guess_, {});
+    if (formula_.solve_assuming(guess, most_conflicts).value_or(false)) return true;
+  }
   const std::optional<bool> answer = alternatives_.solve(formula_);
   return answer ? *answer : formula_.solve();
 }

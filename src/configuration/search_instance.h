@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "configuration/acyclicity.h"
@@ -52,6 +53,10 @@ class SearchInstance {
   // To be tried first in the next solve(): one of them is true in each model.
   void set_alternatives(std::vector<sat::Alternative> alternatives);
 
+  // Events that may be those of the i-th configuration in a model: to be tried first in the next
+  // solve(). Nothing follows if they are not.
+  void set_guess(std::size_t i, std::span<const Event* const> events);
+
   // A model of least cost, as sat/core_guided.h tells; nothing is to be added to the instance after
   // that.
   std::optional<std::uint64_t> find_least_cost(std::span<const sat::WeightedLit> cost,
@@ -84,6 +89,7 @@ class SearchInstance {
   sat::CnfFormula formula_;
   std::vector<std::unique_ptr<Configuration>> configurations_;
   sat::AlternativeSearch alternatives_;
+  sat::Lits guess_;     // to be assumed in the next solve
   bool is_new_ = true;  // not solved yet
 };
 

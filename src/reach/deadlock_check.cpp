@@ -8,6 +8,7 @@
 #include "configuration/dummy_cutoffs.h"
 #include "configuration/validation.h"
 #include "reach/deadlock_encoding.h"
+#include "reach/deadlock_walk.h"
 
 namespace vorel::reach {
 namespace {
@@ -36,6 +37,18 @@ DeadlockCheck<P>::DeadlockCheck(const P& process, const configuration::SearchOpt
   }
 }
 
+// Where all deadlocks are asked for, or the nearest, or the formula itself, one that happens to be
+// met is of no use.
+template <net::Process P>
+auto DeadlockCheck<P>::run_into_deadlock() const -> Run requires P::is_merged {
+  constexpr std::uint64_t steps_per_event = 200;
+  const auto& options = this->options();
+  if (options.all_solutions != 0 || options.min_cost || options.encoding.formula.store_cnf_formula)
+    return {};
+  return DeadlockWalk<P>(this->process(), this->structure().instances())
+      .find(steps_per_event * this->process().events.size());
+}
+
 template <net::Process P>
 void DeadlockCheck<P>::encode(sat::ClauseGroup) {
   auto& instance = this->instance();
@@ -46,6 +59,14 @@ void DeadlockCheck<P>::encode(sat::ClauseGroup) {
     encoding.encode_deadlock_with_cutoffs();
   } else {
     encoding.encode_deadlock_ignoring_cutoffs();
+  }
+  if constexpr (P::is_merged) {
+    const Run run = run_into_deadlock();
+    if (run.empty()) {
+      encoding.encode_marking_bounds();
+    } else {
+      instance.set_guess(0, run);  // the formula has the last word
+    }
   }
 }
 

@@ -21,6 +21,11 @@ class DeadlockCheck : public configuration::SearchEngine<P> {
  protected:
   void encode(sat::ClauseGroup group) override;
   bool validate(const results::Solution& solution) const override;
+
+ private:
+  using Run = std::vector<const typename P::Event*>;
+
+  Run run_into_deadlock() const requires P::is_merged;
 };
 
 }  // namespace vorel::reach

@@ -167,8 +167,6 @@ void DeadlockEncoding<P>::encode_dead_marking() {
   }
 }
 
-// What the net alone says of its dead markings. Redundant, and of no use where nearly every
-// condition has but one past, as in a prefix.
 template <net::Process P>
 void DeadlockEncoding<P>::encode_marking_bounds() requires P::is_merged {
   constexpr std::uint64_t few = 10, steps_each = 5000;
@@ -201,17 +199,13 @@ void DeadlockEncoding<P>::encode_marking_bounds() requires P::is_merged {
 template <net::Process P>
 void DeadlockEncoding<P>::encode_deadlock_with_cutoffs() {
   encode_dead_cut();
-  if constexpr (P::is_merged) {
-    encode_dead_marking();
-    encode_marking_bounds();
-  }
+  if constexpr (P::is_merged) encode_dead_marking();
 }
 
 template <net::Process P>
 void DeadlockEncoding<P>::encode_deadlock_ignoring_cutoffs() {
   encode_dead_marking();
   encode_progress();
-  if constexpr (P::is_merged) encode_marking_bounds();
 }
 
 #define INSTANTIATE(P) template class DeadlockEncoding<P>;

@@ -26,6 +26,10 @@ class DeadlockEncoding {
   // for what they say of the completeness of the prefix.
   void encode_deadlock_ignoring_cutoffs();
 
+  // What the net alone says of its dead markings, after one of the methods. Redundant, and of no
+  // use where nearly every condition has but one past, as in a prefix.
+  void encode_marking_bounds() requires P::is_merged;
+
  private:
   using Event = typename P::Event;
   using Condition = typename P::Condition;
@@ -34,7 +38,6 @@ class DeadlockEncoding {
   void encode_dead_cut();
   void encode_dead_marking();
   void encode_progress();
-  void encode_marking_bounds() requires P::is_merged;
   std::vector<const Transition*> transitions_to_disable() const;
   bool start_with_unproduced(const Event& event);
   void append_consumers(const Condition& condition);
