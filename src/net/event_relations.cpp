@@ -135,39 +135,6 @@ void EventRelations::mark_after(EventRelation relation, std::size_t first) {
   }
 }
 
-std::vector<Event*> causal_future(const StgPrefix& prefix, std::span<Event* const> events) {
-  base::MarkSet<Event> seen(prefix.events.size());
-  std::vector<Event*> future;
-  const auto visit = [&seen, &future](Event* event) {
-    if (seen.insert(*event)) future.push_back(event);
-  };
-  std::ranges::for_each(events, visit);
-  for (std::size_t next = 0; next < future.size(); ++next) {
-    for (const Condition* condition : future[next]->postset) {
-      std::ranges::for_each(condition->postset, visit);
-    }
-  }
-  std::ranges::sort(future, {}, &Event::index);
-  return future;
-}
-
-std::vector<const Event*> enabled_events(const StgPrefix& prefix,
-                                         std::span<const Event* const> configuration) {
-  base::MarkSet<Event> has_happened(prefix.events.size());
-  for (const Event* event : configuration) has_happened.insert(*event);
-  const auto is_marked = [&has_happened](const Condition* condition) {
-    return (condition->is_initial() || has_happened.contains(*condition->pre_event)) &&
-           std::ranges::none_of(condition->postset, [&has_happened](const Event* consumer) {
-             return has_happened.contains(*consumer);
-           });
-  };
-  std::vector<const Event*> enabled;
-  for (const auto& event : prefix.events) {
-    if (std::ranges::all_of(event->preset, is_marked)) enabled.push_back(event.get());
-  }
-  return enabled;
-}
-
 std::vector<CoSet> co_sets(const StgPrefix& prefix, std::span<const StgPlace* const> places) {
   assert(!places.empty());
   return CoSetSearch(prefix, places).run();

@@ -1,14 +1,12 @@
 // net/event_relations.h - conflict, causality and concurrency in a prefix.
-// Here:      how any event or condition relates to a chosen one; co-sets; events after others;
-//            what a configuration enables.
+// Here:      how any event or condition relates to a chosen one; co-sets.
 // Not here:  local configurations (net/causality.h).
 //
 // No relation is stored: the past of the chosen element is marked, then all that is in conflict
 // with it or follows it. A choice takes time linear in the links of the prefix at most, and a byte
 // and a pointer per event are all the memory; a table of all pairs would be quadratic. So ask all
 // about one choice before the next. Events need not be numbered causally. The prefix must not
-// change meanwhile,
-// but all of this works within an edit, too (net/edit.h).
+// change meanwhile, but all of this works within an edit, too (net/edit.h).
 #pragma once
 
 #include <cstdint>
@@ -50,15 +48,6 @@ class EventRelations {
   base::IndexedBy<Event, EventRelation> relation_;
   std::vector<Event*> marked_;  // all that are not concurrent; the scratch of the walks as well
 };
-
-// The events and all their causal successors, by index.
-std::vector<StgPrefix::Event*> causal_future(const StgPrefix& prefix,
-                                             std::span<StgPrefix::Event* const> events);
-
-// The events, cut-offs included, that can occur next after the configuration, by index. The events
-// given must be a configuration.
-std::vector<const StgPrefix::Event*> enabled_events(
-    const StgPrefix& prefix, std::span<const StgPrefix::Event* const> configuration);
 
 // A set of conditions that some cut has all of, by place.
 using CoSet = std::vector<StgPrefix::Condition*>;

@@ -325,10 +325,6 @@ class Builder {
 
 }  // namespace
 
-std::vector<InitialValue> parse_initial_values(std::string_view list) {
-  return values_in(list, " \t\v\f\r\n,");
-}
-
 std::optional<Circuit> read_circuit_text(std::string_view text, const std::string& shown_name,
                                          const net::Stg& stg,
                                          std::span<const toolkit::LibraryGate> library,

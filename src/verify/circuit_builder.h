@@ -35,10 +35,6 @@ struct InitialValue {
   bool operator==(const InitialValue&) const = default;
 };
 
-// Of a list such as "a !b c", where "!" stands before the names of wires that are low; blanks and
-// commas separate.
-std::vector<InitialValue> parse_initial_values(std::string_view list);
-
 struct CircuitOptions {
   std::string top = {};               // the module; empty: the only one that is no gate's
   bool zero_delay_inverters = false;  // all, as if each stood below the pragma

@@ -51,32 +51,6 @@ void expect_relations(const StgPrefix& prefix) {
   }
 }
 
-void expect_configurations(const StgPrefix& prefix, oracle::Random& random) {
-  Events configuration = oracle::causes_of<Stg>({});
-  for (int i = 0; i < 6; ++i) {
-    const auto& event = *prefix.events[random.below(prefix.events.size())];
-    const Events larger = joined(configuration, oracle::local_configuration<Stg>(event));
-    if (oracle::is_conflict_free<Stg>(larger)) configuration = larger;
-    std::vector<const Event*> enabled;
-    for (const auto& next : prefix.events) {
-      const Events with_it = joined(configuration, oracle::local_configuration<Stg>(*next));
-      if (with_it.size() == configuration.size() + 1 && oracle::is_conflict_free<Stg>(with_it)) {
-        enabled.push_back(next.get());
-      }
-    }
-    EXPECT_EQ(enabled_events(prefix, std::vector(configuration.begin(), configuration.end())),
-              enabled);
-  }
-  Event* const two[] = {prefix.events[random.below(prefix.events.size())].get(),
-                        prefix.events[random.below(prefix.events.size())].get()};
-  std::vector<Event*> future;
-  for (const auto& event : prefix.events) {
-    const Events past = oracle::local_configuration<Stg>(*event);
-    if (past.contains(two[0]) || past.contains(two[1])) future.push_back(event.get());
-  }
-  EXPECT_EQ(causal_future(prefix, two), future);
-}
-
 void expect_co_sets(const StgPrefix& prefix, oracle::Random& random) {
   std::vector<const StgPlace*> places;
   for (const auto& place : prefix.places) places.push_back(place.get());
@@ -107,7 +81,6 @@ TEST(EventRelations, AreThoseOfTheConfigurationsOfRandomPrefixes) {
     ++compared;
     oracle::Random random(seed);
     expect_relations(*prefix);
-    expect_configurations(*prefix, random);
     expect_co_sets(*prefix, random);
   });
   EXPECT_GT(compared, tried / 2);

@@ -1,14 +1,20 @@
 #include "verify/random_circuit.h"
 
-#include <algorithm>
-#include <cassert>
 #include <map>
 #include <optional>
-
-#include "oracle/table_relation.h"
+#include <utility>
+#include <vector>
 
 namespace vorel::verify_testing {
 namespace {
+
+// A gate as a table of next values: bit i of the row is input i, the bit after them the output.
+struct TableGate {
+  std::string output;
+  std::vector<std::string> inputs;
+  std::vector<bool> next;
+};
+using TableCircuit = std::vector<TableGate>;
 
 std::size_t row_bit(std::size_t input) { return std::size_t{1} << input; }
 
@@ -67,8 +73,8 @@ TableGate gate_for(const net::Stg& stg, NextValues values, std::uint32_t signal,
   return gate;
 }
 
-TableGate buffer(const std::string& output, const std::string& input, bool inverts) {
-  return {output, {input}, {inverts, !inverts, inverts, !inverts}};
+TableGate buffer(const std::string& output, const std::string& input) {
+  return {output, {input}, {false, true, false, true}};
 }
 
 // For each row of the gate with the output at a value: a gate that does not depend on its own.
@@ -80,22 +86,7 @@ TableGate half(const TableGate& gate, const std::string& output, bool at, bool c
   return result;
 }
 
-bool has_influence(const TableGate& gate, std::size_t input) {
-  for (std::size_t row = 0; row < gate.next.size(); ++row)
-    if (gate.next[row] != gate.next[row ^ row_bit(input)]) return true;
-  return false;
-}
-
-}  // namespace
-
-TableCircuit random_circuit(const net::Stg& stg, const oracle::StateGraph<net::Stg>& graph,
-                            const oracle::Values& initial, oracle::Random& random) {
-  TableCircuit circuit;
-  for (std::uint32_t s = stg.inputs_end; s < stg.internals_end; ++s)
-    circuit.push_back(gate_for(stg, next_values(stg, graph, initial, s), s, random));
-  return circuit;
-}
-
+// Puts a wire between two gates, or splits a gate in three around a C-element.
 void split(TableCircuit& circuit, oracle::Random& random) {
   TableGate& gate = circuit[random.below(circuit.size())];
   const std::string wire = "w" + std::to_string(circuit.size());
@@ -106,14 +97,14 @@ void split(TableCircuit& circuit, oracle::Random& random) {
       inner.inputs.push_back(output);
       for (std::size_t row = 0; row < 2 * gate.next.size(); ++row)
         inner.next.push_back(gate.next[row % gate.next.size()]);
-      gate = buffer(output, wire, false);
+      gate = buffer(output, wire);
       circuit.push_back(inner);
       return;
     }
     case 1: {  // before an input
       if (gate.inputs.empty()) return;
       std::string& input = gate.inputs[random.below(gate.inputs.size())];
-      circuit.push_back(buffer(wire, std::exchange(input, wire), false));
+      circuit.push_back(buffer(wire, std::exchange(input, wire)));
       return;
     }
     default: {
@@ -126,70 +117,54 @@ void split(TableCircuit& circuit, oracle::Random& random) {
   }
 }
 
-void mutate(TableCircuit& circuit, oracle::Random& random) {
-  TableGate& gate = circuit[random.below(circuit.size())];
-  const std::size_t kind = random.below(gate.inputs.size() < 2 ? 2 : 3);
-  if (kind == 0 || gate.inputs.empty()) {
-    const std::size_t row = random.below(gate.next.size());
-    gate.next[row] = !gate.next[row];
-  } else if (kind == 1) {
-    const std::size_t bit = row_bit(random.below(gate.inputs.size()));
-    const std::vector<bool> next = gate.next;
-    for (std::size_t row = 0; row < next.size(); ++row) gate.next[row] = next[row ^ bit];
-  } else {
-    random.shuffle(gate.inputs);
+// The rows at which the gate is about to be high, as a sum of products.
+std::string text_of(TableGate gate) {
+  gate.inputs.push_back(gate.output);
+  std::string text;
+  for (std::size_t row = 0; row < gate.next.size(); ++row) {
+    if (!gate.next[row]) continue;
+    text += text.empty() ? "" : " | ";
+    for (std::size_t i = 0; i < gate.inputs.size(); ++i)
+      text += std::string(i == 0 ? "" : " & ") + (row & row_bit(i) ? "" : "~") + gate.inputs[i];
+  }
+  return "    assign " + gate.output + " = " + (text.empty() ? "1'b0" : text) + ";\n";
+}
+
+// As often as there are gates, those of wires that are no signals and not at rest flip.
+void settle(const TableCircuit& circuit, std::map<std::string, bool>& values) {
+  const auto signals = values;
+  for (std::size_t round = 0; round < circuit.size(); ++round) {
+    for (const TableGate& gate : circuit) {
+      if (signals.contains(gate.output)) continue;
+      std::size_t row = values[gate.output] ? row_bit(gate.inputs.size()) : 0;
+      for (std::size_t i = 0; i < gate.inputs.size(); ++i)
+        row |= values[gate.inputs[i]] ? row_bit(i) : 0;
+      values[gate.output] = gate.next[row];
+    }
   }
 }
 
-oracle::Circuit oracle_circuit(const TableCircuit& circuit) {
-  oracle::Circuit result;
-  for (const TableGate& gate : circuit)
-    result.gates.push_back(
-        {gate.output, gate.inputs, [gate](const std::vector<bool>& inputs, bool output) {
-           std::size_t row = output ? row_bit(inputs.size()) : 0;
-           for (std::size_t i = 0; i < inputs.size(); ++i) row += inputs[i] ? row_bit(i) : 0;
-           return bool{gate.next[row]};
-         }});
-  return result;
-}
+}  // namespace
 
-verify::Circuit circuit_of(const TableCircuit& circuit, const net::Stg& stg,
-                           const oracle::Values& initial) {
-  verify::Circuit result;
-  std::map<std::string, verify::WireId> wires;
-  const auto add_wire = [&](const std::string& name, std::optional<net::SignalId> signal) {
-    const auto number = static_cast<std::uint32_t>(result.wires.size());
-    if (!wires.emplace(name, verify::WireId{number}).second) return;
-    result.wires.push_back({name, signal && initial[signal->value] != 0, signal});
-  };
-  for (const net::SignalId s : stg.visible_signals()) add_wire(stg.signals[s.value]->name, s);
-  for (const TableGate& gate : circuit) add_wire(gate.output, std::nullopt);
-  for (const TableGate& table : circuit) {
-    verify::Gate gate{"g_" + table.output, 0, wires.at(table.output), {}, {}};
-    std::vector<bdd::Bdd> variables;  // one without influence has that of the next
-    for (std::size_t i = 0; i <= table.inputs.size(); ++i) {
-      variables.push_back(bdd::bdd_variable(static_cast<std::uint32_t>(gate.inputs.size())));
-      if (i < table.inputs.size() && has_influence(table, i))
-        gate.inputs.push_back(wires.at(table.inputs[i]));
-    }
-    gate.function =
-        oracle::bdd_of_values(variables, [&](std::uint32_t row) { return bool{table.next[row]}; });
-    result.gates.push_back(std::move(gate));
+std::string random_module(const net::Stg& stg, const oracle::StateGraph<net::Stg>& graph,
+                          const oracle::Values& initial, oracle::Random& random) {
+  TableCircuit circuit;
+  std::map<std::string, bool> values;
+  std::string ports, directions, text;
+  for (std::uint32_t s = 0; s < stg.internals_end; ++s) {
+    const std::string& name = stg.signals[s]->name;
+    values[name] = initial[s] != 0;
+    ports += (ports.empty() ? "" : ", ") + name;
+    directions += std::string(s < stg.inputs_end ? "    input " : "    output ") + name + ";\n";
+    if (s >= stg.inputs_end)
+      circuit.push_back(gate_for(stg, next_values(stg, graph, initial, s), s, random));
   }
-  std::vector<bool> values;
-  for (const verify::Wire& wire : result.wires) values.push_back(wire.initial_value);
-  for (std::size_t round = 0; round < result.gates.size(); ++round) {
-    for (const verify::Gate& gate : result.gates) {
-      verify::Wire& output = result.wires[gate.output.value];
-      if (output.signal) continue;
-      std::vector<int> inputs;
-      for (const verify::WireId input : gate.inputs)
-        inputs.push_back(result.wires[input.value].initial_value ? 1 : 0);
-      inputs.push_back(output.initial_value ? 1 : 0);
-      output.initial_value = gate.function.evaluate(inputs);
-    }
-  }
-  return result;
+  for (std::uint32_t i = random.below(4); i > 0; --i) split(circuit, random);
+  for (const TableGate& gate : circuit) text += text_of(gate);
+  settle(circuit, values);
+  text += "    // initial values of the signals\n    //";
+  for (const auto& [wire, value] : values) text += (value ? " " : " !") + wire;
+  return "module m(" + ports + ");\n" + directions + text + "\nendmodule\n";
 }
 
 }  // namespace vorel::verify_testing

@@ -5,41 +5,19 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
+#include <utility>
 
-#include "oracle/coding.h"
+#include "net/clone_net.h"
+#include "oracle/netlist.h"
+#include "oracle/netlist_mutations.h"
 #include "oracle/parse_g.h"
 #include "oracle/random_stg.h"
 #include "support/seeds.h"
+#include "verify/circuit_builder.h"
 #include "verify/random_circuit.h"
 
 namespace vorel::verify {
 namespace {
-
-using verify_testing::TableCircuit;
-
-using Function = std::function<bool(const std::vector<bool>& inputs, bool output)>;
-
-verify_testing::TableGate gate(const std::string& output, const std::vector<std::string>& inputs,
-                               const Function& next) {
-  verify_testing::TableGate result{output, inputs, {}};
-  for (std::size_t row = 0; row < std::size_t{2} << inputs.size(); ++row) {
-    std::vector<bool> values;
-    for (std::size_t i = 0; i < inputs.size(); ++i) values.push_back((row >> i & 1u) != 0);
-    result.next.push_back(next(values, (row >> inputs.size() & 1u) != 0));
-  }
-  return result;
-}
-bool all_of(const std::vector<bool>& inputs, bool) {
-  return std::ranges::all_of(inputs, std::identity{});
-}
-bool any_of(const std::vector<bool>& inputs, bool) {
-  return std::ranges::any_of(inputs, std::identity{});
-}
-bool c_element(const std::vector<bool>& inputs, bool now) {
-  return now ? any_of(inputs, now) : all_of(inputs, now);
-}
-bool first_only(const std::vector<bool>& inputs, bool) { return inputs[0] && !inputs[1]; }
 
 constexpr const char* c_element_stg =
     ".inputs a b\n.outputs c\n.graph\na+ c+\nb+ c+\nc+ a- b-\na- c-\nb- c-\nc- a+ b+\n"
@@ -53,18 +31,25 @@ constexpr const char* mutex_stg =
     ".inputs r s\n.outputs g h\n.graph\nr+ g+\nme g+\ng+ r-\nr- g-\ng- r+ me\n"
     "s+ h+\nme h+\nh+ s-\ns- h-\nh- s+ me\n.marking { me <g-,r+> <h-,s+> }\n.end\n";
 
+// An STG, its states, and a circuit as the verifier and as the exploration see it.
 struct Subject {
-  net::Stg stg;
-  Circuit circuit;
+  const net::Stg stg;
+  const oracle::StateGraph<net::Stg> graph;
+  const oracle::Values initial;
+  const oracle::Circuit explored;
+  const oracle::CircuitStates states;
+  const Circuit circuit;
 
-  Subject(const char* text, const TableCircuit& gates) : stg{*oracle::parse_g(text)} {
+  Subject(net::Stg of, const std::string& module)
+      : stg{with_values(std::move(of))},
+        graph{oracle::explore(stg)},
+        initial{*oracle::find_initial_values(stg, graph)},
+        explored{oracle::read_netlist(module, {}).circuit},
+        states{stg, graph, initial, explored},
+        circuit{*read_circuit_text(module, "m.v", stg, {}, {})} {}
+  static net::Stg with_values(net::Stg stg) {
     EXPECT_TRUE(oracle::assign_initial_values(stg));
-    const auto graph = oracle::explore(stg);
-    circuit = verify_testing::circuit_of(gates, stg, *oracle::find_initial_values(stg, graph));
-  }
-  WireId wire(const std::string& name) const {
-    const auto found = std::ranges::find(circuit.wires, name, &Wire::name);
-    return {static_cast<std::uint32_t>(found - circuit.wires.begin())};
+    return stg;
   }
   std::string text_of(const std::vector<TraceEdge>& trace) const {
     std::string text;
@@ -85,14 +70,14 @@ struct Subject {
 };
 
 // Each answer is that of the exploration, and each trace shows there that it is no.
-void compare(const Verification& verification, const Circuit& circuit,
-             const oracle::CircuitStates& states) {
+void compare(const Verification& verification, const Subject& subject) {
+  const oracle::CircuitStates& states = subject.states;
   EXPECT_EQ(states.faults().obstacle, "");
   for (std::size_t q = 0; q < question_count; ++q)
     EXPECT_EQ(verification.answers[q],
               states.faults().faults[q].empty() ? Answer::holds : Answer::fails)
         << q << ": " << states.faults().faults[q];
-  const auto name_of = [&](WireId wire) { return circuit.wires[wire.value].name; };
+  const auto name_of = [&](WireId wire) { return subject.circuit.wires[wire.value].name; };
   for (const Finding& finding : verification.findings) {
     std::vector<oracle::CircuitEdge> trace;
     for (const TraceEdge& edge : finding.trace) trace.push_back({name_of(edge.wire), edge.rises});
@@ -101,108 +86,87 @@ void compare(const Verification& verification, const Circuit& circuit,
   }
 }
 
+// As vorel writes it, with one statement a line.
+std::string module_of(const char* stg, const std::vector<std::string>& assignments) {
+  const net::Stg parsed = *oracle::parse_g(stg);
+  std::string ports, text;
+  for (const auto& signal : parsed.signals) {
+    ports += (ports.empty() ? "" : ", ") + signal->name;
+    text +=
+        (signal->index < parsed.inputs_end ? "    input " : "    output ") + signal->name + ";\n";
+  }
+  for (const std::string& assignment : assignments) text += "    assign " + assignment + ";\n";
+  return "module m(" + ports + ");\n" + text + "endmodule\n";
+}
+
 TEST(Verifier, KnowsTheClassics) {
-  const auto buffer = [](const char* output, const char* input) {
-    return gate(output, {input}, all_of);
-  };
-  const Function zero = [](const auto&, bool) { return false; };
   const struct {
     const char* name;
     const char* stg;
-    TableCircuit gates;
+    std::vector<std::string> assignments;
     const char* answers;
   } cases[] = {
-      {"a C-element", c_element_stg, {gate("c", {"a", "b"}, c_element)}, "yyyyy"},
+      {"a C-element", c_element_stg, {"c = a & b | c & (a | b)"}, "yyyyy"},
       {"a C-element of four gates",
        c_element_stg,
-       {gate("ab", {"a", "b"}, all_of), gate("ac", {"a", "c"}, all_of),
-        gate("bc", {"b", "c"}, all_of), gate("c", {"ab", "ac", "bc"}, any_of)},
+       {"ab = a & b", "ac = a & c", "bc = b & c", "c = ab | ac | bc"},
        "ynnyy | a+ b+ ab+ c+ a- ab- c-  | a+ b+ ab+ c+ a- "},
-      {"an inverted buffer",
-       buffer_stg,
-       {gate("z", {"a"}, [](const auto& inputs, bool) { return !inputs[0]; })},
-       "nnnnn |  | z+  | a+  | a+  | a+ "},
-      {"an output that stands still", buffer_stg, {gate("z", {"a"}, zero)}, "yyynn | a+  | a+ "},
-      {"one of two that stands still",
-       two_buffers_stg,
-       {buffer("y", "a"), gate("z", {}, zero)},
-       "yyyny | b+ "},
-      {"an arbiter by the choice of the STG",
-       mutex_stg,
-       {gate("g", {"r", "h"}, first_only), gate("h", {"s", "g"}, first_only)},
-       "yyyyy"},
+      {"an inverted buffer", buffer_stg, {"z = ~a"}, "nnnnn |  | z+  | a+  | a+  | a+ "},
+      {"an output that stands still", buffer_stg, {"z = 1'b0"}, "yyynn | a+  | a+ "},
+      {"one of two that stands still", two_buffers_stg, {"y = a", "z = 1'b0"}, "yyyny | b+ "},
+      {"an arbiter by the choice of the STG", mutex_stg, {"g = r & ~h", "h = s & ~g"}, "yyyyy"},
       {"one that always prefers the same",
        mutex_stg,
-       {gate("g", {"r", "h"}, first_only), gate("h", {"s", "g", "r"},
-                                                [](const auto& inputs, bool now) {
-                                                  return inputs[0] && !inputs[1] &&
-                                                         (now || !inputs[2]);
-                                                })},
+       {"g = r & ~h", "h = s & ~g & (h | ~r)"},
        "yynny | s+ r+  | r+ s+ "},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    const Subject subject(c.stg, c.gates);
+    const Subject subject(*oracle::parse_g(c.stg), module_of(c.stg, c.assignments));
     EXPECT_EQ(subject.answers(), c.answers);
-    const oracle::Circuit explored = verify_testing::oracle_circuit(c.gates);
-    const auto graph = oracle::explore(subject.stg);
-    const auto initial = *oracle::find_initial_values(subject.stg, graph);
-    compare(*verify(subject.stg, subject.circuit), subject.circuit,
-            {subject.stg, graph, initial, explored});
+    compare(*verify(subject.stg, subject.circuit), subject);
   }
 }
 
 TEST(Verifier, LeavesUndecidedWhatLimitsLeaveOpen) {
-  TableCircuit chain{gate("z", {"w1"}, all_of)};
+  std::vector<std::string> chain{"z = w1"};
   for (int i = 1; i < 30; ++i)
-    chain.push_back(gate("w" + std::to_string(i), {"w" + std::to_string(i + 1)}, all_of));
-  chain.push_back(gate("w30", {"a"}, all_of));
-  VerifierOptions limited;
-  limited.limits.max_events = 10;
-  const Subject right(buffer_stg, chain);
-  EXPECT_EQ(right.answers(), "yyyyy");
-  EXPECT_EQ(right.answers(limited), "y????");
-  chain.push_back(gate("v", {"w30", "w29"}, first_only));
-  EXPECT_EQ(Subject(buffer_stg, chain).answers(limited), "y?n?? | a+ w30+ w29+ ");
-}
-
-TEST(Verifier, LetsDeclaredMutexesArbitrate) {
-  Subject subject(mutex_stg,
-                  {gate("g", {"gm", "h"}, first_only), gate("h", {"hm", "g"}, first_only),
-                   gate("gm", {"r", "hm"}, first_only), gate("hm", {"s", "gm"}, first_only)});
-  EXPECT_EQ(subject.answers().substr(0, 5), "yynny");
-  const std::pair pair(subject.wire("gm"), subject.wire("hm"));
-  subject.circuit.mutexes = {pair, {subject.wire("g"), subject.wire("r")}};
-  const auto verification = verify(subject.stg, subject.circuit);
-  ASSERT_TRUE(verification);
-  EXPECT_EQ(verification->verdict(), Answer::holds);
-  EXPECT_EQ(verification->arbiters, std::vector{pair});
+    chain.push_back("w" + std::to_string(i) + " = w" + std::to_string(i + 1));
+  chain.push_back("w30 = a");
+  const auto answers = [&](int most_events) {
+    VerifierOptions limited;
+    limited.limits.max_events = most_events;
+    return Subject(*oracle::parse_g(buffer_stg), module_of(buffer_stg, chain)).answers(limited);
+  };
+  EXPECT_EQ(answers(1000), "yyyyy");
+  EXPECT_EQ(answers(10), "y????");
+  chain.push_back("v = w30 & ~w29");
+  EXPECT_EQ(answers(10), "y?n?? | a+ w30+ w29+ ");
 }
 
 TEST(Verifier, AgreesWithAllReachableStates) {
   std::array<unsigned, question_count + 1> count{};  // of those with a fault; the last: correct
-  const auto seeds = support::seeds(300);
-  for (std::uint64_t seed = seeds.first; seed < seeds.end; ++seed) {
-    SCOPED_TRACE(seed);
+  support::for_each_seed(300, [&](std::uint64_t seed) {
     oracle::Random random(seed);
-    net::Stg stg = oracle::random_stg(seed, {random.chance(40), random.chance(20), 150});
-    ASSERT_TRUE(oracle::assign_initial_values(stg));
+    const net::Stg stg = oracle::random_stg(seed, {random.chance(40), random.chance(20), 150});
+    if (stg.inputs_end == stg.internals_end) return;
     const auto graph = oracle::explore(stg);
-    const auto initial = *oracle::find_initial_values(stg, graph);
-    if (stg.inputs_end == stg.internals_end) continue;
-    TableCircuit table = verify_testing::random_circuit(stg, graph, initial, random);
-    for (std::uint32_t i = random.below(4); i > 0; --i) verify_testing::split(table, random);
-    if (random.chance(40)) verify_testing::mutate(table, random);
-    const oracle::Circuit explored = verify_testing::oracle_circuit(table);
-    const oracle::CircuitStates states(stg, graph, initial, explored);
-    const Circuit circuit = verify_testing::circuit_of(table, stg, initial);
-    const auto verification = verify(stg, circuit);
+    std::string module =
+        verify_testing::random_module(stg, graph, *oracle::find_initial_values(stg, graph), random);
+    const auto kind =
+        static_cast<oracle::NetlistMutation>(random.below(2 * oracle::netlist_mutation_count));
+    // Half of them stay as they are; other initial values than the STG has are refused.
+    if (kind != oracle::NetlistMutation::initial_value_flipped)
+      module = oracle::mutated(module, kind, {}, random).value_or(module);
+    SCOPED_TRACE(module);
+    const Subject subject(net::clone_net(stg), module);
+    const auto verification = verify(subject.stg, subject.circuit);
     ASSERT_TRUE(verification);
-    compare(*verification, circuit, states);
+    compare(*verification, subject);
     for (const Finding& finding : verification->findings)
       ++count[static_cast<std::size_t>(finding.question)];
     if (verification->verdict() == Answer::holds) ++count.back();
-  }
+  });
   for (std::size_t i = 0; i < count.size(); ++i)
     RecordProperty("count" + std::to_string(i), count[i]);
   EXPECT_TRUE(std::ranges::all_of(count, [](unsigned number) { return number > 0; }));
