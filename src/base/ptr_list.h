@@ -1,10 +1,12 @@
 // base/ptr_list.h - a compact growable array of plain, non-owning pointers: the adjacency lists of
 // nets and processes.
-// Here:      16 bytes and no more for up to one element, amortised growth, iteration, erasing.
+// Here:      16 bytes and no more for up to one element, amortised growth, iteration, erasing; items
+//            in memory of somebody else.
 // Not here:  ownership of the elements (see OwnedList, below).
 // Duplicates are allowed; the order is the caller's.
 #pragma once
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <cstdlib>
@@ -29,7 +31,7 @@ class PtrList {
   PtrList(const PtrList&) = delete;
   PtrList& operator=(const PtrList&) = delete;
   ~PtrList() {
-    if (!is_inline()) std::free(store_.many);
+    if (!is_inline() && !is_borrowed()) std::free(store_.many);
   }
 
   std::uint32_t size() const { return size_; }
@@ -46,21 +48,32 @@ class PtrList {
   }
 
   void push_back(T* item) {
-    if (size_ == capacity_) reserve(2 * capacity_ + 2);
+    if (size_ >= capacity_) reserve(2 * size_ + 2);
     begin()[size_++] = item;
   }
   // Exact: one allocation, or none, when the final size is known beforehand.
   void reserve(std::uint32_t capacity) {
-    if (capacity <= capacity_) return;
+    if (capacity <= capacity_ || capacity <= size_) return;
+    if (is_borrowed()) capacity = std::max(capacity, 2u);
     const std::size_t bytes = std::size_t{capacity} * sizeof(T*);
-    if (is_inline()) {
+    if (is_inline() || is_borrowed()) {
       T** const items = static_cast<T**>(reallocate_block(nullptr, bytes));
-      items[0] = store_.one;
+      std::copy(begin(), end(), items);
       store_.many = items;
     } else {
       store_.many = static_cast<T**>(reallocate_block(store_.many, bytes));
     }
     capacity_ = capacity;
+  }
+  // Instead of pushing so many items into an empty list: they lie where they are, for as long as
+  // the list has not grown. The list may change them.
+  void borrow(std::span<T*> items) {
+    assert(empty() && is_inline());
+    size_ = static_cast<std::uint32_t>(items.size());
+    if (size_ == 1) store_.one = items.front();
+    if (size_ <= 1) return;
+    store_.many = items.data();
+    capacity_ = 0;
   }
   void erase(T** first, T** last) {
     assert(begin() <= first && first <= last && last <= end());
@@ -74,6 +87,7 @@ class PtrList {
 
  private:
   bool is_inline() const { return capacity_ == 1; }
+  bool is_borrowed() const { return capacity_ == 0; }
   void swap(PtrList& other) noexcept {
     std::swap(store_, other.store_);
     std::swap(size_, other.size_);
@@ -87,7 +101,7 @@ class PtrList {
   };
   Store store_{nullptr};
   std::uint32_t size_ = 0;
-  std::uint32_t capacity_ = 1;  // 1: the element is in the store itself
+  std::uint32_t capacity_ = 1;  // 1: the element is in the store itself; 0: no memory of its own
 };
 
 // The top-level list that owns its elements; the position of an element equals its `index`.

@@ -16,18 +16,29 @@
 #include <cassert>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <ostream>
 #include <span>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "base/large_blocks.h"
 #include "net/net.h"
 
 namespace vorel::net {
 
 template <class N>
 struct EventOf;
+
+// Elements of a large process lie side by side in blocks of it. Such an element leaves its memory
+// to these when it is deleted; any other one is given back by itself.
+template <class Element>
+void delete_element(Element* element) {
+  const bool lies_in_block = element->lies_in_block;
+  element->~Element();
+  if (!lies_in_block) ::operator delete(element);
+}
 
 // An occurrence of a place in a prefix.
 template <class N>
@@ -37,9 +48,14 @@ struct ConditionOf {
   // no_index for a condition after a cut-off that its producer left out of the list: a valid object
   // with a place and without consumers, reached only through its event's postset.
   std::uint32_t index = base::no_index;
+  bool lies_in_block = false;
   Event* pre_event = nullptr;  // null for a condition of the initial cut
   typename N::Place* place = nullptr;
   base::PtrList<Event> postset;  // by index
+
+  static void operator delete(ConditionOf* condition, std::destroying_delete_t) {
+    delete_element(condition);
+  }
 
   bool is_initial() const { return pre_event == nullptr; }
   // The producers as a list, as in a merged process: one event or none.
@@ -111,10 +127,13 @@ class CutOffInfo {
 template <class N>
 struct EventOf {
   std::uint32_t index = base::no_index;
+  bool lies_in_block = false;
   base::PtrList<ConditionOf<N>> preset;  // consumed, by index
   typename N::Transition* transition = nullptr;
   CutOffInfo<EventOf> cut_off;
   base::PtrList<ConditionOf<N>> postset;  // produced, by index
+
+  static void operator delete(EventOf* event, std::destroying_delete_t) { delete_element(event); }
 
   bool is_cut_off() const { return cut_off.is_cut_off(); }
   // For readers that know no more than the fact.
@@ -159,6 +178,7 @@ struct PrefixOf : N {
   using Event = EventOf<N>;
   static constexpr bool is_merged = false;
 
+  base::BlockList blocks;
   base::OwnedList<Condition> conditions;
   base::OwnedList<Event> events;
 };

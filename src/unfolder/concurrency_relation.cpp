@@ -52,28 +52,7 @@ bool ConcurrencyRelation::concurrent(ConditionId c, ConditionId d) const {
   return word != row.end() && word->index == asked / 32 && (word->bits >> (asked % 32) & 1u) != 0;
 }
 
-bool ConcurrencyRelation::may_get_long_rows(std::span<const EventId> batch) const {
-  // By condition: those that its consumers in the batch produce.
-  std::vector<std::uint32_t> behind(rows_.size());
-  std::uint64_t row_count = rows_.size();
-  for (const EventId e : batch) {
-    const UnfoldedEvent& event = process_.event(e);
-    for (const ConditionId c : event.preset()) behind[c] += event.postset_size;
-    row_count += event.postset_size;
-  }
-  std::uint64_t words = word_count_;
-  for (const EventId e : batch) {
-    const UnfoldedEvent& event = process_.event(e);
-    // Each condition that it produces is told to those in its row.
-    std::uint64_t size = event.postset_size;
-    for_each(rows_[shortest_row(event)], [&](ConditionId c) { size += 1 + behind[c]; });
-    words += size * event.postset_size;
-    if (words > longest(row_count)) return true;
-  }
-  return false;
-}
-
-void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
+bool ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
   const auto size = static_cast<std::uint32_t>(batch.size());
   assert(std::ranges::all_of(batch,
                              [&](EventId e) {
@@ -91,6 +70,10 @@ void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
     scratch->count.resize(std::max<std::size_t>(scratch->count.size(), size));
   }
   find_consumers(batch);
+  if (word_count_ > longest(rows_.size()) ||
+      (process_.condition_count() - rows_.size() > most_unseen && may_get_long_rows(batch))) {
+    return false;
+  }
   rows_.resize(process_.condition_count());
   pool_.run(size, [&](std::uint32_t worker, std::uint32_t i) {
     Scratch& scratch = *scratch_[worker];
@@ -105,6 +88,7 @@ void ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
             });
   for (const auto& scratch : scratch_) word_count_ += std::exchange(scratch->new_words, 0);
   for (const Consumer& consumer : consumers_) first_consumer_[consumer.condition] = base::no_index;
+  return true;
 }
 
 void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
@@ -116,6 +100,39 @@ void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
       consumers_.push_back({c, i, std::exchange(first_consumer_[c], own)});
     }
   }
+}
+
+// True if rows can be too long after the batch, as far as the rows of what is consumed tell. To
+// read all of these takes a tenth of the time of entering the batch, which one worker would spend
+// while the others wait: mostly a sample is enough.
+bool ConcurrencyRelation::may_get_long_rows(std::span<const EventId> batch) const {
+  constexpr std::size_t sample_size = 64;
+  const std::uint64_t limit = longest(process_.condition_count());
+  assert(word_count_ <= limit);
+  if (const std::size_t step = batch.size() / sample_size; step > 1) {
+    const std::uint64_t half = (limit - word_count_) / 2;
+    if (most_new_words(batch, step, half / step) <= half / step) return false;
+  }
+  return most_new_words(batch, 1, limit - word_count_) > limit - word_count_;
+}
+
+// At most so many words come with every step-th event of the batch, unless they are more than the
+// limit: then some number above that.
+std::uint64_t ConcurrencyRelation::most_new_words(std::span<const EventId> batch, std::size_t step,
+                                                  std::uint64_t limit) const {
+  std::uint64_t words = 0;
+  for (std::size_t i = step / 2; i < batch.size() && words <= limit; i += step) {
+    const UnfoldedEvent& event = process_.event(batch[i]);
+    // Each condition that it produces is told to those in its row.
+    std::uint64_t size = event.postset_size;
+    for_each(rows_[shortest_row(event)], [&](ConditionId c) {
+      ++size;
+      for (std::uint32_t k = first_consumer_[c]; k != base::no_index; k = consumers_[k].next)
+        size += process_.event(batch[consumers_[k].position]).postset_size;
+    });
+    words += size * event.postset_size;
+  }
+  return words;
 }
 
 // What is consumed with the fewest words in its row.
@@ -192,7 +209,7 @@ void ConcurrencyRelation::divide_rows(std::size_t batch_size) {
   constexpr std::size_t least_words = 1024, sample_rows = 8, sample_words = 8;
   std::uint64_t words = 0;
   for (std::size_t i = 0; i < batch_size; ++i) words += common_[i].size();
-  const std::size_t part_count =
+  std::size_t part_count =
       words < least_words || pool_.size() == 1 ? 1 : parts_of_worker * pool_.size();
   auto& sample = first_words_;
   sample.clear();
@@ -203,6 +220,7 @@ void ConcurrencyRelation::divide_rows(std::size_t batch_size) {
       sample.push_back(common_[i][k].index);
   }
   std::ranges::sort(sample);
+  part_count = std::max<std::size_t>(1, std::min(part_count, sample.size()));
   for (std::size_t part = 1; part < part_count; ++part)
     sample[part] = sample[part * sample.size() / part_count];
   sample.resize(part_count + 1);

@@ -47,9 +47,14 @@ class ConcurrencyRelation {
   // Of the initial conditions only, all pairs of which are concurrent.
   ConcurrencyRelation(const BranchingProcess& process, base::WorkerPool& pool);
 
+  // Of so many conditions that come at once all may be concurrent; more are not entered without a
+  // look at what they come from.
+  static constexpr std::uint64_t most_unseen = 1u << 10;
+
   // Enters the conditions of a batch of events of equal size that has just entered the prefix, in
-  // the order of their conditions.
-  void add_batch(std::span<const EventId> batch);
+  // the order of their conditions. False if nothing is entered, and the relation is of no use any
+  // more: where a row costs more to enter and to read than histories cost to compare.
+  bool add_batch(std::span<const EventId> batch);
 
   bool concurrent(ConditionId c, ConditionId d) const;
   std::span<const Word> row(ConditionId c) const { return rows_[c]; }
@@ -61,12 +66,6 @@ class ConcurrencyRelation {
 
   // Bytes of all rows, nearly.
   std::uint64_t memory() const { return word_count_ * sizeof(Word); }
-  // True where a row costs more to enter and to read than histories cost to compare: where much is
-  // concurrent with most conditions, unless all is small.
-  bool has_long_rows() const { return word_count_ > longest(rows_.size()); }
-  // The same after the batch, which has not been entered yet: true if it can be so, as far as the
-  // rows of what is consumed tell. Takes the time of reading these, or less.
-  bool may_get_long_rows(std::span<const EventId> batch) const;
 
  private:
   // Rows that grow move into arrays of the next power of two; those that they leave are kept for
@@ -104,14 +103,18 @@ class ConcurrencyRelation {
   // Some, so that whoever is done early finds something left.
   static constexpr std::size_t parts_of_worker = 2;
 
-  // Words of so many rows that are not long. Rows may be longer where places have many conditions:
-  // so many histories would have to be compared then.
+  // Much may be concurrent with most conditions as long as all is small: words of so many rows that
+  // are not too long. Rows may be longer where places have many conditions: so many histories would
+  // have to be compared then.
   std::uint64_t longest(std::uint64_t row_count) const {
     const std::uint64_t row_size = row_count > 32ull * process_.net().place_count ? 1024 : 512;
     return std::max<std::uint64_t>(1u << 20, row_count * row_size) / sizeof(Word);
   }
   ConditionId shortest_row(const UnfoldedEvent& event) const;
   void find_consumers(std::span<const EventId> batch);
+  bool may_get_long_rows(std::span<const EventId> batch) const;
+  std::uint64_t most_new_words(std::span<const EventId> batch, std::size_t step,
+                               std::uint64_t limit) const;
   std::span<const Word> common_row(const UnfoldedEvent& event, Room<Word>& room) const;
   void find_partners(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
   void make_rows(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <memory>
 #include <type_traits>
 #include <vector>
 
@@ -38,7 +37,7 @@ class Room {
   // The first blocks are small, for the sake of small nets.
   static constexpr std::size_t first_bytes = 1u << 14;
   struct Block {
-    std::unique_ptr<void, base::FreeBlock> memory;
+    base::Block memory;
     std::size_t size = 0;  // in elements
   };
 
@@ -48,8 +47,7 @@ class Room {
       const std::size_t bytes =
           std::max(count * sizeof(T),
                    std::min(base::huge_page, first_bytes << std::min(used_, std::size_t{10})));
-      blocks_.push_back(
-          {std::unique_ptr<void, base::FreeBlock>(base::allocate_block(bytes)), bytes / sizeof(T)});
+      blocks_.push_back({base::Block(base::allocate_block(bytes)), bytes / sizeof(T)});
     }
     left_ = blocks_[used_++].size;
   }

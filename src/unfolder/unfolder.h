@@ -7,7 +7,6 @@
 // and keep the conditions that they produce.
 #pragma once
 
-#include <array>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -48,28 +47,10 @@ class Unfolder {
   const UnfoldStats& stats() const { return loop_.stats(); }
 
  private:
-  // What a range of events consumes, by parts of the conditions, of which each worker links others.
-  static constexpr std::uint32_t consumer_parts = 32;
-  struct Consumers {
-    struct Link {
-      ConditionId condition;
-      std::uint32_t event;  // its number in the prefix
-    };
-    std::vector<Link> all;
-    std::array<std::uint32_t, consumer_parts> part_ends{};  // in `all`
-  };
-
   bool has_presets() const;
   bool is_initially_safe();
   bool report(UnfoldOutcome outcome);
   void report_unsafe();
-  void make_condition(net::PrefixOf<N>& prefix, ConditionId c) const;
-  void make_event(net::PrefixOf<N>& prefix, std::uint32_t number) const;
-  void list_consumers(std::uint32_t first, std::uint32_t end, Consumers& consumers) const;
-  void link_consumers(net::PrefixOf<N>& prefix, const Consumers& consumers,
-                      std::uint32_t part) const;
-  void set_cut_off(net::EventOf<N>& event, EventId id, const std::vector<std::uint32_t>& numbers,
-                   net::PrefixOf<N>& prefix) const;
 
   N net_;
   const UnfoldOptions options_;

@@ -11,10 +11,6 @@
 namespace vorel::unfolder {
 namespace {
 
-// If so many conditions come at once, and all are concurrent, their rows are as long as they may
-// be: more are not entered without a look at what they come from.
-constexpr std::uint64_t widest_relation = 1u << 10;
-
 // Fewer events are not worth being shared by the workers.
 constexpr std::size_t few_found = 32;
 
@@ -65,7 +61,7 @@ UnfoldingLoop::UnfoldingLoop(const FlatNet& net, const UnfoldOptions& options, C
   for (std::uint32_t i = 0; i < pool_.size(); ++i)
     workers_.push_back(std::make_unique<Worker>(*this));
   if (options.conc_rel_size > process_.condition_count() &&
-      process_.condition_count() <= widest_relation) {
+      process_.condition_count() <= ConcurrencyRelation::most_unseen) {
     relation_ = std::make_unique<ConcurrencyRelation>(process_, pool_);
   } else {
     keep_histories();
@@ -311,12 +307,14 @@ void UnfoldingLoop::add_batch() {
                              }) &&
          "a batch has events of one size, and no cut-off");
   if (callback_) print_running_line();
-  drop_relation_if_full();
-  for (const EventId event : batch_) {
-    process_.enter(event);
-    entered_.push_back(event);
+  const bool is_full = process_.condition_count() + batch_.size() > options_.conc_rel_size;
+  for (const EventId event : batch_) process_.enter(event);
+  if (relation_ != nullptr && (is_full || relation_->memory() > options_.conc_rel_memory ||
+                               !relation_->add_batch(batch_))) {
+    drop_relation();
+    keep_histories();
   }
-  if (relation_ != nullptr) relation_->add_batch(batch_);
+  entered_.insert(entered_.end(), batch_.begin(), batch_.end());
   if (histories_ != nullptr) histories_->add_batch(batch_);
 }
 
@@ -358,18 +356,6 @@ void UnfoldingLoop::print_running_line() {
   callback_(sizes() + " |Q|=" + std::to_string(stats_.queue_size) +
             " |[e]|=" + std::to_string(level_) + " |SP|/|Si|=" + std::to_string(batch_.size()) +
             "/" + std::to_string(group_starts_.size() - 1));
-}
-
-void UnfoldingLoop::drop_relation_if_full() {
-  if (relation_ == nullptr) return;
-  std::uint64_t new_conditions = 0;
-  for (const EventId event : batch_) new_conditions += process_.event(event).postset_size;
-  if (process_.condition_count() + batch_.size() > options_.conc_rel_size ||
-      relation_->memory() > options_.conc_rel_memory || relation_->has_long_rows() ||
-      (new_conditions > widest_relation && relation_->may_get_long_rows(batch_))) {
-    drop_relation();
-    keep_histories();
-  }
 }
 
 void UnfoldingLoop::drop_relation() {

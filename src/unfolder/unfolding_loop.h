@@ -99,7 +99,6 @@ class UnfoldingLoop {
   void find_non_local_cut_offs();
   void add_batch();
   void form_groups();
-  void drop_relation_if_full();
   void drop_relation();
   void keep_histories();
   void drop_histories();
