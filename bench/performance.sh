@@ -5,8 +5,10 @@
 # for each command: its figure, and the ratio to the row that it is compared with. A revision is
 # built too, and each row then has the figure before: the two programs in turn, in one run. With a
 # folder its nets (*.ll_net) get rows of their own. Medians of three runs, or one run where that
-# takes over a second; "late" is over 5, or over 10 for a million events. It takes eleven minutes
-# once all is built. The machine should have nothing else to do.
+# takes over half a second. A run ends after 5 seconds, or 10 for a million events, and is told as
+# "> 5"; one of the revision before also when it has taken 5 times as long as now and 2 seconds more.
+# Rows and pairs of rows in which nothing takes a hundredth of a second are left out. The machine
+# should have nothing else to do.
 set -euo pipefail
 
 usage() { echo "usage: bench/performance.sh [--before REVISION] [FOLDER]" >&2; exit 2; }
@@ -52,45 +54,46 @@ printf '; %s threads of %s, %s, %s\n' "$(nproc)" \
 mkdir "$scratch/work"
 cd "$scratch/work"
 
-# The figures that can be asked of a run: seconds of the processor, of the clock, peak memory in MB.
-cpu='%U %S' clock='%e 0' memory='%M 0'
+# What is told of a run: seconds of the processor, or those of the clock and the peak memory in MB.
+cpu='%U %S' clock='%e %M'
 
-# once FORMAT PROGRAMS COMMAND...: the figure of one run, or "late". Exit code 1 is that of warnings;
-# 2 that of a command which is meant to give up.
+# once FORMAT PROGRAMS COMMAND...: the figure of one run, or "> LIMIT". Exit code 1 is that of
+# warnings; 2 that of a command which is meant to give up.
 once() {
   local format=$1 programs=$2 code=0
   shift 2
   PATH=$programs:$programs/bench:$PATH timeout "$limit" /usr/bin/time -q -o "$scratch/figure" -f "$format" \
     "$@" >"$scratch/output" 2>&1 || code=$?
-  if [ "$code" -eq 124 ]; then echo late; return; fi
+  if [ "$code" -eq 124 ]; then echo "> $limit"; return; fi
   case "$code $*" in
     [01]\ * | 2\ *--timeout*) ;;
     *) printf 'exit code %d: %s\n' "$code" "$*" >&2; cat "$scratch/output" >&2; return 1 ;;
   esac
-  awk -v memory="$([ "$format" = "$memory" ] && echo 1)" \
-    '{ if (memory) printf "%d\n", $1 / 1024; else printf "%.2f\n", $1 + $2 }' "$scratch/figure"
+  awk -v is_clock="$([ "$format" = "$clock" ] && echo 1)" \
+    '{ if (is_clock) printf "%.2f, %d MB\n", $1, $2 / 1024; else printf "%.2f\n", $1 + $2 }' \
+    "$scratch/figure"
 }
 
 # figure FORMAT PROGRAMS COMMAND...
 figure() {
   local first
   first=$(once "$@")
-  if awk -v figure="$first" 'BEGIN { exit figure == "late" || figure > 1 ? 0 : 1 }'; then
-    echo "$first"
-  else
-    { echo "$first"; once "$@"; once "$@"; } | sort -g | sed -n 2p
-  fi
+  case $first in
+    0.[0-4][0-9]) { echo "$first"; once "$@"; once "$@"; } | sort -g | sed -n 2p ;;
+    *) echo "$first" ;;
+  esac
 }
 
-# ratio A B: A divided by B, down to what the clock can tell.
+# ratio A B: the seconds of A divided by those of B, down to what the clock can tell.
 ratio() {
-  awk -v a="$1" -v b="$2" -v limit="$limit" '
-    function at_least(s) { return s > 0.01 ? s : 0.01 }
+  awk -v a="$1" -v b="$2" '
+    function seconds(s) { sub("> ", "", s); return s + 0 > 0.01 ? s + 0 : 0.01 }
     BEGIN {
-      if (a == "late" && b == "late") print "-"
-      else if (a == "late") printf "> %.0f\n", limit / at_least(b)
-      else if (b == "late") printf "< %.2f\n", at_least(a) / limit
-      else printf "%.2f\n", at_least(a) / at_least(b)
+      is_late = a ~ ">"
+      if (is_late && b ~ ">") print "-"
+      else if (is_late) printf "> %.0f\n", seconds(a) / seconds(b)
+      else if (b ~ ">") printf "< %.2f\n", seconds(a) / seconds(b)
+      else printf "%.2f\n", seconds(a) / seconds(b)
     }'
 }
 
@@ -106,20 +109,41 @@ title() {
   cells --- ---: ---: ---: ---:
 }
 
-# row FORMAT COMPARED COMMAND...: COMPARED is a figure, or empty. Leaves that of now in `last`.
-last=''
-row() {
+# measure FORMAT COMPARED COMMAND...: COMPARED is a figure, or empty. Leaves that of now in `last`,
+# the line of the table in `lines`.
+last='' lines='' figures=''
+measure() {
   local format=$1 compared=$2 first=''
   shift 2
-  [ -z "$old" ] || first=$(figure "$format" "$old" "$@")
   last=$(figure "$format" "$now" "$@")
-  cells "\`$*\`" "$first" "$last" "${first:+$(ratio "$first" "$last")}" "${compared:+$(ratio "$compared" "$last")}"
+  [ -z "$old" ] || first=$(limit=$(limit_before "$last") figure "$format" "$old" "$@")
+  figures+="$first $last "
+  lines+=$(cells "\`$*\`" "$first" "$last" "${first:+$(ratio "$first" "$last")}" \
+    "${compared:+$(ratio "$compared" "$last")}")$'\n'
+}
+
+# limit_before FIGURE: of now.
+limit_before() {
+  awk -v now="$1" -v limit="$limit" \
+    'BEGIN { if (now !~ ">" && 5 * now + 2 < limit) limit = 5 * now + 2; print limit }'
+}
+
+flush_lines() {
+  case $figures in *[1-9]*) printf '%s' "$lines" ;; esac
+  lines='' figures=''
+}
+
+# row FORMAT COMMAND...
+row() {
+  measure "$1" '' "${@:2}"
+  flush_lines
 }
 
 # pair FORMAT "COMMAND" "COMMAND": the ratio of the first to the second stands behind the second.
 pair() {
   # shellcheck disable=SC2086 # commands are words without blanks
-  { row "$1" '' $2; row "$1" "$last" $3; }
+  { measure "$1" '' $2; measure "$1" "$last" $3; }
+  flush_lines
 }
 
 # Exit code 1 is that of warnings: the legacy formats are used because they are small.
@@ -149,42 +173,28 @@ for net in ${folder:+"$folder"/*.ll_net}; do
   nets+=("$(basename "$net" .ll_net)")
 done
 
-title 'Unfolding, by one thread: seconds' ''
+title 'Unfolding by one thread, with the concurrency relation and without: seconds' 'with / without'
+files=()
 for name in fork_join-2500 handshakes-2500 tree-2500 ring-10000 tokens-200 pipeline-150; do
   stg "$name"
-  row "$cpu" '' vorel-unfold -q --threads 1 "$name.g" out.mci
+  files+=("$name.g")
 done
-for name in "${nets[@]}"; do row "$cpu" '' vorel-unfold -q --threads 1 "$name.ll_net" out.mci; done
-
-title 'Without the concurrency relation: seconds' 'with / without'
-for name in fork_join-2500 pipeline-150 tokens-200; do
-  pair "$cpu" "vorel-unfold -q --threads 1 $name.g out.mci" \
-    "vorel-unfold -q --threads 1 --conc-rel-size 0 $name.g out.mci"
-done
-for name in "${nets[@]}"; do
-  pair "$cpu" "vorel-unfold -q --threads 1 $name.ll_net out.mci" \
-    "vorel-unfold -q --threads 1 --conc-rel-size 0 $name.ll_net out.mci"
+for file in "${files[@]}" "${nets[@]/%/.ll_net}"; do
+  pair "$cpu" "vorel-unfold -q --threads 1 $file out.mci" \
+    "vorel-unfold -q --threads 1 --conc-rel-size 0 $file out.mci"
 done
 
-# large TITLE FORMAT: controllers are many small parts of 960,000 events, all signals of a tree hang
-# together.
-large() {
-  local name
-  title "$1" 'with / without'
-  for name in controllers-80000 tree-250000; do
-    stg "$name"
-    pair "$2" "vorel-unfold -q $name.g out.pnml" "vorel-unfold -q --conc-rel-size 0 $name.g out.pnml"
-  done
-}
+# Controllers are many small parts of 960,000 events, all signals of a tree hang together.
 limit=10
-large 'A million events: seconds of the clock' "$clock"
-large 'A million events: peak memory in MB' "$memory"
-title 'Limits of time: seconds of the clock' ''
+title 'A million events: seconds of the clock, peak memory' 'with / without'
 for name in controllers-80000 tree-250000; do
-  row "$clock" '' vorel-unfold -q --timeout 3 "$name.g" out.pnml
+  stg "$name"
+  pair "$clock" "vorel-unfold -q $name.g out.pnml" "vorel-unfold -q --conc-rel-size 0 $name.g out.pnml"
 done
-
 limit=5
+title 'Limits of time: seconds of the clock, peak memory' ''
+for name in controllers-80000 tree-250000; do row "$clock" vorel-unfold -q --timeout 3 "$name.g" out.pnml; done
+
 title 'Deadlocks of merged processes: seconds' 'prefix / merged'
 for name in "${nets[@]}"; do
   unfold "$name.ll_net" "$name.pnml"
@@ -228,8 +238,8 @@ done
 
 # What other scripts and programs tell, as it is.
 table() { printf '\n### %s\n\n```\n' "$1"; "${@:2}"; echo '```'; }
-table 'Two threads' "$now/../bench/unfold_threads.sh" 7
-table 'Merged processes and prefixes that double' "$now/../bench/merged_processes.sh" 2
+table 'Two threads' "$now/../bench/unfold_threads.sh" 5
+table 'Merged processes and prefixes that double' "$now/../bench/merged_processes.sh" 0.5
 table 'Solver 0 (core) next to MiniSat' "$now/bench/bench_sat_solvers"
 dense() { "$1/bench/bench_two_level" 8 | grep -E '^ n|^12 +30%'; }
 [ -z "$old" ] || table 'Dense functions of 12 variables, before' dense "$old"
