@@ -6,6 +6,7 @@
 //   ring        n cells in a ring with one token that goes round: no coding conflict
 //   tokens      n cells in a ring with a token in every fourth: no coding conflict
 //   tree        n inputs that C-elements join two by two: no coding conflict
+//   lone_conflict   fork_join next to a controller of a bus, which has a conflict
 // and for the resolution of conflicts:
 //   controllers     n controllers of a bus side by side, each with a conflict of its own
 //   sequencer       n handshakes one after another within another: all look alike between them
@@ -51,18 +52,27 @@ void write_handshake(const std::string& before, const std::string& i, const std:
        << i << "- a" << i << "-\na" << i << "- " << after << '\n';
 }
 
-// All requests start with go+, `done` waits for all acknowledgements.
-void write_fork_join(unsigned n) {
+void write_fork_join_signals(unsigned n) {
   write_signals(".inputs", "go", "a", n);
   write_signals(".outputs", "done", "r", n);
-  cout << ".graph\n";
+}
+
+// All requests start with go+, `done` waits for all acknowledgements.
+void write_fork_join_arcs(unsigned n) {
   for (const char* sign : {"+", "-"}) {
     for_each_number(n, [sign](const std::string& i) {
       cout << "go" << sign << " r" << i << sign << "\nr" << i << sign << " a" << i << sign << "\na"
            << i << sign << " done" << sign << '\n';
     });
   }
-  cout << "done+ go-\ndone- go+\n.marking { <done-,go+> }\n";
+  cout << "done+ go-\ndone- go+\n";
+}
+
+void write_fork_join(unsigned n) {
+  write_fork_join_signals(n);
+  cout << ".graph\n";
+  write_fork_join_arcs(n);
+  cout << ".marking { <done-,go+> }\n";
 }
 
 void write_handshakes(unsigned n) {
@@ -146,11 +156,13 @@ void write_tree(unsigned n) {
   cout << " }\n";
 }
 
-// The read cycle of examples/vme_read.g, n times.
-void write_controllers(unsigned n) {
+void write_controller_signals(unsigned n) {
   write_numbered(".inputs", {"dsr", "ldtack"}, n);
   write_numbered(".outputs", {"lds", "d", "dtack"}, n);
-  cout << ".graph\n";
+}
+
+// The read cycle of examples/vme_read.g, n times.
+void write_controller_arcs(unsigned n) {
   constexpr const char* arcs[][2] = {
       {"dsr+", "lds+"},   {"lds+", "ldtack+"}, {"ldtack+", "d+"},   {"d+", "dtack+"},
       {"dtack+", "dsr-"}, {"dsr-", "d-"},      {"d-", "dtack-"},    {"d-", "lds-"},
@@ -162,10 +174,31 @@ void write_controllers(unsigned n) {
   for_each_number(n, [&](const std::string& i) {
     for (const auto& [from, to] : arcs) cout << edge(from, i) << ' ' << edge(to, i) << '\n';
   });
-  cout << ".marking {";
+}
+
+void write_controller_tokens(unsigned n) {
   for_each_number(n, [](const std::string& i) {
     cout << " <dtack" << i << "-,dsr" << i << "+> <ldtack" << i << "-,lds" << i << "+>";
   });
+}
+
+void write_controllers(unsigned n) {
+  write_controller_signals(n);
+  cout << ".graph\n";
+  write_controller_arcs(n);
+  cout << ".marking {";
+  write_controller_tokens(n);
+  cout << " }\n";
+}
+
+void write_lone_conflict(unsigned n) {
+  write_fork_join_signals(n);
+  write_controller_signals(1);
+  cout << ".graph\n";
+  write_fork_join_arcs(n);
+  write_controller_arcs(1);
+  cout << ".marking { <done-,go+>";
+  write_controller_tokens(1);
   cout << " }\n";
 }
 
@@ -200,11 +233,17 @@ struct Family {
   void (*write)(unsigned);
 };
 constexpr Family families[] = {
-    {"fork_join", 1, write_fork_join},     {"handshakes", 1, write_handshakes},
-    {"pipeline", 1, write_pipeline},       {"ring", 3, write_ring},
-    {"tokens", 4, write_tokens},           {"tree", 2, write_tree},
-    {"controllers", 1, write_controllers}, {"sequencer", 1, write_sequencer},
-    {"busy_ring", 3, write_busy_ring},     {"busy_pipeline", 1, write_busy_pipeline},
+    {"fork_join", 1, write_fork_join},
+    {"handshakes", 1, write_handshakes},
+    {"pipeline", 1, write_pipeline},
+    {"ring", 3, write_ring},
+    {"tokens", 4, write_tokens},
+    {"tree", 2, write_tree},
+    {"controllers", 1, write_controllers},
+    {"sequencer", 1, write_sequencer},
+    {"busy_ring", 3, write_busy_ring},
+    {"busy_pipeline", 1, write_busy_pipeline},
+    {"lone_conflict", 1, write_lone_conflict},
 };
 
 }  // namespace

@@ -36,7 +36,8 @@ struct SearchOptions {
   std::int32_t method = 0;  // 0: the engine's own default
   InclusionConstraints inclusion = InclusionConstraints::by_net;
   // A question about a pair is first asked of a part of the prefix, of at most so many times fewer
-  // events: where that is not much smaller than the whole, nothing is won.
+  // events, or of so many times fewer candidates: where that is not much smaller than the whole,
+  // nothing is won.
   std::uint32_t local_share = 8;
 
   static SearchOptions of(const base::Params& params);

@@ -31,20 +31,12 @@ ConflictCheck::ConflictCheck(const net::StgPrefix& prefix,
 
 void ConflictCheck::encode(sat::ClauseGroup group) {
   PairSearch::encode(group);
-  for (const Core& core : seen_pairs_.cores()) block(core, group);
+  for (const Core& core : seen_pairs_.cores()) block(core);
 }
 
 void ConflictCheck::add_code_constraint(const EncodedPair& pair, net::SignalId signal) const {
   add_equivalence(pair.formula, pair.first.code(signal), pair.second.code(signal),
                   sat::PermanentGroup);
-}
-
-void ConflictCheck::add_any_of_differences(std::span<const std::pair<sat::Lit, sat::Lit>> pairs) {
-  sat::Lits clause;
-  for (const auto& [a, b] : pairs) {
-    clause.push_back(formula().make_gate(sat::Gate(sat::GateXor, {a, b}), sat::PermanentGroup));
-  }
-  formula().add_clause(clause, sat::PermanentGroup);
 }
 
 bool ConflictCheck::search_all() {
@@ -60,9 +52,7 @@ void ConflictCheck::record_and_block() {
     base::print_error("conflict check failed");
     return;
   }
-  for (const Core& core : seen_pairs_.add(Core(std::move(one), std::move(other)))) {
-    block(core, sat::PermanentGroup);
-  }
+  for (const Core& core : seen_pairs_.add(Core(std::move(one), std::move(other)))) block(core);
 }
 
 void ConflictCheck::finish() {

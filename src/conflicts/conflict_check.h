@@ -27,8 +27,6 @@ class ConflictCheck : public PairSearch {
   void finish() final;
   void encode(sat::ClauseGroup group) final;
   void add_code_constraint(const EncodedPair& pair, net::SignalId signal) const final;
-  // The difference in any of these pairs of literals.
-  void add_any_of_differences(std::span<const std::pair<sat::Lit, sat::Lit>> pairs);
   bool search_all() final;
   void record_and_block() final;
   virtual std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const = 0;

@@ -25,12 +25,14 @@ Inclusion CscCheck::inclusion() const {
   return takes_candidates_in_turn() ? Inclusion::either_in_other : Inclusion::first_in_second;
 }
 
-void CscCheck::add_any_difference() {
-  for (const std::uint32_t candidate : open_candidates()) {
+sat::Lits CscCheck::differences(const EncodedPair& pair,
+                                std::span<const std::uint32_t> candidates) const {
+  std::vector<std::pair<sat::Lit, sat::Lit>> next_values;
+  for (const std::uint32_t candidate : candidates) {
     const net::SignalId signal = signal_of(candidate);
-    next_values_.emplace_back(pair().first.next_value(signal), pair().second.next_value(signal));
+    next_values.emplace_back(pair.first.next_value(signal), pair.second.next_value(signal));
   }
-  add_any_of_differences(next_values_);
+  return differences_of(pair.formula, next_values);
 }
 
 void CscCheck::add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
@@ -39,23 +41,13 @@ void CscCheck::add_candidate_difference(const EncodedPair& pair, std::uint32_t c
   pair.formula.add_unit(pair.second.next_value(signal_of(candidate)), group);
 }
 
-net::SignalId CscCheck::signal_of_model() const {
-  if (takes_candidates_in_turn()) return signal_of(candidate());
-  const auto is_different = [this](const auto& values) {
-    return instance().formula().value(values.first) != instance().formula().value(values.second);
-  };
-  const auto found = std::ranges::find_if(next_values_, is_different);
-  assert(found != next_values_.end());
-  return signal_of(open_candidates()[static_cast<std::size_t>(found - next_values_.begin())]);
-}
-
 std::unique_ptr<results::Solution> CscCheck::solution_for(net::SignalId signal) const {
   return std::make_unique<ConflictSolution>(options().output_configurations,
                                             base::element(process().signals, signal).name);
 }
 
 void CscCheck::record_solution() {
-  conflict_signal_ = signal_of_model();
+  conflict_signal_ = signal_of(differing_candidates().front());
   ConflictCheck::record_solution();
 }
 

@@ -21,10 +21,11 @@ class CscCheck : public ConflictCheck {
 
  protected:
   Inclusion inclusion() const override;
-  void add_any_difference() override;
   std::uint32_t candidate_count() const override { return process().driven_signals().size(); }
   void add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
                                 sat::ClauseGroup group) const override;
+  sat::Lits differences(const EncodedPair& pair,
+                        std::span<const std::uint32_t> candidates) const override;
   void record_solution() override;
   std::unique_ptr<results::Solution> new_solution() const override;
   std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const override;
@@ -33,11 +34,8 @@ class CscCheck : public ConflictCheck {
   net::SignalId signal_of(std::uint32_t candidate) const {
     return {process().inputs_end + candidate};
   }
-  net::SignalId signal_of_model() const;
   std::unique_ptr<results::Solution> solution_for(net::SignalId signal) const;
 
-  // Of the open candidates.
-  std::vector<std::pair<sat::Lit, sat::Lit>> next_values_;
   net::SignalId conflict_signal_;
 };
 

@@ -13,8 +13,7 @@ NormalcyCheck::NormalcyCheck(const net::StgPrefix& prefix,
                              const configuration::SearchOptions& options)
     : PairSearch(prefix, options, {"normalcy is violated", "there are no normalcy violations"},
                  Notes::given),
-      hypothesis_(structure()),
-      violation_(prefix.internals_end) {
+      hypothesis_(structure()) {
   hypothesis_.make();
 }
 
@@ -30,17 +29,12 @@ sat::Lit NormalcyCheck::violation(const EncodedPair& pair, net::SignalId signal)
   return pair.formula.make_gate(sat::Gate(sat::GateAnd, changes), sat::PermanentGroup);
 }
 
-sat::Lit NormalcyCheck::violation(net::SignalId signal) {
-  sat::Lit& lit = violation_[signal];
-  if (lit.is_uninit()) lit = violation(pair(), signal);
-  return lit;
-}
-
-void NormalcyCheck::add_any_difference() {
-  sat::Lits clause;
-  for (const std::uint32_t candidate : open_candidates())
-    clause.push_back(violation(signal_of(candidate)));
-  formula().add_clause(clause, sat::PermanentGroup);
+sat::Lits NormalcyCheck::differences(const EncodedPair& pair,
+                                     std::span<const std::uint32_t> candidates) const {
+  sat::Lits lits;
+  for (const std::uint32_t candidate : candidates)
+    lits.push_back(violation(pair, signal_of(candidate)));
+  return lits;
 }
 
 void NormalcyCheck::add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
@@ -107,18 +101,9 @@ bool NormalcyCheck::record_csc_conflict() {
   return true;
 }
 
-std::vector<net::SignalId> NormalcyCheck::signals_of_model() {
-  if (takes_candidates_in_turn()) return {signal_of(candidate())};
-  std::vector<net::SignalId> signals;
-  for (const std::uint32_t candidate : open_candidates()) {
-    const net::SignalId signal = signal_of(candidate);
-    if (formula().is_true(violation(signal))) signals.push_back(signal);
-  }
-  assert(!signals.empty());
-  return signals;
+void NormalcyCheck::record_solution() {
+  record_violation_of(signal_of(differing_candidates().front()));
 }
-
-void NormalcyCheck::record_solution() { record_violation_of(signals_of_model().front()); }
 
 // What the model says is looked up in the two states before it is believed.
 void NormalcyCheck::record_violation_of(net::SignalId signal) {
@@ -146,20 +131,15 @@ void NormalcyCheck::record_violation_of(net::SignalId signal) {
 
 // Other pairs with this difference say nothing new of these signals, but perhaps of others.
 void NormalcyCheck::record_and_block() {
-  const auto signals = signals_of_model();
-  for (const net::SignalId signal : signals) record_violation_of(signal);
+  const auto candidates = differing_candidates();
+  for (const std::uint32_t candidate : candidates) record_violation_of(signal_of(candidate));
   auto [one, other] = model_pair();
   const Core core(std::move(one), std::move(other));
   if (takes_candidates_in_turn()) {
-    block(core, round_group());
-    return;
+    block_in_round(core);
+  } else {
+    block(core, &candidates);
   }
-  sat::Lits other_violations;
-  for (const std::uint32_t candidate : open_candidates()) {
-    const net::SignalId signal = signal_of(candidate);
-    if (!std::ranges::binary_search(signals, signal)) other_violations.push_back(violation(signal));
-  }
-  block(core, sat::PermanentGroup, other_violations);
 }
 
 }  // namespace vorel::conflicts

@@ -22,10 +22,11 @@ class NormalcyCheck : public PairSearch {
   // The codes of the pair are ordered, so it cannot be turned round.
   Inclusion inclusion() const override { return Inclusion::either_in_other; }
   void add_code_constraint(const EncodedPair& pair, net::SignalId signal) const override;
-  void add_any_difference() override;
   std::uint32_t candidate_count() const override { return process().driven_signals().size(); }
   void add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
                                 sat::ClauseGroup group) const override;
+  sat::Lits differences(const EncodedPair& pair,
+                        std::span<const std::uint32_t> candidates) const override;
 
   bool search_one() override;
   bool search_all() override;
@@ -42,14 +43,10 @@ class NormalcyCheck : public PairSearch {
   net::SignalId signal_of(std::uint32_t candidate) const {
     return {process().inputs_end + candidate};
   }
-  // The signals of which the current model shows a violation: of method 2, the candidate.
-  std::vector<net::SignalId> signals_of_model();
   void record_violation_of(net::SignalId signal);
   sat::Lit violation(const EncodedPair& pair, net::SignalId signal) const;
-  sat::Lit violation(net::SignalId signal);  // of the pair that is searched for, made once
 
   NormalcyHypothesis hypothesis_;
-  base::IndexedBy<net::Signal, sat::Lit> violation_;  // LitUninit until asked for
 };
 
 }  // namespace vorel::conflicts

@@ -34,10 +34,22 @@ class PairQuestion {
   virtual std::uint32_t candidate_count() const = 0;
   virtual void add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
                                         sat::ClauseGroup group) const = 0;
+  // For each of the candidates a literal that is true exactly if the two differ there.
+  virtual sat::Lits differences(const EncodedPair& pair,
+                                std::span<const std::uint32_t> candidates) const = 0;
 
  protected:
   ~PairQuestion() = default;
 };
+
+// For each of these pairs of literals whether they differ.
+inline sat::Lits differences_of(sat::CnfFormula& formula,
+                                std::span<const std::pair<sat::Lit, sat::Lit>> pairs) {
+  sat::Lits lits;
+  for (const auto& [a, b] : pairs)
+    lits.push_back(formula.make_gate(sat::Gate(sat::GateXor, {a, b}), sat::PermanentGroup));
+  return lits;
+}
 
 // Makes the two literals equal.
 inline void add_equivalence(sat::CnfFormula& formula, sat::Lit a, sat::Lit b,

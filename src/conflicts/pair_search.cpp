@@ -38,7 +38,8 @@ PairSearch::PairSearch(const net::StgPrefix& prefix, const configuration::Search
                        results::VerdictMessages messages, Notes notes)
     : SearchEngine(prefix, options, std::move(messages)),
       conflict_free_{has_no_conflicts(prefix)},
-      method_{options.method == 0 ? 2 : options.method} {
+      method_{options.method == 0 ? 2 : options.method},
+      pairs_{instance(), *this} {
   adds_inclusion_ = options.inclusion == configuration::InclusionConstraints::added;
   if (options.inclusion == configuration::InclusionConstraints::by_net) {
     // Where a signal is concurrent with itself, two configurations can have one code that the
@@ -52,34 +53,29 @@ PairSearch::PairSearch(const net::StgPrefix& prefix, const configuration::Search
 }
 
 void PairSearch::encode([[maybe_unused]] sat::ClauseGroup group) {
-  assert(group == sat::PermanentGroup && instance().size() == 0 && "an engine encodes once");
-  instance().add_configuration();
-  instance().add_configuration();
-  for (const net::SignalId signal : process().visible_signals())
-    add_code_constraint(pair(), signal);
-  if (adds_inclusion_) {
-    if (!conflict_free_) {
-      base::print_warning(
-          "+l is valid only for (dynamically) conflict-free nets; the result may be incorrect");
-    }
-    add_inclusion_constraints();
+  assert(group == sat::PermanentGroup && "pairs are looked for in one formula");
+  if (adds_inclusion_ && !conflict_free_) {
+    base::print_warning(
+        "+l is valid only for (dynamically) conflict-free nets; the result may be incorrect");
   }
-  if (takes_candidates_in_turn()) return;
-  find_open_candidates();
-  add_any_difference();
+  const auto inclusion = adds_inclusion_ ? std::optional(this->inclusion()) : std::nullopt;
+  pairs_.encode(inclusion);
+  if (!takes_candidates_in_turn()) add_any_difference(inclusion);
 }
 
-// Which of many pairs come first decides what cores they are reduced to. So a search for all asks
-// about all candidates, unless all are refuted: what it finds does not hang on what is easy to
-// prove.
-void PairSearch::find_open_candidates() {
+void PairSearch::add_any_difference(std::optional<Inclusion> inclusion) {
   const auto all = std::views::iota(0u, candidate_count());
-  const auto is_open = [this](std::uint32_t candidate) { return !is_refuted(candidate); };
-  if (options().all_solutions == 0) {
-    std::ranges::copy_if(all, std::back_inserter(open_candidates_), is_open);
-  } else if (std::ranges::any_of(all, is_open)) {
-    open_candidates_.assign(all.begin(), all.end());
+  std::vector<std::uint32_t> open;
+  std::ranges::copy_if(all, std::back_inserter(open),
+                       [this](std::uint32_t candidate) { return !is_refuted(candidate); });
+  if (options().all_solutions == 0 || open.empty()) {
+    pairs_.add_any_difference(std::move(open));
+    return;
   }
+  pairs_.add_any_difference({all.begin(), all.end()});
+  if (open.size() == all.size() || open.size() > all.size() / options().local_share) return;
+  pairs_left_ = std::make_unique<PairsLeft>(structure(), *this, options().encoding, inclusion,
+                                            std::move(open));
 }
 
 // Who wants to see the formula sees all of it.
@@ -93,30 +89,24 @@ bool PairSearch::is_refuted(std::uint32_t candidate) {
   return local_->refutes(candidate);
 }
 
-void PairSearch::add_inclusion_constraints() {
-  const sat::Lit is_forward = inclusion() == Inclusion::first_in_second
-                                  ? sat::LitTrue
-                                  : sat::Lit(formula().new_var(false), false);
-  for (const auto& event : process().events) pair().add_inclusion(*event, is_forward);
+std::vector<std::uint32_t> PairSearch::differing_candidates() const {
+  if (takes_candidates_in_turn()) return {candidate_};
+  return pairs_.differing_candidates();
 }
 
-sat::Lit PairSearch::difference(configuration::StgEventId event) {
-  auto& cells = pair().first.vars().event_aux;
-  if (cells.size() == 0) cells = base::IndexedBy<Event, sat::LitCell>(process().events.size());
-  sat::LitCell& cell = cells[event];
-  if (!cell.lit.is_uninit()) return cell.lit;
-  const sat::Lits both{pair().first.vars().event_lit(event), pair().second.vars().event_lit(event)};
-  return formula().define_gate(cell, sat::GateXor, both, sat::PermanentGroup);
+std::vector<BlockedPairs> PairSearch::pairs_explained_by(const Core& core) const {
+  return conflicts::pairs_explained_by(process(), core, conflict_free_);
 }
 
-void PairSearch::block(const Core& core, sat::ClauseGroup group, std::span<const sat::Lit> unless) {
-  sat::Lits clause;
-  for (const BlockedPairs& pairs : pairs_explained_by(process(), core, conflict_free_)) {
-    clause.assign(unless.begin(), unless.end());
-    for (const configuration::StgEventId e : pairs.different) clause.push_back(~difference(e));
-    for (const configuration::StgEventId e : pairs.shared) clause.push_back(difference(e));
-    formula().add_clause(clause, group);
-  }
+void PairSearch::block(const Core& core, const std::vector<std::uint32_t>* known) {
+  const auto blocked = pairs_explained_by(core);
+  pairs_.exclude(blocked, sat::PermanentGroup, known);
+  if (pairs_left_ != nullptr) pairs_left_->exclude(blocked, known);
+}
+
+void PairSearch::block_in_round(const Core& core) {
+  assert(takes_candidates_in_turn());
+  pairs_.exclude(pairs_explained_by(core), round_group(), nullptr);
 }
 
 void PairSearch::for_each_round(const std::function<bool()>& round) {
@@ -127,7 +117,7 @@ void PairSearch::for_each_round(const std::function<bool()>& round) {
   for (candidate_ = 0; candidate_ < candidate_count() && !base::run_failed(); ++candidate_) {
     if (is_refuted(candidate_)) continue;
     formula().renew_group(round_group());
-    add_candidate_difference(pair(), candidate_, round_group());
+    add_candidate_difference(pairs_.pair(), candidate_, round_group());
     if (!round()) return;
   }
 }
@@ -146,17 +136,16 @@ bool PairSearch::search_one() {
 bool PairSearch::search_all() {
   encode(sat::PermanentGroup);
   std::uint32_t limit = options().limit();
+  const auto find_next = [this] {
+    if (base::run_failed() || (pairs_left_ != nullptr && pairs_left_->is_none())) return false;
+    return !base::run_failed() && instance().solve();
+  };
   for_each_round([&] {
-    for (; limit > 0 && !base::run_failed() && instance().solve(); --limit) record_and_block();
+    for (; limit > 0 && find_next(); --limit) record_and_block();
     return limit > 0;
   });
   has_met_limit_ = limit == 0;
   return !found().solutions.empty();
-}
-
-std::pair<configuration::EventSet, configuration::EventSet> PairSearch::model_pair() const {
-  return {configuration::event_set(instance().events_of_model(0)),
-          configuration::event_set(instance().events_of_model(1))};
 }
 
 std::pair<configuration::EventSet, configuration::EventSet> PairSearch::pair_of(

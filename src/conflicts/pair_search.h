@@ -1,7 +1,7 @@
 // conflicts/pair_search.h - the search for two configurations that differ in something.
-// Here:      the pair, the constraint on their codes, inclusion, the rounds over candidates, the
-//            searches for one and the cheapest, differences that are known.
-// Not here:  what the difference is (conflicts/conflict_check.h, conflicts/normalcy_check.h).
+// Here:      the rounds over candidates, the searches for one, all and the cheapest.
+// Not here:  the formula (conflicts/pair_formula.h), what the difference is
+//            (conflicts/conflict_check.h, conflicts/normalcy_check.h).
 //
 // Method 1 asks for a difference in any candidate (signal or place), method 2 for each candidate in
 // turn, in one solver: what is learnt in one round serves the next. A candidate that a small part
@@ -13,16 +13,11 @@
 
 #include "configuration/final_state.h"
 #include "configuration/search_engine.h"
-#include "conflicts/core_blocking.h"
+#include "conflicts/core.h"
 #include "conflicts/local_refutation.h"
+#include "conflicts/pairs_left.h"
 
 namespace vorel::conflicts {
-
-// What the two configurations' inclusion in each other leaves open.
-enum class Inclusion : std::uint8_t {
-  first_in_second,
-  either_in_other,
-};
 
 using configuration::Notes;
 using State = configuration::FinalState<net::StgPrefix>;
@@ -40,8 +35,6 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix>, public Pa
   // What the next steps say is added to the permanent group.
   void encode(sat::ClauseGroup group) override;
   virtual Inclusion inclusion() const = 0;
-  // In one of the open candidates.
-  virtual void add_any_difference() = 0;
 
   bool search_one() override;
   bool search_all() override;
@@ -49,20 +42,21 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix>, public Pa
   // In a search for all solutions: keeps what the current model says and excludes it.
   virtual void record_and_block() = 0;
 
-  // Excludes the pairs that the core explains, but for those with one of the literals.
-  void block(const Core& core, sat::ClauseGroup group, std::span<const sat::Lit> unless = {});
-  // Of the clauses that last for one candidate.
-  sat::ClauseGroup round_group() { return formula().group(property_group); }
+  // Excludes the pairs that the core explains, of method 1 but for those that differ in a candidate
+  // besides the `known` ones; with null it excludes all.
+  void block(const Core& core, const std::vector<std::uint32_t>* known = nullptr);
+  // The same as long as the round goes on.
+  void block_in_round(const Core& core);
 
   bool takes_candidates_in_turn() const { return method_ != 1; }
   std::uint32_t candidate() const { return candidate_; }  // of the current round of method 2
-  // Of method 1: those in which a difference is looked for, sorted.
-  const std::vector<std::uint32_t>& open_candidates() const { return open_candidates_; }
-  bool is_conflict_free() const { return conflict_free_; }
+  // In which the current model differs, sorted: of method 2, that of the round.
+  std::vector<std::uint32_t> differing_candidates() const;
   State state_after(const configuration::EventSet& set) const { return {structure(), set}; }
-  EncodedPair pair() { return {formula(), instance().state(0), instance().state(1)}; }
   // The two configurations of the current model.
-  std::pair<configuration::EventSet, configuration::EventSet> model_pair() const;
+  std::pair<configuration::EventSet, configuration::EventSet> model_pair() const {
+    return pairs_.model_pair();
+  }
   // The two configurations of the last two traces.
   std::pair<configuration::EventSet, configuration::EventSet> pair_of(
       const results::Solution& solution) const;
@@ -75,11 +69,13 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix>, public Pa
 
   // Calls `round` for all candidates together, or for each in turn until it says false.
   void for_each_round(const std::function<bool()>& round);
-  void add_inclusion_constraints();
+  std::vector<BlockedPairs> pairs_explained_by(const Core& core) const;
+  // Of the clauses that last for one candidate.
+  sat::ClauseGroup round_group() { return formula().group(property_group); }
+  // Of method 1.
+  void add_any_difference(std::optional<Inclusion> inclusion);
   // Without a search of the whole formula; false says nothing.
   bool is_refuted(std::uint32_t candidate);
-  void find_open_candidates();
-  sat::Lit difference(configuration::StgEventId event);
   // The length of the two traces as a binary number, least significant bit first.
   sat::Lits cost_bits();
   // The same in the current model.
@@ -90,7 +86,8 @@ class PairSearch : public configuration::SearchEngine<net::StgPrefix>, public Pa
   bool adds_inclusion_ = false;
   bool has_met_limit_ = false;
   std::uint32_t candidate_ = base::no_index;
-  std::vector<std::uint32_t> open_candidates_;
+  PairFormula pairs_;
+  std::unique_ptr<PairsLeft> pairs_left_;   // null where too little is known of candidates
   std::unique_ptr<LocalRefutation> local_;  // made when asked
 };
 

@@ -24,10 +24,11 @@ std::pair<sat::Lit, sat::Lit> UscCheck::marked(const EncodedPair& pair, std::uin
   return {pair.first.marked(marked), pair.second.marked(marked)};
 }
 
-void UscCheck::add_any_difference() {
+sat::Lits UscCheck::differences(const EncodedPair& pair,
+                                std::span<const std::uint32_t> candidates) const {
   std::vector<std::pair<sat::Lit, sat::Lit>> pairs;
-  for (const std::uint32_t place : open_candidates()) pairs.push_back(marked(pair(), place));
-  add_any_of_differences(pairs);
+  for (const std::uint32_t place : candidates) pairs.push_back(marked(pair, place));
+  return differences_of(pair.formula, pairs);
 }
 
 void UscCheck::add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,

@@ -17,12 +17,13 @@ class UscCheck : public ConflictCheck {
 
  protected:
   Inclusion inclusion() const override { return Inclusion::first_in_second; }
-  void add_any_difference() override;
   std::uint32_t candidate_count() const override {
     return static_cast<std::uint32_t>(process().places.size());
   }
   void add_candidate_difference(const EncodedPair& pair, std::uint32_t candidate,
                                 sat::ClauseGroup group) const override;
+  sat::Lits differences(const EncodedPair& pair,
+                        std::span<const std::uint32_t> candidates) const override;
   std::unique_ptr<results::Solution> new_solution() const override;
   std::unique_ptr<results::Solution> solution_of_pair(const Core& core) const override;
 
