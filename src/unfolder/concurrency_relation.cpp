@@ -83,17 +83,22 @@ bool ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
   });
   batch_ = batch;
   divide_rows();
-  for (const Consumer& consumer : consumers_) first_consumer_[consumer.condition] = base::no_index;
+  for (const Consumer& consumer : consumers_) {
+    first_consumer_[consumer.condition] = base::no_index;
+    consumed_[consumer.condition / 32] = 0;
+  }
   return true;
 }
 
 void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
   consumers_.clear();
   first_consumer_.resize(process_.condition_count(), base::no_index);
+  consumed_.resize(process_.condition_count() / 32 + 1);
   for (std::uint32_t i = 0; i < batch.size(); ++i) {
     for (const ConditionId c : process_.event(batch[i]).preset()) {
       const auto own = static_cast<std::uint32_t>(consumers_.size());
       consumers_.push_back({c, i, std::exchange(first_consumer_[c], own)});
+      consumed_[c / 32] |= 1u << (c % 32);
     }
   }
 }
@@ -121,11 +126,14 @@ std::uint64_t ConcurrencyRelation::most_new_words(std::span<const EventId> batch
     const UnfoldedEvent& event = process_.event(batch[i]);
     // Each condition that it produces is told to those in its row.
     std::uint64_t size = event.postset_size;
-    for_each(rows_[shortest_row(event)], [&](ConditionId c) {
-      ++size;
+    const auto count_produced = [&](ConditionId c) {
       for (std::uint32_t k = first_consumer_[c]; k != base::no_index; k = consumers_[k].next)
         size += process_.event(batch[consumers_[k].position]).postset_size;
-    });
+    };
+    for (const Word& word : rows_[shortest_row(event)]) {
+      size += static_cast<std::uint32_t>(std::popcount(word.bits));
+      for_each_bit({word.index, word.bits & consumed_[word.index]}, count_produced);
+    }
     words += size * event.postset_size;
   }
   return words;
@@ -157,11 +165,14 @@ void ConcurrencyRelation::find_partners(std::uint32_t position, std::span<const 
                                         Scratch& scratch) {
   auto& positions = scratch.positions;
   positions.clear();
-  for_each(common_[position], [&](ConditionId c) {
+  const auto count_consumers = [&](ConditionId c) {
     for (std::uint32_t k = first_consumer_[c]; k != base::no_index; k = consumers_[k].next) {
       if (scratch.count[consumers_[k].position]++ == 0) positions.push_back(consumers_[k].position);
     }
-  });
+  };
+  for (const Word& word : common_[position]) {
+    for_each_bit({word.index, word.bits & consumed_[word.index]}, count_consumers);
+  }
   std::erase_if(positions, [&](std::uint32_t other) {
     return std::exchange(scratch.count[other], 0) != process_.event(batch[other]).preset_size;
   });

@@ -152,6 +152,7 @@ class ConcurrencyRelation {
   };
   std::vector<Consumer> consumers_;
   std::vector<std::uint32_t> first_consumer_;
+  std::vector<std::uint32_t> consumed_;  // by index of a word: which conditions have consumers
 };
 
 }  // namespace vorel::unfolder
