@@ -15,7 +15,7 @@ constexpr std::uint64_t look_out_ticks = 400'000, long_ticks = 50'000, call_tick
 
 // To start a thread takes a hundred microseconds. What has lasted some milliseconds goes on for
 // some more, as often as not.
-constexpr std::uint64_t most_ticks_alone = 6'000'000;
+constexpr std::uint64_t most_ticks_alone = 3'000'000;
 
 void pause() {
 #if defined(__x86_64__)
@@ -174,6 +174,8 @@ void WorkerPool::take_from(Range& range, std::uint32_t worker) {
     for (std::uint64_t item = first; item < end; ++item)
       work(worker, static_cast<std::uint32_t>(item));
     if (worker != 0 || has_called_) continue;
+    // To read the clock takes as long as a short item.
+    if (threads_.empty() && ++items_alone_ % 8 != 0) continue;
     const std::uint64_t now = ticks_now();
     if (now - start_ticks_ >= call_ticks && is_worth_threads(now)) call_for_help();
   }

@@ -91,6 +91,7 @@ class WorkerPool {
   // Of worker 0 alone.
   std::uint64_t start_ticks_ = 0;
   std::uint64_t first_ticks_ = 0;  // when the pool was made
+  std::uint32_t items_alone_ = 0;  // done before threads were started, some at a time
   bool lacks_threads_ = false;
   bool has_called_ = false;
   bool was_long_ = false;  // the last phase

@@ -70,7 +70,7 @@ bool ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
     scratch->count.resize(std::max<std::size_t>(scratch->count.size(), size));
   }
   find_consumers(batch);
-  if (word_count_ > longest(rows_.size()) ||
+  if (word_count() > longest(rows_.size()) ||
       (process_.condition_count() - rows_.size() > most_unseen && may_get_long_rows(batch))) {
     return false;
   }
@@ -81,23 +81,24 @@ bool ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
     find_partners(i, batch, scratch);
     make_rows(i, batch, scratch);
   });
-  divide_rows(batch.size());
-  pool_.run(static_cast<std::uint32_t>(first_words_.size() - 1),
-            [&](std::uint32_t worker, std::uint32_t part) {
-              extend_rows(part, batch, *scratch_[worker]);
-            });
-  for (const auto& scratch : scratch_) word_count_ += std::exchange(scratch->new_words, 0);
-  for (const Consumer& consumer : consumers_) first_consumer_[consumer.condition] = base::no_index;
+  batch_ = batch;
+  divide_rows();
+  for (const Consumer& consumer : consumers_) {
+    first_consumer_[consumer.condition] = base::no_index;
+    consumed_[consumer.condition / 32] = 0;
+  }
   return true;
 }
 
 void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
   consumers_.clear();
   first_consumer_.resize(process_.condition_count(), base::no_index);
+  consumed_.resize(process_.condition_count() / 32 + 1);
   for (std::uint32_t i = 0; i < batch.size(); ++i) {
     for (const ConditionId c : process_.event(batch[i]).preset()) {
       const auto own = static_cast<std::uint32_t>(consumers_.size());
       consumers_.push_back({c, i, std::exchange(first_consumer_[c], own)});
+      consumed_[c / 32] |= 1u << (c % 32);
     }
   }
 }
@@ -107,13 +108,13 @@ void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
 // while the others wait: mostly a sample is enough.
 bool ConcurrencyRelation::may_get_long_rows(std::span<const EventId> batch) const {
   constexpr std::size_t sample_size = 64;
-  const std::uint64_t limit = longest(process_.condition_count());
-  assert(word_count_ <= limit);
+  assert(word_count() <= longest(process_.condition_count()));
+  const std::uint64_t limit = longest(process_.condition_count()) - word_count();
   if (const std::size_t step = batch.size() / sample_size; step > 1) {
-    const std::uint64_t half = (limit - word_count_) / 2;
-    if (most_new_words(batch, step, half / step) <= half / step) return false;
+    const std::uint64_t half = limit / 2 / step;
+    if (most_new_words(batch, step, half) <= half) return false;
   }
-  return most_new_words(batch, 1, limit - word_count_) > limit - word_count_;
+  return most_new_words(batch, 1, limit) > limit;
 }
 
 // At most so many words come with every step-th event of the batch, unless they are more than the
@@ -125,11 +126,14 @@ std::uint64_t ConcurrencyRelation::most_new_words(std::span<const EventId> batch
     const UnfoldedEvent& event = process_.event(batch[i]);
     // Each condition that it produces is told to those in its row.
     std::uint64_t size = event.postset_size;
-    for_each(rows_[shortest_row(event)], [&](ConditionId c) {
-      ++size;
+    const auto count_produced = [&](ConditionId c) {
       for (std::uint32_t k = first_consumer_[c]; k != base::no_index; k = consumers_[k].next)
         size += process_.event(batch[consumers_[k].position]).postset_size;
-    });
+    };
+    for (const Word& word : rows_[shortest_row(event)]) {
+      size += static_cast<std::uint32_t>(std::popcount(word.bits));
+      for_each_bit({word.index, word.bits & consumed_[word.index]}, count_produced);
+    }
     words += size * event.postset_size;
   }
   return words;
@@ -161,11 +165,14 @@ void ConcurrencyRelation::find_partners(std::uint32_t position, std::span<const 
                                         Scratch& scratch) {
   auto& positions = scratch.positions;
   positions.clear();
-  for_each(common_[position], [&](ConditionId c) {
+  const auto count_consumers = [&](ConditionId c) {
     for (std::uint32_t k = first_consumer_[c]; k != base::no_index; k = consumers_[k].next) {
       if (scratch.count[consumers_[k].position]++ == 0) positions.push_back(consumers_[k].position);
     }
-  });
+  };
+  for (const Word& word : common_[position]) {
+    for_each_bit({word.index, word.bits & consumed_[word.index]}, count_consumers);
+  }
   std::erase_if(positions, [&](std::uint32_t other) {
     return std::exchange(scratch.count[other], 0) != process_.event(batch[other]).preset_size;
   });
@@ -197,7 +204,7 @@ void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const Even
     append(row, first, c, scratch.rows);
     append(row, c + 1, last, scratch.rows);
     std::for_each(later, partners.end(), append_partner);
-    scratch.new_words += row.size();
+    scratch.word_count += row.size();
   }
 }
 
@@ -205,36 +212,36 @@ void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const Even
 // events of the batch have in common: one part where there is little to do, else some for each
 // worker. The bounds move up slowly from batch to batch, so that a worker mostly finds rows that it
 // has extended before.
-void ConcurrencyRelation::divide_rows(std::size_t batch_size) {
+void ConcurrencyRelation::divide_rows() {
+  const std::size_t batch_size = batch_.size();
   constexpr std::size_t least_words = 1024, sample_rows = 8, sample_words = 8;
   std::uint64_t words = 0;
   for (std::size_t i = 0; i < batch_size; ++i) words += common_[i].size();
-  std::size_t part_count =
-      words < least_words || pool_.size() == 1 ? 1 : parts_of_worker * pool_.size();
+  std::size_t count = words < least_words || pool_.size() == 1 ? 1 : parts_of_worker * pool_.size();
   auto& sample = first_words_;
   sample.clear();
   const std::size_t row_step = std::max<std::size_t>(1, batch_size / sample_rows);
-  for (std::size_t i = 0; i < batch_size && part_count > 1; i += row_step) {
+  for (std::size_t i = 0; i < batch_size && count > 1; i += row_step) {
     const std::size_t word_step = std::max<std::size_t>(1, common_[i].size() / sample_words);
     for (std::size_t k = 0; k < common_[i].size(); k += word_step)
       sample.push_back(common_[i][k].index);
   }
   std::ranges::sort(sample);
-  part_count = std::max<std::size_t>(1, std::min(part_count, sample.size()));
-  for (std::size_t part = 1; part < part_count; ++part)
-    sample[part] = sample[part * sample.size() / part_count];
-  sample.resize(part_count + 1);
+  count = std::max<std::size_t>(1, std::min(count, sample.size()));
+  for (std::size_t part = 1; part < count; ++part)
+    sample[part] = sample[part * sample.size() / count];
+  sample.resize(count + 1);
   sample.front() = 0;
   sample.back() = base::no_index;
+  part_count_ = static_cast<std::uint32_t>(count);
 }
 
-// Tells the older conditions of one part of the new ones.
-void ConcurrencyRelation::extend_rows(std::uint32_t part, std::span<const EventId> batch,
-                                      Scratch& scratch) {
+void ConcurrencyRelation::tell_older(std::uint32_t worker, std::uint32_t part) {
+  Scratch& scratch = *scratch_[worker];
   std::uint64_t new_words = 0;
   const std::uint32_t first_word = first_words_[part], end_word = first_words_[part + 1];
-  for (std::uint32_t i = 0; i < batch.size(); ++i) {
-    const UnfoldedEvent& event = process_.event(batch[i]);
+  for (std::uint32_t i = 0; i < batch_.size(); ++i) {
+    const UnfoldedEvent& event = process_.event(batch_[i]);
     const ConditionId first = event.first_condition, last = first + event.postset_size;
     if (first == last) continue;
     auto word = std::ranges::lower_bound(common_[i], first_word, {}, &Word::index);
@@ -247,7 +254,13 @@ void ConcurrencyRelation::extend_rows(std::uint32_t part, std::span<const EventI
       });
     }
   }
-  scratch.new_words += new_words;
+  scratch.word_count += new_words;
+}
+
+std::uint64_t ConcurrencyRelation::word_count() const {
+  std::uint64_t sum = 0;
+  for (const auto& scratch : scratch_) sum += scratch->word_count;
+  return sum;
 }
 
 Word* ConcurrencyRelation::RowRoom::take(std::uint32_t capacity) {

@@ -5,8 +5,9 @@
 // The relation is symmetric and irreflexive. It is thin in practice (some tens of thousands), so a
 // row holds only the words that are not zero. What is concurrent with the new conditions of an
 // event is what is concurrent with all that it consumes; new conditions have the highest numbers,
-// so older rows only grow at their ends. The rows of a batch are found in parallel and entered by
-// one thread.
+// so older rows only grow at their ends. Nobody asks an older row for the newest conditions as long
+// as the events that consume these are sought: the older ones are told afterwards, while other
+// things are done that take no rows.
 #pragma once
 
 #include <algorithm>
@@ -52,11 +53,17 @@ class ConcurrencyRelation {
   static constexpr std::uint64_t most_unseen = 1u << 10;
 
   // Enters the conditions of a batch of events of equal size that has just entered the prefix, in
-  // the order of their conditions. False if nothing is entered, and the relation is of no use any
-  // more: where a row costs more to enter and to read than histories cost to compare.
+  // the order of their conditions; it must stay until the older ones have been told. False if
+  // nothing is entered, and the relation is of no use any more: where a row costs more to enter and
+  // to read than histories cost to compare.
   bool add_batch(std::span<const EventId> batch);
+  // Tells a part of the older conditions of those of the last batch; to be called for all parts
+  // before the next batch, by several workers if need be, while nobody reads rows.
+  void tell_older(std::uint32_t worker, std::uint32_t part);
+  std::uint32_t part_count() const { return part_count_; }
 
   bool concurrent(ConditionId c, ConditionId d) const;
+  // Of one of the last batch. An older one may lack these until it has been told.
   std::span<const Word> row(ConditionId c) const { return rows_[c]; }
 
   template <class Visit>
@@ -65,7 +72,7 @@ class ConcurrencyRelation {
   }
 
   // Bytes of all rows, nearly.
-  std::uint64_t memory() const { return word_count_ * sizeof(Word); }
+  std::uint64_t memory() const { return word_count() * sizeof(Word); }
 
  private:
   // Rows that grow move into arrays of the next power of two; those that they leave are kept for
@@ -84,10 +91,10 @@ class ConcurrencyRelation {
   // Of one worker.
   struct alignas(64) Scratch {
     RowRoom rows;
+    std::uint64_t word_count = 0;  // that this worker has added to rows
     // Of the batch.
     Room<Word> common;
     Room<std::uint32_t> partners;
-    std::uint64_t new_words = 0;  // added to rows
     // How many conditions of an event of the batch were met, by its position.
     std::vector<std::uint32_t> count;  // all 0 between uses
     std::vector<std::uint32_t> positions;
@@ -118,8 +125,8 @@ class ConcurrencyRelation {
   std::span<const Word> common_row(const UnfoldedEvent& event, Room<Word>& room) const;
   void find_partners(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
   void make_rows(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
-  void divide_rows(std::size_t batch_size);
-  void extend_rows(std::uint32_t part, std::span<const EventId> batch, Scratch& scratch);
+  void divide_rows();
+  std::uint64_t word_count() const;
   static void reserve(Row& row, std::uint32_t size, RowRoom& room);
   static void append(Row& row, ConditionId first, ConditionId last, RowRoom& room);
 
@@ -127,14 +134,15 @@ class ConcurrencyRelation {
   base::WorkerPool& pool_;
   std::vector<Row> rows_;                          // by condition
   std::vector<std::unique_ptr<Scratch>> scratch_;  // by worker
-  std::uint64_t word_count_ = 0;
 
-  // Of the batch being entered, by position: what is concurrent with all that the event consumes,
+  // Of the last batch, by position: what is concurrent with all that the event consumes,
   // and the events of the batch that are concurrent with it.
+  std::span<const EventId> batch_;
   std::vector<std::span<const Word>> common_;
   std::vector<std::span<const std::uint32_t>> partners_;
   // Where the parts begin in which older rows are extended, and where the last one ends.
   std::vector<std::uint32_t> first_words_;
+  std::uint32_t part_count_ = 0;
   // The consumers in the batch of a condition are a list that begins at first_consumer_[c] and ends
   // with no_index, as does that of a condition that the batch leaves alone.
   struct Consumer {
@@ -144,6 +152,7 @@ class ConcurrencyRelation {
   };
   std::vector<Consumer> consumers_;
   std::vector<std::uint32_t> first_consumer_;
+  std::vector<std::uint32_t> consumed_;  // by index of a word: which conditions have consumers
 };
 
 }  // namespace vorel::unfolder

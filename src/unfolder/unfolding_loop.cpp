@@ -166,7 +166,8 @@ void UnfoldingLoop::extend_batch() {
 }
 
 // Which of the events that have just been found are cut-offs. States of different parts have
-// nothing to do with each other: nobody waits for a lock.
+// nothing to do with each other: nobody waits for a lock. Meanwhile nobody reads the relation, of
+// which older rows are to be extended; the two together keep all workers busy for longer.
 void UnfoldingLoop::judge_found() {
   if (must_give_up() && !keeps_incomplete()) return;
   const auto judge = [this](std::uint32_t worker, std::uint32_t part) {
@@ -181,13 +182,19 @@ void UnfoldingLoop::judge_found() {
     count += std::exchange(worker->found_count, 0);
     parts |= std::exchange(worker->found_parts, 0);
   }
-  if (count < few_found) {
-    for (; parts != 0; parts &= parts - 1) {
-      judge(0, static_cast<std::uint32_t>(std::countr_zero(parts)));
-    }
-  } else {
-    pool_.run(FinalStateTable::part_count, judge);
+  const bool judges_alone = count < few_found;
+  for (; judges_alone && parts != 0; parts &= parts - 1) {
+    judge(0, static_cast<std::uint32_t>(std::countr_zero(parts)));
   }
+  // Some rows for each worker to begin or to end with.
+  const std::uint32_t row_parts = relation_ == nullptr ? 0 : relation_->part_count();
+  const std::uint32_t first_judged = row_parts / 2;
+  const std::uint32_t judged = judges_alone ? 0 : FinalStateTable::part_count;
+  pool_.run(row_parts + judged, [&](std::uint32_t worker, std::uint32_t item) {
+    if (item < first_judged) return relation_->tell_older(worker, item);
+    if (item < first_judged + judged) return judge(worker, item - first_judged);
+    relation_->tell_older(worker, item - judged);
+  });
 }
 
 // States are all over the table, and what another worker has found is in its cache: what is needed
