@@ -20,7 +20,11 @@ constexpr std::uint64_t minimisation_conflicts = 100;  // for one literal of a c
 constexpr std::uint64_t exhaustion_conflicts = 1000;   // for one more of a core
 constexpr int most_trims = 5;
 constexpr std::uint64_t free_tries = 100, tries_per_drop = 10;  // to make a core smaller
-constexpr std::uint64_t work_before_descent = 256;
+// A core costs a few conflicts; what goes beyond these tells that cores are hard to find.
+constexpr std::uint64_t conflicts_per_core = 8;
+constexpr std::uint64_t work_before_descent = 256, literals_per_work = 4;
+constexpr std::uint64_t turn_growth = 4;
+constexpr std::uint64_t descent_share = 8;  // its turn is so many times longer
 
 std::uint64_t sum_of(std::uint64_t a, std::uint64_t b) { return a > highest - b ? highest : a + b; }
 
@@ -41,16 +45,23 @@ class CoreGuidedSearch {
     normalise();
   }
 
+  std::optional<std::uint64_t> run() {
+    const std::optional<std::uint64_t> least = search();
+    if (number_group_) formula_.remove_group(*number_group_);
+    return least;
+  }
+
+ private:
   // Without any assumptions first: a formula without models is refuted faster so, and what the
   // first model costs keeps the assumptions few.
-  std::optional<std::uint64_t> run() {
+  std::optional<std::uint64_t> search() {
     if (lower_ >= upper_ || !solve({}).value_or(false)) return std::nullopt;
     note_model();
     harden();
     threshold_ = next_threshold(highest);
     divide();
     while (is_open() && !base::run_failed()) {
-      if (may_descend() && work_ >= work_until_descent_) descend();
+      if (may_descend() && work() >= work_until_descent_) descend();
       if (!is_open() || base::run_failed()) break;
       const std::optional<bool> answer = solve_in_turn(assumptions());
       if (!answer) {
@@ -69,7 +80,6 @@ class CoreGuidedSearch {
     return upper_;
   }
 
- private:
   // A literal that costs something. An output of a totalizer stands for all thresholds from it on
   // until it is found in a core.
   struct Soft {
@@ -130,16 +140,11 @@ class CoreGuidedSearch {
   // Nothing, too, when it is the turn of the descent before the answer is known.
   std::optional<bool> solve_in_turn(const Lits& assumed) {
     if (!may_descend()) return solve(assumed);
-    const std::uint64_t conflicts = work_until_descent_ - work_;
-    const std::optional<bool> answer = solve(assumed, conflicts);
-    if (!answer) work_ += conflicts;
-    return answer;
+    return solve(assumed, work_until_descent_ - work());
   }
   // Of a step that may be left out.
   std::optional<bool> try_solve(const Lits& assumed, std::uint64_t conflicts) {
-    const std::optional<bool> answer = formula_.solve_assuming(assumed, conflicts);
-    if (!answer) work_ += conflicts;
-    return answer;
+    return formula_.solve_assuming(assumed, conflicts);
   }
 
   Lits assumptions() const {
@@ -208,31 +213,51 @@ class CoreGuidedSearch {
   // What few decisions settle for the whole formula takes as many cores as the cost is high, each
   // with all that follows from it; where the cost is a number, one step may refute many values. And
   // the other way round: of many small choices, each independent of the others, the number tells
-  // nothing. So each way has its turn, the longer the more turns there were.
+  // nothing. So each way has its turn, the longer the more turns there were. The descent goes on
+  // for longer when it has proven more than the cores: what is left of it will be harder than that.
   void descend() {
-    const std::uint64_t conflicts = work_;
-    work_until_descent_ = 4 * work_;
-    const ClauseGroup number = formula_.new_group();
-    Lits lits;
-    for (const WeightedLit& costly : cost_) lits.push_back(costly.lit);
-    const Lits bits = IntegerCircuit(formula_).count_ones(lits, number);
+    const std::uint64_t start = conflicts();
+    std::uint64_t limit = descent_share * work();
+    work_until_descent_ = turn_growth * work();
+    const Lits& bits = number();
     Lits higher;  // the bits decided so far, as they are in the least cost
     for (std::size_t i = bits.size(); i-- > 0 && !base::run_failed();) {
       if (bits[i].is_constant()) continue;
       higher.push_back(~bits[i]);
       if ((upper_ >> i & 1u) == 0) continue;
       const std::uint64_t most = (upper_ >> i << i) - 1;  // with this bit 0
-      std::optional<bool> answer = false;                 // known beforehand
-      if (most >= std::max(lower_, proven_)) answer = solve(higher, conflicts);
-      if (!answer) break;
-      if (*answer) {
-        note_model();
-      } else {
-        higher.back() = bits[i];
-        proven_ = std::max(proven_, most + 1);
+      if (most >= std::max(lower_, proven_)) {
+        const std::optional<bool> answer = solve(higher, limit);
+        if (!answer) break;
+        if (*answer) {
+          note_model();
+          continue;
+        }
+        proven_ = most + 1;
+        limit *= descent_share;
       }
+      higher.back() = bits[i];
     }
-    formula_.remove_group(number);
+    descent_conflicts_ += conflicts() - start;
+  }
+
+  // The bits of the cost. What is learnt of them in one turn is of use in the next.
+  const Lits& number() {
+    if (!number_group_) {
+      number_group_ = formula_.new_group();
+      Lits lits;
+      for (const WeightedLit& costly : cost_) lits.push_back(costly.lit);
+      bits_ = IntegerCircuit(formula_).count_ones(lits, *number_group_);
+    }
+    return bits_;
+  }
+
+  std::uint64_t conflicts() const { return formula_.solver().num_conflicts(); }
+  // Of the search for cores: these, and the conflicts beyond what they are worth.
+  std::uint64_t work() const {
+    const std::uint64_t spent = conflicts() - first_conflict_ - descent_conflicts_;
+    const std::uint64_t expected = conflicts_per_core * lower_;
+    return long_cores_ + (spent > expected ? spent - expected : 0);
   }
 
   // ---- Strata
@@ -282,7 +307,7 @@ class CoreGuidedSearch {
     for (const Lit lit : core.lits) soft_of(lit).weight -= core.weight;
     for (const Lit lit : core.lits) expose_next(soft_of(lit));
     if (core.lits.size() < 2) return;
-    ++work_;
+    ++long_cores_;
     cores_.push_back(std::move(core));
   }
 
@@ -396,9 +421,13 @@ class CoreGuidedSearch {
   bool has_model_ = false;
   std::uint64_t threshold_ = 0;  // literals of less weight are not assumed to be false
   std::vector<Soft> softs_;
-  std::uint64_t proven_ = 0;  // by descents: no model costs less
-  std::uint64_t work_ = 0;    // cores of more than one literal, and conflicts in vain
-  std::uint64_t work_until_descent_ = work_before_descent;
+  std::uint64_t proven_ = 0;      // by descents: no model costs less
+  std::uint64_t long_cores_ = 0;  // of more than one literal
+  std::uint64_t first_conflict_ = conflicts(), descent_conflicts_ = 0;
+  // To make a number of many literals takes long, and so does each step with it.
+  std::uint64_t work_until_descent_ = work_before_descent + cost_.size() / literals_per_work;
+  std::optional<ClauseGroup> number_group_;  // of the bits
+  Lits bits_;
   std::uint64_t tries_ = 0, drops_ = 0;              // of minimise()
   std::size_t part_begin_ = 0, part_size_ = whole;   // of those that are assumed to be false
   std::unordered_map<Lit, std::uint32_t> index_of_;  // in softs_

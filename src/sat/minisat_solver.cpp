@@ -293,5 +293,6 @@ std::uint64_t MiniSatSolver::num_clauses() const {
 }
 
 std::uint64_t MiniSatSolver::num_literals() const { return state_->core.clauses_literals; }
+std::uint64_t MiniSatSolver::num_conflicts() const { return state_->core.conflicts; }
 
 }  // namespace vorel::sat

@@ -43,6 +43,7 @@ class MiniSatSolver final : public SatSolver {
   std::uint32_t num_vars() const override;
   std::uint64_t num_clauses() const override;
   std::uint64_t num_literals() const override;
+  std::uint64_t num_conflicts() const override;
 
  private:
   struct State;  // all that a reset forgets

@@ -60,6 +60,8 @@ class SatSolver {
   virtual std::uint32_t num_vars() const = 0;
   virtual std::uint64_t num_clauses() const = 0;
   virtual std::uint64_t num_literals() const = 0;
+  // Of all solves since the last reset.
+  virtual std::uint64_t num_conflicts() const = 0;
 };
 
 }  // namespace vorel::sat

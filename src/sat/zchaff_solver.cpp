@@ -140,5 +140,6 @@ Lits ZChaffSolver::unit_literals() const {
 std::uint32_t ZChaffSolver::num_vars() const { return core_->variable_count(); }
 std::uint64_t ZChaffSolver::num_clauses() const { return core_->clause_count(); }
 std::uint64_t ZChaffSolver::num_literals() const { return core_->literal_count(); }
+std::uint64_t ZChaffSolver::num_conflicts() const { return core_->conflict_count(); }
 
 }  // namespace vorel::sat

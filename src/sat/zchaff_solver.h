@@ -38,6 +38,7 @@ class ZChaffSolver final : public SatSolver {
   std::uint32_t num_vars() const override;
   std::uint64_t num_clauses() const override;
   std::uint64_t num_literals() const override;
+  std::uint64_t num_conflicts() const override;
 
   const zchaff::SolverCore& core() const { return *core_; }
 

@@ -33,8 +33,10 @@ bool SolverCore::learn_from(ClauseRef conflict) {
   return true;
 }
 
-// False when no variable is left to decide on.
+// False when no variable is left to decide on. Mostly all are true or false then; to take them out
+// of the order to see that would only have them put back before the next solve.
 bool SolverCore::decide() {
+  if (assignment_.trail().size() == variable_count()) return false;
   while (!order_.empty() && !assignment_.is_open(order_.top())) order_.pop();
   if (order_.empty()) return false;
   const Variable variable = order_.top();

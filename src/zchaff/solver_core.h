@@ -80,6 +80,7 @@ class SolverCore {
   // Of the clauses that were given and not retracted, units and empty ones included.
   std::uint64_t clause_count() const;
   std::uint64_t literal_count() const;
+  std::uint64_t conflict_count() const { return policy_.conflicts(); }
   SolverCoreStats stats() const;
 
   // Visits the given clauses, units first, or the learnt ones, facts included: visit(literals).

@@ -8,6 +8,7 @@
 #include "sat/alternatives.h"
 #include "sat/core_guided.h"
 #include "sat/enumeration.h"
+#include "sat/integer_circuit.h"
 #include "sat/sat_testing.h"
 #include "support/seeds.h"
 
@@ -243,6 +244,40 @@ TEST(CoreGuided, AddsUpManyChoices) {
   support::for_each_seed(10, [&](std::uint64_t seed) {
     Random random(seed);
     check_many_choices(random, static_cast<int>(seed % 2));
+  });
+}
+
+// So many of the items, each of which can be had in two ways: few cores tell little of it, so the
+// number of the cost has its turn. The ways cost where they are false when the first model is to
+// cost as much as can be.
+void check_counting(Random& random, int solver) {
+  const std::uint32_t items = 12 + random.below(6), wanted = 4 + random.below(items - 4);
+  const bool inverted = random.chance(50);
+  CnfFormula formula(CnfParams{.solver = solver});
+  Lits chosen;
+  std::vector<WeightedLit> cost;
+  for (std::uint32_t i = 0; i < items; ++i) {
+    const Lit one = Lit(formula.new_var(false), inverted), other(formula.new_var(false), inverted);
+    chosen.push_back(formula.make_gate(Gate(GateOr, {one, other}), PermanentGroup));
+    for (const Lit way : {one, other}) cost.push_back({way, 1});
+  }
+  IntegerCircuit circuit(formula);
+  formula.add_unit(circuit.threshold(chosen, wanted - 1, PermanentGroup), PermanentGroup);
+
+  const std::uint64_t bound = random.chance(30) ? no_limit : wanted + random.below(2 * items);
+  std::uint64_t last = bound;
+  const auto found = find_least_cost(formula, cost, bound, formula.group(2), [&] {
+    EXPECT_LT(model_cost(formula, cost), last);
+    last = model_cost(formula, cost);
+  });
+  EXPECT_EQ(found, wanted < bound ? std::optional<std::uint64_t>(wanted) : std::nullopt);
+  EXPECT_EQ(last, std::min<std::uint64_t>(wanted, bound));
+}
+
+TEST(CoreGuided, CountsWhereCoresAreHard) {
+  support::for_each_seed(10, [&](std::uint64_t seed) {
+    Random random(seed);
+    check_counting(random, static_cast<int>(seed % 2));
   });
 }
 
