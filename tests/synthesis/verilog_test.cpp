@@ -114,13 +114,13 @@ class Verilog : public testing::Test {
   }
 
   // All in one run. The lines that the testbenches print, by their numbers.
-  std::map<std::size_t, std::string> simulate() const {
+  std::map<std::size_t, std::string> simulate(int edges) const {
     folder_.write("test.v", modules_);
     const std::string seed = std::to_string(support::seeds(1).first);
     const support::ProgramRun run = folder_.shell(
         "ulimit -t 100; iverilog -Wall -Wno-implicit -o test.vvp test.v && vvp -n test.vvp "
-        "+edges=200 +seed=" +
-        seed);
+        "+edges=" +
+        std::to_string(edges) + " +seed=" + seed);
     EXPECT_EQ(run.exit_code, 0);
     EXPECT_EQ(run.err, "");
     std::map<std::size_t, std::string> lines;
@@ -140,7 +140,7 @@ class Verilog : public testing::Test {
   }
 
   void expect_to_follow(std::size_t least_edges) const {
-    const auto lines = simulate();
+    const auto lines = simulate(200);
     EXPECT_EQ(lines.size(), titles_.size());
     for (const auto& [number, line] : lines) {
       EXPECT_TRUE(line.ends_with(" edges, all as the STG has them")) << titles_[number] << line;
@@ -210,7 +210,8 @@ TEST_F(Verilog, SimulationTellsWhatIsWrong) {
     ASSERT_TRUE(write_testbench(text, *stg, {"circuit" + number, {}, {}}, number));
     modules_ += text.str();
   }
-  const auto lines = simulate();
+  // Far more than it takes for each fault to happen.
+  const auto lines = simulate(10'000);
   ASSERT_EQ(lines.size(), std::size(rows));
   for (const auto& [number, line] : lines)
     EXPECT_NE(line.find(rows[number].expected), std::string::npos) << titles_[number] << '\n'
