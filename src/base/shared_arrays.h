@@ -6,12 +6,15 @@
 // is 0, or a part that holds nothing else, takes no memory. An array never changes once others may
 // share it: a copy with one more number has new nodes on the way to it alone [DSST-1989]. Arrays
 // are merged and compared in the time of where they differ: parts that are the same node are passed
-// over. Nodes are never given back one by one; whoever runs out of memory copies what is needed to
-// a new object by SharedArrayMover, and drops the old one.
+// over. Parts that differ in many numbers, of which one has the right one everywhere, tend to meet
+// again when more is added elsewhere: some of these meetings are remembered. Nodes are never
+// given back one by one; whoever runs out of memory copies what is needed to a new object by
+// SharedArrayMover, and drops the old one.
 #pragma once
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -61,10 +64,12 @@ class SharedArrays {
   }
 
   // One array of several, which are taken away. Of numbers that differ, neither of them 0, the
-  // first and the second go to combine(position, first, second), which is one of both.
+  // first and the second go to combine(position, first, second), which is one of both, and always
+  // the same one for these two in this order: it may not be asked again. `own`: as for set(), from
+  // now on as well; what is forgotten later begins there or behind it.
   template <class Combine>
-  Array merge(std::vector<Array>& arrays, const Combine& combine) {
-    const Array merged = merge_below(arrays, 0, top_span_, 0, combine);
+  Array merge(std::vector<Array>& arrays, std::uint32_t own, const Combine& combine) {
+    const Array merged = merge_below(arrays, 0, top_span_, 0, own, combine);
     assert(arrays.empty());
     return merged;
   }
@@ -90,6 +95,19 @@ class SharedArrays {
   // A leaf holds numbers, the others hold nodes; 0: nothing below.
   using Node = std::array<std::uint32_t, fan_out>;
   static constexpr std::uint32_t chunk_size = 4096;
+
+  // Two nodes that were merged, in this order, into one of them.
+  struct Meeting {
+    std::uint32_t a = 0, b = 0, larger = 0;
+  };
+  static constexpr std::size_t meeting_count = std::size_t{1} << 14;  // 192 kB
+
+  // Where the meeting of the two is remembered, if no other one has taken its place.
+  Meeting& meeting_of(std::uint32_t a, std::uint32_t b) {
+    if (meetings_.empty()) meetings_.resize(meeting_count);
+    const std::uint64_t hash = (std::uint64_t{a} << 32 | b) * 0x9e3779b97f4a7c15u;
+    return meetings_[hash >> (64 - std::bit_width(meeting_count - 1))];
+  }
 
   Node& node(std::uint32_t id) { return chunks_[id / chunk_size][id % chunk_size]; }
   const Node& node(std::uint32_t id) const { return chunks_[id / chunk_size][id % chunk_size]; }
@@ -139,10 +157,11 @@ class SharedArrays {
   // Makes one node of those in `merging` from `begin` on, which it takes away.
   template <class Combine>
   std::uint32_t merge_below(std::vector<std::uint32_t>& merging, std::size_t begin,
-                            std::uint32_t span, std::uint32_t first, const Combine& combine);
+                            std::uint32_t span, std::uint32_t first, std::uint32_t own,
+                            const Combine& combine);
   template <class Combine>
   std::uint32_t merge_two(std::uint32_t a, std::uint32_t b, std::uint32_t span, std::uint32_t first,
-                          const Combine& combine);
+                          std::uint32_t own, const Combine& combine);
   template <class Accept>
   bool agree_below(std::uint32_t a, std::uint32_t b, std::uint32_t span, std::uint32_t first,
                    std::uint32_t end, const Accept& accept) const;
@@ -153,7 +172,8 @@ class SharedArrays {
   std::uint32_t length_ = 0;
   std::uint32_t top_span_ = 1;  // numbers below each child of a root
   std::vector<std::unique_ptr<Node[]>> chunks_;
-  std::uint32_t node_count_ = 0;  // the first is none
+  std::uint32_t node_count_ = 0;   // the first is none
+  std::vector<Meeting> meetings_;  // of nodes that never change; empty before the first
 };
 
 // Copies arrays to another object of the same length; what they share is copied once.
@@ -184,7 +204,7 @@ class SharedArrayMover {
 
 template <class Combine>
 std::uint32_t SharedArrays::merge_below(std::vector<std::uint32_t>& merging, std::size_t begin,
-                                        std::uint32_t span, std::uint32_t first,
+                                        std::uint32_t span, std::uint32_t first, std::uint32_t own,
                                         const Combine& combine) {
   keep_different(merging, begin);
   const std::size_t end = merging.size();
@@ -192,13 +212,13 @@ std::uint32_t SharedArrays::merge_below(std::vector<std::uint32_t>& merging, std
   if (end == begin + 1) {
     result = merging[begin];
   } else if (end == begin + 2) {
-    result = merge_two(merging[begin], merging[begin + 1], span, first, combine);
+    result = merge_two(merging[begin], merging[begin + 1], span, first, own, combine);
   } else if (end > begin) {
     Node merged{};
     for (std::uint32_t k = 0; k < fan_out; ++k) {
       if (span > 1) {
         for (std::size_t i = begin; i < end; ++i) merging.push_back(node(merging[i])[k]);
-        merged[k] = merge_below(merging, end, span / fan_out, first + k * span, combine);
+        merged[k] = merge_below(merging, end, span / fan_out, first + k * span, own, combine);
         continue;
       }
       for (std::size_t i = begin; i < end; ++i) {
@@ -218,8 +238,11 @@ std::uint32_t SharedArrays::merge_below(std::vector<std::uint32_t>& merging, std
 
 template <class Combine>
 std::uint32_t SharedArrays::merge_two(std::uint32_t a, std::uint32_t b, std::uint32_t span,
-                                      std::uint32_t first, const Combine& combine) {
+                                      std::uint32_t first, std::uint32_t own,
+                                      const Combine& combine) {
   assert(a != b && a != 0 && b != 0);
+  Meeting& met = meeting_of(a, b);
+  if (met.a == a && met.b == b) return met.larger;
   const Node& in_a = node(a);
   const Node& in_b = node(b);
   Node merged;
@@ -230,14 +253,17 @@ std::uint32_t SharedArrays::merge_two(std::uint32_t a, std::uint32_t b, std::uin
     } else if (in_a[k] == 0) {
       merged[k] = in_b[k];
     } else if (span > 1) {
-      merged[k] = merge_two(in_a[k], in_b[k], span / fan_out, first + k * span, combine);
+      merged[k] = merge_two(in_a[k], in_b[k], span / fan_out, first + k * span, own, combine);
     } else {
       merged[k] = combine(first + k, in_a[k], in_b[k]);
     }
     is_a = is_a && merged[k] == in_a[k];
     is_b = is_b && merged[k] == in_b[k];
   }
-  return is_a ? a : is_b ? b : new_node(merged);
+  if (!is_a && !is_b) return new_node(merged);
+  const std::uint32_t larger = is_a ? a : b;
+  if (a < own && b < own) met = {a, b, larger};
+  return larger;
 }
 
 template <class Accept>

@@ -62,7 +62,7 @@ class CausalArrays {
       }
     }
     array_ = &arrays_[event];
-    *array_ = shared_.merge(merging_, combine);
+    *array_ = shared_.merge(merging_, own_, combine);
     is_at_hand_ = last_use_[event] > visited_++;
     if (is_at_hand_) at_hand_.push_back(&event);
   }

@@ -114,8 +114,9 @@ void LocalHistories::add_history(EventId e) {
   } else {
     for (const EventId cause : causes_) merging_.push_back(history_of(cause));
     merging_.push_back(history);
-    history = shared_.merge(
-        merging_, [](std::uint32_t, std::uint32_t a, std::uint32_t b) { return std::max(a, b); });
+    history = shared_.merge(merging_, own, [](std::uint32_t, std::uint32_t a, std::uint32_t b) {
+      return std::max(a, b);
+    });
   }
   for (std::uint32_t record = first_record_[e]; record < records_.size(); ++record) {
     shared_.set(history, records_[record].entry, record, own);

@@ -37,7 +37,7 @@ TEST(SharedArrays, AgreeWithPlainOnesHoweverTheyShare) {
         std::ranges::transform(expected, plain[part], expected.begin(),
                                [](auto a, auto b) { return std::max(a, b); });
       }
-      SharedArrays::Array array = arrays.merge(merging, larger);
+      SharedArrays::Array array = arrays.merge(merging, own, larger);
       for (auto changes = random() % 4; changes > 0; --changes) {
         const auto position = static_cast<std::uint32_t>(random() % length);
         arrays.set(array, position,
