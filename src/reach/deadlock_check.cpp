@@ -7,7 +7,6 @@
 #include "configuration/decoding.h"
 #include "configuration/dummy_cutoffs.h"
 #include "configuration/validation.h"
-#include "reach/deadlock_encoding.h"
 #include "reach/deadlock_walk.h"
 
 namespace vorel::reach {
@@ -41,12 +40,23 @@ DeadlockCheck<P>::DeadlockCheck(const P& process, const configuration::SearchOpt
 // met is of no use.
 template <net::Process P>
 auto DeadlockCheck<P>::run_into_deadlock() const -> Run requires P::is_merged {
-  constexpr std::uint64_t steps_per_event = 200;
+  constexpr std::uint64_t steps_per_event = 100;
   const auto& options = this->options();
   if (options.all_solutions != 0 || options.min_cost || options.encoding.formula.store_cnf_formula)
     return {};
   return DeadlockWalk<P>(this->process(), this->structure().instances())
       .find(steps_per_event * this->process().events.size());
+}
+
+template <net::Process P>
+void DeadlockCheck<P>::shorten_search(DeadlockEncoding<P>& encoding) requires P::is_merged {
+  if (!encoding.has_many_pasts()) return;
+  const Run run = run_into_deadlock();
+  if (run.empty()) {
+    encoding.encode_marking_bounds();
+  } else {
+    this->instance().set_guess(0, run);  // the formula has the last word
+  }
 }
 
 template <net::Process P>
@@ -60,14 +70,7 @@ void DeadlockCheck<P>::encode(sat::ClauseGroup) {
   } else {
     encoding.encode_deadlock_ignoring_cutoffs();
   }
-  if constexpr (P::is_merged) {
-    const Run run = run_into_deadlock();
-    if (run.empty()) {
-      encoding.encode_marking_bounds();
-    } else {
-      instance.set_guess(0, run);  // the formula has the last word
-    }
-  }
+  if constexpr (P::is_merged) shorten_search(encoding);
 }
 
 template <net::Process P>

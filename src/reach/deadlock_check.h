@@ -4,6 +4,7 @@
 #pragma once
 
 #include "configuration/search_engine.h"
+#include "reach/deadlock_encoding.h"
 
 namespace vorel::reach {
 
@@ -26,6 +27,7 @@ class DeadlockCheck : public configuration::SearchEngine<P> {
   using Run = std::vector<const typename P::Event*>;
 
   Run run_into_deadlock() const requires P::is_merged;
+  void shorten_search(DeadlockEncoding<P>& encoding) requires P::is_merged;
 };
 
 }  // namespace vorel::reach

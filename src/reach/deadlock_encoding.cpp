@@ -168,12 +168,16 @@ void DeadlockEncoding<P>::encode_dead_marking() {
 }
 
 template <net::Process P>
+bool DeadlockEncoding<P>::has_many_pasts() const requires P::is_merged {
+  constexpr std::uint64_t few = 10;
+  return alternative_producers(process_) * few >= process_.conditions.size();
+}
+
+template <net::Process P>
 void DeadlockEncoding<P>::encode_marking_bounds() requires P::is_merged {
-  constexpr std::uint64_t few = 10, steps_each = 5000;
-  const std::uint64_t alternatives = alternative_producers(process_);
-  if (alternatives * few < process_.conditions.size()) return;
+  constexpr std::uint64_t steps_each = 5000;
   const configuration::MarkingBounds bounds(configuration::TokenFlow::of(process_),
-                                            steps_each * alternatives);
+                                            steps_each * alternative_producers(process_));
   sat::Lits places;
   std::vector<bool> can_be_marked;
   for (const auto& place : process_.places) {

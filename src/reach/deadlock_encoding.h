@@ -26,8 +26,10 @@ class DeadlockEncoding {
   // for what they say of the completeness of the prefix.
   void encode_deadlock_ignoring_cutoffs();
 
-  // What the net alone says of its dead markings, after one of the methods. Redundant, and of no
-  // use where nearly every condition has but one past, as in a prefix.
+  // Where nearly every condition has but one past, as in a prefix, unit propagation finds what
+  // follows, and what is below is of no use.
+  bool has_many_pasts() const requires P::is_merged;
+  // What the net alone says of its dead markings, after one of the methods. Redundant.
   void encode_marking_bounds() requires P::is_merged;
 
  private:
