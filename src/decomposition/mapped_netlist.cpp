@@ -86,17 +86,19 @@ class NetlistBuilder {
     if (gate.inverted()) add_inverter(gate);
   }
 
-  // Behind a gate with an inverter the wire is where the inverter rests, if that drives a signal.
+  // Where a signal is excited at the start, the last gate on the way to it is: a wire before it is
+  // where its own gate rests. A gate that holds its value rests where what it drives rests.
   void set_initial_value(NetlistGate& result, const GateInstance& gate) {
     const auto known = values_.find(gate.output);
-    if (known != values_.end()) {
-      result.initial_value = known->second != gate.inverted();
+    const bool is_signal = known != values_.end();
+    if (is_signal && !gate.inverted()) {
+      result.initial_value = known->second;
     } else {
       const auto value = synthesis::value_of(result.function, values_);
-      assert(value && "gates of subfunctions have no memory");
-      result.initial_value = *value;
-      values_.emplace(gate.output, *value != gate.inverted());
+      assert((value || is_signal) && "gates of subfunctions have no memory");
+      result.initial_value = value ? *value : !known->second;
     }
+    values_.emplace(gate.output, result.initial_value != gate.inverted());
     values_.emplace(result.output, result.initial_value);
   }
 

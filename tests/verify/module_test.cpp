@@ -77,11 +77,16 @@ class Module : public testing::Test {
     for (const auto& signal : odd.signals) signal->name = names[signal->index];
     net::sort_signals(odd);
     add_stg("odd names", odd);
+    constexpr std::uint64_t has_excited_gate_with_inverter = 3296;
+    add_random_stg(has_excited_gate_with_inverter);
     const support::Seeds seeds = support::seeds(6);
-    for (std::uint64_t seed = seeds.first; seed < seeds.end; ++seed)
-      add_stg("seed " + std::to_string(seed),
-              oracle::random_stg(seed, {.toggles = seed % 2 == 0, .max_states = 40}));
+    for (std::uint64_t seed = seeds.first; seed < seeds.end; ++seed) add_random_stg(seed);
     ASSERT_GE(subjects_.size(), 30u);
+  }
+
+  void add_random_stg(std::uint64_t seed) {
+    add_stg("seed " + std::to_string(seed),
+            oracle::random_stg(seed, {.toggles = seed % 2 == 0, .max_states = 40}));
   }
 
   // In all styles; nothing of an STG with conflicts of codes.
