@@ -214,6 +214,7 @@ title 'Coding conflicts: seconds' 'solver 1 / solver 0'
 answers -C fork_join-1000 fork_join-5000 tree-2048 tokens-100 ring-400 handshakes-5000
 answers -U fork_join-1000
 answers -N fork_join-1000 fork_join-5000
+answers '-C -m1 -a' lone_conflict-1000
 title 'Equations: seconds' 'solver 1 / solver 0'
 answers -E fork_join-20 pipeline-40 ring-40
 answers -S pipeline-40
@@ -226,6 +227,8 @@ for name in net-1000 net-10000 net-100000; do
 done
 
 title 'Properties: seconds' 'solver 1 / solver 0'
+echo 'threshold[20] s in SIGNALS { $s }' >twenty.reach
+answers '-F -f -d @twenty.reach' controllers-8
 "$now/bench/make_prefix" 25000 net live.pnml >/dev/null
 echo 'exists x in EVENTS { $x & @x }' >some.reach
 echo 'threshold[6] t in TRANSITIONS { @t }' >six.reach
