@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/messages.h"
 #include "configuration/search_options.h"
 #include "decomposition/decomposition_driver.h"
 #include "decomposition/gate_models.h"
@@ -93,7 +94,7 @@ class Module : public testing::Test {
   void add_stg(const std::string& title, const net::Stg& stg) {
     auto unfolded = oracle::unfold(stg);
     if (!unfolded) return;
-    const support::CaughtMessages messages;
+    const base::MessageCapture messages;  // not all have a circuit of the library's gates
     net::find_initial_values(*unfolded);
     const auto graph = oracle::explore<net::Stg>(*unfolded);
     const auto initial = oracle::find_initial_values(*unfolded, graph);
