@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <charconv>
 #include <thread>
+#include <vector>
 
 #include "base/messages.h"
+#include "formats/net_file.h"
 
 namespace vorel::tools {
 namespace {
@@ -41,6 +43,14 @@ void add_threads_option(CLI::App& app, std::uint32_t& threads) {
   app.add_option("--threads", threads, "threads (default: one for each processor, at most 8)")
       ->check(CLI::Range(1u, 256u).description(""))
       ->type_name("N");
+}
+
+void add_format_option(CLI::App& app, std::string& name) {
+  std::vector<std::string> names;
+  for (const formats::NetFormatRow& row : formats::net_formats) names.emplace_back(row.name);
+  app.add_option("--format", name, "format of the input, whatever its name: g, ll_net or pnml")
+      ->check(CLI::IsMember(names).description(""))
+      ->type_name("NAME");
 }
 
 void add_usual_flags(CLI::App& app) {

@@ -26,6 +26,9 @@ std::uint32_t preset_threads();
 // Adds the option --threads.
 void add_threads_option(CLI::App& app, std::uint32_t& threads);
 
+// Adds the option --format, which sets the name of a format of nets.
+void add_format_option(CLI::App& app, std::string& name);
+
 // Gives the application, which is called like the program, --help and --version.
 void add_usual_flags(CLI::App& app);
 

@@ -5,21 +5,12 @@
 #include <iostream>
 #include <utility>
 #include <variant>
-#include <vector>
 
 #include "base/input_text.h"
 #include "base/messages.h"
 #include "tools/enumeration.h"
 
 namespace vorel::tools {
-
-void add_format_option(CLI::App& app, std::string& name) {
-  std::vector<std::string> names;
-  for (const formats::NetFormatRow& row : formats::net_formats) names.emplace_back(row.name);
-  app.add_option("--format", name, "format of the input, whatever its name: g, ll_net or pnml")
-      ->check(CLI::IsMember(names).description(""))
-      ->type_name("NAME");
-}
 
 std::optional<formats::NetFormat> input_format(const std::string& format_name,
                                                const std::string& file_name) {

@@ -8,15 +8,11 @@
 #include <string_view>
 
 #include "formats/net_file.h"
-#include "tools/arguments.h"
 
 namespace vorel::tools {
 
 // The name of the standard input and of the standard output.
 inline constexpr std::string_view standard_stream = "-";
-
-// Adds the option --format, which sets the name of a format.
-void add_format_option(CLI::App& app, std::string& name);
 
 // By the name of a format, or if that is empty by the file's. nullopt after an error: an ending
 // that tells none.

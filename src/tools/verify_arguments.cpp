@@ -5,7 +5,6 @@
 
 #include "base/messages.h"
 #include "tools/arguments.h"
-#include "tools/input_net.h"
 
 namespace vorel::tools {
 namespace {
