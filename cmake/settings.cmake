@@ -21,12 +21,23 @@ if(VOREL_SANITIZE)
   target_compile_definitions(vorel_settings INTERFACE VOREL_SANITIZED=1)
 endif()
 
+# Reading these headers is a fifth of the work of compiling: they are compiled once. Every file
+# includes what it needs all the same; scripts/test.sh also compiles without this.
+file(CONFIGURE OUTPUT standard_headers.cpp CONTENT "")
+add_library(standard_headers OBJECT ${CMAKE_CURRENT_BINARY_DIR}/standard_headers.cpp)
+target_link_libraries(standard_headers PRIVATE vorel_settings)
+target_precompile_headers(standard_headers PRIVATE
+  <algorithm> <array> <cassert> <cstddef> <cstdint> <functional> <iostream> <limits> <map> <memory>
+  <numeric> <optional> <set> <span> <string> <string_view> <tuple> <unordered_map> <unordered_set>
+  <utility> <variant> <vector>)
+
 # One static library per folder. vorel_library(NAME DEPENDENCY...) takes every .cpp of the folder.
 function(vorel_library name)
   file(GLOB sources CONFIGURE_DEPENDS *.cpp)
   list(FILTER sources EXCLUDE REGEX "[/_]main\\.cpp$")
   add_library(${name} STATIC ${sources})
   target_link_libraries(${name} PUBLIC vorel_settings ${ARGN})
+  target_precompile_headers(${name} REUSE_FROM standard_headers)
 endfunction()
 
 # One test program per folder of tests. vorel_test(NAME DEPENDENCY...).

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Checks the floors of src, builds everything with assertions and warnings as errors, and runs all
 # tests; then the same under the address and undefined behaviour sanitizers. In between all folders
-# are linked into one, to see that no two classes share a name.
+# are compiled without precompiled headers and linked into one, to see that each file includes what
+# it needs and that no two classes share a name.
 # Usage: scripts/test.sh [--quick]     --quick stops after the first run of the tests
 # The last line tells how many tests passed and failed in both runs together.
 set -euo pipefail
@@ -51,7 +52,8 @@ check_one_definition() {
   done
   printf '\n== No name stands for two classes (%s)\n' "$folder"
   cmake -S . -B "$folder" -G Ninja -DCMAKE_CXX_COMPILER=g++ -DCMAKE_BUILD_TYPE=Debug \
-    -DCMAKE_CXX_FLAGS_DEBUG="-O0 -g0 -flto" -DVOREL_TESTS=OFF -DVOREL_BENCH=OFF >/dev/null
+    -DCMAKE_CXX_FLAGS_DEBUG="-O0 -g0 -flto" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
+    -DVOREL_TESTS=OFF -DVOREL_BENCH=OFF >/dev/null
   cmake --build "$folder" -j "$jobs" --target "${libraries[@]}" -- --quiet
   g++ -O0 -flto="$jobs" -Werror=odr -r -flinker-output=rel -o "$folder/all-folders.o" \
     -Wl,--whole-archive "${archives[@]}"
