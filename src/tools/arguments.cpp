@@ -59,14 +59,21 @@ void add_usual_flags(CLI::App& app) {
 }
 
 bool parse_arguments(CLI::App& app, int argc, char** argv) {
+  std::string fault;
   try {
     app.parse(argc, argv);
     return true;
   } catch (const CLI::Success& what_is_asked) {
     app.exit(what_is_asked);
+    return false;
+  } catch (const CLI::RequiredError& error) {
+    // What is missing may be missing because of an option that there is not.
+    const std::vector<std::string> unknown = app.remaining();
+    fault = unknown.empty() ? error.what() : CLI::ExtrasError(unknown).what();
   } catch (const CLI::ParseError& error) {
-    base::print_error(std::string(error.what()) + " (" + app.get_name() + " --help tells more)");
+    fault = error.what();
   }
+  base::print_error(fault + " (" + app.get_name() + " --help tells more)");
   return false;
 }
 

@@ -192,6 +192,7 @@ TEST_F(FlowCommand, RefusesWhatItCannotDoAndWritesNothing) {
     std::string error;
   } rows[] = {
       {{}, "stg is required" + more},
+      {{"--bogus"}, "The following argument was not expected: --bogus" + more},
       {{"follower.g", "-o", "."}, "refusing to overwrite ./follower.g, which is the STG"},
       {{"blocked/follower.g", "-o", "."},
        "refusing to overwrite ./follower.g, which is a net or process by its name (give the "
