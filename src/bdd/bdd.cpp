@@ -129,11 +129,6 @@ Bdd exists(const Bdd& f, const Bdd& variables) {
   return Bdd::from_result(Cudd_bddExistAbstract(cudd(), f.node(), variables.node()));
 }
 
-Bdd for_all(const Bdd& f, const Bdd& variables) {
-  assert(!f.is_null() && !variables.is_null());
-  return Bdd::from_result(Cudd_bddUnivAbstract(cudd(), f.node(), variables.node()));
-}
-
 Bdd compose(const Bdd& f, std::span<const Bdd> substitution) {
   assert(!f.is_null());
   const std::uint32_t count = BddManager::instance().variable_count();

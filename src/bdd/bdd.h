@@ -103,10 +103,9 @@ Bdd ite(const Bdd& condition, const Bdd& then_value, const Bdd& else_value);
 // f with the literals of the product made true. What is no product of literals ends the process.
 Bdd cofactor(const Bdd& f, const Bdd& product);
 
-// True where some value of the variables makes f true, or every one does. The variables are given
-// as their product, in which none is negated: anything else ends the process.
+// True where some value of the variables makes f true. The variables are given as their product, in
+// which none is negated: anything else ends the process.
 Bdd exists(const Bdd& f, const Bdd& variables);
-Bdd for_all(const Bdd& f, const Bdd& variables);
 
 // f with variable v replaced by substitution[v], all at once. Variables beyond the end stay.
 Bdd compose(const Bdd& f, std::span<const Bdd> substitution);
