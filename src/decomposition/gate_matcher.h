@@ -68,8 +68,6 @@ class GateMatcher {
   // Of a gate of this matcher, over variables that are numbered like its pins.
   const bdd::BDDCover& covers(const std::string& gate);
 
-  // The most inputs of a gate, at least 1.
-  std::uint32_t max_inputs() const { return max_inputs_; }
   const Stats& stats() const { return stats_; }
 
  private:
@@ -100,9 +98,9 @@ class GateMatcher {
   const GateLibrary& library_;
   std::vector<Gate> gates_;
   std::map<std::string, std::size_t, std::less<>> number_of_;  // of a gate, by name
-  KnownMatches known_;          // by the four sets and whether inverters are admitted
-  KnownMatches known_renamed_;  // of queries over inputs that are numbered from 0
-  std::uint32_t max_inputs_ = 1;
+  KnownMatches known_;            // by the four sets and whether inverters are admitted
+  KnownMatches known_renamed_;    // of queries over inputs that are numbered from 0
+  std::uint32_t max_inputs_ = 1;  // of a gate
   Stats stats_;
 };
 

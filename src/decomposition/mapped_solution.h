@@ -42,9 +42,6 @@ class MappedSolution : public results::Solution {
   const std::vector<std::string>& triggers() const { return triggers_; }
   // The signals that the functions depend on, in the order of variables.
   const std::vector<std::string>& context() const { return context_; }
-  // Of a complex gate one is the negation of the other.
-  const toolkit::LogicExpr& set_function() const { return set_function_; }
-  const toolkit::LogicExpr& reset_function() const { return reset_function_; }
   const GateInstance& main_gate() const { return main_gate_; }
   // In the order of the pins that they feed; one can feed several.
   const std::vector<GateInstance>& subfunction_gates() const { return subfunction_gates_; }
@@ -57,7 +54,7 @@ class MappedSolution : public results::Solution {
   const GateLibrary& library_;
   std::string signal_;
   std::vector<std::string> triggers_, context_;
-  toolkit::LogicExpr set_function_, reset_function_;
+  toolkit::LogicExpr set_function_, reset_function_;  // of a complex gate negations
   GateInstance main_gate_;
   std::vector<GateInstance> subfunction_gates_;
 };

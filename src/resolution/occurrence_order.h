@@ -29,30 +29,9 @@ class OccurrenceOrder {
   base::BitRow conflicting(EventId event) const { return conflicting_[row(event)]; }
   base::BitRow conflicting(OccurrenceId occurrence) const { return conflicting_[row(occurrence)]; }
 
-  // Calls visit(occurrence) for each that is concurrent with the event or the other occurrence, in
-  // ascending order; not for an occurrence itself.
-  template <class Node, class Visit>
-  void for_each_concurrent(Node node, const Visit& visit) const {
-    const base::BitRow rows[] = {before(node), after(node), conflicting(node)};
-    for (std::uint32_t word = 0; word < rows[0].size(); ++word) {
-      std::uint64_t rest = ~(rows[0][word] | rows[1][word] | rows[2][word]) & in_use(word);
-      for (; rest != 0; rest &= rest - 1) {
-        const OccurrenceId id{word * 64 + static_cast<std::uint32_t>(std::countr_zero(rest))};
-        if (!is_same(node, id)) visit(id);
-      }
-    }
-  }
-
  private:
   class Maker;
 
-  static bool is_same(EventId, OccurrenceId) { return false; }
-  static bool is_same(OccurrenceId a, OccurrenceId b) { return a == b; }
-  // The bits of a word that stand for occurrences.
-  std::uint64_t in_use(std::uint32_t word) const {
-    const std::uint32_t left = occurrences_ - word * 64;
-    return left >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << left) - 1;
-  }
   std::size_t row(EventId event) const {
     assert(event.value < events_);
     return event.value;

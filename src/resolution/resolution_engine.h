@@ -51,8 +51,6 @@ class ResolutionEngine {
   void print_statistics(std::ostream& stream) const;
 
   const net::StgPrefix& prefix() const { return prefix_; }
-  std::uint32_t signals_inserted() const { return signals_inserted_; }
-  std::uint32_t reductions_applied() const { return reductions_applied_; }
   bool has_conflicts() const { return !store_.cores.empty(); }
   // Of the last step.
   const CoreStore& cores() const { return store_; }

@@ -97,8 +97,6 @@ class CnfFormula {
 
   SatSolver& solver() { return *solver_; }
   const SatSolver& solver() const { return *solver_; }
-  // Clauses of gates that only help propagation are left out.
-  bool skip_redundant_clauses() const { return skip_redundant_clauses_; }
   void set_recorder(DefinitionRecorder* recorder) { recorder_ = recorder; }  // null: none
 
  private:
@@ -125,7 +123,7 @@ class CnfFormula {
   std::unordered_set<Var> promised_;  // outputs whose gates are still to be told
   const bool restrict_branching_;
   const bool store_cnf_formula_;
-  const bool skip_redundant_clauses_;
+  const bool skip_redundant_clauses_;  // those of gates that only help propagation
   const std::unique_ptr<SatSolver> solver_;
   DefinitionRecorder* recorder_ = nullptr;  // not owned
 };
