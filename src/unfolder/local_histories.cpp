@@ -2,11 +2,18 @@
 
 #include <algorithm>
 #include <cassert>
+#include <limits>
 #include <utility>
 
 namespace vorel::unfolder {
-LocalHistories::LocalHistories(const BranchingProcess& process, std::span<const EventId> entered)
-    : process_{process}, net_{process.net()}, shared_{number_entries()}, records_(1) {
+
+LocalHistories::LocalHistories(const BranchingProcess& process, std::span<const EventId> entered,
+                               std::uint32_t most_nodes)
+    : process_{process},
+      net_{process.net()},
+      shared_{number_entries()},
+      most_nodes_{most_nodes},
+      records_(1) {
   add_initial();
   for (const EventId e : entered) add_batch({&e, 1});
 }
@@ -48,7 +55,7 @@ void LocalHistories::add_initial() {
 }
 
 void LocalHistories::add_batch(std::span<const EventId> batch) {
-  if (shared_.node_count() > node_limit) give_up_oldest();
+  limit_memory();
   histories_.resize(process_.event_count(), given_up);
   first_record_.resize(process_.event_count());
   for (const EventId e : batch) {
@@ -56,7 +63,7 @@ void LocalHistories::add_batch(std::span<const EventId> batch) {
       if (history_of(process_.producer(c)) == given_up) restore_history(process_.producer(c));
     }
     add_records(e);
-    add_history(e);
+    make_history(e);
     add_conditions(e);
   }
 }
@@ -86,7 +93,8 @@ void LocalHistories::add_records(EventId e) {
   }
 }
 
-void LocalHistories::add_history(EventId e) {
+// The histories of its causes are at hand.
+void LocalHistories::make_history(EventId e) {
   const std::uint32_t own = shared_.node_count();
   assert(merging_.empty());
   EventId largest = no_event;
@@ -118,9 +126,8 @@ void LocalHistories::add_history(EventId e) {
       return std::max(a, b);
     });
   }
-  for (std::uint32_t record = first_record_[e]; record < records_.size(); ++record) {
-    shared_.set(history, records_[record].entry, record, own);
-  }
+  for (std::uint32_t r = first_record_[e]; r < records_.size() && records_[r].event == e; ++r)
+    shared_.set(history, records_[r].entry, r, own);
   histories_[e] = history;
   kept_.push_back(e);
 }
@@ -233,42 +240,45 @@ bool LocalHistories::is_consumed_by(ConditionId c, ConditionId d) const {
   return last_at(conditions_[d].history, process_.place(c)) > conditions_[c].before;
 }
 
-// From the whole past of the event.
+// With all in its past that was given up: most of that is the past of others that will be asked
+// for.
 void LocalHistories::restore_history(EventId e) {
-  std::vector<bool> seen(process_.event_count());
-  std::vector<EventId> past{e};
-  seen[e] = true;
-  std::vector<std::uint32_t> last(shared_.length());
-  for (std::size_t i = 0; i < past.size(); ++i) {
-    for (std::uint32_t r = first_record_[past[i]];
-         r < records_.size() && records_[r].event == past[i]; ++r) {
-      last[records_[r].entry] = std::max(last[records_[r].entry], r);
-    }
-    for (const ConditionId c : process_.event(past[i]).preset()) {
-      const EventId producer = process_.producer(c);
-      if (producer == no_event || seen[producer]) continue;
-      seen[producer] = true;
-      past.push_back(producer);
+  const std::uint32_t node_count = shared_.node_count();
+  lost_.assign(1, e);
+  for (std::size_t i = 0; i < lost_.size(); ++i) {
+    for (const ConditionId c : process_.event(lost_[i]).preset()) {
+      const EventId cause = process_.producer(c);
+      if (history_of(cause) != given_up) continue;
+      histories_[cause] = awaited;
+      lost_.push_back(cause);
     }
   }
-  const std::uint32_t own = shared_.node_count();
-  History history = 0;
-  for (std::uint32_t entry = 0; entry < shared_.length(); ++entry) {
-    if (last[entry] != 0) shared_.set(history, entry, last[entry], own);
+  std::ranges::sort(lost_, {}, [this](EventId lost) { return process_.event(lost).size; });
+  for (const EventId lost : lost_) {
+    make_history(lost);
+    const UnfoldedEvent& event = process_.event(lost);
+    for (std::uint32_t k = 0; k < event.postset_size; ++k)
+      conditions_[event.first_condition + k].history = histories_[lost];
   }
-  histories_[e] = history;
-  kept_.push_back(e);
-  const UnfoldedEvent& event = process_.event(e);
-  for (std::uint32_t k = 0; k < event.postset_size; ++k) {
-    conditions_[event.first_condition + k].history = history;
+  restored_nodes_ += shared_.node_count() - node_count;
+}
+
+void LocalHistories::limit_memory() {
+  if (shared_.node_count() <= most_nodes_) return;
+  if (restored_nodes_ > most_nodes_ / 8) {
+    most_nodes_ = std::max(most_nodes_, shared_.node_count());
+    most_nodes_ += std::min(most_nodes_, std::numeric_limits<std::uint32_t>::max() - most_nodes_);
+  } else {
+    give_up_oldest();
   }
+  restored_nodes_ = 0;
 }
 
 void LocalHistories::give_up_oldest() {
   const base::SharedArrays old = std::exchange(shared_, base::SharedArrays(shared_.length()));
   base::SharedArrayMover mover(old, shared_);
   auto first_kept = kept_.size();
-  while (first_kept > 0 && shared_.node_count() < node_limit / 2) {
+  while (first_kept > 0 && shared_.node_count() < most_nodes_ / 2) {
     History& history = histories_[kept_[--first_kept]];
     history = mover.move(history);
   }

@@ -15,7 +15,8 @@
 // A history has an entry for each place with several consumers and one for all other places of a
 // transition. Histories share what they agree in, so two of them are compared, and a history is
 // made from those of the causes, in time and memory of where they differ. When they take too much
-// memory the older half is given up; whoever meets such an event has to find out otherwise.
+// memory the older half is given up; whoever meets such an event has to find out otherwise. Where
+// much of that is needed again, more memory is taken.
 //
 // Writing is for the main thread between phases, the questions may be asked by all workers.
 #pragma once
@@ -37,7 +38,9 @@ namespace vorel::unfolder {
 class LocalHistories {
  public:
   // Of the initial conditions and all events given, which have entered the prefix in this order.
-  LocalHistories(const BranchingProcess& process, std::span<const EventId> entered);
+  // `most_nodes`: of 64 bytes each, before the older half is given up for the first time.
+  LocalHistories(const BranchingProcess& process, std::span<const EventId> entered,
+                 std::uint32_t most_nodes);
 
   // Enters events that have just entered the prefix; none is a cause of another.
   void add_batch(std::span<const EventId> batch);
@@ -81,7 +84,7 @@ class LocalHistories {
  private:
   using History = base::SharedArrays::Array;  // of records by entry; 0: nothing was consumed
   static constexpr History given_up = 0xFFFFFFFFu;
-  static constexpr std::uint32_t node_limit = 4u << 20;  // 256 MiB
+  static constexpr History awaited = 0xFFFFFFFEu;  // given up, and being restored
 
   // What an event consumed from the places of one entry.
   struct Record {
@@ -94,10 +97,11 @@ class LocalHistories {
   std::uint32_t number_entries();
   void add_initial();
   void add_records(EventId e);
-  void add_history(EventId e);
+  void make_history(EventId e);
   void add_conditions(EventId e);
   void add_to_group(ConditionId c);
   void restore_history(EventId e);
+  void limit_memory();
   void give_up_oldest();
   bool list_missing(History history, std::span<const EventId> events,
                     std::vector<EventId>& missing) const;
@@ -146,13 +150,15 @@ class LocalHistories {
   std::vector<std::uint32_t> counting_entry_;
 
   base::SharedArrays shared_;
-  std::vector<History> histories_;  // by event
+  std::uint32_t most_nodes_;
+  std::uint32_t restored_nodes_ = 0;  // of histories that had been given up, since the last time
+  std::vector<History> histories_;    // by event
   std::vector<EventId> kept_;  // whose histories are at hand, in the order in which they entered
   std::vector<Record> records_;
   base::Chains chains_;                      // records, each behind the one of its entry before it
   std::vector<std::uint32_t> first_record_;  // by event
   std::vector<History> merging_;             // scratch
-  std::vector<EventId> causes_, missing_;    // scratch
+  std::vector<EventId> causes_, missing_, lost_;  // scratch
 
   // A slot is one arc from a condition to an event.
   struct Condition {

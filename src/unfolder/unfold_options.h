@@ -22,6 +22,7 @@ struct UnfoldOptions {
   bool non_local_correspondents = false;  // any configuration may be a correspondent
   std::uint32_t conc_rel_size = 40000;    // conditions the concurrency relation holds; 0: none
   std::uint64_t conc_rel_memory = std::uint64_t{1} << 30;  // and the bytes it may take
+  std::uint32_t history_nodes = 4u << 20;                  // of 64 bytes, without the relation
   std::uint64_t max_events = 0;                            // give up beyond; 0: no bound
   double max_seconds = 0;                                  // give up after; 0: no bound
   double seconds_before = 0;     // of max_seconds, spent before the unfolding began

@@ -372,7 +372,7 @@ void UnfoldingLoop::drop_relation() {
 }
 
 void UnfoldingLoop::keep_histories() {
-  histories_ = std::make_unique<LocalHistories>(process_, entered_);
+  histories_ = std::make_unique<LocalHistories>(process_, entered_, options_.history_nodes);
   for (const auto& worker : workers_) worker->order.use(histories_.get());
 }
 
