@@ -209,7 +209,7 @@ void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const Even
 }
 
 // The older rows are extended in parts, each from a word to another, of about as many words that
-// events of the batch have in common: one part where there is little to do, else some for each
+// events of the batch have in common: one part where there is little to do, else one for each
 // worker. The bounds move up slowly from batch to batch, so that a worker mostly finds rows that it
 // has extended before.
 void ConcurrencyRelation::divide_rows() {
@@ -217,7 +217,7 @@ void ConcurrencyRelation::divide_rows() {
   constexpr std::size_t least_words = 1024, sample_rows = 8, sample_words = 8;
   std::uint64_t words = 0;
   for (std::size_t i = 0; i < batch_size; ++i) words += common_[i].size();
-  std::size_t count = words < least_words || pool_.size() == 1 ? 1 : parts_of_worker * pool_.size();
+  std::size_t count = words < least_words ? 1 : pool_.size();
   auto& sample = first_words_;
   sample.clear();
   const std::size_t row_step = std::max<std::size_t>(1, batch_size / sample_rows);

@@ -107,9 +107,6 @@ class ConcurrencyRelation {
     }
   }
 
-  // Some, so that whoever is done early finds something left.
-  static constexpr std::size_t parts_of_worker = 2;
-
   // Much may be concurrent with most conditions as long as all is small: words of so many rows that
   // are not too long. Rows may be longer where places have many conditions: so many histories would
   // have to be compared then.
