@@ -53,9 +53,8 @@ class ConcurrencyRelation {
   static constexpr std::uint64_t most_unseen = 1u << 10;
 
   // Enters the conditions of a batch of events of equal size that has just entered the prefix, in
-  // the order of their conditions; it must stay until the older ones have been told. False if
-  // nothing is entered, and the relation is of no use any more: where a row costs more to enter and
-  // to read than histories cost to compare.
+  // the order of their conditions. False if nothing is entered, and the relation is of no use any
+  // more: where a row costs more to enter and to read than histories cost to compare.
   bool add_batch(std::span<const EventId> batch);
   // Tells a part of the older conditions of those of the last batch; to be called for all parts
   // before the next batch, by several workers if need be, while nobody reads rows.
@@ -94,10 +93,16 @@ class ConcurrencyRelation {
     std::uint64_t word_count = 0;  // that this worker has added to rows
     // Of the batch.
     Room<Word> common;
-    Room<std::uint32_t> partners;
     // How many conditions of an event of the batch were met, by its position.
-    std::vector<std::uint32_t> count;  // all 0 between uses
-    std::vector<std::uint32_t> positions;
+    std::vector<std::uint32_t> count;     // all 0 between uses
+    std::vector<std::uint32_t> partners;  // positions of events that are concurrent with one
+  };
+
+  // What is read of an event of the batch again and again, side by side.
+  struct Entry {
+    std::span<const Word> common;  // what is concurrent with all that it consumes
+    ConditionId first, end;        // it produces the conditions first .. end - 1
+    std::uint32_t preset_size;
   };
 
   template <class Visit>
@@ -120,8 +125,8 @@ class ConcurrencyRelation {
   std::uint64_t most_new_words(std::span<const EventId> batch, std::size_t step,
                                std::uint64_t limit) const;
   std::span<const Word> common_row(const UnfoldedEvent& event, Room<Word>& room) const;
-  void find_partners(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
-  void make_rows(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
+  void find_partners(const Entry& entry, Scratch& scratch);
+  void make_rows(std::uint32_t position, Scratch& scratch);
   void divide_rows();
   std::uint64_t word_count() const;
   static void reserve(Row& row, std::uint32_t size, RowRoom& room);
@@ -132,11 +137,7 @@ class ConcurrencyRelation {
   std::vector<Row> rows_;                          // by condition
   std::vector<std::unique_ptr<Scratch>> scratch_;  // by worker
 
-  // Of the last batch, by position: what is concurrent with all that the event consumes,
-  // and the events of the batch that are concurrent with it.
-  std::span<const EventId> batch_;
-  std::vector<std::span<const Word>> common_;
-  std::vector<std::span<const std::uint32_t>> partners_;
+  std::vector<Entry> entries_;  // of the last batch, by position
   // Where the parts begin in which older rows are extended, and where the last one ends.
   std::vector<std::uint32_t> first_words_;
   std::uint32_t part_count_ = 0;

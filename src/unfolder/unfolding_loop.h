@@ -134,9 +134,9 @@ class UnfoldingLoop {
   std::vector<std::unique_ptr<Worker>> workers_;
 
   std::vector<EventId> batch_, cut_offs_, entered_;
-  std::size_t first_cut_off_ = 0;         // in cut_offs_, of those of the size of the batch
-  std::vector<Pending> merged_, merging_;  // of all workers, of one size
-  std::uint32_t sorted_level_ = 0;         // what is pending of this size is sorted
+  std::size_t first_cut_off_ = 0;            // in cut_offs_, of those of the size of the batch
+  std::vector<Pending> merged_, merging_;    // of all workers, of one size
+  std::uint32_t sorted_level_ = 0;           // what is pending of this size is sorted
   std::vector<std::uint32_t> group_starts_;  // in batch_; one more at the end
   std::uint32_t level_ = 0;                  // size of the local configurations of the batch
   UnfoldStats stats_;
