@@ -52,8 +52,7 @@ bool ConcurrencyRelation::concurrent(ConditionId c, ConditionId d) const {
   return word != row.end() && word->index == asked / 32 && (word->bits >> (asked % 32) & 1u) != 0;
 }
 
-bool ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
-  const auto size = static_cast<std::uint32_t>(batch.size());
+bool ConcurrencyRelation::begin_batch(std::span<const EventId> batch) {
   assert(std::ranges::all_of(batch,
                              [&](EventId e) {
                                return process_.event(e).size == process_.event(batch.front()).size;
@@ -64,15 +63,24 @@ bool ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
          "rows grow at their ends");
   for (const auto& scratch : scratch_) {
     scratch->common.clear();
-    scratch->count.resize(std::max<std::size_t>(scratch->count.size(), size));
+    scratch->count.resize(std::max(scratch->count.size(), batch.size()));
   }
   find_consumers(batch);
-  if (word_count() > longest(rows_.size()) ||
-      (process_.condition_count() - rows_.size() > most_unseen && may_get_long_rows(batch))) {
-    return false;
-  }
-  rows_.resize(process_.condition_count());
-  pool_.run(size, [&](std::uint32_t worker, std::uint32_t i) {
+  return word_count() <= longest(rows_.size()) &&
+         (process_.condition_count() - rows_.size() <= most_unseen || !may_get_long_rows(batch));
+}
+
+void ConcurrencyRelation::add_batch(std::span<const EventId> batch,
+                                    const std::function<void()>& something_else) {
+  assert(batch.size() == entries_.size() && "the batch has been begun");
+  // To copy the rows takes long, and what is reserved and not used takes no memory.
+  const std::size_t condition_count = process_.condition_count();
+  if (rows_.capacity() < condition_count) rows_.reserve(4 * condition_count);
+  rows_.resize(condition_count);
+  const auto size = static_cast<std::uint32_t>(batch.size());
+  pool_.run(size + 1, [&](std::uint32_t worker, std::uint32_t item) {
+    if (item == 0) return something_else();
+    const std::uint32_t i = item - 1;
     Scratch& scratch = *scratch_[worker];
     entries_[i].common = common_row(process_.event(batch[i]), scratch.common);
     find_partners(entries_[i], scratch);
@@ -83,7 +91,6 @@ bool ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
     first_consumer_[consumer.condition] = base::no_index;
     consumed_[consumer.condition / 32] = 0;
   }
-  return true;
 }
 
 void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {

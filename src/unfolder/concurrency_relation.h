@@ -14,6 +14,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -52,10 +53,13 @@ class ConcurrencyRelation {
   // look at what they come from.
   static constexpr std::uint64_t most_unseen = 1u << 10;
 
-  // Enters the conditions of a batch of events of equal size that has just entered the prefix, in
-  // the order of their conditions. False if nothing is entered, and the relation is of no use any
-  // more: where a row costs more to enter and to read than histories cost to compare.
-  bool add_batch(std::span<const EventId> batch);
+  // Prepares to enter the conditions of a batch of events of equal size that has just been
+  // numbered, in the order of their conditions. False if nothing is to be entered, and the relation
+  // is of no use any more: where a row costs more to enter and to read than histories cost to
+  // compare.
+  bool begin_batch(std::span<const EventId> batch);
+  // Enters them, by all workers, one of which does something else first.
+  void add_batch(std::span<const EventId> batch, const std::function<void()>& something_else);
   // Tells a part of the older conditions of those of the last batch; to be called for all parts
   // before the next batch, by several workers if need be, while nobody reads rows.
   void tell_older(std::uint32_t worker, std::uint32_t part);

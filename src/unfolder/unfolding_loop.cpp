@@ -328,11 +328,19 @@ void UnfoldingLoop::add_batch() {
          "a batch has events of one size, and no cut-off");
   if (callback_) print_running_line();
   const bool is_full = process_.condition_count() + batch_.size() > options_.conc_rel_size;
-  for (const EventId event : batch_) process_.enter(event);
-  if (relation_ != nullptr && (is_full || relation_->memory() > options_.conc_rel_memory ||
-                               !relation_->add_batch(batch_))) {
-    drop_relation();
-    keep_histories();
+  process_.enter(batch_);
+  const auto enter_conditions = [this] { process_.enter_conditions(batch_); };
+  const bool keeps_relation = relation_ != nullptr && !is_full &&
+                              relation_->memory() <= options_.conc_rel_memory &&
+                              relation_->begin_batch(batch_);
+  if (keeps_relation) {
+    relation_->add_batch(batch_, enter_conditions);
+  } else {
+    enter_conditions();
+    if (relation_ != nullptr) {
+      drop_relation();
+      keep_histories();
+    }
   }
   entered_.insert(entered_.end(), batch_.begin(), batch_.end());
   if (histories_ != nullptr) histories_->add_batch(batch_);
