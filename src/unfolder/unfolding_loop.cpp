@@ -416,8 +416,12 @@ void UnfoldingLoop::pass_on_correspondent(EventId cut_off) {
 void UnfoldingLoop::on_finish() {
   // Most correspondents are settled by that; of the others few are cut-offs.
   std::vector<std::uint8_t> is_settled(cut_offs_.size());
-  const auto resolve = [&](std::uint32_t worker, std::uint32_t i, std::uint32_t end) {
-    for (; i < end; ++i) {
+  constexpr std::uint32_t range_size = 256;
+  const auto cut_off_count = static_cast<std::uint32_t>(cut_offs_.size());
+  const auto resolve = [&](std::uint32_t worker, std::uint32_t range) {
+    const std::uint32_t first = range * range_size;
+    const std::uint32_t end = std::min(first + range_size, cut_off_count);
+    for (std::uint32_t i = first; i < end; ++i) {
       assert(process_.event(cut_offs_[i]).correspondent != not_cut_off);
       if (i + fetch_ahead < end) {
         process_.fetch_event(cut_offs_[i + fetch_ahead]);
@@ -427,14 +431,16 @@ void UnfoldingLoop::on_finish() {
                       final_states_.resolve(cut_offs_[i], workers_[worker]->order);
     }
   };
-  pool_.run_ranges(static_cast<std::uint32_t>(cut_offs_.size()), 64, resolve);
+  // The prefix that is made now needs the memory of the relation, which takes long to give back.
+  pool_.run(1 + (cut_off_count + range_size - 1) / range_size,
+            [&](std::uint32_t worker, std::uint32_t item) {
+              item == 0 ? relation_.reset() : resolve(worker, item - 1);
+            });
   for (std::size_t i = 0; i < cut_offs_.size(); ++i) {
     if (is_settled[i] == 0) pass_on_correspondent(cut_offs_[i]);
   }
   process_.enter_last(cut_offs_, pool_);
   entered_.insert(entered_.end(), cut_offs_.begin(), cut_offs_.end());
-  // The prefix that is made now needs their memory.
-  relation_.reset();
   drop_histories();
   stats_.conditions = process_.condition_count();
   stats_.events = entered_.size();
