@@ -49,7 +49,7 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   found_parts |= 1u << part;
   ++found_count;
   if (pending.size() <= event.size) pending.resize(event.size + 1);
-  pending[event.size].push_back({preset.front(), t, id});
+  pending[event.size].emplace_back(id, t, preset);
   lowest = std::min(lowest, event.size);
   ++pending_count;
 }
@@ -227,6 +227,7 @@ void UnfoldingLoop::judge(std::span<const Found> found, ConfigurationOrder& orde
 bool UnfoldingLoop::enters_before(const Pending& a, const Pending& b) const {
   if (a.first != b.first) return a.first < b.first;
   if (a.transition != b.transition) return a.transition < b.transition;
+  if (a.second != b.second) return a.second < b.second;
   return std::ranges::lexicographical_compare(process_.event(a.event).preset(),
                                               process_.event(b.event).preset());
 }
@@ -311,7 +312,7 @@ void UnfoldingLoop::find_non_local_cut_offs() {
   // Those that were found to be cut-offs before are sorted, too.
   const auto all = std::span(cut_offs_).subspan(first_cut_off_);
   const auto as_pending = [this](EventId e) {
-    return Pending{process_.event(e).preset().front(), process_.event(e).transition, e};
+    return Pending(e, process_.event(e).transition, process_.event(e).preset());
   };
   std::ranges::inplace_merge(
       all, all.begin() + static_cast<std::ptrdiff_t>(others - first_cut_off_),

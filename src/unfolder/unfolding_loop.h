@@ -75,7 +75,10 @@ class UnfoldingLoop {
   };
   // Not in the prefix yet, with what tells when it enters among events of its size.
   struct Pending {
-    ConditionId first;  // of its preset
+    Pending(EventId id, TransitionId t, std::span<const ConditionId> preset)
+        : first{preset.front()}, second{preset[preset.size() > 1]}, transition{t}, event{id} {}
+
+    ConditionId first, second;  // of its preset; if it has no second one, the first one
     TransitionId transition;
     EventId event;
   };
