@@ -78,9 +78,12 @@ void ConcurrencyRelation::add_batch(std::span<const EventId> batch,
   if (rows_.capacity() < condition_count) rows_.reserve(4 * condition_count);
   rows_.resize(condition_count);
   const auto size = static_cast<std::uint32_t>(batch.size());
-  pool_.run(size + 1, [&](std::uint32_t worker, std::uint32_t item) {
-    if (item == 0) return something_else();
-    const std::uint32_t i = item - 1;
+  // A single event is not worth being shared.
+  const std::uint32_t extra = size > 1 ? 1 : 0;
+  if (extra == 0) something_else();
+  pool_.run(size + extra, [&](std::uint32_t worker, std::uint32_t item) {
+    if (item < extra) return something_else();
+    const std::uint32_t i = item - extra;
     Scratch& scratch = *scratch_[worker];
     entries_[i].common = common_row(process_.event(batch[i]), scratch.common);
     find_partners(entries_[i], scratch);
