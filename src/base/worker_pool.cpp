@@ -15,7 +15,7 @@ constexpr std::uint64_t look_out_ticks = 400'000, long_ticks = 50'000, call_tick
 
 // To start a thread takes a hundred microseconds. What has lasted some milliseconds goes on for
 // some more, as often as not.
-constexpr std::uint64_t most_ticks_alone = 3'000'000;
+constexpr std::uint64_t most_ticks_alone = 2'000'000;
 
 void pause() {
 #if defined(__x86_64__)

@@ -76,7 +76,7 @@ class UnfoldRun {
     auto& prefix = base::keep_to_the_end(*std::move(unfolded));
     // Only now: the cut-offs show the values of signals too.
     if (request_.options.no_cutoffs) remove_cut_offs(prefix);
-    count_elements(prefix);
+    if (request_.stats) count_elements(prefix);
     figures_.unfolding_seconds = watch_.lap();
     enter("drawing the prefix");
     if (!request_.drawing.empty() && !formats::save_dot(prefix, request_.drawing)) return;

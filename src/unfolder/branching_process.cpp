@@ -11,7 +11,11 @@ BranchingProcess::BranchingProcess(const FlatNet& net)
     : net_{net},
       chunks_{std::make_unique<std::atomic<Chunk*>[]>(max_chunks)},
       of_place_(net.place_count) {
-  for (const PlaceId place : net.marked) add_condition(place, no_event);
+  for (const PlaceId place : net.marked) {
+    of_place_[place].push_back(condition_count());
+    place_.push_back(place);
+    producer_.push_back(no_event);
+  }
 }
 
 EventId BranchingProcess::add_event(const UnfoldedEvent& event, std::span<const EventId> causes,
@@ -54,12 +58,30 @@ void BranchingProcess::make_chunk(std::uint32_t number) {
   chunks_[number].store(chunk_room_.take(1), std::memory_order_release);
 }
 
-void BranchingProcess::enter(EventId id) {
-  UnfoldedEvent& entered = event(id);
-  assert(entered.first_condition == no_condition && "an event enters once");
-  assert(entered.postset_size == net_.postset[entered.transition].size());
-  entered.first_condition = condition_count();
-  for (const PlaceId place : net_.postset[entered.transition]) add_condition(place, id);
+void BranchingProcess::enter(std::span<const EventId> events) {
+  std::uint64_t next = condition_count();
+  for (const EventId id : events) {
+    UnfoldedEvent& entered = event(id);
+    assert(entered.first_condition == no_condition && "an event enters once");
+    assert(entered.postset_size == net_.postset[entered.transition].size());
+    entered.first_condition = static_cast<ConditionId>(next);
+    next += entered.postset_size;
+  }
+  assert(next < no_condition);
+  place_.resize(next);
+  producer_.resize(next);
+}
+
+void BranchingProcess::enter_conditions(std::span<const EventId> events) {
+  for (const EventId id : events) {
+    const UnfoldedEvent& entered = event(id);
+    ConditionId c = entered.first_condition;
+    for (const PlaceId place : net_.postset[entered.transition]) {
+      of_place_[place].push_back(c);
+      place_[c] = place;
+      producer_[c++] = id;
+    }
+  }
 }
 
 void BranchingProcess::enter_last(std::span<const EventId> events, base::WorkerPool& pool) {
@@ -88,15 +110,6 @@ void BranchingProcess::enter_last(std::span<const EventId> events, base::WorkerP
       }
     }
   });
-}
-
-void BranchingProcess::add_condition(PlaceId place, EventId producer) {
-  assert(place < net_.place_count && condition_count() < no_condition);
-  assert((producer == no_event || producer < event_count()) &&
-         "an event is there before it enters");
-  of_place_[place].push_back(condition_count());
-  place_.push_back(place);
-  producer_.push_back(producer);
 }
 
 }  // namespace vorel::unfolder

@@ -102,8 +102,11 @@ class BranchingProcess {
   // Main thread only: what is added from now on gets higher ids than all there is. Ids that are
   // left over belong to no event, unless they are the last ones.
   void drop_ids(EventRoom& room);
-  // Main thread only: numbers the conditions of the event and enters them.
-  void enter(EventId event);
+  // Main thread only: numbers the conditions of the events, in this order. They enter by
+  // enter_conditions(), which any one thread calls for the same events; until then nobody asks for
+  // the place or the producer of these, nor for the conditions of a place.
+  void enter(std::span<const EventId> events);
+  void enter_conditions(std::span<const EventId> events);
   // The same for many events, in this order, by all workers; nothing is entered afterwards, and
   // conditions_of() does not tell of what they produce.
   void enter_last(std::span<const EventId> events, base::WorkerPool& pool);
@@ -152,7 +155,6 @@ class BranchingProcess {
   // Whoever knows an event learnt of it in a way that orders its writing before.
   Chunk& chunk(EventId e) const { return *chunks_[e / chunk_size].load(std::memory_order_relaxed); }
   void make_chunk(std::uint32_t number);
-  void add_condition(PlaceId place, EventId producer);
 
   // Changed with every event that is found: what the workers only read lies in other cache lines.
   alignas(64) std::atomic<std::uint32_t> event_count_{0};

@@ -52,8 +52,7 @@ bool ConcurrencyRelation::concurrent(ConditionId c, ConditionId d) const {
   return word != row.end() && word->index == asked / 32 && (word->bits >> (asked % 32) & 1u) != 0;
 }
 
-bool ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
-  const auto size = static_cast<std::uint32_t>(batch.size());
+bool ConcurrencyRelation::begin_batch(std::span<const EventId> batch) {
   assert(std::ranges::all_of(batch,
                              [&](EventId e) {
                                return process_.event(e).size == process_.event(batch.front()).size;
@@ -62,40 +61,51 @@ bool ConcurrencyRelation::add_batch(std::span<const EventId> batch) {
   assert(std::ranges::is_sorted(batch, {},
                                 [this](EventId e) { return process_.event(e).first_condition; }) &&
          "rows grow at their ends");
-  common_.resize(size);
-  partners_.resize(size);
   for (const auto& scratch : scratch_) {
     scratch->common.clear();
-    scratch->partners.clear();
-    scratch->count.resize(std::max<std::size_t>(scratch->count.size(), size));
+    scratch->count.resize(std::max(scratch->count.size(), batch.size()));
   }
   find_consumers(batch);
-  if (word_count() > longest(rows_.size()) ||
-      (process_.condition_count() - rows_.size() > most_unseen && may_get_long_rows(batch))) {
-    return false;
-  }
-  rows_.resize(process_.condition_count());
-  pool_.run(size, [&](std::uint32_t worker, std::uint32_t i) {
+  return word_count() <= longest(rows_.size()) &&
+         (process_.condition_count() - rows_.size() <= most_unseen || !may_get_long_rows(batch));
+}
+
+void ConcurrencyRelation::add_batch(std::span<const EventId> batch,
+                                    const std::function<void()>& something_else) {
+  assert(batch.size() == entries_.size() && "the batch has been begun");
+  // To copy the rows takes long, and what is reserved and not used takes no memory.
+  const std::size_t condition_count = process_.condition_count();
+  if (rows_.capacity() < condition_count) rows_.reserve(4 * condition_count);
+  rows_.resize(condition_count);
+  const auto size = static_cast<std::uint32_t>(batch.size());
+  // A single event is not worth being shared.
+  const std::uint32_t extra = size > 1 ? 1 : 0;
+  if (extra == 0) something_else();
+  pool_.run(size + extra, [&](std::uint32_t worker, std::uint32_t item) {
+    if (item < extra) return something_else();
+    const std::uint32_t i = item - extra;
     Scratch& scratch = *scratch_[worker];
-    common_[i] = common_row(process_.event(batch[i]), scratch.common);
-    find_partners(i, batch, scratch);
-    make_rows(i, batch, scratch);
+    entries_[i].common = common_row(process_.event(batch[i]), scratch.common);
+    find_partners(entries_[i], scratch);
+    make_rows(i, scratch);
   });
-  batch_ = batch;
   divide_rows();
   for (const Consumer& consumer : consumers_) {
     first_consumer_[consumer.condition] = base::no_index;
     consumed_[consumer.condition / 32] = 0;
   }
-  return true;
 }
 
 void ConcurrencyRelation::find_consumers(std::span<const EventId> batch) {
+  entries_.clear();
   consumers_.clear();
   first_consumer_.resize(process_.condition_count(), base::no_index);
   consumed_.resize(process_.condition_count() / 32 + 1);
   for (std::uint32_t i = 0; i < batch.size(); ++i) {
-    for (const ConditionId c : process_.event(batch[i]).preset()) {
+    const UnfoldedEvent& event = process_.event(batch[i]);
+    const ConditionId first = event.first_condition;
+    entries_.push_back({{}, first, first + event.postset_size, event.preset_size});
+    for (const ConditionId c : event.preset()) {
       const auto own = static_cast<std::uint32_t>(consumers_.size());
       consumers_.push_back({c, i, std::exchange(first_consumer_[c], own)});
       consumed_[c / 32] |= 1u << (c % 32);
@@ -128,7 +138,7 @@ std::uint64_t ConcurrencyRelation::most_new_words(std::span<const EventId> batch
     std::uint64_t size = event.postset_size;
     const auto count_produced = [&](ConditionId c) {
       for (std::uint32_t k = first_consumer_[c]; k != base::no_index; k = consumers_[k].next)
-        size += process_.event(batch[consumers_[k].position]).postset_size;
+        size += entries_[consumers_[k].position].end - entries_[consumers_[k].position].first;
     };
     for (const Word& word : rows_[shortest_row(event)]) {
       size += static_cast<std::uint32_t>(std::popcount(word.bits));
@@ -161,70 +171,63 @@ std::span<const Word> ConcurrencyRelation::common_row(const UnfoldedEvent& event
 
 // Events of one size are no causes of each other: two of them are concurrent exactly if what one
 // consumes is concurrent with all that the other one consumes.
-void ConcurrencyRelation::find_partners(std::uint32_t position, std::span<const EventId> batch,
-                                        Scratch& scratch) {
-  auto& positions = scratch.positions;
-  positions.clear();
+void ConcurrencyRelation::find_partners(const Entry& entry, Scratch& scratch) {
+  auto& partners = scratch.partners;
+  partners.clear();
   const auto count_consumers = [&](ConditionId c) {
     for (std::uint32_t k = first_consumer_[c]; k != base::no_index; k = consumers_[k].next) {
-      if (scratch.count[consumers_[k].position]++ == 0) positions.push_back(consumers_[k].position);
+      if (scratch.count[consumers_[k].position]++ == 0) partners.push_back(consumers_[k].position);
     }
   };
-  for (const Word& word : common_[position]) {
+  for (const Word& word : entry.common) {
     for_each_bit({word.index, word.bits & consumed_[word.index]}, count_consumers);
   }
-  std::erase_if(positions, [&](std::uint32_t other) {
-    return std::exchange(scratch.count[other], 0) != process_.event(batch[other]).preset_size;
+  std::erase_if(partners, [&](std::uint32_t other) {
+    return std::exchange(scratch.count[other], 0) != entries_[other].preset_size;
   });
-  std::ranges::sort(positions);
-  std::uint32_t* const partners = scratch.partners.take(positions.size());
-  std::ranges::copy(positions, partners);
-  partners_[position] = {partners, positions.size()};
+  std::ranges::sort(partners);
 }
 
 // The rows of the new conditions: what is common to all that their event consumes, the conditions
 // of its partners, and each other.
-void ConcurrencyRelation::make_rows(std::uint32_t position, std::span<const EventId> batch,
-                                    Scratch& scratch) {
-  const UnfoldedEvent& event = process_.event(batch[position]);
-  const ConditionId first = event.first_condition, last = first + event.postset_size;
-  const auto& partners = partners_[position];
+void ConcurrencyRelation::make_rows(std::uint32_t position, Scratch& scratch) {
+  const auto& [common, first, end, preset_size] = entries_[position];
+  const auto& partners = scratch.partners;
   const auto later = std::ranges::lower_bound(partners, position);
   assert((later == partners.end() || *later != position) && "no event is concurrent with itself");
-  for (ConditionId c = first; c < last; ++c) {
+  const auto common_size = static_cast<std::uint32_t>(common.size());
+  for (ConditionId c = first; c < end; ++c) {
     Row& row = rows_[c];
-    reserve(row, static_cast<std::uint32_t>(common_[position].size()) + 2, scratch.rows);
-    std::ranges::copy(common_[position], row.words_);
-    row.size_ = static_cast<std::uint32_t>(common_[position].size());
+    reserve(row, common_size + 2, scratch.rows);
+    std::ranges::copy(common, row.words_);
+    row.size_ = common_size;
     const auto append_partner = [&](std::uint32_t partner) {
-      const UnfoldedEvent& other = process_.event(batch[partner]);
-      append(row, other.first_condition, other.first_condition + other.postset_size, scratch.rows);
+      append(row, entries_[partner].first, entries_[partner].end, scratch.rows);
     };
     std::for_each(partners.begin(), later, append_partner);
     append(row, first, c, scratch.rows);
-    append(row, c + 1, last, scratch.rows);
+    append(row, c + 1, end, scratch.rows);
     std::for_each(later, partners.end(), append_partner);
     scratch.word_count += row.size();
   }
 }
 
 // The older rows are extended in parts, each from a word to another, of about as many words that
-// events of the batch have in common: one part where there is little to do, else some for each
+// events of the batch have in common: one part where there is little to do, else one for each
 // worker. The bounds move up slowly from batch to batch, so that a worker mostly finds rows that it
 // has extended before.
 void ConcurrencyRelation::divide_rows() {
-  const std::size_t batch_size = batch_.size();
   constexpr std::size_t least_words = 1024, sample_rows = 8, sample_words = 8;
   std::uint64_t words = 0;
-  for (std::size_t i = 0; i < batch_size; ++i) words += common_[i].size();
-  std::size_t count = words < least_words || pool_.size() == 1 ? 1 : parts_of_worker * pool_.size();
+  for (const Entry& entry : entries_) words += entry.common.size();
+  std::size_t count = words < least_words ? 1 : pool_.size();
   auto& sample = first_words_;
   sample.clear();
-  const std::size_t row_step = std::max<std::size_t>(1, batch_size / sample_rows);
-  for (std::size_t i = 0; i < batch_size && count > 1; i += row_step) {
-    const std::size_t word_step = std::max<std::size_t>(1, common_[i].size() / sample_words);
-    for (std::size_t k = 0; k < common_[i].size(); k += word_step)
-      sample.push_back(common_[i][k].index);
+  const std::size_t row_step = std::max<std::size_t>(1, entries_.size() / sample_rows);
+  for (std::size_t i = 0; i < entries_.size() && count > 1; i += row_step) {
+    const std::span<const Word> common = entries_[i].common;
+    const std::size_t word_step = std::max<std::size_t>(1, common.size() / sample_words);
+    for (std::size_t k = 0; k < common.size(); k += word_step) sample.push_back(common[k].index);
   }
   std::ranges::sort(sample);
   count = std::max<std::size_t>(1, std::min(count, sample.size()));
@@ -240,16 +243,14 @@ void ConcurrencyRelation::tell_older(std::uint32_t worker, std::uint32_t part) {
   Scratch& scratch = *scratch_[worker];
   std::uint64_t new_words = 0;
   const std::uint32_t first_word = first_words_[part], end_word = first_words_[part + 1];
-  for (std::uint32_t i = 0; i < batch_.size(); ++i) {
-    const UnfoldedEvent& event = process_.event(batch_[i]);
-    const ConditionId first = event.first_condition, last = first + event.postset_size;
-    if (first == last) continue;
-    auto word = std::ranges::lower_bound(common_[i], first_word, {}, &Word::index);
-    for (; word != common_[i].end() && word->index < end_word; ++word) {
+  for (const auto& [common, first, end, preset_size] : entries_) {
+    if (first == end) continue;
+    auto word = std::ranges::lower_bound(common, first_word, {}, &Word::index);
+    for (; word != common.end() && word->index < end_word; ++word) {
       for_each_bit(*word, [&](ConditionId c) {
         assert(c < first && "what an event consumes is older than what it produces");
         const std::size_t before = rows_[c].size();
-        append(rows_[c], first, last, scratch.rows);
+        append(rows_[c], first, end, scratch.rows);
         new_words += rows_[c].size() - before;
       });
     }

@@ -14,6 +14,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -52,11 +53,13 @@ class ConcurrencyRelation {
   // look at what they come from.
   static constexpr std::uint64_t most_unseen = 1u << 10;
 
-  // Enters the conditions of a batch of events of equal size that has just entered the prefix, in
-  // the order of their conditions; it must stay until the older ones have been told. False if
-  // nothing is entered, and the relation is of no use any more: where a row costs more to enter and
-  // to read than histories cost to compare.
-  bool add_batch(std::span<const EventId> batch);
+  // Prepares to enter the conditions of a batch of events of equal size that has just been
+  // numbered, in the order of their conditions. False if nothing is to be entered, and the relation
+  // is of no use any more: where a row costs more to enter and to read than histories cost to
+  // compare.
+  bool begin_batch(std::span<const EventId> batch);
+  // Enters them, by all workers, one of which does something else first.
+  void add_batch(std::span<const EventId> batch, const std::function<void()>& something_else);
   // Tells a part of the older conditions of those of the last batch; to be called for all parts
   // before the next batch, by several workers if need be, while nobody reads rows.
   void tell_older(std::uint32_t worker, std::uint32_t part);
@@ -94,10 +97,16 @@ class ConcurrencyRelation {
     std::uint64_t word_count = 0;  // that this worker has added to rows
     // Of the batch.
     Room<Word> common;
-    Room<std::uint32_t> partners;
     // How many conditions of an event of the batch were met, by its position.
-    std::vector<std::uint32_t> count;  // all 0 between uses
-    std::vector<std::uint32_t> positions;
+    std::vector<std::uint32_t> count;     // all 0 between uses
+    std::vector<std::uint32_t> partners;  // positions of events that are concurrent with one
+  };
+
+  // What is read of an event of the batch again and again, side by side.
+  struct Entry {
+    std::span<const Word> common;  // what is concurrent with all that it consumes
+    ConditionId first, end;        // it produces the conditions first .. end - 1
+    std::uint32_t preset_size;
   };
 
   template <class Visit>
@@ -106,9 +115,6 @@ class ConcurrencyRelation {
       visit(32 * word.index + static_cast<std::uint32_t>(std::countr_zero(bits)));
     }
   }
-
-  // Some, so that whoever is done early finds something left.
-  static constexpr std::size_t parts_of_worker = 2;
 
   // Much may be concurrent with most conditions as long as all is small: words of so many rows that
   // are not too long. Rows may be longer where places have many conditions: so many histories would
@@ -123,8 +129,8 @@ class ConcurrencyRelation {
   std::uint64_t most_new_words(std::span<const EventId> batch, std::size_t step,
                                std::uint64_t limit) const;
   std::span<const Word> common_row(const UnfoldedEvent& event, Room<Word>& room) const;
-  void find_partners(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
-  void make_rows(std::uint32_t position, std::span<const EventId> batch, Scratch& scratch);
+  void find_partners(const Entry& entry, Scratch& scratch);
+  void make_rows(std::uint32_t position, Scratch& scratch);
   void divide_rows();
   std::uint64_t word_count() const;
   static void reserve(Row& row, std::uint32_t size, RowRoom& room);
@@ -135,11 +141,7 @@ class ConcurrencyRelation {
   std::vector<Row> rows_;                          // by condition
   std::vector<std::unique_ptr<Scratch>> scratch_;  // by worker
 
-  // Of the last batch, by position: what is concurrent with all that the event consumes,
-  // and the events of the batch that are concurrent with it.
-  std::span<const EventId> batch_;
-  std::vector<std::span<const Word>> common_;
-  std::vector<std::span<const std::uint32_t>> partners_;
+  std::vector<Entry> entries_;  // of the last batch, by position
   // Where the parts begin in which older rows are extended, and where the last one ends.
   std::vector<std::uint32_t> first_words_;
   std::uint32_t part_count_ = 0;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t first_capacity = 16;
 static_assert((first_capacity & (first_capacity - 1)) == 0);
-static_assert(FinalStateTable::part_count == 16, "the highest four bits of a hash tell the part");
+static_assert(FinalStateTable::part_count == 32, "the highest five bits of a hash tell the part");
 
 }  // namespace
 

@@ -22,9 +22,9 @@ class FinalStateTable {
   explicit FinalStateTable(BranchingProcess& process);
 
   // The table falls into parts, by the state; each has its own events and memory.
-  static constexpr std::uint32_t part_count = 16;
+  static constexpr std::uint32_t part_count = 32;
   static std::uint32_t part_of(std::uint64_t hash) {
-    return static_cast<std::uint32_t>(hash >> 60);
+    return static_cast<std::uint32_t>(hash >> 59);
   }
 
   // Makes e, whose state has the hash, a cut-off, or those events that e cuts off. Several threads

@@ -65,6 +65,7 @@ class PastDifference {
     Colour& colour = colour_[e];
     if (colour.round != round_) {
       colour = {round_, sides};
+      process_.fetch_origin(e);  // for when it is visited
       heap_.push_back(e);
       std::ranges::push_heap(heap_);
       if (sides != both) ++alone_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cassert>
+#include <iterator>
 #include <utility>
 
 #include "base/clock.h"
@@ -19,6 +20,8 @@ constexpr std::size_t fetch_ahead = 8;
 
 // In a large batch, so many ids are taken at a time.
 constexpr std::uint32_t id_block = 16;
+
+constexpr std::uint32_t no_level = 0xFFFFFFFFu;
 
 }  // namespace
 
@@ -46,7 +49,7 @@ void UnfoldingLoop::Worker::add_to_queue(TransitionId t, std::span<const Conditi
   found_parts |= 1u << part;
   ++found_count;
   if (pending.size() <= event.size) pending.resize(event.size + 1);
-  pending[event.size].push_back(id);
+  pending[event.size].emplace_back(id, t, preset);
   lowest = std::min(lowest, event.size);
   ++pending_count;
 }
@@ -167,39 +170,47 @@ void UnfoldingLoop::extend_batch() {
 
 // Which of the events that have just been found are cut-offs. States of different parts have
 // nothing to do with each other: nobody waits for a lock. Meanwhile nobody reads the relation, of
-// which older rows are to be extended; the two together keep all workers busy for longer.
+// which older rows are to be extended, and the next batch is sorted; all together keep the workers
+// busy for longer.
 void UnfoldingLoop::judge_found() {
   if (must_give_up() && !keeps_incomplete()) return;
-  const auto judge = [this](std::uint32_t worker, std::uint32_t part) {
-    for (const auto& finder : workers_) {
-      judge_part(finder->found[part], workers_[worker]->order);
-      finder->found[part].clear();
-    }
-  };
-  std::size_t count = 0;
+  std::size_t found_count = 0;
   std::uint32_t parts = 0;
   for (const auto& worker : workers_) {
-    count += std::exchange(worker->found_count, 0);
+    found_count += std::exchange(worker->found_count, 0);
     parts |= std::exchange(worker->found_parts, 0);
   }
-  const bool judges_alone = count < few_found;
-  for (; judges_alone && parts != 0; parts &= parts - 1) {
-    judge(0, static_cast<std::uint32_t>(std::countr_zero(parts)));
-  }
-  // Some rows for each worker to begin or to end with.
   const std::uint32_t row_parts = relation_ == nullptr ? 0 : relation_->part_count();
-  const std::uint32_t first_judged = row_parts / 2;
-  const std::uint32_t judged = judges_alone ? 0 : FinalStateTable::part_count;
-  pool_.run(row_parts + judged, [&](std::uint32_t worker, std::uint32_t item) {
-    if (item < first_judged) return relation_->tell_older(worker, item);
-    if (item < first_judged + judged) return judge(worker, item - first_judged);
-    relation_->tell_older(worker, item - judged);
+  if (found_count < few_found) {
+    for (; parts != 0; parts &= parts - 1)
+      judge_part(static_cast<std::uint32_t>(std::countr_zero(parts)), *workers_.front());
+    return pool_.run(row_parts, [this](std::uint32_t worker, std::uint32_t part) {
+      relation_->tell_older(worker, part);
+    });
+  }
+  // Two items for each worker take long: it begins with one of them, and comes to the other one
+  // half-way. The short ones even out what is left.
+  sorted_level_ = lowest_level();
+  const std::uint64_t spread = 2 * pool_.size(), count = spread + FinalStateTable::part_count;
+  pool_.run(static_cast<std::uint32_t>(count), [&](std::uint32_t worker, std::uint32_t item) {
+    const auto before = static_cast<std::uint32_t>((item * spread + count - 1) / count);
+    if (before == spread || before * count / spread != item)
+      return judge_part(item - before, *workers_[worker]);
+    if (before % 2 != 0) return sort_pending(*workers_[before / 2], sorted_level_);
+    if (before / 2 < row_parts) relation_->tell_older(worker, before / 2);
   });
+}
+
+void UnfoldingLoop::judge_part(std::uint32_t part, Worker& worker) {
+  for (const auto& finder : workers_) {
+    judge(finder->found[part], worker.order);
+    finder->found[part].clear();
+  }
 }
 
 // States are all over the table, and what another worker has found is in its cache: what is needed
 // soon is fetched meanwhile.
-void UnfoldingLoop::judge_part(std::span<const Found> found, ConfigurationOrder& order) {
+void UnfoldingLoop::judge(std::span<const Found> found, ConfigurationOrder& order) {
   for (std::size_t i = 0; i < found.size(); ++i) {
     if (must_give_up() && outcome_ == UnfoldOutcome::out_of_time) return;
     if (i + fetch_ahead < found.size()) final_states_.fetch_slot(found[i + fetch_ahead].hash);
@@ -211,28 +222,62 @@ void UnfoldingLoop::judge_part(std::span<const Found> found, ConfigurationOrder&
   }
 }
 
+// Events of one size enter in the order of their presets and transitions, which does not depend on
+// the threads.
+bool UnfoldingLoop::enters_before(const Pending& a, const Pending& b) const {
+  if (a.first != b.first) return a.first < b.first;
+  if (a.transition != b.transition) return a.transition < b.transition;
+  if (a.second != b.second) return a.second < b.second;
+  return std::ranges::lexicographical_compare(process_.event(a.event).preset(),
+                                              process_.event(b.event).preset());
+}
+
+// Of all that is pending; no_level if nothing is.
+std::uint32_t UnfoldingLoop::lowest_level() {
+  std::uint32_t level = no_level;
+  for (const auto& worker : workers_) {
+    std::uint32_t& lowest = worker->lowest;
+    while (lowest < worker->pending.size() && worker->pending[lowest].empty()) ++lowest;
+    if (lowest < worker->pending.size()) level = std::min(level, lowest);
+  }
+  return level;
+}
+
+void UnfoldingLoop::sort_pending(Worker& worker, std::uint32_t level) const {
+  if (level >= worker.pending.size()) return;
+  std::ranges::sort(worker.pending[level],
+                    [this](const auto& a, const auto& b) { return enters_before(a, b); });
+}
+
+// Takes what is pending at this level from all workers.
+void UnfoldingLoop::merge_pending() {
+  merged_.clear();
+  for (const auto& worker : workers_) {
+    if (worker->pending.size() <= level_) continue;
+    if (sorted_level_ != level_) sort_pending(*worker, level_);
+    const std::vector<Pending> found = std::exchange(worker->pending[level_], {});
+    worker->pending_count -= found.size();
+    merging_.clear();
+    std::ranges::merge(merged_, found, std::back_inserter(merging_),
+                       [this](const auto& a, const auto& b) { return enters_before(a, b); });
+    std::swap(merged_, merging_);
+  }
+}
+
 void UnfoldingLoop::collect_batch() {
   batch_.clear();
   while (batch_.empty()) {
-    level_ = 0xFFFFFFFFu;
-    for (const auto& worker : workers_) {
-      std::uint32_t& lowest = worker->lowest;
-      while (lowest < worker->pending.size() && worker->pending[lowest].empty()) ++lowest;
-      if (lowest < worker->pending.size()) level_ = std::min(level_, lowest);
-    }
-    if (level_ == 0xFFFFFFFFu) return;
-    for (const auto& worker : workers_) {
-      if (worker->pending.size() <= level_) continue;
-      const std::vector<EventId> found = std::exchange(worker->pending[level_], {});
-      worker->pending_count -= found.size();
-      for (std::size_t i = 0; i < found.size(); ++i) {
-        if (i + fetch_ahead < found.size()) process_.fetch_event(found[i + fetch_ahead]);
-        const EventId event = found[i];
-        if (process_.event(event).correspondent == not_cut_off) {
-          batch_.push_back(event);
-        } else {
-          on_cut_off(event);
-        }
+    level_ = lowest_level();
+    if (level_ == no_level) return;
+    first_cut_off_ = cut_offs_.size();
+    merge_pending();
+    for (std::size_t i = 0; i < merged_.size(); ++i) {
+      if (i + fetch_ahead < merged_.size()) process_.fetch_event(merged_[i + fetch_ahead].event);
+      const EventId event = merged_[i].event;
+      if (process_.event(event).correspondent == not_cut_off) {
+        batch_.push_back(event);
+      } else {
+        on_cut_off(event);
       }
     }
   }
@@ -242,9 +287,6 @@ void UnfoldingLoop::on_cut_off(EventId event) {
   ++stats_.cutoffs;
   if (options_.no_cutoffs) return;
   assert(process_.event(event).size == level_);
-  if (cut_off_level_ != level_)
-    cut_off_starts_.push_back(static_cast<std::uint32_t>(cut_offs_.size()));
-  cut_off_level_ = level_;
   cut_offs_.push_back(event);
 }
 
@@ -256,6 +298,7 @@ void UnfoldingLoop::find_non_local_cut_offs() {
     if (must_give_up()) return;
     is_cut_off[i] = workers_[worker]->non_local.find(batch_[i], found[i]);
   });
+  const std::size_t others = cut_offs_.size();
   for (std::uint32_t i = 0; i < batch_size; ++i) {
     if (is_cut_off[i] == 0) continue;
     UnfoldedEvent& event = process_.event(batch_[i]);
@@ -266,46 +309,17 @@ void UnfoldingLoop::find_non_local_cut_offs() {
     batch_[i] = no_event;
   }
   std::erase(batch_, no_event);
-}
-
-// Sorts events into the order in which they enter the prefix: by the size of the local
-// configuration, then by preset and transition, which does not depend on the threads.
-void UnfoldingLoop::sort_for_entry(std::span<EventId> events) const {
-  struct Key {
-    std::uint64_t size_and_first;  // of the preset
-    TransitionId transition;
-    EventId event;
+  // Those that were found to be cut-offs before are sorted, too.
+  const auto all = std::span(cut_offs_).subspan(first_cut_off_);
+  const auto as_pending = [this](EventId e) {
+    return Pending(e, process_.event(e).transition, process_.event(e).preset());
   };
-  std::vector<Key> keys;
-  keys.reserve(events.size());
-  for (std::size_t i = 0; i < events.size(); ++i) {
-    if (i + 2 * fetch_ahead < events.size()) process_.fetch_event(events[i + 2 * fetch_ahead]);
-    if (i + fetch_ahead < events.size())
-      base::fetch(process_.event(events[i + fetch_ahead]).preset_data);
-    const UnfoldedEvent& event = process_.event(events[i]);
-    keys.push_back(
-        {std::uint64_t{event.size} << 32 | event.preset_data[0], event.transition, events[i]});
-  }
-  std::ranges::sort(keys, [this](const Key& a, const Key& b) {
-    if (a.size_and_first != b.size_and_first) return a.size_and_first < b.size_and_first;
-    if (a.transition != b.transition) return a.transition < b.transition;
-    return std::ranges::lexicographical_compare(process_.event(a.event).preset(),
-                                                process_.event(b.event).preset());
-  });
-  std::ranges::transform(keys, events.begin(), &Key::event);
-}
-
-// They were collected level by level.
-void UnfoldingLoop::sort_cut_offs() {
-  auto& starts = cut_off_starts_;
-  starts.push_back(static_cast<std::uint32_t>(cut_offs_.size()));
-  pool_.run(static_cast<std::uint32_t>(starts.size() - 1), [&](std::uint32_t, std::uint32_t level) {
-    sort_for_entry(std::span(cut_offs_).subspan(starts[level], starts[level + 1] - starts[level]));
-  });
+  std::ranges::inplace_merge(
+      all, all.begin() + static_cast<std::ptrdiff_t>(others - first_cut_off_),
+      [this](const auto& a, const auto& b) { return enters_before(a, b); }, as_pending);
 }
 
 void UnfoldingLoop::add_batch() {
-  sort_for_entry(batch_);
   form_groups();
   assert(std::ranges::all_of(batch_,
                              [this](EventId e) {
@@ -315,11 +329,19 @@ void UnfoldingLoop::add_batch() {
          "a batch has events of one size, and no cut-off");
   if (callback_) print_running_line();
   const bool is_full = process_.condition_count() + batch_.size() > options_.conc_rel_size;
-  for (const EventId event : batch_) process_.enter(event);
-  if (relation_ != nullptr && (is_full || relation_->memory() > options_.conc_rel_memory ||
-                               !relation_->add_batch(batch_))) {
-    drop_relation();
-    keep_histories();
+  process_.enter(batch_);
+  const auto enter_conditions = [this] { process_.enter_conditions(batch_); };
+  const bool keeps_relation = relation_ != nullptr && !is_full &&
+                              relation_->memory() <= options_.conc_rel_memory &&
+                              relation_->begin_batch(batch_);
+  if (keeps_relation) {
+    relation_->add_batch(batch_, enter_conditions);
+  } else {
+    enter_conditions();
+    if (relation_ != nullptr) {
+      drop_relation();
+      keep_histories();
+    }
   }
   entered_.insert(entered_.end(), batch_.begin(), batch_.end());
   if (histories_ != nullptr) histories_->add_batch(batch_);
@@ -393,11 +415,14 @@ void UnfoldingLoop::pass_on_correspondent(EventId cut_off) {
 }
 
 void UnfoldingLoop::on_finish() {
-  sort_cut_offs();
   // Most correspondents are settled by that; of the others few are cut-offs.
   std::vector<std::uint8_t> is_settled(cut_offs_.size());
-  const auto resolve = [&](std::uint32_t worker, std::uint32_t i, std::uint32_t end) {
-    for (; i < end; ++i) {
+  constexpr std::uint32_t range_size = 256;
+  const auto cut_off_count = static_cast<std::uint32_t>(cut_offs_.size());
+  const auto resolve = [&](std::uint32_t worker, std::uint32_t range) {
+    const std::uint32_t first = range * range_size;
+    const std::uint32_t end = std::min(first + range_size, cut_off_count);
+    for (std::uint32_t i = first; i < end; ++i) {
       assert(process_.event(cut_offs_[i]).correspondent != not_cut_off);
       if (i + fetch_ahead < end) {
         process_.fetch_event(cut_offs_[i + fetch_ahead]);
@@ -407,14 +432,16 @@ void UnfoldingLoop::on_finish() {
                       final_states_.resolve(cut_offs_[i], workers_[worker]->order);
     }
   };
-  pool_.run_ranges(static_cast<std::uint32_t>(cut_offs_.size()), 64, resolve);
+  // The prefix that is made now needs the memory of the relation, which takes long to give back.
+  pool_.run(1 + (cut_off_count + range_size - 1) / range_size,
+            [&](std::uint32_t worker, std::uint32_t item) {
+              item == 0 ? relation_.reset() : resolve(worker, item - 1);
+            });
   for (std::size_t i = 0; i < cut_offs_.size(); ++i) {
     if (is_settled[i] == 0) pass_on_correspondent(cut_offs_[i]);
   }
   process_.enter_last(cut_offs_, pool_);
   entered_.insert(entered_.end(), cut_offs_.begin(), cut_offs_.end());
-  // The prefix that is made now needs their memory.
-  relation_.reset();
   drop_histories();
   stats_.conditions = process_.condition_count();
   stats_.events = entered_.size();

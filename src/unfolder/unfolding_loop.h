@@ -73,6 +73,15 @@ class UnfoldingLoop {
     EventId id;
     std::uint64_t hash;  // of its final state
   };
+  // Not in the prefix yet, with what tells when it enters among events of its size.
+  struct Pending {
+    Pending(EventId id, TransitionId t, std::span<const ConditionId> preset)
+        : first{preset.front()}, second{preset[preset.size() > 1]}, transition{t}, event{id} {}
+
+    ConditionId first, second;  // of its preset; if it has no second one, the first one
+    TransitionId transition;
+    EventId event;
+  };
 
   struct alignas(64) Worker {  // no cache line belongs to two
     explicit Worker(UnfoldingLoop& loop);
@@ -87,7 +96,7 @@ class UnfoldingLoop {
     std::array<std::vector<Found>, FinalStateTable::part_count> found;
     std::uint32_t found_parts = 0;              // a bit for each that is not empty
     std::size_t found_count = 0;                // of all parts
-    std::vector<std::vector<EventId>> pending;  // by size of the local configuration
+    std::vector<std::vector<Pending>> pending;  // by size of the local configuration
     std::uint32_t lowest = 0;                   // no bucket below has anything in it
     std::uint64_t pending_count = 0;
   };
@@ -95,7 +104,12 @@ class UnfoldingLoop {
   void extend_batch();
   void extend_with(Worker& worker, EventId event);
   void judge_found();
-  void judge_part(std::span<const Found> found, ConfigurationOrder& order);
+  void judge_part(std::uint32_t part, Worker& worker);
+  void judge(std::span<const Found> found, ConfigurationOrder& order);
+  bool enters_before(const Pending& a, const Pending& b) const;
+  std::uint32_t lowest_level();
+  void sort_pending(Worker& worker, std::uint32_t level) const;
+  void merge_pending();
   void find_non_local_cut_offs();
   void add_batch();
   void form_groups();
@@ -108,8 +122,6 @@ class UnfoldingLoop {
   bool has_too_many_events() const;
   bool has_enough_events();
   void pass_on_correspondent(EventId cut_off);
-  void sort_for_entry(std::span<EventId> events) const;
-  void sort_cut_offs();
   std::string sizes() const;
 
   const FlatNet& net_;
@@ -125,9 +137,9 @@ class UnfoldingLoop {
   std::vector<std::unique_ptr<Worker>> workers_;
 
   std::vector<EventId> batch_, cut_offs_, entered_;
-  // Where in cut_offs_ those of another size begin, and the size of the last ones.
-  std::vector<std::uint32_t> cut_off_starts_;
-  std::uint32_t cut_off_level_ = 0;
+  std::size_t first_cut_off_ = 0;            // in cut_offs_, of those of the size of the batch
+  std::vector<Pending> merged_, merging_;    // of all workers, of one size
+  std::uint32_t sorted_level_ = 0;           // what is pending of this size is sorted
   std::vector<std::uint32_t> group_starts_;  // in batch_; one more at the end
   std::uint32_t level_ = 0;                  // size of the local configurations of the batch
   UnfoldStats stats_;
