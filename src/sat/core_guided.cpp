@@ -221,23 +221,30 @@ class CoreGuidedSearch {
     work_until_descent_ = turn_growth * work();
     const Lits& bits = number();
     Lits higher;  // the bits decided so far, as they are in the least cost
+    // As facts they shorten what is learnt, which assumptions do not.
+    ClauseGroup attempt = formula_.new_group();
+    std::size_t entered = 0;  // so many of them are in the group
     for (std::size_t i = bits.size(); i-- > 0 && !base::run_failed();) {
       if (bits[i].is_constant()) continue;
       higher.push_back(~bits[i]);
       if ((upper_ >> i & 1u) == 0) continue;
       const std::uint64_t most = (upper_ >> i << i) - 1;  // with this bit 0
       if (most >= std::max(lower_, proven_)) {
-        const std::optional<bool> answer = solve(higher, limit);
+        for (; entered < higher.size(); ++entered) formula_.add_unit(higher[entered], attempt);
+        const std::optional<bool> answer = solve({}, limit);
         if (!answer) break;
         if (*answer) {
           note_model();
           continue;
         }
+        attempt = formula_.renew_group(attempt);
+        entered = 0;
         proven_ = most + 1;
         limit *= descent_share;
       }
       higher.back() = bits[i];
     }
+    formula_.remove_group(attempt);
     descent_conflicts_ += conflicts() - start;
   }
 

@@ -35,9 +35,9 @@ class Clause {
   std::uint32_t glue() const { return glue_; }
   // Rounds of reduction that the clause survives because it was of use.
   std::uint32_t credit() const { return credit_; }
-  // Where the search for a literal to watch ended last; 2 at first, and below the size. The next
-  // one goes on from there: on a long clause all of whose literals are false one after another, it
-  // would else come by the same false ones again and again [Gen-2013].
+  // Where the search for a literal to watch ended last in a long clause; 2 at first, and below the
+  // size. The next one goes on from there: on a clause all of whose literals are false one after
+  // another, it would else come by the same false ones again and again [Gen-2013].
   std::uint32_t search_position() const { return first_unwatched + search_offset_; }
 
   void mark_garbage() { garbage_ = true; }

@@ -3,6 +3,11 @@
 #include <algorithm>
 
 namespace vorel::zchaff {
+namespace {
+
+constexpr std::uint32_t most_short = 8;  // literals
+
+}  // namespace
 
 GroupSet groups_of_fact(const Clause& clause, const Assignment& assignment, const Literal* except) {
   GroupSet groups = clause.groups();
@@ -22,23 +27,39 @@ inline void Propagator::imply(Literal literal, ClauseRef reason) {
   }
 }
 
+// The first literal from `begin` that is not false, or `end`.
+inline std::uint32_t Propagator::skip_false(Clause& clause, std::uint32_t begin,
+                                            std::uint32_t end) const {
+  while (begin < end && assignment_.value(clause[begin]) == Truth::no) ++begin;
+  return begin;
+}
+
+// A literal that is not watched and not false, or the size of the clause. To remember where the
+// last one was takes longer than to look at the few literals of a short clause.
+inline std::uint32_t Propagator::find_not_false(Clause& clause) {
+  const std::uint32_t size = clause.size();
+  if (size <= most_short) return skip_false(clause, Clause::first_unwatched, size);
+  const std::uint32_t start = clause.search_position();
+  std::uint32_t found = skip_false(clause, start, size);
+  if (found == size) {
+    found = skip_false(clause, Clause::first_unwatched, start);
+    if (found == start) return size;
+  }
+  clause.set_search_position(found);
+  return found;
+}
+
 // One of the literals that are not watched takes the place of the falsified one, unless all of them
 // are false.
 inline bool Propagator::watch_another(Clause& clause, ClauseRef ref, Literal falsified,
                                       Literal other) {
-  Literal* const literals = clause.begin();
-  const auto is_false = [this](Literal literal) { return assignment_.value(literal) == Truth::no; };
-  Literal* const start = literals + clause.search_position();
-  Literal* found = std::find_if_not(start, clause.end(), is_false);
-  if (found == clause.end()) {
-    found = std::find_if_not(literals + Clause::first_unwatched, start, is_false);
-    if (found == start) return false;
-  }
-  clause.set_search_position(static_cast<std::uint32_t>(found - literals));
-  literals[0] = other;
-  literals[1] = *found;
-  *found = falsified;
-  watches_.of(literals[1]).emplace_back(ref, other, false);
+  const std::uint32_t found = find_not_false(clause);
+  if (found == clause.size()) return false;
+  const Literal watched = clause[found];
+  clause[0] = other;
+  clause[1] = watched;
+  clause[found] = falsified;
+  watches_.of(watched).emplace_back(ref, other, false);
   return true;
 }
 
@@ -56,11 +77,14 @@ ClauseRef Propagator::visit(Literal falsified) {
     if (value == Truth::yes) continue;
     if (!watch.is_binary()) {
       Clause& clause = arena_[watch.clause()];
-      implied = clause[0] == falsified ? clause[1] : clause[0];
-      value = assignment_.value(implied);
-      if (value == Truth::yes) {
-        kept[-1] = Watch(watch.clause(), implied, false);
-        continue;
+      // The other of the two, without a branch that would be foretold wrongly half of the time.
+      implied = Literal::from_code(clause[0].code() ^ clause[1].code() ^ falsified.code());
+      if (implied != watch.blocker()) {
+        value = assignment_.value(implied);
+        if (value == Truth::yes) {
+          kept[-1] = Watch(watch.clause(), implied, false);
+          continue;
+        }
       }
       if (watch_another(clause, watch.clause(), falsified, implied)) {
         --kept;

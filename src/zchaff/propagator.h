@@ -26,6 +26,8 @@ class Propagator {
 
  private:
   ClauseRef visit(Literal falsified);
+  std::uint32_t skip_false(Clause& clause, std::uint32_t begin, std::uint32_t end) const;
+  std::uint32_t find_not_false(Clause& clause);
   bool watch_another(Clause& clause, ClauseRef ref, Literal falsified, Literal other);
   void imply(Literal literal, ClauseRef reason);
 

@@ -12,9 +12,11 @@ namespace vorel::zchaff {
 
 class RestartPolicy {
  public:
-  // `first_restart`: conflicts before it in each solve; `interval`: until the first reduction.
+  // `first_restart`: conflicts before it in each solve; `interval`: until the first reduction, of a
+  // large formula.
   RestartPolicy(std::uint32_t margin_percent, std::uint32_t first_restart, std::uint32_t interval)
       : margin_{1 + margin_percent / 100.0},
+        most_interval_{interval},
         interval_{interval},
         next_reduction_{interval},
         first_restart_{first_restart} {}
@@ -34,11 +36,13 @@ class RestartPolicy {
   }
 
   // A new solve starts with a small database again, so that the clauses that are of use to no solve
-  // do not pile up over thousands of them.
-  void note_solve() {
+  // do not pile up over thousands of them. Of a small formula few learnt clauses are of use, and
+  // many would take longer to propagate than the formula itself.
+  void note_solve(std::uint64_t clauses) {
     since_restart_ = 0;
     least_interval_ = first_restart_;
     growth_ = 0;
+    interval_ = std::min(most_interval_, std::max(least_reduction, clauses / 2));
     next_reduction_ = std::min(next_reduction_, conflicts_ + interval_);
   }
   bool is_reduction_due() const { return conflicts_ >= next_reduction_; }
@@ -55,6 +59,7 @@ class RestartPolicy {
  private:
   static constexpr std::uint32_t later_restart = 10;  // conflicts between two
   static constexpr std::uint64_t growth_divisor = 7;
+  static constexpr std::uint64_t least_reduction = 500;  // conflicts before it
 
   // Weighs the first values as a plain average does.
   class Average {
@@ -74,7 +79,7 @@ class RestartPolicy {
   double margin_;
   Average fast_{1.0 / 32}, slow_{1e-5};
   std::uint64_t conflicts_ = 0, reductions_ = 0, growth_ = 0;
-  std::uint64_t interval_, next_reduction_;
+  std::uint64_t most_interval_, interval_, next_reduction_;
   std::uint32_t first_restart_;
   std::uint32_t since_restart_ = 0, least_interval_ = later_restart;
 };

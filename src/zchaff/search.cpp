@@ -118,7 +118,7 @@ Outcome SolverCore::search(std::uint64_t deadline, std::uint64_t last_conflict) 
 
 Outcome SolverCore::solve(std::span<const Literal> assumptions, std::uint64_t max_conflicts) {
   ++stats_.solves;
-  policy_.note_solve();
+  policy_.note_solve(database_.given_count());
   model_.clear();
   failed_.clear();
   if (!assumptions.empty()) backtrack(0);  // what was decided may be against them

@@ -30,7 +30,8 @@ struct SolverCoreParams {
   std::uint32_t first_restart = 100;  // so many conflicts come before it in each solve
   // So many of the learnt clauses without recent use go when the database is reduced.
   std::uint32_t reduction_percent = 75;
-  std::uint32_t reduction_interval = 2000;              // conflicts until the first reduction
+  // Conflicts until the first reduction of a large formula; fewer of a small one.
+  std::uint32_t reduction_interval = 2000;
   double time_limit = 0;                                // seconds of one solve; 0: none
   std::uint64_t memory_limit = std::uint64_t{1} << 34;  // bytes of clauses
 };

@@ -32,8 +32,8 @@ class WatchLists {
 
   // Enters a clause under its first two literals.
   void add(ClauseRef ref, Clause& clause) {
-    of(clause[0]).emplace_back(ref, clause[1], clause.is_binary());
-    of(clause[1]).emplace_back(ref, clause[0], clause.is_binary());
+    add(clause[0], Watch(ref, clause[1], clause.is_binary()));
+    add(clause[1], Watch(ref, clause[0], clause.is_binary()));
   }
   // Notes that a clause became garbage; it leaves its lists with the next clean().
   void note_garbage(Clause& clause) {
@@ -45,6 +45,14 @@ class WatchLists {
   void move(ClauseArena& arena);
 
  private:
+  // As many as fit into the smallest block that allocators hand out.
+  static constexpr std::size_t first_capacity = 3;
+
+  void add(Literal literal, Watch watch) {
+    std::vector<Watch>& list = of(literal);
+    if (list.capacity() == 0) list.reserve(first_capacity);
+    list.push_back(watch);
+  }
   void mark_dirty(Literal literal) {
     if (dirty_[literal.code()] != 0) return;
     dirty_[literal.code()] = 1;
