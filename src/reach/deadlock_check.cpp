@@ -50,13 +50,17 @@ auto DeadlockCheck<P>::run_into_deadlock() const -> Run requires P::is_merged {
 
 template <net::Process P>
 void DeadlockCheck<P>::shorten_search(DeadlockEncoding<P>& encoding) requires P::is_merged {
+  constexpr std::uint64_t few_conflicts = 1000;  // take no longer than the local bounds
   if (!encoding.has_many_pasts()) return;
   const Run run = run_into_deadlock();
-  if (run.empty()) {
-    encoding.encode_marking_bounds();
-  } else {
+  if (!run.empty()) {
     this->instance().set_guess(0, run);  // the formula has the last word
+    return;
   }
+  encoding.encode_marking_bounds();
+  if (!this->options().encoding.formula.store_cnf_formula &&
+      !this->formula().solve_assuming({}, few_conflicts))
+    encoding.encode_local_bounds();
 }
 
 template <net::Process P>

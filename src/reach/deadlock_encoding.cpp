@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cassert>
 
-#include "configuration/marking_bounds.h"
 #include "configuration/sorted_links.h"
 
 namespace vorel::reach {
@@ -176,15 +175,14 @@ bool DeadlockEncoding<P>::has_many_pasts() const requires P::is_merged {
 template <net::Process P>
 void DeadlockEncoding<P>::encode_marking_bounds() requires P::is_merged {
   constexpr std::uint64_t steps_each = 5000;
-  const configuration::MarkingBounds bounds(configuration::TokenFlow::of(process_),
-                                            steps_each * alternative_producers(process_));
-  sat::Lits places;
+  bounds_ = std::make_unique<configuration::MarkingBounds>(
+      configuration::TokenFlow::of(process_), steps_each * alternative_producers(process_));
   std::vector<bool> can_be_marked;
   for (const auto& place : process_.places) {
-    places.push_back(state_.marked(*place));
-    can_be_marked.push_back(places.back() != sat::LitFalse);
+    places_.push_back(state_.marked(*place));
+    can_be_marked.push_back(places_.back() != sat::LitFalse);
   }
-  bounds.assert_invariants(vars_.formula(), places);
+  bounds_->assert_invariants(vars_.formula(), places_);
   const auto disable_all = [this](sat::CnfFormula& formula, const sat::Lits& marked) {
     sat::Lits clause;
     for (const Transition* transition : transitions_to_disable()) {
@@ -193,9 +191,22 @@ void DeadlockEncoding<P>::encode_marking_bounds() requires P::is_merged {
       formula.add_clause(clause, sat::PermanentGroup);
     }
   };
-  for (const auto& trap : bounds.traps_against(disable_all, can_be_marked)) {
+  filter_ = std::make_unique<configuration::MarkingFilter>(*bounds_, disable_all, can_be_marked);
+  add_on_places(filter_->traps());
+}
+
+template <net::Process P>
+void DeadlockEncoding<P>::encode_local_bounds() requires P::is_merged {
+  assert(filter_ != nullptr && "after the other bounds");
+  add_on_places(filter_->local_clauses());
+}
+
+template <net::Process P>
+void DeadlockEncoding<P>::add_on_places(
+    std::span<const configuration::MarkingFilter::Clause> clauses) {
+  for (const auto& clause : clauses) {
     clause_.clear();
-    for (const std::uint32_t place : trap) clause_.push_back(places[place]);
+    for (const auto [place, is_marked] : clause) clause_.push_back(places_[place] ^ !is_marked);
     vars_.formula().add_clause(clause_, vars_.group());
   }
 }

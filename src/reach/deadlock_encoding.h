@@ -4,6 +4,10 @@
 //            (reach/deadlock_check.h).
 #pragma once
 
+#include <memory>
+#include <span>
+
+#include "configuration/marking_bounds.h"
 #include "configuration/state_literals.h"
 
 namespace vorel::reach {
@@ -31,6 +35,8 @@ class DeadlockEncoding {
   bool has_many_pasts() const requires P::is_merged;
   // What the net alone says of its dead markings, after one of the methods. Redundant.
   void encode_marking_bounds() requires P::is_merged;
+  // More of that, which takes longer, after the other bounds.
+  void encode_local_bounds() requires P::is_merged;
 
  private:
   using Event = typename P::Event;
@@ -44,6 +50,7 @@ class DeadlockEncoding {
   bool start_with_unproduced(const Event& event);
   void append_consumers(const Condition& condition);
   void append_consumer_lits(const Condition& condition, sat::Lits& lits);
+  void add_on_places(std::span<const configuration::MarkingFilter::Clause> clauses);
 
   configuration::StateLiterals<P>& state_;
   configuration::ConfigurationVars<P>& vars_;
@@ -51,6 +58,11 @@ class DeadlockEncoding {
   const P& process_;
   base::IndexedBy<Condition, sat::LitCell> consumed_;  // of conditions with many rivals
   sat::Lits clause_;                                   // scratch
+
+  // Merged processes only.
+  sat::Lits places_;
+  std::unique_ptr<const configuration::MarkingBounds> bounds_;
+  std::unique_ptr<configuration::MarkingFilter> filter_;
 };
 
 // The consumers (events, or transitions of a net) whose preset contains that of another one, or
