@@ -116,11 +116,11 @@ std::vector<AffineRow> rows_without_rest(std::vector<AffineRow> pairs, std::size
   const std::size_t length = pairs.empty() ? row_length : pairs.front().size();
   for (std::size_t column = row_length; column < length; ++column) {
     const auto leaves = [column](const AffineRow& pair) { return pair[column] != 0; };
-    const auto weights = [](const AffineRow& pair) { return std::ranges::count(pair, 0); };
+    const auto zeros = [](const AffineRow& pair) { return std::ranges::count(pair, 0); };
     // What is subtracted from others had better be short.
     auto shortest = pairs.end();
     for (auto pair = pairs.begin(); pair != pairs.end(); ++pair) {
-      if (leaves(*pair) && (shortest == pairs.end() || weights(*pair) > weights(*shortest)))
+      if (leaves(*pair) && (shortest == pairs.end() || zeros(*pair) > zeros(*shortest)))
         shortest = pair;
     }
     if (shortest == pairs.end()) continue;
