@@ -8,7 +8,7 @@
 # takes over half a second. A run ends after 5 seconds, or 10 for a million events, and is told as
 # "> 5"; one of the revision before also when it has taken 5 times as long as now and 2 seconds more.
 # Rows and pairs of rows in which nothing takes a hundredth of a second are left out. The machine
-# should have nothing else to do: then it takes six minutes once all is built; building takes as long
+# should have nothing else to do: then it takes five minutes once all is built; building takes four
 # for each of the two.
 set -euo pipefail
 
