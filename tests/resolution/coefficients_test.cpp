@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/default_params.h"
+#include "base/messages.h"
 
 namespace vorel::resolution {
 namespace {
@@ -27,9 +28,14 @@ class Coefficients : public testing::Test {
   }
 
   std::string errors_of(const std::string& text) {
-    testing::internal::CaptureStderr();
+    base::MessageCapture capture;
     EXPECT_EQ(evaluate(text, stg), 0) << text;
-    return testing::internal::GetCapturedStderr();
+    std::string errors;
+    for (const base::Message& message : capture.take()) {
+      EXPECT_TRUE(message.is_error);
+      errors += "\nError: " + message.text + "\n";
+    }
+    return errors;
   }
 
   net::Stg stg;
