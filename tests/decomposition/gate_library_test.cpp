@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/messages.h"
+#include "support/caught_messages.h"
 #include "support/run_program.h"
 
 namespace vorel::decomposition {
@@ -14,9 +15,9 @@ struct Reading {
 };
 
 Reading read_file(const std::string& name) {
-  const support::CaughtMessages messages;
+  base::MessageCapture capture;
   auto library = GateLibrary::read(name);
-  return {std::move(library), messages.text()};
+  return {std::move(library), support::text_of(capture)};
 }
 
 Reading read_text(const std::string& text) {

@@ -6,6 +6,7 @@
 
 #include "base/default_params.h"
 #include "base/messages.h"
+#include "support/caught_messages.h"
 
 namespace vorel::resolution {
 namespace {
@@ -30,12 +31,7 @@ class Coefficients : public testing::Test {
   std::string errors_of(const std::string& text) {
     base::MessageCapture capture;
     EXPECT_EQ(evaluate(text, stg), 0) << text;
-    std::string errors;
-    for (const base::Message& message : capture.take()) {
-      EXPECT_TRUE(message.is_error);
-      errors += "\nError: " + message.text + "\n";
-    }
-    return errors;
+    return support::text_of(capture);
   }
 
   net::Stg stg;

@@ -5,6 +5,8 @@
 #include <sstream>
 #include <string>
 
+#include "base/messages.h"
+
 namespace vorel::support {
 
 // Catches what is written to a standard stream, usually that of messages, while it lives. Errors of
@@ -24,5 +26,14 @@ class CaughtMessages {
   std::ostream& stream_;
   std::streambuf* before_;
 };
+
+// What has been collected since the last call, as it would have been printed. A test that asks for
+// errors collects them: printed ones fail the rest of its program.
+inline std::string text_of(base::MessageCapture& capture) {
+  std::string text;
+  for (const base::Message& message : capture.take())
+    text += (message.is_error ? "\nError: " : "\nWarning: ") + message.text + '\n';
+  return text;
+}
 
 }  // namespace vorel::support
